@@ -1,0 +1,47 @@
+# What every target of this project shares: the language, the warnings, hidden symbols,
+# the sanitizers, and library paths relative to the library that asks.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_C_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_INSTALL_RPATH "$ORIGIN;$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE RelWithDebInfo)
+endif()
+
+add_library(ulo_build_flags INTERFACE)
+target_compile_options(ulo_build_flags INTERFACE
+  -Wall -Wextra -Wpedantic -Werror
+  # Log lines name sources relative to the tree, wherever it was built.
+  -fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=)
+
+# The sanitizers and the coverage counters go into everything, whoever compiles it.
+if(ULO_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+if(ULO_COVERAGE)
+  add_compile_options(--coverage)
+  add_link_options(--coverage)
+endif()
+
+# ulo_library(NAME) makes NAME_objects, to which the rooms add their sources with
+# target_sources, and the shared library NAME made of them. Tests link NAME_objects when they
+# look at something that NAME keeps hidden.
+function(ulo_library name)
+  add_library(${name}_objects OBJECT)
+  target_link_libraries(${name}_objects PRIVATE ulo_build_flags)
+  add_library(${name} SHARED)
+  target_link_libraries(${name} PRIVATE ${name}_objects)
+  set_target_properties(${name} PROPERTIES
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+endfunction()

@@ -1,0 +1,1 @@
+#include "ulodb2.h"

@@ -1,0 +1,126 @@
+/* The embedded database: tables, statements and scripts in one file of the data directory.
+ *
+ * Texts come in two languages: SQL-like statements, and scripts, which begin with "sml:". Every
+ * operation that takes a text takes either. A text is a printf template: %s puts a text in, %d,
+ * %i, %u, %ld, %li and %lu a number (at most 32 bits of it), %% a percent sign; other conversions
+ * are an error. ":0", ":1", ... are the parameters of the parameter block.
+ *
+ * Each statement and each script does all of its work or none. Within a transaction it joins it.
+ * The database is one per thread: stores of one thread share it, threads have their own.
+ */
+#pragma once
+
+#include "export.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* Results of all operations that return int and say nothing else. */
+enum DB_Result {
+  DB_OK = 0,
+  DB_ERROR = 1,         /* none of the others */
+  DB_BAD_ARGUMENT = 2,  /* a null pointer, an index out of range, an unknown mode or database */
+  DB_SYNTAX = 3,        /* the text is not of the language; the log says where and why */
+  DB_UNKNOWN_NAME = 4,  /* the text names a table, index or column that is not there */
+  DB_BAD_PARAMETER = 5, /* a parameter of the text is not bound, or there is no block */
+  DB_BAD_TYPE = 6,      /* a value of another type than its place wants */
+  DB_CONSTRAINT = 7,    /* the table exists, a key is taken, the UIDs are used up */
+  DB_BUSY = 8,          /* another process kept the database locked for longer than we wait */
+  DB_IO = 9,            /* the file can't be read or written */
+  DB_NO_MEMORY = 10,    /* memory of this process */
+  DB_CORRUPT = 11,      /* the file is no database, or damaged */
+  DB_FULL = 12,         /* the disk or the database is full */
+  DB_NOT_OPEN = 13,     /* this thread has not opened the database */
+  DB_TRANSACTION = 14,  /* a transaction is open already, or none is */
+  DB_LIMIT = 15,        /* one of the limits below was reached */
+  DB_END = 16           /* there is no further row */
+};
+
+/* Limits. What goes beyond is refused with DB_LIMIT and leaves everything as it was. */
+enum DB_Limit {
+  DB_MAX_TEXT = 65536,          /* bytes of a text after formatting */
+  DB_MAX_NESTING = 64,          /* blocks and parentheses inside one another */
+  DB_MAX_PARAMETERS = 256,      /* parameters of a block */
+  DB_MAX_COLUMNS = 64,          /* columns of a table or a buffer schema */
+  DB_MAX_VARIABLES = 64,        /* variables of a script */
+  DB_MAX_NAME = 128,            /* bytes of a name */
+  DB_MAX_ROWS = 16777216,       /* rows of a result */
+  DB_MAX_LOOP_PASSES = 16777216 /* passes through all loops of one run of a script */
+};
+
+typedef struct DB_ParamBlock* DB_PARAM;
+typedef struct DB_ResultCursor* DB_CURSOR;
+
+/* Opens database number `database` (1 is the store's) for this thread; each successful call wants
+ * a DB_Close. On a database that nobody has filled yet it waits for, and holds, the right to fill
+ * it until rows are committed: two programs that start at once don't both create its tables. */
+ULO_EXPORT int DB_Open(int database);
+/* The last close ends an open transaction without keeping its changes. */
+ULO_EXPORT int DB_Close(void);
+
+/* Begins a transaction that may write. mode: 0. A transaction within a transaction is refused and
+ * changes nothing. */
+ULO_EXPORT int DB_BeginTransaction(int mode);
+ULO_EXPORT int DB_CommitTransaction(void);
+/* Without a transaction: DB_TRANSACTION, and nothing else happens. */
+ULO_EXPORT int DB_AbortTransaction(void);
+
+/* Runs a text. What it puts into its result buffer is dropped. */
+ULO_EXPORT int DB_Exec(const char* text, ...);
+/* The same with parameters. A parameter that the text doesn't use is fine. A null block makes it
+ * fail. */
+ULO_EXPORT int DB_ExecWithParam(DB_PARAM block, const char* text, ...);
+/* Runs a text and gives its result buffer, standing on the first row. On failure *cursor is null.
+ */
+ULO_EXPORT int DB_Query(DB_CURSOR* cursor, const char* text, ...);
+ULO_EXPORT int DB_QueryWithParam(DB_CURSOR* cursor, DB_PARAM block, const char* text, ...);
+
+/* This thread's tag: what its last successful script set with set_session_tag, or the UID of its
+ * last successful insert that ended in returnuid. 0 at the start. */
+ULO_EXPORT int DB_GetTag(void);
+
+/* A block of `count` parameters (1 to DB_MAX_PARAMETERS), none bound. Null when memory is short. */
+ULO_EXPORT DB_PARAM DB_PARAM_Open(int count);
+ULO_EXPORT int DB_PARAM_Close(DB_PARAM block);
+ULO_EXPORT int DB_PARAM_BindInteger(DB_PARAM block, int index, int value);
+/* Copies a zero-terminated text of 16-bit units whose two bytes are exchanged. Null binds the null
+ * value. */
+ULO_EXPORT int DB_PARAM_BindUnicode(DB_PARAM block, int index, const unsigned short* units);
+/* Copies a zero-terminated text of bytes, meant to be UTF-8. Null binds the null value. */
+ULO_EXPORT int DB_PARAM_BindChar(DB_PARAM block, int index, const char* utf8);
+
+/* Fields of the current row, by the order of the columns in the buffer's schema. A row or column
+ * that is not there, and a null, gives 0, false or null. */
+ULO_EXPORT int DB_CSC_GetFieldAsInteger(DB_CURSOR cursor, int column);
+ULO_EXPORT int DB_CSC_GetFieldAsBool(DB_CURSOR cursor, int column);
+/* Zero-terminated units in the machine's byte order. Valid until the cursor is closed. */
+ULO_EXPORT const unsigned short* DB_CSC_GetFieldAsUnicode(DB_CURSOR cursor, int column);
+/* Zero-terminated bytes. Valid until the cursor is closed. */
+ULO_EXPORT const char* DB_CSC_GetFieldAsChar(DB_CURSOR cursor, int column);
+/* DB_OK when the cursor stands on a row afterwards, DB_END when there was no further one. */
+ULO_EXPORT int DB_CSC_MoveNext(DB_CURSOR cursor);
+/* 1 behind the last row (at once on an empty buffer) and for a null cursor, else 0. */
+ULO_EXPORT int DB_CSC_Eof(DB_CURSOR cursor);
+/* Closing null does nothing. */
+ULO_EXPORT int DB_CSC_Close(DB_CURSOR cursor);
+
+/* Tools for people. */
+
+enum DB_ExplainWhat {
+  DB_EXPLAIN_TOKENS = 1, /* the words of the text with their places */
+  DB_EXPLAIN_TREE = 2,   /* the checked tree */
+  DB_EXPLAIN_SQL = 4,    /* the SQL that each cursor leads to */
+  DB_EXPLAIN_RUN = 8     /* run it: the SQL as it happened, with its values, and the result rows */
+};
+/* Explains a text, taken as it stands and not as a template. Gives each line to `line`. What is
+ * wrong with the text is a line too: "line L, column C: ...". Needs an open database. `block` may
+ * be null where the text has no parameters or is not run. */
+ULO_EXPORT int DB_Explain(const char* text, int what, DB_PARAM block,
+                          void (*line)(void* context, const char* utf8), void* context);
+/* Checks the file's structure. Gives each defect to `line`; none and DB_OK means it is sound. */
+ULO_EXPORT int DB_CheckFile(void (*line)(void* context, const char* utf8), void* context);
+
+#ifdef __cplusplus
+}
+#endif

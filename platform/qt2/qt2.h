@@ -1,0 +1,115 @@
+// The Qt 2 types of the engine's interface that Qt 6 no longer has, as thin as they can be.
+// QString, QDateTime, QFile, QUuid and the rest are Qt 6's own.
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+#include <utility>
+#include <vector>
+
+// A zero-terminated 8-bit string.
+class QCString : public QByteArray {
+public:
+  QCString() = default;
+  QCString(const char* text) : QByteArray(text) {}
+  QCString(const QByteArray& bytes) : QByteArray(bytes) {}
+  // Takes at most maxSizeWithTerminator - 1 characters of `text`, fewer if a zero byte comes
+  // first. A null `text` or a size of 0 gives a null string.
+  QCString(const char* text, uint maxSizeWithTerminator)
+      : QByteArray(text == nullptr || maxSizeWithTerminator == 0
+                       ? QByteArray()
+                       : QByteArray(text, static_cast<qsizetype>(
+                                              strnlen(text, maxSizeWithTerminator - 1)))) {}
+
+  // ASCII letters in upper case.
+  [[nodiscard]] QCString upper() const { return toUpper(); }
+
+  // Number of occurrences of `word`, overlapping ones included; 0 for an empty word.
+  [[nodiscard]] int contains(const char* word, bool caseSensitive = true) const {
+    if (word == nullptr || *word == '\0')
+      return 0;
+    return static_cast<int>(caseSensitive ? count(word)
+                                          : toLower().count(QCString(word).toLower()));
+  }
+};
+
+// A list of values in the order they were appended.
+template <typename T> class QValueList {
+public:
+  using iterator = typename std::vector<T>::iterator;
+  using const_iterator = typename std::vector<T>::const_iterator;
+
+  void append(T value) { items_.push_back(std::move(value)); }
+  [[nodiscard]] uint count() const { return static_cast<uint>(items_.size()); }
+  [[nodiscard]] bool isEmpty() const { return items_.empty(); }
+  // Requires: index < count(). Valid until the list is changed.
+  [[nodiscard]] T& at(uint index) { return items_[index]; }
+  [[nodiscard]] const T& at(uint index) const { return items_[index]; }
+  T& operator[](uint index) { return items_[index]; }
+  const T& operator[](uint index) const { return items_[index]; }
+
+  // Takes one item out; gives the place of the item after it.
+  iterator remove(iterator position) { return items_.erase(position); }
+  // Takes out every item equal to `value`; gives how many there were.
+  uint remove(const T& value) { return static_cast<uint>(std::erase(items_, value)); }
+  // Takes out every item for which `unwanted` holds; the others keep their order.
+  template <typename Predicate> void removeIf(Predicate unwanted) {
+    std::erase_if(items_, unwanted);
+  }
+  void clear() { items_.clear(); }
+  void reserve(std::size_t size) { items_.reserve(size); }
+
+  iterator begin() { return items_.begin(); }
+  iterator end() { return items_.end(); }
+  [[nodiscard]] const_iterator begin() const { return items_.begin(); }
+  [[nodiscard]] const_iterator end() const { return items_.end(); }
+
+  bool operator==(const QValueList&) const = default;
+
+private:
+  std::vector<T> items_;
+};
+
+// A list of pointers. It deletes the items that it drops only while auto-delete is set; else
+// they are the caller's.
+template <typename T> class QPtrListOf {
+public:
+  QPtrListOf() = default;
+  QPtrListOf(const QPtrListOf&) = delete;
+  QPtrListOf& operator=(const QPtrListOf&) = delete;
+  ~QPtrListOf() { clear(); }
+
+  void append(const T* item) { items_.push_back(const_cast<T*>(item)); }
+  [[nodiscard]] uint count() const { return static_cast<uint>(items_.size()); }
+  [[nodiscard]] bool isEmpty() const { return items_.empty(); }
+  // Null beyond the end.
+  [[nodiscard]] T* at(uint index) const { return index < items_.size() ? items_[index] : nullptr; }
+  [[nodiscard]] T* first() const { return at(0); }
+  // False on an empty list.
+  bool removeFirst() {
+    if (items_.empty())
+      return false;
+    drop(items_.front());
+    items_.erase(items_.begin());
+    return true;
+  }
+  void clear() {
+    std::for_each(items_.begin(), items_.end(), [this](T* item) { drop(item); });
+    items_.clear();
+  }
+  void setAutoDelete(bool on) { autoDelete_ = on; }
+  [[nodiscard]] bool autoDelete() const { return autoDelete_; }
+
+private:
+  void drop(T* item) {
+    if (autoDelete_)
+      delete item;
+  }
+
+  std::vector<T*> items_;
+  bool autoDelete_ = false;
+};

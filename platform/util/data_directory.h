@@ -1,0 +1,14 @@
+#pragma once
+
+#include "export.h"
+
+#include <string>
+
+namespace ulo {
+
+// The directory of the database files and the change journal: $ULO_DATA_DIR, else
+// $XDG_DATA_HOME/ulo, else $HOME/.local/share/ulo. Created with mode 0700 when missing. Empty
+// when it cannot be created, errno says why.
+ULO_EXPORT std::string dataDirectory();
+
+}  // namespace ulo

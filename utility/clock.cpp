@@ -1,0 +1,5 @@
+#include "clock.h"
+
+QDateTime engineNow() {
+  return QDateTime::currentDateTime();
+}
