@@ -1,1 +1,283 @@
+// The C interface: turns failures into result codes and lines of the log.
+
 #include "ulodb2.h"
+
+#include "module_log.h"
+#include "run/session.h"
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <new>
+
+using namespace ulo::odb;
+
+struct DB_ParamBlock {
+  std::unique_ptr<Parameter[]> parameters;
+  std::size_t count = 0;
+};
+
+struct DB_ResultCursor {
+  ResultBuffer buffer;
+  std::size_t row = 0;
+};
+
+namespace {
+
+// A thread's use of the database. Trivially destructible: it can still be closed by a static
+// object that goes after the thread's own.
+thread_local Session* threadSession = nullptr;
+thread_local int threadOpens = 0;
+thread_local int threadTag = 0;
+
+// Runs `work`; a failure of any kind is logged and becomes its code.
+template <typename Work> int guarded(Work work) {
+  try {
+    work();
+    return DB_OK;
+  } catch (const Failure& failure) {
+    ULO_LOG_ERROR("%s", failure.what());
+    return failure.code();
+  } catch (const std::bad_alloc&) {
+    ULO_LOG_ERROR("no memory");
+    return DB_NO_MEMORY;
+  } catch (const std::exception& failure) {
+    ULO_LOG_ERROR("%s", failure.what());
+    return DB_ERROR;
+  }
+}
+
+Session& session() {
+  if (threadSession == nullptr)
+    throw Failure(DB_NOT_OPEN, "the database is not open");
+  return *threadSession;
+}
+
+void require(bool condition, const char* what) {
+  if (!condition)
+    throw Failure(DB_BAD_ARGUMENT, what);
+}
+
+ParameterView viewOf(DB_PARAM block) {
+  return block == nullptr ? ParameterView() : ParameterView{block->parameters.get(), block->count};
+}
+
+ResultBuffer runText(ParameterView parameters, const char* text, va_list arguments) {
+  require(text != nullptr, "the text is null");
+  Session& running = session();
+  return running.run(formatTemplate(text, arguments), parameters, &threadTag);
+}
+
+int execute(ParameterView parameters, bool blockIsThere, const char* text, va_list arguments) {
+  return guarded([&] {
+    if (!blockIsThere)
+      throw Failure(DB_BAD_PARAMETER, "there is no parameter block");
+    runText(parameters, text, arguments);
+  });
+}
+
+int query(DB_CURSOR* cursor, ParameterView parameters, bool blockIsThere, const char* text,
+          va_list arguments) {
+  if (cursor != nullptr)
+    *cursor = nullptr;
+  return guarded([&] {
+    require(cursor != nullptr, "there is no place for the cursor");
+    if (!blockIsThere)
+      throw Failure(DB_BAD_PARAMETER, "there is no parameter block");
+    *cursor = new DB_ResultCursor{runText(parameters, text, arguments)};
+  });
+}
+
+int bindParameter(DB_PARAM block, int index, const Value& value) {
+  return guarded([&] {
+    require(block != nullptr, "there is no parameter block");
+    require(index >= 0 && static_cast<std::size_t>(index) < block->count,
+            "the parameter's index is out of range");
+    block->parameters[static_cast<std::size_t>(index)] = {true, OwnedValue(value)};
+  });
+}
+
+bool hasField(DB_CURSOR cursor, int column) {
+  return cursor != nullptr && column >= 0 && cursor->row < cursor->buffer.rows() &&
+         static_cast<std::size_t>(column) < cursor->buffer.columns();
+}
+
+std::int64_t numberField(DB_CURSOR cursor, int column) {
+  return hasField(cursor, column)
+             ? cursor->buffer.value(cursor->row, static_cast<std::size_t>(column)).number
+             : 0;
+}
+
+LineSink sinkTo(void (*line)(void*, const char*), void* context) {
+  return [line, context](const std::string& text) { line(context, text.c_str()); };
+}
+
+}  // namespace
+
+int DB_Open(int database) {
+  return guarded([&] {
+    if (threadSession == nullptr)
+      threadSession = new Session(database);
+    else
+      require(database == threadSession->database(), "another database is open in this thread");
+    ++threadOpens;
+  });
+}
+
+int DB_Close() {
+  return guarded([] {
+    session();
+    if (--threadOpens == 0) {
+      delete threadSession;
+      threadSession = nullptr;
+    }
+  });
+}
+
+int DB_BeginTransaction(int mode) {
+  return guarded([&] { session().begin(mode); });
+}
+
+int DB_CommitTransaction() {
+  return guarded([] { session().commit(); });
+}
+
+int DB_AbortTransaction() {
+  return guarded([] { session().abort(); });
+}
+
+int DB_Exec(const char* text, ...) {
+  va_list arguments;
+  va_start(arguments, text);
+  const int result = execute({}, true, text, arguments);
+  va_end(arguments);
+  return result;
+}
+
+int DB_ExecWithParam(DB_PARAM block, const char* text, ...) {
+  va_list arguments;
+  va_start(arguments, text);
+  const int result = execute(viewOf(block), block != nullptr, text, arguments);
+  va_end(arguments);
+  return result;
+}
+
+int DB_Query(DB_CURSOR* cursor, const char* text, ...) {
+  va_list arguments;
+  va_start(arguments, text);
+  const int result = query(cursor, {}, true, text, arguments);
+  va_end(arguments);
+  return result;
+}
+
+int DB_QueryWithParam(DB_CURSOR* cursor, DB_PARAM block, const char* text, ...) {
+  va_list arguments;
+  va_start(arguments, text);
+  const int result = query(cursor, viewOf(block), block != nullptr, text, arguments);
+  va_end(arguments);
+  return result;
+}
+
+int DB_GetTag() {
+  return threadTag;
+}
+
+DB_PARAM DB_PARAM_Open(int count) {
+  if (count < 1 || count > DB_MAX_PARAMETERS)
+    return nullptr;
+  std::unique_ptr<DB_ParamBlock> block(new (std::nothrow) DB_ParamBlock);
+  if (!block)
+    return nullptr;
+  block->count = static_cast<std::size_t>(count);
+  block->parameters.reset(new (std::nothrow) Parameter[block->count]);
+  return block->parameters ? block.release() : nullptr;
+}
+
+int DB_PARAM_Close(DB_PARAM block) {
+  delete block;
+  return DB_OK;
+}
+
+int DB_PARAM_BindInteger(DB_PARAM block, int index, int value) {
+  return bindParameter(block, index, Value::integer(value));
+}
+
+int DB_PARAM_BindUnicode(DB_PARAM block, int index, const unsigned short* units) {
+  if (units == nullptr)
+    return bindParameter(block, index, {});
+  return guarded([&] {
+    std::string bytes;
+    for (; *units != 0; ++units) {
+      const auto unit = static_cast<std::uint16_t>((*units >> 8U) | (*units << 8U));
+      char pair[sizeof unit];
+      std::memcpy(pair, &unit, sizeof unit);
+      bytes.append(pair, sizeof unit);
+    }
+    if (const int result = bindParameter(block, index, {Type::unicode, 0, bytes}))
+      throw Failure(static_cast<DB_Result>(result), "the text is not bound");
+  });
+}
+
+int DB_PARAM_BindChar(DB_PARAM block, int index, const char* utf8) {
+  return bindParameter(block, index, utf8 == nullptr ? Value() : Value{Type::varchar, 0, utf8});
+}
+
+int DB_CSC_GetFieldAsInteger(DB_CURSOR cursor, int column) {
+  return static_cast<int>(numberField(cursor, column));
+}
+
+int DB_CSC_GetFieldAsBool(DB_CURSOR cursor, int column) {
+  return numberField(cursor, column) != 0 ? 1 : 0;
+}
+
+const unsigned short* DB_CSC_GetFieldAsUnicode(DB_CURSOR cursor, int column) {
+  return hasField(cursor, column)
+             ? cursor->buffer.units(cursor->row, static_cast<std::size_t>(column))
+             : nullptr;
+}
+
+const char* DB_CSC_GetFieldAsChar(DB_CURSOR cursor, int column) {
+  return hasField(cursor, column)
+             ? cursor->buffer.bytes(cursor->row, static_cast<std::size_t>(column))
+             : nullptr;
+}
+
+int DB_CSC_MoveNext(DB_CURSOR cursor) {
+  if (cursor == nullptr)
+    return DB_BAD_ARGUMENT;
+  if (cursor->row < cursor->buffer.rows())
+    ++cursor->row;
+  return cursor->row < cursor->buffer.rows() ? DB_OK : DB_END;
+}
+
+int DB_CSC_Eof(DB_CURSOR cursor) {
+  return cursor == nullptr || cursor->row >= cursor->buffer.rows() ? 1 : 0;
+}
+
+int DB_CSC_Close(DB_CURSOR cursor) {
+  delete cursor;
+  return DB_OK;
+}
+
+int DB_Explain(const char* text, int what, DB_PARAM block,
+               void (*line)(void* context, const char* utf8), void* context) {
+  if (text == nullptr || line == nullptr)
+    return DB_BAD_ARGUMENT;
+  const LineSink sink = sinkTo(line, context);
+  try {
+    session().explain(text, what, viewOf(block), sink);
+    return DB_OK;
+  } catch (const Failure& failure) {
+    sink(failure.what());
+    return failure.code();
+  } catch (const std::bad_alloc&) {
+    return DB_NO_MEMORY;
+  }
+}
+
+int DB_CheckFile(void (*line)(void* context, const char* utf8), void* context) {
+  return guarded([&] {
+    require(line != nullptr, "there is no place for the lines");
+    session().checkFile(sinkTo(line, context));
+  });
+}

@@ -1,0 +1,235 @@
+#include "cursor.h"
+
+#include "sqlite/binding.h"
+
+#include <algorithm>
+
+namespace ulo::odb {
+
+SqlStatement& Cursor::prepared(std::unique_ptr<SqlStatement>& statement, const std::string& sql) {
+  if (!statement)
+    statement = std::make_unique<SqlStatement>(database_, sql);
+  return *statement;
+}
+
+void Cursor::open() {
+  close();
+  where_ = Where::beforeFirst;
+}
+
+void Cursor::close() {
+  for (SqlStatement* statement : {walk_.get(), byUid_.get()})
+    if (statement != nullptr)
+      statement->reset();
+  for (const auto& [positions, statement] : finds_)
+    statement->reset();
+  for (const auto& [stretch, statement] : stretches_)
+    statement->reset();
+  row_ = live_ = nullptr;
+  rowIsDeleted_ = false;
+  ahead_.clear();
+  position_.clear();
+  listed_.reset();
+  where_ = Where::end;
+}
+
+bool Cursor::find(const Tuple& key) {
+  close();
+  std::vector<int> positions;
+  for (std::size_t i = 0; i < plan_.source.key.size(); ++i)
+    if (key.count(plan_.source.key[i].column) != 0)
+      positions.push_back(static_cast<int>(i));
+  std::unique_ptr<SqlStatement>& slot = finds_[positions];
+  if (!slot)
+    slot = std::make_unique<SqlStatement>(database_, findSql(plan_, positions));
+  int parameter = 0;
+  for (const int position : positions) {
+    const int column = plan_.source.key[static_cast<std::size_t>(position)].column;
+    bind(*slot, ++parameter, key.at(column).view(), typeOf(column));
+  }
+  if (!slot->step())
+    return false;
+  row_ = live_ = slot.get();
+  liveIsSameKey_ = positions.size() == plan_.source.key.size();
+  where_ = Where::found;
+  return true;
+}
+
+// Remembers where the current row stands in the order.
+void Cursor::keepPosition() {
+  position_.clear();
+  for (const int place : plan_.orderFetched)
+    position_.emplace_back(field(place));
+}
+
+// From the kept position on: the rest of the live statement when it holds the same key, then all
+// rows behind that key; else all rows behind the position.
+void Cursor::goOnAfterKey() {
+  if (row_ != nullptr)
+    keepPosition();
+  const auto keySize = static_cast<int>(plan_.source.key.size());
+  int level = keySize - 1;
+  ahead_.clear();
+  if (!liveIsSameKey_) {
+    live_ = nullptr;
+    level = static_cast<int>(plan_.order.size()) - 1;
+  }
+  // Lowest level last in the walk, so first in the list.
+  for (int i = 0; i <= level; ++i) {
+    const KeyColumn& column = plan_.order[static_cast<std::size_t>(i)];
+    const bool isNull = position_[static_cast<std::size_t>(i)].view().isNull();
+    // Nulls come first, with "desc" last.
+    if (column.descending && !isNull && column.column != plan_.source.table->uid)
+      ahead_.push_back({i, Behind::null});
+    if (!column.descending || !isNull)
+      ahead_.push_back({i, isNull ? Behind::notNull : Behind::value});
+  }
+  where_ = Where::walking;
+}
+
+bool Cursor::startNextStretch() {
+  if (ahead_.empty())
+    return false;
+  const Stretch stretch = ahead_.back();
+  ahead_.pop_back();
+  std::unique_ptr<SqlStatement>& slot = stretches_[{stretch.level, stretch.behind}];
+  if (!slot)
+    slot =
+        std::make_unique<SqlStatement>(database_, behindSql(plan_, stretch.level, stretch.behind));
+  slot->reset();
+  const int bound = stretch.level + (stretch.behind == Behind::value ? 1 : 0);
+  for (int i = 0; i < bound; ++i) {
+    const auto place = static_cast<std::size_t>(i);
+    bind(*slot, i + 1, position_[place].view(), typeOf(plan_.order[place].column));
+  }
+  live_ = slot.get();
+  // Behind the last column of the key only the UID differs.
+  liveIsSameKey_ = stretch.level == static_cast<int>(plan_.source.key.size());
+  return true;
+}
+
+bool Cursor::stepLive(bool sameKeyOnly) {
+  for (;;) {
+    if (live_ != nullptr && (liveIsSameKey_ || !sameKeyOnly)) {
+      if (live_->step())
+        return true;
+      live_ = nullptr;
+    }
+    if (ahead_.empty())
+      return false;
+    const bool nextIsSameKey = ahead_.back().level == static_cast<int>(plan_.source.key.size());
+    if ((sameKeyOnly && !nextIsSameKey) || !startNextStretch())
+      return false;
+  }
+}
+
+SqlStatement* Cursor::fetchRow(std::int64_t uid) {
+  SqlStatement& statement = prepared(byUid_, rowSql(plan_));
+  statement.reset();
+  bind(statement, 1, Value::integer(uid), Type::integer);
+  return statement.step() ? &statement : nullptr;
+}
+
+bool Cursor::advance(bool sameKeyOnly) {
+  row_ = nullptr;
+  rowIsDeleted_ = false;
+  if (!plan_.listsFirst) {
+    if (stepLive(sameKeyOnly))
+      row_ = live_;
+    return row_ != nullptr;
+  }
+  if (!listed_ || listed_->empty()) {
+    listed_.emplace();
+    while (stepLive(sameKeyOnly))
+      listed_->push_back(live_->integer(0));
+    liveIsSameKey_ = sameKeyOnly;
+    std::reverse(listed_->begin(), listed_->end());
+  }
+  // A row may have been deleted since.
+  while (row_ == nullptr && !listed_->empty()) {
+    row_ = fetchRow(listed_->back());
+    listed_->pop_back();
+  }
+  return row_ != nullptr;
+}
+
+bool Cursor::moveNext() {
+  switch (where_) {
+  case Where::beforeFirst:
+    live_ = &prepared(walk_, walkSql(plan_));
+    liveIsSameKey_ = false;
+    where_ = Where::walking;
+    break;
+  case Where::found:
+    goOnAfterKey();
+    break;
+  case Where::walking:
+    break;
+  case Where::end:
+    return false;
+  }
+  if (advance(false))
+    return true;
+  where_ = Where::end;
+  return false;
+}
+
+bool Cursor::moveNextInDup() {
+  if (where_ == Where::found) {
+    goOnAfterKey();
+  } else if (where_ == Where::walking && !liveIsSameKey_ && (row_ != nullptr || rowIsDeleted_)) {
+    // A row that the walk came to: its key is the one to stay in.
+    listed_.reset();
+    goOnAfterKey();
+  } else if (where_ != Where::walking) {
+    return false;
+  }
+  return advance(true);
+}
+
+Value Cursor::field(int place) const {
+  if (row_ == nullptr)
+    return {};
+  return columnValue(*row_, place, typeOf(plan_.fetched[static_cast<std::size_t>(place)]));
+}
+
+void Cursor::requireRow(const char* what) const {
+  if (row_ == nullptr)
+    throw Failure(DB_ERROR, std::string(what) + " wants a current row, the cursor stands on none");
+}
+
+void Cursor::deleteRow() {
+  requireRow("del");
+  keepPosition();
+  SqlStatement& statement = prepared(delete_, deleteSql(plan_));
+  const ResetAtEnd reset(statement);
+  bind(statement, 1, field(0), Type::integer);
+  statement.run();
+  row_ = nullptr;
+  rowIsDeleted_ = true;
+}
+
+void Cursor::update(const Tuple& data) {
+  requireRow("update");
+  if (data.empty())
+    return;
+  std::vector<int> columns;
+  columns.reserve(data.size());
+  for (const auto& [column, value] : data)
+    columns.push_back(column);
+  std::unique_ptr<SqlStatement>& slot = updates_[columns];
+  if (!slot)
+    slot = std::make_unique<SqlStatement>(database_, updateSql(plan_, columns));
+  const ResetAtEnd reset(*slot);
+  int parameter = 0;
+  for (const auto& [column, value] : data)
+    bind(*slot, ++parameter, value.view(), typeOf(column));
+  const std::int64_t uid = field(0).number;
+  bind(*slot, ++parameter, Value::integer(uid), Type::integer);
+  slot->run();
+  // The row shows what was written.
+  if (plan_.fetched.size() > 1)
+    row_ = fetchRow(uid);
+}
+
+}  // namespace ulo::odb

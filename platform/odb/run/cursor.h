@@ -1,0 +1,93 @@
+#pragma once
+
+#include "program.h"
+#include "sqlite/statement.h"
+#include "value.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace ulo::odb {
+
+// The fields that a script set in a tuple, by their table columns.
+using Tuple = std::map<int, OwnedValue>;
+
+// A cursor of a running script. It keeps its statements for the next run.
+class Cursor {
+public:
+  // Both must outlive the cursor.
+  Cursor(sqlite3* database, const CursorPlan& plan) : database_(database), plan_(plan) {}
+
+  // Before the first row.
+  void open();
+  // Ends all reading; the cursor stands on no row.
+  void close();
+
+  // To the first row whose key equals the fields of `key`, nulls included. False, and on no row,
+  // when there is none.
+  bool find(const Tuple& key);
+  // To the next row of the order; also after the current row was deleted. False, and on no row,
+  // behind the last one and after a find that failed.
+  bool moveNext();
+  // To the next row with the same key. False, and on no row, when there is none; moveNext goes on
+  // from there.
+  bool moveNextInDup();
+
+  // Null when the cursor stands on no row. Valid until the cursor moves. `place` counts in the
+  // plan's `fetched`.
+  [[nodiscard]] Value field(int place) const;
+  // Both require a current row, else they throw Failure.
+  void deleteRow();
+  void update(const Tuple& data);
+
+private:
+  enum class Where {
+    beforeFirst,
+    found,    // where find went: further rows are to be looked for
+    walking,  // rows come from `live_`, then from `ahead_`
+    end,
+  };
+  // Rows that follow in the order: those behind the position at one level of the key.
+  struct Stretch {
+    int level;
+    Behind behind;
+  };
+
+  [[nodiscard]] Type typeOf(int column) const {
+    return plan_.source.table->columns[static_cast<std::size_t>(column)].type;
+  }
+  SqlStatement& prepared(std::unique_ptr<SqlStatement>& statement, const std::string& sql);
+  void requireRow(const char* what) const;
+  void keepPosition();
+  void goOnAfterKey();
+  bool startNextStretch();
+  bool stepLive(bool sameKeyOnly);
+  bool advance(bool sameKeyOnly);
+  SqlStatement* fetchRow(std::int64_t uid);
+
+  sqlite3* database_;
+  const CursorPlan& plan_;
+
+  Where where_ = Where::beforeFirst;
+  SqlStatement* row_ = nullptr;       // holds the current row, null when there is none
+  bool rowIsDeleted_ = false;         // the current row was deleted; its position is kept
+  SqlStatement* live_ = nullptr;      // the next rows come from it
+  bool liveIsSameKey_ = false;        // and they all have the key of the position
+  std::vector<Stretch> ahead_;        // after `live_`, the last one first
+  std::vector<OwnedValue> position_;  // of the order's columns; empty when not kept
+  std::optional<std::vector<std::int64_t>> listed_;  // when the plan lists first: UIDs, the last
+                                                     // one first
+
+  std::unique_ptr<SqlStatement> walk_;
+  std::unique_ptr<SqlStatement> byUid_;
+  std::unique_ptr<SqlStatement> delete_;
+  std::map<std::vector<int>, std::unique_ptr<SqlStatement>> finds_;
+  std::map<std::pair<int, Behind>, std::unique_ptr<SqlStatement>> stretches_;
+  std::map<std::vector<int>, std::unique_ptr<SqlStatement>> updates_;
+};
+
+}  // namespace ulo::odb

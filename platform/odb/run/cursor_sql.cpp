@@ -1,0 +1,100 @@
+#include "program.h"
+#include "sqlite/statement.h"
+
+namespace ulo::odb {
+namespace {
+
+const std::string& columnName(const CursorPlan& plan, int column) {
+  return plan.source.table->columns[static_cast<std::size_t>(column)].name;
+}
+
+std::string quotedColumn(const CursorPlan& plan, int column) {
+  return quoteName(columnName(plan, column));
+}
+
+std::string select(const CursorPlan& plan) {
+  std::string sql = "SELECT ";
+  for (std::size_t i = 0; i < plan.fetched.size(); ++i)
+    sql += (i > 0 ? ", " : "") + quotedColumn(plan, plan.fetched[i]);
+  return sql + " FROM " + quoteName(plan.source.table->name);
+}
+
+std::string uidEquals(const CursorPlan& plan) {
+  return " WHERE " + quotedColumn(plan, plan.source.table->uid) + " = ?";
+}
+
+// From the column at place `level` of the order on.
+std::string orderBy(const CursorPlan& plan, std::size_t level) {
+  std::string sql;
+  for (std::size_t i = level; i < plan.order.size(); ++i)
+    sql += (sql.empty() ? " ORDER BY " : ", ") + quotedColumn(plan, plan.order[i].column) +
+           (plan.order[i].descending ? " DESC" : "");
+  return sql;
+}
+
+}  // namespace
+
+std::string walkSql(const CursorPlan& plan) {
+  return select(plan) + orderBy(plan, 0);
+}
+
+std::string findSql(const CursorPlan& plan, const std::vector<int>& positions) {
+  std::string where;
+  for (const int position : positions)
+    where += (where.empty() ? " WHERE " : " AND ") +
+             quotedColumn(plan, plan.source.key[static_cast<std::size_t>(position)].column) +
+             " IS ?";
+  return select(plan) + where + orderBy(plan, 0);
+}
+
+std::string behindSql(const CursorPlan& plan, int level, Behind behind) {
+  const auto place = static_cast<std::size_t>(level);
+  std::string sql = select(plan) + " WHERE ";
+  for (std::size_t i = 0; i < place; ++i)
+    sql += quotedColumn(plan, plan.order[i].column) + " IS ? AND ";
+  sql += quotedColumn(plan, plan.order[place].column);
+  switch (behind) {
+  case Behind::value:
+    sql += plan.order[place].descending ? " < ?" : " > ?";
+    break;
+  case Behind::notNull:
+    sql += " IS NOT NULL";
+    break;
+  case Behind::null:
+    sql += " IS NULL";
+    break;
+  }
+  return sql + orderBy(plan, place);
+}
+
+std::string rowSql(const CursorPlan& plan) {
+  return select(plan) + uidEquals(plan);
+}
+
+std::string deleteSql(const CursorPlan& plan) {
+  return "DELETE FROM " + quoteName(plan.source.table->name) + uidEquals(plan);
+}
+
+std::string updateSql(const CursorPlan& plan, const std::vector<int>& columns) {
+  std::string sql = "UPDATE " + quoteName(plan.source.table->name) + " SET ";
+  for (std::size_t i = 0; i < columns.size(); ++i)
+    sql += (i > 0 ? ", " : "") + quotedColumn(plan, columns[i]) + " = ?";
+  return sql + uidEquals(plan);
+}
+
+std::string insertSql(const Program& program) {
+  std::string names;
+  std::string places;
+  for (const TableColumn& column : program.statement->columns) {
+    names += (names.empty() ? "" : ", ") + quoteName(column.name);
+    places += places.empty() ? "?" : ", ?";
+  }
+  return "INSERT INTO " + quoteName(program.statement->table) + " (" + names + ") VALUES (" +
+         places + ")";
+}
+
+std::string countSql(const Table& table) {
+  return "SELECT count(*) FROM " + quoteName(table.name);
+}
+
+}  // namespace ulo::odb

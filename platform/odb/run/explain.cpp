@@ -1,0 +1,135 @@
+#include "script/parser.h"
+#include "script/printer.h"
+#include "session.h"
+
+namespace ulo::odb {
+namespace {
+
+std::string valueText(const Value& value) {
+  switch (value.type) {
+  case Type::null:
+    return "null";
+  case Type::boolean:
+    return value.number != 0 ? "true" : "false";
+  case Type::unicode:
+    return "'" + toUtf8(value.text) + "'";
+  case Type::varchar:
+    return "'" + std::string(value.text) + "'";
+  default:
+    return std::to_string(value.number);
+  }
+}
+
+// The SQL that a cursor may lead to, each with what asks for it.
+void listSql(const CursorPlan& plan, const std::string& name, const LineSink& line) {
+  const auto list = [&](const std::string& what, const std::string& sql) {
+    line("$" + name + " " + what + ": " + sql);
+  };
+  if (plan.moves && !plan.finds)
+    list("walk", walkSql(plan));
+  if (plan.finds) {
+    std::vector<int> whole;
+    for (std::size_t i = 0; i < plan.source.key.size(); ++i)
+      whole.push_back(static_cast<int>(i));
+    list("find", findSql(plan, whole));
+  }
+  const auto keySize = static_cast<int>(plan.source.key.size());
+  if (plan.finds && plan.moves)
+    for (int level = keySize - 1; level >= 0; --level)
+      list("behind", behindSql(plan, level, Behind::value));
+  if (plan.movesInDup && plan.order.size() > plan.source.key.size())
+    list("same key", behindSql(plan, keySize, Behind::value));
+  if (plan.listsFirst)
+    list("row", rowSql(plan));
+  if (plan.deletes)
+    list("del", deleteSql(plan));
+  if (plan.updates)
+    line("$" + name + " update: the fields that were set");
+}
+
+// Gives every SQL statement that runs to `line` while it lives.
+class Trace {
+public:
+  Trace(sqlite3* database, const LineSink& line) : database_(database), line_(line) {
+    sqlite3_trace_v2(database, SQLITE_TRACE_STMT, &Trace::statement, this);
+  }
+  Trace(const Trace&) = delete;
+  Trace& operator=(const Trace&) = delete;
+  ~Trace() { sqlite3_trace_v2(database_, 0, nullptr, nullptr); }
+
+private:
+  static int statement(unsigned, void* context, void* handle, void*) {
+    auto* statement = static_cast<sqlite3_stmt*>(handle);
+    const auto& line = static_cast<Trace*>(context)->line_;
+    line(std::string("sql: ") + sqlite3_sql(statement));
+    if (sqlite3_bind_parameter_count(statement) > 0) {
+      char* expanded = sqlite3_expanded_sql(statement);
+      line(std::string("  as: ") + (expanded == nullptr ? "" : expanded));
+      sqlite3_free(expanded);
+    }
+    return 0;
+  }
+
+  sqlite3* database_;
+  const LineSink& line_;
+};
+
+}  // namespace
+
+void Session::explain(const std::string& text, int what, ParameterView parameters,
+                      const LineSink& line) {
+  if (text.size() > DB_MAX_TEXT)
+    throw Failure(DB_LIMIT, "the text is longer than " + std::to_string(DB_MAX_TEXT) + " bytes");
+  if ((what & DB_EXPLAIN_TOKENS) != 0)
+    for (const std::string& token : listTokens(text))
+      line("token " + token);
+  if ((what & DB_EXPLAIN_TREE) != 0)
+    for (const std::string& node :
+         isScript(text) ? listTree(parseScript(text)) : listTree(parseStatement(text)))
+      line("tree  " + node);
+  if ((what & DB_EXPLAIN_SQL) != 0) {
+    const std::unique_ptr<Program> program = compile(text);
+    for (const Variable& variable : program->variables) {
+      if (variable.type == Type::cursor)
+        listSql(program->cursors[static_cast<std::size_t>(variable.cursor)], variable.name, line);
+      if (variable.type == Type::table)
+        line("$" + variable.name + " count: " + countSql(*variable.table));
+    }
+    if (program->statement)
+      line(program->statement->kind == Statement::Kind::insert ? insertSql(*program)
+           : program->statement->kind == Statement::Kind::createTable
+               ? createTableSql(*program->statement)
+               : createIndexSql(*program->statement));
+  }
+  if ((what & DB_EXPLAIN_RUN) == 0)
+    return;
+  int tag = 0;
+  bool tagIsSet = false;
+  ResultBuffer result({});
+  {
+    Executable& executable = prepare(text);
+    const Trace trace(connection_.handle(), line);
+    constexpr int untouched = -1;
+    tag = untouched;
+    result = runPrepared(executable, FormattedText{text, {}}, parameters, &tag);
+    tagIsSet = tag != untouched;
+  }
+  forgetIfSchemaChanged();
+  for (std::size_t row = 0; row < result.rows(); ++row) {
+    std::string cells = "row:";
+    for (std::size_t column = 0; column < result.columns(); ++column)
+      cells += (column > 0 ? " | " : " ") + valueText(result.value(row, column));
+    line(cells);
+  }
+  if (tagIsSet)
+    line("tag: " + std::to_string(tag));
+}
+
+void Session::checkFile(const LineSink& line) {
+  SqlStatement check(connection_.handle(), "PRAGMA integrity_check");
+  while (check.step())
+    if (check.text(0) != "ok")
+      line(check.text(0));
+}
+
+}  // namespace ulo::odb

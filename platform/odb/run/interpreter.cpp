@@ -1,0 +1,254 @@
+#include "interpreter.h"
+
+#include "sqlite/binding.h"
+
+namespace ulo::odb {
+namespace {
+
+// Ends the reading of all cursors, however a run ends: a statement in mid-read would keep its
+// transaction alive.
+class CloseCursors {
+public:
+  explicit CloseCursors(std::vector<std::unique_ptr<Cursor>>& cursors) : cursors_(cursors) {}
+  CloseCursors(const CloseCursors&) = delete;
+  CloseCursors& operator=(const CloseCursors&) = delete;
+  ~CloseCursors() {
+    for (const auto& cursor : cursors_)
+      cursor->close();
+  }
+
+private:
+  std::vector<std::unique_ptr<Cursor>>& cursors_;
+};
+
+}  // namespace
+
+Executable::Executable(sqlite3* database, std::unique_ptr<Program> program)
+    : database_(database), program_(std::move(program)), slots_(program_->variables.size()) {
+  for (const CursorPlan& plan : program_->cursors)
+    cursors_.push_back(std::make_unique<Cursor>(database, plan));
+  for (std::size_t i = 0; i < slots_.size(); ++i)
+    if (const int cursor = program_->variables[i].cursor; cursor >= 0)
+      slots_[i].cursor = cursors_[static_cast<std::size_t>(cursor)].get();
+}
+
+void Executable::run(Run& run) {
+  if (program_->arguments > static_cast<int>(run.arguments.size()))
+    throw Failure(DB_BAD_PARAMETER, "the text wants " + std::to_string(program_->arguments) +
+                                        " numbers of a template, there are " +
+                                        std::to_string(run.arguments.size()));
+  run_ = &run;
+  loopPasses_ = 0;
+  const CloseCursors closing(cursors_);
+  if (program_->script)
+    execute(*program_->script->body);
+  else if (program_->statement->kind == Statement::Kind::insert)
+    runInsert(run);
+  else
+    SqlStatement(database_, program_->statement->kind == Statement::Kind::createTable
+                                ? createTableSql(*program_->statement)
+                                : createIndexSql(*program_->statement))
+        .run();
+}
+
+void Executable::runInsert(Run& run) {
+  if (!insert_)
+    insert_ = std::make_unique<SqlStatement>(database_, insertSql(*program_));
+  const Statement& statement = *program_->statement;
+  const ResetAtEnd reset(*insert_);
+  for (std::size_t i = 0; i < statement.values.size(); ++i)
+    bind(*insert_, static_cast<int>(i) + 1, evaluate(*statement.values[i]),
+         program_->insertTypes[i]);
+  insert_->run();
+  if (statement.returnUid)
+    run.tag = static_cast<int>(sqlite3_last_insert_rowid(database_));
+}
+
+void Executable::execute(const Node& node) {
+  switch (node.op) {
+  case Op::block:
+    for (const NodePtr& operand : node.operands)
+      execute(*operand);
+    break;
+  case Op::declareVariable:
+    declare(node);
+    break;
+  case Op::assign:
+    slotOf(node).number = evaluate(*node.operands[0]).number;
+    break;
+  case Op::conditional:
+    if (truth(*node.operands[0]))
+      execute(*node.operands[1]);
+    else if (node.operands.size() > 2)
+      execute(*node.operands[2]);
+    break;
+  case Op::loop:
+    executeLoop(node);
+    break;
+  case Op::deleteRow:
+    cursorOf(node).deleteRow();
+    break;
+  case Op::updateRow:
+    cursorOf(node).update(slotOf(*node.operands[1]).tuple);
+    break;
+  case Op::setField:
+    slotOf(node).tuple[node.column] = OwnedValue(evaluate(*node.operands[1]));
+    break;
+  case Op::bufferPut:
+    run_->result.put(node.column, evaluate(*node.operands[0]));
+    break;
+  case Op::bufferMoveNext:
+    run_->result.endRow();
+    break;
+  case Op::setSessionTag:
+    run_->tag = static_cast<int>(evaluate(*node.operands[0]).number);
+    break;
+  default:
+    evaluate(node);
+  }
+}
+
+void Executable::executeLoop(const Node& node) {
+  while (truth(*node.operands[0])) {
+    if (++loopPasses_ > DB_MAX_LOOP_PASSES)
+      throw Failure(DB_LIMIT, node.at,
+                    "the loops have made more than " + std::to_string(DB_MAX_LOOP_PASSES) +
+                        " passes");
+    execute(*node.operands[1]);
+  }
+}
+
+void Executable::declare(const Node& node) {
+  Slot& slot = slotOf(node);
+  switch (node.type) {
+  case Type::cursor:
+    slot.cursor->open();
+    break;
+  case Type::tuple:
+    slot.tuple.clear();
+    break;
+  case Type::table:
+    break;
+  default:
+    slot.number = evaluate(*node.operands[0]).number;
+  }
+}
+
+bool Executable::truth(const Node& node) {
+  const Value value = evaluate(node);
+  if (value.isText())
+    throw Failure(DB_BAD_TYPE, node.at, "expected bool, found a text");
+  return value.number != 0;
+}
+
+Value Executable::parameter(const Node& node) const {
+  const auto index = static_cast<std::size_t>(node.number);
+  if (index >= run_->parameters.count || !run_->parameters.first[index].isBound)
+    throw Failure(DB_BAD_PARAMETER, node.at,
+                  "parameter :" + std::to_string(node.number) + " is not bound");
+  return run_->parameters.first[index].value.view();
+}
+
+Value Executable::evaluate(const Node& node) {
+  switch (node.op) {
+  case Op::integer:
+    return Value::integer(node.number);
+  case Op::boolean:
+    return Value::boolean(node.number != 0);
+  case Op::text:
+    return {Type::varchar, 0, node.text};
+  case Op::parameter:
+    return parameter(node);
+  case Op::argument:
+    return Value::integer(run_->arguments[static_cast<std::size_t>(node.number)]);
+  case Op::variable:
+    return {node.type, slotOf(node).number, {}};
+  case Op::logicalNot:
+    return Value::boolean(!truth(*node.operands[0]));
+  case Op::logicalAnd:
+    return Value::boolean(truth(*node.operands[0]) && truth(*node.operands[1]));
+  case Op::logicalOr:
+    return Value::boolean(truth(*node.operands[0]) || truth(*node.operands[1]));
+  case Op::negate:
+  case Op::add:
+  case Op::subtract:
+    return arithmetic(node);
+  case Op::equal:
+  case Op::notEqual:
+  case Op::less:
+  case Op::lessEqual:
+  case Op::greater:
+  case Op::greaterEqual:
+    return Value::boolean(holds(node));
+  case Op::getField:
+    return cursorOf(node).field(node.column);
+  case Op::find:
+    return Value::boolean(cursorOf(node).find(slotOf(*node.operands[1]).tuple));
+  case Op::moveNext:
+    return Value::boolean(cursorOf(node).moveNext());
+  case Op::moveNextInDup:
+    return Value::boolean(cursorOf(node).moveNextInDup());
+  case Op::recordNumber:
+    return Value::integer(count(*program_->variables[static_cast<std::size_t>(node.slot)].table));
+  case Op::tableExists:
+    return Value::boolean(tableExists(node.text));
+  default:
+    return {};
+  }
+}
+
+// A comparison with null never holds.
+bool Executable::holds(const Node& node) {
+  const Value left = evaluate(*node.operands[0]);
+  const Value right = evaluate(*node.operands[1]);
+  if (left.isNull() || right.isNull())
+    return false;
+  const int order = compare(left, right);
+  switch (node.op) {
+  case Op::equal:
+    return order == 0;
+  case Op::notEqual:
+    return order != 0;
+  case Op::less:
+    return order < 0;
+  case Op::lessEqual:
+    return order <= 0;
+  case Op::greater:
+    return order > 0;
+  default:
+    return order >= 0;
+  }
+}
+
+Value Executable::arithmetic(const Node& node) {
+  Value values[2];
+  for (std::size_t i = 0; i < node.operands.size(); ++i) {
+    values[i] = evaluate(*node.operands[i]);
+    if (values[i].isNull())
+      return {};
+    if (values[i].isText())
+      throw Failure(DB_BAD_TYPE, node.at, "expected integer, found a text");
+  }
+  std::int64_t result = 0;
+  const bool overflow =
+      node.op == Op::negate ? __builtin_sub_overflow(std::int64_t{0}, values[0].number, &result)
+      : node.op == Op::add  ? __builtin_add_overflow(values[0].number, values[1].number, &result)
+                            : __builtin_sub_overflow(values[0].number, values[1].number, &result);
+  if (overflow)
+    throw Failure(DB_LIMIT, node.at, "the number leaves 64 bits");
+  return Value::integer(result);
+}
+
+std::int64_t Executable::count(const Table& table) {
+  SqlStatement statement(database_, countSql(table));
+  return statement.step() ? statement.integer(0) : 0;
+}
+
+bool Executable::tableExists(const std::string& name) {
+  SqlStatement statement(database_,
+                         "SELECT 1 FROM sqlite_schema WHERE type = 'table' AND name = ?");
+  bind(statement, 1, {Type::varchar, 0, localName(name)}, Type::varchar);
+  return statement.step();
+}
+
+}  // namespace ulo::odb

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "cursor.h"
+#include "program.h"
+#include "result_buffer.h"
+
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace ulo::odb {
+
+// The parameters of a block.
+struct Parameter {
+  bool isBound = false;
+  OwnedValue value;
+};
+struct ParameterView {
+  const Parameter* first = nullptr;
+  std::size_t count = 0;
+};
+
+// A program with the statements that it has prepared so far, on one connection.
+class Executable {
+public:
+  // `database` must outlive it.
+  Executable(sqlite3* database, std::unique_ptr<Program> program);
+
+  [[nodiscard]] const Program& program() const { return *program_; }
+
+  // What a run needs and gives besides its rows.
+  struct Run {
+    ParameterView parameters;
+    const std::vector<std::int64_t>& arguments;
+    ResultBuffer& result;
+    std::optional<int> tag;  // set when the text sets the tag
+  };
+  // Runs it once, without a transaction of its own. Throws Failure.
+  void run(Run& run);
+
+private:
+  struct Slot {
+    std::int64_t number = 0;
+    Tuple tuple;
+    Cursor* cursor = nullptr;
+  };
+
+  void runInsert(Run& run);
+  void execute(const Node& node);
+  void executeLoop(const Node& node);
+  void declare(const Node& node);
+  Value evaluate(const Node& node);
+  [[nodiscard]] bool truth(const Node& node);
+  [[nodiscard]] bool holds(const Node& node);
+  Value arithmetic(const Node& node);
+  Value parameter(const Node& node) const;
+  std::int64_t count(const Table& table);
+  bool tableExists(const std::string& name);
+  Slot& slotOf(const Node& node) { return slots_[static_cast<std::size_t>(node.slot)]; }
+  Cursor& cursorOf(const Node& node) { return *slotOf(node).cursor; }
+
+  sqlite3* database_;
+  std::unique_ptr<Program> program_;
+  std::vector<std::unique_ptr<Cursor>> cursors_;
+  std::vector<Slot> slots_;
+  std::unique_ptr<SqlStatement> insert_;
+  Run* run_ = nullptr;
+  int loopPasses_ = 0;
+};
+
+}  // namespace ulo::odb

@@ -1,0 +1,143 @@
+// The tree of a text. The parser builds it; the checker writes what names stand for into it.
+#pragma once
+
+#include "failure.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace ulo::odb {
+
+// Types of columns and of what expressions give.
+enum class Type {
+  nothing,  // of operations that give no value
+  null,
+  any,  // of parameters: known when it runs
+  integer,
+  boolean,
+  unicode,  // 16-bit units
+  varchar,  // bytes, UTF-8
+  cursor,
+  table,
+  tuple,
+};
+
+const char* typeName(Type type);
+
+enum class Op {
+  // values
+  integer,
+  boolean,
+  text,
+  null,
+  parameter,
+  argument,
+  variable,
+  // operators
+  negate,
+  logicalNot,
+  add,
+  subtract,
+  equal,
+  notEqual,
+  less,
+  lessEqual,
+  greater,
+  greaterEqual,
+  logicalAnd,
+  logicalOr,
+  // operations; see `operations` in operations.h
+  openCursor,
+  openTable,
+  tableExists,
+  nullVarchar,
+  newKey,
+  dataTuple,
+  find,
+  moveNext,
+  moveNextInDup,
+  getField,
+  deleteRow,
+  updateRow,
+  recordNumber,
+  setField,
+  bufferPut,
+  bufferMoveNext,
+  setSessionTag,
+  // statements
+  block,
+  declareVariable,
+  assign,
+  conditional,
+  loop,
+};
+
+const char* opName(Op op);
+
+struct Node;
+using NodePtr = std::unique_ptr<Node>;
+
+// What each kind holds:
+//   values           number or text
+//   variable         text is the name
+//   operators        their operands
+//   operations       operand 0 is the variable they are asked of (where there is one), then the
+//                    arguments; the name or number of a field is in text or number
+//   declareVariable  text is the name, type its type, operand 0 the first value
+//   assign           text is the name, operand 0 the value
+//   conditional      condition, then-block, and the else-block or nothing
+//   loop             condition, block
+struct Node {
+  Node(Op kind, Position place) : op(kind), at(place) {}
+
+  Op op;
+  Position at;
+  Type type = Type::nothing;  // of the value that it gives
+  std::int64_t number = 0;
+  std::string text;
+  bool fieldByNumber =
+      false;  // setField: by the position in `number` instead of the name in `text`
+  std::vector<NodePtr> operands;
+
+  // Written by the checker.
+  int slot = -1;    // of the variable that the node reads, sets or asks
+  int column = -1;  // getField: place in the cursor's row; bufferPut: buffer column;
+                    // setField: column of the table
+};
+
+struct ColumnDeclaration {
+  std::string name;
+  Type type = Type::integer;
+  Position at;
+};
+
+// A script.
+struct Script {
+  std::vector<ColumnDeclaration> buffer;  // of the schema that `declare buffer` named, else empty
+  NodePtr body;                           // a block
+};
+
+// A statement of the SQL-like language.
+struct TableColumn : ColumnDeclaration {
+  bool automatic = false;  // numbered by the database
+};
+struct IndexColumn {
+  std::string name;
+  bool descending = false;
+  Position at;
+};
+struct Statement {
+  enum class Kind { createTable, createIndex, insert } kind = Kind::insert;
+  std::string table;
+  Position tableAt;
+  std::vector<TableColumn> columns;       // createTable; insert: their names
+  std::vector<ColumnDeclaration> unique;  // createTable: names of the unique key
+  std::string index;                      // createIndex
+  std::vector<IndexColumn> indexColumns;  // createIndex
+  std::vector<NodePtr> values;            // insert
+  bool returnUid = false;                 // insert
+};
+
+}  // namespace ulo::odb

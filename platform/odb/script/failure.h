@@ -1,0 +1,31 @@
+#pragma once
+
+#include "api/ulodb2.h"
+
+#include <stdexcept>
+#include <string>
+
+namespace ulo::odb {
+
+// A place in a text; both count from 1, columns in bytes.
+struct Position {
+  int line = 1;
+  int column = 1;
+};
+
+// Why a text could not be read or run. Inside the library every failure is one of these; the C
+// interface turns it into its code and a line of the log.
+class Failure : public std::runtime_error {
+public:
+  Failure(DB_Result code, const std::string& message) : std::runtime_error(message), code_(code) {}
+  Failure(DB_Result code, Position at, const std::string& message)
+      : Failure(code, "line " + std::to_string(at.line) + ", column " + std::to_string(at.column) +
+                          ": " + message) {}
+
+  [[nodiscard]] DB_Result code() const { return code_; }
+
+private:
+  DB_Result code_;
+};
+
+}  // namespace ulo::odb

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "ast.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ulo::odb {
+
+// Listings of a text for people, one line each.
+std::vector<std::string> listTokens(std::string_view text);
+std::vector<std::string> listTree(const Script& script);
+std::vector<std::string> listTree(const Statement& statement);
+
+}  // namespace ulo::odb

@@ -1,0 +1,133 @@
+#include "connection.h"
+
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <thread>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace ulo::odb {
+namespace {
+
+// How long a statement waits for another process that writes.
+constexpr int busyTimeoutMs = 10000;
+// How long an open waits for a program that fills a new database.
+constexpr std::chrono::seconds fillPatience{10};
+constexpr std::chrono::milliseconds fillPoll{2};
+
+constexpr const char* controlSql[] = {
+    "BEGIN",           "BEGIN IMMEDIATE", "COMMIT",           "ROLLBACK",
+    "SAVEPOINT ulodb", "RELEASE ulodb",   "ROLLBACK TO ulodb"};
+
+Failure systemFailure(const std::string& what) {
+  return {DB_IO, what + ": " + std::strerror(errno)};
+}
+
+// The lock is the directory's own: it needs no file, and a killed process leaves none behind.
+int lockDirectory(const std::string& directory) {
+  Descriptor descriptor(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (descriptor.get() < 0)
+    throw systemFailure(directory);
+  const auto deadline = std::chrono::steady_clock::now() + fillPatience;
+  while (flock(descriptor.get(), LOCK_EX | LOCK_NB) != 0) {
+    if (errno != EWOULDBLOCK && errno != EINTR)
+      throw systemFailure("locking " + directory);
+    if (std::chrono::steady_clock::now() > deadline)
+      throw Failure(DB_BUSY, "another program has been filling the database in " + directory +
+                                 " for too long");
+    std::this_thread::sleep_for(fillPoll);
+  }
+  return descriptor.release();
+}
+
+}  // namespace
+
+void Descriptor::reset(int number) {
+  if (number_ >= 0)
+    close(number_);
+  number_ = number;
+}
+
+Connection::Connection(const std::string& directory, const std::string& name) {
+  lock_.reset(lockDirectory(directory));
+  const std::string path = directory + "/" + name;
+  // Made here and not by SQLite, so that it is the owner's alone; SQLite's other files follow it.
+  // A file that exists is not opened: closing it would end the locks of this process's other
+  // connections.
+  const Descriptor made(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+  if (made.get() < 0 && errno != EEXIST)
+    throw systemFailure(path);
+  sqlite3* opened = nullptr;
+  const int result =
+      sqlite3_open_v2(path.c_str(), &opened,
+                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+  handle_.reset(opened);
+  if (opened == nullptr)
+    throw Failure(DB_NO_MEMORY, "no memory to open " + path);
+  if (result != SQLITE_OK)
+    throw sqliteFailure(opened, "opening " + path);
+  configure();
+  if (isFilled())
+    lock_.reset();
+}
+
+void Connection::configure() {
+  sqlite3* database = handle_.get();
+  sqlite3_busy_timeout(database, busyTimeoutMs);
+  // A name that is not there is an error, not a text.
+  sqlite3_db_config(database, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
+  sqlite3_db_config(database, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
+  // In this encoding every 16-bit unit comes back, half of a surrogate pair too.
+  SqlStatement(database, "PRAGMA encoding = 'UTF-16'").run();
+  SqlStatement journal(database, "PRAGMA journal_mode = WAL");
+  if (!journal.step() || journal.text(0) != "wal")
+    throw Failure(DB_IO, "the file system can't hold the database's write-ahead log");
+  journal.run();
+  SqlStatement(database, "PRAGMA synchronous = FULL").run();
+  SqlStatement encoding(database, "PRAGMA encoding");
+  if (!encoding.step() || encoding.text(0).rfind("UTF-16", 0) != 0)
+    throw Failure(DB_CORRUPT, "the file is a database of something else");
+}
+
+// The numbering of rows leaves its mark with the first row of any table.
+bool Connection::isFilled() const {
+  sqlite3* database = handle_.get();
+  {
+    SqlStatement table(database, "SELECT 1 FROM sqlite_schema WHERE name = 'sqlite_sequence'");
+    if (!table.step())
+      return false;
+  }
+  SqlStatement rows(database, "SELECT 1 FROM sqlite_sequence LIMIT 1");
+  return rows.step();
+}
+
+void Connection::control(Control what) {
+  const auto index = static_cast<std::size_t>(what);
+  if (!controls_[index])
+    controls_[index] = std::make_unique<SqlStatement>(handle_.get(), controlSql[index]);
+  const ResetAtEnd reset(*controls_[index]);
+  controls_[index]->run();
+}
+
+void Connection::committed() {
+  if (lock_.get() >= 0 && isFilled())
+    lock_.reset();
+}
+
+std::int64_t Connection::schemaVersion() {
+  if (!schemaVersion_)
+    schemaVersion_ = std::make_unique<SqlStatement>(handle_.get(), "PRAGMA schema_version");
+  const ResetAtEnd reset(*schemaVersion_);
+  return schemaVersion_->step() ? schemaVersion_->integer(0) : 0;
+}
+
+unsigned Connection::dataVersion() const {
+  unsigned version = 0;
+  sqlite3_file_control(handle_.get(), "main", SQLITE_FCNTL_DATA_VERSION, &version);
+  return version;
+}
+
+}  // namespace ulo::odb

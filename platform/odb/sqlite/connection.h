@@ -1,0 +1,67 @@
+#pragma once
+
+#include "statement.h"
+
+#include <sqlite3.h>
+
+#include <memory>
+#include <string>
+#include <utility>
+
+namespace ulo::odb {
+
+// A file descriptor with one owner.
+class Descriptor {
+public:
+  explicit Descriptor(int number = -1) : number_(number) {}
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() { reset(); }
+  [[nodiscard]] int get() const { return number_; }
+  void reset(int number = -1);
+  // The caller closes it then.
+  int release() { return std::exchange(number_, -1); }
+
+private:
+  int number_;
+};
+
+// A connection to the database file.
+class Connection {
+public:
+  // Opens `directory`/`name`, creating it. While nobody has committed a row to it, the connection
+  // holds the lock of the directory, for which other opens wait: they find either nothing or a
+  // whole database. Throws Failure.
+  Connection(const std::string& directory, const std::string& name);
+
+  [[nodiscard]] sqlite3* handle() const { return handle_.get(); }
+
+  // What ends and begins a transaction. All throw Failure.
+  enum class Control { beginRead, beginWrite, commit, rollback, save, release, rollbackToSave };
+  void control(Control what);
+  // Whether SQLite has a transaction open; it may have ended ours by itself.
+  [[nodiscard]] bool inTransaction() const { return sqlite3_get_autocommit(handle_.get()) == 0; }
+
+  // To be told of every commit: ends the lock when the database has been filled.
+  void committed();
+
+  // Changes whenever a table or index is made, by anyone.
+  std::int64_t schemaVersion();
+  // Changes whenever anyone commits. Cheap.
+  [[nodiscard]] unsigned dataVersion() const;
+
+private:
+  struct Close {
+    void operator()(sqlite3* handle) const { sqlite3_close_v2(handle); }
+  };
+
+  void configure();
+  [[nodiscard]] bool isFilled() const;
+
+  Descriptor lock_;  // outlives the handle: closed after it
+  std::unique_ptr<sqlite3, Close> handle_;
+  std::unique_ptr<SqlStatement> controls_[7];
+  std::unique_ptr<SqlStatement> schemaVersion_;
+};
+
+}  // namespace ulo::odb

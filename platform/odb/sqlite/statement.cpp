@@ -1,0 +1,76 @@
+#include "statement.h"
+
+#include <cerrno>
+
+namespace ulo::odb {
+namespace {
+
+DB_Result resultOf(sqlite3* database) {
+  switch (sqlite3_errcode(database)) {
+  case SQLITE_FULL:
+    return DB_FULL;
+  case SQLITE_BUSY:
+  case SQLITE_LOCKED:
+    return DB_BUSY;
+  case SQLITE_IOERR:
+    // A full disk also shows where SQLite sizes its shared memory.
+    return sqlite3_system_errno(database) == ENOSPC ? DB_FULL : DB_IO;
+  case SQLITE_CANTOPEN:
+  case SQLITE_READONLY:
+  case SQLITE_PERM:
+    return DB_IO;
+  case SQLITE_NOMEM:
+    return DB_NO_MEMORY;
+  case SQLITE_CORRUPT:
+  case SQLITE_NOTADB:
+    return DB_CORRUPT;
+  case SQLITE_CONSTRAINT:
+    return DB_CONSTRAINT;
+  default:
+    return DB_ERROR;
+  }
+}
+
+}  // namespace
+
+Failure sqliteFailure(sqlite3* database, const std::string& what) {
+  return {resultOf(database), what + ": " + sqlite3_errmsg(database)};
+}
+
+SqlStatement::SqlStatement(sqlite3* database, const std::string& sql) {
+  sqlite3_stmt* handle = nullptr;
+  if (sqlite3_prepare_v3(database, sql.c_str(), static_cast<int>(sql.size() + 1),
+                         SQLITE_PREPARE_PERSISTENT, &handle, nullptr) != SQLITE_OK)
+    throw sqliteFailure(database, sql);
+  handle_.reset(handle);
+}
+
+bool SqlStatement::step() {
+  const int result = sqlite3_step(handle_.get());
+  if (result == SQLITE_ROW)
+    return true;
+  if (result != SQLITE_DONE) {
+    const Failure failure =
+        sqliteFailure(sqlite3_db_handle(handle_.get()), sqlite3_sql(handle_.get()));
+    reset();
+    throw failure;
+  }
+  return false;
+}
+
+std::string SqlStatement::text(int column) const {
+  const auto* bytes = sqlite3_column_text(handle_.get(), column);
+  return bytes == nullptr ? std::string() : reinterpret_cast<const char*>(bytes);
+}
+
+std::string quoteName(const std::string& name) {
+  std::string result = "\"";
+  for (const char c : name) {
+    if (c == '"')
+      result += c;
+    result += c;
+  }
+  return result + '"';
+}
+
+}  // namespace ulo::odb

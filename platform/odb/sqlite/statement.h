@@ -1,0 +1,61 @@
+// SQLite's handles with one owner each.
+#pragma once
+
+#include "script/failure.h"
+
+#include <sqlite3.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace ulo::odb {
+
+// The failure that SQLite reports on this connection, as ours. `what` was being done.
+Failure sqliteFailure(sqlite3* database, const std::string& what);
+
+// A prepared statement. Its parameters count from 1, its columns from 0.
+class SqlStatement {
+public:
+  // Throws Failure.
+  SqlStatement(sqlite3* database, const std::string& sql);
+
+  [[nodiscard]] sqlite3_stmt* handle() const { return handle_.get(); }
+  // True: on a row. Throws Failure.
+  bool step();
+  // Steps to the end. Throws Failure.
+  void run() {
+    while (step()) {
+    }
+  }
+  // Back to before the first row.
+  void reset() { sqlite3_reset(handle_.get()); }
+
+  [[nodiscard]] std::int64_t integer(int column) const {
+    return sqlite3_column_int64(handle_.get(), column);
+  }
+  [[nodiscard]] std::string text(int column) const;
+
+private:
+  struct Finalize {
+    void operator()(sqlite3_stmt* handle) const { sqlite3_finalize(handle); }
+  };
+  std::unique_ptr<sqlite3_stmt, Finalize> handle_;
+};
+
+// Resets a statement that was stepped, however its use ends.
+class ResetAtEnd {
+public:
+  explicit ResetAtEnd(SqlStatement& statement) : statement_(statement) {}
+  ResetAtEnd(const ResetAtEnd&) = delete;
+  ResetAtEnd& operator=(const ResetAtEnd&) = delete;
+  ~ResetAtEnd() { statement_.reset(); }
+
+private:
+  SqlStatement& statement_;
+};
+
+// "name" as SQL quotes it: any word may be a name, `end` too.
+std::string quoteName(const std::string& name);
+
+}  // namespace ulo::odb
