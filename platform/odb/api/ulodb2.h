@@ -45,7 +45,7 @@ enum DB_Limit {
   DB_MAX_COLUMNS = 64,          /* columns of a table or a buffer schema */
   DB_MAX_VARIABLES = 64,        /* variables of a script */
   DB_MAX_NAME = 128,            /* bytes of a name */
-  DB_MAX_ROWS = 16777216,       /* rows of a result */
+  DB_MAX_ROWS = 4194304,        /* rows of a result */
   DB_MAX_LOOP_PASSES = 16777216 /* passes through all loops of one run of a script */
 };
 

@@ -1,5 +1,6 @@
 #include "catalog.h"
 
+#include "sqlite/binding.h"
 #include "sqlite/statement.h"
 
 #include <algorithm>
@@ -44,20 +45,22 @@ const TableColumn& columnOf(const Statement& statement, const ColumnDeclaration&
 Table readTable(sqlite3* database, const std::string& name) {
   Table table;
   table.name = name;
-  SqlStatement columns(database, "SELECT name, type, pk FROM pragma_table_info(" + quoteName(name) +
-                                     ") ORDER BY cid");
+  SqlStatement columns(database, "SELECT name, type, pk FROM pragma_table_info(?) ORDER BY cid");
+  bind(columns, 1, {Type::varchar, 0, name}, Type::varchar);
   while (columns.step()) {
     if (columns.integer(2) != 0)
       table.uid = static_cast<int>(table.columns.size());
     table.columns.push_back({columns.text(0), typeOf(columns.text(1))});
   }
-  SqlStatement indexes(database, "SELECT name FROM pragma_index_list(" + quoteName(name) +
-                                     ") WHERE origin = 'c' ORDER BY name");
+  SqlStatement indexes(database,
+                       "SELECT name FROM pragma_index_list(?) WHERE origin = 'c' ORDER BY name");
+  bind(indexes, 1, {Type::varchar, 0, name}, Type::varchar);
   while (indexes.step()) {
     Index index;
     index.name = indexes.text(0);
-    SqlStatement key(database, "SELECT cid, \"desc\" FROM pragma_index_xinfo(" +
-                                   quoteName(index.name) + ") WHERE key ORDER BY seqno");
+    SqlStatement key(database,
+                     "SELECT cid, \"desc\" FROM pragma_index_xinfo(?) WHERE key ORDER BY seqno");
+    bind(key, 1, {Type::varchar, 0, index.name}, Type::varchar);
     while (key.step()) {
       const auto cid = static_cast<int>(key.integer(0));
       index.key.push_back({cid < 0 ? table.uid : cid, key.integer(1) != 0});

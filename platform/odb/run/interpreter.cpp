@@ -57,8 +57,12 @@ void Executable::runInsert(Run& run) {
   const Statement& statement = *program_->statement;
   const ResetAtEnd reset(*insert_);
   for (std::size_t i = 0; i < statement.values.size(); ++i)
-    bind(*insert_, static_cast<int>(i) + 1, evaluate(*statement.values[i]),
-         program_->insertTypes[i]);
+    try {
+      bind(*insert_, static_cast<int>(i) + 1, evaluate(*statement.values[i]),
+           program_->insertTypes[i]);
+    } catch (const Failure& failure) {
+      throw failure.at(statement.values[i]->at);
+    }
   insert_->run();
   if (statement.returnUid)
     run.tag = static_cast<int>(sqlite3_last_insert_rowid(database_));
@@ -67,8 +71,13 @@ void Executable::runInsert(Run& run) {
 void Executable::execute(const Node& node) {
   switch (node.op) {
   case Op::block:
-    for (const NodePtr& operand : node.operands)
-      execute(*operand);
+    for (const NodePtr& operand : node.operands) {
+      try {
+        execute(*operand);
+      } catch (const Failure& failure) {
+        throw failure.at(operand->at);
+      }
+    }
     break;
   case Op::declareVariable:
     declare(node);

@@ -20,12 +20,19 @@ public:
   Failure(DB_Result code, const std::string& message) : std::runtime_error(message), code_(code) {}
   Failure(DB_Result code, Position at, const std::string& message)
       : Failure(code, "line " + std::to_string(at.line) + ", column " + std::to_string(at.column) +
-                          ": " + message) {}
+                          ": " + message) {
+    hasPlace_ = true;
+  }
 
   [[nodiscard]] DB_Result code() const { return code_; }
+  // The same failure with the place where it happened, unless it names one already.
+  [[nodiscard]] Failure at(Position place) const {
+    return hasPlace_ ? *this : Failure(code_, place, what());
+  }
 
 private:
   DB_Result code_;
+  bool hasPlace_ = false;
 };
 
 }  // namespace ulo::odb

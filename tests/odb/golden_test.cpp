@@ -1,0 +1,118 @@
+// Each text in tests/golden/odb beside what it must lead to: its words, its tree, its SQL with the
+// values, its rows, or its error. A case is NAME.in (parameters, "---", the text) and
+// NAME.expected; ULO_RENEW_GOLDEN=1 in the environment writes the latter anew.
+
+#include "task_tables.h"
+#include "temporary_directory.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path goldenDirectory = fs::path(ULO_SOURCE_DIR) / "tests/golden/odb";
+
+std::string contentOf(const fs::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream content;
+  content << file.rdbuf();
+  return content.str();
+}
+
+std::vector<std::string> caseNames() {
+  std::vector<std::string> names;
+  for (const auto& entry : fs::directory_iterator(goldenDirectory))
+    if (entry.path().extension() == ".in")
+      names.push_back(entry.path().stem().string());
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+// ":0 = 5", ":1 = 'text'", ":2 = null"; a text is bound as varchar, u'text' as unicode.
+void bindLine(DB_PARAM block, const std::string& line) {
+  const std::size_t equals = line.find(" = ");
+  ASSERT_TRUE(line.size() > 3 && line[0] == ':' && equals != std::string::npos) << line;
+  const int index = std::stoi(line.substr(1));
+  const std::string value = line.substr(equals + 3);
+  if (value == "null") {
+    ASSERT_EQ(DB_PARAM_BindChar(block, index, nullptr), DB_OK);
+  } else if (value[0] == '\'') {
+    ASSERT_EQ(DB_PARAM_BindChar(block, index, value.substr(1, value.size() - 2).c_str()), DB_OK);
+  } else if (value[0] == 'u') {
+    std::vector<unsigned short> units;
+    for (const char c : value.substr(2, value.size() - 3))
+      units.push_back(static_cast<unsigned short>(static_cast<unsigned char>(c) << 8U));
+    units.push_back(0);
+    ASSERT_EQ(DB_PARAM_BindUnicode(block, index, units.data()), DB_OK);
+  } else {
+    ASSERT_EQ(DB_PARAM_BindInteger(block, index, std::stoi(value)), DB_OK);
+  }
+}
+
+// Six tasks: two of the same due date and priority, one without a date, one without a category.
+void fillTaskTables() {
+  for (const char* name : {"none", "meeting"})
+    ASSERT_EQ(
+        DB_Exec("insert into task_table_category(name, flag) values ('%s', %s)", name, "true"),
+        DB_OK);
+  struct Row {
+    int priority, status, due, category;
+    const char* summary;
+  };
+  const Row rows[] = {{1, 1, 100, 1, "first"}, {5, 0, 50, 2, "second"},
+                      {1, 1, 100, 3, "third"}, {9, 0, INT32_MAX, 2, "no date"},
+                      {0, 1, 75, 2, "007"},    {5, 2, 200, 1, "last"}};
+  for (const Row& row : rows)
+    ASSERT_EQ(DB_Exec("insert into main.task_table_task (priority, status, note, summary, uuid, "
+                      "alarm, due, end, categoryUid, revision) values (%d, %d, "
+                      "get_null_varchar(), '%s', 'u', 0, %d, %d, %d, 7)",
+                      row.priority, row.status, row.summary, row.due, row.due, row.category),
+              DB_OK);
+}
+
+class Golden : public testing::TestWithParam<std::string> {};
+
+TEST_P(Golden, LeadsToWhatIsExpected) {
+  const DataDirectory directory;
+  ASSERT_EQ(DB_Open(1), DB_OK);
+  createTaskTables();
+  fillTaskTables();
+
+  const std::string input = contentOf(goldenDirectory / (GetParam() + ".in"));
+  const std::string separator = "---\n";
+  const std::size_t end = input.find(separator);
+  ASSERT_NE(end, std::string::npos);
+  std::string text = input.substr(end + separator.size());
+  if (!text.empty() && text.back() == '\n')
+    text.pop_back();
+  DB_PARAM block = DB_PARAM_Open(16);
+  std::istringstream parameters(input.substr(0, end));
+  for (std::string line; std::getline(parameters, line);)
+    bindLine(block, line);
+
+  std::string seen;
+  const int result = DB_Explain(
+      text.c_str(), DB_EXPLAIN_TOKENS | DB_EXPLAIN_TREE | DB_EXPLAIN_SQL | DB_EXPLAIN_RUN, block,
+      [](void* context, const char* line) {
+        *static_cast<std::string*>(context) += line + std::string("\n");
+      },
+      &seen);
+  seen += "result: " + std::to_string(result) + "\n";
+  DB_PARAM_Close(block);
+  DB_Close();
+
+  const fs::path expected = goldenDirectory / (GetParam() + ".expected");
+  if (std::getenv("ULO_RENEW_GOLDEN") != nullptr)
+    std::ofstream(expected, std::ios::binary) << seen;
+  EXPECT_EQ(seen, contentOf(expected));
+}
+
+INSTANTIATE_TEST_SUITE_P(Odb, Golden, testing::ValuesIn(caseNames()),
+                         [](const auto& info) { return info.param; });
+
+}  // namespace

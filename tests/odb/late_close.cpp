@@ -1,0 +1,24 @@
+// A store may be a static object: the database closes after the thread's own variables are gone.
+
+#include "temporary_directory.h"
+#include "ulodb2.h"
+
+#include <cstdlib>
+
+namespace {
+
+struct StaticStore {
+  DataDirectory directory;
+  ~StaticStore() {
+    if (DB_Exec("create table t (UID integer auto)") != DB_OK || DB_Close() != DB_OK)
+      std::_Exit(2);
+  }
+};
+
+StaticStore store;
+
+}  // namespace
+
+int main() {
+  return DB_Open(1) == DB_OK ? 0 : 1;
+}

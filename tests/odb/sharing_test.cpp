@@ -1,0 +1,195 @@
+// One file, several threads and processes.
+
+#include "log_capture.h"
+#include "task_tables.h"
+#include "temporary_directory.h"
+
+#include <gmock/gmock.h>
+
+#include <atomic>
+#include <csignal>
+#include <set>
+#include <thread>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+const std::string uids = "sml:declare schema s (uid integer);declare buffer schema s;"
+                         "cursor $c=open_cursor('task_table_task');while($c->move_next()){"
+                         "buffer_put(uid, $c->get_field('UID'));buffer_move_next();};";
+
+int addRow() {
+  return DB_Exec("insert into task_table_task (priority) values (1) returnuid") == DB_OK
+             ? DB_GetTag()
+             : 0;
+}
+
+// Runs `work` in a process of its own; gives its exit code.
+template <typename Work> pid_t startProcess(Work work) {
+  const pid_t child = fork();
+  if (child == 0)
+    _exit(work());
+  return child;
+}
+
+int waitFor(pid_t child) {
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+// What the store does when it starts: look, then create what is missing. 0 when all went well.
+int startLikeTheStore() {
+  if (DB_Open(1) != DB_OK)
+    return 1;
+  DB_CURSOR cursor = nullptr;
+  if (DB_Query(&cursor, "sml:declare schema s (there bool);declare buffer schema s;"
+                        "buffer_put(there, check_table_exist('task_table_category'));") != DB_OK)
+    return 2;
+  const bool there = DB_CSC_GetFieldAsBool(cursor, 0) != 0;
+  DB_CSC_Close(cursor);
+  if (!there) {
+    if (DB_BeginTransaction(0) != DB_OK)
+      return 3;
+    for (std::size_t i = 0; i + 1 < taskTableStatements.size(); ++i)
+      if (DB_Exec("%s", taskTableStatements[i].c_str()) != DB_OK)
+        return 4;
+    if (DB_CommitTransaction() != DB_OK || DB_BeginTransaction(0) != DB_OK ||
+        DB_Exec("%s", taskTableStatements.back().c_str()) != DB_OK ||
+        DB_CommitTransaction() != DB_OK)
+      return 5;
+  }
+  return DB_Close() == DB_OK ? 0 : 6;
+}
+
+TEST(OdbSharing, ProcessesThatStartAtOnceFillANewDatabaseOnce) {
+  for (int round = 0; round < 10; ++round) {
+    const DataDirectory directory;
+    std::vector<pid_t> children;
+    for (int i = 0; i < 6; ++i)
+      children.push_back(startProcess(startLikeTheStore));
+    for (const pid_t child : children)
+      EXPECT_EQ(waitFor(child), 0);
+    ASSERT_EQ(DB_Open(1), DB_OK);
+    EXPECT_EQ(rowsOf("sml:declare schema s (n integer);declare buffer schema s;"
+                     "table $t=open_table('task_table_category');"
+                     "buffer_put(n, $t->get_record_number());",
+                     1),
+              std::vector<std::string>{"1"});
+    DB_Close();
+  }
+}
+
+TEST(OdbSharing, ThreadsThatStartAtOnceFillANewDatabaseOnce) {
+  const DataDirectory directory;
+  std::vector<std::thread> threads;
+  std::atomic<int> failures = 0;
+  for (int i = 0; i < 6; ++i)
+    threads.emplace_back([&] { failures += startLikeTheStore() != 0 ? 1 : 0; });
+  for (std::thread& thread : threads)
+    thread.join();
+  EXPECT_EQ(failures, 0);
+}
+
+TEST(OdbSharing, AKilledProcessLeavesNoLockAndNoHalfOfAnything) {
+  const DataDirectory directory;
+  const pid_t child = startProcess([] {
+    if (DB_Open(1) != DB_OK || DB_BeginTransaction(0) != DB_OK ||
+        DB_Exec("%s", taskTableStatements[0].c_str()) != DB_OK)
+      return 1;
+    kill(getpid(), SIGKILL);
+    return 0;
+  });
+  EXPECT_EQ(waitFor(child), 128 + SIGKILL);
+  EXPECT_EQ(startLikeTheStore(), 0);
+}
+
+TEST(OdbSharing, ProcessesAndThreadsAddAtOnce) {
+  const DataDirectory directory;
+  ASSERT_EQ(startLikeTheStore(), 0);
+  constexpr int perWriter = 60;
+  const auto addMany = [] {
+    if (DB_Open(1) != DB_OK)
+      return 1;
+    for (int i = 0; i < perWriter; ++i)
+      if (addRow() == 0)
+        return 2;
+    return DB_Close() == DB_OK ? 0 : 3;
+  };
+  const pid_t first = startProcess(addMany);
+  const pid_t second = startProcess(addMany);
+  std::atomic<int> failures = 0;
+  std::thread third([&] { failures += addMany(); });
+  failures += addMany();
+  third.join();
+  EXPECT_EQ(failures, 0);
+  EXPECT_EQ(waitFor(first), 0);
+  EXPECT_EQ(waitFor(second), 0);
+  ASSERT_EQ(DB_Open(1), DB_OK);
+  const std::vector<std::string> all = rowsOf(uids, 1);
+  EXPECT_EQ(all.size(), 4U * perWriter);
+  EXPECT_EQ(std::set<std::string>(all.begin(), all.end()).size(), all.size());
+  DB_Close();
+}
+
+TEST(OdbSharing, ATagBelongsToItsThread) {
+  const DataDirectory directory;
+  ASSERT_EQ(startLikeTheStore(), 0);
+  ASSERT_EQ(DB_Open(1), DB_OK);
+  ASSERT_EQ(DB_Exec("sml:set_session_tag(5);"), DB_OK);
+  int other = -1;
+  std::thread([&] {
+    ASSERT_EQ(DB_Open(1), DB_OK);
+    other = DB_GetTag();
+    EXPECT_EQ(DB_Exec("sml:set_session_tag(6);"), DB_OK);
+    DB_Close();
+  }).join();
+  EXPECT_EQ(other, 0);
+  EXPECT_EQ(DB_GetTag(), 5);
+  DB_Close();
+}
+
+TEST(OdbSharing, WhatAnotherProcessMadeIsSeen) {
+  const DataDirectory directory;
+  ASSERT_EQ(startLikeTheStore(), 0);
+  ASSERT_EQ(DB_Open(1), DB_OK);
+  LogCapture log;
+  EXPECT_EQ(DB_Exec("sml:cursor $c=open_cursor('later');"), DB_UNKNOWN_NAME);
+  EXPECT_EQ(waitFor(startProcess([] {
+              // A forked connection is not to be used: this is a new one, in a new thread.
+              int result = 1;
+              std::thread([&] {
+                result =
+                    DB_Open(1) == DB_OK && DB_Exec("create table later (UID integer auto)") == DB_OK
+                        ? 0
+                        : 1;
+                DB_Close();
+              }).join();
+              return result;
+            })),
+            0);
+  EXPECT_EQ(DB_Exec("sml:cursor $c=open_cursor('later');"), DB_OK);
+  DB_Close();
+}
+
+TEST(OdbSharing, AWriterKilledInMidWriteLosesWhatItHadNotCommitted) {
+  const DataDirectory directory;
+  ASSERT_EQ(startLikeTheStore(), 0);
+  const pid_t child = startProcess([] {
+    DB_Open(1);
+    addRow();
+    DB_BeginTransaction(0);
+    for (int i = 0; i < 500; ++i)
+      addRow();
+    kill(getpid(), SIGKILL);
+    return 0;
+  });
+  EXPECT_EQ(waitFor(child), 128 + SIGKILL);
+  ASSERT_EQ(DB_Open(1), DB_OK);
+  EXPECT_EQ(rowsOf(uids, 1), std::vector<std::string>{"1"});
+  DB_Close();
+}
+
+}  // namespace
