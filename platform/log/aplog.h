@@ -17,4 +17,7 @@ ULO_EXPORT int _aplog_port_open_orig(const char* name, int flags);
 
 // Closes a port. Closing 0 or a port that is not open does nothing.
 ULO_EXPORT void _aplog_port_close_orig(int port);
+
+// How many ports are open in this process.
+ULO_EXPORT int ulo_log_open_ports(void);
 }

@@ -22,10 +22,14 @@ constexpr int highestWrittenLevel = 7;
                                                                       ...) {
   if (level > highestWrittenLevel)
     return;
+  FILE* stream = libaplog_to_module_ptr != nullptr ? libaplog_to_module_ptr : stdout;
   va_list arguments;
   va_start(arguments, format);
-  std::vfprintf(libaplog_to_module_ptr != nullptr ? libaplog_to_module_ptr : stdout, format,
-                arguments);
+  // Locked and flushed, a message reaches the stream whole and by itself.
+  flockfile(stream);
+  std::vfprintf(stream, format, arguments);
+  std::fflush(stream);
+  funlockfile(stream);
   va_end(arguments);
 }
 

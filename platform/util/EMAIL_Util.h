@@ -29,12 +29,18 @@ public:
   // replaced).
   static bool encWithCharset(QCString& bytes, const QString& text, int charset);
 
-  // Sets `text` to `bytes` read in the character set. Code 0 and bytes that are not valid in the
-  // declared character set are read as Latin-1. False then, and `text` is set all the same.
+  // Sets `text` to `bytes` read in the character set. Code 0 means Latin-1. Bytes that are not
+  // valid in the character set, and a code that is not known, are read as Latin-1 too: nothing is
+  // lost, and the result is false.
   static bool decFromCharset(const QByteArray& bytes, QString& text, int charset);
 
-  // Quoted-printable of `length` bytes (RFC 2045, 6.7): "=XX" in upper case, soft line breaks as
-  // "=" and line feed, which the vObject library writes as "=" CR LF.
-  // mode 0: line breaks of the text are encoded too (=0D, =0A), as vCalendar 1.0 wants them.
+  // Room that encQp leaves on its first line for the property's name and parameters: the longest
+  // is "DESCRIPTION;CHARSET=UTF-8;ENCODING=QUOTED-PRINTABLE:".
+  static constexpr int qpNameLength = 52;
+
+  // Quoted-printable of `length` bytes (RFC 2045, 6.7). Decoded, it gives the same bytes: line
+  // breaks are encoded too, as vCalendar 1.0 wants them in a value. Lines have at most 76
+  // characters; a soft break is "=" and a line feed, which the vObject library writes as "=" CR
+  // LF. mode: 0.
   static QCString encQp(const char* bytes, unsigned long length, int mode);
 };

@@ -1,0 +1,129 @@
+#include "log_sink.h"
+
+#include "aplog.h"
+#include "data_directory.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <string>
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <syslog.h>
+#include <unistd.h>
+
+namespace ulo {
+namespace {
+
+// Long enough for a message to come in one piece.
+constexpr std::size_t messageBuffer = 64UL * 1024;
+
+struct Sink {
+  enum class Kind { none, standardError, systemLog, file } kind = Kind::none;
+  std::string program;
+  std::string path;
+  int descriptor = -1;
+};
+
+std::string printable(const char* text, std::size_t size) {
+  constexpr char hex[] = "0123456789ABCDEF";
+  std::string result;
+  for (std::size_t i = 0; i < size; ++i) {
+    const auto byte = static_cast<unsigned char>(text[i]);
+    if (byte >= ' ' && byte != 0x7F)
+      result += text[i];
+    else if (i + 1 < size || byte != '\n')  // a line end of the message's own is not doubled
+      result += std::string("\\x") + hex[byte >> 4U] + hex[byte & 15U];
+  }
+  return result;
+}
+
+// "2006-03-05T12:00:00.123+0100"
+std::string timeStamp() {
+  timeval now{};
+  gettimeofday(&now, nullptr);
+  tm local{};
+  localtime_r(&now.tv_sec, &local);
+  char date[32];
+  char zone[8];
+  std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S", &local);
+  std::strftime(zone, sizeof zone, "%z", &local);
+  char all[64];
+  std::snprintf(all, sizeof all, "%s.%03ld%s", date, static_cast<long>(now.tv_usec / 1000), zone);
+  return all;
+}
+
+bool openFile(Sink& sink) {
+  sink.descriptor = open(sink.path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
+  return sink.descriptor >= 0;
+}
+
+// Sets a full file aside. Of several processes the first one renames it; the others find that
+// theirs is not the file of that name any more. Both go on with a new one.
+void makeRoom(Sink& sink, std::size_t size) {
+  struct stat own {};
+  if (fstat(sink.descriptor, &own) != 0 || !S_ISREG(own.st_mode) ||
+      own.st_size + static_cast<off_t>(size) <= logFileLimit)
+    return;
+  flock(sink.descriptor, LOCK_EX);
+  struct stat named {};
+  if (stat(sink.path.c_str(), &named) == 0 && named.st_ino == own.st_ino)
+    rename(sink.path.c_str(), (sink.path + ".1").c_str());
+  close(sink.descriptor);
+  openFile(sink);
+}
+
+ssize_t writeMessage(void* cookie, const char* text, std::size_t size) {
+  auto& sink = *static_cast<Sink*>(cookie);
+  const auto taken = static_cast<ssize_t>(size);
+  if (sink.kind == Sink::Kind::none)
+    return taken;
+  const std::string message = printable(text, size);
+  if (sink.kind == Sink::Kind::systemLog) {
+    syslog(LOG_NOTICE, "%s", message.c_str());
+    return taken;
+  }
+  const std::string line =
+      timeStamp() + " " + sink.program + "[" + std::to_string(getpid()) + "] " + message + "\n";
+  if (sink.kind == Sink::Kind::file)
+    makeRoom(sink, line.size());
+  // One write, so that lines of several processes don't mix. A full disk loses the line.
+  if (write(sink.descriptor, line.data(), line.size()) < 0)
+    return taken;
+  return taken;
+}
+
+}  // namespace
+
+bool openLogSink(const char* program) {
+  // They live as long as the process: static objects log at its end.
+  auto* sink = new Sink;
+  sink->program = program;
+  const char* setting = std::getenv("ULO_LOG");
+  const std::string where = setting == nullptr ? "" : setting;
+  bool opened = true;
+  if (where == "stderr") {
+    sink->kind = Sink::Kind::standardError;
+    sink->descriptor = STDERR_FILENO;
+  } else if (where == "syslog") {
+    sink->kind = Sink::Kind::systemLog;
+    openlog(sink->program.c_str(), LOG_PID, LOG_USER);
+  } else if (where != "none") {
+    const std::string directory = userDirectory("XDG_STATE_HOME", ".local/state");
+    sink->path = where.empty() ? directory + "/" + program + ".log" : where;
+    opened = (!where.empty() || makeUserDirectory(directory)) && openFile(*sink);
+    if (opened)
+      sink->kind = Sink::Kind::file;
+  }
+  FILE* stream = fopencookie(sink, "w", {nullptr, writeMessage, nullptr, nullptr});
+  if (stream == nullptr)
+    return false;
+  std::setvbuf(stream, nullptr, _IOFBF, messageBuffer);
+  libaplog_to_module_ptr = stream;
+  return opened;
+}
+
+}  // namespace ulo

@@ -1,0 +1,158 @@
+#include "UTIL_TimeConversion.h"
+
+#include "module_log.h"
+
+#include <cstdint>
+#include <ctime>
+#include <optional>
+#include <string_view>
+
+namespace {
+
+constexpr qint64 noDateSeconds = INT32_MAX;
+constexpr qint64 latestSeconds = INT32_MAX - 1;
+constexpr qint64 earliestSeconds = INT32_MIN;
+
+// Reads the parts of a date-time off the front of a text.
+class Reader {
+public:
+  explicit Reader(std::string_view text) : text_(text) {}
+
+  [[nodiscard]] bool atEnd() const { return text_.empty(); }
+  bool take(char c) {
+    if (text_.empty() || text_.front() != c)
+      return false;
+    text_.remove_prefix(1);
+    return true;
+  }
+  [[nodiscard]] bool atDigit() const {
+    return !text_.empty() && text_.front() >= '0' && text_.front() <= '9';
+  }
+  // A number of exactly so many digits; clears `good` when there is none.
+  int number(int digits) {
+    int value = 0;
+    for (int i = 0; i < digits; ++i) {
+      good_ = good_ && atDigit();
+      if (!good_)
+        return 0;
+      value = value * 10 + (text_.front() - '0');
+      text_.remove_prefix(1);
+    }
+    return value;
+  }
+  void skipDigits() {
+    good_ = good_ && atDigit();
+    while (atDigit())
+      text_.remove_prefix(1);
+  }
+  [[nodiscard]] bool good() const { return good_; }
+
+private:
+  std::string_view text_;
+  bool good_ = true;
+};
+
+std::string_view withoutBlanks(std::string_view text) {
+  constexpr std::string_view blanks = " \t\r\n";
+  const std::size_t first = text.find_first_not_of(blanks);
+  if (first == std::string_view::npos)
+    return {};
+  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+QDate readDate(Reader& reader) {
+  const int year = reader.number(4);
+  const bool extended = reader.take('-');
+  const int month = reader.number(2);
+  if (extended && !reader.take('-'))
+    return {};
+  const int day = reader.number(2);
+  return reader.good() ? QDate(year, month, day) : QDate();
+}
+
+QTime readTime(Reader& reader) {
+  const int hour = reader.number(2);
+  const bool extended = reader.take(':');
+  const int minute = reader.number(2);
+  int second = 0;
+  if (extended ? reader.take(':') : reader.atDigit())
+    second = reader.number(2);
+  if (reader.take('.') || reader.take(','))
+    reader.skipDigits();
+  return reader.good() ? QTime(hour, minute, second) : QTime();
+}
+
+// Seconds east of UTC; nothing when the text says local time. `valid` tells whether it could be
+// read.
+std::optional<int> readZone(Reader& reader, bool& valid) {
+  if (reader.take('Z') || reader.take('z'))
+    return 0;
+  const bool east = reader.take('+');
+  if (!east && !reader.take('-'))
+    return std::nullopt;
+  const int hours = reader.number(2);
+  int minutes = 0;
+  if (reader.take(':') || reader.atDigit())
+    minutes = reader.number(2);
+  valid = reader.good() && hours < 24 && minutes < 60;
+  const int seconds = hours * 3600 + minutes * 60;
+  return east ? seconds : -seconds;
+}
+
+// Qt calls a local time that daylight saving leaves out invalid; the C library reads it.
+QDateTime localDateTime(const QDate& date, const QTime& time) {
+  tm parts{};
+  parts.tm_year = date.year() - 1900;
+  parts.tm_mon = date.month() - 1;
+  parts.tm_mday = date.day();
+  parts.tm_hour = time.hour();
+  parts.tm_min = time.minute();
+  parts.tm_sec = time.second();
+  parts.tm_isdst = -1;
+  return QDateTime::fromSecsSinceEpoch(mktime(&parts));
+}
+
+}  // namespace
+
+long UTIL_TimeConversion::toUTC(const QDateTime& dateTime) {
+  if (!dateTime.isValid())
+    return noDateSeconds;
+  const qint64 milliseconds = dateTime.toMSecsSinceEpoch();
+  const qint64 seconds = milliseconds / 1000 - (milliseconds % 1000 < 0 ? 1 : 0);
+  if (seconds <= noDateSeconds && seconds >= earliestSeconds)
+    return static_cast<long>(seconds);
+  const qint64 nearest = seconds > 0 ? latestSeconds : earliestSeconds;
+  ULO_LOG_ERROR("A date of %lld seconds is out of range, %lld is taken",
+                static_cast<long long>(seconds), static_cast<long long>(nearest));
+  return static_cast<long>(nearest);
+}
+
+QDateTime UTIL_TimeConversion::fromUTC(long seconds) {
+  return QDateTime::fromSecsSinceEpoch(seconds);
+}
+
+QCString UTIL_TimeConversion::toISO8601(const QDateTime& dateTime) {
+  const QDateTime utc = dateTime.toUTC();
+  if (!utc.isValid() || utc.date().year() < 0 || utc.date().year() > 9999)
+    return QCString();
+  return utc.toString(QStringLiteral("yyyyMMdd'T'HHmmss'Z'")).toLatin1();
+}
+
+QDateTime UTIL_TimeConversion::fromISO8601(const QCString& text) {
+  Reader reader(withoutBlanks({text.constData(), static_cast<std::size_t>(text.size())}));
+  const QDate date = readDate(reader);
+  if (!date.isValid())
+    return QDateTime();
+  if (reader.atEnd())
+    return localDateTime(date, QTime(0, 0));
+  if (!reader.take('T') && !reader.take('t') && !reader.take(' '))
+    return QDateTime();
+  const QTime time = readTime(reader);
+  bool zoneIsValid = true;
+  const std::optional<int> zone = readZone(reader, zoneIsValid);
+  if (!time.isValid() || !zoneIsValid || !reader.atEnd())
+    return QDateTime();
+  if (!zone)
+    return localDateTime(date, time);
+  return QDateTime(date, time, Qt::UTC).addSecs(-*zone).toLocalTime();
+}

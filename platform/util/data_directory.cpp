@@ -1,0 +1,55 @@
+#include "data_directory.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+
+#include <sys/stat.h>
+
+namespace ulo {
+namespace {
+
+// An empty variable counts as none, as the XDG base directory specification has it.
+const char* setting(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr || *value == '\0' ? nullptr : value;
+}
+
+// Creates what is missing of the path, for the owner alone. False, with errno, on failure.
+bool makeDirectories(const std::filesystem::path& path) {
+  std::error_code error;
+  if (std::filesystem::is_directory(path, error))
+    return true;
+  const std::filesystem::path parent = path.parent_path();
+  if (!parent.empty() && parent != path && !makeDirectories(parent))
+    return false;
+  if (mkdir(path.c_str(), 0700) == 0)
+    return true;
+  // Another program may have made it in the meantime.
+  const int reason = errno;
+  if (reason == EEXIST && std::filesystem::is_directory(path, error))
+    return true;
+  errno = reason == EEXIST ? ENOTDIR : reason;
+  return false;
+}
+
+}  // namespace
+
+std::string userDirectory(const char* variable, const char* homeDefault) {
+  if (const char* base = setting(variable))
+    return std::string(base) + "/ulo";
+  const char* home = setting("HOME");
+  return std::string(home == nullptr ? "" : home) + "/" + homeDefault + "/ulo";
+}
+
+bool makeUserDirectory(const std::string& path) {
+  return makeDirectories(path);
+}
+
+std::string dataDirectory() {
+  const char* own = setting("ULO_DATA_DIR");
+  std::string path = own != nullptr ? own : userDirectory("XDG_DATA_HOME", ".local/share");
+  return makeDirectories(path) ? path : std::string();
+}
+
+}  // namespace ulo
