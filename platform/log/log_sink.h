@@ -5,7 +5,7 @@
 namespace ulo {
 
 // Size at which a log file is set aside as "NAME.1", replacing the one before it.
-constexpr long logFileLimit = 1024 * 1024;
+constexpr long logFileLimit = 1024L * 1024;
 
 // Sends the log of this process to where ULO_LOG says: "stderr", "syslog", "none", or a file's
 // name; by default to PROGRAM.log under $XDG_STATE_HOME/ulo (or ~/.local/state/ulo). Each message

@@ -7,6 +7,7 @@
 #include <cstdarg>
 #include <cstdio>
 
+// NOLINTBEGIN(misc-definitions-in-headers): a copy for each source is what is wanted.
 namespace {
 
 enum LogLevel : int {
@@ -34,6 +35,7 @@ constexpr int highestWrittenLevel = 7;
 }
 
 }  // namespace
+// NOLINTEND(misc-definitions-in-headers)
 
 // An error line: `text` is the part after "(file:line)".
 #define ULO_LOG_ERROR(text, ...)                                                                   \

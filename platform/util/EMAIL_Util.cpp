@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <iterator>
 
 #include <iconv.h>
@@ -43,7 +44,7 @@ public:
     if (isOpen())
       iconv_close(handle_);
   }
-  [[nodiscard]] bool isOpen() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
+  [[nodiscard]] bool isOpen() const { return reinterpret_cast<std::intptr_t>(handle_) != -1; }
 
   // False when `bytes` are not all valid; `result` then ends before the first that is not, and
   // `bytes` begins there.

@@ -304,7 +304,9 @@ private:
     if (!tokens_.at(TokenKind::variable))
       tokens_.fail("a value");
     NodePtr variable = variableNode();
-    return tokens_.takeSymbol("->") ? call(std::move(variable)) : std::move(variable);
+    if (tokens_.takeSymbol("->"))
+      return call(std::move(variable));
+    return variable;
   }
 
   NodePtr variableNode() {
