@@ -1,5 +1,5 @@
 // The change-tracking service: whoever stores something reports it here, and other programs ask
-// later what has changed.
+// the journal (change_journal.h) later what has changed.
 #pragma once
 
 #include "export.h"
@@ -12,7 +12,7 @@ struct SVC_CT_ChangeRecord {
   int reserved0 = 0;
   QCString source;
   unsigned int uid = 0;
-  int changeType = 0;  // 1 added, 2 updated, 3 removed
+  int changeType = 0;
   int reserved[4] = {0, 0, 0, 0};
 };
 
@@ -22,12 +22,9 @@ enum SVC_CT_ChangeType : int {
   SVC_CT_REMOVED = 3,
 };
 
-namespace ulo {
-class ChangeJournal;
-}
-
-// Writes each change to the journal in the data directory. All operations give 0 on success,
-// another number when the journal could not be written (which is logged).
+// Writes each change to the journal in the data directory. The journal is opened with the first
+// report. All operations give 0 on success and 1 when the journal could not be written, which is
+// logged; the next report tries again.
 class ULO_EXPORT SVC_CT_ChangeReporter {
 public:
   SVC_CT_ChangeReporter();
@@ -35,16 +32,22 @@ public:
   SVC_CT_ChangeReporter& operator=(const SVC_CT_ChangeReporter&) = delete;
 
   // The four operations below come first in the table of virtual operations, in this order.
-  // Reports one change.
+
+  // Reports one change. `handle` is the reporter's own business; the store hands over -1.
   virtual int report(const SVC_CT_ChangeRecord& record, int handle);
-  // Reports `count` changes at once; all of them or none get into the journal.
+  // Reports `count` changes at once: all of them get into the journal, or none.
   virtual int reportMany(const SVC_CT_ChangeRecord* records, unsigned int count, int handle);
-  // Changes of this source belong together until endBatch: a reader sees all of them or none.
+  // What is reported from here to endBatch gets into the journal at once, at endBatch: a reader
+  // sees all of it or nothing. A batch within a batch is refused with 1.
   virtual int beginBatch(const char* source);
+  // Without a batch: 1.
   virtual int endBatch(const char* source);
 
+  // Writes a batch that was not ended: its changes have been stored.
   virtual ~SVC_CT_ChangeReporter();
 
 private:
-  std::unique_ptr<ulo::ChangeJournal> journal_;
+  class Batch;
+  Batch& batch();
+  std::unique_ptr<Batch> batch_;
 };

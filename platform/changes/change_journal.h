@@ -1,0 +1,68 @@
+// The journal of changes: what was added, updated and removed, in the order it happened, shared
+// by all programs of the data directory.
+#pragma once
+
+#include "export.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+struct sqlite3;
+
+namespace ulo {
+
+enum class ChangeType : int { added = 1, updated = 2, removed = 3 };
+
+struct Change {
+  std::int64_t entry = 0;  // its number: from 1 on, never given twice, pruned ones included
+  std::int64_t time = 0;   // UTC seconds
+  std::string source;      // who made it
+  std::uint32_t uid = 0;
+  ChangeType type = ChangeType::added;
+};
+
+// What became of the UIDs of a source, each in at most one of the lists, in the order in which
+// they first changed. What was added and removed again is in none.
+struct NetChanges {
+  std::vector<std::uint32_t> added;
+  std::vector<std::uint32_t> updated;
+  std::vector<std::uint32_t> removed;
+  std::int64_t lastEntry = 0;  // ask on from here
+  // Entries behind the one asked for have been pruned: the lists don't tell everything, and
+  // whoever asked has to compare all its data.
+  bool incomplete = false;
+};
+
+class ULO_EXPORT ChangeJournal {
+public:
+  // The journal in `directory`, which has to exist. Nothing is opened yet.
+  explicit ChangeJournal(std::string directory);
+  ChangeJournal(const ChangeJournal&) = delete;
+  ChangeJournal& operator=(const ChangeJournal&) = delete;
+  ~ChangeJournal();
+
+  // All operations give false, and log why, when the journal can't be read or written. A journal
+  // that does not exist reads as an empty one; only append creates it.
+
+  // Adds changes, all or none, in the order given. Their `entry` and `time` are set here.
+  [[nodiscard]] bool append(const std::vector<Change>& changes);
+  // Appends to `changes` everything with a higher number than `entry`, of all sources.
+  [[nodiscard]] bool entriesSince(std::int64_t entry, std::vector<Change>& changes);
+  // Sets `net` to what changed for a source behind `entry` (0: from the beginning).
+  [[nodiscard]] bool changesSince(const std::string& source, std::int64_t entry, NetChanges& net);
+  // Sets `entry` to the number of the last change ever made, 0 when there was none.
+  [[nodiscard]] bool lastEntry(std::int64_t& entry);
+  // Forgets the entries up to and including `entry`.
+  [[nodiscard]] bool prune(std::int64_t entry);
+
+private:
+  class Database;
+  Database* open(bool create);
+
+  std::string directory_;
+  std::unique_ptr<Database> database_;
+};
+
+}  // namespace ulo
