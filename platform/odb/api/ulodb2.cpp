@@ -102,9 +102,9 @@ bool hasField(DB_CURSOR cursor, int column) {
          static_cast<std::size_t>(column) < cursor->buffer.columns();
 }
 
-std::int64_t numberField(DB_CURSOR cursor, int column) {
+int numberField(DB_CURSOR cursor, int column) {
   return hasField(cursor, column)
-             ? cursor->buffer.value(cursor->row, static_cast<std::size_t>(column)).number
+             ? cursor->buffer.number(cursor->row, static_cast<std::size_t>(column))
              : 0;
 }
 
@@ -223,7 +223,7 @@ int DB_PARAM_BindChar(DB_PARAM block, int index, const char* utf8) {
 }
 
 int DB_CSC_GetFieldAsInteger(DB_CURSOR cursor, int column) {
-  return static_cast<int>(numberField(cursor, column));
+  return numberField(cursor, column);
 }
 
 int DB_CSC_GetFieldAsBool(DB_CURSOR cursor, int column) {
