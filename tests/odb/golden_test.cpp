@@ -2,6 +2,7 @@
 // values, its rows, or its error. A case is NAME.in (parameters, "---", the text) and
 // NAME.expected; ULO_RENEW_GOLDEN=1 in the environment writes the latter anew.
 
+#include "run/interpreter.h"
 #include "task_tables.h"
 #include "temporary_directory.h"
 
@@ -77,39 +78,68 @@ void fillTaskTables() {
 
 class Golden : public testing::TestWithParam<std::string> {};
 
-TEST_P(Golden, LeadsToWhatIsExpected) {
-  const DataDirectory directory;
-  ASSERT_EQ(DB_Open(1), DB_OK);
-  createTaskTables();
-  fillTaskTables();
+struct Case {
+  std::string parameters;
+  std::string text;
+};
 
-  const std::string input = contentOf(goldenDirectory / (GetParam() + ".in"));
+Case readCase(const std::string& name) {
+  const std::string input = contentOf(goldenDirectory / (name + ".in"));
   const std::string separator = "---\n";
   const std::size_t end = input.find(separator);
-  ASSERT_NE(end, std::string::npos);
-  std::string text = input.substr(end + separator.size());
-  if (!text.empty() && text.back() == '\n')
-    text.pop_back();
+  Case result{input.substr(0, end), input.substr(end + separator.size())};
+  if (!result.text.empty() && result.text.back() == '\n')
+    result.text.pop_back();
+  return result;
+}
+
+// What DB_Explain says of a case on tables of its own.
+std::string explain(const Case& input, int what) {
+  const DataDirectory directory;
+  EXPECT_EQ(DB_Open(1), DB_OK);
+  createTaskTables();
+  fillTaskTables();
   DB_PARAM block = DB_PARAM_Open(16);
-  std::istringstream parameters(input.substr(0, end));
+  std::istringstream parameters(input.parameters);
   for (std::string line; std::getline(parameters, line);)
     bindLine(block, line);
-
   std::string seen;
   const int result = DB_Explain(
-      text.c_str(), DB_EXPLAIN_TOKENS | DB_EXPLAIN_TREE | DB_EXPLAIN_SQL | DB_EXPLAIN_RUN, block,
+      input.text.c_str(), what, block,
       [](void* context, const char* line) {
         *static_cast<std::string*>(context) += line + std::string("\n");
       },
       &seen);
-  seen += "result: " + std::to_string(result) + "\n";
   DB_PARAM_Close(block);
   DB_Close();
+  return seen + "result: " + std::to_string(result) + "\n";
+}
 
+TEST_P(Golden, LeadsToWhatIsExpected) {
+  const std::string seen = explain(readCase(GetParam()), DB_EXPLAIN_TOKENS | DB_EXPLAIN_TREE |
+                                                             DB_EXPLAIN_SQL | DB_EXPLAIN_RUN);
   const fs::path expected = goldenDirectory / (GetParam() + ".expected");
   if (std::getenv("ULO_RENEW_GOLDEN") != nullptr)
     std::ofstream(expected, std::ios::binary) << seen;
   EXPECT_EQ(seen, contentOf(expected));
+}
+
+// The rows, the tag and the result; not the SQL.
+std::string outcome(const std::string& explained) {
+  std::string result;
+  std::istringstream lines(explained);
+  for (std::string line; std::getline(lines, line);)
+    if (line.rfind("sql: ", 0) != 0 && line.rfind("  as: ", 0) != 0)
+      result += line + "\n";
+  return result;
+}
+
+TEST_P(Golden, GivesTheSameWithoutPushDown) {
+  const Case input = readCase(GetParam());
+  ulo::odb::pushDownEnabled = false;
+  const std::string walked = explain(input, DB_EXPLAIN_RUN);
+  ulo::odb::pushDownEnabled = true;
+  EXPECT_EQ(outcome(explain(input, DB_EXPLAIN_RUN)), outcome(walked));
 }
 
 INSTANTIATE_TEST_SUITE_P(Odb, Golden, testing::ValuesIn(caseNames()),

@@ -18,7 +18,7 @@ void Cursor::open() {
 }
 
 void Cursor::close() {
-  for (SqlStatement* statement : {walk_.get(), byUid_.get()})
+  for (SqlStatement* statement : {walk_.get(), filteredWalk_.get(), byUid_.get()})
     if (statement != nullptr)
       statement->reset();
   for (const auto& [positions, statement] : finds_)
@@ -27,10 +27,31 @@ void Cursor::close() {
     statement->reset();
   row_ = live_ = nullptr;
   rowIsDeleted_ = false;
+  filter_ = nullptr;
   ahead_.clear();
   position_.clear();
   listed_.reset();
   where_ = Where::end;
+}
+
+void Cursor::bindFilter(SqlStatement& statement, int firstParameter) {
+  for (const Value& value : *filter_)
+    bind(statement, firstParameter++, value, Type::integer);
+}
+
+void Cursor::walkFiltered() {
+  live_ = &prepared(filteredWalk_, filteredWalkSql(plan_));
+  bindFilter(*live_, 1);
+  liveIsSameKey_ = false;
+  where_ = Where::walking;
+}
+
+std::int64_t Cursor::countFiltered() {
+  SqlStatement& statement = prepared(filteredCount_, filteredCountSql(plan_));
+  const ResetAtEnd reset(statement);
+  bindFilter(statement, 1);
+  where_ = Where::end;
+  return statement.step() ? statement.integer(0) : 0;
 }
 
 bool Cursor::find(const Tuple& key) {
@@ -92,16 +113,19 @@ bool Cursor::startNextStretch() {
     return false;
   const Stretch stretch = ahead_.back();
   ahead_.pop_back();
-  std::unique_ptr<SqlStatement>& slot = stretches_[{stretch.level, stretch.behind}];
+  const bool filtered = filter_ != nullptr && !filter_->empty();
+  std::unique_ptr<SqlStatement>& slot = stretches_[{stretch.level, stretch.behind, filtered}];
   if (!slot)
-    slot =
-        std::make_unique<SqlStatement>(database_, behindSql(plan_, stretch.level, stretch.behind));
+    slot = std::make_unique<SqlStatement>(
+        database_, behindSql(plan_, stretch.level, stretch.behind, filtered));
   slot->reset();
   const int bound = stretch.level + (stretch.behind == Behind::value ? 1 : 0);
   for (int i = 0; i < bound; ++i) {
     const auto place = static_cast<std::size_t>(i);
     bind(*slot, i + 1, position_[place].view(), typeOf(plan_.order[place].column));
   }
+  if (filtered)
+    bindFilter(*slot, bound + 1);
   live_ = slot.get();
   // Behind the last column of the key only the UID differs.
   liveIsSameKey_ = stretch.level == static_cast<int>(plan_.source.key.size());

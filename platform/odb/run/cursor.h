@@ -8,7 +8,7 @@
 #include <map>
 #include <memory>
 #include <optional>
-#include <utility>
+#include <tuple>
 #include <vector>
 
 namespace ulo::odb {
@@ -26,6 +26,17 @@ public:
   void open();
   // Ends all reading; the cursor stands on no row.
   void close();
+
+  // Whether it has not been moved since it was opened.
+  [[nodiscard]] bool isBeforeFirst() const { return where_ == Where::beforeFirst; }
+  // From here on the rows that don't pass the plan's filter may be left out; `values` are those
+  // that it compares with, and live until the next call. Empty: no row is left out.
+  void setFilter(const std::vector<Value>* values) { filter_ = values; }
+  // Makes the rows that pass the filter the ones that moveNext goes to; all of them will be asked
+  // for. Requires: before the first row.
+  void walkFiltered();
+  // The number of rows that pass it; the cursor is behind the last one then. Requires the same.
+  std::int64_t countFiltered();
 
   // To the first row whose key equals the fields of `key`, nulls included. False, and on no row,
   // when there is none.
@@ -60,6 +71,7 @@ private:
   [[nodiscard]] Type typeOf(int column) const {
     return plan_.source.table->columns[static_cast<std::size_t>(column)].type;
   }
+  void bindFilter(SqlStatement& statement, int firstParameter);
   SqlStatement& prepared(std::unique_ptr<SqlStatement>& statement, const std::string& sql);
   void requireRow(const char* what) const;
   void keepPosition();
@@ -82,11 +94,15 @@ private:
   std::optional<std::vector<std::int64_t>> listed_;  // when the plan lists first: UIDs, the last
                                                      // one first
 
+  const std::vector<Value>* filter_ = nullptr;
+
   std::unique_ptr<SqlStatement> walk_;
+  std::unique_ptr<SqlStatement> filteredWalk_;
+  std::unique_ptr<SqlStatement> filteredCount_;
   std::unique_ptr<SqlStatement> byUid_;
   std::unique_ptr<SqlStatement> delete_;
   std::map<std::vector<int>, std::unique_ptr<SqlStatement>> finds_;
-  std::map<std::pair<int, Behind>, std::unique_ptr<SqlStatement>> stretches_;
+  std::map<std::tuple<int, Behind, bool>, std::unique_ptr<SqlStatement>> stretches_;
   std::map<std::vector<int>, std::unique_ptr<SqlStatement>> updates_;
 };
 

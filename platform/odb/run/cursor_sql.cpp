@@ -1,6 +1,8 @@
 #include "program.h"
 #include "sqlite/statement.h"
 
+#include <algorithm>
+
 namespace ulo::odb {
 namespace {
 
@@ -23,6 +25,50 @@ std::string uidEquals(const CursorPlan& plan) {
   return " WHERE " + quotedColumn(plan, plan.source.table->uid) + " = ?";
 }
 
+const char* sqlOperator(Op op) {
+  switch (op) {
+  case Op::equal:
+    return " = ?";
+  case Op::notEqual:
+    return " <> ?";
+  case Op::less:
+    return " < ?";
+  case Op::lessEqual:
+    return " <= ?";
+  case Op::greater:
+    return " > ?";
+  default:
+    return " >= ?";
+  }
+}
+
+std::string filter(const CursorPlan& plan, const std::string& before) {
+  std::string sql;
+  for (const Condition& condition : plan.filter)
+    sql += (sql.empty() ? before : " AND ") + quotedColumn(plan, condition.column) +
+           sqlOperator(condition.op);
+  return sql;
+}
+
+// Whether walking the key's index means to look up each row in the table besides, although a good
+// part of them is not wanted or all of them are: then it is cheaper to read the table as it lies
+// and sort what is wanted. Without statistics SQLite would walk.
+bool sortsCheaper(const CursorPlan& plan) {
+  const int uid = plan.source.table->uid;
+  const auto inOrder = [&](int column) {
+    return std::any_of(plan.order.begin(), plan.order.end(),
+                       [&](const KeyColumn& key) { return key.column == column; });
+  };
+  const int first = plan.source.key.front().column;
+  const bool isRange = std::any_of(plan.filter.begin(), plan.filter.end(), [&](const Condition& c) {
+    return c.column == first && c.op != Op::notEqual;
+  });
+  const bool isCovered = std::all_of(plan.fetched.begin(), plan.fetched.end(), inOrder) &&
+                         std::all_of(plan.filter.begin(), plan.filter.end(),
+                                     [&](const Condition& c) { return inOrder(c.column); });
+  return first != uid && !isRange && !isCovered;
+}
+
 // From the column at place `level` of the order on.
 std::string orderBy(const CursorPlan& plan, std::size_t level) {
   std::string sql;
@@ -38,6 +84,15 @@ std::string walkSql(const CursorPlan& plan) {
   return select(plan) + orderBy(plan, 0);
 }
 
+std::string filteredWalkSql(const CursorPlan& plan) {
+  return select(plan) + (sortsCheaper(plan) ? " NOT INDEXED" : "") + filter(plan, " WHERE ") +
+         orderBy(plan, 0);
+}
+
+std::string filteredCountSql(const CursorPlan& plan) {
+  return countSql(*plan.source.table) + filter(plan, " WHERE ");
+}
+
 std::string findSql(const CursorPlan& plan, const std::vector<int>& positions) {
   std::string where;
   for (const int position : positions)
@@ -47,7 +102,7 @@ std::string findSql(const CursorPlan& plan, const std::vector<int>& positions) {
   return select(plan) + where + orderBy(plan, 0);
 }
 
-std::string behindSql(const CursorPlan& plan, int level, Behind behind) {
+std::string behindSql(const CursorPlan& plan, int level, Behind behind, bool filtered) {
   const auto place = static_cast<std::size_t>(level);
   std::string sql = select(plan) + " WHERE ";
   for (std::size_t i = 0; i < place; ++i)
@@ -64,7 +119,7 @@ std::string behindSql(const CursorPlan& plan, int level, Behind behind) {
     sql += " IS NULL";
     break;
   }
-  return sql + orderBy(plan, place);
+  return sql + (filtered ? filter(plan, " AND ") : "") + orderBy(plan, place);
 }
 
 std::string rowSql(const CursorPlan& plan) {

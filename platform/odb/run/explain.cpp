@@ -26,7 +26,7 @@ void listSql(const CursorPlan& plan, const std::string& name, const LineSink& li
     line("$" + name + " " + what + ": " + sql);
   };
   if (plan.moves && !plan.finds)
-    list("walk", walkSql(plan));
+    list("walk", plan.filter.empty() ? walkSql(plan) : filteredWalkSql(plan));
   if (plan.finds) {
     std::vector<int> whole;
     for (std::size_t i = 0; i < plan.source.key.size(); ++i)
@@ -36,7 +36,7 @@ void listSql(const CursorPlan& plan, const std::string& name, const LineSink& li
   const auto keySize = static_cast<int>(plan.source.key.size());
   if (plan.finds && plan.moves)
     for (int level = keySize - 1; level >= 0; --level)
-      list("behind", behindSql(plan, level, Behind::value));
+      list("behind", behindSql(plan, level, Behind::value, !plan.filter.empty()));
   if (plan.movesInDup && plan.order.size() > plan.source.key.size())
     list("same key", behindSql(plan, keySize, Behind::value));
   if (plan.listsFirst)

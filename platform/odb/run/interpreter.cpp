@@ -3,6 +3,9 @@
 #include "sqlite/binding.h"
 
 namespace ulo::odb {
+
+bool pushDownEnabled = true;
+
 namespace {
 
 // Ends the reading of all cursors, however a run ends: a statement in mid-read would keep its
@@ -117,14 +120,83 @@ void Executable::execute(const Node& node) {
   }
 }
 
-void Executable::executeLoop(const Node& node) {
+void Executable::onePass(const Node& node) {
+  if (++loopPasses_ > DB_MAX_LOOP_PASSES)
+    throw Failure(DB_LIMIT, node.at,
+                  "the loops have made more than " + std::to_string(DB_MAX_LOOP_PASSES) +
+                      " passes");
+}
+
+void Executable::walk(const Node& node) {
   while (truth(*node.operands[0])) {
-    if (++loopPasses_ > DB_MAX_LOOP_PASSES)
-      throw Failure(DB_LIMIT, node.at,
-                    "the loops have made more than " + std::to_string(DB_MAX_LOOP_PASSES) +
-                        " passes");
+    onePass(node);
     execute(*node.operands[1]);
   }
+}
+
+void Executable::executeLoop(const Node& node) {
+  if (node.plan >= 0 && pushDownEnabled)
+    executePlanned(node, program_->loops[static_cast<std::size_t>(node.plan)]);
+  else
+    walk(node);
+}
+
+void Executable::executePlanned(const Node& node, const LoopPlan& plan) {
+  const auto slot = static_cast<std::size_t>(plan.cursor);
+  Cursor& cursor = *slots_[slot].cursor;
+  std::vector<Value> values;
+  const bool isWhole = plan.kind == LoopPlan::Kind::whole;
+  if (!filterValues(program_->cursors[static_cast<std::size_t>(program_->variables[slot].cursor)],
+                    values) ||
+      (isWhole && !cursor.isBeforeFirst()))
+    return walk(node);
+  cursor.setFilter(&values);
+  if (!isWhole) {
+    executeOnward(node, cursor, slots_[static_cast<std::size_t>(plan.found)]);
+  } else if (plan.counter >= 0) {
+    slots_[static_cast<std::size_t>(plan.counter)].number += cursor.countFiltered();
+  } else {
+    cursor.walkFiltered();
+    while (cursor.moveNext()) {
+      onePass(node);
+      execute(*plan.block);
+    }
+  }
+  cursor.setFilter(nullptr);
+}
+
+// The loop's own condition is looked at before the cursor moves: nobody wants the row behind the
+// last one, which may be far.
+void Executable::executeOnward(const Node& node, Cursor& cursor, Slot& found) {
+  while (truth(*node.operands[0])) {
+    onePass(node);
+    execute(*node.operands[1]->operands[0]);
+    found.number = 1;
+    if (!truth(*node.operands[0]))
+      break;
+    found.number = cursor.moveNext() ? 1 : 0;
+  }
+}
+
+// The values that the filter of a cursor compares with. False when one is missing or a text: then
+// the loop has to walk, to fail where the text says so.
+bool Executable::filterValues(const CursorPlan& plan, std::vector<Value>& values) const {
+  for (const Condition& condition : plan.filter) {
+    const Node& node = *condition.value;
+    Value value = Value::integer(node.number);
+    if (node.op == Op::argument)
+      value.number = run_->arguments[static_cast<std::size_t>(node.number)];
+    if (node.op == Op::parameter) {
+      const auto index = static_cast<std::size_t>(node.number);
+      if (index >= run_->parameters.count || !run_->parameters.first[index].isBound)
+        return false;
+      value = run_->parameters.first[index].value.view();
+    }
+    if (value.isText())
+      return false;
+    values.push_back(value);
+  }
+  return true;
 }
 
 void Executable::declare(const Node& node) {
@@ -249,15 +321,20 @@ Value Executable::arithmetic(const Node& node) {
 }
 
 std::int64_t Executable::count(const Table& table) {
-  SqlStatement statement(database_, countSql(table));
-  return statement.step() ? statement.integer(0) : 0;
+  std::unique_ptr<SqlStatement>& slot = counts_[&table];
+  if (!slot)
+    slot = std::make_unique<SqlStatement>(database_, countSql(table));
+  const ResetAtEnd reset(*slot);
+  return slot->step() ? slot->integer(0) : 0;
 }
 
 bool Executable::tableExists(const std::string& name) {
-  SqlStatement statement(database_,
-                         "SELECT 1 FROM sqlite_schema WHERE type = 'table' AND name = ?");
-  bind(statement, 1, {Type::varchar, 0, localName(name)}, Type::varchar);
-  return statement.step();
+  if (!tableExists_)
+    tableExists_ = std::make_unique<SqlStatement>(
+        database_, "SELECT 1 FROM sqlite_schema WHERE type = 'table' AND name = ?");
+  const ResetAtEnd reset(*tableExists_);
+  bind(*tableExists_, 1, {Type::varchar, 0, localName(name)}, Type::varchar);
+  return tableExists_->step();
 }
 
 }  // namespace ulo::odb

@@ -4,6 +4,7 @@
 #include "program.h"
 #include "result_buffer.h"
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -19,6 +20,10 @@ struct ParameterView {
   const Parameter* first = nullptr;
   std::size_t count = 0;
 };
+
+// Whether loops hand their conditions to SQLite. Every text gives the same rows either way; tests
+// compare them.
+extern bool pushDownEnabled;
 
 // A program with the statements that it has prepared so far, on one connection.
 class Executable {
@@ -48,6 +53,11 @@ private:
   void runInsert(Run& run);
   void execute(const Node& node);
   void executeLoop(const Node& node);
+  void executePlanned(const Node& node, const LoopPlan& plan);
+  void executeOnward(const Node& node, Cursor& cursor, Slot& found);
+  void walk(const Node& node);
+  void onePass(const Node& node);
+  bool filterValues(const CursorPlan& plan, std::vector<Value>& values) const;
   void declare(const Node& node);
   Value evaluate(const Node& node);
   [[nodiscard]] bool truth(const Node& node);
@@ -64,6 +74,8 @@ private:
   std::vector<std::unique_ptr<Cursor>> cursors_;
   std::vector<Slot> slots_;
   std::unique_ptr<SqlStatement> insert_;
+  std::map<const Table*, std::unique_ptr<SqlStatement>> counts_;
+  std::unique_ptr<SqlStatement> tableExists_;
   Run* run_ = nullptr;
   int loopPasses_ = 0;
 };

@@ -12,6 +12,13 @@
 
 namespace ulo::odb {
 
+// A comparison of a column with a value that is the same for all rows.
+struct Condition {
+  int column;         // of the table
+  Op op;              // with the column on the left
+  const Node* value;  // a parameter, a number of the template, a number or a bool
+};
+
 // What one cursor variable does in the script, found out before it runs.
 struct CursorPlan {
   Source source;
@@ -25,9 +32,24 @@ struct CursorPlan {
   bool updates = false;
   // The rows are listed before the walk begins: the loop changes the order that it walks in.
   bool listsFirst = false;
+  // What its loop asks of each row, when the loop does nothing with the others: SQLite may as well
+  // leave those out.
+  std::vector<Condition> filter;
 
   // Where a table column stands in `fetched`; added when it is new.
   int fetch(int column);
+};
+
+// A loop that does more than to run its block over and over.
+struct LoopPlan {
+  enum class Kind {
+    whole,   // while ($c->move_next()) {..}: goes through all rows from the first
+    onward,  // while (..) { if (..) {..} $t = $c->move_next(); }: goes on from where it stands
+  } kind = Kind::whole;
+  int cursor = 0;               // slot of the cursor
+  const Node* block = nullptr;  // whole: what is done with each row that passes the filter
+  int found = -1;               // onward: slot of the variable that move_next sets
+  int counter = -1;             // whole: slot of the variable, when all it does is to count rows
 };
 
 struct Variable {
@@ -45,6 +67,7 @@ struct Program {
 
   std::vector<Variable> variables;
   std::vector<CursorPlan> cursors;
+  std::vector<LoopPlan> loops;
   bool writes = false;
   // It asks SQLite more than once, and all answers have to show the same state.
   bool needsSnapshot = false;
@@ -57,16 +80,26 @@ struct Program {
 // Reads and checks a text. Throws Failure.
 std::unique_ptr<Program> makeProgram(std::string_view text, const Catalog& catalog);
 
+// Finds the loops whose conditions SQLite can check, and what they do. Requires a program that
+// has been checked and doesn't write.
+void planLoops(Program& program);
+
 // The SQL of a cursor. In all of them the columns of a row are those of `fetched`.
 // All rows in order.
 std::string walkSql(const CursorPlan& plan);
+// The rows that pass the plan's filter, in order, all of which will be read; the parameters are
+// the values of the filter.
+std::string filteredWalkSql(const CursorPlan& plan);
+// Their number.
+std::string filteredCountSql(const CursorPlan& plan);
 // Rows whose columns of the key equal the parameters, in order; `positions` are places in the
 // key.
 std::string findSql(const CursorPlan& plan, const std::vector<int>& positions);
 // Rows behind a position: the first `level` columns of the order equal the parameters, and the
-// next one lies behind its parameter, is not null, or is null.
+// next one lies behind its parameter, is not null, or is null. With the filter's values as further
+// parameters when `filtered`.
 enum class Behind { value, notNull, null };
-std::string behindSql(const CursorPlan& plan, int level, Behind behind);
+std::string behindSql(const CursorPlan& plan, int level, Behind behind, bool filtered = false);
 // The row of a UID.
 std::string rowSql(const CursorPlan& plan);
 std::string deleteSql(const CursorPlan& plan);
