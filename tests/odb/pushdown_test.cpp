@@ -71,7 +71,12 @@ protected:
                        "open_cursor('" +
                        any({"t", "ia", "iab", "ibd"}) + "');";
     const std::string count = "$n = $n + 1;";
-    switch (random_() % 5) {
+    switch (random_() % 6) {
+    case 5:  // a condition on another cursor's row
+      text += "cursor $d = open_cursor('t');$d->move_next();while($c->move_next()){if("
+              "$d->get_field('a') == " +
+              value() + any({"", " && " + comparison()}) + "){" + puts() + "$d->move_next();};};";
+      break;
     case 0:
       text += "while($c->move_next()){if(" + condition() + "){" +
               any({count, puts(), puts() + count}) + "};};";

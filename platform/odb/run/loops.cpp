@@ -133,7 +133,7 @@ private:
     plan.cursor = condition.slot;
     plan.block = node.operands[1].get();
     CursorPlan& cursor = planOf(plan.cursor);
-    if (cursor.finds || anyNode(*plan.block, [&](const Node& n) { return moves(n, plan.cursor); }))
+    if (anyNode(*plan.block, [&](const Node& n) { return moves(n, plan.cursor); }))
       return false;
     std::vector<Condition> filter;
     if (plan.block->operands.size() == 1 && isPlainIf(*plan.block->operands[0]) &&
