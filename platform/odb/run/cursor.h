@@ -35,6 +35,14 @@ public:
   // Makes the rows that pass the filter the ones that moveNext goes to; all of them will be asked
   // for. Requires: before the first row.
   void walkFiltered();
+  // Goes to each of them in turn and calls `row`, with the statement that holds it.
+  template <typename Row> void forEachFiltered(Row row) {
+    walkFiltered();
+    while (live_->step())
+      row(*live_);
+    live_ = nullptr;
+    where_ = Where::end;
+  }
   // The number of rows that pass it; the cursor is behind the last one then. Requires the same.
   std::int64_t countFiltered();
 
@@ -48,6 +56,7 @@ public:
   // from there.
   bool moveNextInDup();
 
+  [[nodiscard]] const CursorPlan& plan() const { return plan_; }
   // Null when the cursor stands on no row. Valid until the cursor moves. `place` counts in the
   // plan's `fetched`.
   [[nodiscard]] Value field(int place) const;

@@ -155,6 +155,8 @@ void Executable::executePlanned(const Node& node, const LoopPlan& plan) {
     executeOnward(node, cursor, slots_[static_cast<std::size_t>(plan.found)]);
   } else if (plan.counter >= 0) {
     slots_[static_cast<std::size_t>(plan.counter)].number += cursor.countFiltered();
+  } else if (!plan.copies.empty() && !run_->result.rowIsOpen()) {
+    copyRows(node, plan, cursor);
   } else {
     cursor.walkFiltered();
     while (cursor.moveNext()) {
@@ -163,6 +165,35 @@ void Executable::executePlanned(const Node& node, const LoopPlan& plan) {
     }
   }
   cursor.setFilter(nullptr);
+}
+
+void Executable::copyRows(const Node& node, const LoopPlan& plan, Cursor& cursor) {
+  struct Cell {
+    ResultBuffer::Column& column;
+    int place;
+    Type type;
+    Value constant;
+  };
+  ResultBuffer& result = run_->result;
+  const CursorPlan& source = cursor.plan();
+  std::vector<Cell> cells;
+  for (const Copy& copy : plan.copies) {
+    Cell cell{result.filledColumn(copy.target), copy.place, Type::null, {}};
+    if (copy.constant != nullptr)
+      cell.constant = literal(*copy.constant);
+    else
+      cell.type = source.source.table
+                      ->columns[static_cast<std::size_t>(
+                          source.fetched[static_cast<std::size_t>(copy.place)])]
+                      .type;
+    cells.push_back(cell);
+  }
+  cursor.forEachFiltered([&](const SqlStatement& row) {
+    onePass(node);
+    result.addRow();
+    for (const Cell& cell : cells)
+      cell.column.put(cell.place < 0 ? cell.constant : columnValue(row, cell.place, cell.type));
+  });
 }
 
 // The loop's own condition is looked at before the cursor moves: nobody wants the row behind the
@@ -230,14 +261,17 @@ Value Executable::parameter(const Node& node) const {
   return run_->parameters.first[index].value.view();
 }
 
+Value Executable::literal(const Node& node) {
+  return node.op == Op::text ? Value{Type::varchar, 0, node.text}
+                             : Value{node.type, node.number, {}};
+}
+
 Value Executable::evaluate(const Node& node) {
   switch (node.op) {
   case Op::integer:
-    return Value::integer(node.number);
   case Op::boolean:
-    return Value::boolean(node.number != 0);
   case Op::text:
-    return {Type::varchar, 0, node.text};
+    return literal(node);
   case Op::parameter:
     return parameter(node);
   case Op::argument:

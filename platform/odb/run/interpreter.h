@@ -54,12 +54,14 @@ private:
   void execute(const Node& node);
   void executeLoop(const Node& node);
   void executePlanned(const Node& node, const LoopPlan& plan);
+  void copyRows(const Node& node, const LoopPlan& plan, Cursor& cursor);
   void executeOnward(const Node& node, Cursor& cursor, Slot& found);
   void walk(const Node& node);
   void onePass(const Node& node);
   bool filterValues(const CursorPlan& plan, std::vector<Value>& values) const;
   void declare(const Node& node);
   Value evaluate(const Node& node);
+  static Value literal(const Node& node);
   [[nodiscard]] bool truth(const Node& node);
   [[nodiscard]] bool holds(const Node& node);
   Value arithmetic(const Node& node);

@@ -142,6 +142,7 @@ private:
       plan.block = plan.block->operands[0]->operands[1].get();
     }
     plan.counter = counterOf(*plan.block);
+    plan.copies = copiesOf(*plan.block, plan.cursor);
     node.plan = static_cast<int>(program_.loops.size());
     program_.loops.push_back(plan);
     return true;
@@ -157,6 +158,29 @@ private:
                         sum.operands[0]->slot == assign.slot &&
                         sum.operands[1]->op == Op::integer && sum.operands[1]->number == 1;
     return counts ? assign.slot : -1;
+  }
+
+  // A block of puts of different columns, from the cursor's row or literals, and the end of the
+  // row; else nothing.
+  static std::vector<Copy> copiesOf(const Node& block, int cursor) {
+    std::vector<Copy> copies;
+    for (const NodePtr& statement : block.operands) {
+      const bool isLast = &statement == &block.operands.back();
+      if (isLast)
+        return statement->op == Op::bufferMoveNext ? copies : std::vector<Copy>();
+      if (statement->op != Op::bufferPut ||
+          std::any_of(copies.begin(), copies.end(),
+                      [&](const Copy& copy) { return copy.target == statement->column; }))
+        break;
+      const Node& value = *statement->operands[0];
+      if (value.op == Op::getField && value.slot == cursor)
+        copies.push_back({statement->column, value.column, nullptr});
+      else if (value.op == Op::integer || value.op == Op::boolean || value.op == Op::text)
+        copies.push_back({statement->column, -1, &value});
+      else
+        break;
+    }
+    return {};
   }
 
   void planOnward(Node& node, Later later) {

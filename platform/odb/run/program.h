@@ -40,6 +40,13 @@ struct CursorPlan {
   int fetch(int column);
 };
 
+// A column of the buffer that a loop fills from the cursor's row or with the same value each time.
+struct Copy {
+  int target;                      // column of the buffer
+  int place = -1;                  // in the cursor's row
+  const Node* constant = nullptr;  // a literal, when it is not from the row
+};
+
 // A loop that does more than to run its block over and over.
 struct LoopPlan {
   enum class Kind {
@@ -50,6 +57,7 @@ struct LoopPlan {
   const Node* block = nullptr;  // whole: what is done with each row that passes the filter
   int found = -1;               // onward: slot of the variable that move_next sets
   int counter = -1;             // whole: slot of the variable, when all it does is to count rows
+  std::vector<Copy> copies;     // whole: when all it does is to put each row into the buffer
 };
 
 struct Variable {

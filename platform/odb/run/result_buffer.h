@@ -31,25 +31,58 @@ public:
   const unsigned short* units(std::size_t row, std::size_t column);
   const char* bytes(std::size_t row, std::size_t column);
 
-private:
+  // For whoever puts whole rows out, one after the other: addRow, then one value into each column
+  // that the rows have. `rowIsOpen` rows are to be ended first.
+
   // A column may be shorter than the buffer: what is missing is null.
-  struct Column {
-    Type type;
-    std::vector<std::int32_t> integers;
-    std::vector<std::uint8_t> booleans;
-    std::vector<std::size_t> starts;    // of texts, in their pool
-    std::vector<unsigned short> units;  // texts with their terminators
-    std::vector<char> bytes;
-    std::vector<bool> nulls;  // empty while there is none
+  class Column {
+  public:
+    explicit Column(Type type) : type_(type) {}
 
+    [[nodiscard]] Type type() const { return type_; }
     [[nodiscard]] std::size_t size() const;
-    void append(const Value& value);
-    void appendNull();
-  };
+    // Adds a value. Throws Failure(DB_BAD_TYPE) when it doesn't fit.
+    void put(const Value& value) {
+      if (value.type == Type::integer && type_ == Type::integer)
+        integers_.push_back(static_cast<std::int32_t>(value.number));
+      else if (value.type == Type::boolean && type_ == Type::boolean)
+        booleans_.push_back(value.number != 0 ? 1 : 0);
+      else
+        putOther(value);
+    }
+    [[nodiscard]] bool isNull(std::size_t row) const {
+      return row >= size() || (row < nulls_.size() && nulls_[row]);
+    }
+    // Requires of all: the row is not null.
+    [[nodiscard]] int number(std::size_t row) const {
+      return type_ == Type::integer ? integers_[row] : type_ == Type::boolean ? booleans_[row] : 0;
+    }
+    [[nodiscard]] Value value(std::size_t row) const;
 
-  [[nodiscard]] bool isNull(std::size_t row, const Column& column) const {
-    return row >= column.size() || (row < column.nulls.size() && column.nulls[row]);
+  private:
+    void putOther(const Value& value);
+    void append(const Value& value);
+
+    Type type_;
+    std::vector<std::int32_t> integers_;
+    std::vector<std::uint8_t> booleans_;
+    std::vector<std::size_t> starts_;    // of texts, in their pool
+    std::vector<unsigned short> units_;  // texts with their terminators
+    std::vector<char> bytes_;
+    std::vector<bool> nulls_;  // empty while there is none
+  };
+  [[nodiscard]] bool rowIsOpen() const { return openColumns_ != 0; }
+  // The column, as long as the buffer. Valid while the buffer lives where it is.
+  Column& filledColumn(int column);
+  // Throws Failure.
+  void addRow() {
+    if (rows_ == DB_MAX_ROWS)
+      tooManyRows();
+    ++rows_;
   }
+
+private:
+  [[noreturn]] static void tooManyRows();
 
   std::vector<Column> columns_;
   std::deque<std::string> converted_;  // texts that were asked for in the other form
