@@ -1,0 +1,488 @@
+#include "vcal_property.h"
+
+#include "vcal_guard.h"
+
+#include <QByteArray>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace ulo {
+
+namespace {
+
+constexpr char byteOrderMark[] = "\xEF\xBB\xBF";
+// Parameters of one property that are handed over unchanged; each costs the library a level.
+constexpr std::size_t parameterLimit = 16;
+// Fields of one value that are handed over; each costs the library three levels.
+constexpr std::size_t fieldLimit = 40;
+// Characters of a component's name that count; those in use have at most nine.
+constexpr std::size_t componentLimit = 32;
+
+// Properties whose value the library splits into fields of their own names.
+constexpr std::array<std::string_view, 7> fieldedProperties = {"AALARM", "DALARM", "MALARM",
+                                                               "PALARM", "ADR",    "N",
+                                                               "ORG"};
+
+// Parameters, or values of parameters, that tell the library how a value is encoded.
+struct EncodingName {
+  std::string_view name;
+  Encoding encoding;
+};
+constexpr std::array<EncodingName, 3> encodingNames = {{
+    {"QUOTED-PRINTABLE", Encoding::quotedPrintable},
+    {"QP", Encoding::quotedPrintable},
+    {"BASE64", Encoding::base64},
+}};
+
+bool isLetter(char c) {
+  return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
+
+bool isDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+bool isBlank(char c) {
+  return c == ' ' || c == '\t';
+}
+
+char upper(char c) {
+  return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+}
+
+std::string_view trimLeft(std::string_view text) {
+  const auto first = std::find_if_not(text.begin(), text.end(), isBlank);
+  return text.substr(static_cast<std::size_t>(first - text.begin()));
+}
+
+std::string_view trimRight(std::string_view text) {
+  while (!text.empty() && isBlank(text.back()))
+    text.remove_suffix(1);
+  return text;
+}
+
+std::string_view trim(std::string_view text) {
+  return trimRight(trimLeft(text));
+}
+
+// What the library takes as one word, wherever it stands.
+bool isWord(std::string_view text) {
+  return !text.empty() && isLetter(text.front()) &&
+         std::all_of(text.begin(), text.end(), [](char c) {
+           return isLetter(c) || isDigit(c) || c == '-' || c == '_' || c == '/' || c == '+' || c == '.';
+         });
+}
+
+bool isFielded(std::string_view name) {
+  return std::any_of(fieldedProperties.begin(), fieldedProperties.end(),
+                     [name](std::string_view fielded) { return sameWord(fielded, name); });
+}
+
+// The value of a hexadecimal digit of either case; -1 for anything else.
+int hexDigit(char c) {
+  if (isDigit(c))
+    return c - '0';
+  const char letter = upper(c);
+  return letter >= 'A' && letter <= 'F' ? letter - 'A' + 10 : -1;
+}
+
+// The byte that "=XX" at `at` stands for; -1 when it stands for none.
+int escapedByte(std::string_view text, std::size_t at) {
+  if (at + 2 >= text.size())
+    return -1;
+  const int high = hexDigit(text[at + 1]);
+  const int low = hexDigit(text[at + 2]);
+  return high < 0 || low < 0 ? -1 : high * 16 + low;
+}
+
+// RFC 2045, 6.7. "=" with no meaning stands for itself; lower-case digits are accepted.
+std::string decodeQuotedPrintable(std::string_view text) {
+  std::string bytes;
+  bytes.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] != '=') {
+      bytes += text[i];
+    } else if (i + 1 < text.size() && text[i + 1] == '\n') {
+      ++i;
+    } else if (const int byte = escapedByte(text, i); byte >= 0) {
+      bytes += static_cast<char>(byte);
+      i += 2;
+    } else {
+      bytes += '=';
+    }
+  }
+  return bytes;
+}
+
+// RFC 2045, 6.8: what is not of the alphabet is passed over, the padding ends the data.
+std::string decodeBase64(std::string_view text) {
+  text = text.substr(0, text.find('='));
+  return QByteArray::fromBase64(
+             QByteArray::fromRawData(text.data(), static_cast<qsizetype>(text.size())))
+      .toStdString();
+}
+
+void appendQuotedPrintable(std::string& text, std::string_view bytes) {
+  static constexpr char digits[] = "0123456789ABCDEF";
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(bytes[i]);
+    const bool inside = i > 0 && i + 1 < bytes.size();
+    if ((byte > ' ' && byte < 0x7F && byte != '=' && byte != ';') || (byte == ' ' && inside)) {
+      text += bytes[i];
+    } else {
+      text += '=';
+      text += digits[byte >> 4];
+      text += digits[byte & 15];
+    }
+  }
+}
+
+// The library reads the value of a quoted-printable property right.
+bool readsQuotedPrintableRight(std::string_view value) {
+  if (value.empty() || value.front() == ';')
+    return false;
+  bool empty = true;
+  for (std::size_t i = 0; i < value.size(); ++i) {
+    if (value[i] != '=') {
+      empty = false;
+    } else if (i + 1 < value.size() && value[i + 1] == '\n') {
+      ++i;
+    } else {
+      if (escapedByte(value, i) <= 0 || upper(value[i + 1]) != value[i + 1] ||
+          upper(value[i + 2]) != value[i + 2])
+        return false;
+      empty = false;
+      i += 2;
+    }
+  }
+  return !empty;
+}
+
+// The library reads a plain value right: it drops the blanks of each field's start and fields
+// that are empty.
+bool readsPlainRight(std::string_view value, bool fielded) {
+  value = trimLeft(value);
+  if (value.empty())
+    return false;
+  if (fielded)
+    return true;
+  for (std::size_t i = 0; i < value.size(); ++i) {
+    const bool startsField = i == 0 || value[i - 1] == ';';
+    if (startsField && (value[i] == ';' || isBlank(value[i])))
+      return false;
+  }
+  return value.back() != ';';
+}
+
+bool readsValueRight(const Header& header, std::string_view value) {
+  switch (header.encoding) {
+  case Encoding::plain:
+    return readsPlainRight(value, isFielded(header.name));
+  case Encoding::quotedPrintable:
+    return readsQuotedPrintableRight(value);
+  case Encoding::base64:
+    break;
+  }
+  return false;
+}
+
+std::size_t fieldCount(std::string_view value) {
+  return static_cast<std::size_t>(std::count(value.begin(), value.end(), ';'));
+}
+
+// Finds the colon that ends a header, looking at each byte once however the header is folded.
+// Colons in a quoted value of a parameter belong to that value.
+class ColonFinder {
+public:
+  std::size_t find(std::string_view text) {
+    for (; at_ < text.size(); ++at_) {
+      const char c = text[at_];
+      if (c == '"' && (quoted_ || (at_ > 0 && text[at_ - 1] == '=')))
+        quoted_ = !quoted_;
+      if (c != ':')
+        continue;
+      first_ = std::min(first_, at_);
+      if (!quoted_)
+        return at_;
+    }
+    return std::string_view::npos;
+  }
+  // The first colon of a header whose quotation has no end.
+  [[nodiscard]] std::size_t first() const { return first_; }
+
+private:
+  std::size_t at_ = 0;
+  std::size_t first_ = std::string_view::npos;
+  bool quoted_ = false;
+};
+
+// Takes the name or the next parameter from the front of a header; false when it was the last.
+bool takeToken(std::string_view& text, std::string_view& token) {
+  bool quoted = false;
+  std::size_t end = 0;
+  for (; end < text.size() && (quoted || text[end] != ';'); ++end)
+    if (text[end] == '"' && (quoted || (end > 0 && text[end - 1] == '=')))
+      quoted = !quoted;
+  if (quoted)  // a quotation without an end is none
+    end = std::min(text.find(';'), text.size());
+  const bool more = end < text.size();
+  token = text.substr(0, end);
+  text.remove_prefix(more ? end + 1 : end);
+  return more;
+}
+
+void takeName(Header& header, std::string_view token) {
+  const std::string_view name = trim(token);
+  const std::size_t dot = name.rfind('.');
+  const std::string_view last = name.substr(dot + 1);
+  const bool valid = isWord(name) && isWord(last) && name.find("..") == name.npos;
+  header.clean = valid && name.size() == token.size();
+  header.grouped = dot != name.npos;
+  if (valid)
+    header.name = last;
+}
+
+void takeParameter(Header& header, std::string_view token) {
+  const std::size_t equals = token.find('=');
+  const std::string_view name = trim(token.substr(0, equals));
+  std::string_view value = equals == token.npos ? std::string_view() : token.substr(equals + 1);
+  header.clean = header.clean && isWord(name) && name.size() == std::min(equals, token.size()) &&
+                 (equals == token.npos || isWord(value));
+  value = trim(value);
+  if (value.size() >= 2 && value.front() == '"' && value.back() == '"')
+    value = value.substr(1, value.size() - 2);
+
+  if (name == "CHARSET")
+    header.charset = isWord(value) ? value : std::string_view();
+  for (const EncodingName& known : encodingNames)
+    if (sameWord(name, known.name) || sameWord(value, known.name))
+      header.encoding = std::max(header.encoding, known.encoding);
+  // The library keeps it as an 8-bit text where the field of an alarm is a wide one.
+  if (sameWord(name, "RUNTIME"))
+    header.clean = false;
+}
+
+}  // namespace
+
+bool sameWord(std::string_view one, std::string_view other) {
+  return std::equal(one.begin(), one.end(), other.begin(), other.end(),
+                    [](char a, char b) { return upper(a) == upper(b); });
+}
+
+Header parseHeader(std::string_view text) {
+  Header header;
+  if (text.size() > headerLimit) {
+    header.clean = false;
+    return header;
+  }
+  std::string_view token;
+  bool more = takeToken(text, token);
+  takeName(header, token);
+  for (; more; ++header.parameters) {
+    more = takeToken(text, token);
+    takeParameter(header, token);
+  }
+  header.clean = header.clean && header.parameters <= parameterLimit;
+  return header;
+}
+
+bool Property::isBegin() const {
+  return !header.grouped && header.parameters == 0 && sameWord(header.name, "BEGIN");
+}
+
+bool Property::isEnd() const {
+  return !header.grouped && header.parameters == 0 && sameWord(header.name, "END");
+}
+
+std::string Property::component() const {
+  std::string_view name = trim(value);
+  name = name.substr(0, name.find_first_of(" \t;:="));
+  std::string result(name.substr(0, componentLimit));
+  std::transform(result.begin(), result.end(), result.begin(), upper);
+  return result;
+}
+
+std::size_t Property::weight() const {
+  const bool split = header.encoding == Encoding::plain;
+  return 1 + std::max(header.parameters, split ? 3 * fieldCount(value) : 0);
+}
+
+// The lines of one property on their way together.
+struct PropertyReader::Assembly {
+  Property& property;
+  std::string text;                        // all lines so far
+  std::size_t colon = std::string::npos;   // where the header ends; npos until it is known
+  ColonFinder finder;
+
+  void append(std::string_view bytes) {
+    property.size += bytes.size();
+    property.tooLong = property.tooLong || text.size() + bytes.size() > propertyLimit;
+    if (!property.tooLong)
+      text += bytes;
+  }
+  void append(const Line& line, std::string_view bytes) {
+    append(bytes);
+    property.tooLong = property.tooLong || line.tooLong;
+    property.clean = property.clean && !line.odd;
+  }
+  void setColon(std::size_t at) {
+    colon = at;
+    if (colon == std::string::npos)
+      return;
+    property.header = parseHeader(std::string_view(text).substr(0, colon));
+    // The library takes the first line after the colon that is not empty for the value.
+    property.clean = property.clean && colon + 1 < text.size();
+  }
+  [[nodiscard]] bool isComponent() const { return property.isBegin() || property.isEnd(); }
+};
+
+namespace {
+
+// The part of a line of quoted-printable before its soft break, "=" included; nothing when the
+// line has none. Blanks behind the "=" were added on the way.
+std::string_view softBroken(std::string_view line) {
+  line = trimRight(line);
+  return !line.empty() && line.back() == '=' ? line : std::string_view();
+}
+
+bool isBase64Line(std::string_view line) {
+  return !line.empty() && std::all_of(line.begin(), line.end(), [](char c) {
+    return isLetter(c) || isDigit(c) || c == '+' || c == '/' || c == '=';
+  });
+}
+
+}  // namespace
+
+// The data goes on while lines are folded or, without a fold, hold nothing but data; an empty
+// line ends it.
+void PropertyReader::joinBase64(Assembly& assembly) {
+  Line line;
+  while (const Line* following = lines_.peek()) {
+    const std::string_view data = trim(following->bytes);
+    const bool folded = !following->bytes.empty() && isBlank(following->bytes.front());
+    const bool padded = assembly.text.back() == '=';
+    if (!data.empty() && !folded && (padded || !isBase64Line(data)))
+      return;
+    const bool end = data.empty();
+    lines_.next(line);
+    assembly.append(line, trim(line.bytes));
+    if (end)
+      return;
+  }
+}
+
+bool PropertyReader::next(Property& property, bool foldsVanish) {
+  Line line;
+  if (!lines_.next(line))
+    return false;
+  property = Property{};
+  property.line = line.number;
+  Assembly assembly{property, {}, std::string::npos, {}};
+
+  std::string_view start = line.bytes;
+  if (start.substr(0, sizeof byteOrderMark - 1) == byteOrderMark)
+    start.remove_prefix(sizeof byteOrderMark - 1);
+  start = trimLeft(start);
+  property.clean = start.size() == line.bytes.size();
+  assembly.append(line, start);
+  if (start.empty()) {
+    property.blank = true;
+    return true;
+  }
+
+  while (true) {
+    std::string& text = assembly.text;
+    if (assembly.colon == text.npos)
+      assembly.setColon(assembly.finder.find(text));
+    const bool known = assembly.colon != text.npos;
+    if (known && assembly.isComponent())
+      break;
+    if (known && property.header.encoding == Encoding::base64) {
+      joinBase64(assembly);
+      break;
+    }
+    const bool quotedPrintable =
+        known && property.header.encoding == Encoding::quotedPrintable;
+    const std::string_view broken = quotedPrintable ? softBroken(line.bytes) : std::string_view();
+    const Line* following = lines_.peek();
+    if (!broken.empty()) {
+      property.clean = property.clean && broken.size() == line.bytes.size() && following != nullptr;
+      if (!property.tooLong)
+        text.resize(text.size() - (line.bytes.size() - broken.size()));
+      if (following == nullptr)
+        break;
+      lines_.next(line);
+      assembly.append("\n");
+      assembly.append(line, line.bytes);
+    } else if (following != nullptr && !following->bytes.empty() &&
+               isBlank(following->bytes.front())) {
+      // In a header, in quoted-printable and in iCalendar 2.0 the library's blank is wrong.
+      property.clean = property.clean && known && !quotedPrintable && !foldsVanish;
+      lines_.next(line);
+      if (!foldsVanish)
+        assembly.append(" ");
+      assembly.append(line, std::string_view(line.bytes).substr(1));
+    } else if (!known && assembly.finder.first() != text.npos) {
+      assembly.setColon(assembly.finder.first());
+    } else {
+      break;
+    }
+  }
+
+  if (assembly.colon == std::string::npos)
+    property.clean = false;
+  else
+    property.value = assembly.text.substr(assembly.colon + 1);
+  property.clean = property.clean && property.header.clean && !property.tooLong;
+  if (property.isBegin() || property.isEnd())
+    property.clean = property.clean && sameWord(trimRight(property.value), property.component());
+  else
+    property.clean = property.clean && readsValueRight(property.header, property.value);
+  return true;
+}
+
+Written appendProperty(std::string& text, const Property& property) {
+  const Header& header = property.header;
+  const bool fielded = isFielded(header.name);
+  const auto appendHeader = [&](bool encoded) {
+    text += header.name;
+    if (!header.charset.empty())
+      (text += ";CHARSET=") += header.charset;
+    text += encoded ? ";ENCODING=QUOTED-PRINTABLE:" : ":";
+  };
+
+  std::string bytes;
+  switch (header.encoding) {
+  case Encoding::plain:
+    bytes = trimLeft(property.value);
+    break;
+  case Encoding::quotedPrintable:
+    bytes = decodeQuotedPrintable(property.value);
+    std::erase(bytes, '\0');
+    break;
+  case Encoding::base64:
+    bytes = decodeBase64(property.value);
+    if (bytes.find('\0') != bytes.npos)
+      return Written::unfit;
+    break;
+  }
+  if (bytes.empty())
+    return Written::empty;
+
+  if (header.encoding == Encoding::plain &&
+      (fielded || (bytes.find(';') == bytes.npos && bytes.find('\xFF') == bytes.npos))) {
+    if (fielded && (fieldCount(bytes) > fieldLimit || bytes.find('\xFF') != bytes.npos))
+      return Written::unfit;
+    appendHeader(false);
+    (text += bytes) += "\r\n";
+  } else {
+    appendHeader(true);
+    appendQuotedPrintable(text, bytes);
+    text += "\r\n";
+  }
+  return property.clean ? Written::asItIs : Written::anew;
+}
+
+}  // namespace ulo
