@@ -47,6 +47,8 @@ private:
 
   // The calendar object; to be released with cleanVObject.
   VObject* buildVCalendar(QList<ZTASK_ENG_Task>& tasks);
+  // False when there is no memory for the record.
+  bool appendTaskRec(VObject* todo, QList<ZTASK_ENG_Task>& tasks);
   // A new record; null on failure.
   ZTASK_ENG_Task* toTaskRec(VObject* todo);
   int getStatusValue(const QCString& text);
