@@ -17,8 +17,8 @@ constexpr char byteOrderMark[] = "\xEF\xBB\xBF";
 constexpr std::size_t parameterLimit = 16;
 // Fields of one value that are handed over; each costs the library three levels.
 constexpr std::size_t fieldLimit = 40;
-// Characters of a component's name that count; those in use have at most nine.
-constexpr std::size_t componentLimit = 32;
+// Characters of a component's name that count; the library gives up at 32.
+constexpr std::size_t componentLimit = 30;
 
 // Properties whose value the library splits into fields of their own names.
 constexpr std::array<std::string_view, 7> fieldedProperties = {"AALARM", "DALARM", "MALARM",
@@ -67,12 +67,35 @@ std::string_view trim(std::string_view text) {
   return trimRight(trimLeft(text));
 }
 
-// What the library takes as one word, wherever it stands.
+bool isComponentWord(std::string_view text) {
+  return sameWord(text, "BEGIN") || sameWord(text, "END");
+}
+
+// The library keeps words beyond the text they came with. It may then give a later CHARSET in the
+// letters of an earlier word that differs in case.
+bool spoilsCharset(std::string_view text) {
+  constexpr std::string_view charset = "CHARSET";
+  return text != charset && sameWord(text, charset);
+}
+
+// What the library takes as one word, wherever it stands. It looks for components even among the
+// parameters.
 bool isWord(std::string_view text) {
-  return !text.empty() && isLetter(text.front()) &&
-         std::all_of(text.begin(), text.end(), [](char c) {
-           return isLetter(c) || isDigit(c) || c == '-' || c == '_' || c == '/' || c == '+' || c == '.';
+  return !text.empty() && isLetter(text.front()) && !isComponentWord(text) &&
+         !spoilsCharset(text) && std::all_of(text.begin(), text.end(), [](char c) {
+           return isLetter(c) || isDigit(c) || c == '-' || c == '_' || c == '/' || c == '+' ||
+                  c == '.';
          });
+}
+
+// Words with dots between them: the groups of a property and its name.
+bool isGroupedWord(std::string_view text) {
+  for (std::size_t dot = text.find('.'); dot != text.npos; dot = text.find('.')) {
+    if (!isWord(text.substr(0, dot)))
+      return false;
+    text.remove_prefix(dot + 1);
+  }
+  return isWord(text);
 }
 
 bool isFielded(std::string_view name) {
@@ -236,12 +259,11 @@ bool takeToken(std::string_view& text, std::string_view& token) {
 void takeName(Header& header, std::string_view token) {
   const std::string_view name = trim(token);
   const std::size_t dot = name.rfind('.');
-  const std::string_view last = name.substr(dot + 1);
-  const bool valid = isWord(name) && isWord(last) && name.find("..") == name.npos;
+  const bool valid = isComponentWord(name) || isGroupedWord(name);
   header.clean = valid && name.size() == token.size();
   header.grouped = dot != name.npos;
   if (valid)
-    header.name = last;
+    header.name = name.substr(dot + 1);
 }
 
 void takeParameter(Header& header, std::string_view token) {
@@ -254,11 +276,17 @@ void takeParameter(Header& header, std::string_view token) {
   if (value.size() >= 2 && value.front() == '"' && value.back() == '"')
     value = value.substr(1, value.size() - 2);
 
+  bool tellsEncoding = false;
+  for (const EncodingName& known : encodingNames) {
+    if (!sameWord(name, known.name) && !sameWord(value, known.name))
+      continue;
+    tellsEncoding = true;
+    // Told twice, the library goes on to decode the next property.
+    header.clean = header.clean && header.encoding == Encoding::plain;
+    header.encoding = std::max(header.encoding, known.encoding);
+  }
   if (name == "CHARSET")
-    header.charset = isWord(value) ? value : std::string_view();
-  for (const EncodingName& known : encodingNames)
-    if (sameWord(name, known.name) || sameWord(value, known.name))
-      header.encoding = std::max(header.encoding, known.encoding);
+    header.charset = isWord(value) && !tellsEncoding ? value : std::string_view();
   // The library keeps it as an 8-bit text where the field of an alarm is a wide one.
   if (sameWord(name, "RUNTIME"))
     header.clean = false;
