@@ -95,8 +95,7 @@ void writeVObject(std::FILE* stream, VObject* object) {
     return;
   int length = 0;
   char* text = toMemory(nullptr, &length, object);
-  if (text != nullptr &&
-      std::fwrite(text, 1, std::strlen(text), stream) != std::strlen(text))
+  if (text != nullptr && std::fwrite(text, 1, std::strlen(text), stream) != std::strlen(text))
     ULO_LOG_ERROR("Unable to write vcard");
   std::free(text);
 }

@@ -293,14 +293,13 @@ struct GuardedText::State {
   std::optional<TodoScanner> scanner;  // of the pieces
   bool finished = false;
   bool hasPiece = false;
-  std::size_t todoStart = 0;       // where the to-do begins in its piece
+  std::size_t todoStart = 0;       // where the properties of the to-do begin in their piece
   std::size_t todoProperties = 0;  // properties of the to-do so far
 };
 
 void GuardedText::State::appendTo(std::string& piece, const Property& property) {
-  if (std::none_of(properties.begin(), properties.end(), [&](const std::string& name) {
-        return sameWord(name, property.header.name);
-      }))
+  if (std::none_of(properties.begin(), properties.end(),
+                   [&](const std::string& name) { return sameWord(name, property.header.name); }))
     return;
   if (property.tooLong) {
     log.note(property.line, "property too long, left out");
@@ -377,9 +376,9 @@ bool GuardedText::nextPiece(std::string& piece) {
   while (!state.finished && todos < pieceTodos && whole < pieceBytes) {
     switch (state.scanner->next()) {
     case TodoScanner::Event::beginTodo:
+      piece += todoStart;
       state.todoStart = piece.size();
       state.todoProperties = 0;
-      piece += todoStart;
       break;
     case TodoScanner::Event::property:
       state.appendTo(piece, state.scanner->property());

@@ -21,9 +21,8 @@ constexpr std::size_t fieldLimit = 40;
 constexpr std::size_t componentLimit = 30;
 
 // Properties whose value the library splits into fields of their own names.
-constexpr std::array<std::string_view, 7> fieldedProperties = {"AALARM", "DALARM", "MALARM",
-                                                               "PALARM", "ADR",    "N",
-                                                               "ORG"};
+constexpr std::array<std::string_view, 7> fieldedProperties = {
+    "AALARM", "DALARM", "MALARM", "PALARM", "ADR", "N", "ORG"};
 
 // Parameters, or values of parameters, that tell the library how a value is encoded.
 struct EncodingName {
@@ -261,7 +260,6 @@ void takeName(Header& header, std::string_view token) {
   const std::size_t dot = name.rfind('.');
   const bool valid = isComponentWord(name) || isGroupedWord(name);
   header.clean = valid && name.size() == token.size();
-  header.grouped = dot != name.npos;
   if (valid)
     header.name = name.substr(dot + 1);
 }
@@ -317,11 +315,11 @@ Header parseHeader(std::string_view text) {
 }
 
 bool Property::isBegin() const {
-  return !header.grouped && header.parameters == 0 && sameWord(header.name, "BEGIN");
+  return header.parameters == 0 && sameWord(header.name, "BEGIN");
 }
 
 bool Property::isEnd() const {
-  return !header.grouped && header.parameters == 0 && sameWord(header.name, "END");
+  return header.parameters == 0 && sameWord(header.name, "END");
 }
 
 std::string Property::component() const {
@@ -340,8 +338,8 @@ std::size_t Property::weight() const {
 // The lines of one property on their way together.
 struct PropertyReader::Assembly {
   Property& property;
-  std::string text;                        // all lines so far
-  std::size_t colon = std::string::npos;   // where the header ends; npos until it is known
+  std::string text;                       // all lines so far
+  std::size_t colon = std::string::npos;  // where the header ends; npos until it is known
   ColonFinder finder;
 
   void append(std::string_view bytes) {
@@ -431,8 +429,7 @@ bool PropertyReader::next(Property& property, bool foldsVanish) {
       joinBase64(assembly);
       break;
     }
-    const bool quotedPrintable =
-        known && property.header.encoding == Encoding::quotedPrintable;
+    const bool quotedPrintable = known && property.header.encoding == Encoding::quotedPrintable;
     const std::string_view broken = quotedPrintable ? softBroken(line.bytes) : std::string_view();
     const Line* following = lines_.peek();
     if (!broken.empty()) {

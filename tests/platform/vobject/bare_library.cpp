@@ -63,8 +63,8 @@ std::optional<std::vector<TodoProperties>> parseBare(std::string_view text) {
 }
 
 std::vector<std::string> guardedNames() {
-  return {"COMPLETED", "STATUS", "SUMMARY", "DESCRIPTION", "CATEGORIES", "DUE", "DALARM",
-          "PRIORITY"};
+  return {"COMPLETED",  "STATUS", "SUMMARY", "DESCRIPTION",
+          "CATEGORIES", "DUE",    "DALARM",  "PRIORITY"};
 }
 
 std::optional<std::vector<TodoProperties>> parseGuarded(std::string_view text) {
@@ -91,7 +91,8 @@ std::vector<TodoProperties> onlyGuarded(const std::vector<TodoProperties>& todos
     result.emplace_back();
     for (const std::string& property : todo) {
       const std::string name = property.substr(0, property.find_first_of("[{="));
-      const bool hasValue = property.back() != '=' || property.find('{') != property.npos;
+      const bool hasFields = property.find('{') != property.npos;
+      const bool hasValue = hasFields || property.find('=') + 1 < property.size();
       if (hasValue && std::find(names.begin(), names.end(), name) != names.end())
         result.back().push_back(property);
     }
