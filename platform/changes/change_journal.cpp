@@ -11,7 +11,7 @@
 #include <thread>
 #include <utility>
 
-#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace ulo {
@@ -47,14 +47,14 @@ class ChangeJournal::Database {
 public:
   explicit Database(sqlite3* handle) : handle_(handle) {}
 
-  [[nodiscard]] sqlite3* handle() const { return handle_.get(); }
-
   // A prepared statement, kept for the next time; null when it can't be prepared.
   sqlite3_stmt* statement(const char* sql) {
     auto& slot = statements_[sql];
     if (!slot) {
       sqlite3_stmt* prepared = nullptr;
-      sqlite3_prepare_v3(handle_.get(), sql, -1, SQLITE_PREPARE_PERSISTENT, &prepared, nullptr);
+      if (sqlite3_prepare_v3(handle_.get(), sql, -1, SQLITE_PREPARE_PERSISTENT, &prepared,
+                             nullptr) != SQLITE_OK)
+        failure_ = sqlite3_errmsg(handle_.get());
       slot.reset(prepared);
     }
     return slot.get();
@@ -72,6 +72,8 @@ public:
     int result = SQLITE_ROW;
     while ((result = sqlite3_step(prepared)) == SQLITE_ROW)
       row(prepared);
+    if (result != SQLITE_DONE)
+      failure_ = sqlite3_errmsg(handle_.get());
     sqlite3_reset(prepared);
     return result == SQLITE_DONE;
   }
@@ -85,21 +87,24 @@ public:
       return false;
     if (work() && run("COMMIT"))
       return true;
+    // Not by run: why it failed is to be kept.
     if (sqlite3_get_autocommit(handle_.get()) == 0)
-      run("ROLLBACK");
+      sqlite3_exec(handle_.get(), "ROLLBACK", nullptr, nullptr, nullptr);
     return false;
   }
+  // Why the last statement that failed did.
+  [[nodiscard]] const std::string& failure() const { return failure_; }
 
 private:
   std::unique_ptr<sqlite3, CloseDatabase> handle_;
   std::map<std::string, std::unique_ptr<sqlite3_stmt, Finalize>> statements_;
+  std::string failure_;
 };
 
 namespace {
 
-bool logged(const char* what, sqlite3* database) {
-  ULO_LOG_ERROR("The change journal can't be %s: %s", what,
-                database == nullptr ? "no memory" : sqlite3_errmsg(database));
+bool logged(const char* what, const std::string& why) {
+  ULO_LOG_ERROR("The change journal can't be %s: %s", what, why.c_str());
   return false;
 }
 
@@ -128,23 +133,22 @@ ChangeJournal::Database* ChangeJournal::open(bool create) {
     return database_.get();
   const std::string path = directory_ + "/" + journalFile;
   if (create) {
-    // Made here and not by SQLite, so that it is the owner's alone.
-    const int made = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-    if (made >= 0)
-      close(made);
+    // Made here and not by SQLite, so that it is the owner's alone. And without opening it:
+    // closing it would end the locks that another thread may have on it by then.
+    mknod(path.c_str(), S_IFREG | 0600, 0);
   }
   sqlite3* handle = nullptr;
   const int opened =
       sqlite3_open_v2(path.c_str(), &handle, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr);
   auto database = std::make_unique<Database>(handle);
   if (opened != SQLITE_OK) {
-    logged("opened", handle);
+    logged("opened", sqlite3_errmsg(handle));
     return nullptr;
   }
   sqlite3_busy_timeout(handle, busyTimeoutMs);
   if (retryWhileBusy(handle, "PRAGMA journal_mode = WAL") != SQLITE_OK ||
       retryWhileBusy(handle, setUp) != SQLITE_OK) {
-    logged("opened", handle);
+    logged("opened", sqlite3_errmsg(handle));
     return nullptr;
   }
   database_ = std::move(database);
@@ -174,7 +178,7 @@ bool ChangeJournal::append(const std::vector<Change>& changes) {
                         : database->inTransaction("BEGIN IMMEDIATE", [&] {
                             return std::all_of(changes.begin(), changes.end(), insert);
                           });
-  return done || logged("written", database->handle());
+  return done || logged("written", database->failure());
 }
 
 namespace {
@@ -205,7 +209,7 @@ bool ChangeJournal::entriesSince(std::int64_t entry, std::vector<Change>& change
         found.push_back(std::move(change));
       });
   if (!done)
-    return logged("read", database->handle());
+    return logged("read", database->failure());
   changes.insert(changes.end(), std::make_move_iterator(found.begin()),
                  std::make_move_iterator(found.end()));
   return true;
@@ -220,7 +224,7 @@ bool ChangeJournal::lastEntry(std::int64_t& entry) {
     return false;
   return database->run("SELECT seq FROM sqlite_sequence WHERE name = 'changes'", {},
                        [&](sqlite3_stmt* row) { entry = sqlite3_column_int64(row, 0); }) ||
-         logged("read", database->handle());
+         logged("read", database->failure());
 }
 
 bool ChangeJournal::changesSince(const std::string& source, std::int64_t entry, NetChanges& net) {
@@ -239,7 +243,7 @@ bool ChangeJournal::changesSince(const std::string& source, std::int64_t entry, 
            lastEntry(net.lastEntry) && entriesSince(entry, changes);
   });
   if (!done)
-    return logged("read", database->handle());
+    return logged("read", database->failure());
 
   // Whether a UID was there before and whether it is there now says it all.
   struct Fate {
@@ -281,7 +285,7 @@ bool ChangeJournal::prune(std::int64_t entry) {
            database->run("UPDATE pruned SET entry = max(entry, ?)", {std::min(entry, last)}) &&
            database->run("DELETE FROM changes WHERE entry <= ?", {entry});
   });
-  return done || logged("pruned", database->handle());
+  return done || logged("pruned", database->failure());
 }
 
 }  // namespace ulo

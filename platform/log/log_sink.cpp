@@ -3,9 +3,12 @@
 #include "aplog.h"
 #include "data_directory.h"
 
+#include <cerrno>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <filesystem>
 #include <string>
 
 #include <fcntl.h>
@@ -26,6 +29,7 @@ struct Sink {
   std::string program;
   std::string path;
   int descriptor = -1;
+  char buffer[messageBuffer];  // the C library makes none of the size that it is told
 };
 
 std::string printable(const char* text, std::size_t size) {
@@ -56,24 +60,30 @@ std::string timeStamp() {
   return all;
 }
 
-bool openFile(Sink& sink) {
-  sink.descriptor = open(sink.path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
-  return sink.descriptor >= 0;
+int openFile(const std::string& path) {
+  return open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
 }
 
 // Sets a full file aside. Of several processes the first one renames it; the others find that
-// theirs is not the file of that name any more. Both go on with a new one.
+// theirs is not the file of that name any more. Both go on with a new one, and so does a process
+// whose file somebody removed. While a new one can't be opened the old one serves.
 void makeRoom(Sink& sink, std::size_t size) {
   struct stat own {};
   if (fstat(sink.descriptor, &own) != 0 || !S_ISREG(own.st_mode) ||
-      own.st_size + static_cast<off_t>(size) <= logFileLimit)
+      (own.st_nlink > 0 && own.st_size + static_cast<off_t>(size) <= logFileLimit))
     return;
-  flock(sink.descriptor, LOCK_EX);
+  while (flock(sink.descriptor, LOCK_EX) != 0 && errno == EINTR) {
+  }
   struct stat named {};
   if (stat(sink.path.c_str(), &named) == 0 && named.st_ino == own.st_ino)
     rename(sink.path.c_str(), (sink.path + ".1").c_str());
+  const int fresh = openFile(sink.path);
+  // Closing would not do: a child process may share the lock.
+  flock(sink.descriptor, LOCK_UN);
+  if (fresh < 0)
+    return;
   close(sink.descriptor);
-  openFile(sink);
+  sink.descriptor = fresh;
 }
 
 ssize_t writeMessage(void* cookie, const char* text, std::size_t size) {
@@ -113,15 +123,20 @@ bool openLogSink(const char* program) {
     openlog(sink->program.c_str(), LOG_PID, LOG_USER);
   } else if (where != "none") {
     const std::string directory = userDirectory("XDG_STATE_HOME", ".local/state");
-    sink->path = where.empty() ? directory + "/" + program + ".log" : where;
-    opened = (!where.empty() || makeUserDirectory(directory)) && openFile(*sink);
+    // Absolute, for the program may go to another directory before the file is full.
+    std::error_code ignored;
+    sink->path = std::filesystem::absolute(
+        where.empty() ? directory + "/" + program + ".log" : where, ignored);
+    if (!where.empty() || makeUserDirectory(directory))
+      sink->descriptor = openFile(sink->path);
+    opened = sink->descriptor >= 0;
     if (opened)
       sink->kind = Sink::Kind::file;
   }
   FILE* stream = fopencookie(sink, "w", {nullptr, writeMessage, nullptr, nullptr});
   if (stream == nullptr)
     return false;
-  std::setvbuf(stream, nullptr, _IOFBF, messageBuffer);
+  std::setvbuf(stream, sink->buffer, _IOFBF, messageBuffer);
   libaplog_to_module_ptr = stream;
   return opened;
 }

@@ -96,8 +96,8 @@ bool EMAIL_Util::encWithCharset(QCString& bytes, const QString& text, int charse
     return false;
   if (text.isNull())
     return true;
-  QByteArray utf8 = text.toUtf8();  // lone halves of surrogate pairs become U+FFFD
-  const bool whole = QString::fromUtf8(utf8) == text;
+  QByteArray utf8 = text.toUtf8();  // lone halves of surrogate pairs become question marks
+  const bool whole = text.isValidUtf16();
   if (charset == charsetUtf8) {
     bytes = utf8;
     return whole;
@@ -129,21 +129,23 @@ bool EMAIL_Util::decFromCharset(const QByteArray& bytes, QString& text, int char
   const CharsetEntry* entry = entryOf(charset);
   if (entry == nullptr)
     return charset == charsetUnknown;
-  Conversion conversion("UTF-8", entry->decoder);
+  // To 16-bit units: towards UTF-8 the C library lets through what is no Unicode.
+  Conversion conversion(Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? "UTF-16LE" : "UTF-16BE", entry->decoder);
   if (!conversion.isOpen()) {
     ULO_LOG_ERROR("This system can't read the character set %s", entry->name);
     return false;
   }
-  QByteArray utf8;
+  QByteArray units;
   QByteArray left = bytes;
-  if (!conversion.run(utf8, left)) {
+  if (!conversion.run(units, left)) {
     ULO_LOG_ERROR("Byte %lld is not valid in %s, the text is read as Latin-1",
                   static_cast<long long>(bytes.size() - left.size()), entry->name);
     return false;
   }
-  conversion.finish(utf8);
-  if (!bytes.isNull())
-    text = QString::fromUtf8(utf8.isNull() ? QByteArray("") : utf8);
+  conversion.finish(units);
+  // Unlike fromUtf16 this keeps a byte order mark, which is text like any other here.
+  if (!bytes.isEmpty())
+    text = QString(reinterpret_cast<const QChar*>(units.constData()), units.size() / 2);
   return true;
 }
 

@@ -75,10 +75,11 @@ QTime readTime(Reader& reader) {
   const bool extended = reader.take(':');
   const int minute = reader.number(2);
   int second = 0;
-  if (extended ? reader.take(':') : reader.atDigit())
+  if (extended ? reader.take(':') : reader.atDigit()) {
     second = reader.number(2);
-  if (reader.take('.') || reader.take(','))
-    reader.skipDigits();
+    if (reader.take('.') || reader.take(','))
+      reader.skipDigits();
+  }
   return reader.good() ? QTime(hour, minute, second) : QTime();
 }
 
@@ -99,17 +100,22 @@ std::optional<int> readZone(Reader& reader, bool& valid) {
   return east ? seconds : -seconds;
 }
 
-// Qt calls a local time that daylight saving leaves out invalid; the C library reads it.
+// How far the local clock is ahead of UTC, in seconds.
+long offsetAt(time_t seconds) {
+  tm local{};
+  return localtime_r(&seconds, &local) == nullptr ? 0 : local.tm_gmtoff;
+}
+
+// What Qt and mktime make of a local time that is left out or comes twice depends on what they
+// were asked before. Here it is read with the offset of the day before, so of two the first.
 QDateTime localDateTime(const QDate& date, const QTime& time) {
-  tm parts{};
-  parts.tm_year = date.year() - 1900;
-  parts.tm_mon = date.month() - 1;
-  parts.tm_mday = date.day();
-  parts.tm_hour = time.hour();
-  parts.tm_min = time.minute();
-  parts.tm_sec = time.second();
-  parts.tm_isdst = -1;
-  return QDateTime::fromSecsSinceEpoch(mktime(&parts));
+  constexpr time_t day = 24L * 3600;
+  tzset();
+  const time_t clock = QDateTime(date, time, Qt::UTC).toSecsSinceEpoch();
+  const long before = offsetAt(clock - day);
+  const long after = offsetAt(clock + day);
+  const bool isAfter = offsetAt(clock - before) != before && offsetAt(clock - after) == after;
+  return QDateTime::fromSecsSinceEpoch(clock - (isAfter ? after : before));
 }
 
 }  // namespace

@@ -24,6 +24,7 @@ public:
   // local midnight) and the extended one (2006-03-05T12:00:00, seconds optional); either may have
   // an offset (+0100, +01:00, +01) for Z. Blanks around it and fractions of a second are dropped.
   // Gives a local date-time; an invalid one for anything else. A local time that daylight saving
-  // leaves out is read as the clock that was not put forward would show it.
+  // leaves out is read as the clock that was not put forward would show it; of one that comes twice
+  // the first is meant.
   static QDateTime fromISO8601(const QCString& text);
 };

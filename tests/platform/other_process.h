@@ -1,0 +1,23 @@
+#pragma once
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+// Runs `work` in a process of its own; its result becomes the exit code.
+template <typename Work> pid_t startProcess(Work work) {
+  const pid_t child = fork();
+  if (child == 0)
+    _exit(work());
+  return child;
+}
+
+// The exit code, or 128 and the signal that ended the process.
+inline int waitFor(pid_t child) {
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
+template <typename Work> int inOtherProcess(Work work) {
+  return waitFor(startProcess(work));
+}
