@@ -7,6 +7,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace ulo::odb {
@@ -55,10 +56,8 @@ Connection::Connection(const std::string& directory, const std::string& name) {
   lock_.reset(lockDirectory(directory));
   const std::string path = directory + "/" + name;
   // Made here and not by SQLite, so that it is the owner's alone; SQLite's other files follow it.
-  // A file that exists is not opened: closing it would end the locks of this process's other
-  // connections.
-  const Descriptor made(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-  if (made.get() < 0 && errno != EEXIST)
+  // And without opening it: closing it would end the locks that this process has on it.
+  if (mknod(path.c_str(), S_IFREG | 0600, 0) != 0 && errno != EEXIST)
     throw systemFailure(path);
   sqlite3* opened = nullptr;
   const int result =
