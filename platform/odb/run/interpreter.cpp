@@ -172,28 +172,33 @@ void Executable::copyRows(const Node& node, const LoopPlan& plan, Cursor& cursor
     ResultBuffer::Column& column;
     int place;
     Type type;
-    Value constant;
   };
   ResultBuffer& result = run_->result;
   const CursorPlan& source = cursor.plan();
   std::vector<Cell> cells;
   for (const Copy& copy : plan.copies) {
-    Cell cell{result.filledColumn(copy.target), copy.place, Type::null, {}};
-    if (copy.constant != nullptr)
-      cell.constant = literal(*copy.constant);
-    else
-      cell.type = source.source.table
-                      ->columns[static_cast<std::size_t>(
-                          source.fetched[static_cast<std::size_t>(copy.place)])]
-                      .type;
-    cells.push_back(cell);
+    ResultBuffer::Column& column = result.column(copy.target);
+    column.fill(result.rows(), {});
+    if (copy.constant == nullptr) {
+      const int from = source.fetched[static_cast<std::size_t>(copy.place)];
+      cells.push_back(
+          {column, copy.place, source.source.table->columns[static_cast<std::size_t>(from)].type});
+    }
   }
   cursor.forEachFiltered([&](const SqlStatement& row) {
     onePass(node);
     result.addRow();
-    for (const Cell& cell : cells)
-      cell.column.put(cell.place < 0 ? cell.constant : columnValue(row, cell.place, cell.type));
+    for (const Cell& cell : cells) {
+      // The first one is the UID, which is never null.
+      if (cell.place == 0)
+        cell.column.put(Value::integer(row.integer(0)));
+      else
+        cell.column.put(columnValue(row, cell.place, cell.type));
+    }
   });
+  for (const Copy& copy : plan.copies)
+    if (copy.constant != nullptr)
+      result.column(copy.target).fill(result.rows(), literal(*copy.constant));
 }
 
 // The loop's own condition is looked at before the cursor moves: nobody wants the row behind the

@@ -63,6 +63,13 @@ Value ResultBuffer::Column::value(std::size_t row) const {
   return {type_, 0, {&bytes_[start], size}};
 }
 
+void ResultBuffer::Column::fill(std::size_t size, const Value& value) {
+  if (value.type == Type::boolean && type_ == Type::boolean && booleans_.size() < size)
+    booleans_.resize(size, value.number != 0 ? 1 : 0);
+  while (this->size() < size)
+    put(value);
+}
+
 ResultBuffer::ResultBuffer(const std::vector<ColumnDeclaration>& columns) {
   columns_.reserve(columns.size());
   for (const ColumnDeclaration& column : columns)
@@ -73,30 +80,17 @@ void ResultBuffer::tooManyRows() {
   throw Failure(DB_LIMIT, "the result has more than " + std::to_string(DB_MAX_ROWS) + " rows");
 }
 
-ResultBuffer::Column& ResultBuffer::filledColumn(int place) {
-  Column& column = columns_[static_cast<std::size_t>(place)];
-  while (column.size() < rows_)
-    column.put({});
-  return column;
-}
-
 void ResultBuffer::put(int place, const Value& value) {
   const std::uint64_t bit = std::uint64_t{1} << static_cast<unsigned>(place);
   const bool startsRow = openColumns_ == 0 || (openColumns_ & bit) != 0;
   Column& column = columns_[static_cast<std::size_t>(place)];
-  while (column.size() + (startsRow ? 0 : 1) < rows_)
-    column.put({});
+  column.fill(startsRow ? rows_ : rows_ - 1, {});
   if (startsRow) {
     addRow();
     openColumns_ = 0;
   }
   openColumns_ |= bit;
   column.put(value);
-}
-
-int ResultBuffer::number(std::size_t row, std::size_t place) const {
-  const Column& column = columns_[place];
-  return column.isNull(row) ? 0 : column.number(row);
 }
 
 Value ResultBuffer::value(std::size_t row, std::size_t place) const {

@@ -25,7 +25,9 @@ public:
   // Null where nothing was put. Requires: row < rows(), column < columns().
   [[nodiscard]] Value value(std::size_t row, std::size_t column) const;
   // The number of an integer or bool column, else 0. Same requirements.
-  [[nodiscard]] int number(std::size_t row, std::size_t column) const;
+  [[nodiscard]] int number(std::size_t row, std::size_t column) const {
+    return columns_[column].number(row);
+  }
   // Zero-terminated; null for a null or a number. Valid while the buffer lives and is not
   // written. Same requirements.
   const unsigned short* units(std::size_t row, std::size_t column);
@@ -53,11 +55,16 @@ public:
     [[nodiscard]] bool isNull(std::size_t row) const {
       return row >= size() || (row < nulls_.size() && nulls_[row]);
     }
-    // Requires of all: the row is not null.
+    // 0 for a null and for a text.
     [[nodiscard]] int number(std::size_t row) const {
-      return type_ == Type::integer ? integers_[row] : type_ == Type::boolean ? booleans_[row] : 0;
+      if (type_ == Type::integer)
+        return row < integers_.size() ? integers_[row] : 0;
+      return row < booleans_.size() ? booleans_[row] : 0;
     }
+    // Requires: the row is not null.
     [[nodiscard]] Value value(std::size_t row) const;
+    // Adds a value until the column has so many.
+    void fill(std::size_t size, const Value& value);
 
   private:
     void putOther(const Value& value);
@@ -72,8 +79,8 @@ public:
     std::vector<bool> nulls_;  // empty while there is none
   };
   [[nodiscard]] bool rowIsOpen() const { return openColumns_ != 0; }
-  // The column, as long as the buffer. Valid while the buffer lives where it is.
-  Column& filledColumn(int column);
+  // Valid while the buffer lives where it is.
+  Column& column(int place) { return columns_[static_cast<std::size_t>(place)]; }
   // Throws Failure.
   void addRow() {
     if (rows_ == DB_MAX_ROWS)
