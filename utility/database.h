@@ -1,0 +1,105 @@
+// Owners of the database's handles. Nothing here logs.
+#pragma once
+
+#include "UTIL_TimeConversion.h"
+#include "ulodb2.h"
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QString>
+
+// The rows of a query. It stands on the first row; reading where there is no row gives 0, false
+// or a null text.
+class ResultRows {
+public:
+  ResultRows() = default;
+  ResultRows(const ResultRows&) = delete;
+  ResultRows& operator=(const ResultRows&) = delete;
+  ~ResultRows() { close(); }
+
+  // Requires: no query succeeded before. Gives the database's result.
+  template <typename... Arguments>
+  [[nodiscard]] int query(const char* text, Arguments... arguments) {
+    return DB_Query(&cursor_, text, arguments...);
+  }
+
+  [[nodiscard]] int integer(int column) const { return DB_CSC_GetFieldAsInteger(cursor_, column); }
+  [[nodiscard]] unsigned int uid(int column) const {
+    return static_cast<unsigned int>(integer(column));
+  }
+  [[nodiscard]] bool boolean(int column) const {
+    return DB_CSC_GetFieldAsBool(cursor_, column) != 0;
+  }
+  [[nodiscard]] QDateTime date(int column) const {
+    return UTIL_TimeConversion::fromUTC(integer(column));
+  }
+  // Units up to the first 0, unchanged; null and empty are told apart.
+  [[nodiscard]] QString unicode(int column) const {
+    const auto* units = reinterpret_cast<const QChar*>(DB_CSC_GetFieldAsUnicode(cursor_, column));
+    return units == nullptr ? QString() : QString(units);
+  }
+  [[nodiscard]] QString varchar(int column) const {
+    const char* bytes = DB_CSC_GetFieldAsChar(cursor_, column);
+    return bytes == nullptr ? QString() : QString::fromUtf8(bytes);
+  }
+
+  [[nodiscard]] bool atEnd() const { return DB_CSC_Eof(cursor_) != 0; }
+  void next() { DB_CSC_MoveNext(cursor_); }
+  void close() {
+    if (cursor_ != nullptr)
+      DB_CSC_Close(cursor_);
+    cursor_ = nullptr;
+  }
+
+private:
+  friend class ParameterBlock;
+  DB_CURSOR cursor_ = nullptr;
+};
+
+// The parameters of one statement or script. False when memory was short: what is run with it
+// then fails.
+class ParameterBlock {
+public:
+  explicit ParameterBlock(int count) : block_(DB_PARAM_Open(count)) {}
+  ParameterBlock(const ParameterBlock&) = delete;
+  ParameterBlock& operator=(const ParameterBlock&) = delete;
+  ~ParameterBlock() { close(); }
+  explicit operator bool() const { return block_ != nullptr; }
+
+  void bindInteger(int index, int value) { DB_PARAM_BindInteger(block_, index, value); }
+  void bindDate(int index, const QDateTime& date) {
+    bindInteger(index, static_cast<int>(UTIL_TimeConversion::toUTC(date)));
+  }
+  // `units` as DB_PARAM_BindUnicode wants them.
+  void bindUnicode(int index, const unsigned short* units) {
+    DB_PARAM_BindUnicode(block_, index, units);
+  }
+  // A null text binds the null value.
+  void bindVarchar(int index, const QString& text) {
+    const QByteArray bytes = text.toUtf8();
+    DB_PARAM_BindChar(block_, index, text.isNull() ? nullptr : bytes.constData());
+  }
+
+  // Each of these runs a text and gives the database's result. The block is freed by then, so
+  // there is only one of them for each block.
+  [[nodiscard]] int exec(const char* text) {
+    const int result = DB_ExecWithParam(block_, text);
+    close();
+    return result;
+  }
+  template <typename... Arguments>
+  [[nodiscard]] int query(ResultRows& rows, const char* text, Arguments... arguments) {
+    const int result = DB_QueryWithParam(&rows.cursor_, block_, text, arguments...);
+    close();
+    return result;
+  }
+
+private:
+  void close() {
+    if (block_ != nullptr)
+      DB_PARAM_Close(block_);
+    block_ = nullptr;
+  }
+
+  DB_PARAM block_;
+};

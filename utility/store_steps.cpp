@@ -1,0 +1,147 @@
+#include "store_steps.h"
+
+#include "clock.h"
+
+#include <QTime>
+#include <QVarLengthArray>
+
+namespace {
+
+// Units of most texts; only longer ones take memory from the heap to be bound.
+constexpr int usualText = 512;
+
+void bindText(ParameterBlock& block, int index, const QString& text, LogPlace place) {
+  QVarLengthArray<unsigned short, usualText + 1> units(text.length() + 1);
+  toExchangedUnits(text, units.data(), place);
+  block.bindUnicode(index, text.isNull() ? nullptr : units.constData());
+}
+
+QDateTime endOfToday() {
+  QDateTime today = engineNow();
+  today.setTime(QTime(23, 59, 59, 999));
+  return today;
+}
+
+}  // namespace
+
+int createTaskTable() {
+  DB_BeginTransaction(0);
+  bool created = DB_Exec(task_scripts::createTaskTable) == DB_OK;
+  if (created) {
+    for (const char* index : task_scripts::createTaskIndexes)
+      created = DB_Exec(index) == DB_OK && created;
+  }
+  if (!created) {
+    DB_AbortTransaction();
+    return TASK_ENG_DATABASE_FAILURE;
+  }
+  DB_CommitTransaction();
+  return TASK_ENG_OK;
+}
+
+int createCategoryTable(LogPlace place) {
+  DB_BeginTransaction(0);
+  if (DB_Exec(task_scripts::createCategoryTable) != DB_OK ||
+      DB_Exec(task_scripts::createCategoryIndex) != DB_OK) {
+    DB_AbortTransaction();
+    return TASK_ENG_DATABASE_FAILURE;
+  }
+  DB_CommitTransaction();
+
+  DB_BeginTransaction(0);
+  if (const int ret = DB_Exec(task_scripts::insertNullCategory); ret != DB_OK) {
+    ULO_LOG_ERROR_AT(place, "Insert null category failed!! The ret is %d", ret);
+    DB_AbortTransaction();
+    return TASK_ENG_DATABASE_FAILURE;
+  }
+  for (const char* name : task_scripts::defaultCategories)
+    DB_Exec(task_scripts::insertDefaultCategory, name, "true");
+  DB_CommitTransaction();
+  return TASK_ENG_OK;
+}
+
+int noParameterBlock(LogPlace place) {
+  ULO_LOG_ERROR_AT(place, "Db memary is full!");
+  return TASK_ENG_MEMORY_FULL;
+}
+
+int findCategory(const QString& name, unsigned int& uid, LogPlace place) {
+  using Columns = task_scripts::FlagUid;
+  ParameterBlock block(1);
+  if (!block)
+    return noParameterBlock(place);
+  block.bindVarchar(0, name);
+  ResultRows rows;
+  if (const int ret = block.query(rows, task_scripts::categoryUidByName); ret != DB_OK) {
+    ULO_LOG_ERROR_AT(place, "GetCategoryId failed! [ret=%d]", ret);
+    return TASK_ENG_DATABASE_FAILURE;
+  }
+  if (rows.boolean(Columns::flag)) {
+    ULO_LOG_ERROR_AT(place, "The category %s is not exist!", name.toUtf8().constData());
+    return TASK_ENG_NOT_FOUND;
+  }
+  uid = rows.uid(Columns::uid);
+  return TASK_ENG_OK;
+}
+
+int findCategoryName(bool open, unsigned int uid, QString& name, LogPlace place) {
+  if (!open)
+    return TASK_ENG_NOT_OPEN;
+  ParameterBlock block(1);
+  if (!block)
+    return noParameterBlock(place);
+  block.bindInteger(0, static_cast<int>(uid));
+  ResultRows rows;
+  if (const int ret = block.query(rows, task_scripts::categoryNameByUid); ret != DB_OK) {
+    ULO_LOG_ERROR_AT(place, "GetCategory failed! [ret=%d]", ret);
+    return TASK_ENG_DATABASE_FAILURE;
+  }
+  name = rows.varchar(task_scripts::Name::name);
+  return TASK_ENG_OK;
+}
+
+void toExchangedUnits(const QString& text, unsigned short* units, LogPlace place) {
+  if (text.isNull()) {
+    ULO_LOG_ERROR_AT(place, "The qstring is null!");
+    return;
+  }
+  for (const QChar character : text)
+    *units++ = static_cast<unsigned short>(character.cell() << 8 | character.row());
+  *units = 0;
+}
+
+void bindTask(ParameterBlock& block, int first, const ZTASK_ENG_Task& task,
+              unsigned int categoryUid, LogPlace place) {
+  block.bindInteger(first, task.getPriorityValue());
+  block.bindInteger(first + 1, task.getStatusValue());
+  bindText(block, first + 2, task.getString(ZTASK_ENG_Task::TASK_FIELD_NOTE), place);
+  bindText(block, first + 3, task.getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY), place);
+  bindText(block, first + 4, task.getString(ZTASK_ENG_Task::TASK_FIELD_UUID), place);
+  block.bindDate(first + 5, task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_ALARM));
+  block.bindDate(first + 6, task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE));
+  block.bindDate(first + 7, task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_END));
+  block.bindInteger(first + 8, static_cast<int>(categoryUid));
+  block.bindDate(first + 9, task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION));
+}
+
+void bindFilter(ParameterBlock& block, int index, ZTASK_ENG_Model::TASK_CATEGORY category) {
+  switch (category) {
+  case ZTASK_ENG_Model::TASK_CATEGORY_ALL:
+    break;
+  case ZTASK_ENG_Model::TASK_CATEGORY_DUE:
+    block.bindDate(index, endOfToday());
+    break;
+  case ZTASK_ENG_Model::TASK_CATEGORY_INCOMPLETE:
+    block.bindInteger(index, 1);
+    break;
+  default:
+    block.bindInteger(index, 0);
+  }
+}
+
+void appendMarkedTasks(bool open, ResultRows& rows, bool endMark, QValueList<ZTASK_ENG_Task>& tasks,
+                       LogPlace place) {
+  using Columns = task_scripts::MarkedTask;
+  for (; !rows.atEnd() && rows.boolean(Columns::flag) != endMark; rows.next())
+    appendTask<Columns>(open, rows, tasks, place);
+}

@@ -1,0 +1,74 @@
+// Steps that operations of the store are made of. What they log carries the place of the
+// operation.
+#pragma once
+
+#include "ZTASK_ENG_Model.h"
+#include "database.h"
+#include "log_place.h"
+#include "task_scripts.h"
+
+// Makes the table of tasks with its indexes: all of them or none. A code of the store.
+int createTaskTable();
+// Makes the table of categories with its index, and, in a second step, its first rows.
+int createCategoryTable(LogPlace place = LogPlace::current());
+
+// Says that there is no memory for parameters; gives the code for it.
+int noParameterBlock(LogPlace place = LogPlace::current());
+// The store's code for a change that the database refused.
+inline int changeFailed(int databaseResult) {
+  return databaseResult == DB_FULL ? TASK_ENG_MEMORY_FULL : TASK_ENG_DATABASE_FAILURE;
+}
+
+// Finds a category by its name, whether the store is open or not. TASK_ENG_NOT_FOUND,
+// TASK_ENG_MEMORY_FULL or TASK_ENG_DATABASE_FAILURE, and `uid` as it was.
+int findCategory(const QString& name, unsigned int& uid, LogPlace place = LogPlace::current());
+// Finds the name of a category, "None" when there is no such UID. TASK_ENG_NOT_OPEN,
+// TASK_ENG_MEMORY_FULL or TASK_ENG_DATABASE_FAILURE, and `name` as it was.
+int findCategoryName(bool open, unsigned int uid, QString& name,
+                     LogPlace place = LogPlace::current());
+
+// Writes length + 1 units: each with its bytes exchanged, then 0. Nothing for a null text.
+void toExchangedUnits(const QString& text, unsigned short* units,
+                      LogPlace place = LogPlace::current());
+
+// Binds the ten values of a task's row but its uid, in the order of the table, from parameter
+// `first` on.
+void bindTask(ParameterBlock& block, int first, const ZTASK_ENG_Task& task,
+              unsigned int categoryUid, LogPlace place = LogPlace::current());
+// Binds what the filter compares with; nothing for all tasks.
+void bindFilter(ParameterBlock& block, int index, ZTASK_ENG_Model::TASK_CATEGORY category);
+// The index that has the tasks in that order.
+inline const char* sortIndex(ZTASK_ENG_Model::TASK_SORT_FIELD sort) {
+  return sort == ZTASK_ENG_Model::TASK_SORT_DUE ? "task_index_due" : "task_index_priority";
+}
+
+// Sets every field of `task` to the current row, whose columns are those of `Columns`.
+template <typename Columns>
+void readTask(bool open, const ResultRows& rows, unsigned int uid, ZTASK_ENG_Task& task,
+              LogPlace place = LogPlace::current()) {
+  task.setUINT32(ZTASK_ENG_Task::TASK_FIELD_UID, uid);
+  task.setPriority(rows.integer(Columns::priority));
+  task.setStatus(rows.integer(Columns::status));
+  task.setString(ZTASK_ENG_Task::TASK_FIELD_NOTE, rows.unicode(Columns::note));
+  task.setString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY, rows.unicode(Columns::summary));
+  task.setString(ZTASK_ENG_Task::TASK_FIELD_UUID, rows.unicode(Columns::uuid));
+  task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_ALARM, rows.date(Columns::alarm));
+  task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE, rows.date(Columns::due));
+  task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_END, rows.date(Columns::end));
+  task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION, rows.date(Columns::revision));
+  QString category;
+  findCategoryName(open, rows.uid(Columns::category), category, place);
+  task.setString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY, category);
+}
+
+template <typename Columns>
+void appendTask(bool open, const ResultRows& rows, QValueList<ZTASK_ENG_Task>& tasks,
+                LogPlace place = LogPlace::current()) {
+  ZTASK_ENG_Task task;
+  readTask<Columns>(open, rows, rows.uid(Columns::uid), task, place);
+  tasks.append(task);
+}
+
+// Appends the tasks before the first row whose flag is `endMark`, or all.
+void appendMarkedTasks(bool open, ResultRows& rows, bool endMark, QValueList<ZTASK_ENG_Task>& tasks,
+                       LogPlace place = LogPlace::current());
