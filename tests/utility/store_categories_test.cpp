@@ -1,0 +1,168 @@
+// Categories on the real database.
+
+#include "store_test.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::Not;
+
+class StoreCategories : public StoreTest {
+protected:
+  unsigned int addTo(const QString& category) {
+    Task added = task("s");
+    added.setString(Task::TASK_FIELD_CATEGORY, category);
+    return add(added);
+  }
+  int rename(QString from, QString to) { return store().renameCategory(from, to); }
+  int remove(QString name, bool withTasks) { return store().removeCategory(name, withTasks); }
+  int uidOf(const std::string& name) {
+    return std::stoi(sql("SELECT UID FROM task_table_category WHERE name IS " + name).at(0));
+  }
+};
+
+TEST_F(StoreCategories, NewNamesGetNewNumbers) {
+  EXPECT_EQ(addCategory("work"), 7U);
+  EXPECT_EQ(addCategory("home"), 8U);
+  EXPECT_THAT(categories(), ElementsAre("(null)", "none", "meeting", "vacation", "appointment",
+                                        "party", "work", "home"));
+  EXPECT_THAT(sql("SELECT flag FROM task_table_category WHERE UID > 6"), ElementsAre("0", "0"));
+}
+
+TEST_F(StoreCategories, NamesAreComparedByteForByte) {
+  unsigned int uid = 55;
+  for (const char* name : {"meeting", "none", "party"}) {
+    QString text(name);
+    EXPECT_EQ(store().addCategory(text, uid), exists) << name;
+  }
+  QString null;
+  EXPECT_EQ(store().addCategory(null, uid), exists);
+  EXPECT_EQ(uid, 55U);
+  for (const char* name : {"Meeting", "meeting ", "", "会议", "e\xcc\x81", "\xc3\xa9"}) {
+    QString text = QString::fromUtf8(name);
+    EXPECT_EQ(store().addCategory(text, uid), ok) << name;
+    EXPECT_EQ(store().addCategory(text, uid), exists) << name;
+    EXPECT_EQ(categories().back(), name);
+  }
+}
+
+TEST_F(StoreCategories, AddingTheNullNameIsLogged) {
+  store();
+  sql("DELETE FROM task_table_category WHERE name IS NULL");
+  QString null;
+  unsigned int uid = 0;
+  const std::string log = logOf([&] { EXPECT_EQ(store().addCategory(null, uid), ok); });
+  EXPECT_EQ(log, line("The category  is not exist!") + line("the category is null"));
+  EXPECT_EQ(uid, 7U);
+}
+
+TEST_F(StoreCategories, ListsAppendAndKeepNull) {
+  QValueList<QString> names;
+  names.append("before");
+  EXPECT_EQ(store().getAllCategories(names), ok);
+  ASSERT_EQ(names.count(), 7U);
+  EXPECT_EQ(names.at(0), QString("before"));
+  EXPECT_TRUE(names.at(1).isNull());
+  EXPECT_EQ(names.at(2), QString("none"));
+}
+
+TEST_F(StoreCategories, AnEmptyTableGivesNothing) {
+  store();
+  sql("DELETE FROM task_table_category");
+  QValueList<QString> names;
+  EXPECT_EQ(logOf([&] { EXPECT_EQ(store().getAllCategories(names), ok); }),
+            line("The category table is empty!"));
+  EXPECT_TRUE(names.isEmpty());
+}
+
+TEST_F(StoreCategories, RenamingLowersBothNames) {
+  const unsigned int uid = addTo("party");
+  EXPECT_EQ(rename("PARTY", "Feast"), ok);
+  EXPECT_EQ(get(uid).getString(Task::TASK_FIELD_CATEGORY), QString("feast"));
+  EXPECT_EQ(rename("feast", "Feast"), ok);
+  EXPECT_THAT(categories(),
+              ElementsAre("(null)", "none", "meeting", "vacation", "appointment", "feast"));
+  // A name stored with a capital is not matched by itself.
+  addCategory("Work");
+  EXPECT_EQ(rename("Work", "job"), ok);
+  EXPECT_EQ(categories().back(), "Work");
+  EXPECT_EQ(rename("unheard of", "job"), ok);
+  EXPECT_EQ(categories().back(), "Work");
+  EXPECT_EQ(rename(QString::fromUtf8("VACATION"), QString::fromUtf8("ÄÖÜ")), ok);
+  EXPECT_EQ(categories().at(3), "äöü");
+}
+
+TEST_F(StoreCategories, RenamingTakesEveryRowOfTheName) {
+  EXPECT_EQ(rename("party", "meeting"), ok);
+  EXPECT_EQ(rename("meeting", "both"), ok);
+  EXPECT_THAT(categories(),
+              ElementsAre("(null)", "none", "both", "vacation", "appointment", "both"));
+}
+
+TEST_F(StoreCategories, RenamingFromNullMatchesNothingAndToNullStoresIt) {
+  // Nothing is equal to null.
+  EXPECT_EQ(rename(QString(), "named"), ok);
+  EXPECT_EQ(categories().front(), "(null)");
+  EXPECT_EQ(rename("party", QString()), ok);
+  EXPECT_EQ(categories().back(), "(null)");
+}
+
+TEST_F(StoreCategories, RemovingKeepsTasksUnlessAsked) {
+  const unsigned int uid = addTo("vacation");
+  EXPECT_EQ(remove("vacation", false), ok);
+  EXPECT_THAT(categories(), ElementsAre("(null)", "none", "meeting", "appointment", "party"));
+  EXPECT_EQ(get(uid).getString(Task::TASK_FIELD_CATEGORY), QString("None"));
+
+  const unsigned int gone = addTo("meeting");
+  const unsigned int alsoGone = addTo("meeting");
+  EXPECT_EQ(remove("meeting", true), ok);
+  EXPECT_EQ(code(gone), notFound);
+  EXPECT_EQ(code(alsoGone), notFound);
+  EXPECT_THAT(uids(), ElementsAre(uid));
+  EXPECT_THAT(categories(), ElementsAre("(null)", "none", "appointment", "party"));
+}
+
+TEST_F(StoreCategories, RemovingAnUnknownNameRemovesNothing) {
+  addTo("meeting");
+  const auto before = categories();
+  EXPECT_EQ(remove("unheard of", false), ok);
+  EXPECT_EQ(logOf([&] { EXPECT_EQ(remove("unheard of", true), ok); }),
+            line("The category unheard of is not exist!") + line("No such category!!"));
+  EXPECT_EQ(remove("Meeting", true), ok);
+  EXPECT_EQ(categories(), before);
+  EXPECT_EQ(count(), 1);
+}
+
+TEST_F(StoreCategories, RemovingACategoryWithoutTasks) {
+  EXPECT_THAT(logOf([&] { EXPECT_EQ(remove("party", true), ok); }),
+              HasLine("No task with such category!"));
+  EXPECT_EQ(categories().back(), "appointment");
+}
+
+TEST_F(StoreCategories, RemovingTakesTheFirstOfSeveral) {
+  EXPECT_EQ(rename("party", "meeting"), ok);
+  EXPECT_EQ(remove("meeting", false), ok);
+  EXPECT_THAT(sql("SELECT UID FROM task_table_category WHERE name = 'meeting'"), ElementsAre("6"));
+  // The null category goes like any other.
+  EXPECT_EQ(remove(QString(), false), ok);
+  EXPECT_EQ(categories().front(), "none");
+}
+
+TEST_F(StoreCategories, RemovesAllTasksOfACategory) {
+  std::vector<unsigned int> others;
+  for (int i = 0; i < 40; ++i) {
+    const unsigned int uid = addTo(i % 2 == 0 ? QString("meeting") : QString());
+    if (i % 2 != 0)
+      others.push_back(uid);
+  }
+  EXPECT_EQ(store().removeTasksWithCategoryId(uidOf("'meeting'")), ok);
+  EXPECT_EQ(uids(), others);
+  EXPECT_EQ(logOf([&] { EXPECT_EQ(store().removeTasksWithCategoryId(uidOf("'meeting'")), ok); }),
+            line("No task with such category!"));
+  EXPECT_EQ(store().removeTasksWithCategoryId(-1), ok);
+  EXPECT_EQ(uids(), others);
+  EXPECT_EQ(store().removeTasksWithCategoryId(uidOf("NULL")), ok);
+  EXPECT_EQ(count(), 0);
+}
+
+}  // namespace

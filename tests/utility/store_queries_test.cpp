@@ -1,0 +1,370 @@
+// Lists of whole tasks on the real database.
+
+#include "store_test.h"
+
+#include <limits>
+
+namespace {
+
+using testing::ElementsAre;
+
+class StoreQueries : public StoreTest {
+protected:
+  using Uids = std::vector<unsigned int>;
+
+  int range(Task::TASK_FIELD_T field, long from, long to, Uids& found) {
+    QValueList<Task> tasks;
+    const int code = store().getTasks(tasks, field, from, to);
+    found = uidsOf(tasks);
+    return code;
+  }
+  Uids inRange(Task::TASK_FIELD_T field, long from, long to) {
+    Uids found;
+    const int code = range(field, from, to, found);
+    EXPECT_EQ(code, found.empty() ? notFound : ok);
+    return found;
+  }
+  Uids page(Task start, int count, int category, int sort) {
+    QValueList<Task> tasks;
+    const int code = store().getTasks(tasks, start, count, ZTASK_ENG_Model::TASK_CATEGORY(category),
+                                      ZTASK_ENG_Model::TASK_SORT_FIELD(sort));
+    EXPECT_EQ(code, tasks.isEmpty() ? notFound : ok);
+    return uidsOf(tasks);
+  }
+  Uids mentioning(const QString& text) {
+    QString wanted = text;
+    QValueList<Task> tasks;
+    EXPECT_EQ(store().getMatchTasks(tasks, wanted), ok);
+    return uidsOf(tasks);
+  }
+  Uids like(const Task& example) {
+    Task wanted = example;
+    QValueList<Task> tasks;
+    EXPECT_EQ(store().getMatchTasks(tasks, wanted), ok);
+    return uidsOf(tasks);
+  }
+};
+
+// Ranges of dates.
+
+TEST_F(StoreQueries, RangeIncludesBothEnds) {
+  const long day = seconds(now());
+  const unsigned int before = add(task("before", 1, 1, now().addSecs(-1)));
+  const unsigned int at = add(task("at", 1, 1, now()));
+  const unsigned int after = add(task("after", 1, 1, now().addSecs(1)));
+  EXPECT_EQ(inRange(Task::TASK_FIELD_DUE, day, day), Uids{at});
+  EXPECT_EQ(inRange(Task::TASK_FIELD_DUE, day - 1, day), (Uids{before, at}));
+  EXPECT_EQ(inRange(Task::TASK_FIELD_DUE, day, day + 1), (Uids{at, after}));
+  EXPECT_EQ(inRange(Task::TASK_FIELD_DUE, day + 2, day + 9), Uids{});
+}
+
+TEST_F(StoreQueries, RangeTakesAnyOtherFieldForTheEnd) {
+  Task ended = task("ended", 1, 0, now().addDays(5));
+  ended.setDateTime(Task::TASK_FIELD_END, now());
+  ended.setDateTime(Task::TASK_FIELD_ALARM, now().addDays(9));
+  const unsigned int uid = add(ended);
+  const long day = seconds(now());
+  for (int field = -1; field <= 9; ++field) {
+    const auto selector = Task::TASK_FIELD_T(field);
+    EXPECT_EQ(inRange(selector, day, day), field == Task::TASK_FIELD_DUE ? Uids{} : Uids{uid});
+  }
+}
+
+TEST_F(StoreQueries, RangeIsInTheOrderOfItsIndex) {
+  const unsigned int a = add(task("a", 2, 1, now()));
+  const unsigned int b = add(task("b", 1, 1, now()));
+  const unsigned int c = add(task("c", 2, 1, now()));
+  const unsigned int d = add(task("d", 9, 1, now().addDays(-1)));
+  EXPECT_EQ(inRange(Task::TASK_FIELD_DUE, 0, seconds(now())), (Uids{d, b, c, a}));
+  // By end the priority does not matter; the newest goes first.
+  EXPECT_EQ(inRange(Task::TASK_FIELD_END, Task::noDateSeconds, Task::noDateSeconds),
+            (Uids{d, c, b, a}));
+}
+
+TEST_F(StoreQueries, RangeFindsTasksWithoutDateOnlyAtTheFarEnd) {
+  const unsigned int never = add(task("never"));
+  EXPECT_EQ(inRange(Task::TASK_FIELD_DUE, 0, Task::noDateSeconds - 1), Uids{});
+  EXPECT_EQ(inRange(Task::TASK_FIELD_DUE, 0, Task::noDateSeconds), Uids{never});
+  EXPECT_EQ(inRange(Task::TASK_FIELD_DUE, std::numeric_limits<long>::min(),
+                    std::numeric_limits<long>::max()),
+            Uids{never});
+}
+
+TEST_F(StoreQueries, RangeThatIsNoneIsRefusedSilently) {
+  store();
+  Uids found;
+  EXPECT_EQ(logOf([&] { EXPECT_EQ(range(Task::TASK_FIELD_DUE, 1, 0, found), badParameter); }), "");
+  EXPECT_EQ(range(Task::TASK_FIELD_DUE, std::numeric_limits<long>::max(),
+                  std::numeric_limits<long>::max() - 1, found),
+            badParameter);
+}
+
+// By category.
+
+TEST_F(StoreQueries, ListsTheTasksOfACategory) {
+  Uids expected;
+  for (int i = 0; i < 20; ++i) {
+    Task added = task("s");
+    added.setString(Task::TASK_FIELD_CATEGORY, i % 2 == 0 ? "party" : "meeting");
+    const unsigned int uid = add(added);
+    if (i % 2 == 0)
+      expected.push_back(uid);
+  }
+  QString name("party");
+  QValueList<Task> tasks;
+  EXPECT_EQ(store().getTasks(tasks, name), ok);
+  Uids found = uidsOf(tasks);
+  EXPECT_THAT(found, testing::UnorderedElementsAreArray(expected));
+  for (const Task& task : tasks)
+    EXPECT_EQ(task.getString(Task::TASK_FIELD_CATEGORY), name);
+
+  name = "vacation";
+  EXPECT_EQ(store().getTasks(tasks, name), notFound);
+  name = "unheard of";
+  EXPECT_EQ(logOf([&] { EXPECT_EQ(store().getTasks(tasks, name), notFound); }),
+            line("The category unheard of is not exist!"));
+  EXPECT_EQ(tasks.count(), 10U);
+  const unsigned int bare = add(task("no category"));
+  QString null;
+  tasks.clear();
+  EXPECT_EQ(store().getTasks(tasks, null), ok);
+  EXPECT_EQ(uidsOf(tasks), Uids{bare});
+}
+
+// Every list gives whole records.
+TEST_F(StoreQueries, ListsGiveWholeRecordsAndAppend) {
+  Task added = task("summary", 3, 1, now());
+  added.setString(Task::TASK_FIELD_CATEGORY, "party");
+  added.setString(Task::TASK_FIELD_NOTE, QString());
+  added.setDateTime(Task::TASK_FIELD_ALARM, now().addSecs(1));
+  added.setDateTime(Task::TASK_FIELD_END, now().addSecs(2));
+  added.setDateTime(Task::TASK_FIELD_REVISION, now().addSecs(3));
+  add(added);
+  QString party("party");
+  QString text("summ");
+  QValueList<Task> tasks;
+  EXPECT_EQ(store().getTasks(tasks, Task::TASK_FIELD_DUE, 0, seconds(now())), ok);
+  EXPECT_EQ(store().getTasks(tasks, party), ok);
+  for (const int category : {0, 1, 2})
+    EXPECT_EQ(store().getTasks(tasks, added, 1, ZTASK_ENG_Model::TASK_CATEGORY(category),
+                               ZTASK_ENG_Model::TASK_SORT_DUE),
+              ok);
+  EXPECT_EQ(store().getMatchTasks(tasks, text), ok);
+  EXPECT_EQ(tasks.count(), 6U);
+  for (const Task& task : tasks)
+    EXPECT_THAT(task, IsSameTask(added));
+  QValueList<Task> alike;
+  Task example;
+  EXPECT_EQ(store().getMatchTasks(alike, example), ok);
+  ASSERT_EQ(alike.count(), 1U);
+  EXPECT_THAT(alike.at(0), IsSameTask(added));
+}
+
+// Pages.
+
+class StorePages : public StoreQueries {
+protected:
+  void SetUp() override {
+    StoreQueries::SetUp();
+    for (int i = 0; i < 30; ++i) {
+      tasks_.push_back(task("s", i % 4, i % 2, now().addDays(i % 5 - 2)));
+      add(tasks_.back());
+    }
+  }
+  // The UIDs from `start` on in the whole sorted list that pass `filter`, at most `count`.
+  template <typename Filter> Uids expected(const Task& start, int count, int sort, Filter filter) {
+    QValueList<unsigned int> all;
+    EXPECT_EQ(store().getAllIDs(all, ZTASK_ENG_Model::TASK_CATEGORY_ALL,
+                                ZTASK_ENG_Model::TASK_SORT_FIELD(sort)),
+              ok);
+    Uids result;
+    bool reached = false;
+    for (const unsigned int uid : all) {
+      reached = reached || uid == start.getUINT32(Task::TASK_FIELD_UID);
+      if (reached && static_cast<int>(result.size()) < count && filter(get(uid)))
+        result.push_back(uid);
+    }
+    return result;
+  }
+
+  std::vector<Task> tasks_;
+};
+
+TEST_F(StorePages, GoOnFromTheirFirstTaskInOrderOfTheIndex) {
+  const QDateTime tonight(now().date(), QTime(23, 59, 59));
+  for (const int sort : {0, 1}) {
+    for (const int count : {1, 2, 7, 100}) {
+      for (const Task& start : {tasks_.front(), tasks_.at(13), tasks_.back()}) {
+        EXPECT_EQ(page(start, count, 0, sort),
+                  expected(start, count, sort, [](const Task&) { return true; }));
+        EXPECT_EQ(page(start, count, 1, sort), expected(start, count, sort, [&](const Task& task) {
+                    return task.getDateTime(Task::TASK_FIELD_DUE) < tonight;
+                  }));
+        for (const int category : {2, 3, 7})
+          EXPECT_EQ(page(start, count, category, sort),
+                    expected(start, count, sort, [&](const Task& task) {
+                      return task.getStatusValue() == (category == 2 ? 1 : 0);
+                    }));
+      }
+    }
+  }
+}
+
+TEST_F(StorePages, SkipAStartThatDoesNotPassTheFilter) {
+  const Task& completed = tasks_.front();
+  ASSERT_EQ(completed.getStatusValue(), 0);
+  const Uids found = page(completed, 10, 2, 0);
+  EXPECT_EQ(found.size(), 10U);
+  EXPECT_EQ(std::count(found.begin(), found.end(), completed.getUINT32(Task::TASK_FIELD_UID)), 0);
+}
+
+TEST_F(StorePages, NeedTheirStartAsItIsStored) {
+  const Task stored = tasks_.at(3);
+  Task changed = stored;
+  changed.setDateTime(Task::TASK_FIELD_DUE, now().addYears(1));
+  EXPECT_EQ(store().updateTask(changed), ok);
+  QValueList<Task> list;
+  for (const int category : {0, 1, 2, 3}) {
+    Task start = stored;
+    EXPECT_EQ(logOf([&] {
+                EXPECT_EQ(store().getTasks(list, start, 10,
+                                           ZTASK_ENG_Model::TASK_CATEGORY(category),
+                                           ZTASK_ENG_Model::TASK_SORT_DUE),
+                          notFound);
+              }),
+              line("Record not found!! [ret=0]"));
+  }
+  Task otherPriority = tasks_.at(4);
+  otherPriority.setPriority(77);
+  EXPECT_EQ(page(otherPriority, 10, 0, 1), Uids{});
+  Task otherUid = tasks_.at(4);
+  otherUid.setUINT32(Task::TASK_FIELD_UID, 999);
+  EXPECT_EQ(page(otherUid, 10, 0, 0), Uids{});
+  EXPECT_TRUE(list.isEmpty());
+}
+
+TEST_F(StorePages, WithoutAnyTaskFromThereOnFindNothing) {
+  // The last by due date is nothing that is due.
+  Task last = task("far away", 0, 0, now().addYears(5));
+  add(last);
+  QValueList<Task> list;
+  EXPECT_EQ(logOf([&] {
+              EXPECT_EQ(store().getTasks(list, last, 10, ZTASK_ENG_Model::TASK_CATEGORY_DUE,
+                                         ZTASK_ENG_Model::TASK_SORT_DUE),
+                        notFound);
+              EXPECT_EQ(store().getTasks(list, last, 10, ZTASK_ENG_Model::TASK_CATEGORY_INCOMPLETE,
+                                         ZTASK_ENG_Model::TASK_SORT_DUE),
+                        notFound);
+            }),
+            line("Record not found!! [ret=0]") + line("Record not found!! [ret=0]"));
+  EXPECT_TRUE(list.isEmpty());
+}
+
+TEST_F(StorePages, NeedAPositiveSize) {
+  QValueList<Task> list;
+  for (const int count : {0, -5, std::numeric_limits<int>::min()}) {
+    Task start = tasks_.front();
+    EXPECT_EQ(logOf([&] {
+                EXPECT_EQ(store().getTasks(list, start, count, ZTASK_ENG_Model::TASK_CATEGORY_ALL,
+                                           ZTASK_ENG_Model::TASK_SORT_DUE),
+                          badParameter);
+              }),
+              line("The parameter is wrong!"));
+  }
+  EXPECT_EQ(page(tasks_.front(), std::numeric_limits<int>::max(), 0, 0),
+            expected(tasks_.front(), 100, 0, [](const Task&) { return true; }));
+}
+
+// Searches.
+
+TEST_F(StoreQueries, AnEmptyStoreMatchesNothing) {
+  QString text;
+  Task example;
+  QValueList<Task> tasks;
+  EXPECT_EQ(store().getMatchTasks(tasks, text), notFound);
+  EXPECT_EQ(store().getMatchTasks(tasks, example), notFound);
+}
+
+TEST_F(StoreQueries, TextIsSoughtInFourFieldsAsItIsWritten) {
+  Task milk = task("s");
+  milk.setString(Task::TASK_FIELD_NOTE, "buy milk");
+  Task party = task("s");
+  party.setString(Task::TASK_FIELD_CATEGORY, "Milk party");
+  Task identity = task("s");
+  identity.setString(Task::TASK_FIELD_UUID, "Milk-1");
+  const unsigned int note = add(milk);
+  const unsigned int category = add(party);
+  const unsigned int uuid = add(identity);
+  const unsigned int summary = add(task("The Milk"));
+  EXPECT_EQ(mentioning("milk"), Uids{note});
+  EXPECT_EQ(mentioning("Milk"), (Uids{summary, uuid, category}));
+  EXPECT_EQ(mentioning("honey"), Uids{});
+  EXPECT_EQ(mentioning("").size(), 4U);
+  EXPECT_EQ(mentioning(QString()).size(), 4U);
+}
+
+TEST_F(StoreQueries, AnEmptyTextIsInEveryFieldThatIsNotEmpty) {
+  Task bare;
+  bare.setString(Task::TASK_FIELD_UUID, "");
+  bare.setString(Task::TASK_FIELD_NOTE, "");
+  add(bare);
+  EXPECT_EQ(mentioning(""), Uids{});
+  Task noted = bare;
+  noted.setString(Task::TASK_FIELD_NOTE, "n");
+  const unsigned int uid = add(noted);
+  EXPECT_EQ(mentioning(""), Uids{uid});
+}
+
+TEST_F(StoreQueries, SearchesGoInOrderOfTheDueDate) {
+  const unsigned int late = add(task("x", 1, 1, now().addDays(1)));
+  const unsigned int early = add(task("x", 1, 1, now()));
+  const unsigned int never = add(task("x"));
+  EXPECT_EQ(mentioning("x"), (Uids{early, late, never}));
+  EXPECT_EQ(like(Task()), (Uids{early, late, never}));
+}
+
+TEST_F(StoreQueries, AnExampleAsksOnlyForWhatItHolds) {
+  Task one = task("Fetch PARCEL", 3, 2, now());
+  one.setString(Task::TASK_FIELD_NOTE, "Buy MILK");
+  one.setDateTime(Task::TASK_FIELD_END, now().addDays(1));
+  one.setDateTime(Task::TASK_FIELD_ALARM, now().addDays(2));
+  one.setString(Task::TASK_FIELD_CATEGORY, "party");
+  const unsigned int uid = add(one);
+  Task other = task("other", 4, 1, now().addSecs(1));
+  other.setDateTime(Task::TASK_FIELD_END, now().addSecs(1));
+  const unsigned int neighbour = add(other);
+  EXPECT_EQ(like(Task()), (Uids{uid, neighbour}));
+
+  Task example;
+  example.setDateTime(Task::TASK_FIELD_DUE, now().addMSecs(999));
+  EXPECT_EQ(like(example), Uids{uid});
+  example = Task();
+  example.setDateTime(Task::TASK_FIELD_END, now().addDays(1));
+  EXPECT_EQ(like(example), Uids{uid});
+  example = Task();
+  example.setPriority(3);
+  EXPECT_EQ(like(example), Uids{uid});
+  example.setStatus(2);
+  EXPECT_EQ(like(example), Uids{uid});
+  example.setStatus(1);
+  EXPECT_EQ(like(example), Uids{});
+  example = Task();
+  example.setString(Task::TASK_FIELD_NOTE, "milk");
+  EXPECT_EQ(like(example), Uids{uid});
+  example = Task();
+  example.setString(Task::TASK_FIELD_SUMMARY, "parcel");
+  EXPECT_EQ(like(example), Uids{uid});
+  example.setString(Task::TASK_FIELD_NOTE, "absent");
+  EXPECT_EQ(like(example), Uids{});
+
+  // These are not compared.
+  example = Task();
+  example.setDateTime(Task::TASK_FIELD_ALARM, now());
+  example.setDateTime(Task::TASK_FIELD_REVISION, now());
+  example.setString(Task::TASK_FIELD_CATEGORY, "vacation");
+  example.setString(Task::TASK_FIELD_UUID, "another");
+  example.setDateTime(Task::TASK_FIELD_DUE, QDateTime());
+  EXPECT_EQ(like(example), (Uids{uid, neighbour}));
+}
+
+}  // namespace

@@ -1,0 +1,167 @@
+#include "ZTASK_ENG_Task.h"
+
+#include "test_clock.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <type_traits>
+
+namespace {
+
+using Task = ZTASK_ENG_Task;
+using Field = Task::TASK_FIELD_T;
+
+constexpr Field textFields[] = {Task::TASK_FIELD_CATEGORY, Task::TASK_FIELD_NOTE,
+                                Task::TASK_FIELD_SUMMARY, Task::TASK_FIELD_UUID};
+constexpr Field dateFields[] = {Task::TASK_FIELD_ALARM, Task::TASK_FIELD_DUE, Task::TASK_FIELD_END,
+                                Task::TASK_FIELD_REVISION};
+// One step outside each family, and the far ends.
+constexpr Field noTextField[] = {Field(INT_MIN),         Field(-1), Task::TASK_FIELD_UID,
+                                 Task::TASK_FIELD_ALARM, Field(9),  Field(INT_MAX)};
+constexpr Field noDateField[] = {Field(INT_MIN),        Field(-1), Task::TASK_FIELD_UID,
+                                 Task::TASK_FIELD_UUID, Field(9),  Field(INT_MAX)};
+
+const QDateTime moment(QDate(2006, 3, 5), QTime(12, 34, 56, 789));
+
+TEST(TaskRecord, FieldNumbersAreFixed) {
+  EXPECT_EQ(Task::TASK_FIELD_UID, 0);
+  EXPECT_EQ(Task::TASK_FIELD_CATEGORY, 1);
+  EXPECT_EQ(Task::TASK_FIELD_NOTE, 2);
+  EXPECT_EQ(Task::TASK_FIELD_SUMMARY, 3);
+  EXPECT_EQ(Task::TASK_FIELD_UUID, 4);
+  EXPECT_EQ(Task::TASK_FIELD_ALARM, 5);
+  EXPECT_EQ(Task::TASK_FIELD_DUE, 6);
+  EXPECT_EQ(Task::TASK_FIELD_END, 7);
+  EXPECT_EQ(Task::TASK_FIELD_REVISION, 8);
+  EXPECT_FALSE(std::is_polymorphic_v<Task>);
+}
+
+TEST(TaskRecord, StartsUnsetEverywhere) {
+  const Task task;
+  EXPECT_EQ(task.getUINT32(Task::TASK_FIELD_UID), 4294967295U);
+  EXPECT_EQ(task.getPriorityValue(), 0);
+  EXPECT_EQ(task.getStatusValue(), -1);
+  EXPECT_EQ(task.getPriority(), 5);
+  EXPECT_EQ(task.getStatus(), 1);
+  for (const Field field : textFields)
+    EXPECT_TRUE(task.getString(field).isNull()) << field;
+  for (const Field field : dateFields) {
+    EXPECT_EQ(task.getDateTime(field), QDateTime::fromSecsSinceEpoch(2147483647)) << field;
+    EXPECT_EQ(task.getDateTime(field).timeSpec(), Qt::LocalTime) << field;
+  }
+}
+
+TEST(TaskRecord, KeepsEachTextApart) {
+  Task task;
+  for (const Field field : textFields)
+    task.setString(field, QString::number(field));
+  for (const Field field : textFields)
+    EXPECT_EQ(task.getString(field), QString::number(field));
+  task.setString(Task::TASK_FIELD_NOTE, QString(""));
+  EXPECT_FALSE(task.getString(Task::TASK_FIELD_NOTE).isNull());
+  task.setString(Task::TASK_FIELD_NOTE, QString());
+  EXPECT_TRUE(task.getString(Task::TASK_FIELD_NOTE).isNull());
+}
+
+TEST(TaskRecord, KeepsEachDateApart) {
+  Task task;
+  for (const Field field : dateFields)
+    task.setDateTime(field, moment.addDays(field));
+  for (const Field field : dateFields)
+    EXPECT_EQ(task.getDateTime(field), moment.addDays(field));
+}
+
+TEST(TaskRecord, AnswersSelectorsOfOtherFamilies) {
+  setEngineNow(moment);
+  Task task;
+  for (const Field field : noTextField) {
+    EXPECT_TRUE(task.getString(field).isEmpty()) << field;
+    EXPECT_FALSE(task.getString(field).isNull()) << field;
+  }
+  for (const Field field : noDateField)
+    EXPECT_EQ(task.getDateTime(field), moment) << field;
+  for (int field = -1; field <= 9; ++field) {
+    if (field != Task::TASK_FIELD_UID) {
+      EXPECT_EQ(task.getUINT32(Field(field)), 0U) << field;
+    }
+  }
+  setEngineNow(QDateTime());
+}
+
+TEST(TaskRecord, IgnoresSettingWhatIsOfAnotherFamily) {
+  Task task;
+  for (const Field field : noTextField)
+    task.setString(field, "x");
+  for (const Field field : noDateField)
+    task.setDateTime(field, moment);
+  for (int field = -1; field <= 9; ++field) {
+    if (field != Task::TASK_FIELD_UID)
+      task.setUINT32(Field(field), 7);
+  }
+  for (const Field field : textFields)
+    EXPECT_TRUE(task.getString(field).isNull()) << field;
+  for (const Field field : dateFields)
+    EXPECT_EQ(task.getDateTime(field), Task::noDate()) << field;
+  EXPECT_EQ(task.getUINT32(Task::TASK_FIELD_UID), Task::notStored);
+
+  task.setUINT32(Task::TASK_FIELD_UID, 0x80000001U);
+  EXPECT_EQ(task.getUINT32(Task::TASK_FIELD_UID), 0x80000001U);
+}
+
+TEST(TaskRecord, FoldsPriorityIntoThreeClasses) {
+  constexpr struct {
+    int stored;
+    int folded;
+  } cases[] = {{0, 5}, {1, 1}, {2, 1},  {3, 1},  {4, 1},  {5, 5},  {6, 9},       {7, 9},
+               {8, 9}, {9, 9}, {10, 9}, {12, 9}, {-1, 9}, {-3, 9}, {INT_MIN, 9}, {INT_MAX, 9}};
+  Task task;
+  for (const auto& [stored, folded] : cases) {
+    task.setPriority(stored);
+    EXPECT_EQ(task.getPriorityValue(), stored);
+    EXPECT_EQ(task.getPriority(), folded) << stored;
+  }
+}
+
+TEST(TaskRecord, IsCompletedOnlyWithStatus0) {
+  Task task;
+  for (const int status : {-1, 1, 2, 7, 8, INT_MIN, INT_MAX}) {
+    task.setStatus(status);
+    EXPECT_EQ(task.getStatusValue(), status);
+    EXPECT_EQ(task.getStatus(), 1) << status;
+  }
+  task.setStatus(0);
+  EXPECT_EQ(task.getStatus(), 0);
+}
+
+TEST(TaskRecord, CopiesEveryFieldAndThenStandsAlone) {
+  Task task;
+  task.setUINT32(Task::TASK_FIELD_UID, 42);
+  task.setPriority(3);
+  task.setStatus(2);
+  for (const Field field : textFields)
+    task.setString(field, QString::number(field));
+  for (const Field field : dateFields)
+    task.setDateTime(field, moment.addDays(field));
+
+  Task assigned;
+  EXPECT_EQ(&(assigned = task), &assigned);
+  Task copy(task);
+  for (const Task* other : {&assigned, &copy}) {
+    EXPECT_EQ(other->getUINT32(Task::TASK_FIELD_UID), 42U);
+    EXPECT_EQ(other->getPriorityValue(), 3);
+    EXPECT_EQ(other->getStatusValue(), 2);
+    for (const Field field : textFields)
+      EXPECT_EQ(other->getString(field), QString::number(field));
+    for (const Field field : dateFields) {
+      EXPECT_EQ(other->getDateTime(field), moment.addDays(field));
+      EXPECT_EQ(other->getDateTime(field).timeSpec(), Qt::LocalTime);
+    }
+  }
+  copy.setString(Task::TASK_FIELD_NOTE, "changed");
+  copy.setDateTime(Task::TASK_FIELD_DUE, Task::noDate());
+  EXPECT_EQ(task.getString(Task::TASK_FIELD_NOTE), QString("2"));
+  EXPECT_EQ(task.getDateTime(Task::TASK_FIELD_DUE), moment.addDays(Task::TASK_FIELD_DUE));
+}
+
+}  // namespace
