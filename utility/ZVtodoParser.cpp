@@ -239,6 +239,7 @@ constexpr std::array<PropertyName, 8> todoProperties = {{
 
 std::vector<std::string> namesOfTodoProperties() {
   std::vector<std::string> names;
+  names.reserve(todoProperties.size());
   for (const PropertyName& known : todoProperties)
     names.emplace_back(known.name);
   return names;
@@ -318,7 +319,7 @@ void giveUp(QList<ZTASK_ENG_Task>& tasks) {
 
 // Texts of local synchronisation carry a date of the first hours of 1970 for none.
 QDateTime dueDate(const QCString& value) {
-  const QDateTime due = UTIL_TimeConversion::fromISO8601(value);
+  QDateTime due = UTIL_TimeConversion::fromISO8601(value);
   if (due.isValid() && due >= QDateTime(QDate(1970, 1, 2), QTime(0, 0, 0, 0)))
     return due;
   ULO_LOG_ERROR("It's local sync, no due");

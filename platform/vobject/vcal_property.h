@@ -18,7 +18,7 @@ struct Header {
   std::string charset;  // of the last CHARSET; empty without one and when it is no word
   Encoding encoding = Encoding::plain;
   std::size_t parameters = 0;
-  bool clean = true;     // the library reads it right
+  bool clean = true;  // the library reads it right
 };
 [[nodiscard]] Header parseHeader(std::string_view text);
 

@@ -3,6 +3,7 @@
 #include "ZVtodoParser.h"
 #include "vobject_library.h"
 
+#include "export.h"
 #include "log_capture.h"
 #include "temporary_directory.h"
 
@@ -53,14 +54,14 @@ void* __real_dlsym(void* handle, const char* name);
 int __real_dlclose(void* handle);
 void* __real_malloc(std::size_t size);
 
-void* __wrap_dlopen(const char* name, int flags);
+ULO_EXPORT void* __wrap_dlopen(const char* name, int flags);
 void* __wrap_dlopen(const char* name, int flags) {
   if (loader != nullptr)
     loader->opened.push_back(name + std::string(flags == RTLD_LAZY ? " lazy" : " other"));
   return loader != nullptr && loader->libraryMissing ? nullptr : __real_dlopen(name, flags);
 }
 
-void* __wrap_dlsym(void* handle, const char* name);
+ULO_EXPORT void* __wrap_dlsym(void* handle, const char* name);
 void* __wrap_dlsym(void* handle, const char* name) {
   if (loader == nullptr)
     return __real_dlsym(handle, name);
@@ -71,21 +72,21 @@ void* __wrap_dlsym(void* handle, const char* name) {
   return replaced != loader->replaced.end() ? replaced->second : __real_dlsym(handle, name);
 }
 
-int __wrap_dlclose(void* handle);
+ULO_EXPORT int __wrap_dlclose(void* handle);
 int __wrap_dlclose(void* handle) {
   if (loader != nullptr)
     ++loader->closed;
   return __real_dlclose(handle);
 }
 
-void* __wrap_malloc(std::size_t size);
+ULO_EXPORT void* __wrap_malloc(std::size_t size);
 void* __wrap_malloc(std::size_t size) {
   return loader != nullptr && loader->noMemory ? nullptr : __real_malloc(size);
 }
 
 // operator new(std::size_t, const std::nothrow_t&)
 void* __real__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t& tag);
-void* __wrap__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t& tag);
+ULO_EXPORT void* __wrap__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t& tag);
 void* __wrap__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t& tag) {
   if (loader != nullptr && loader->recordsLeft == 0)
     return nullptr;
@@ -177,6 +178,7 @@ TEST_F(VObjectLibrary, MayBeMissing) {
 
 TEST_F(VObjectLibrary, MissingMakesReadingAndWritingEndSoftly) {
   loader_.libraryMissing = true;
+  LogCapture construction;
   ZVtodoParser parser;
   QList<ZTASK_ENG_Task> tasks;
   tasks.setAutoDelete(true);
