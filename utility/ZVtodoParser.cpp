@@ -1,12 +1,12 @@
 #include "ZVtodoParser.h"
 
+#include "CAL_ENG_FileDirect.h"
 #include "EMAIL_Util.h"
 #include "UTIL_TimeConversion.h"
 #include "module_log.h"
 #include "vcal_guard.h"
 #include "vobject_library.h"
 
-#include <QFile>
 #include <QStringDecoder>
 
 #include <algorithm>
@@ -19,7 +19,6 @@
 #include <new>
 #include <string>
 #include <string_view>
-#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -325,33 +324,6 @@ QDateTime dueDate(const QCString& value) {
   ULO_LOG_ERROR("It's local sync, no due");
   return ZTASK_ENG_Task::noDate();
 }
-
-// A file that also gives its standard I/O stream.
-class CAL_ENG_FileDirect : public QFile {
-public:
-  using QFile::QFile;
-
-  // Belongs to the file and is closed before it. Null when it cannot be had. Requires: open for
-  // writing.
-  std::FILE* stream() {
-    if (stream_ == nullptr) {
-      const int descriptor = dup(handle());
-      stream_.reset(descriptor == -1 ? nullptr : fdopen(descriptor, "w"));
-      if (stream_ == nullptr && descriptor != -1)
-        ::close(descriptor);
-    }
-    return stream_.get();
-  }
-
-private:
-  struct Close {
-    void operator()(std::FILE* stream) const {
-      if (std::fclose(stream) != 0)
-        ULO_LOG_ERROR("Unable to write vcard");
-    }
-  };
-  std::unique_ptr<std::FILE, Close> stream_;
-};
 
 // Quoted-printable of the text in UTF-8.
 QString encodeText(const QString& text) {
