@@ -363,8 +363,6 @@ QString fullValue(const QDateTime& dateTime) {
 void addTodo(VObject* calendar, ZTASK_ENG_Task& task, const QString& charset) {
   using Task = ZTASK_ENG_Task;
   const auto addText = [charset](VObject* todo, const char* name, const QString& text) {
-    if (text.isEmpty())
-      return;
     const QString full =
         QString("%1;CHARSET=%2;ENCODING=QUOTED-PRINTABLE").arg(QLatin1String(name), charset);
     vobject::addPropValue(todo, full.toLatin1().constData(), encodeText(text));

@@ -1,6 +1,8 @@
 // The binding of the vObject library, with faults injected at the loader: the linker hands this
 // program the engine's calls to dlopen, dlsym, dlclose, malloc and the allocation of records.
 #include "ZVtodoParser.h"
+
+#include "CAL_ENG_FileDirect.h"
 #include "vobject_library.h"
 
 #include "export.h"
@@ -386,6 +388,14 @@ TEST_F(VObjectLibrary, WritesNothingWithoutEither) {
   EXPECT_EQ(log.withoutLines(), errorLine("Cannot invoke call writeVObject"));
 }
 
+TEST_F(VObjectLibrary, TheStreamOfAFileHasADescriptorOfItsOwn) {
+  CAL_ENG_FileDirect file(outName());
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  ASSERT_NE(file.stream(), nullptr);
+  EXPECT_EQ(file.stream(), file.stream());
+  EXPECT_NE(fileno(file.stream()), file.handle());
+}
+
 TEST_F(VObjectLibrary, AFullDiskIsLogged) {
   ZVtodoParser parser;
   LogCapture log;
@@ -497,6 +507,21 @@ TEST_F(VObjectLibrary, ATextIsReadWholeOrNotAtAll) {
     EXPECT_THAT(log.withoutLines(), testing::EndsWith(errorLine("open object failed!!")));
   }
   __real_dlclose(library);
+}
+
+// Each time the library is unloaded, the memory of its name table would be lost.
+TEST_F(VObjectLibrary, StaysLoadedOnceItHasReadOrWritten) {
+  const auto isLoaded = [] {
+    void* library = __real_dlopen("libicalvcal.so", RTLD_LAZY | RTLD_NOLOAD);
+    if (library != nullptr)
+      __real_dlclose(library);
+    return library != nullptr;
+  };
+  LogCapture log;
+  QList<ZTASK_ENG_Task> tasks;
+  tasks.setAutoDelete(true);
+  ZVtodoParser().readVtodo(QCString(text.c_str()), tasks);
+  EXPECT_TRUE(isLoaded());
 }
 
 TEST_F(VObjectLibrary, ItsParserDoesNotPrintItsSteps) {

@@ -271,6 +271,15 @@ TEST_F(VtodoWriter, HalvesOfPairsAreReplaced) {
   EXPECT_EQ(readBack().getString(Task::TASK_FIELD_SUMMARY), "a?");
 }
 
+TEST_F(VtodoWriter, AByteOrderMarkIsTextLikeAnyOther) {
+  Task task;
+  task.setString(Task::TASK_FIELD_SUMMARY, QString(QChar(0xFEFF)) + "a");
+  task.setString(Task::TASK_FIELD_NOTE, QString("a") + QChar(0xFEFF));
+  EXPECT_THAT(written(task), HasSubstr("SUMMARY;CHARSET=UTF-8;ENCODING=QUOTED-PRINTABLE:"
+                                       "=EF=BB=BFa\r\n"));
+  EXPECT_EQ(readBack().getString(Task::TASK_FIELD_NOTE), QString("a") + QChar(0xFEFF));
+}
+
 TEST_F(VtodoWriter, ManyTasksAreReadBack) {
   QList<Task> tasks;
   tasks.setAutoDelete(true);
