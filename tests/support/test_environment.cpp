@@ -1,0 +1,13 @@
+// Every test program runs in the same time zone and locale, however it is started. (ctest can't be
+// told: a list of environment variables doesn't survive the discovery of the test cases.)
+
+#include <cstdlib>
+
+namespace {
+
+__attribute__((constructor)) void setTestEnvironment() {
+  setenv("TZ", "Europe/Berlin", 1);
+  setenv("LC_ALL", "C.UTF-8", 1);
+}
+
+}  // namespace
