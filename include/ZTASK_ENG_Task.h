@@ -35,6 +35,9 @@ public:
   // Seconds since 1970 UTC of the no-date value, which every date-time field starts with and
   // which means "not set".
   static constexpr int noDateSeconds = 0x7FFFFFFF;
+  // Characters of 16 bits that a summary and a note from outside keep; what is behind is cut.
+  static constexpr int summaryLimit = 512;
+  static constexpr int noteLimit = 4002;
   // The no-date value itself, as a local date-time.
   static QDateTime noDate();
 

@@ -1,0 +1,27 @@
+// What the words of the command line stand for. A word that stands for nothing is a Failure.
+#pragma once
+
+#include <QDateTime>
+#include <QString>
+
+#include <string>
+#include <vector>
+
+namespace ulotask {
+
+// The text of a command-line argument; a Failure when it isn't UTF-8.
+QString argumentText(const std::string& argument, const char* name);
+// The number that a UID argument stands for: decimal digits, at most 32 bits.
+unsigned int argumentUid(const std::string& argument);
+// Each UID once, in the order given.
+std::vector<unsigned int> argumentUids(const std::vector<std::string>& arguments);
+
+// "2026-03-05", which is the start of that day, "2026-03-05 18:00" or "2026-03-05T18:00:00", all
+// local. A Failure for anything else, for a local time that a change of clocks leaves out, and
+// for a date that the store can't hold.
+QDateTime argumentDate(const std::string& text, const char* name);
+
+// 0 to 9, or high, normal or low. A Failure for anything else.
+int argumentPriority(const std::string& text);
+
+}  // namespace ulotask

@@ -1,0 +1,152 @@
+#include "calendar_file.h"
+
+#include "ZVtodoParser.h"
+#include "arguments.h"
+#include "exit_codes.h"
+#include "text.h"
+#include "vcal_guard.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QTemporaryDir>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace ulotask {
+namespace {
+
+constexpr const char* standardInput = "-";
+
+// An open file, closed with the object. Standard input stays open.
+class Descriptor {
+public:
+  explicit Descriptor(const std::string& name)
+      : number_(name == standardInput ? STDIN_FILENO : ::open(name.c_str(), O_RDONLY | O_CLOEXEC)) {
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() {
+    if (number_ > STDIN_FILENO)
+      ::close(number_);
+  }
+  [[nodiscard]] int number() const { return number_; }
+
+private:
+  int number_;
+};
+
+// What to say of a text that nothing can be read from.
+struct Refusal {
+  ulo::TextProblem problem;
+  Exit code;
+  const char* reason;
+};
+constexpr Refusal refusals[] = {
+    {ulo::TextProblem::unreadable, Exit::unreadable, "can't be read"},
+    {ulo::TextProblem::notCalendar, Exit::notCalendar, "is no vCalendar"},
+    {ulo::TextProblem::noTodo, Exit::noTodo, "holds no to-do"},
+    {ulo::TextProblem::truncated, Exit::incomplete, "is cut off in the middle"},
+    {ulo::TextProblem::malformed, Exit::malformed, "is not well formed"},
+};
+
+Failure unreadable(const std::string& name) {
+  return {Exit::unreadable, shownName(name) + " can't be read: " + std::strerror(errno)};
+}
+
+}  // namespace
+
+std::string shownName(const std::string& name) {
+  return name == standardInput ? "standard input" : name;
+}
+
+std::string readFile(const std::string& name, std::size_t limit) {
+  const Descriptor file(name);
+  if (file.number() < 0)
+    throw unreadable(name);
+  constexpr std::size_t chunk = 65536;
+  std::string bytes;
+  while (true) {
+    const std::size_t before = bytes.size();
+    bytes.resize(before + chunk);
+    const ssize_t count = ::read(file.number(), bytes.data() + before, chunk);
+    bytes.resize(before + static_cast<std::size_t>(count > 0 ? count : 0));
+    if (count < 0 && errno != EINTR)
+      throw unreadable(name);
+    if (count == 0)
+      return bytes;
+    if (bytes.size() > limit)
+      throw Failure(Exit::tooLarge,
+                    shownName(name) + " is larger than " + std::to_string(limit) + " bytes");
+  }
+}
+
+void readCalendar(const std::string& name, QList<ZTASK_ENG_Task>& tasks) {
+  std::string text = readFile(name, largestCalendar);
+  if (text.empty())
+    throw Failure(Exit::notCalendar, shownName(name) + " is empty");
+  // The reader takes a zero-terminated text.
+  text.resize(std::min(text.size(), text.find('\0')));
+
+  const ulo::TextReport report = ulo::examineText(text);
+  for (const Refusal& refusal : refusals) {
+    if (refusal.problem == report.problem) {
+      const std::string place =
+          report.line > 0 ? " (line " + std::to_string(report.line) + ")" : "";
+      throw Failure(refusal.code, shownName(name) + " " + refusal.reason + place);
+    }
+  }
+  ZVtodoParser().readVtodo(QCString(text.c_str()), tasks);
+  if (tasks.count() != report.todos) {
+    const std::size_t read = tasks.count();
+    tasks.clear();
+    throw Failure(Exit::failed, shownName(name) + ": only " + std::to_string(read) + " of " +
+                                    counted(report.todos, "to-do") +
+                                    " can be read; the log says why");
+  }
+}
+
+std::string calendarText(QList<ZTASK_ENG_Task>& tasks) {
+  const QTemporaryDir directory;
+  const QString name = directory.filePath("tasks.vcs");
+  if (!directory.isValid())
+    throw Failure(Exit::notWritten,
+                  "no temporary directory can be made: " + directory.errorString().toStdString());
+  ZVtodoParser().writeVtodo(name, tasks);
+  QFile file(name);
+  const QByteArray text = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+  // The writer gives no result; a whole text ends like this.
+  if (!text.trimmed().endsWith("END:VCALENDAR"))
+    throw Failure(Exit::notWritten, "the tasks can't be written as a vCalendar text; the log says "
+                                    "why");
+  return text.toStdString();
+}
+
+void writeFile(const std::string& name, const std::string& bytes) {
+  const QString path = argumentText(name, "file name");
+  const QByteArray data = QByteArray::fromStdString(bytes);
+  const QFileInfo existing(path);
+  const auto require = [&](bool success, const QFileDevice& file) {
+    if (!success)
+      throw Failure(Exit::notWritten,
+                    name + " can't be written: " + file.errorString().toStdString());
+  };
+  if (existing.exists() && !existing.isFile() && !existing.isDir()) {
+    // A device or a pipe is written, not replaced.
+    QFile file(path);
+    require(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
+                file.write(data) == data.size(),
+            file);
+    return;
+  }
+  QSaveFile file(path);
+  require(file.open(QIODevice::WriteOnly), file);
+  file.write(data);
+  require(file.commit(), file);
+}
+
+}  // namespace ulotask

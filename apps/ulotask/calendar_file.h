@@ -1,0 +1,33 @@
+// vCalendar texts in files and pipes.
+#pragma once
+
+#include "ZTASK_ENG_Task.h"
+
+#include <cstddef>
+#include <string>
+
+namespace ulotask {
+
+// The largest text that is read: far more than a handset's whole task list, little enough to be
+// held in memory.
+inline constexpr std::size_t largestCalendar = 64UL * 1024 * 1024;
+
+// The bytes of a file, or of standard input for "-". A Failure when it can't be read or holds
+// more than `limit` bytes.
+std::string readFile(const std::string& name, std::size_t limit);
+
+// Puts the to-dos of a file, or of standard input for "-", into `tasks`. A Failure that names the
+// file and the reason when there are none or the text isn't whole; `tasks` is empty then.
+void readCalendar(const std::string& name, QList<ZTASK_ENG_Task>& tasks);
+
+// The tasks as one vCalendar text.
+std::string calendarText(QList<ZTASK_ENG_Task>& tasks);
+
+// Writes the bytes into a file. A file that was there before is replaced when all is written, or
+// stays as it is.
+void writeFile(const std::string& name, const std::string& bytes);
+
+// How messages name a file.
+std::string shownName(const std::string& name);
+
+}  // namespace ulotask

@@ -1,0 +1,61 @@
+// How the program ends. The one place where its exit codes are written down: --help prints this
+// table.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace ulotask {
+
+enum class Exit : int {
+  ok = 0,
+  failed = 1,
+  usage = 2,
+  notFound = 3,
+  unreadable = 4,
+  notCalendar = 5,
+  noTodo = 6,
+  incomplete = 7,
+  tooLarge = 8,
+  storeFull = 9,
+  storeClosed = 10,
+  storeUnsound = 11,
+  notWritten = 12,
+  badScript = 13,
+  malformed = 14,
+};
+
+struct ExitMeaning {
+  Exit code;
+  const char* meaning;
+};
+
+inline constexpr ExitMeaning exitMeanings[] = {
+    {Exit::ok, "done"},
+    {Exit::failed, "the store or a library failed; the log says why"},
+    {Exit::usage, "the command line is wrong"},
+    {Exit::notFound, "no task has this UID"},
+    {Exit::unreadable, "a file can't be read"},
+    {Exit::notCalendar, "a file is no vCalendar"},
+    {Exit::noTodo, "a vCalendar holds no to-do"},
+    {Exit::incomplete, "a vCalendar is cut off in the middle"},
+    {Exit::tooLarge, "a file is larger than import takes"},
+    {Exit::storeFull, "the store is full"},
+    {Exit::storeClosed, "the store can't be opened"},
+    {Exit::storeUnsound, "db check found something wrong"},
+    {Exit::notWritten, "the output can't be written"},
+    {Exit::badScript, "a script or statement is wrong"},
+    {Exit::malformed, "a vCalendar is not well formed"},
+};
+
+// Ends the program with `code` after `message`, which names what failed and why.
+class Failure : public std::runtime_error {
+public:
+  Failure(Exit code, const std::string& message) : std::runtime_error(message), code_(code) {}
+  [[nodiscard]] Exit code() const { return code_; }
+
+private:
+  Exit code_;
+};
+
+}  // namespace ulotask

@@ -1,0 +1,91 @@
+// ulotask: the task engine on the command line.
+
+#include "exit_codes.h"
+#include "log_sink.h"
+#include "output.h"
+#include "session.h"
+#include "verbs.h"
+
+#include <clocale>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <langinfo.h>
+#include <sstream>
+#include <string>
+
+namespace {
+
+using ulotask::Exit;
+
+// Texts are UTF-8 whatever the locale; the column widths of characters need one that says so.
+void useUtf8() {
+  std::setlocale(LC_CTYPE, "");
+  if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0)
+    std::setlocale(LC_CTYPE, "C.UTF-8");
+}
+
+std::string helpFooter() {
+  std::string text =
+      "Each verb has examples: ulotask VERB --help\n"
+      "\n"
+      "The store is in $ULO_DATA_DIR, else in $XDG_DATA_HOME/ulo. $ULO_LOG names the "
+      "log:\nstderr, syslog, none or a file.\n"
+      "\n"
+      "Exit codes:\n";
+  for (const ulotask::ExitMeaning& entry : ulotask::exitMeanings) {
+    const std::string number = std::to_string(static_cast<int>(entry.code));
+    text += std::string(4 - number.size(), ' ') + number + "  " + entry.meaning + '\n';
+  }
+  return text;
+}
+
+int run(int argc, char** argv) {
+  ulotask::Session session;
+  CLI::App app("Keeps a to-do list and exchanges it as vCalendar 1.0 texts.", "ulotask");
+  app.set_version_flag("--version", "ulotask " ULOTASK_VERSION);
+  app.require_subcommand(1);
+  app.footer(helpFooter());
+  ulotask::addListVerbs(app, session);
+  ulotask::addEditVerbs(app, session);
+  ulotask::addExchangeVerbs(app, session);
+  ulotask::addDatabaseVerbs(app, session);
+
+  Exit code = Exit::ok;
+  const auto fail = [&](Exit with, const std::string& message) {
+    ulotask::printError(message);
+    code = with;
+  };
+  try {
+    try {
+      app.parse(argc, argv);
+    } catch (const CLI::Success& help) {
+      std::ostringstream text;
+      app.exit(help, text, text);
+      session.output.write(text.str());
+    }
+    session.output.finish();
+  } catch (const CLI::ParseError& error) {
+    fail(Exit::usage, std::string(error.what()) + "; see ulotask --help");
+  } catch (const ulotask::Failure& failure) {
+    // What was done before it failed is said first.
+    session.output.finishQuietly();
+    fail(failure.code(), failure.what());
+  }
+  return static_cast<int>(code);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // A reader that goes away early shows as a failed write.
+  std::signal(SIGPIPE, SIG_IGN);
+  try {
+    useUtf8();
+    ulo::openLogSink("ulotask");
+    return run(argc, argv);
+  } catch (const std::exception& error) {
+    static_cast<void>(std::fprintf(stderr, "ulotask: %s\n", error.what()));
+    return static_cast<int>(Exit::failed);
+  }
+}

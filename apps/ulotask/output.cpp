@@ -1,0 +1,138 @@
+#include "output.h"
+
+#include "exit_codes.h"
+#include "text.h"
+
+#include <QJsonDocument>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace ulotask {
+namespace {
+
+constexpr int usualColumns = 80;
+constexpr int narrowestLastColumn = 10;
+constexpr int columnGap = 2;
+
+// Writes all of `text`; gives 0 or the error number.
+int writeAll(int descriptor, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t count = ::write(descriptor, text.data(), text.size());
+    if (count < 0 && errno == EINTR)
+      continue;
+    if (count < 0)
+      return errno;
+    text.remove_prefix(static_cast<std::size_t>(count));
+  }
+  return 0;
+}
+
+// QJsonDocument leaves U+007F to U+009F as they are, and some terminals obey them. They can only
+// stand inside strings, where an escape means the same.
+std::string withoutControls(const QByteArray& json) {
+  std::string result;
+  result.reserve(static_cast<std::size_t>(json.size()));
+  for (qsizetype i = 0; i < json.size(); ++i) {
+    const auto byte = static_cast<unsigned char>(json[i]);
+    const auto next = static_cast<unsigned char>(i + 1 < json.size() ? json[i + 1] : 0);
+    if (byte == 0x7F) {
+      result += "\\u007f";
+    } else if (byte == 0xC2 && next >= 0x80 && next < 0xA0) {
+      result += next < 0x90 ? "\\u008" : "\\u009";
+      result += "0123456789abcdef"[next & 0xFU];
+      ++i;
+    } else {
+      result += static_cast<char>(byte);
+    }
+  }
+  return result;
+}
+
+std::string padded(const std::string& text, int columns, Table::Align align) {
+  const std::string blanks(static_cast<std::size_t>(std::max(0, columns - columnsOf(text))), ' ');
+  return align == Table::Align::right ? blanks + text : text + blanks;
+}
+
+}  // namespace
+
+void Output::json(const QJsonObject& object) {
+  write(withoutControls(QJsonDocument(object).toJson()));
+}
+
+void Output::json(const QJsonArray& array) {
+  write(withoutControls(QJsonDocument(array).toJson()));
+}
+
+void Output::finish() {
+  const int error = writeAll(STDOUT_FILENO, pending_);
+  pending_.clear();
+  if (error != 0 && error != EPIPE)
+    throw Failure(Exit::notWritten,
+                  std::string("standard output can't be written: ") + std::strerror(error));
+}
+
+void Output::finishQuietly() noexcept {
+  static_cast<void>(writeAll(STDOUT_FILENO, pending_));
+  pending_.clear();
+}
+
+void Output::notice(const std::string& text) {
+  finish();
+  printError(text);
+}
+
+std::optional<int> Output::terminalColumns() {
+  if (isatty(STDOUT_FILENO) == 0)
+    return std::nullopt;
+  winsize size{};
+  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
+    return size.ws_col;
+  return usualColumns;
+}
+
+void printError(const std::string& text) {
+  // Nobody is left to tell when this fails.
+  static_cast<void>(writeAll(STDERR_FILENO, "ulotask: " + oneLine(std::string_view(text)) + '\n'));
+}
+
+void Table::print(Output& output) const {
+  const std::optional<int> terminal = Output::terminalColumns();
+  const std::size_t last = columns_.size() - 1;
+
+  std::vector<int> widths;
+  int left = terminal.value_or(0);
+  for (std::size_t i = 0; i < columns_.size(); ++i) {
+    int width = columnsOf(columns_[i].title);
+    for (const std::vector<std::string>& row : rows_)
+      width = std::max(width, columnsOf(row[i]));
+    if (terminal && columns_[i].widest > 0)
+      width = std::min(width, columns_[i].widest);
+    if (i == last)
+      width = std::max(left, narrowestLastColumn);
+    left -= width + columnGap;
+    widths.push_back(width);
+  }
+
+  const auto printRow = [&](const auto& cellOf) {
+    std::string line;
+    for (std::size_t i = 0; i < last; ++i) {
+      const std::string cell = cellOf(i);
+      line += padded(terminal ? elided(cell, widths[i]) : cell, widths[i], columns_[i].align);
+      line.append(columnGap, ' ');
+    }
+    const std::string cell = cellOf(last);
+    line += terminal ? elided(cell, widths[last]) : cell;
+    line.erase(line.find_last_not_of(' ') + 1);
+    output.line(line);
+  };
+  printRow([&](std::size_t i) { return std::string(columns_[i].title); });
+  for (const std::vector<std::string>& row : rows_)
+    printRow([&](std::size_t i) { return row[i]; });
+}
+
+}  // namespace ulotask

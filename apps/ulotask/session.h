@@ -1,0 +1,37 @@
+// What the verbs of one run share: the output and the store.
+#pragma once
+
+#include "ZTASK_ENG_Model.h"
+#include "output.h"
+
+#include <memory>
+#include <set>
+#include <string>
+
+namespace ulotask {
+
+class Session {
+public:
+  Output output;
+
+  // The store, opened at the first call. A store that can't be opened is a Failure.
+  ZTASK_ENG_Model& store();
+
+  // The task with this UID; a Failure when there is none.
+  ZTASK_ENG_Task task(unsigned int uid);
+  // All tasks in the order of `sort`.
+  QValueList<ZTASK_ENG_Task> allTasks(ZTASK_ENG_Model::TASK_SORT_FIELD sort);
+
+  // Stores a new task as this program does: the change is dated now, and a task of no status
+  // needs action. Gives the store's code; on success the task has its UID.
+  int add(ZTASK_ENG_Task& task);
+
+private:
+  std::unique_ptr<ZTASK_ENG_Model> store_;
+  std::set<QString> knownCategories_;
+};
+
+// Throws the Failure that a store's answer other than 0 stands for; `what` is what was tried.
+void require(int storeCode, const std::string& what);
+
+}  // namespace ulotask

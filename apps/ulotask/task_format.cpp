@@ -1,0 +1,131 @@
+#include "task_format.h"
+
+#include "text.h"
+
+#include <QTime>
+
+#include <algorithm>
+
+namespace ulotask {
+namespace {
+
+// The status words of vCalendar 1.0 by status code; any other code means needs action.
+constexpr const char* statusWords[] = {"completed", "needs action", "accepted", "sent",
+                                       "tentative", "confirmed",    "declined", "delegated"};
+
+std::string statusWord(int status) {
+  const bool known = status >= 0 && status < static_cast<int>(std::size(statusWords));
+  return statusWords[known ? status : 1];
+}
+
+const char* priorityWord(const ZTASK_ENG_Task& task) {
+  const auto* found = std::find_if(
+      std::begin(priorityClasses), std::end(priorityClasses),
+      [&](const PriorityClass& entry) { return entry.priority == task.getPriority(); });
+  return found->word;
+}
+
+struct DateField {
+  ZTASK_ENG_Task::TASK_FIELD_T field;
+  const char* label;
+  const char* jsonName;
+};
+constexpr DateField dateFields[] = {
+    {ZTASK_ENG_Task::TASK_FIELD_DUE, "Due", "due"},
+    {ZTASK_ENG_Task::TASK_FIELD_ALARM, "Alarm", "alarm"},
+    {ZTASK_ENG_Task::TASK_FIELD_END, "Finished", "end"},
+    {ZTASK_ENG_Task::TASK_FIELD_REVISION, "Changed", "revision"},
+};
+
+struct TextField {
+  ZTASK_ENG_Task::TASK_FIELD_T field;
+  const char* label;
+  const char* jsonName;
+};
+constexpr TextField summaryField = {ZTASK_ENG_Task::TASK_FIELD_SUMMARY, "Summary", "summary"};
+constexpr TextField categoryField = {ZTASK_ENG_Task::TASK_FIELD_CATEGORY, "Category", "category"};
+constexpr TextField uuidField = {ZTASK_ENG_Task::TASK_FIELD_UUID, "UUID", "uuid"};
+constexpr TextField noteField = {ZTASK_ENG_Task::TASK_FIELD_NOTE, "Note", "note"};
+
+constexpr int labelColumns = 10;
+
+void printField(Output& output, std::string label, const std::string& value) {
+  label.resize(labelColumns, ' ');
+  output.line(label + (value.empty() ? "-" : value));
+}
+
+void printField(Output& output, const ZTASK_ENG_Task& task, const TextField& field) {
+  printField(output, field.label, severalLines(task.getString(field.field), labelColumns));
+}
+
+QJsonValue jsonText(const QString& text) {
+  // Half a surrogate pair becomes U+FFFD: JSON texts are UTF-8.
+  return text.isNull() ? QJsonValue()
+                       : QJsonValue(QString::fromStdU32String(text.toStdU32String()));
+}
+
+QJsonValue jsonDate(const QDateTime& dateTime) {
+  return isSet(dateTime) ? QJsonValue(dateTime.toUTC().toString(Qt::ISODate)) : QJsonValue();
+}
+
+}  // namespace
+
+bool isSet(const QDateTime& dateTime) {
+  return dateTime.isValid() && dateTime.toSecsSinceEpoch() != ZTASK_ENG_Task::noDateSeconds;
+}
+
+std::string shownDate(const QDateTime& dateTime) {
+  if (!isSet(dateTime))
+    return "-";
+  const bool midnight = dateTime.time() == QTime(0, 0);
+  return dateTime.toString(midnight ? "yyyy-MM-dd" : "yyyy-MM-dd HH:mm").toStdString();
+}
+
+QJsonObject toJson(const ZTASK_ENG_Task& task) {
+  QJsonObject object;
+  object["uid"] = static_cast<qint64>(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID));
+  object["priority"] = task.getPriorityValue();
+  object["priorityClass"] = priorityWord(task);
+  object["status"] = task.getStatusValue();
+  object["statusWord"] = QString::fromStdString(statusWord(task.getStatusValue()));
+  object["completed"] = task.getStatus() == 0;
+  for (const TextField& field : {summaryField, categoryField, uuidField, noteField})
+    object[field.jsonName] = jsonText(task.getString(field.field));
+  for (const DateField& field : dateFields)
+    object[field.jsonName] = jsonDate(task.getDateTime(field.field));
+  return object;
+}
+
+void printTask(Output& output, const ZTASK_ENG_Task& task) {
+  printField(output, "UID", std::to_string(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID)));
+  printField(output, task, summaryField);
+  printField(output, "Status", statusWord(task.getStatusValue()));
+  printField(output, "Priority",
+             std::to_string(task.getPriorityValue()) + " (" + priorityWord(task) + ")");
+  printField(output, task, categoryField);
+  for (const DateField& field : dateFields)
+    printField(output, field.label, shownDate(task.getDateTime(field.field)));
+  printField(output, task, uuidField);
+  printField(output, task, noteField);
+}
+
+Table taskTable() {
+  constexpr int widestCategory = 16;
+  return Table({{"UID", Table::Align::right, 0},
+                {"DUE", Table::Align::left, 0},
+                {"PRI", Table::Align::right, 0},
+                {"STATUS", Table::Align::left, 0},
+                {"CATEGORY", Table::Align::left, widestCategory},
+                {"SUMMARY", Table::Align::left, 0}});
+}
+
+void addTo(Table& table, const ZTASK_ENG_Task& task) {
+  const std::string category = oneLine(task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY));
+  table.add({std::to_string(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID)),
+             shownDate(task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE)),
+             std::to_string(task.getPriorityValue()), statusWord(task.getStatusValue()),
+             category.empty() ? "-" : category,
+             oneLine(task.getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY))});
+}
+
+}  // namespace ulotask

@@ -1,0 +1,146 @@
+#include "arguments.h"
+#include "calendar_file.h"
+#include "exit_codes.h"
+#include "session.h"
+#include "task_format.h"
+#include "text.h"
+#include "text_limits.h"
+#include "verbs.h"
+
+#include <QJsonArray>
+
+#include <algorithm>
+#include <memory>
+
+namespace ulotask {
+namespace {
+
+struct ImportOptions {
+  std::vector<std::string> files;
+  bool json = false;
+};
+
+struct Calendar {
+  std::string name;
+  QList<ZTASK_ENG_Task> tasks;
+};
+
+// The UIDs of what went in, the middle of many left out.
+std::string shownUids(const std::vector<unsigned int>& uids) {
+  constexpr std::size_t shownAtBothEnds = 5;
+  std::string text;
+  for (std::size_t i = 0; i < uids.size(); ++i) {
+    if (uids.size() > 2 * shownAtBothEnds && i == shownAtBothEnds) {
+      text += ", ...";
+      i = uids.size() - shownAtBothEnds;
+    }
+    text += (i == 0 ? "" : ", ") + std::to_string(uids[i]);
+  }
+  return text;
+}
+
+void import(Session& session, const ImportOptions& options) {
+  // Nothing is stored before everything is read.
+  std::vector<std::unique_ptr<Calendar>> calendars;
+  std::size_t total = 0;
+  for (const std::string& name : options.files) {
+    auto calendar = std::make_unique<Calendar>();
+    calendar->name = name;
+    calendar->tasks.setAutoDelete(true);
+    readCalendar(name, calendar->tasks);
+    total += calendar->tasks.count();
+    calendars.push_back(std::move(calendar));
+  }
+
+  session.store();
+  std::size_t stored = 0;
+  int code = TASK_ENG_OK;
+  QJsonArray array;
+  for (const std::unique_ptr<Calendar>& calendar : calendars) {
+    std::vector<unsigned int> uids;
+    for (uint i = 0; i < calendar->tasks.count() && code == TASK_ENG_OK; ++i) {
+      ZTASK_ENG_Task& task = *calendar->tasks.at(i);
+      const std::vector<std::string> cuts = cutToLimits(task);
+      code = session.add(task);
+      if (code != TASK_ENG_OK)
+        break;
+      ++stored;
+      uids.push_back(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID));
+      if (options.json)
+        array.append(toJson(task));
+      for (const std::string& cut : cuts)
+        session.output.notice(shownName(calendar->name) + ", task " + std::to_string(uids.back()) +
+                              ": " + cut);
+    }
+    if (!options.json && !uids.empty())
+      session.output.line(counted(uids.size(), "task") + " imported from " +
+                          oneLine(std::string_view(shownName(calendar->name))) + ": UID " +
+                          shownUids(uids));
+    if (code != TASK_ENG_OK)
+      break;
+  }
+  if (options.json)
+    session.output.json(array);
+  if (code != TASK_ENG_OK)
+    require(code, "import stopped, " + counted(stored, "task") + " stored and " +
+                      std::to_string(total - stored) + " not: adding the next one");
+}
+
+struct ExportOptions {
+  std::vector<std::string> uids;
+  std::string file = "-";
+};
+
+void exportTasks(Session& session, const ExportOptions& options) {
+  QList<ZTASK_ENG_Task> tasks;
+  tasks.setAutoDelete(true);
+  if (options.uids.empty()) {
+    QValueList<ZTASK_ENG_Task> all = session.allTasks(ZTASK_ENG_Model::TASK_SORT_DUE);
+    std::sort(all.begin(), all.end(), [](const ZTASK_ENG_Task& a, const ZTASK_ENG_Task& b) {
+      return a.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID) <
+             b.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID);
+    });
+    for (const ZTASK_ENG_Task& task : all)
+      tasks.append(new ZTASK_ENG_Task(task));
+  } else {
+    for (const unsigned int uid : argumentUids(options.uids))
+      tasks.append(new ZTASK_ENG_Task(session.task(uid)));
+  }
+
+  const std::string text = calendarText(tasks);
+  if (options.file == "-") {
+    session.output.write(text);
+    return;
+  }
+  writeFile(options.file, text);
+  session.output.line(counted(tasks.count(), "task") + " exported to " +
+                      oneLine(std::string_view(options.file)));
+}
+
+}  // namespace
+
+void addExchangeVerbs(CLI::App& app, Session& session) {
+  CLI::App* verb = app.add_subcommand("import", "Add the to-dos of vCalendar 1.0 files");
+  auto importOptions = std::make_shared<ImportOptions>();
+  verb->add_option("FILE", importOptions->files, "A vCalendar file, or - for standard input")
+      ->required();
+  verb->add_flag("--json", importOptions->json, "Print the stored tasks as a JSON array");
+  verb->footer("All files are read before anything is stored: one that is wrong stores nothing.\n"
+               "Examples:\n"
+               "  ulotask import phone.vcs\n"
+               "  ulotask import - < phone.vcs");
+  verb->callback([importOptions, &session] { import(session, *importOptions); });
+
+  verb = app.add_subcommand("export", "Write tasks as a vCalendar 1.0 text");
+  auto exportOptions = std::make_shared<ExportOptions>();
+  verb->add_option("UID", exportOptions->uids, "Numbers of tasks; all tasks without one");
+  verb->add_option("-o,--output", exportOptions->file, "The file to write; - is standard output")
+      ->capture_default_str();
+  verb->footer("The text carries no UID, and its category isn't read back by import.\n"
+               "Examples:\n"
+               "  ulotask export -o tasks.vcs\n"
+               "  ulotask export 7 8 > two.vcs");
+  verb->callback([exportOptions, &session] { exportTasks(session, *exportOptions); });
+}
+
+}  // namespace ulotask

@@ -1,0 +1,141 @@
+// db explain and db check.
+
+#include "ulotask_runner.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+
+namespace {
+
+using testing::HasSubstr;
+
+class DatabaseVerbs : public UlotaskTest {
+protected:
+  // Runs SQL on the store's file behind the engine's back.
+  void sql(const std::string& text) {
+    sqlite3* database = nullptr;
+    ASSERT_EQ(sqlite3_open(databaseFile().c_str(), &database), SQLITE_OK);
+    char* error = nullptr;
+    EXPECT_EQ(sqlite3_exec(database, text.c_str(), nullptr, nullptr, &error), SQLITE_OK) << error;
+    sqlite3_close(database);
+  }
+  std::string databaseFile() { return path("data/tasks.db"); }
+};
+
+constexpr const char* walk = "sml:declare schema s (uid integer);\n"
+                             "declare buffer schema s;\n"
+                             "cursor $c = open_cursor('task_index_due');\n"
+                             "while ($c->move_next()) {\n"
+                             "buffer_put(uid, $c->get_field('UID'));\n"
+                             "buffer_move_next();\n"
+                             "};";
+
+TEST_F(DatabaseVerbs, ExplainPrintsWordsTreeAndSql) {
+  const std::string out = succeed({"db", "explain", walk}).out;
+  EXPECT_THAT(out, HasSubstr("open_cursor"));
+  EXPECT_THAT(out, HasSubstr("task_index_due"));
+  EXPECT_THAT(out, HasSubstr("SELECT"));
+  EXPECT_EQ(succeed({"db", "explain", file("walk.sml", walk)}).out, out);
+  EXPECT_EQ(succeed({"db", "explain", "-"}, walk).out, out);
+}
+
+TEST_F(DatabaseVerbs, ExplainTakesStatementsAndChangesNothing) {
+  add({"one"});
+  const std::string out =
+      succeed(
+          {"db", "explain", "insert into task_table_category(name, flag) values ('%d%s', true)"})
+          .out;
+  EXPECT_THAT(out, HasSubstr("%d%s"));
+  EXPECT_THAT(succeed({"db", "check"}).out, HasSubstr("1 task, 6 categories"));
+}
+
+TEST_F(DatabaseVerbs, ExplainSaysWhatIsWrongAndWhere) {
+  const Outcome run = ulotask({"db", "explain", "sml:declare schema s (uid integer);\ncursor c;"});
+  EXPECT_EQ(run.code, 13);
+  EXPECT_THAT(run.out, HasSubstr("line 2, column 8"));
+  EXPECT_EQ(ulotask({"db", "explain", "sml:cursor $c = open_cursor('no_such_table');"}).code, 13);
+  EXPECT_EQ(ulotask({"db", "explain", "dance"}).code, 13);
+}
+
+TEST_F(DatabaseVerbs, ExplainShowsNoControlCharacter) {
+  const Outcome run = ulotask({"db", "explain", "sml:\x1b[31m"});
+  EXPECT_EQ(run.code, 13);
+  EXPECT_THAT(run.out + run.err, testing::Not(HasSubstr("\x1b")));
+}
+
+TEST_F(DatabaseVerbs, ExplainTakesNoLongerTextThanTheDatabase) {
+  EXPECT_EQ(ulotask({"db", "explain", "-"}, "sml:" + std::string(70000, ' ')).code, 8);
+}
+
+TEST_F(DatabaseVerbs, CheckFindsAFreshStoreSound) {
+  EXPECT_EQ(succeed({"db", "check"}).out, "database file: sound\n"
+                                          "category of tasks without one: sound\n"
+                                          "change journal: sound\n"
+                                          "0 tasks, 6 categories\n");
+}
+
+TEST_F(DatabaseVerbs, CheckFindsTheCategoryOfTasksWithoutOneTwice) {
+  succeed({"list"});
+  sql("INSERT INTO task_table_category(name, flag) VALUES (NULL, 1)");
+  const Outcome run = ulotask({"db", "check"});
+  EXPECT_EQ(run.code, 11);
+  EXPECT_THAT(run.out, HasSubstr("category of tasks without one: stored 2 times\n"));
+  EXPECT_EQ(run.err, "ulotask: 1 defect in the store\n");
+}
+
+TEST_F(DatabaseVerbs, CheckFindsADamagedFile) {
+  for (int i = 0; i < 20; ++i)
+    add({"task", "--note", std::string(4000, 'n')});
+  sql("PRAGMA wal_checkpoint(TRUNCATE)");
+  // Rubbish over the last pages, which hold notes.
+  std::string bytes = readWhole(databaseFile());
+  std::fill(bytes.end() - 20000, bytes.end() - 4000, '\x55');
+  file("data/tasks.db", bytes);
+  const Outcome run = ulotask({"db", "check"});
+  EXPECT_EQ(run.code, 11) << run.out << run.err;
+  EXPECT_THAT(run.out, HasSubstr("database file: damaged"));
+}
+
+TEST_F(DatabaseVerbs, CheckFindsADamagedJournal) {
+  add({"one"});
+  file("data/changes.db", std::string(8192, 'x'));
+  const Outcome run = ulotask({"db", "check"});
+  EXPECT_EQ(run.code, 11);
+  EXPECT_THAT(run.out, HasSubstr("change journal: can't be read; the log says why\n"));
+  // A task is stored all the same.
+  add({"two"});
+}
+
+TEST_F(DatabaseVerbs, AFileThatIsNoDatabaseCannotBeOpened) {
+  succeed({"list"});
+  file("data/tasks.db", std::string(8192, 'x'));
+  EXPECT_EQ(ulotask({"db", "check"}).code, 10);
+  EXPECT_EQ(ulotask({"list"}).code, 10);
+}
+
+TEST_F(DatabaseVerbs, CheckCountsTasksWhoseCategoryIsGone) {
+  add({"one", "--category", "garden"});
+  add({"two", "--category", "garden"});
+  add({"three"});
+  sql("DELETE FROM task_table_category WHERE name = 'garden'");
+  EXPECT_THAT(succeed({"db", "check"}).out,
+              HasSubstr("note: 2 tasks of a category that was removed: they read as of category "
+                        "None\n"));
+}
+
+TEST_F(DatabaseVerbs, ATaskWhoseCategoryIsGoneCanBeDone) {
+  add({"one", "--category", "garden"});
+  sql("DELETE FROM task_table_category WHERE name = 'garden'");
+  EXPECT_EQ(succeed({"show", "1", "--json"}).object()["category"].toString(), "None");
+  const Outcome run = ulotask({"done", "1"});
+  EXPECT_EQ(run.code, 0);
+  EXPECT_EQ(run.out, "Done: task 1: one\n");
+  EXPECT_EQ(run.err,
+            "ulotask: the category of task 1: one is gone; the task is stored without one\n");
+  const QJsonObject task = succeed({"show", "1", "--json"}).object();
+  EXPECT_TRUE(task["category"].isNull());
+  EXPECT_TRUE(task["completed"].toBool());
+}
+
+}  // namespace

@@ -1,0 +1,302 @@
+// import and export.
+
+#include "ulotask_runner.h"
+
+#include <QDateTime>
+
+#include <filesystem>
+
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+class Import : public UlotaskTest {
+protected:
+  // Expects that importing fails with `code`, names the file and stores nothing.
+  void expectRefused(const std::string& bytes, int code, const std::string& reason) {
+    const std::string name = file("bad.vcs", bytes);
+    const Outcome run = ulotask({"import", name});
+    EXPECT_EQ(run.code, code) << run.err;
+    EXPECT_EQ(run.out, "");
+    EXPECT_THAT(run.err, testing::StartsWith("ulotask: " + name + " "));
+    EXPECT_THAT(run.err, HasSubstr(reason));
+    EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
+    EXPECT_EQ(succeed({"list"}).out, "No tasks.\n");
+  }
+};
+
+class Export : public UlotaskTest {};
+
+const std::string milk = todo("SUMMARY:Buy milk\r\nDUE:20270305T170000Z\r\nPRIORITY:3\r\n");
+const std::string bread = todo("SUMMARY:Buy bread\r\nSTATUS:NEEDS ACTION\r\n");
+
+TEST_F(Import, StoresEachTodo) {
+  const std::string name = file("two.vcs", calendar(milk + bread));
+  EXPECT_EQ(succeed({"import", name}).out, "2 tasks imported from " + name + ": UID 1, 2\n");
+  const QJsonArray tasks = succeed({"list", "--json"}).array();
+  ASSERT_EQ(tasks.size(), 2);
+  EXPECT_EQ(tasks[0]["summary"].toString(), "Buy milk");
+  EXPECT_EQ(tasks[0]["due"].toString(), "2027-03-05T17:00:00Z");
+  EXPECT_EQ(tasks[0]["priority"].toInt(), 3);
+  EXPECT_EQ(tasks[1]["summary"].toString(), "Buy bread");
+}
+
+TEST_F(Import, GivesATaskOfNoStatusOneAndDatesTheChange) {
+  const QDateTime before = QDateTime::currentDateTimeUtc().addSecs(-1);
+  const Outcome run =
+      succeed({"import", "--json", "-"},
+              calendar(todo("SUMMARY:a\r\n") + todo("SUMMARY:b\r\nSTATUS:COMPLETED\r\n") +
+                       todo("SUMMARY:c\r\nSTATUS:DELEGATED\r\n")));
+  const QJsonArray tasks = run.array();
+  ASSERT_EQ(tasks.size(), 3);
+  EXPECT_EQ(tasks[0]["status"].toInt(), 1);
+  EXPECT_EQ(tasks[1]["status"].toInt(), 0);
+  EXPECT_EQ(tasks[2]["status"].toInt(), 7);
+  EXPECT_EQ(tasks[2]["statusWord"].toString(), "delegated");
+  for (const QJsonValue& task : tasks) {
+    const QDateTime revision = QDateTime::fromString(task["revision"].toString(), Qt::ISODate);
+    EXPECT_GE(revision, before);
+    EXPECT_LE(revision, QDateTime::currentDateTimeUtc());
+    EXPECT_EQ(task, succeed({"show", "--json", std::to_string(task["uid"].toInt())}).object());
+  }
+}
+
+TEST_F(Import, ReadsStandardInput) {
+  EXPECT_EQ(succeed({"import", "-"}, calendar(milk)).out,
+            "1 task imported from standard input: UID 1\n");
+}
+
+TEST_F(Import, ReadsWhatPhonesWrite) {
+  const std::string samples = ULO_SOURCE_DIR "/samples/";
+  succeed({"import", samples + "phone-utf8.vcs", samples + "phone-gbk.vcs",
+           samples + "phone-folded.vcs"});
+  const std::string out = succeed({"list"}).out;
+  EXPECT_THAT(out, HasSubstr("Käse und Müsli kaufen"));
+  EXPECT_THAT(out, HasSubstr("给妈妈打电话"));
+  EXPECT_THAT(out, HasSubstr("家庭"));
+  EXPECT_THAT(out, HasSubstr("Return the books to the library before it closes for the holidays"));
+  EXPECT_THAT(out, HasSubstr("\U0001F6B2"));
+  EXPECT_THAT(succeed({"show", "1"}).out, HasSubstr("Note      Auf dem Markt am Großen Platz:\n"
+                                                    "          500 g Bergkäse\n"
+                                                    "          1 kg Müsli\n"));
+}
+
+TEST_F(Import, NamesTheFirstAndLastOfMany) {
+  std::string many;
+  for (int i = 0; i < 11; ++i)
+    many += bread;
+  EXPECT_EQ(succeed({"import", "-"}, calendar(many)).out,
+            "11 tasks imported from standard input: UID 1, 2, 3, 4, 5, ..., 7, 8, 9, 10, 11\n");
+}
+
+TEST_F(Import, CutsLongTextsAndSaysSo) {
+  const auto withTexts = [](int summary, int note) {
+    return calendar(todo("SUMMARY:" + std::string(summary, 's') +
+                         "\r\nDESCRIPTION:" + std::string(note, 'n') + "\r\n"));
+  };
+  const std::string over = file("long.vcs", withTexts(513, 4003));
+  const Outcome run = ulotask({"import", over});
+  EXPECT_EQ(run.code, 0);
+  EXPECT_EQ(run.err, "ulotask: " + over +
+                         ", task 1: a summary of 513 characters is cut to its first 512\n"
+                         "ulotask: " +
+                         over + ", task 1: a note of 4003 characters is cut to its first 4002\n");
+  const QJsonObject task = succeed({"show", "1", "--json"}).object();
+  EXPECT_EQ(task["summary"].toString().length(), 512);
+  EXPECT_EQ(task["note"].toString().length(), 4002);
+  succeed({"import", "-"}, withTexts(512, 4002));
+}
+
+TEST_F(Import, MakesCategories) {
+  succeed({"import", "-"}, calendar(todo("SUMMARY:a\r\nCATEGORIES:garden\r\n")));
+  EXPECT_EQ(succeed({"show", "1", "--json"}).object()["category"].toString(), "garden");
+}
+
+TEST_F(Import, RefusesAFileThatIsNotThere) {
+  const Outcome run = ulotask({"import", path("none.vcs")});
+  EXPECT_EQ(run.code, 4);
+  EXPECT_EQ(run.err,
+            "ulotask: " + path("none.vcs") + " can't be read: No such file or directory\n");
+}
+
+TEST_F(Import, RefusesADirectory) {
+  const Outcome run = ulotask({"import", path("")});
+  EXPECT_EQ(run.code, 4);
+  EXPECT_THAT(run.err, HasSubstr("Is a directory"));
+}
+
+TEST_F(Import, RefusesWhatIsNoCalendar) {
+  expectRefused("", 5, "is empty");
+  expectRefused("Dear reader,\nthis is a letter.\n", 5, "is no vCalendar");
+  expectRefused("BEGIN:VCARD\r\nVERSION:2.1\r\nN:Doe\r\nEND:VCARD\r\n", 5, "is no vCalendar");
+  expectRefused(std::string("\x7f"
+                            "ELF\0\0\0\1",
+                            8),
+                5, "is no vCalendar");
+}
+
+TEST_F(Import, RefusesACalendarWithoutATodo) {
+  expectRefused(calendar(""), 6, "holds no to-do");
+  expectRefused(calendar("BEGIN:VEVENT\r\nSUMMARY:Party\r\nEND:VEVENT\r\n"), 6, "holds no to-do");
+}
+
+TEST_F(Import, RefusesACalendarThatIsCutAnywhere) {
+  const std::string whole = calendar(milk + bread);
+  const std::size_t afterFirstLine = whole.find('\n') + 1;
+  // The line end behind the last word may be missing.
+  const std::size_t lastWord = whole.size() - 2;
+  for (std::size_t length = afterFirstLine; length < lastWord; length += 7)
+    expectRefused(whole.substr(0, length), 7, "is cut off");
+  expectRefused(whole.substr(0, lastWord - 1), 7, "is cut off");
+}
+
+TEST_F(Import, RefusesComponentsTooDeepInOneAnother) {
+  std::string nested;
+  for (int i = 0; i < 100; ++i)
+    nested = todo(nested);
+  expectRefused(calendar(nested), 14, "is not well formed");
+}
+
+TEST_F(Import, RefusesACalendarThatAZeroByteCuts) {
+  std::string text = calendar(milk);
+  text[60] = '\0';
+  expectRefused(text, 7, "is cut off");
+  // Behind the calendar it is padding.
+  succeed({"import", "-"}, calendar(milk) + std::string(100, '\0'));
+}
+
+TEST_F(Import, RefusesNoise) {
+  std::string noise(100'000'000, '\0');
+  unsigned int state = 1;
+  for (char& c : noise) {
+    state = state * 1664525U + 1013904223U;
+    c = static_cast<char>(state >> 24U);
+  }
+  expectRefused(noise, 8, "is larger than");
+  noise.resize(1'000'000);
+  expectRefused(noise, 5, "is no vCalendar");
+}
+
+TEST_F(Import, StoresNothingWhenOneOfSeveralFilesIsWrong) {
+  const std::string good = file("good.vcs", calendar(milk));
+  const std::string bad = file("bad.vcs", calendar(milk).substr(0, 60));
+  const Outcome run = ulotask({"import", good, bad});
+  EXPECT_EQ(run.code, 7);
+  EXPECT_THAT(run.err, HasSubstr(bad));
+  EXPECT_EQ(succeed({"list"}).out, "No tasks.\n");
+}
+
+TEST_F(Import, NeverShowsAFileNameRaw) {
+  const Outcome run = ulotask({"import", path("a\x1b[31m.vcs")});
+  EXPECT_EQ(run.code, 4);
+  EXPECT_THAT(run.err, Not(HasSubstr("\x1b")));
+  EXPECT_THAT(run.err, HasSubstr("a\uFFFD[31m.vcs"));
+}
+
+TEST_F(Import, TakesFileNamesOfAnyBytes) {
+  const Outcome run =
+      shell("printf 'BEGIN:VCALENDAR\\r\\nVERSION:1.0\\r\\nBEGIN:VTODO\\r\\nSUMMARY:a\\r\\n"
+            "END:VTODO\\r\\nEND:VCALENDAR\\r\\n' > \"$HOME\"$'\\xe4.vcs' && "
+            "\"$ULOTASK\" import \"$HOME\"$'\\xe4.vcs'");
+  EXPECT_EQ(run.code, 0) << run.err;
+  EXPECT_THAT(run.out, HasSubstr("home\uFFFD.vcs: UID 1\n"));
+}
+
+TEST_F(Export, WritesAllTasksInUidOrder) {
+  add({"late", "--due", "2027-03-05"});
+  add({"early", "--due", "2027-03-01"});
+  const std::string out = succeed({"export"}).out;
+  EXPECT_THAT(out, testing::StartsWith("BEGIN:VCALENDAR\r\nVERSION:1.0\r\n"));
+  const std::size_t late = out.find("late");
+  const std::size_t early = out.find("early");
+  ASSERT_NE(late, std::string::npos);
+  ASSERT_NE(early, std::string::npos);
+  EXPECT_LT(late, early);
+}
+
+TEST_F(Export, WritesTheTasksAskedFor) {
+  for (const char* summary : {"one", "two", "three"})
+    add({summary});
+  const std::string out = succeed({"export", "3", "1"}).out;
+  EXPECT_THAT(out, Not(HasSubstr("two")));
+  EXPECT_LT(out.find("three"), out.find("one"));
+}
+
+TEST_F(Export, RefusesAMissingTask) {
+  add({"one"});
+  const Outcome run = ulotask({"export", "1", "999", "-o", path("out.vcs")});
+  EXPECT_EQ(run.code, 3);
+  EXPECT_EQ(run.err, "ulotask: no task has the UID 999\n");
+  EXPECT_FALSE(std::filesystem::exists(path("out.vcs")));
+}
+
+TEST_F(Export, ComesBackByImport) {
+  add({"Käse; 1 = zwei, 给妈妈\U0001F6B2", "--due", "2027-03-05 13:00", "--alarm",
+       "2027-03-05 08:00", "--priority", "3", "--note",
+       "erste Zeile\nzweite Zeile\n" + std::string(300, 'n')});
+  succeed({"done", add({"finished"})});
+  const std::string name = path("all.vcs");
+  EXPECT_EQ(succeed({"export", "-o", name}).out, "2 tasks exported to " + name + "\n");
+  const QJsonArray before = succeed({"list", "--json"}).array();
+  environment_["ULO_DATA_DIR"] = path("other");
+  succeed({"import", name});
+  const QJsonArray after = succeed({"list", "--json"}).array();
+  ASSERT_EQ(after.size(), 2);
+  for (int i = 0; i < 2; ++i) {
+    for (const char* field : {"summary", "note", "due", "end", "priority", "status"})
+      EXPECT_EQ(after[i][field], before[i][field]) << field;
+  }
+}
+
+TEST_F(Export, AnEmptyStoreGivesACalendarWithoutTodos) {
+  const std::string out = succeed({"export"}).out;
+  EXPECT_THAT(out, HasSubstr("BEGIN:VCALENDAR"));
+  EXPECT_THAT(out, Not(HasSubstr("VTODO")));
+  EXPECT_EQ(ulotask({"import", "-"}, out).code, 6);
+}
+
+TEST_F(Export, ReplacesAFileWholeOrNotAtAll) {
+  add({"one"});
+  const std::string name = file("out.vcs", "precious");
+  EXPECT_EQ(ulotask({"export", "999", "-o", name}).code, 3);
+  EXPECT_EQ(readWhole(name), "precious");
+  succeed({"export", "-o", name});
+  EXPECT_EQ(readWhole(name), succeed({"export"}).out);
+}
+
+TEST_F(Export, SaysWhenTheFileCannotBeWritten) {
+  add({"one"});
+  for (const std::string& name : {path("none/out.vcs"), path("")}) {
+    const Outcome run = ulotask({"export", "-o", name});
+    EXPECT_EQ(run.code, 12) << name;
+    EXPECT_THAT(run.err, HasSubstr(name + " can't be written: "));
+    EXPECT_EQ(run.out, "");
+  }
+}
+
+TEST_F(Export, WritesIntoAPipeAndLeavesItOne) {
+  add({"one"});
+  environment_["PIPE"] = path("pipe");
+  const Outcome run =
+      shell("mkfifo \"$PIPE\" && { cat \"$PIPE\" & \"$ULOTASK\" export -o \"$PIPE\" >&2; wait; }");
+  EXPECT_EQ(run.out, succeed({"export"}).out);
+  EXPECT_TRUE(std::filesystem::is_fifo(path("pipe")));
+}
+
+TEST_F(Export, SaysWhenStandardOutputCannotBeWritten) {
+  add({"one"});
+  const Outcome run = shell("\"$ULOTASK\" export > /dev/full");
+  EXPECT_EQ(run.code, 12);
+  EXPECT_THAT(run.err, HasSubstr("standard output can't be written: No space left"));
+}
+
+TEST_F(Export, LeavesNoTemporaryFile) {
+  std::filesystem::create_directory(path("tmp"));
+  environment_["TMPDIR"] = path("tmp");
+  add({"one"});
+  succeed({"export"});
+  EXPECT_TRUE(std::filesystem::is_empty(path("tmp")));
+}
+
+}  // namespace

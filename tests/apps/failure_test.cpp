@@ -1,0 +1,115 @@
+// What the program says when the store or the reader of its output fails.
+
+#include "ulotask_runner.h"
+
+#include <filesystem>
+
+namespace {
+
+using testing::HasSubstr;
+
+class Failures : public UlotaskTest {
+protected:
+  const std::vector<Arguments> allVerbs_ = {{"list"},      {"show", "1"},          {"add", "x"},
+                                            {"done", "1"}, {"undone", "1"},        {"rm", "1"},
+                                            {"export"},    {"db", "explain", "x"}, {"db", "check"}};
+
+  void expectClosed(const Arguments& arguments) {
+    const Outcome run = ulotask(arguments);
+    EXPECT_EQ(run.code, 10) << testing::PrintToString(arguments) << run.err;
+    EXPECT_EQ(run.out, "");
+    EXPECT_THAT(run.err, HasSubstr("can't be opened"));
+  }
+
+  // The store's database may grow to so many pages.
+  void limitStore(int pages) {
+    environment_["LD_PRELOAD"] = ULOTASK_FULL_STORE;
+    environment_["ULO_TEST_MAX_PAGES"] = std::to_string(pages);
+    environment_["ULO_TEST_FULL_FILE"] = path("data/tasks.db");
+    // The sanitizers' own library stands behind a preloaded one, which is fine here.
+    const char* options = std::getenv("ASAN_OPTIONS");
+    environment_["ASAN_OPTIONS"] =
+        std::string(options == nullptr ? "" : options) + ":verify_asan_link_order=0";
+  }
+};
+
+TEST_F(Failures, EveryVerbSaysThatTheStoreCannotBeOpened) {
+  environment_["ULO_DATA_DIR"] = file("occupied", "a file where a directory should be");
+  for (const Arguments& arguments : allVerbs_)
+    expectClosed(arguments);
+  expectClosed({"import", ULO_SOURCE_DIR "/samples/phone-gbk.vcs"});
+}
+
+TEST_F(Failures, LogsWhyToAFileAndNotToTheOutput) {
+  environment_["ULO_DATA_DIR"] = file("occupied", "");
+  expectClosed({"list"});
+  std::string log;
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(path("state"))) {
+    if (entry.is_regular_file())
+      log += readWhole(entry.path().string());
+  }
+  EXPECT_THAT(log, HasSubstr("Open db failed! [ret="));
+}
+
+TEST_F(Failures, AFullStoreStopsAnImportAndSaysHowMuchIsIn) {
+  add({"first"});
+  limitStore(40);
+  std::string many;
+  for (int i = 0; i < 100; ++i)
+    many +=
+        todo("SUMMARY:" + std::to_string(i) + "\r\nDESCRIPTION:" + std::string(4000, 'n') + "\r\n");
+  const Outcome run = ulotask({"import", "-"}, calendar(many));
+  EXPECT_EQ(run.code, 9) << run.err;
+  EXPECT_THAT(run.err, HasSubstr("the store is full"));
+
+  const int stored = static_cast<int>(succeed({"list", "--json"}).array().size()) - 1;
+  EXPECT_GT(stored, 0);
+  EXPECT_LT(stored, 100);
+  const std::string tasks = std::to_string(stored) + (stored == 1 ? " task" : " tasks");
+  EXPECT_THAT(run.out, testing::StartsWith(tasks + " imported from standard input: UID 2"));
+  EXPECT_THAT(run.err, HasSubstr(tasks + " stored and " + std::to_string(100 - stored) + " not"));
+  EXPECT_THAT(succeed({"db", "check"}).out, HasSubstr("database file: sound"));
+
+  EXPECT_EQ(ulotask({"add", "x", "--note", std::string(4000, 'n')}).code, 9);
+  // What is there can still be removed.
+  succeed({"rm", "1"});
+}
+
+TEST_F(Failures, AFullStoreTakesNoTaskWithoutItsCategory) {
+  add({"first"});
+  limitStore(40);
+  // Each category takes pages of its own; the tasks would still have room.
+  int code = 0;
+  int added = 0;
+  for (; code == 0 && added < 200; ++added)
+    code = ulotask({"add", "x", "--category", std::to_string(added) + std::string(8000, 'c')}).code;
+  EXPECT_EQ(code, 9);
+  const QJsonArray tasks = succeed({"list", "--json"}).array();
+  EXPECT_EQ(tasks.size(), added);  // the first one, and all but the last
+  for (const QJsonValue& task : tasks)
+    EXPECT_NE(task["category"].toString(), "None");
+}
+
+TEST_F(Failures, AReaderThatGoesAwayIsNoError) {
+  succeed({"import", "-"}, [] {
+    std::string many;
+    for (int i = 0; i < 2000; ++i)
+      many += todo("SUMMARY:" + std::string(500, 's') + "\r\n");
+    return calendar(many);
+  }());
+  const Outcome run = shell("\"$ULOTASK\" list | head -n 1; echo ${PIPESTATUS[0]}");
+  EXPECT_EQ(run.err, "");
+  EXPECT_THAT(run.out, testing::EndsWith("\n0\n"));
+}
+
+TEST_F(Failures, EveryVerbWithResultsSaysThatTheyCannotBeWritten) {
+  add({"one"});
+  for (const char* line : {"list", "list --json", "show 1", "add x", "done 1", "undone 1", "rm 1",
+                           "export", "db check", "--help"}) {
+    const Outcome run = shell(std::string("\"$ULOTASK\" ") + line + " > /dev/full");
+    EXPECT_EQ(run.code, 12) << line;
+    EXPECT_EQ(run.err, "ulotask: standard output can't be written: No space left on device\n");
+  }
+}
+
+}  // namespace

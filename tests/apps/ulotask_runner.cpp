@@ -1,0 +1,138 @@
+#include "ulotask_runner.h"
+
+#include <QJsonDocument>
+#include <QProcess>
+
+#include <cerrno>
+#include <fstream>
+#include <pty.h>
+#include <sstream>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int longestRun = 120'000;  // milliseconds; then the program counts as hanging
+
+QJsonDocument parsed(const std::string& text) {
+  QJsonParseError error;
+  QJsonDocument document = QJsonDocument::fromJson(QByteArray::fromStdString(text), &error);
+  EXPECT_EQ(error.error, QJsonParseError::NoError)
+      << error.errorString().toStdString() << " in " << text;
+  return document;
+}
+
+}  // namespace
+
+QJsonArray Outcome::array() const {
+  const QJsonDocument document = parsed(out);
+  EXPECT_TRUE(document.isArray()) << out;
+  return document.array();
+}
+
+QJsonObject Outcome::object() const {
+  const QJsonDocument document = parsed(out);
+  EXPECT_TRUE(document.isObject()) << out;
+  return document.object();
+}
+
+Outcome UlotaskTest::start(const std::string& program, const Arguments& arguments,
+                           const std::string& input) {
+  QProcess process;
+  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+  environment.remove("ULO_LOG");
+  environment.insert("ULOTASK", ULOTASK_PROGRAM);
+  for (const auto& [name, value] : environment_)
+    environment.insert(QString::fromStdString(name), QString::fromStdString(value));
+  process.setProcessEnvironment(environment);
+  QStringList list;
+  for (const std::string& argument : arguments)
+    list.append(QString::fromStdString(argument));
+  process.start(QString::fromStdString(program), list);
+  process.write(QByteArray::fromStdString(input));
+  process.closeWriteChannel();
+  Outcome run;
+  if (!process.waitForFinished(longestRun)) {
+    ADD_FAILURE() << "does not end: " << testing::PrintToString(arguments);
+    process.kill();
+    process.waitForFinished();
+    return run;
+  }
+  EXPECT_EQ(process.exitStatus(), QProcess::NormalExit) << testing::PrintToString(arguments);
+  run.code = process.exitCode();
+  run.out = process.readAllStandardOutput().toStdString();
+  run.err = process.readAllStandardError().toStdString();
+  return run;
+}
+
+Outcome UlotaskTest::ulotask(const Arguments& arguments, const std::string& input) {
+  return start(ULOTASK_PROGRAM, arguments, input);
+}
+
+Outcome UlotaskTest::shell(const std::string& line) {
+  return start("/bin/bash", {"-c", line}, {});
+}
+
+Outcome UlotaskTest::onTerminal(const Arguments& arguments, int columns) {
+  winsize size{};
+  size.ws_row = 24;
+  size.ws_col = static_cast<unsigned short>(columns);
+  int terminal = -1;
+  const pid_t child = forkpty(&terminal, nullptr, nullptr, &size);
+  if (child == 0) {
+    std::vector<char*> argv = {const_cast<char*>("ulotask")};
+    for (const std::string& argument : arguments)
+      argv.push_back(const_cast<char*>(argument.c_str()));
+    argv.push_back(nullptr);
+    unsetenv("ULO_LOG");
+    for (const auto& [name, value] : environment_)
+      setenv(name.c_str(), value.c_str(), 1);
+    execv(ULOTASK_PROGRAM, argv.data());
+    _exit(127);
+  }
+  Outcome run;
+  char buffer[4096];
+  ssize_t count = 0;
+  // A terminal whose last program has ended answers EIO.
+  while ((count = read(terminal, buffer, sizeof buffer)) > 0 || (count < 0 && errno == EINTR)) {
+    if (count > 0)
+      run.out.append(buffer, static_cast<std::size_t>(count));
+  }
+  close(terminal);
+  int status = 0;
+  waitpid(child, &status, 0);
+  run.code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  return run;
+}
+
+Outcome UlotaskTest::succeed(const Arguments& arguments, const std::string& input) {
+  const Outcome run = ulotask(arguments, input);
+  EXPECT_EQ(run.code, 0) << testing::PrintToString(arguments) << run.err;
+  EXPECT_EQ(run.err, "") << testing::PrintToString(arguments);
+  return run;
+}
+
+std::string UlotaskTest::add(const Arguments& arguments) {
+  Arguments all = {"add", "--json"};
+  all.insert(all.end(), arguments.begin(), arguments.end());
+  return std::to_string(succeed(all).object()["uid"].toInt());
+}
+
+std::string UlotaskTest::file(const std::string& name, const std::string& bytes) {
+  std::ofstream(path(name), std::ios::binary) << bytes;
+  return path(name);
+}
+
+std::string calendar(const std::string& content) {
+  return "BEGIN:VCALENDAR\r\nVERSION:1.0\r\n" + content + "END:VCALENDAR\r\n";
+}
+
+std::string todo(const std::string& lines) {
+  return "BEGIN:VTODO\r\n" + lines + "END:VTODO\r\n";
+}
+
+std::string readWhole(const std::string& path) {
+  std::ostringstream all;
+  all << std::ifstream(path, std::ios::binary).rdbuf();
+  return all.str();
+}

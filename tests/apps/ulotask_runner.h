@@ -1,0 +1,67 @@
+// Runs the program as its users do: a process with a store, a log and a home of its own.
+#pragma once
+
+#include "temporary_directory.h"
+
+#include <QJsonArray>
+#include <QJsonObject>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+struct Outcome {
+  int code = -1;
+  std::string out;
+  std::string err;
+
+  // What standard output holds as JSON; fails the test when it is none.
+  [[nodiscard]] QJsonArray array() const;
+  [[nodiscard]] QJsonObject object() const;
+};
+
+class UlotaskTest : public testing::Test {
+  TemporaryDirectory directory_;  // first: the environment names it
+
+protected:
+  using Arguments = std::vector<std::string>;
+
+  // Runs `ulotask arguments...` with `input` on standard input.
+  Outcome ulotask(const Arguments& arguments, const std::string& input = {});
+  // The same on a terminal of so many columns; `out` is what the terminal was sent.
+  Outcome onTerminal(const Arguments& arguments, int columns);
+  // Runs a line of the shell in which $ULOTASK is the program.
+  Outcome shell(const std::string& line);
+
+  // Runs the program and expects that it succeeds and says nothing on standard error.
+  Outcome succeed(const Arguments& arguments, const std::string& input = {});
+  // Adds a task; gives its UID.
+  std::string add(const Arguments& arguments);
+
+  // A file of the test's own with these bytes.
+  std::string file(const std::string& name, const std::string& bytes);
+  [[nodiscard]] std::string path(const std::string& name) const {
+    return (directory_.path() / name).string();
+  }
+
+  // What the program finds in its environment besides PATH and what ctest sets.
+  std::map<std::string, std::string> environment_ = {
+      {"HOME", path("home")},
+      {"ULO_DATA_DIR", path("data")},
+      {"XDG_STATE_HOME", path("state")},
+      {"XDG_DATA_HOME", path("share")},
+  };
+
+private:
+  Outcome start(const std::string& program, const Arguments& arguments, const std::string& input);
+};
+
+// A vCalendar text around `content`, its lines ended as phones end them.
+std::string calendar(const std::string& content);
+// A to-do of these lines.
+std::string todo(const std::string& lines);
+
+std::string readWhole(const std::string& path);
