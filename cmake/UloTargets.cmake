@@ -44,6 +44,7 @@ function(ulo_library name)
   target_link_libraries(${name}_objects PRIVATE ulo_build_flags)
   add_library(${name} SHARED)
   target_link_libraries(${name} PRIVATE ${name}_objects)
+  target_compile_features(${name} INTERFACE cxx_std_20)
   set_target_properties(${name} PROPERTIES
     VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
 endfunction()
