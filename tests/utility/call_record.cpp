@@ -51,7 +51,7 @@ ssize_t recordLog(void*, const char* bytes, std::size_t size) {
 std::map<std::string, std::string> readGoldenTexts() {
   std::map<std::string, std::string> names;
   for (const auto& file :
-       std::filesystem::directory_iterator(ULO_SOURCE_DIR "/tests/utility/golden")) {
+       std::filesystem::directory_iterator(ULO_SOURCE_DIR "/tests/golden/store")) {
     std::ifstream in(file.path(), std::ios::binary);
     names[{std::istreambuf_iterator<char>(in), {}}] = file.path().stem().string();
   }

@@ -46,7 +46,7 @@ void begin(const Script& script);
 //   "report UID TYPE HANDLE SOURCE", "begin batch SOURCE", "end batch SOURCE", "end of reporter"
 //   "open port NAME FLAGS", "close port NAME"
 //   "log TEXT" with "(utility/ZTASK_ENG_Model.cpp:LINE)" taken off
-// NAME is that of the file in golden/ which holds the text to the byte.
+// NAME is that of the file in tests/golden/store which holds the text to the byte.
 std::vector<std::string> list();
 
 // Blocks and cursors that nobody freed.
