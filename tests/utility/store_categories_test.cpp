@@ -5,7 +5,6 @@
 namespace {
 
 using testing::ElementsAre;
-using testing::Not;
 
 class StoreCategories : public StoreTest {
 protected:

@@ -407,8 +407,8 @@ TEST_F(StoreFaults, WithoutAnIndexTheListsByItFail) {
       {[&] { return store().removeTasksWithCategoryId(3); }, "RemoveAll failed! [ret=4]"},
       {[&] { return store().removeCategory(name, true); }, "RemoveAll failed! [ret=4]"},
   };
-  for (const auto& [run, text] : cases)
-    EXPECT_THAT(logOf([&] { EXPECT_EQ(run(), databaseFailure); }), HasLine(text));
+  for (const auto& one : cases)
+    EXPECT_THAT(logOf([&] { EXPECT_EQ(one.first(), databaseFailure); }), HasLine(one.second));
   EXPECT_THAT(logOf([&] { EXPECT_EQ(store().getMatchTasks(tasks, text), databaseFailure); }),
               Not(HasLine("")));
   EXPECT_TRUE(tasks.isEmpty());

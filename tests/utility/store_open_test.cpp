@@ -9,7 +9,6 @@
 namespace {
 
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::Not;
 
 const std::vector<std::string> firstCategories = {"(null)",   "none",        "meeting",

@@ -6,7 +6,6 @@
 
 namespace {
 
-using testing::ElementsAre;
 
 class StoreQueries : public StoreTest {
 protected:
