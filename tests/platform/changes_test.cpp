@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <cstring>
@@ -24,10 +25,8 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
-using testing::StartsWith;
 using ulo::Change;
 using ulo::ChangeJournal;
 using ulo::ChangeType;
@@ -440,6 +439,7 @@ TEST_F(Journal, ProcessesThatStartAtOnce) {
   for (int round = 0; round < 25; ++round) {
     const DataDirectory fresh;
     std::vector<pid_t> children;
+    children.reserve(processes);
     for (int i = 0; i < processes; ++i)
       children.push_back(startProcess([&] {
         SVC_CT_ChangeReporter reporter;
@@ -465,6 +465,7 @@ TEST_F(Journal, ThreadsThatStartAtOnce) {
     std::latch start(threads);
     std::atomic<int> failures = 0;
     std::vector<std::thread> running;
+    running.reserve(threads);
     for (int i = 0; i < threads; ++i)
       running.emplace_back([&, i] {
         ChangeJournal journal(fresh.path());
@@ -486,6 +487,7 @@ TEST_F(Journal, ReadersSeeWholeBatches) {
   constexpr std::uint32_t size = 10;
   constexpr int batches = 60;
   std::vector<pid_t> writers;
+  writers.reserve(2);
   for (int writer = 0; writer < 2; ++writer)
     writers.push_back(startProcess([&] {
       SVC_CT_ChangeReporter reporter;

@@ -138,6 +138,7 @@ TEST(ModuleLog, EachSourceHasACopyOfItsOwn) {
 TEST(ModuleLog, MessagesOfThreadsStayWhole) {
   LogCapture log;
   std::vector<std::thread> threads;
+  threads.reserve(4);
   for (int i = 0; i < 4; ++i)
     threads.emplace_back([i] {
       for (int n = 0; n < 500; ++n)
@@ -466,6 +467,7 @@ TEST_F(LogSink, LinesOfProcessesDontMix) {
   constexpr int lines = 1500;  // together more than one file holds, and less than two
   const std::string filling(200, '.');
   std::vector<pid_t> children;
+  children.reserve(processes);
   for (int i = 0; i < processes; ++i)
     children.push_back(startProcess([&] {
       setenv("ULO_LOG", file().c_str(), 1);
@@ -489,7 +491,7 @@ TEST_F(LogSink, LinesOfProcessesDontMix) {
   EXPECT_TRUE(std::set<std::string>(found.begin(), found.end()) == expected);
   for (const char* name : {"the.log", "the.log.1"})
     EXPECT_LT(static_cast<long>(fs::file_size(file(name))),
-              ulo::logFileLimit + processes * 300);  // each may have measured before the others
+              ulo::logFileLimit + processes * 300L);  // each may have measured before the others
 }
 
 TEST_F(LogSink, AFileThatCannotBeOpened) {
