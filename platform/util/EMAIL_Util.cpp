@@ -5,14 +5,17 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <cstring>
 #include <iterator>
+#include <string_view>
+#include <utility>
 
 #include <iconv.h>
 
 namespace {
 
 // The character sets, and what the C library calls the ones that read and write them. Programs
-// that declare GB2312 use characters of its successors, so those read it.
+// that declare GB2312, GBK or BIG5 use characters of the successors, so those read it.
 struct CharsetEntry {
   int code;
   const char* name;
@@ -34,6 +37,9 @@ const CharsetEntry* entryOf(int code) {
   return found == std::end(charsets) ? nullptr : found;
 }
 
+// The units of a QString. The C library's UTF-8 would let numbers beyond Unicode pass.
+constexpr const char* nativeUtf16 = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? "UTF-16LE" : "UTF-16BE";
+
 // Converts through the C library, which reports what it can't convert; Qt's codecs hide it.
 class Conversion {
 public:
@@ -46,22 +52,22 @@ public:
   }
   [[nodiscard]] bool isOpen() const { return reinterpret_cast<std::intptr_t>(handle_) != -1; }
 
-  // False when `bytes` are not all valid; `result` then ends before the first that is not, and
-  // `bytes` begins there.
-  bool run(QByteArray& result, QByteArray& bytes) {
-    char* in = bytes.data();
-    auto left = static_cast<std::size_t>(bytes.size());
-    bool valid = true;
-    while (valid && left > 0) {
+  // Appends `bytes` converted to `result`. Gives how many of them it took: fewer than all when
+  // what follows is not valid, not complete, or not in the other character set.
+  std::size_t run(QByteArray& result, std::string_view bytes) {
+    char* in = const_cast<char*>(bytes.data());  // iconv only reads it
+    std::size_t left = bytes.size();
+    while (left > 0) {
       char buffer[4096];
       char* out = buffer;
       std::size_t room = sizeof buffer;
-      valid =
-          iconv(handle_, &in, &left, &out, &room) != static_cast<std::size_t>(-1) || errno == E2BIG;
+      const bool done = iconv(handle_, &in, &left, &out, &room) != static_cast<std::size_t>(-1);
+      const int reason = errno;
       result.append(buffer, static_cast<qsizetype>(sizeof buffer - room));
+      if (!done && reason != E2BIG)
+        break;
     }
-    bytes = bytes.last(static_cast<qsizetype>(left));
-    return valid;
+    return bytes.size() - left;
   }
   // What ends the text, where the character set has states.
   void finish(QByteArray& result) {
@@ -75,6 +81,19 @@ public:
 private:
   iconv_t handle_;
 };
+
+// The text with U+FFFD for each half of a surrogate pair that lacks the other.
+QString wellFormed(QString text) {
+  for (qsizetype i = 0; i < text.size(); ++i) {
+    const QChar unit = std::as_const(text)[i];
+    if (unit.isHighSurrogate() && i + 1 < text.size() &&
+        std::as_const(text)[i + 1].isLowSurrogate())
+      ++i;
+    else if (unit.isSurrogate())
+      text[i] = QChar::ReplacementCharacter;
+  }
+  return text;
+}
 
 bool isLiteral(char c) {
   // A semicolon would separate fields for some readers of vCalendar texts.
@@ -96,32 +115,34 @@ bool EMAIL_Util::encWithCharset(QCString& bytes, const QString& text, int charse
     return false;
   if (text.isNull())
     return true;
-  QByteArray utf8 = text.toUtf8();  // lone halves of surrogate pairs become question marks
-  const bool whole = text.isValidUtf16();
-  if (charset == charsetUtf8) {
-    bytes = utf8;
-    return whole;
-  }
+  const QString clean = wellFormed(text);
+  const QByteArray utf8 = clean.toUtf8();
   Conversion conversion(entry->encoder, "UTF-8");
   if (!conversion.isOpen()) {
     ULO_LOG_ERROR("This system can't write the character set %s", entry->name);
     return false;
   }
   QByteArray result("");
-  bool fits = whole;
-  while (!conversion.run(result, utf8)) {
-    // One character that the set lacks: a question mark for it, then on behind it.
-    fits = false;
-    qsizetype size = 1;
-    while (size < utf8.size() && (static_cast<unsigned char>(utf8[size]) & 0xC0U) == 0x80)
+  bool fits = clean == text;
+  std::string_view left(utf8.constData(), static_cast<std::size_t>(utf8.size()));
+  left.remove_prefix(conversion.run(result, left));
+  // Behind the first character that the set lacks it goes one by one: on a failure the C library
+  // converts much of what follows again.
+  while (!left.empty()) {
+    std::size_t size = 1;
+    while (size < left.size() && (static_cast<unsigned char>(left[size]) & 0xC0U) == 0x80)
       ++size;
-    QByteArray mark("?");
-    conversion.run(result, mark);
-    utf8.remove(0, size);
+    if (conversion.run(result, left.substr(0, size)) < size) {
+      fits = false;
+      conversion.run(result, "?");
+    }
+    left.remove_prefix(size);
   }
   conversion.finish(result);
   bytes = result;
-  return fits;
+  // The C library leaves some characters out without a word; reading tells.
+  QString readBack;
+  return fits && decFromCharset(bytes, readBack, charset) && readBack == text;
 }
 
 bool EMAIL_Util::decFromCharset(const QByteArray& bytes, QString& text, int charset) {
@@ -129,23 +150,25 @@ bool EMAIL_Util::decFromCharset(const QByteArray& bytes, QString& text, int char
   const CharsetEntry* entry = entryOf(charset);
   if (entry == nullptr)
     return charset == charsetUnknown;
-  // To 16-bit units: towards UTF-8 the C library lets through what is no Unicode.
-  Conversion conversion(Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? "UTF-16LE" : "UTF-16BE", entry->decoder);
+  if (bytes.isEmpty())
+    return true;
+  Conversion conversion(nativeUtf16, entry->decoder);
   if (!conversion.isOpen()) {
     ULO_LOG_ERROR("This system can't read the character set %s", entry->name);
     return false;
   }
+  // The line feed shows what is cut short where UTF-7 would drop it silently.
+  const std::string_view given(bytes.constData(), static_cast<std::size_t>(bytes.size()));
   QByteArray units;
-  QByteArray left = bytes;
-  if (!conversion.run(units, left)) {
-    ULO_LOG_ERROR("Byte %lld is not valid in %s, the text is read as Latin-1",
-                  static_cast<long long>(bytes.size() - left.size()), entry->name);
+  const std::size_t valid = conversion.run(units, given);
+  if (valid < given.size() || conversion.run(units, "\n") == 0) {
+    ULO_LOG_ERROR("Byte %zu is not valid in %s, the text is read as Latin-1", valid, entry->name);
     return false;
   }
   conversion.finish(units);
-  // Unlike fromUtf16 this keeps a byte order mark, which is text like any other here.
-  if (!bytes.isEmpty())
-    text = QString(reinterpret_cast<const QChar*>(units.constData()), units.size() / 2);
+  constexpr qsizetype unitSize = sizeof(QChar);
+  text.resize(units.size() / unitSize - 1);
+  std::memcpy(text.data(), units.constData(), static_cast<std::size_t>(text.size() * unitSize));
   return true;
 }
 

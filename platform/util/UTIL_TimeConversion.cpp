@@ -2,8 +2,8 @@
 
 #include "module_log.h"
 
+#include <algorithm>
 #include <cstdint>
-#include <ctime>
 #include <optional>
 #include <string_view>
 
@@ -100,36 +100,44 @@ std::optional<int> readZone(Reader& reader, bool& valid) {
   return east ? seconds : -seconds;
 }
 
-// How far the local clock is ahead of UTC, in seconds.
-long offsetAt(time_t seconds) {
-  tm local{};
-  return localtime_r(&seconds, &local) == nullptr ? 0 : local.tm_gmtoff;
+int offsetAt(qint64 seconds) {
+  return QDateTime::fromSecsSinceEpoch(seconds).offsetFromUtc();
 }
 
-// What Qt and mktime make of a local time that is left out or comes twice depends on what they
-// were asked before. Here it is read with the offset of the day before, so of two the first.
-QDateTime localDateTime(const QDate& date, const QTime& time) {
-  constexpr time_t day = 24L * 3600;
-  tzset();
-  const time_t clock = QDateTime(date, time, Qt::UTC).toSecsSinceEpoch();
-  const long before = offsetAt(clock - day);
-  const long after = offsetAt(clock + day);
-  const bool isAfter = offsetAt(clock - before) != before && offsetAt(clock - after) == after;
-  return QDateTime::fromSecsSinceEpoch(clock - (isAfter ? after : before));
+// The instant of a local time. Neither Qt nor the C library says which one they take of a time
+// that the clock shows twice or never, so it is looked up from both sides of the change.
+qint64 localSeconds(const QDate& date, const QTime& time) {
+  constexpr qint64 day = 86400;
+  const qint64 wall = QDateTime(date, time, Qt::UTC).toSecsSinceEpoch();
+  const int before = offsetAt(wall - day);
+  const int after = offsetAt(wall + day);
+  const bool isBefore = offsetAt(wall - before) == before;
+  const bool isAfter = offsetAt(wall - after) == after;
+  return wall - (isAfter && !isBefore ? after : before);
+}
+
+// Milliseconds since 1970 in UTC. Qt calls a local time that the clock leaves out invalid, but it
+// is somebody's date.
+std::optional<qint64> instantOf(const QDateTime& dateTime) {
+  if (dateTime.isValid())
+    return dateTime.toMSecsSinceEpoch();
+  if (!dateTime.date().isValid() || !dateTime.time().isValid() ||
+      dateTime.timeSpec() != Qt::LocalTime)
+    return std::nullopt;
+  return localSeconds(dateTime.date(), dateTime.time()) * 1000 + dateTime.time().msec();
 }
 
 }  // namespace
 
 long UTIL_TimeConversion::toUTC(const QDateTime& dateTime) {
-  if (!dateTime.isValid())
+  const std::optional<qint64> milliseconds = instantOf(dateTime);
+  if (!milliseconds || *milliseconds == noDateSeconds * 1000)
     return noDateSeconds;
-  const qint64 milliseconds = dateTime.toMSecsSinceEpoch();
-  const qint64 seconds = milliseconds / 1000 - (milliseconds % 1000 < 0 ? 1 : 0);
-  if (seconds <= noDateSeconds && seconds >= earliestSeconds)
-    return static_cast<long>(seconds);
-  const qint64 nearest = seconds > 0 ? latestSeconds : earliestSeconds;
-  ULO_LOG_ERROR("A date of %lld seconds is out of range, %lld is taken",
-                static_cast<long long>(seconds), static_cast<long long>(nearest));
+  const qint64 seconds = *milliseconds / 1000 - (*milliseconds % 1000 < 0 ? 1 : 0);
+  const qint64 nearest = std::clamp(seconds, earliestSeconds, latestSeconds);
+  if (nearest != seconds)
+    ULO_LOG_ERROR("A date of %lld seconds is out of range, %lld is taken",
+                  static_cast<long long>(seconds), static_cast<long long>(nearest));
   return static_cast<long>(nearest);
 }
 
@@ -138,9 +146,14 @@ QDateTime UTIL_TimeConversion::fromUTC(long seconds) {
 }
 
 QCString UTIL_TimeConversion::toISO8601(const QDateTime& dateTime) {
-  const QDateTime utc = dateTime.toUTC();
-  if (!utc.isValid() || utc.date().year() < 0 || utc.date().year() > 9999)
+  const std::optional<qint64> milliseconds = instantOf(dateTime);
+  if (!milliseconds)
     return QCString();
+  const QDateTime utc = QDateTime::fromMSecsSinceEpoch(*milliseconds, Qt::UTC);
+  if (utc.date().year() < 1 || utc.date().year() > 9999) {
+    ULO_LOG_ERROR("The year %d can't be written with four digits", utc.date().year());
+    return QCString();
+  }
   return utc.toString(QStringLiteral("yyyyMMdd'T'HHmmss'Z'")).toLatin1();
 }
 
@@ -150,7 +163,7 @@ QDateTime UTIL_TimeConversion::fromISO8601(const QCString& text) {
   if (!date.isValid())
     return QDateTime();
   if (reader.atEnd())
-    return localDateTime(date, QTime(0, 0));
+    return fromUTC(localSeconds(date, QTime(0, 0)));
   if (!reader.take('T') && !reader.take('t') && !reader.take(' '))
     return QDateTime();
   const QTime time = readTime(reader);
@@ -159,6 +172,6 @@ QDateTime UTIL_TimeConversion::fromISO8601(const QCString& text) {
   if (!time.isValid() || !zoneIsValid || !reader.atEnd())
     return QDateTime();
   if (!zone)
-    return localDateTime(date, time);
+    return fromUTC(localSeconds(date, time));
   return QDateTime(date, time, Qt::UTC).addSecs(-*zone).toLocalTime();
 }

@@ -36,10 +36,10 @@ bool makeDirectories(const std::filesystem::path& path) {
 }  // namespace
 
 std::string userDirectory(const char* variable, const char* homeDefault) {
-  if (const char* base = setting(variable))
+  if (const char* base = setting(variable); base != nullptr && *base == '/')
     return std::string(base) + "/ulo";
   const char* home = setting("HOME");
-  return std::string(home == nullptr ? "" : home) + "/" + homeDefault + "/ulo";
+  return home == nullptr ? std::string() : std::string(home) + "/" + homeDefault + "/ulo";
 }
 
 bool makeUserDirectory(const std::string& path) {
@@ -48,7 +48,7 @@ bool makeUserDirectory(const std::string& path) {
 
 std::string dataDirectory() {
   const char* own = setting("ULO_DATA_DIR");
-  std::string path = own != nullptr ? own : userDirectory("XDG_DATA_HOME", ".local/share");
+  const std::string path = own != nullptr ? own : userDirectory("XDG_DATA_HOME", ".local/share");
   return makeDirectories(path) ? path : std::string();
 }
 

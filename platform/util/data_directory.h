@@ -6,12 +6,13 @@
 
 namespace ulo {
 
-// The directory of the database files and the change journal: $ULO_DATA_DIR, else
-// $XDG_DATA_HOME/ulo, else $HOME/.local/share/ulo. Created with mode 0700 when missing. Empty
-// when it cannot be created; errno says why.
+// The directory of the database files and the change journal: $ULO_DATA_DIR, else what
+// userDirectory gives for XDG_DATA_HOME and ".local/share". Created with mode 0700 when missing,
+// as is all above it. Empty when it cannot be created; errno says why.
 ULO_EXPORT std::string dataDirectory();
 
-// Our directory of one kind: $variable/ulo, else $HOME/homeDefault/ulo (XDG base directories).
+// Our directory of one kind: $variable/ulo, else $HOME/homeDefault/ulo. A relative $variable is
+// ignored (XDG base directories). Empty when HOME is needed and not set.
 std::string userDirectory(const char* variable, const char* homeDefault);
 
 // Creates a directory with all that is missing above it, mode 0700. False, with errno, on failure.

@@ -123,6 +123,26 @@ TEST(ToUtc, Saturates) {
   logged(-62135596800L, INT32_MIN);   // the start of the year 1
 }
 
+// A real date is never the no-date value, not even in its second.
+TEST(ToUtc, MillisecondsBehindNoDateSaturateToo) {
+  LogCapture log;
+  EXPECT_EQ(UTIL_TimeConversion::toUTC(QDateTime::fromMSecsSinceEpoch(noDate * 1000)), noDate);
+  EXPECT_EQ(log.text(), "");
+  EXPECT_EQ(UTIL_TimeConversion::toUTC(QDateTime::fromMSecsSinceEpoch(noDate * 1000 + 1)),
+            noDate - 1);
+  EXPECT_EQ(UTIL_TimeConversion::toUTC(QDateTime::fromMSecsSinceEpoch(INT32_MIN * 1000L - 1)),
+            INT32_MIN);
+  EXPECT_NE(log.text(), "");
+}
+
+// Qt calls them invalid, but they are somebody's dates.
+TEST(ToUtc, TimesThatAreLeftOutAreDates) {
+  const TimeZone zone("Europe/Berlin");
+  const QDateTime skipped(QDate(2006, 3, 26), QTime(2, 30, 0, 999));
+  EXPECT_EQ(UTIL_TimeConversion::toUTC(skipped), 1143336600);
+  EXPECT_EQ(UTIL_TimeConversion::toISO8601(skipped), "20060326T013000Z");
+}
+
 TEST(ToUtc, ReadsBackWhatFromUtcGave) {
   for (const char* name : zones) {
     const TimeZone zone(name);
@@ -190,9 +210,14 @@ TEST(ToIso8601, DoesNotDependOnTheLanguage) {
 TEST(ToIso8601, YearsHaveFourDigits) {
   EXPECT_EQ(UTIL_TimeConversion::toISO8601(utc(1, 1, 1)), "00010101T000000Z");
   EXPECT_EQ(UTIL_TimeConversion::toISO8601(utc(9999, 12, 31, 23, 59, 59)), "99991231T235959Z");
-  for (const QDateTime& date : {QDateTime(), utc(10000, 1, 1), utc(-1, 12, 31, 23, 59, 59)}) {
+  LogCapture log;
+  EXPECT_TRUE(UTIL_TimeConversion::toISO8601(QDateTime()).isEmpty());
+  EXPECT_EQ(log.text(), "");
+  for (const QDateTime& date : {utc(10000, 1, 1), utc(-1, 12, 31, 23, 59, 59)})
     EXPECT_TRUE(UTIL_TimeConversion::toISO8601(date).isEmpty());
-  }
+  const std::string line = "(platform/util/UTIL_TimeConversion.cpp)The year ";
+  EXPECT_EQ(log.withoutLines(), line + "10000 can't be written with four digits" + line +
+                                    "-1 can't be written with four digits");
   const TimeZone zone("America/New_York");  // the year that counts is the one in UTC
   EXPECT_TRUE(
       UTIL_TimeConversion::toISO8601(QDateTime(QDate(9999, 12, 31), QTime(20, 0))).isEmpty());
@@ -615,10 +640,53 @@ TEST(Charsets, WhatASetLacksIsReplaced) {
 TEST(Charsets, LoneSurrogatesAreReplaced) {
   for (const char16_t unit : {u'\xD800', u'\xDC00'})
     for (const int code : {1, 12, 13, 14, 15, 16}) {
-      QCString bytes;
-      EXPECT_FALSE(EMAIL_Util::encWithCharset(bytes, "a" + QString(QChar(unit)) + "b", code));
-      EXPECT_EQ(bytes, "a?b") << code;
+      const bool hasReplacement = code == 12 || code == 13;
+      const QChar replacement = hasReplacement ? QChar(QChar::ReplacementCharacter) : QChar('?');
+      for (const QString& place :
+           {QString("a%1b"), QString("%1b"), QString("a%1"), QString::fromUtf16(u"%1\U0001F600")}) {
+        if (!hasReplacement && place.size() == 4)
+          continue;  // the pair can't be written either
+        QCString bytes;
+        EXPECT_FALSE(EMAIL_Util::encWithCharset(bytes, place.arg(QChar(unit)), code));
+        QString back;
+        EXPECT_TRUE(EMAIL_Util::decFromCharset(bytes, back, code));
+        EXPECT_EQ(back, place.arg(replacement)) << code;
+      }
     }
+}
+
+TEST(Charsets, Utf7ThatIsCutShortIsNotValid) {
+  for (const char* bytes : {"+A", "+AG", "a+", "+2D0", "+2D0-", "+2D3eA", "+AGF-"}) {
+    LogCapture log;
+    QString text;
+    EXPECT_FALSE(EMAIL_Util::decFromCharset(bytes, text, 12)) << bytes;
+    EXPECT_EQ(text, QString::fromLatin1(bytes));
+  }
+  QString text;
+  EXPECT_TRUE(EMAIL_Util::decFromCharset("+AGE", text, 12));  // complete without its hyphen
+  EXPECT_EQ(text, "a");
+}
+
+TEST(Charsets, CombinedCharactersAtTheEndAreRead) {
+  QString text;
+  EXPECT_TRUE(EMAIL_Util::decFromCharset("a\x88\x62", text, 16));
+  EXPECT_EQ(text.toStdU16String(), u"a\u00CA\u0304");
+  EXPECT_TRUE(EMAIL_Util::decFromCharset("a\x88\x66", text, 16));
+  EXPECT_EQ(text.toStdU16String(), u"a\u00CA");
+}
+
+// Language tags, which the C library drops without an error.
+TEST(Charsets, CharactersThatVanishAreToldOf) {
+  QCString bytes;
+  EXPECT_FALSE(EMAIL_Util::encWithCharset(bytes, QString::fromUtf16(u"a\U000E0067z"), 1));
+  EXPECT_EQ(bytes, "az");
+}
+
+// Each failure makes the C library convert thousands of characters again.
+TEST(Charsets, ManyCharactersThatASetLacksTakeNoLongerThanOthers) {
+  QCString bytes;
+  EXPECT_FALSE(EMAIL_Util::encWithCharset(bytes, QString(1000000, QChar(0x4E00)), 1));
+  EXPECT_TRUE(bytes == QByteArray(1000000, '?'));
 }
 
 TEST(Charsets, LongTextsPassWhole) {
@@ -784,6 +852,21 @@ TEST_F(DataDirectoryTest, ThenHome) {
   expectMade(below("home/.local/share/ulo"));
   const Environment xdg("XDG_DATA_HOME", "");
   expectMade(below("home/.local/share/ulo"));
+}
+
+// As the desktops' specification has it.
+TEST_F(DataDirectoryTest, ARelativeVariableOfTheDesktopIsIgnored) {
+  const Environment xdg("XDG_DATA_HOME", "data");
+  expectMade(below("home/.local/share/ulo"));
+}
+
+TEST_F(DataDirectoryTest, NoneWithoutAHome) {
+  for (const char* home : {"", static_cast<const char*>(nullptr)}) {
+    const Environment unset("HOME", home);
+    errno = 0;
+    EXPECT_EQ(ulo::dataDirectory(), "");
+    EXPECT_EQ(errno, ENOENT);
+  }
 }
 
 TEST_F(DataDirectoryTest, OneThatExistsIsLeftAsItIs) {
