@@ -3,25 +3,24 @@
 #include "aplog.h"
 #include "data_directory.h"
 
+#include <QDateTime>
+
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <ctime>
 #include <filesystem>
 #include <string>
 
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <sys/time.h>
 #include <syslog.h>
 #include <unistd.h>
 
 namespace ulo {
 namespace {
 
-// Long enough for a message to come in one piece.
+// A message up to this length is one line; a longer one goes on in lines that say so.
 constexpr std::size_t messageBuffer = 64UL * 1024;
 
 struct Sink {
@@ -30,34 +29,30 @@ struct Sink {
   std::string path;
   int descriptor = -1;
   char buffer[messageBuffer];  // the C library makes none of the size that it is told
+  bool goesOn = false;         // the next piece belongs to the same message
 };
 
+// The message with its control characters as "\xNN", those beyond ASCII (U+0080 to U+009F in
+// UTF-8) too: they would forge lines, or drive the terminal of whoever reads them.
 std::string printable(const char* text, std::size_t size) {
   constexpr char hex[] = "0123456789ABCDEF";
   std::string result;
+  bool afterC2 = false;
   for (std::size_t i = 0; i < size; ++i) {
     const auto byte = static_cast<unsigned char>(text[i]);
-    if (byte >= ' ' && byte != 0x7F)
+    if (byte >= ' ' && byte != 0x7F && !(afterC2 && byte >= 0x80 && byte < 0xA0))
       result += text[i];
     else if (i + 1 < size || byte != '\n')  // a line end of the message's own is not doubled
       result += std::string("\\x") + hex[byte >> 4U] + hex[byte & 15U];
+    afterC2 = byte == 0xC2;
   }
   return result;
 }
 
-// "2006-03-05T12:00:00.123+0100"
+// "2006-03-05T12:00:00.123+01:00"
 std::string timeStamp() {
-  timeval now{};
-  gettimeofday(&now, nullptr);
-  tm local{};
-  localtime_r(&now.tv_sec, &local);
-  char date[32];
-  char zone[8];
-  std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%S", &local);
-  std::strftime(zone, sizeof zone, "%z", &local);
-  char all[64];
-  std::snprintf(all, sizeof all, "%s.%03ld%s", date, static_cast<long>(now.tv_usec / 1000), zone);
-  return all;
+  const QDateTime now = QDateTime::currentDateTime();
+  return now.toOffsetFromUtc(now.offsetFromUtc()).toString(Qt::ISODateWithMs).toStdString();
 }
 
 int openFile(const std::string& path) {
@@ -91,7 +86,8 @@ ssize_t writeMessage(void* cookie, const char* text, std::size_t size) {
   const auto taken = static_cast<ssize_t>(size);
   if (sink.kind == Sink::Kind::none)
     return taken;
-  const std::string message = printable(text, size);
+  const std::string message = (sink.goesOn ? "... " : "") + printable(text, size);
+  sink.goesOn = size % messageBuffer == 0;
   if (sink.kind == Sink::Kind::systemLog) {
     syslog(LOG_NOTICE, "%s", message.c_str());
     return taken;

@@ -23,7 +23,8 @@ constexpr int highestWrittenLevel = 7;
                                                                       ...) {
   if (level > highestWrittenLevel)
     return;
-  FILE* stream = libaplog_to_module_ptr != nullptr ? libaplog_to_module_ptr : stdout;
+  FILE* const opened = libaplog_to_module_ptr;
+  FILE* const stream = opened != nullptr ? opened : stdout;
   va_list arguments;
   va_start(arguments, format);
   // Locked and flushed, a message reaches the stream whole and by itself.

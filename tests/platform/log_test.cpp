@@ -41,9 +41,9 @@ bool isDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
-// "program. one" of "2006-03-05T12:00:00.123+0100 program[17] one"; other lines as they are.
+// "program. one" of "2006-03-05T12:00:00.123+01:00 program[17] one"; other lines as they are.
 std::string withoutTime(const std::string& line) {
-  const std::string time = "0000-00-00T00:00:00.000+0000 ";
+  const std::string time = "0000-00-00T00:00:00.000+00:00 ";
   for (std::size_t i = 0; i < time.size(); ++i) {
     const char c = i < line.size() ? line[i] : '\0';
     if (!(isDigit(time[i]) ? isDigit(c) : c == time[i] || (time[i] == '+' && c == '-')))
@@ -278,7 +278,7 @@ TEST_F(LogSink, TheTimeIsLocalWithItsOffset) {
                 localtime_r(&second, &local);
                 char expected[32];
                 std::strftime(expected, sizeof expected, "%Y-%m-%dT%H:%M:%S.", &local);
-                if (line.rfind(expected, 0) == 0 && line.substr(23, 6) == "+0530 ")
+                if (line.rfind(expected, 0) == 0 && line.substr(23, 7) == "+05:30 ")
                   return 0;
               }
               return 1;
@@ -344,11 +344,22 @@ TEST_F(LogSink, ShowsControlCharacters) {
               ElementsAre(expected + "|\\x7F|\xC3\xA9", "program. \\x00|", "program. \\x0A"));
 }
 
+// U+0085 is a line end to some, U+009B begins a terminal's command.
+TEST_F(LogSink, ShowsControlCharactersBeyondAscii) {
+  EXPECT_EQ(withSink(file(), true,
+                     [] {
+                       moduleLog(logError, "\xC2\x80\xC2\x85\xC2\x9F|\xC2\xA0\xC3\x9B\xE4\xBB\x80");
+                     }),
+            0);
+  EXPECT_THAT(messagesOf(contentOf(file())),
+              ElementsAre("program. \xC2\\x80\xC2\\x85\xC2\\x9F|\xC2\xA0\xC3\x9B\xE4\xBB\x80"));
+}
+
 TEST_F(LogSink, TextCannotForgeALine) {
-  const std::string forged = "x\n2006-03-05T12:00:00.123+0100 program[1] forged\r\nmore\n";
+  const std::string forged = "x\n2006-03-05T12:00:00.123+01:00 program[1] forged\r\nmore\n";
   EXPECT_EQ(withSink(file(), true, [&] { moduleLog(logError, "%s", forged.c_str()); }), 0);
   EXPECT_THAT(messagesOf(contentOf(file())),
-              ElementsAre("program. x\\x0A2006-03-05T12:00:00.123+0100 program[1] "
+              ElementsAre("program. x\\x0A2006-03-05T12:00:00.123+01:00 program[1] "
                           "forged\\x0D\\x0Amore"));
 }
 
@@ -360,6 +371,27 @@ TEST_F(LogSink, LongMessagesComeInOnePiece) {
     EXPECT_TRUE(messagesOf(contentOf(log)) == std::vector<std::string>{"program. " + message})
         << size;
   }
+}
+
+TEST_F(LogSink, LongerOnesGoOnInLinesThatSaySo) {
+  const std::string message(200000, 'x');
+  EXPECT_EQ(withSink(file(), true,
+                     [&] {
+                       moduleLog(logDump, "%s", message.c_str());
+                       moduleLog(logError, "next");
+                     }),
+            0);
+  std::vector<std::string> lines = messagesOf(contentOf(file()));
+  ASSERT_GE(lines.size(), 3U);
+  EXPECT_EQ(lines.back(), "program. next");
+  lines.pop_back();
+  std::string joined = lines.front().substr(std::string("program. ").size());
+  const std::string goesOn = "program. ... ";
+  for (std::size_t i = 1; i < lines.size(); ++i) {
+    ASSERT_EQ(lines[i].substr(0, goesOn.size()), goesOn);
+    joined += lines[i].substr(goesOn.size());
+  }
+  EXPECT_TRUE(joined == message);
 }
 
 TEST_F(LogSink, AFullFileIsSetAside) {
