@@ -24,7 +24,8 @@ enum SVC_CT_ChangeType : int {
 
 // Writes each change to the journal in the data directory. The journal is opened with the first
 // report. All operations give 0 on success and 1 when the journal could not be written, which is
-// logged; the next report tries again.
+// logged (once for several in a row); what was to be written is dropped then, and the next report
+// tries again. Several threads may report through one object; reporting throws nothing.
 class ULO_EXPORT SVC_CT_ChangeReporter {
 public:
   SVC_CT_ChangeReporter();
@@ -37,8 +38,9 @@ public:
   virtual int report(const SVC_CT_ChangeRecord& record, int handle);
   // Reports `count` changes at once: all of them get into the journal, or none.
   virtual int reportMany(const SVC_CT_ChangeRecord* records, unsigned int count, int handle);
-  // What is reported from here to endBatch gets into the journal at once, at endBatch: a reader
-  // sees all of it or nothing. A batch within a batch is refused with 1.
+  // What is reported from here to endBatch, whatever its source, gets into the journal at once, at
+  // endBatch: a reader sees all of it or nothing. It is kept in memory until then; a killed process
+  // takes it along. A batch within a batch is refused with 1 and changes nothing.
   virtual int beginBatch(const char* source);
   // Without a batch: 1.
   virtual int endBatch(const char* source);
@@ -48,6 +50,5 @@ public:
 
 private:
   class Batch;
-  Batch& batch();
   std::unique_ptr<Batch> batch_;
 };

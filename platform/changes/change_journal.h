@@ -9,8 +9,6 @@
 #include <string>
 #include <vector>
 
-struct sqlite3;
-
 namespace ulo {
 
 enum class ChangeType : int { added = 1, updated = 2, removed = 3 };
@@ -24,29 +22,35 @@ struct Change {
 };
 
 // What became of the UIDs of a source, each in at most one of the lists, in the order in which
-// they first changed. What was added and removed again is in none.
+// they first changed. Only what was there before and what is there now counts: added and updated
+// is added, removed and added again is updated, added and removed is in none.
 struct NetChanges {
   std::vector<std::uint32_t> added;
   std::vector<std::uint32_t> updated;
   std::vector<std::uint32_t> removed;
   std::int64_t lastEntry = 0;  // ask on from here
-  // Entries behind the one asked for have been pruned: the lists don't tell everything, and
-  // whoever asked has to compare all its data.
+  // Entries behind the one asked for have been pruned, or the one asked for is of another journal:
+  // the lists don't tell everything, and whoever asked has to compare all its data.
   bool incomplete = false;
 };
 
+// The file "changes.db". What was appended survives the death of the process; a power cut can
+// lose the last changes, but none that lastEntry or changesSince has told of.
+// One thread at a time uses an object; threads and processes may have one each.
 class ULO_EXPORT ChangeJournal {
 public:
-  // The journal in `directory`, which has to exist. Nothing is opened yet.
-  explicit ChangeJournal(std::string directory);
+  // The journal in `directory`, which has to exist; in the data directory when it is empty.
+  // Nothing is opened yet.
+  explicit ChangeJournal(std::string directory = {}) noexcept;
   ChangeJournal(const ChangeJournal&) = delete;
   ChangeJournal& operator=(const ChangeJournal&) = delete;
   ~ChangeJournal();
 
   // All operations give false, and log why, when the journal can't be read or written. A journal
-  // that does not exist reads as an empty one; only append creates it.
+  // that does not exist reads as an empty one; only append creates it, with mode 0600.
 
-  // Adds changes, all or none, in the order given. Their `entry` and `time` are set here.
+  // Adds changes, all or none, in the order given. Their `entry` and `time` are set here. Of
+  // several failures in a row the first one is logged.
   [[nodiscard]] bool append(const std::vector<Change>& changes);
   // Appends to `changes` everything with a higher number than `entry`, of all sources.
   [[nodiscard]] bool entriesSince(std::int64_t entry, std::vector<Change>& changes);
@@ -59,10 +63,15 @@ public:
 
 private:
   class Database;
-  Database* open(bool create);
+  template <typename Work> bool attempt(const char* what, bool log, Work work);
+  template <typename Work> bool read(Work work);
+  [[nodiscard]] std::string path() const;
+  Database* existing();
+  Database& created();
 
   std::string directory_;
   std::unique_ptr<Database> database_;
+  bool appendFails_ = false;
 };
 
 }  // namespace ulo

@@ -289,6 +289,94 @@ TEST_F(Journal, AnEmptyFileBecomesOne) {
   EXPECT_THAT(uidsIn(directory_.path()), ElementsAre(1));
 }
 
+TEST_F(Journal, ReadersLeaveAnEmptyFileEmpty) {
+  std::ofstream(file()) << "";
+  EXPECT_EQ(netOf(journal_).lastEntry, 0);
+  EXPECT_TRUE(journal_.prune(1));
+  EXPECT_EQ(fs::file_size(file()), 0U);
+}
+
+// Its number comes from a journal that is no more.
+TEST_F(Journal, AReaderOfAnotherJournalIsTold) {
+  EXPECT_TRUE(netOf(journal_, 1).incomplete);
+  ASSERT_TRUE(journal_.append({changeOf(1)}));
+  EXPECT_FALSE(netOf(journal_, 1).incomplete);
+  EXPECT_TRUE(netOf(journal_, 2).incomplete);
+  EXPECT_FALSE(netOf(journal_, -1).incomplete);
+}
+
+TEST_F(Journal, UnknownTypesAreRefusedWithAllThatCameAlong) {
+  LogCapture log;
+  for (const int type : {0, 4, -1})
+    EXPECT_FALSE(journal_.append({changeOf(1), changeOf(2, static_cast<ChangeType>(type))}));
+  EXPECT_THAT(log.text(), HasSubstr("CHECK constraint failed"));
+  ASSERT_TRUE(journal_.append({changeOf(3)}));
+  EXPECT_THAT(uidsIn(directory_.path()), ElementsAre(3));
+  EXPECT_EQ(lastOf(journal_), 1);
+}
+
+TEST_F(Journal, ItsWriterNeedsNoDataDirectoryInItsName) {
+  ChangeJournal inDataDirectory;
+  ASSERT_TRUE(inDataDirectory.append({changeOf(1)}));
+  EXPECT_THAT(uidsIn(directory_.path()), ElementsAre(1));
+}
+
+// What is in the file itself, without its write-ahead log, has been flushed to the disk.
+TEST_F(Journal, APowerCutTakesNothingBackThatSomebodyWasToldOf) {
+  const TemporaryDirectory afterwards;
+  const auto flushed = [&] {
+    fs::copy_file(file(), afterwards.path() / "changes.db", fs::copy_options::overwrite_existing);
+    return uidsIn(afterwards.path()).size();
+  };
+  ASSERT_TRUE(journal_.append({changeOf(1)}));
+  EXPECT_EQ(flushed(), 0U);
+  EXPECT_EQ(lastOf(journal_), 1);
+  EXPECT_EQ(flushed(), 1U);
+  ASSERT_TRUE(journal_.append({changeOf(2)}));
+  EXPECT_EQ(netOf(journal_).lastEntry, 2);
+  EXPECT_EQ(flushed(), 2U);
+}
+
+TEST_F(Journal, DamagedPagesAreNotRead) {
+  {
+    ChangeJournal journal(directory_.path());
+    ASSERT_TRUE(journal.append(std::vector<Change>(2000, changeOf(1))));
+  }
+  std::fstream(file(), std::ios::in | std::ios::out | std::ios::binary).seekp(8192)
+      << std::string(12288, '\xFF');
+  LogCapture log;
+  std::vector<Change> changes{changeOf(7)};
+  EXPECT_FALSE(journal_.entriesSince(0, changes));
+  EXPECT_THAT(changes, SizeIs(1));  // nothing of what was read before it failed
+  EXPECT_THAT(log.text(), HasSubstr("can't be read: database disk image is malformed"));
+}
+
+std::vector<std::string> statementsRun;
+std::set<const void*> statementsPrepared;
+
+TEST_F(Journal, AChangeCostsOneStatement) {
+  const auto trace = +[](sqlite3* connection, const char**, const void*) {
+    return sqlite3_trace_v2(
+        connection, SQLITE_TRACE_STMT,
+        [](unsigned, void*, void* statement, void*) {
+          statementsRun.emplace_back(sqlite3_sql(static_cast<sqlite3_stmt*>(statement)));
+          statementsPrepared.insert(statement);
+          return 0;
+        },
+        nullptr);
+  };
+  sqlite3_auto_extension(reinterpret_cast<void (*)()>(trace));
+  ASSERT_TRUE(journal_.append({changeOf(1)}));
+  sqlite3_reset_auto_extension();
+  statementsRun.clear();
+  statementsPrepared.clear();
+  for (std::uint32_t uid = 2; uid < 12; ++uid)
+    ASSERT_TRUE(journal_.append({changeOf(uid)}));
+  EXPECT_THAT(statementsRun, SizeIs(10));
+  EXPECT_THAT(statementsRun, testing::Each(StartsWith("INSERT INTO changes")));
+  EXPECT_THAT(statementsPrepared, SizeIs(1));
+}
+
 // The reporter
 
 class Reporter : public Journal {
@@ -372,6 +460,35 @@ TEST_F(Reporter, ABatchThatWasNotEndedIsWritten) {
     EXPECT_EQ(reporter.report(recordOf(2), -1), 0);
   }
   EXPECT_THAT(uidsIn(directory_.path()), ElementsAre(1, 2));
+}
+
+TEST_F(Reporter, ABatchGoesWithAKilledProcess) {
+  EXPECT_EQ(inOtherProcess([] {
+              SVC_CT_ChangeReporter reporter;
+              reporter.report(recordOf(1), -1);
+              reporter.beginBatch("engine");
+              reporter.report(recordOf(2), -1);
+              raise(SIGKILL);
+              return 0;
+            }),
+            128 + SIGKILL);
+  EXPECT_THAT(uidsIn(directory_.path()), ElementsAre(1));
+}
+
+TEST_F(Reporter, IsSharedByThreads) {
+  constexpr unsigned threads = 4;
+  constexpr unsigned changes = 100;
+  std::vector<std::thread> running;
+  for (unsigned i = 0; i < threads; ++i)
+    running.emplace_back([&, i] {
+      for (unsigned n = 0; n < changes; ++n)
+        EXPECT_EQ(reporter_.report(recordOf(i * changes + n), -1), 0);
+    });
+  for (std::thread& thread : running)
+    thread.join();
+  const std::vector<std::uint32_t> uids = uidsIn(directory_.path());
+  EXPECT_THAT(uids, SizeIs(threads * changes));
+  EXPECT_THAT(std::set<std::uint32_t>(uids.begin(), uids.end()), SizeIs(threads * changes));
 }
 
 class RecordingReporter : public SVC_CT_ChangeReporter {
@@ -563,8 +680,6 @@ TEST_F(Journal, AKilledWriterLosesNothingItReported) {
 
 // Faults, and what comes after them
 
-constexpr const char* cannotOpen =
-    "(platform/changes/change_journal.cpp)The change journal can't be opened: ";
 constexpr const char* cannotWrite =
     "(platform/changes/change_journal.cpp)The change journal can't be written: ";
 
@@ -572,8 +687,10 @@ TEST_F(Reporter, ADirectoryInPlaceOfTheJournal) {
   fs::create_directory(file());
   {
     LogCapture log;
-    EXPECT_EQ(reporter_.report(recordOf(1), -1), 1);
-    EXPECT_EQ(log.withoutLines(), cannotOpen + std::string("unable to open database file"));
+    for (int i = 0; i < 3; ++i)
+      EXPECT_EQ(reporter_.report(recordOf(1), -1), 1);
+    EXPECT_EQ(log.withoutLines(),  // once
+              cannotWrite + std::string("unable to open database file"));
   }
   fs::remove(file());
   EXPECT_EQ(reporter_.report(recordOf(2), -1), 0);
@@ -585,7 +702,7 @@ TEST_F(Reporter, AFileThatIsNoDatabase) {
   {
     LogCapture log;
     EXPECT_EQ(reporter_.report(recordOf(1), -1), 1);
-    EXPECT_EQ(log.withoutLines(), cannotOpen + std::string("file is not a database"));
+    EXPECT_EQ(log.withoutLines(), cannotWrite + std::string("file is not a database"));
   }
   {
     LogCapture log;
@@ -597,8 +714,11 @@ TEST_F(Reporter, AFileThatIsNoDatabase) {
     EXPECT_FALSE(journal_.changesSince("engine", 0, net));
     EXPECT_FALSE(journal_.prune(1));
     EXPECT_THAT(changes, SizeIs(1));
-    const std::string line = cannotOpen + std::string("file is not a database");
-    EXPECT_EQ(log.withoutLines(), line + line + line + line);
+    const auto line = [](const char* what) {
+      return std::string("(platform/changes/change_journal.cpp)The change journal can't be ") +
+             what + ": file is not a database";
+    };
+    EXPECT_EQ(log.withoutLines(), line("read") + line("read") + line("read") + line("pruned"));
   }
   EXPECT_EQ(fs::file_size(file()), 5000U);  // whosever it is
   fs::remove(file());
@@ -616,9 +736,8 @@ TEST_F(Reporter, NoDataDirectory) {
     EXPECT_EQ(reporter_.beginBatch("engine"), 0);
     EXPECT_EQ(reporter_.report(recordOf(2), -1), 0);
     EXPECT_EQ(reporter_.endBatch("engine"), 1);
-    const std::string line =
-        "(platform/changes/SVC_CT_ChangeReporter.cpp)There is no directory for the change journal";
-    EXPECT_EQ(log.withoutLines(), line + line);
+    EXPECT_EQ(log.withoutLines(),
+              cannotWrite + std::string("there is no data directory: Not a directory"));
   }
   EXPECT_EQ(reporter_.endBatch("engine"), 1);  // the failed one is over
   fs::remove(way);
@@ -672,8 +791,10 @@ TEST_F(FullDisk, ReportsFailUntilThereIsRoom) {
     const SVC_CT_ChangeRecord records[] = {recordOf(3), recordOf(4, SVC_CT_ADDED, large_.c_str()),
                                            recordOf(5)};
     EXPECT_EQ(reporter_.reportMany(records, 3, -1), 1);
-    EXPECT_EQ(log.withoutLines(), cannotWrite + std::string("database or disk is full"));
+    EXPECT_EQ(log.text(), "");  // still the same
   }
+  EXPECT_THAT(uidsIn(directory_.path()), ElementsAre(1));
+  EXPECT_EQ(reporter_.report(recordOf(8), -1), 0);  // a small one fits
   {
     LogCapture log;
     ASSERT_EQ(reporter_.beginBatch("engine"), 0);
@@ -682,8 +803,6 @@ TEST_F(FullDisk, ReportsFailUntilThereIsRoom) {
     EXPECT_EQ(reporter_.endBatch("engine"), 1);
     EXPECT_EQ(log.withoutLines(), cannotWrite + std::string("database or disk is full"));
   }
-  EXPECT_THAT(uidsIn(directory_.path()), ElementsAre(1));
-  EXPECT_EQ(reporter_.report(recordOf(8), -1), 0);  // a small one fits
   ASSERT_EQ(limitPages(connection, 1000), SQLITE_OK);
   const SVC_CT_ChangeRecord records[] = {recordOf(9, SVC_CT_ADDED, large_.c_str()), recordOf(10)};
   EXPECT_EQ(reporter_.reportMany(records, 2, -1), 0);
@@ -700,7 +819,7 @@ TEST_F(FullDisk, NoRoomForTheJournalItself) {
   {
     LogCapture log;
     EXPECT_EQ(reporter_.report(recordOf(1), -1), 1);
-    EXPECT_EQ(log.withoutLines(), cannotOpen + std::string("database or disk is full"));
+    EXPECT_EQ(log.withoutLines(), cannotWrite + std::string("database or disk is full"));
   }
   sqlite3_reset_auto_extension();
   EXPECT_EQ(reporter_.report(recordOf(2), -1), 0);
