@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # The shell that ./run leaves the user in.
 PS1='ulotask demo \$ '
 cat <<'HELP'
