@@ -50,9 +50,9 @@ std::string filter(const CursorPlan& plan, const std::string& before) {
   return sql;
 }
 
-// Whether walking the key's index means to look up each row in the table besides, although a good
-// part of them is not wanted or all of them are: then it is cheaper to read the table as it lies
-// and sort what is wanted. Without statistics SQLite would walk.
+// Whether walking the key's index would look up each row in the table only to leave many of them
+// out: then it is cheaper to read the table as it lies and sort what is wanted. Without statistics
+// SQLite would walk. Where all rows are wanted, sorting them whole costs as much as it saves.
 bool sortsCheaper(const CursorPlan& plan) {
   const int uid = plan.source.table->uid;
   const auto inOrder = [&](int column) {
@@ -66,7 +66,7 @@ bool sortsCheaper(const CursorPlan& plan) {
   const bool isCovered = std::all_of(plan.fetched.begin(), plan.fetched.end(), inOrder) &&
                          std::all_of(plan.filter.begin(), plan.filter.end(),
                                      [&](const Condition& c) { return inOrder(c.column); });
-  return first != uid && !isRange && !isCovered;
+  return !plan.filter.empty() && first != uid && !isRange && !isCovered;
 }
 
 // From the column at place `level` of the order on.

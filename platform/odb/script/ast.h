@@ -31,7 +31,6 @@ enum class Op {
   integer,
   boolean,
   text,
-  null,
   parameter,
   argument,
   variable,

@@ -70,8 +70,6 @@ const char* opName(Op op) {
     return "bool";
   case Op::text:
     return "text";
-  case Op::null:
-    return "null";
   case Op::parameter:
     return "parameter";
   case Op::argument:
