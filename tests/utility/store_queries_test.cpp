@@ -6,7 +6,6 @@
 
 namespace {
 
-
 class StoreQueries : public StoreTest {
 protected:
   using Uids = std::vector<unsigned int>;
