@@ -25,8 +25,10 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
+using testing::StartsWith;
 using ulo::Change;
 using ulo::ChangeJournal;
 using ulo::ChangeType;
