@@ -171,7 +171,7 @@ int ZTASK_ENG_Model::getTask(unsigned int uid, ZTASK_ENG_Task& task) {
     ULO_LOG_ERROR("The task with uid %d is not exist!", static_cast<int>(uid));
     return TASK_ENG_NOT_FOUND;
   }
-  readTask<task_scripts::MarkedTask>(open_, rows, uid, task);
+  TaskReader<task_scripts::MarkedTask>(open_, rows).read(uid, task);
   return TASK_ENG_OK;
 }
 
@@ -583,7 +583,8 @@ int ZTASK_ENG_Model::getAllTasks(QValueList<ZTASK_ENG_Task>& tasks) {
   ResultRows rows;
   if (rows.query(task_scripts::allTasks) != DB_OK)
     return TASK_ENG_DATABASE_FAILURE;
+  const TaskReader<task_scripts::PlainTask> reader(open_, rows);
   for (; !rows.atEnd(); rows.next())
-    appendTask<task_scripts::PlainTask>(open_, rows, tasks);
+    reader.append(tasks);
   return TASK_ENG_OK;
 }

@@ -30,9 +30,6 @@ public:
   [[nodiscard]] bool boolean(int column) const {
     return DB_CSC_GetFieldAsBool(cursor_, column) != 0;
   }
-  [[nodiscard]] QDateTime date(int column) const {
-    return UTIL_TimeConversion::fromUTC(integer(column));
-  }
   // Units up to the first 0, unchanged; null and empty are told apart.
   [[nodiscard]] QString unicode(int column) const {
     const auto* units = reinterpret_cast<const QChar*>(DB_CSC_GetFieldAsUnicode(cursor_, column));

@@ -142,6 +142,7 @@ void bindFilter(ParameterBlock& block, int index, ZTASK_ENG_Model::TASK_CATEGORY
 void appendMarkedTasks(bool open, ResultRows& rows, bool endMark, QValueList<ZTASK_ENG_Task>& tasks,
                        LogPlace place) {
   using Columns = task_scripts::MarkedTask;
+  const TaskReader<Columns> reader(open, rows, place);
   for (; !rows.atEnd() && rows.boolean(Columns::flag) != endMark; rows.next())
-    appendTask<Columns>(open, rows, tasks, place);
+    reader.append(tasks);
 }

@@ -42,32 +42,49 @@ inline const char* sortIndex(ZTASK_ENG_Model::TASK_SORT_FIELD sort) {
   return sort == ZTASK_ENG_Model::TASK_SORT_DUE ? "task_index_due" : "task_index_priority";
 }
 
-// Sets every field of `task` to the current row, whose columns are those of `Columns`.
-template <typename Columns>
-void readTask(bool open, const ResultRows& rows, unsigned int uid, ZTASK_ENG_Task& task,
-              LogPlace place = LogPlace::current()) {
-  task.setUINT32(ZTASK_ENG_Task::TASK_FIELD_UID, uid);
-  task.setPriority(rows.integer(Columns::priority));
-  task.setStatus(rows.integer(Columns::status));
-  task.setString(ZTASK_ENG_Task::TASK_FIELD_NOTE, rows.unicode(Columns::note));
-  task.setString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY, rows.unicode(Columns::summary));
-  task.setString(ZTASK_ENG_Task::TASK_FIELD_UUID, rows.unicode(Columns::uuid));
-  task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_ALARM, rows.date(Columns::alarm));
-  task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE, rows.date(Columns::due));
-  task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_END, rows.date(Columns::end));
-  task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION, rows.date(Columns::revision));
-  QString category;
-  findCategoryName(open, rows.uid(Columns::category), category, place);
-  task.setString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY, category);
-}
+// Makes tasks of the rows of one result, whose columns are those of `Columns`.
+template <typename Columns> class TaskReader {
+public:
+  TaskReader(bool open, const ResultRows& rows, LogPlace place = LogPlace::current())
+      : open_(open), rows_(rows), place_(place) {}
 
-template <typename Columns>
-void appendTask(bool open, const ResultRows& rows, QValueList<ZTASK_ENG_Task>& tasks,
-                LogPlace place = LogPlace::current()) {
-  ZTASK_ENG_Task task;
-  readTask<Columns>(open, rows, rows.uid(Columns::uid), task, place);
-  tasks.append(task);
-}
+  // Sets every field of `task` to the current row.
+  void read(unsigned int uid, ZTASK_ENG_Task& task) const {
+    task.setUINT32(ZTASK_ENG_Task::TASK_FIELD_UID, uid);
+    task.setPriority(rows_.integer(Columns::priority));
+    task.setStatus(rows_.integer(Columns::status));
+    task.setString(ZTASK_ENG_Task::TASK_FIELD_NOTE, rows_.unicode(Columns::note));
+    task.setString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY, rows_.unicode(Columns::summary));
+    task.setString(ZTASK_ENG_Task::TASK_FIELD_UUID, rows_.unicode(Columns::uuid));
+    task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_ALARM, date(Columns::alarm));
+    task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE, date(Columns::due));
+    task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_END, date(Columns::end));
+    task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION, date(Columns::revision));
+    QString category;
+    findCategoryName(open_, rows_.uid(Columns::category), category, place_);
+    task.setString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY, category);
+  }
+
+  void append(QValueList<ZTASK_ENG_Task>& tasks) const {
+    ZTASK_ENG_Task task(empty_);
+    read(rows_.uid(Columns::uid), task);
+    tasks.append(task);
+  }
+
+private:
+  // Most dates of most tasks are none, and asking for the local time of one takes a while.
+  [[nodiscard]] QDateTime date(int column) const {
+    const int seconds = rows_.integer(column);
+    return seconds == ZTASK_ENG_Task::noDateSeconds ? noDate_
+                                                    : UTIL_TimeConversion::fromUTC(seconds);
+  }
+
+  bool open_;
+  const ResultRows& rows_;
+  LogPlace place_;
+  const ZTASK_ENG_Task empty_;
+  const QDateTime noDate_ = empty_.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE);
+};
 
 // Appends the tasks before the first row whose flag is `endMark`, or all.
 void appendMarkedTasks(bool open, ResultRows& rows, bool endMark, QValueList<ZTASK_ENG_Task>& tasks,
