@@ -64,8 +64,7 @@ ParameterView viewOf(DB_PARAM block) {
 
 ResultBuffer runText(ParameterView parameters, const char* text, va_list arguments) {
   require(text != nullptr, "the text is null");
-  Session& running = session();
-  return running.run(formatTemplate(text, arguments), parameters, &threadTag);
+  return session().run(text, arguments, parameters, &threadTag);
 }
 
 int execute(ParameterView parameters, bool blockIsThere, const char* text, va_list arguments) {

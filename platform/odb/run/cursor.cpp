@@ -6,6 +6,15 @@
 
 namespace ulo::odb {
 
+void Tuple::set(int column, const Value& value) {
+  const auto place = std::lower_bound(columns_.begin(), columns_.end(), column);
+  if (place == columns_.end() || *place != column)
+    columns_.insert(place, column);
+  if (values_.size() <= static_cast<std::size_t>(column))
+    values_.resize(static_cast<std::size_t>(column) + 1);
+  values_[static_cast<std::size_t>(column)].assign(value);
+}
+
 SqlStatement& Cursor::prepared(std::unique_ptr<SqlStatement>& statement, const std::string& sql) {
   if (!statement)
     statement = std::make_unique<SqlStatement>(database_, sql);
@@ -56,22 +65,17 @@ std::int64_t Cursor::countFiltered() {
 
 bool Cursor::find(const Tuple& key) {
   close();
-  std::vector<int> positions;
-  for (std::size_t i = 0; i < plan_.source.key.size(); ++i)
-    if (key.count(plan_.source.key[i].column) != 0)
-      positions.push_back(static_cast<int>(i));
-  std::unique_ptr<SqlStatement>& slot = finds_[positions];
+  std::unique_ptr<SqlStatement>& slot = finds_[key.columns()];
   if (!slot)
-    slot = std::make_unique<SqlStatement>(database_, findSql(plan_, positions));
+    slot = std::make_unique<SqlStatement>(database_, findSql(plan_, key.columns()));
   int parameter = 0;
-  for (const int position : positions) {
-    const int column = plan_.source.key[static_cast<std::size_t>(position)].column;
-    bind(*slot, ++parameter, key.at(column).view(), typeOf(column));
-  }
+  for (const KeyColumn& part : plan_.source.key)
+    if (key.has(part.column))
+      bind(*slot, ++parameter, key.value(part.column), typeOf(part.column));
   if (!slot->step())
     return false;
   row_ = live_ = slot.get();
-  liveIsSameKey_ = positions.size() == plan_.source.key.size();
+  liveIsSameKey_ = key.columns().size() == plan_.source.key.size();
   where_ = Where::found;
   return true;
 }
@@ -214,7 +218,7 @@ bool Cursor::moveNextInDup() {
 Value Cursor::field(int place) const {
   if (row_ == nullptr)
     return {};
-  return columnValue(*row_, place, typeOf(plan_.fetched[static_cast<std::size_t>(place)]));
+  return columnValue(*row_, place, typeAt(place));
 }
 
 void Cursor::requireRow(const char* what) const {
@@ -235,19 +239,15 @@ void Cursor::deleteRow() {
 
 void Cursor::update(const Tuple& data) {
   requireRow("update");
-  if (data.empty())
+  if (data.columns().empty())
     return;
-  std::vector<int> columns;
-  columns.reserve(data.size());
-  for (const auto& [column, value] : data)
-    columns.push_back(column);
-  std::unique_ptr<SqlStatement>& slot = updates_[columns];
+  std::unique_ptr<SqlStatement>& slot = updates_[data.columns()];
   if (!slot)
-    slot = std::make_unique<SqlStatement>(database_, updateSql(plan_, columns));
+    slot = std::make_unique<SqlStatement>(database_, updateSql(plan_, data.columns()));
   const ResetAtEnd reset(*slot);
   int parameter = 0;
-  for (const auto& [column, value] : data)
-    bind(*slot, ++parameter, value.view(), typeOf(column));
+  for (const int column : data.columns())
+    bind(*slot, ++parameter, data.value(column), typeOf(column));
   const std::int64_t uid = field(0).number;
   bind(*slot, ++parameter, Value::integer(uid), Type::integer);
   slot->run();

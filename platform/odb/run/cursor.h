@@ -4,6 +4,7 @@
 #include "sqlite/statement.h"
 #include "value.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -14,7 +15,25 @@
 namespace ulo::odb {
 
 // The fields that a script set in a tuple, by their table columns.
-using Tuple = std::map<int, OwnedValue>;
+class Tuple {
+public:
+  void clear() { columns_.clear(); }
+  void set(int column, const Value& value);
+
+  // Those that are set, ascending.
+  [[nodiscard]] const std::vector<int>& columns() const { return columns_; }
+  [[nodiscard]] bool has(int column) const {
+    return std::binary_search(columns_.begin(), columns_.end(), column);
+  }
+  // Requires: the field is set. Valid until it is set again.
+  [[nodiscard]] Value value(int column) const {
+    return values_[static_cast<std::size_t>(column)].view();
+  }
+
+private:
+  std::vector<int> columns_;
+  std::vector<OwnedValue> values_;  // by column; they keep their memory
+};
 
 // A cursor of a running script. It keeps its statements for the next run.
 class Cursor {
@@ -56,10 +75,12 @@ public:
   // from there.
   bool moveNextInDup();
 
-  [[nodiscard]] const CursorPlan& plan() const { return plan_; }
   // Null when the cursor stands on no row. Valid until the cursor moves. `place` counts in the
   // plan's `fetched`.
   [[nodiscard]] Value field(int place) const;
+  [[nodiscard]] Type typeAt(int place) const {
+    return typeOf(plan_.fetched[static_cast<std::size_t>(place)]);
+  }
   // Both require a current row, else they throw Failure.
   void deleteRow();
   void update(const Tuple& data);
@@ -110,9 +131,10 @@ private:
   std::unique_ptr<SqlStatement> filteredCount_;
   std::unique_ptr<SqlStatement> byUid_;
   std::unique_ptr<SqlStatement> delete_;
+  // By the columns that are looked for or set.
   std::map<std::vector<int>, std::unique_ptr<SqlStatement>> finds_;
-  std::map<std::tuple<int, Behind, bool>, std::unique_ptr<SqlStatement>> stretches_;
   std::map<std::vector<int>, std::unique_ptr<SqlStatement>> updates_;
+  std::map<std::tuple<int, Behind, bool>, std::unique_ptr<SqlStatement>> stretches_;
 };
 
 }  // namespace ulo::odb

@@ -93,12 +93,11 @@ std::string filteredCountSql(const CursorPlan& plan) {
   return countSql(*plan.source.table) + filter(plan, " WHERE ");
 }
 
-std::string findSql(const CursorPlan& plan, const std::vector<int>& positions) {
+std::string findSql(const CursorPlan& plan, const std::vector<int>& columns) {
   std::string where;
-  for (const int position : positions)
-    where += (where.empty() ? " WHERE " : " AND ") +
-             quotedColumn(plan, plan.source.key[static_cast<std::size_t>(position)].column) +
-             " IS ?";
+  for (const KeyColumn& key : plan.source.key)
+    if (std::find(columns.begin(), columns.end(), key.column) != columns.end())
+      where += (where.empty() ? " WHERE " : " AND ") + quotedColumn(plan, key.column) + " IS ?";
   return select(plan) + where + orderBy(plan, 0);
 }
 

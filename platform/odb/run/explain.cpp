@@ -29,8 +29,8 @@ void listSql(const CursorPlan& plan, const std::string& name, const LineSink& li
     list("walk", plan.filter.empty() ? walkSql(plan) : filteredWalkSql(plan));
   if (plan.finds) {
     std::vector<int> whole;
-    for (std::size_t i = 0; i < plan.source.key.size(); ++i)
-      whole.push_back(static_cast<int>(i));
+    for (const KeyColumn& column : plan.source.key)
+      whole.push_back(column.column);
     list("find", findSql(plan, whole));
   }
   const auto keySize = static_cast<int>(plan.source.key.size());
@@ -88,7 +88,7 @@ void Session::explain(const std::string& text, int what, ParameterView parameter
          isScript(text) ? listTree(parseScript(text)) : listTree(parseStatement(text)))
       line("tree  " + node);
   if ((what & DB_EXPLAIN_SQL) != 0) {
-    const std::unique_ptr<Program> program = compile(text);
+    const std::shared_ptr<const Program> program = programOf(text);
     for (const Variable& variable : program->variables) {
       if (variable.type == Type::cursor)
         listSql(program->cursors[static_cast<std::size_t>(variable.cursor)], variable.name, line);
@@ -105,13 +105,13 @@ void Session::explain(const std::string& text, int what, ParameterView parameter
     return;
   int tag = 0;
   bool tagIsSet = false;
-  ResultBuffer result({});
+  ResultBuffer result;
   {
-    Executable& executable = prepare(text);
+    const std::shared_ptr<Executable> executable = prepare(text);
     const Trace trace(connection_.handle(), line);
     constexpr int untouched = -1;
     tag = untouched;
-    result = runPrepared(executable, FormattedText{text, {}}, parameters, &tag);
+    result = runPrepared({*executable, {}}, parameters, &tag);
     tagIsSet = tag != untouched;
   }
   forgetIfSchemaChanged();

@@ -26,7 +26,7 @@ private:
 
 }  // namespace
 
-Executable::Executable(sqlite3* database, std::unique_ptr<Program> program)
+Executable::Executable(sqlite3* database, std::shared_ptr<const Program> program)
     : database_(database), program_(std::move(program)), slots_(program_->variables.size()) {
   for (const CursorPlan& plan : program_->cursors)
     cursors_.push_back(std::make_unique<Cursor>(database, plan));
@@ -74,13 +74,7 @@ void Executable::runInsert(Run& run) {
 void Executable::execute(const Node& node) {
   switch (node.op) {
   case Op::block:
-    for (const NodePtr& operand : node.operands) {
-      try {
-        execute(*operand);
-      } catch (const Failure& failure) {
-        throw failure.at(operand->at);
-      }
-    }
+    executeBlock(node);
     break;
   case Op::declareVariable:
     declare(node);
@@ -104,7 +98,7 @@ void Executable::execute(const Node& node) {
     cursorOf(node).update(slotOf(*node.operands[1]).tuple);
     break;
   case Op::setField:
-    slotOf(node).tuple[node.column] = OwnedValue(evaluate(*node.operands[1]));
+    slotOf(node).tuple.set(node.column, evaluate(*node.operands[1]));
     break;
   case Op::bufferPut:
     run_->result.put(node.column, evaluate(*node.operands[0]));
@@ -117,6 +111,21 @@ void Executable::execute(const Node& node) {
     break;
   default:
     evaluate(node);
+  }
+}
+
+void Executable::executeBlock(const Node& node) {
+  std::size_t done = 0;
+  try {
+    if (node.plan >= 0 && pushDownEnabled && !run_->result.rowIsOpen()) {
+      const RowCopy& copy = program_->rowCopies[static_cast<std::size_t>(node.plan)];
+      copyRow(copy);
+      done = copy.statements;
+    }
+    for (; done < node.operands.size(); ++done)
+      execute(*node.operands[done]);
+  } catch (const Failure& failure) {
+    throw failure.at(node.operands[done]->at);
   }
 }
 
@@ -155,8 +164,8 @@ void Executable::executePlanned(const Node& node, const LoopPlan& plan) {
     executeOnward(node, cursor, slots_[static_cast<std::size_t>(plan.found)]);
   } else if (plan.counter >= 0) {
     slots_[static_cast<std::size_t>(plan.counter)].number += cursor.countFiltered();
-  } else if (!plan.copies.empty() && !run_->result.rowIsOpen()) {
-    copyRows(node, plan, cursor);
+  } else if (plan.onlyCopies && !run_->result.rowIsOpen()) {
+    copyRows(node, program_->rowCopies[static_cast<std::size_t>(plan.block->plan)], cursor);
   } else {
     cursor.walkFiltered();
     while (cursor.moveNext()) {
@@ -167,23 +176,34 @@ void Executable::executePlanned(const Node& node, const LoopPlan& plan) {
   cursor.setFilter(nullptr);
 }
 
-void Executable::copyRows(const Node& node, const LoopPlan& plan, Cursor& cursor) {
+// Puts a row out. Requires: the current row has ended.
+void Executable::copyRow(const RowCopy& copy) {
+  ResultBuffer& result = run_->result;
+  const Cursor* cursor =
+      copy.cursor < 0 ? nullptr : slots_[static_cast<std::size_t>(copy.cursor)].cursor;
+  const std::size_t before = result.rows();
+  result.addRow();
+  for (const Copy& cell : copy.copies) {
+    ResultBuffer::Column& column = result.column(cell.target);
+    column.fill(before, {});
+    column.put(cell.constant != nullptr ? literal(*cell.constant) : cursor->field(cell.place));
+  }
+}
+
+// The same for each row that the cursor's filtered walk comes to.
+void Executable::copyRows(const Node& node, const RowCopy& copy, Cursor& cursor) {
   struct Cell {
     ResultBuffer::Column& column;
     int place;
     Type type;
   };
   ResultBuffer& result = run_->result;
-  const CursorPlan& source = cursor.plan();
   std::vector<Cell> cells;
-  for (const Copy& copy : plan.copies) {
-    ResultBuffer::Column& column = result.column(copy.target);
+  for (const Copy& cell : copy.copies) {
+    ResultBuffer::Column& column = result.column(cell.target);
     column.fill(result.rows(), {});
-    if (copy.constant == nullptr) {
-      const int from = source.fetched[static_cast<std::size_t>(copy.place)];
-      cells.push_back(
-          {column, copy.place, source.source.table->columns[static_cast<std::size_t>(from)].type});
-    }
+    if (cell.constant == nullptr)
+      cells.push_back({column, cell.place, cursor.typeAt(cell.place)});
   }
   cursor.forEachFiltered([&](const SqlStatement& row) {
     onePass(node);
@@ -196,9 +216,9 @@ void Executable::copyRows(const Node& node, const LoopPlan& plan, Cursor& cursor
         cell.column.put(columnValue(row, cell.place, cell.type));
     }
   });
-  for (const Copy& copy : plan.copies)
-    if (copy.constant != nullptr)
-      result.column(copy.target).fill(result.rows(), literal(*copy.constant));
+  for (const Copy& cell : copy.copies)
+    if (cell.constant != nullptr)
+      result.column(cell.target).fill(result.rows(), literal(*cell.constant));
 }
 
 // The loop's own condition is looked at before the cursor moves: nobody wants the row behind the

@@ -21,15 +21,15 @@ struct ParameterView {
   std::size_t count = 0;
 };
 
-// Whether loops hand their conditions to SQLite. Every text gives the same rows either way; tests
-// compare them.
+// Whether the plans of loops and row copies are used. Every text gives the same rows either way;
+// tests compare them.
 extern bool pushDownEnabled;
 
 // A program with the statements that it has prepared so far, on one connection.
 class Executable {
 public:
   // `database` must outlive it.
-  Executable(sqlite3* database, std::unique_ptr<Program> program);
+  Executable(sqlite3* database, std::shared_ptr<const Program> program);
 
   [[nodiscard]] const Program& program() const { return *program_; }
 
@@ -52,9 +52,11 @@ private:
 
   void runInsert(Run& run);
   void execute(const Node& node);
+  void executeBlock(const Node& node);
   void executeLoop(const Node& node);
   void executePlanned(const Node& node, const LoopPlan& plan);
-  void copyRows(const Node& node, const LoopPlan& plan, Cursor& cursor);
+  void copyRow(const RowCopy& copy);
+  void copyRows(const Node& node, const RowCopy& copy, Cursor& cursor);
   void executeOnward(const Node& node, Cursor& cursor, Slot& found);
   void walk(const Node& node);
   void onePass(const Node& node);
@@ -72,7 +74,7 @@ private:
   Cursor& cursorOf(const Node& node) { return *slotOf(node).cursor; }
 
   sqlite3* database_;
-  std::unique_ptr<Program> program_;
+  std::shared_ptr<const Program> program_;
   std::vector<std::unique_ptr<Cursor>> cursors_;
   std::vector<Slot> slots_;
   std::unique_ptr<SqlStatement> insert_;

@@ -11,6 +11,10 @@ bool isConstant(const Node& node) {
          node.op == Op::boolean;
 }
 
+bool isLiteral(const Node& node) {
+  return node.op == Op::integer || node.op == Op::boolean || node.op == Op::text;
+}
+
 bool isComparison(Op op) {
   return op == Op::equal || op == Op::notEqual || op == Op::less || op == Op::lessEqual ||
          op == Op::greater || op == Op::greaterEqual;
@@ -54,12 +58,50 @@ public:
 
   void run() {
     Node& body = *program_.script->body;
+    planRowCopies(body);
     for (std::size_t i = 0; i < body.operands.size(); ++i)
       visit(*body.operands[i], false,
             {body.operands.begin() + static_cast<std::ptrdiff_t>(i) + 1, body.operands.end()});
   }
 
 private:
+  void planRowCopies(Node& node) {
+    if (node.op == Op::block) {
+      RowCopy copy = rowCopyOf(node);
+      if (copy.statements > 0) {
+        node.plan = static_cast<int>(program_.rowCopies.size());
+        program_.rowCopies.push_back(std::move(copy));
+      }
+    }
+    for (const NodePtr& operand : node.operands)
+      planRowCopies(*operand);
+  }
+
+  // Of no statements when the block begins with something else.
+  static RowCopy rowCopyOf(const Node& block) {
+    RowCopy row;
+    for (const NodePtr& statement : block.operands) {
+      if (statement->op == Op::bufferMoveNext && !row.copies.empty()) {
+        row.statements = row.copies.size() + 1;
+        return row;
+      }
+      if (statement->op != Op::bufferPut ||
+          std::any_of(row.copies.begin(), row.copies.end(),
+                      [&](const Copy& copy) { return copy.target == statement->column; }))
+        break;
+      const Node& value = *statement->operands[0];
+      if (value.op == Op::getField && (row.cursor < 0 || row.cursor == value.slot)) {
+        row.cursor = value.slot;
+        row.copies.push_back({statement->column, value.column, nullptr});
+      } else if (isLiteral(value)) {
+        row.copies.push_back({statement->column, -1, &value});
+      } else {
+        break;
+      }
+    }
+    return {};
+  }
+
   // `later`: the statements that run after this one.
   struct Later {
     std::vector<NodePtr>::const_iterator first;
@@ -142,7 +184,7 @@ private:
       plan.block = plan.block->operands[0]->operands[1].get();
     }
     plan.counter = counterOf(*plan.block);
-    plan.copies = copiesOf(*plan.block, plan.cursor);
+    plan.onlyCopies = onlyCopies(*plan.block, plan.cursor);
     node.plan = static_cast<int>(program_.loops.size());
     program_.loops.push_back(plan);
     return true;
@@ -160,27 +202,12 @@ private:
     return counts ? assign.slot : -1;
   }
 
-  // A block of puts of different columns, from the cursor's row or literals, and the end of the
-  // row; else nothing.
-  static std::vector<Copy> copiesOf(const Node& block, int cursor) {
-    std::vector<Copy> copies;
-    for (const NodePtr& statement : block.operands) {
-      const bool isLast = &statement == &block.operands.back();
-      if (isLast)
-        return statement->op == Op::bufferMoveNext ? copies : std::vector<Copy>();
-      if (statement->op != Op::bufferPut ||
-          std::any_of(copies.begin(), copies.end(),
-                      [&](const Copy& copy) { return copy.target == statement->column; }))
-        break;
-      const Node& value = *statement->operands[0];
-      if (value.op == Op::getField && value.slot == cursor)
-        copies.push_back({statement->column, value.column, nullptr});
-      else if (value.op == Op::integer || value.op == Op::boolean || value.op == Op::text)
-        copies.push_back({statement->column, -1, &value});
-      else
-        break;
-    }
-    return {};
+  // Whether the block does nothing but to put out a row, with something of this cursor's or none.
+  [[nodiscard]] bool onlyCopies(const Node& block, int cursor) const {
+    if (block.plan < 0)
+      return false;
+    const RowCopy& copy = program_.rowCopies[static_cast<std::size_t>(block.plan)];
+    return copy.statements == block.operands.size() && (copy.cursor < 0 || copy.cursor == cursor);
   }
 
   void planOnward(Node& node, Later later) {

@@ -40,11 +40,19 @@ struct CursorPlan {
   int fetch(int column);
 };
 
-// A column of the buffer that a loop fills from the cursor's row or with the same value each time.
+// A column of the buffer that is filled from a cursor's row or with the same value each time.
 struct Copy {
   int target;                      // column of the buffer
   int place = -1;                  // in the cursor's row
   const Node* constant = nullptr;  // a literal, when it is not from the row
+};
+
+// A whole row put into the buffer by the first statements of a block: puts of different columns,
+// from one cursor's row or literals, and the end of the row.
+struct RowCopy {
+  int cursor = -1;  // slot of the cursor; -1 when there are only literals
+  std::vector<Copy> copies;
+  std::size_t statements = 0;  // that it stands for
 };
 
 // A loop that does more than to run its block over and over.
@@ -57,7 +65,7 @@ struct LoopPlan {
   const Node* block = nullptr;  // whole: what is done with each row that passes the filter
   int found = -1;               // onward: slot of the variable that move_next sets
   int counter = -1;             // whole: slot of the variable, when all it does is to count rows
-  std::vector<Copy> copies;     // whole: when all it does is to put each row into the buffer
+  bool onlyCopies = false;      // whole: when all it does is the block's row copy
 };
 
 struct Variable {
@@ -76,6 +84,7 @@ struct Program {
   std::vector<Variable> variables;
   std::vector<CursorPlan> cursors;
   std::vector<LoopPlan> loops;
+  std::vector<RowCopy> rowCopies;
   bool writes = false;
   // It asks SQLite more than once, and all answers have to show the same state.
   bool needsSnapshot = false;
@@ -88,8 +97,8 @@ struct Program {
 // Reads and checks a text. Throws Failure.
 std::unique_ptr<Program> makeProgram(std::string_view text, const Catalog& catalog);
 
-// Finds the loops whose conditions SQLite can check, and what they do. Requires a program that
-// has been checked and doesn't write.
+// Finds the blocks that put a whole row out, the loops whose conditions SQLite can check, and what
+// these do. Requires a program that has been checked and doesn't write.
 void planLoops(Program& program);
 
 // The SQL of a cursor. In all of them the columns of a row are those of `fetched`.
@@ -100,9 +109,9 @@ std::string walkSql(const CursorPlan& plan);
 std::string filteredWalkSql(const CursorPlan& plan);
 // Their number.
 std::string filteredCountSql(const CursorPlan& plan);
-// Rows whose columns of the key equal the parameters, in order; `positions` are places in the
-// key.
-std::string findSql(const CursorPlan& plan, const std::vector<int>& positions);
+// Rows whose `columns`, which are of the key, equal the parameters, in order; the parameters come
+// in the order of the key.
+std::string findSql(const CursorPlan& plan, const std::vector<int>& columns);
 // Rows behind a position: the first `level` columns of the order equal the parameters, and the
 // next one lies behind its parameter, is not null, or is null. With the filter's values as further
 // parameters when `filtered`.

@@ -6,37 +6,27 @@ namespace ulo::odb {
 
 static_assert(DB_MAX_COLUMNS <= 64, "a row's columns fit the bits of one word");
 
-std::size_t ResultBuffer::Column::size() const {
-  switch (type_) {
-  case Type::integer:
-    return integers_.size();
-  case Type::boolean:
-    return booleans_.size();
-  default:
-    return starts_.size();
-  }
+// Most results are short: a page, a record.
+void ResultBuffer::Column::reserveFirst() {
+  constexpr std::size_t firstRows = 16;
+  if (type_ == Type::integer)
+    integers_.reserve(firstRows);
+  else if (type_ == Type::boolean)
+    booleans_.reserve(firstRows);
+  else
+    starts_.reserve(firstRows);
 }
 
-// Requires: the value is of this column's type.
-void ResultBuffer::Column::append(const Value& value) {
-  switch (type_) {
-  case Type::integer:
-    integers_.push_back(static_cast<std::int32_t>(value.number));
-    break;
-  case Type::boolean:
-    booleans_.push_back(value.number != 0 ? 1 : 0);
-    break;
-  case Type::unicode: {
+void ResultBuffer::Column::appendText(std::string_view text) {
+  if (type_ == Type::unicode) {
     const std::size_t start = units_.size();
     starts_.push_back(start);
-    units_.resize(start + value.text.size() / 2 + 1);
-    if (!value.text.empty())
-      std::memcpy(&units_[start], value.text.data(), value.text.size() & ~std::size_t{1});
-    break;
-  }
-  default:
+    units_.resize(start + text.size() / 2 + 1);
+    if (!text.empty())
+      std::memcpy(&units_[start], text.data(), text.size() & ~std::size_t{1});
+  } else {
     starts_.push_back(bytes_.size());
-    bytes_.insert(bytes_.end(), value.text.begin(), value.text.end());
+    bytes_.insert(bytes_.end(), text.begin(), text.end());
     bytes_.push_back('\0');
   }
 }
@@ -46,9 +36,9 @@ void ResultBuffer::Column::putOther(const Value& given) {
   const Value value = fitted(given, type_, storage);
   if (!value.isNull())
     return append(value);
-  nulls_.resize(size());
+  nulls_.resize(size_);
   nulls_.push_back(true);
-  append({type_, 0, ""});
+  append({type_, 0, {}});
 }
 
 Value ResultBuffer::Column::value(std::size_t row) const {
@@ -63,10 +53,12 @@ Value ResultBuffer::Column::value(std::size_t row) const {
   return {type_, 0, {&bytes_[start], size}};
 }
 
-void ResultBuffer::Column::fill(std::size_t size, const Value& value) {
-  if (value.type == Type::boolean && type_ == Type::boolean && booleans_.size() < size)
+void ResultBuffer::Column::fillUp(std::size_t size, const Value& value) {
+  if (value.type == Type::boolean && type_ == Type::boolean) {
     booleans_.resize(size, value.number != 0 ? 1 : 0);
-  while (this->size() < size)
+    size_ = size;
+  }
+  while (size_ < size)
     put(value);
 }
 

@@ -3,7 +3,7 @@
 #include "value.h"
 
 #include <cstdint>
-#include <deque>
+#include <list>
 #include <vector>
 
 namespace ulo::odb {
@@ -12,6 +12,7 @@ namespace ulo::odb {
 // its units and an offset. No cell has memory of its own.
 class ResultBuffer {
 public:
+  ResultBuffer() = default;
   explicit ResultBuffer(const std::vector<ColumnDeclaration>& columns);
 
   // Puts a value into the current row; into the next row when the current one holds that column
@@ -42,18 +43,16 @@ public:
     explicit Column(Type type) : type_(type) {}
 
     [[nodiscard]] Type type() const { return type_; }
-    [[nodiscard]] std::size_t size() const;
+    [[nodiscard]] std::size_t size() const { return size_; }
     // Adds a value. Throws Failure(DB_BAD_TYPE) when it doesn't fit.
     void put(const Value& value) {
-      if (value.type == Type::integer && type_ == Type::integer)
-        integers_.push_back(static_cast<std::int32_t>(value.number));
-      else if (value.type == Type::boolean && type_ == Type::boolean)
-        booleans_.push_back(value.number != 0 ? 1 : 0);
+      if (value.type == type_)
+        append(value);
       else
         putOther(value);
     }
     [[nodiscard]] bool isNull(std::size_t row) const {
-      return row >= size() || (row < nulls_.size() && nulls_[row]);
+      return row >= size_ || (row < nulls_.size() && nulls_[row]);
     }
     // 0 for a null and for a text.
     [[nodiscard]] int number(std::size_t row) const {
@@ -64,13 +63,30 @@ public:
     // Requires: the row is not null.
     [[nodiscard]] Value value(std::size_t row) const;
     // Adds a value until the column has so many.
-    void fill(std::size_t size, const Value& value);
+    void fill(std::size_t size, const Value& value) {
+      if (size_ < size)
+        fillUp(size, value);
+    }
 
   private:
+    // Requires: the value is of this column's type.
+    void append(const Value& value) {
+      if (size_++ == 0)
+        reserveFirst();
+      if (type_ == Type::integer)
+        integers_.push_back(static_cast<std::int32_t>(value.number));
+      else if (type_ == Type::boolean)
+        booleans_.push_back(value.number != 0 ? 1 : 0);
+      else
+        appendText(value.text);
+    }
+    void reserveFirst();
+    void appendText(std::string_view text);
     void putOther(const Value& value);
-    void append(const Value& value);
+    void fillUp(std::size_t size, const Value& value);
 
     Type type_;
+    std::size_t size_ = 0;
     std::vector<std::int32_t> integers_;
     std::vector<std::uint8_t> booleans_;
     std::vector<std::size_t> starts_;    // of texts, in their pool
@@ -92,7 +108,7 @@ private:
   [[noreturn]] static void tooManyRows();
 
   std::vector<Column> columns_;
-  std::deque<std::string> converted_;  // texts that were asked for in the other form
+  std::list<std::string> converted_;  // texts that were asked for in the other form
   std::size_t rows_ = 0;
   std::uint64_t openColumns_ = 0;  // bits of the columns put into the row that is not ended
 };

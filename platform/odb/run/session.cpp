@@ -9,8 +9,8 @@
 namespace ulo::odb {
 namespace {
 
-// Programs that a session keeps, with their prepared statements. The store has fewer than thirty.
-constexpr std::size_t programCacheSize = 128;
+// Programs that a session keeps with their prepared statements.
+constexpr std::size_t executablesKept = 128;
 
 struct DatabaseFile {
   int number;
@@ -90,7 +90,8 @@ private:
 };
 
 Session::Session(int database)
-    : database_(database), connection_(existingDataDirectory(), fileOf(database)) {}
+    : database_(database), connection_(existingDataDirectory(), fileOf(database)),
+      executables_(executablesKept) {}
 
 Session::~Session() {
   if (inTransaction_ && connection_.inTransaction()) {
@@ -140,9 +141,9 @@ void Session::abort() {
 }
 
 void Session::forgetPrograms() {
-  programOf_.clear();
-  programs_.clear();
-  catalog_.reset();
+  templates_.clear();
+  executables_.clear();
+  library_.reset();
 }
 
 // Programs belong to the tables that they were checked against.
@@ -154,48 +155,54 @@ void Session::forgetIfSchemaChanged() {
   dataVersion_ = connection_.dataVersion();
 }
 
-std::unique_ptr<Program> Session::compile(const std::string& text) {
-  if (!catalog_) {
+std::shared_ptr<const Program> Session::programOf(const std::string& text) {
+  if (!library_) {
     schemaVersion_ = connection_.schemaVersion();
-    catalog_ = std::make_unique<Catalog>(connection_.handle());
+    library_ = ProgramLibrary::of(connection_.handle());
   }
-  return makeProgram(text, *catalog_);
+  return library_->program(text);
 }
 
-Executable& Session::prepare(const std::string& text) {
-  const auto found = programOf_.find(text);
-  if (found != programOf_.end()) {
-    programs_.splice(programs_.begin(), programs_, found->second);
-    return *programs_.front().executable;
-  }
-  std::unique_ptr<Program> program;
+std::shared_ptr<Executable> Session::prepare(const std::string& text) {
+  if (const auto* found = executables_.find(text))
+    return *found;
+  std::shared_ptr<const Program> program;
   try {
-    program = compile(text);
+    program = programOf(text);
   } catch (const Failure& failure) {
     // Another process may have made what the text names.
     if (failure.code() != DB_UNKNOWN_NAME)
       throw;
     forgetPrograms();
-    program = compile(text);
+    program = programOf(text);
   }
-  programs_.push_front(
-      {text, std::make_unique<Executable>(connection_.handle(), std::move(program))});
-  programOf_[programs_.front().text] = programs_.begin();
-  if (programs_.size() > programCacheSize) {
-    programOf_.erase(programs_.back().text);
-    programs_.pop_back();
-  }
-  return *programs_.front().executable;
+  return executables_.add(text,
+                          std::make_shared<Executable>(connection_.handle(), std::move(program)));
 }
 
-ResultBuffer Session::run(const FormattedText& text, ParameterView parameters, int* tag) {
+Session::Call Session::prepare(const char* text, va_list arguments) {
+  KnownTemplates::Entry* entry = &templates_.entry(text);
+  const TemplateArguments given = entry->pattern.read(arguments);
+  if (Executable* known = entry->find(given))
+    return {*known, Template::liftedNumbers(given)};
+  FormattedText formatted = entry->pattern.format(given);
+  std::shared_ptr<Executable> executable = prepare(formatted.text);
+  Executable& result = *executable;
+  // Preparing may have forgotten all of them.
+  if (formatted.arguments.size() == given.numbers.size())
+    templates_.entry(text).add(given, std::move(executable));
+  return {result, std::move(formatted.arguments)};
+}
+
+ResultBuffer Session::run(const char* text, va_list arguments, ParameterView parameters, int* tag) {
   if (connection_.dataVersion() != dataVersion_)
     forgetIfSchemaChanged();
-  Executable& executable = prepare(text.text);
-  const bool changesSchema = executable.program().statement &&
-                             executable.program().statement->kind != Statement::Kind::insert;
+  const Call call = prepare(text, arguments);
+  const Program& program = call.executable.program();
+  const bool changesSchema =
+      program.statement && program.statement->kind != Statement::Kind::insert;
   try {
-    ResultBuffer result = runPrepared(executable, text, parameters, tag);
+    ResultBuffer result = runPrepared(call, parameters, tag);
     if (changesSchema)
       forgetPrograms();
     return result;
@@ -206,14 +213,13 @@ ResultBuffer Session::run(const FormattedText& text, ParameterView parameters, i
   }
 }
 
-ResultBuffer Session::runPrepared(Executable& executable, const FormattedText& text,
-                                  ParameterView parameters, int* tag) {
-  const Program& program = executable.program();
-  ResultBuffer result(program.script ? program.script->buffer : std::vector<ColumnDeclaration>());
-  Executable::Run run{parameters, text.arguments, result, std::nullopt};
+ResultBuffer Session::runPrepared(const Call& call, ParameterView parameters, int* tag) {
+  const Program& program = call.executable.program();
+  ResultBuffer result = program.script ? ResultBuffer(program.script->buffer) : ResultBuffer();
+  Executable::Run run{parameters, call.numbers, result, std::nullopt};
   {
     Scope scope(*this, program);
-    executable.run(run);
+    call.executable.run(run);
     scope.keep();
   }
   if (program.writes && !inTransaction_)

@@ -1,17 +1,15 @@
 #pragma once
 
-#include "catalog.h"
 #include "interpreter.h"
+#include "known_templates.h"
+#include "lru_cache.h"
+#include "program_library.h"
 #include "result_buffer.h"
-#include "script/template.h"
 #include "sqlite/connection.h"
 
 #include <functional>
-#include <list>
 #include <memory>
 #include <string>
-#include <string_view>
-#include <unordered_map>
 
 namespace ulo::odb {
 
@@ -32,9 +30,9 @@ public:
   void commit();
   void abort();
 
-  // Runs a text, all of it or nothing. Its rows go into a buffer of its own; the tag it sets, if
-  // any, into *tag.
-  ResultBuffer run(const FormattedText& text, ParameterView parameters, int* tag);
+  // Runs a template with its arguments, all of it or nothing. Its rows go into a buffer of their
+  // own; the tag it sets, if any, into *tag.
+  ResultBuffer run(const char* text, va_list arguments, ParameterView parameters, int* tag);
 
   // See DB_Explain and DB_CheckFile in ulodb2.h.
   void explain(const std::string& text, int what, ParameterView parameters, const LineSink& line);
@@ -43,24 +41,23 @@ public:
 private:
   class Scope;
 
-  struct Cached {
-    std::string text;
-    std::unique_ptr<Executable> executable;
+  struct Call {
+    Executable& executable;
+    std::vector<std::int64_t> numbers;  // of the template
   };
 
-  Executable& prepare(const std::string& text);
-  std::unique_ptr<Program> compile(const std::string& text);
+  Call prepare(const char* text, va_list arguments);
+  std::shared_ptr<Executable> prepare(const std::string& text);
+  std::shared_ptr<const Program> programOf(const std::string& text);
   void forgetIfSchemaChanged();
   void forgetPrograms();
-  ResultBuffer runPrepared(Executable& executable, const FormattedText& text,
-                           ParameterView parameters, int* tag);
+  ResultBuffer runPrepared(const Call& call, ParameterView parameters, int* tag);
 
   int database_;
   Connection connection_;
-  std::unique_ptr<Catalog> catalog_;
-  // The programs used last, the newest in front.
-  std::list<Cached> programs_;
-  std::unordered_map<std::string_view, std::list<Cached>::iterator> programOf_;
+  std::shared_ptr<ProgramLibrary> library_;
+  LruCache<std::shared_ptr<Executable>> executables_;
+  KnownTemplates templates_;
   std::int64_t schemaVersion_ = -1;
   unsigned dataVersion_ = 0;
   bool inTransaction_ = false;  // the caller's; SQLite may have ended it

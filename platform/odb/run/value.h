@@ -30,6 +30,12 @@ public:
   OwnedValue() = default;
   explicit OwnedValue(const Value& value)
       : type_(value.type), number_(value.number), text_(value.text) {}
+  // Takes over a value in the memory that it has.
+  void assign(const Value& value) {
+    type_ = value.type;
+    number_ = value.number;
+    text_.assign(value.text);
+  }
   // Valid while this object lives unchanged.
   [[nodiscard]] Value view() const { return {type_, number_, text_}; }
 

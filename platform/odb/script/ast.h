@@ -104,7 +104,8 @@ struct Node {
   int slot = -1;    // of the variable that the node reads, sets or asks
   int column = -1;  // getField: place in the cursor's row; bufferPut: buffer column;
                     // setField: column of the table
-  int plan = -1;    // loop: its place among the program's loops, if it has one
+  int plan = -1;    // loop: its place among the program's loops, if it has one;
+                    // block: of its row copy
 };
 
 struct ColumnDeclaration {

@@ -2,93 +2,104 @@
 
 #include "failure.h"
 
-#include <cstring>
+#include <algorithm>
 
 namespace ulo::odb {
 namespace {
 
-enum class Conversion { percent, text, signedInt, unsignedInt, signedLong, unsignedLong };
+// 32 bits: a number beyond them comes back as the int that has these bits.
+std::int64_t lifted(std::int64_t number) {
+  return static_cast<std::int32_t>(number);
+}
 
-struct Spelling {
-  const char* text;
-  Conversion conversion;
-};
+}  // namespace
 
-constexpr Spelling spellings[] = {
+const Template::Spelling Template::spellings[] = {
     {"%%", Conversion::percent},     {"%s", Conversion::text},
     {"%d", Conversion::signedInt},   {"%i", Conversion::signedInt},
     {"%u", Conversion::unsignedInt}, {"%ld", Conversion::signedLong},
     {"%li", Conversion::signedLong}, {"%lu", Conversion::unsignedLong},
 };
 
-const Spelling& conversionAt(const char* text) {
-  for (const Spelling& spelling : spellings)
-    if (std::strncmp(text, spelling.text, std::strlen(spelling.text)) == 0)
-      return spelling;
-  throw Failure(DB_SYNTAX, std::string("the template has a conversion other than %s, %d, %i, %u, "
-                                       "%ld, %li, %lu and %%: ") +
-                               std::string(text, strnlen(text, 3)));
+Template::Template(std::string text) : text_(std::move(text)) {
+  for (std::size_t at = text_.find('%'); at != std::string::npos; at = text_.find('%', at)) {
+    const std::string_view rest = std::string_view(text_).substr(at);
+    const auto* const found =
+        std::find_if(std::begin(spellings), std::end(spellings), [&](const Spelling& spelling) {
+          return rest.substr(0, spelling.text.size()) == spelling.text;
+        });
+    if (found == std::end(spellings))
+      throw Failure(DB_SYNTAX, "the template has a conversion other than %s, %d, %i, %u, %ld, "
+                               "%li, %lu and %%: " +
+                                   std::string(rest.substr(0, 3)));
+    places_.push_back({at, found});
+    at += found->text.size();
+  }
 }
 
-}  // namespace
-
-FormattedText formatTemplate(const char* text, va_list arguments) {
-  FormattedText result;
-  std::string& out = result.text;
-  out.reserve(std::strlen(text));
-  bool quoted = false;
-  const auto append = [&](const char* part, std::size_t size) {
-    if (out.size() + size > DB_MAX_TEXT)
-      throw Failure(DB_LIMIT, "the text is longer than " + std::to_string(DB_MAX_TEXT) + " bytes");
-    for (std::size_t i = 0; i < size; ++i)
-      quoted ^= part[i] == '\'';
-    out.append(part, size);
-  };
-  const auto number = [&](std::int64_t value) {
-    if (quoted) {
-      const std::string digits = std::to_string(value);
-      append(digits.data(), digits.size());
-      return;
-    }
-    // 32 bits: a number beyond them comes back as the int that has these bits.
-    result.arguments.push_back(static_cast<std::int32_t>(value));
-    append("%d", 2);
-  };
-
-  while (*text != '\0') {
-    const std::size_t plain = std::strcspn(text, "%");
-    append(text, plain);
-    text += plain;
-    if (*text == '\0')
-      break;
-    const Spelling& spelling = conversionAt(text);
-    text += std::strlen(spelling.text);
-    switch (spelling.conversion) {
+TemplateArguments Template::read(va_list arguments) const {
+  TemplateArguments result;
+  for (const Place& place : places_) {
+    switch (place.spelling->conversion) {
     case Conversion::percent:
-      append("%", 1);
       break;
     case Conversion::text: {
       const char* part = va_arg(arguments, const char*);
       if (part == nullptr)
         throw Failure(DB_BAD_ARGUMENT, "the argument of a %s is null");
-      append(part, std::strlen(part));
+      result.texts.emplace_back(part);
       break;
     }
     case Conversion::signedInt:
-      number(va_arg(arguments, int));
+      result.numbers.push_back(va_arg(arguments, int));
       break;
     case Conversion::unsignedInt:
-      number(static_cast<std::int32_t>(va_arg(arguments, unsigned int)));
+      result.numbers.push_back(static_cast<std::int32_t>(va_arg(arguments, unsigned int)));
       break;
     case Conversion::signedLong:
-      number(va_arg(arguments, long));
+      result.numbers.push_back(va_arg(arguments, long));
       break;
     case Conversion::unsignedLong:
-      number(static_cast<std::int64_t>(va_arg(arguments, unsigned long)));
+      result.numbers.push_back(static_cast<std::int64_t>(va_arg(arguments, unsigned long)));
       break;
     }
   }
   return result;
+}
+
+FormattedText Template::format(const TemplateArguments& arguments) const {
+  FormattedText result;
+  std::string& out = result.text;
+  const auto append = [&](std::string_view part) {
+    if (out.size() + part.size() > DB_MAX_TEXT)
+      throw Failure(DB_LIMIT, "the text is longer than " + std::to_string(DB_MAX_TEXT) + " bytes");
+    out.append(part);
+  };
+  auto text = arguments.texts.begin();
+  auto number = arguments.numbers.begin();
+  std::size_t done = 0;
+  for (const Place& place : places_) {
+    append(std::string_view(text_).substr(done, place.at - done));
+    done = place.at + place.spelling->text.size();
+    if (place.spelling->conversion == Conversion::percent) {
+      append("%");
+    } else if (place.spelling->conversion == Conversion::text) {
+      append(*text++);
+    } else if (std::count(out.begin(), out.end(), '\'') % 2 != 0) {
+      append(std::to_string(*number++));
+    } else {
+      result.arguments.push_back(lifted(*number++));
+      append("%d");
+    }
+  }
+  append(std::string_view(text_).substr(done));
+  return result;
+}
+
+std::vector<std::int64_t> Template::liftedNumbers(const TemplateArguments& arguments) {
+  std::vector<std::int64_t> numbers = arguments.numbers;
+  std::transform(numbers.begin(), numbers.end(), numbers.begin(), lifted);
+  return numbers;
 }
 
 }  // namespace ulo::odb

@@ -68,13 +68,16 @@ void bind(SqlStatement& statement, int parameter, const Value& given, Type type)
 
 Value columnValue(const SqlStatement& statement, int column, Type type) {
   sqlite3_stmt* handle = statement.handle();
+  if (type == Type::integer || type == Type::boolean) {
+    // A null reads as 0; only then is it to be told apart.
+    const std::int64_t number = sqlite3_column_int64(handle, column);
+    if (number == 0 && sqlite3_column_type(handle, column) == SQLITE_NULL)
+      return {};
+    return type == Type::integer ? Value::integer(number) : Value::boolean(number != 0);
+  }
   const int stored = sqlite3_column_type(handle, column);
   if (stored == SQLITE_NULL)
     return {};
-  if (type == Type::integer)
-    return Value::integer(sqlite3_column_int64(handle, column));
-  if (type == Type::boolean)
-    return Value::boolean(sqlite3_column_int64(handle, column) != 0);
   // The pointer first, then the size: the first call may convert.
   const void* text = stored == SQLITE_BLOB   ? sqlite3_column_blob(handle, column)
                      : type == Type::unicode ? sqlite3_column_text16(handle, column)

@@ -46,6 +46,7 @@ SqlStatement::SqlStatement(sqlite3* database, const std::string& sql) {
 }
 
 bool SqlStatement::step() {
+  stepped_ = true;
   const int result = sqlite3_step(handle_.get());
   if (result == SQLITE_ROW)
     return true;

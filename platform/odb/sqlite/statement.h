@@ -29,7 +29,11 @@ public:
     }
   }
   // Back to before the first row.
-  void reset() { sqlite3_reset(handle_.get()); }
+  void reset() {
+    if (stepped_)
+      sqlite3_reset(handle_.get());
+    stepped_ = false;
+  }
 
   [[nodiscard]] std::int64_t integer(int column) const {
     return sqlite3_column_int64(handle_.get(), column);
@@ -41,6 +45,7 @@ private:
     void operator()(sqlite3_stmt* handle) const { sqlite3_finalize(handle); }
   };
   std::unique_ptr<sqlite3_stmt, Finalize> handle_;
+  bool stepped_ = false;  // since it was reset
 };
 
 // Resets a statement that was stepped, however its use ends.

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstddef>
+#include <list>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+
+namespace ulo::odb {
+
+// Values by their texts; of more than `capacity` the one that was used longest ago goes.
+template <typename Value> class LruCache {
+public:
+  explicit LruCache(std::size_t capacity) : capacity_(capacity) {}
+
+  // Null when there is none. Valid until something is added.
+  Value* find(std::string_view key) {
+    const auto found = places_.find(key);
+    if (found == places_.end())
+      return nullptr;
+    entries_.splice(entries_.begin(), entries_, found->second);
+    return &entries_.front().second;
+  }
+
+  // Requires: there is none of this key. Valid until something is added.
+  Value& add(std::string key, Value value) {
+    entries_.emplace_front(std::move(key), std::move(value));
+    places_[entries_.front().first] = entries_.begin();
+    if (entries_.size() > capacity_) {
+      places_.erase(entries_.back().first);
+      entries_.pop_back();
+    }
+    return entries_.front().second;
+  }
+
+  void clear() {
+    places_.clear();
+    entries_.clear();
+  }
+
+private:
+  using Entries = std::list<std::pair<std::string, Value>>;
+
+  std::size_t capacity_;
+  Entries entries_;  // the newest in front
+  std::unordered_map<std::string_view, typename Entries::iterator> places_;
+};
+
+}  // namespace ulo::odb
