@@ -1,0 +1,118 @@
+// Reading and writing vTodo text, beside the vObject library alone.
+
+#include "ZVtodoParser.h"
+#include "dataset.h"
+#include "hand_codec.h"
+#include "pairs.h"
+
+#include <QFile>
+
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+namespace bench {
+namespace {
+
+// A list that owns its records.
+struct TodoList : QList<Task> {
+  TodoList() { setAutoDelete(true); }
+};
+
+// Texts as phones send them: lengths in characters of 16 bits, 0: none.
+struct TextKind {
+  const char* name;
+  int summary;
+  int note;
+};
+constexpr TextKind kinds[] = {{"short", 20, 0}, {"long", 300, 3000}};
+constexpr int counts[] = {1, 100};
+
+std::string contentsOf(const std::string& fileName) {
+  std::ostringstream text;
+  text << std::ifstream(fileName, std::ios::binary).rdbuf();
+  return text.str();
+}
+
+// What the benchmarks of one kind and count of texts share.
+struct Material {
+  Material(const std::string& directory, const TextKind& kind, int count)
+      : name(std::string(kind.name) + "." + std::to_string(count)), size(count),
+        file(directory + "/" + name + ".vcs"), other(directory + "/" + name + ".hand.vcs") {
+    TaskSource source;
+    for (int i = 0; i < count; ++i) {
+      auto task = std::make_unique<Task>(source.next());
+      task->setString(Task::TASK_FIELD_SUMMARY, source.text(kind.summary));
+      task->setString(Task::TASK_FIELD_NOTE, kind.note == 0 ? QString() : source.text(kind.note));
+      tasks.append(task.release());
+    }
+    parser.writeVtodo(QString::fromStdString(file), tasks);
+    text = QCString(contentsOf(file).c_str());
+  }
+
+  std::string name;
+  int size;
+  std::string file;
+  std::string other;  // where the hand-written side writes
+  ZVtodoParser parser;
+  TodoList tasks;
+  QCString text;
+};
+
+void registerReadingOf(const std::shared_ptr<Material>& material) {
+  const Effort effort = effortFor(material->size);
+  registerReading<TodoList>(
+      {"vtodo.read-memory." + material->name,
+       effort,
+       0,
+       [material](TodoList& tasks) { material->parser.readVtodo(material->text, tasks); },
+       [material](TodoList& tasks) { readTodosFromMemory(material->text, tasks); },
+       {}});
+  registerReading<TodoList>(
+      {"vtodo.read-file." + material->name,
+       effort,
+       0,
+       [material](TodoList& tasks) {
+         material->parser.readVtodo(QString::fromStdString(material->file), tasks);
+       },
+       [material](TodoList& tasks) { readTodosFromFile(material->file, tasks); },
+       {}});
+}
+
+void registerWritingOf(const std::shared_ptr<Material>& material) {
+  const std::string name = "vtodo.write-file." + material->name;
+  const auto ours = [material] {
+    material->parser.writeVtodo(QString::fromStdString(material->file), material->tasks);
+  };
+  const auto hand = [material] { writeTodos(material->other, material->tasks); };
+  const auto compare = [=] {
+    ours();
+    hand();
+    if (const std::string difference =
+            differenceOf(contentsOf(material->file), contentsOf(material->other));
+        !difference.empty())
+      stop(name, "ours writes something else:" + difference);
+  };
+  const auto add = [&](const char* side, const std::function<void()>& call) {
+    const Effort effort = effortFor(material->size);
+    registerSide(name, side, effort, [=](benchmark::State& state) {
+      compare();
+      timeCalls<int>(state, effort, material->size, [&](int&) { call(); });
+    });
+  };
+  add("ours", ours);
+  add("hand", hand);
+}
+
+}  // namespace
+
+void registerCodec(const std::string& directory) {
+  for (const TextKind& kind : kinds)
+    for (const int count : counts) {
+      const auto material = std::make_shared<Material>(directory, kind, count);
+      registerReadingOf(material);
+      registerWritingOf(material);
+    }
+}
+
+}  // namespace bench

@@ -1,0 +1,93 @@
+// The work of the store's operations, written by hand on SQLite's C interface: what somebody would
+// write who needs these lists of these tables, and knows SQLite well. Schema, indexes, pragmas and
+// durability are the store's, statements are prepared once and kept, the results are the same
+// records.
+#pragma once
+
+#include "ZTASK_ENG_Model.h"
+#include "sqlite_handles.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace bench {
+
+using Task = ZTASK_ENG_Task;
+using Tasks = QValueList<Task>;
+using Uids = QValueList<unsigned int>;
+using View = ZTASK_ENG_Model::TASK_CATEGORY;
+using Sort = ZTASK_ENG_Model::TASK_SORT_FIELD;
+using Field = ZTASK_ENG_Task::TASK_FIELD_T;
+
+// A journal of changes as the store's service keeps it; opened with the first change.
+class HandJournal {
+public:
+  explicit HandJournal(std::string directory);
+  HandJournal(const HandJournal&) = delete;
+  HandJournal& operator=(const HandJournal&) = delete;
+  ~HandJournal() = default;
+  void append(unsigned int uid, int type);
+  // All of them, or none.
+  void append(const Uids& uids, int type);
+
+private:
+  void open();
+  void insert(unsigned int uid, int type);
+
+  std::string directory_;
+  Database database_;
+  KeptStatement insert_;
+};
+
+class HandStore {
+public:
+  // Opens the store that is in the directory. Requires: it has been filled.
+  explicit HandStore(const std::string& directory);
+  HandStore(const HandStore&) = delete;
+  HandStore& operator=(const HandStore&) = delete;
+  ~HandStore();
+
+  // The operations, as ZTASK_ENG_Model.h describes them. False where the store answers
+  // TASK_ENG_NOT_FOUND; what goes wrong throws. Lists are appended to.
+  void add(Task& task);
+  bool get(unsigned int uid, Task& task);
+  bool update(Task& task);
+  bool remove(unsigned int uid);
+  void removeAll();
+
+  int count();
+  int count(View view);
+  void ids(Uids& uids);
+  void ids(Uids& uids, View view, Sort sort);
+
+  bool range(Tasks& tasks, Field field, int from, int to);
+  bool ofCategory(Tasks& tasks, const QString& category);
+  bool page(Tasks& tasks, const Task& start, int count, View view, Sort sort);
+  void mentioning(Tasks& tasks, const QString& text);
+  void resembling(Tasks& tasks, const Task& example);
+  void all(Tasks& tasks);
+  // The same with the category's name from a join and not from a statement of its own.
+  void allJoined(Tasks& tasks);
+
+  // For filling: adds the category, or the task, and nothing else.
+  void insertCategory(const QString& name);
+  int insert(const Task& task, int categoryUid);
+  std::optional<int> categoryUid(const QString& name);
+
+  [[nodiscard]] const Database& database() const { return database_; }
+
+private:
+  struct Statements;
+
+  bool exists(unsigned int uid, int due, int priority);
+  QString categoryName(int uid);
+  void read(const Run& row, Task& task);
+  void readAll(Run& rows, Tasks& tasks);
+
+  Database database_;
+  std::unique_ptr<Statements> sql_;
+  HandJournal journal_;
+};
+
+}  // namespace bench

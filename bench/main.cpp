@@ -1,0 +1,91 @@
+// Times every operation of the store on one size of store, or the codec, each beside the same work
+// written by hand. Google Benchmark's options apply; ours come first:
+//   --size=N            tasks in the store; 0: the codec (default 10000)
+//   --data-dir=DIR      where the stores are kept meanwhile, on a disk
+
+#include "log_sink.h"
+#include "pairs.h"
+
+#include <QtGlobal>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <sys/vfs.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr long tmpfsMagic = 0x01021994;
+constexpr long ramfsMagic = 0x858458f6;
+
+bool isInMemory(const std::string& directory) {
+  struct statfs status {};
+  return statfs(directory.c_str(), &status) == 0 &&
+         (status.f_type == tmpfsMagic || status.f_type == ramfsMagic);
+}
+
+// The value of an option of ours at the front of the arguments, which it is taken out of.
+std::optional<std::string> take(int& count, char** arguments, std::string_view option) {
+  if (count < 2 || !std::string_view(arguments[1]).starts_with(option))
+    return std::nullopt;
+  std::string value = arguments[1] + option.size();
+  for (int i = 1; i + 1 < count; ++i)
+    arguments[i] = arguments[i + 1];
+  --count;
+  return value;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  int size = 10000;
+  std::string place = ULO_BENCH_DATA_DIR;
+  for (bool found = true; found;) {
+    found = false;
+    if (const auto value = take(count, arguments, "--size=")) {
+      size = std::atoi(value->c_str());
+      found = true;
+    }
+    if (const auto value = take(count, arguments, "--data-dir=")) {
+      place = *value;
+      found = true;
+    }
+  }
+  benchmark::Initialize(&count, arguments);
+  if (benchmark::ReportUnrecognizedArguments(count, arguments))
+    return EXIT_FAILURE;
+
+  std::filesystem::create_directories(place);
+  if (isInMemory(place)) {
+    std::fprintf(stderr,
+                 "%s is in memory, where a durable write costs nothing; choose a disk "
+                 "with --data-dir\n",
+                 place.c_str());
+    return EXIT_FAILURE;
+  }
+  // Local time with daylight saving, as its owner has it; no log is written.
+  setenv("TZ", "Europe/Berlin", 1);
+  setenv("ULO_LOG", "none", 1);
+  ulo::openLogSink("ulo_bench");
+
+  const std::string own = place + "/" + std::to_string(getpid());
+  std::unique_ptr<bench::Workbench> workbench;
+  if (size > 0) {
+    workbench = std::make_unique<bench::Workbench>(own, size);
+    bench::registerStoreReading(*workbench);
+    bench::registerStoreWriting(*workbench);
+  } else {
+    std::filesystem::create_directories(own);
+    bench::registerCodec(own);
+  }
+  benchmark::RunSpecifiedBenchmarks();
+  workbench.reset();
+  std::filesystem::remove_all(own);
+  return EXIT_SUCCESS;
+}

@@ -1,0 +1,140 @@
+#include "workbench.h"
+
+#include "dataset.h"
+
+#include <cstdlib>
+#include <system_error>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace bench {
+namespace {
+
+constexpr const char* tasksFile = "tasks.db";
+constexpr const char* journalFile = "changes.db";
+constexpr const char* filesBeside[] = {"-wal", "-shm"};
+
+// On the disk, so that no later flush waits for it.
+void copyFile(const std::filesystem::path& from, const std::filesystem::path& to) {
+  std::filesystem::create_directories(to.parent_path());
+  std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing);
+  for (const char* beside : filesBeside)
+    std::filesystem::remove(to.string() + beside);
+  const int descriptor = open(to.c_str(), O_RDWR | O_CLOEXEC);
+  if (descriptor < 0 || fsync(descriptor) != 0)
+    throw std::system_error(errno, std::generic_category(), to.string());
+  ::close(descriptor);
+}
+
+}  // namespace
+
+Workbench::Workbench(std::filesystem::path directory, int size)
+    : directory_(std::move(directory)), size_(size) {
+  std::filesystem::remove_all(directory_);
+}
+
+Workbench::~Workbench() {
+  close();
+  std::error_code ignored;
+  std::filesystem::remove_all(directory_, ignored);
+}
+
+std::string Workbench::directory(Side side) const {
+  return directory_ / (side == Side::ours ? "ours" : "hand");
+}
+
+void Workbench::fill() {
+  if (isFilled_)
+    return;
+  fillStore(master(), size_);
+  for (const Side side : {Side::ours, Side::hand})
+    for (const char* file : {tasksFile, journalFile})
+      copyFile(master() / file, std::filesystem::path(directory(side)) / file);
+  isFilled_ = true;
+}
+
+OurStore& Workbench::ours() {
+  if (!ours_) {
+    prepareOpen(Side::ours);
+    ours_ = std::make_unique<OurStore>();
+  }
+  return *ours_;
+}
+
+HandStore& Workbench::hand() {
+  if (!hand_) {
+    prepareOpen(Side::hand);
+    hand_ = std::make_unique<HandStore>(directory(Side::hand));
+  }
+  return *hand_;
+}
+
+void Workbench::close() {
+  ours_.reset();
+  hand_.reset();
+}
+
+void Workbench::prepareOpen(Side side) {
+  fill();
+  if (side == Side::ours)
+    setenv("ULO_DATA_DIR", directory(side).c_str(), 1);
+}
+
+Database Workbench::tasksOf(Side side) const {
+  return openDatabase(directory(side) + "/" + tasksFile);
+}
+
+void Workbench::restore(Side side, const Uids& changed) {
+  const Database database = tasksOf(side);
+  execute(database, "ATTACH '" + (master() / tasksFile).string() + "' AS filled; BEGIN IMMEDIATE");
+  execute(database, "DELETE FROM main.task_table_task WHERE UID > " + std::to_string(size_) +
+                        "; UPDATE main.sqlite_sequence SET seq = " + std::to_string(size_) +
+                        " WHERE name = 'task_table_task'");
+  for (const unsigned int uid : changed) {
+    const std::string where = " WHERE UID = " + std::to_string(uid);
+    execute(database, "DELETE FROM main.task_table_task" + where +
+                          "; INSERT INTO main.task_table_task SELECT * FROM "
+                          "filled.task_table_task" +
+                          where);
+  }
+  // Each measured write starts with an empty log.
+  execute(database, "COMMIT; PRAGMA main.wal_checkpoint(TRUNCATE)");
+}
+
+void Workbench::restoreAll(Side side) {
+  close();
+  for (const char* file : {tasksFile, journalFile})
+    copyFile(master() / file, std::filesystem::path(directory(side)) / file);
+}
+
+std::string Workbench::lines(Side side, const char* file, const std::string& sql) {
+  const Database database = openDatabase(directory(side) + "/" + file);
+  std::string result;
+  const auto append = [](void* text, int columns, char** values, char**) {
+    for (int i = 0; i < columns; ++i)
+      *static_cast<std::string*>(text) += std::string(values[i] == nullptr ? "-" : values[i]) + "|";
+    return 0;
+  };
+  check(sqlite3_exec(database.get(), sql.c_str(), append, &result, nullptr) == SQLITE_OK,
+        database.get());
+  return result;
+}
+
+std::string Workbench::stored(Side side, unsigned int uid) {
+  return lines(side, tasksFile,
+               "SELECT UID, priority, status, note, summary, uuid, alarm, due, \"end\", "
+               "categoryUid FROM task_table_task WHERE UID = " +
+                   std::to_string(uid)) +
+         lines(side, journalFile,
+               "SELECT source, uid, type FROM changes ORDER BY entry DESC LIMIT 1");
+}
+
+std::string Workbench::removals(Side side) {
+  return lines(side, tasksFile, "SELECT count(*) FROM task_table_task") +
+         lines(side, journalFile,
+               "SELECT source, count(*), sum(uid), min(uid), max(uid) FROM changes WHERE type = 3 "
+               "GROUP BY source");
+}
+
+}  // namespace bench

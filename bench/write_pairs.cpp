@@ -1,0 +1,154 @@
+// The store's writing operations: each on its side's own files, which are put back afterwards.
+
+#include "dataset.h"
+#include "pairs.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace bench {
+namespace {
+
+void require(bool done) {
+  if (!done)
+    throw std::runtime_error("the store does not write");
+}
+
+// One way to write, for each side.
+struct Writing {
+  std::string name;
+  std::function<bool(Workbench&, Task&)> ours;
+  std::function<bool(Workbench&, Task&)> hand;
+  // The record for the call with this number; none is asked for twice between two restores.
+  std::function<Task(Workbench&, int)> record;
+};
+
+// UIDs all over the table, none twice in the first `size` numbers.
+unsigned int uidOf(const Workbench& bench, int number) {
+  const int parts = std::min(bench.size(), 10);
+  const int part = bench.size() / parts;
+  return static_cast<unsigned int>((number % parts) * part + number / parts + 1);
+}
+
+Task storedTask(Workbench& bench, int number) {
+  Task task;
+  require(bench.hand().get(uidOf(bench, number), task));
+  return task;
+}
+
+void registerWriting(Workbench& bench, const Writing& writing) {
+  const auto callOf = [writing](Side side) {
+    return side == Side::ours ? writing.ours : writing.hand;
+  };
+  // What one write leaves in the store and in the journal.
+  const auto written = [&bench, writing, callOf](Side side) {
+    Task task = writing.record(bench, 0);
+    require(callOf(side)(bench, task));
+    const unsigned int uid = task.getUINT32(Task::TASK_FIELD_UID);
+    const std::string result = bench.stored(side, uid);
+    Uids changed;
+    changed.append(uid);
+    bench.restore(side, changed);
+    return result;
+  };
+  const auto compared = std::make_shared<bool>(false);
+  const auto compare = [=] {
+    if (std::exchange(*compared, true))
+      return;
+    if (const std::string difference = differenceOf(written(Side::ours), written(Side::hand));
+        !difference.empty())
+      stop(writing.name, "ours writes something else: " + difference);
+  };
+  const auto add = [&](const char* name, Side side) {
+    registerSide(writing.name, name, durableEffort, [=, &bench](benchmark::State& state) {
+      compare();
+      std::vector<Task> records;
+      for (int i = 0; i < durableEffort.iterations; ++i)
+        records.push_back(writing.record(bench, i));
+      std::size_t number = 0;
+      const auto call = callOf(side);
+      timeCalls<int>(state, durableEffort, 0,
+                     [&](int&) { require(call(bench, records.at(number++))); });
+      Uids changed;
+      for (const Task& record : records)
+        changed.append(record.getUINT32(Task::TASK_FIELD_UID));
+      bench.restore(side, changed);
+    });
+  };
+  add("ours", Side::ours);
+  add("hand", Side::hand);
+}
+
+void registerRemoveAll(Workbench& bench) {
+  const auto removeAll = [&bench](Side side) {
+    if (side == Side::ours)
+      require(bench.ours().removeAll() == TASK_ENG_OK);
+    else
+      bench.hand().removeAll();
+  };
+  const auto compared = std::make_shared<bool>(false);
+  const auto compare = [=, &bench] {
+    if (std::exchange(*compared, true))
+      return;
+    std::string left[2];
+    for (const Side side : {Side::ours, Side::hand}) {
+      bench.restoreAll(side);
+      removeAll(side);
+      left[side == Side::ours ? 0 : 1] = bench.removals(side);
+      bench.restoreAll(side);
+    }
+    if (const std::string difference = differenceOf(left[0], left[1]); !difference.empty())
+      stop("removeAll", "ours leaves something else: " + difference);
+  };
+  const Effort effort = {bench.size() <= 200000 ? 5 : 3, 0, 1, false};
+  const auto add = [&](const char* name, Side side) {
+    registerSide("removeAll", name, effort, [=, &bench](benchmark::State& state) {
+      compare();
+      // One call that finds the file and the statements as they are in a store at work.
+      int count = side == Side::ours ? 0 : bench.hand().count();
+      require(side == Side::hand || bench.ours().getCount(count) == TASK_ENG_OK);
+      timeCalls<int>(state, effort, bench.size(), [&](int&) { removeAll(side); });
+      bench.restoreAll(side);
+    });
+  };
+  add("ours", Side::ours);
+  add("hand", Side::hand);
+}
+
+}  // namespace
+
+void registerStoreWriting(Workbench& bench) {
+  registerWriting(bench,
+                  {"addTask",
+                   [](Workbench& b, Task& task) { return b.ours().addTask(task) == TASK_ENG_OK; },
+                   [](Workbench& b, Task& task) {
+                     b.hand().add(task);
+                     return true;
+                   },
+                   [](Workbench&, int number) {
+                     return TaskSource(static_cast<std::uint64_t>(1000 + number)).next();
+                   }});
+  registerWriting(
+      bench, {"updateTask",
+              [](Workbench& b, Task& task) { return b.ours().updateTask(task) == TASK_ENG_OK; },
+              [](Workbench& b, Task& task) { return b.hand().update(task); },
+              [](Workbench& b, int number) {
+                Task task = storedTask(b, number);
+                TaskSource source(static_cast<std::uint64_t>(number));
+                task.setString(Task::TASK_FIELD_SUMMARY, source.text(30));
+                task.setPriority((task.getPriorityValue() + 1) % 10);
+                return task;
+              }});
+  registerWriting(bench, {"removeTask",
+                          [](Workbench& b, Task& task) {
+                            return b.ours().removeTask(task.getUINT32(Task::TASK_FIELD_UID)) ==
+                                   TASK_ENG_OK;
+                          },
+                          [](Workbench& b, Task& task) {
+                            return b.hand().remove(task.getUINT32(Task::TASK_FIELD_UID));
+                          },
+                          storedTask});
+  registerRemoveAll(bench);
+}
+
+}  // namespace bench
