@@ -162,6 +162,7 @@ int ZTASK_ENG_Model::addTask(ZTASK_ENG_Task& task) {
 int ZTASK_ENG_Model::getTask(unsigned int uid, ZTASK_ENG_Task& task) {
   if (!open_)
     return TASK_ENG_NOT_OPEN;
+  const ReadSnapshot snapshot;
   ResultRows rows;
   if (const int ret = rows.query(task_scripts::getTask, static_cast<int>(uid)); ret != DB_OK) {
     ULO_LOG_ERROR("GetTask failed! [ret=%d]", ret);
@@ -481,6 +482,7 @@ int ZTASK_ENG_Model::getTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task:
     return noParameterBlock();
   block.bindInteger(0, clampedTo32Bits(from));
   block.bindInteger(1, clampedTo32Bits(to));
+  const ReadSnapshot snapshot;
   ResultRows rows;
   if (const int ret = block.query(rows, task_scripts::tasksInRange, index, column, column);
       ret != DB_OK) {
@@ -494,6 +496,7 @@ int ZTASK_ENG_Model::getTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task:
 }
 
 int ZTASK_ENG_Model::getTasks(QValueList<ZTASK_ENG_Task>& tasks, QString& category) {
+  const ReadSnapshot snapshot;
   unsigned int uid = 0;
   if (const int found = findCategory(category, uid); found != TASK_ENG_OK)
     return found;
@@ -535,6 +538,7 @@ int ZTASK_ENG_Model::getTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task&
   const char* script = !filtered                       ? task_scripts::pageOfTasks
                        : category == TASK_CATEGORY_DUE ? task_scripts::pageOfDueTasks
                                                        : task_scripts::pageByStatus;
+  const ReadSnapshot snapshot;
   ResultRows rows;
   const int ret = block.query(rows, script, sortIndex(sort));
   if (ret != DB_OK) {
@@ -550,6 +554,7 @@ int ZTASK_ENG_Model::getTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task&
 }
 
 int ZTASK_ENG_Model::getMatchTasks(QValueList<ZTASK_ENG_Task>& tasks, QString& text) {
+  const ReadSnapshot snapshot;
   int count = 0;
   if (const int counted = getCount(count); counted != TASK_ENG_OK)
     return counted;
@@ -566,6 +571,7 @@ int ZTASK_ENG_Model::getMatchTasks(QValueList<ZTASK_ENG_Task>& tasks, QString& t
 }
 
 int ZTASK_ENG_Model::getMatchTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task& example) {
+  const ReadSnapshot snapshot;
   int count = 0;
   if (const int counted = getCount(count); counted != TASK_ENG_OK)
     return counted;
@@ -575,11 +581,13 @@ int ZTASK_ENG_Model::getMatchTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_
     ULO_LOG_ERROR("GetTasks failed! [ret=%d]", read);
     return read;
   }
-  tasks.removeIf([&example](const ZTASK_ENG_Task& task) { return !resembles(task, example); });
+  const Example wanted(example);
+  tasks.removeIf([&wanted](const ZTASK_ENG_Task& task) { return !wanted.isMetBy(task); });
   return TASK_ENG_OK;
 }
 
 int ZTASK_ENG_Model::getAllTasks(QValueList<ZTASK_ENG_Task>& tasks) {
+  const ReadSnapshot snapshot;
   ResultRows rows;
   if (rows.query(task_scripts::allTasks) != DB_OK)
     return TASK_ENG_DATABASE_FAILURE;

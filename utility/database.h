@@ -8,6 +8,22 @@
 #include <QDateTime>
 #include <QString>
 
+// While it lives, all that is read shows the database in one state: tasks and the names of their
+// categories belong together. Reading works without it, too.
+class ReadSnapshot {
+public:
+  ReadSnapshot() : begun_(DB_BeginRead() == DB_OK) {}
+  ReadSnapshot(const ReadSnapshot&) = delete;
+  ReadSnapshot& operator=(const ReadSnapshot&) = delete;
+  ~ReadSnapshot() {
+    if (begun_)
+      DB_EndRead();
+  }
+
+private:
+  bool begun_;
+};
+
 // The rows of a query. It stands on the first row; reading where there is no row gives 0, false
 // or a null text.
 class ResultRows {

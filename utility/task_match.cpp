@@ -9,14 +9,15 @@ namespace {
 
 using Field = ZTASK_ENG_Task::TASK_FIELD_T;
 
-bool hasDateOf(const ZTASK_ENG_Task& task, const ZTASK_ENG_Task& example, Field field) {
-  const long wanted = UTIL_TimeConversion::toUTC(example.getDateTime(field));
-  return wanted == ZTASK_ENG_Task::noDateSeconds ||
-         UTIL_TimeConversion::toUTC(task.getDateTime(field)) == wanted;
+long seconds(const ZTASK_ENG_Task& task, Field field) {
+  return UTIL_TimeConversion::toUTC(task.getDateTime(field));
 }
 
-bool hasTextOf(const ZTASK_ENG_Task& task, const ZTASK_ENG_Task& example, Field field) {
-  const QString wanted = example.getString(field);
+bool hasDate(const ZTASK_ENG_Task& task, Field field, long wanted) {
+  return wanted == ZTASK_ENG_Task::noDateSeconds || seconds(task, field) == wanted;
+}
+
+bool hasText(const ZTASK_ENG_Task& task, Field field, const QString& wanted) {
   return wanted.isEmpty() || task.getString(field).contains(wanted, Qt::CaseInsensitive);
 }
 
@@ -31,12 +32,17 @@ bool mentions(const ZTASK_ENG_Task& task, const QString& text) {
   });
 }
 
-bool resembles(const ZTASK_ENG_Task& task, const ZTASK_ENG_Task& example) {
-  return hasDateOf(task, example, ZTASK_ENG_Task::TASK_FIELD_DUE) &&
-         hasDateOf(task, example, ZTASK_ENG_Task::TASK_FIELD_END) &&
-         (example.getPriorityValue() == 0 ||
-          task.getPriorityValue() == example.getPriorityValue()) &&
-         (example.getStatusValue() == -1 || task.getStatusValue() == example.getStatusValue()) &&
-         hasTextOf(task, example, ZTASK_ENG_Task::TASK_FIELD_NOTE) &&
-         hasTextOf(task, example, ZTASK_ENG_Task::TASK_FIELD_SUMMARY);
+Example::Example(const ZTASK_ENG_Task& example)
+    : due_(seconds(example, ZTASK_ENG_Task::TASK_FIELD_DUE)),
+      end_(seconds(example, ZTASK_ENG_Task::TASK_FIELD_END)), priority_(example.getPriorityValue()),
+      status_(example.getStatusValue()), note_(example.getString(ZTASK_ENG_Task::TASK_FIELD_NOTE)),
+      summary_(example.getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY)) {}
+
+bool Example::isMetBy(const ZTASK_ENG_Task& task) const {
+  return hasDate(task, ZTASK_ENG_Task::TASK_FIELD_DUE, due_) &&
+         hasDate(task, ZTASK_ENG_Task::TASK_FIELD_END, end_) &&
+         (priority_ == 0 || task.getPriorityValue() == priority_) &&
+         (status_ == -1 || task.getStatusValue() == status_) &&
+         hasText(task, ZTASK_ENG_Task::TASK_FIELD_NOTE, note_) &&
+         hasText(task, ZTASK_ENG_Task::TASK_FIELD_SUMMARY, summary_);
 }

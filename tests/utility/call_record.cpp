@@ -149,6 +149,15 @@ int DB_AbortTransaction() {
   return 0;
 }
 
+int DB_BeginRead() {
+  ++heldHandles;
+  return 0;
+}
+int DB_EndRead() {
+  --heldHandles;
+  return 0;
+}
+
 int DB_Exec(const char* text, ...) {
   va_list arguments;
   va_start(arguments, text);

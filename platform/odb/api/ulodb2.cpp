@@ -30,21 +30,27 @@ thread_local Session* threadSession = nullptr;
 thread_local int threadOpens = 0;
 thread_local int threadTag = 0;
 
-// Runs `work`; a failure of any kind is logged and becomes its code.
-template <typename Work> int guarded(Work work) {
+// Runs `work`; a failure of any kind is said by `say` and becomes its code.
+template <typename Work, typename Say> int guarded(Work work, Say say) {
   try {
     work();
     return DB_OK;
   } catch (const Failure& failure) {
-    ULO_LOG_ERROR("%s", failure.what());
+    say(failure.what());
     return failure.code();
   } catch (const std::bad_alloc&) {
-    ULO_LOG_ERROR("no memory");
+    say("no memory");
     return DB_NO_MEMORY;
   } catch (const std::exception& failure) {
-    ULO_LOG_ERROR("%s", failure.what());
+    say(failure.what());
     return DB_ERROR;
   }
+}
+template <typename Work> int guarded(Work work) {
+  return guarded(work, [](const char* what) { ULO_LOG_ERROR("%s", what); });
+}
+template <typename Work> int quietly(Work work) {
+  return guarded(work, [](const char*) {});
 }
 
 Session& session() {
@@ -143,6 +149,14 @@ int DB_CommitTransaction() {
 
 int DB_AbortTransaction() {
   return guarded([] { session().abort(); });
+}
+
+int DB_BeginRead() {
+  return quietly([] { session().beginRead(); });
+}
+
+int DB_EndRead() {
+  return quietly([] { session().endRead(); });
 }
 
 int DB_Exec(const char* text, ...) {

@@ -66,6 +66,13 @@ ULO_EXPORT int DB_CommitTransaction(void);
 /* Without a transaction: DB_TRANSACTION, and nothing else happens. */
 ULO_EXPORT int DB_AbortTransaction(void);
 
+/* Until the matching DB_EndRead all that this thread reads shows the database in one state, and
+ * many short queries cost less. They nest; within a transaction they change nothing. Meanwhile
+ * DB_BeginTransaction and texts that write are refused with DB_TRANSACTION. Nothing is logged. */
+ULO_EXPORT int DB_BeginRead(void);
+/* Without a DB_BeginRead: DB_TRANSACTION, and nothing else happens. */
+ULO_EXPORT int DB_EndRead(void);
+
 /* Runs a text. What it puts into its result buffer is dropped. */
 ULO_EXPORT int DB_Exec(const char* text, ...);
 /* The same with parameters. A parameter that the text doesn't use is fine. A null block makes it

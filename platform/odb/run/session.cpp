@@ -45,6 +45,9 @@ public:
         throw Failure(DB_TRANSACTION, "the transaction has failed before; end it first");
       if (program.writes && !single)
         open(Connection::Control::save);
+    } else if (session.readsTransact_) {
+      if (program.writes)
+        throw Failure(DB_TRANSACTION, "the text writes, and so far all is only read");
     } else if (program.writes && !single) {
       open(Connection::Control::beginWrite);
     } else if (program.needsSnapshot) {
@@ -106,7 +109,7 @@ Session::~Session() {
 void Session::begin(int mode) {
   if (mode != 0)
     throw Failure(DB_BAD_ARGUMENT, "there is no transaction mode " + std::to_string(mode));
-  if (inTransaction_)
+  if (inTransaction_ || readsTransact_)
     throw Failure(DB_TRANSACTION, "a transaction is open already");
   connection_.control(Connection::Control::beginWrite);
   inTransaction_ = true;
@@ -138,6 +141,24 @@ void Session::abort() {
   if (connection_.inTransaction())
     connection_.control(Connection::Control::rollback);
   forgetIfSchemaChanged();
+}
+
+void Session::beginRead() {
+  if (reads_ == 0 && !inTransaction_) {
+    connection_.control(Connection::Control::beginRead);
+    readsTransact_ = true;
+  }
+  ++reads_;
+}
+
+void Session::endRead() {
+  if (reads_ == 0)
+    throw Failure(DB_TRANSACTION, "no reading has begun");
+  if (--reads_ > 0 || !readsTransact_)
+    return;
+  readsTransact_ = false;
+  if (connection_.inTransaction())
+    connection_.control(Connection::Control::commit);
 }
 
 void Session::forgetPrograms() {

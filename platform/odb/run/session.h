@@ -30,6 +30,10 @@ public:
   void commit();
   void abort();
 
+  // See DB_BeginRead in ulodb2.h.
+  void beginRead();
+  void endRead();
+
   // Runs a template with its arguments, all of it or nothing. Its rows go into a buffer of their
   // own; the tag it sets, if any, into *tag.
   ResultBuffer run(const char* text, va_list arguments, ParameterView parameters, int* tag);
@@ -61,6 +65,8 @@ private:
   std::int64_t schemaVersion_ = -1;
   unsigned dataVersion_ = 0;
   bool inTransaction_ = false;  // the caller's; SQLite may have ended it
+  int reads_ = 0;               // begun and not ended
+  bool readsTransact_ = false;  // they are a transaction of their own
 };
 
 }  // namespace ulo::odb
