@@ -19,6 +19,7 @@
 #include <new>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace {
@@ -28,9 +29,21 @@ void* libraryHandle = nullptr;
 
 constexpr char emptyValue[] = "";
 
+// Where the functions of the library stand, null for one that it lacks; as long as the same parser
+// is the last that opened it.
+std::unordered_map<std::string_view, void*>& addresses() {
+  static std::unordered_map<std::string_view, void*> known;
+  return known;
+}
+
+// `name` is a literal.
 template <typename Function> Function* lookUp(const char* name) {
-  return libraryHandle == nullptr ? nullptr
-                                  : reinterpret_cast<Function*>(dlsym(libraryHandle, name));
+  if (libraryHandle == nullptr)
+    return nullptr;
+  const auto [place, isNew] = addresses().try_emplace(name, nullptr);
+  if (isNew)
+    place->second = dlsym(libraryHandle, name);
+  return reinterpret_cast<Function*>(place->second);
 }
 
 template <typename Function> Function* require(const char* name) {
@@ -388,12 +401,14 @@ void addTodo(VObject* calendar, ZTASK_ENG_Task& task, const QString& charset) {
 }  // namespace
 
 ZVtodoParser::ZVtodoParser() {
+  addresses().clear();
   libraryHandle = dlopen("libicalvcal.so", RTLD_LAZY);
   if (libraryHandle == nullptr)
     ULO_LOG_ERROR("Failed to open libicalvcal.so!!");
 }
 
 ZVtodoParser::~ZVtodoParser() {
+  addresses().clear();
   if (libraryHandle != nullptr)
     dlclose(libraryHandle);
 }

@@ -1,6 +1,6 @@
-// The vObject library, function by function, as ZVtodoParser opened it. Each call looks its
-// function up anew. A function that the library does not have is logged, and the call gives null
-// unless said otherwise. Nothing else calls the library.
+// The vObject library, function by function, as ZVtodoParser opened it. A function that the library
+// does not have is logged, and the call gives null unless said otherwise. Nothing else calls the
+// library.
 #pragma once
 
 #include <QString>

@@ -337,10 +337,10 @@ GuardedText::GuardedText(GuardedText&& other) noexcept = default;
 GuardedText::~GuardedText() = default;
 
 GuardedText GuardedText::fromFile(const std::string& path, std::vector<std::string> properties) {
-  File file = openRegularFile(path);
-  return GuardedText(file == nullptr ? std::make_unique<State>(unreadable)
-                                     : std::make_unique<State>(ByteSource(std::move(file)),
-                                                               std::move(properties)));
+  Descriptor file = openRegularFile(path);
+  return GuardedText(
+      !file.isOpen() ? std::make_unique<State>(unreadable)
+                     : std::make_unique<State>(ByteSource(std::move(file)), std::move(properties)));
 }
 
 GuardedText GuardedText::fromMemory(std::string_view text, std::vector<std::string> properties) {

@@ -2,46 +2,75 @@
 
 #include "vcal_guard.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace ulo {
+namespace {
 
-File openRegularFile(const std::string& path) {
-  const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  if (descriptor == -1)
-    return nullptr;
+// Bytes that end a line or make it odd.
+bool isSpecial(char c) {
+  return c == '\n' || c == '\r' || c == '\0' || c == '\xFF';
+}
+
+}  // namespace
+
+void Line::clear() {
+  bytes.clear();
+  number = 0;
+  odd = false;
+  tooLong = false;
+}
+
+void Line::add(std::string_view more) {
+  const std::size_t room = propertyLimit - bytes.size();
+  bytes.append(more.substr(0, room));
+  tooLong = tooLong || more.size() > room;
+}
+
+Descriptor openRegularFile(const std::string& path) {
+  Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   struct stat status {};
-  File file;
-  if (fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode))
-    file.reset(fdopen(descriptor, "rb"));
-  if (file == nullptr)
-    close(descriptor);
+  if (file.isOpen() && (fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode)))
+    file.reset();
   return file;
 }
 
 std::size_t ByteSource::read(char* into, std::size_t size) {
-  if (file_ == nullptr) {
+  if (!file_.isOpen()) {
     const std::size_t count = text_.copy(into, size, position_);
     position_ += count;
     return count;
   }
-  const std::size_t count = std::fread(into, 1, size, file_.get());
-  failed_ = failed_ || std::ferror(file_.get()) != 0;
+  std::size_t count = 0;
+  while (count < size && !ended_) {
+    const ssize_t got = ::read(file_.get(), into + count, size - count);
+    if (got < 0 && errno == EINTR)
+      continue;
+    failed_ = failed_ || got < 0;
+    // A regular file gives less than asked for at its end only.
+    ended_ = got < static_cast<ssize_t>(size - count);
+    count += got > 0 ? static_cast<std::size_t>(got) : 0;
+  }
   return count;
 }
 
 void ByteSource::rewind() {
   position_ = 0;
-  if (file_ != nullptr)
-    std::rewind(file_.get());
+  ended_ = false;
+  if (file_.isOpen() && lseek(file_.get(), 0, SEEK_SET) != 0)
+    failed_ = true;
 }
 
 int LineReader::peekByte() {
   if (position_ == size_) {
     position_ = 0;
-    size_ = source_.read(buffer_.data(), buffer_.size());
+    size_ = source_.read(buffer_.get(), bufferSize);
     if (size_ == 0)
       return EOF;
   }
@@ -69,37 +98,45 @@ bool LineReader::finishCarriageReturn() {
   return true;
 }
 
+// Takes what stands in the buffer up to a byte that wants to be looked at.
+void LineReader::takePlain(Line& line) {
+  const char* const first = buffer_.get() + position_;
+  const char* const last = std::find_if(first, static_cast<const char*>(buffer_.get() + size_),
+                                        [](char c) { return isSpecial(c); });
+  line.add({first, last});
+  position_ += static_cast<std::size_t>(last - first);
+}
+
 bool LineReader::read(Line& line) {
-  line = Line{};
+  line.clear();
   if (pendingEnds_ > 0) {
     --pendingEnds_;
     line.number = ++number_;
     line.odd = true;
     return true;
   }
-  int c = byte();
-  if (c == EOF)
+  if (peekByte() == EOF)
     return false;
   line.number = ++number_;
-  for (; c != EOF && c != '\n' && c != '\r'; c = byte()) {
-    if (c == 0 || c == 0xFF)
+  for (;;) {
+    takePlain(line);
+    const int c = byte();
+    if (c == '\r' && finishCarriageReturn())
       line.odd = true;
-    if (c == 0)
-      continue;
-    if (line.bytes.size() < propertyLimit)
-      line.bytes += static_cast<char>(c);
-    else
-      line.tooLong = true;
+    if (c == EOF || c == '\n' || c == '\r')
+      return true;
+    if (isSpecial(static_cast<char>(c)))
+      line.odd = true;
+    // A byte that stands behind the end of the buffer is as plain as those before it.
+    if (const char plain = static_cast<char>(c); c != 0)
+      line.add({&plain, 1});
   }
-  if (c == '\r' && finishCarriageReturn())
-    line.odd = true;
-  return true;
 }
 
 bool LineReader::next(Line& line) {
   if (!hasPeeked_)
     return read(line);
-  line = std::move(peeked_);
+  std::swap(line, peeked_);
   hasPeeked_ = false;
   return true;
 }

@@ -2,8 +2,9 @@
 // run over several of them.
 #pragma once
 
+#include "descriptor.h"
+
 #include <cstddef>
-#include <cstdio>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -11,19 +12,14 @@
 
 namespace ulo {
 
-struct CloseFile {
-  void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using File = std::unique_ptr<std::FILE, CloseFile>;
-
-// Opens a regular file for reading; null for anything else. Never waits (as for a pipe).
-File openRegularFile(const std::string& path);
+// Opens a regular file for reading; closed for anything else. Never waits (as for a pipe).
+Descriptor openRegularFile(const std::string& path);
 
 // The bytes of a file or of a text in memory, as often as wanted.
 class ByteSource {
 public:
   explicit ByteSource(std::string_view text) : text_(text) {}
-  explicit ByteSource(File file) : file_(std::move(file)) {}
+  explicit ByteSource(Descriptor file) : file_(std::move(file)) {}
 
   // Number of bytes read; 0 at the end and after a failure.
   std::size_t read(char* into, std::size_t size);
@@ -31,9 +27,10 @@ public:
   [[nodiscard]] bool failed() const { return failed_; }
 
 private:
-  File file_;
+  Descriptor file_;
   std::string_view text_;
   std::size_t position_ = 0;
+  bool ended_ = false;
   bool failed_ = false;
 };
 
@@ -43,12 +40,18 @@ struct Line {
   std::size_t number = 0;
   bool odd = false;      // zero bytes, 0xFF, or a line end other than LF and CR LF
   bool tooLong = false;  // cut
+
+  // Empties it, with the memory kept.
+  void clear();
+  // Appends what there is room for.
+  void add(std::string_view more);
 };
 
 // Takes LF, CR LF, CR CR LF (what a text that was converted twice has) and CR as line ends.
 class LineReader {
 public:
-  explicit LineReader(ByteSource& source) : source_(source), buffer_(bufferSize) {}
+  explicit LineReader(ByteSource& source)
+      : source_(source), buffer_(std::make_unique_for_overwrite<char[]>(bufferSize)) {}
 
   // False at the end of the text.
   bool next(Line& line);
@@ -58,12 +61,13 @@ public:
 private:
   static constexpr std::size_t bufferSize = 65536;
   bool read(Line& line);
+  void takePlain(Line& line);
   bool finishCarriageReturn();
   int byte();
   int peekByte();
 
   ByteSource& source_;
-  std::vector<char> buffer_;
+  std::unique_ptr<char[]> buffer_;
   std::size_t position_ = 0;
   std::size_t size_ = 0;
   std::size_t number_ = 0;

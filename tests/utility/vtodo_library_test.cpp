@@ -23,6 +23,7 @@
 #include <new>
 #include <set>
 #include <sstream>
+#include <utility>
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -254,17 +255,21 @@ const std::vector<Function> functions = {
      [](VObject* object) { EXPECT_EQ(vobject::addPropValue(object, "P", "v"), nullptr); }},
 };
 
-TEST_P(VObjectFunction, MissingIsLoggedAndGivesItsFailureValue) {
-  const ZVtodoParser parser;
+TEST_P(VObjectFunction, MissingIsLoggedAtEachCallAndGivesItsFailureValue) {
+  auto parser = std::make_unique<ZVtodoParser>();
   VObject* object = vobject::newVObject("O");
   vobject::addPropValue(object, "P", "v");
   LogCapture log;
-  loader_.lookedUp.clear();
   loader_.missing = {GetParam().name};
+  parser = std::make_unique<ZVtodoParser>();
+  loader_.lookedUp.clear();
   GetParam().fails(object);
-  EXPECT_EQ(log.withoutLines(), errorLine(std::string("Cannot invoke call ") + GetParam().name));
+  GetParam().fails(object);
+  const std::string line = errorLine(std::string("Cannot invoke call ") + GetParam().name);
+  EXPECT_EQ(log.withoutLines(), line + line);
   EXPECT_THAT(loader_.lookedUp, ElementsAre(GetParam().name));
   loader_.missing.clear();
+  parser = std::make_unique<ZVtodoParser>();
   vobject::cleanVObject(object);
 }
 
@@ -288,13 +293,23 @@ TEST_P(VObjectFunction, MissingLetsReadingAndWritingEnd) {
 INSTANTIATE_TEST_SUITE_P(All, VObjectFunction, testing::ValuesIn(functions),
                          [](const auto& info) { return std::string(info.param.name); });
 
-TEST_F(VObjectLibrary, IsAskedAnewAtEachCall) {
+// The library that the next parser opens, or finds closed, may be another one.
+TEST_F(VObjectLibrary, IsAskedAnewWheneverAParserComesOrGoes) {
   const ZVtodoParser parser;
   VObject* object = vobject::newVObject("O");
-  loader_.lookedUp.clear();
-  vobject::vObjectName(object);
-  vobject::vObjectName(object);
-  EXPECT_THAT(loader_.lookedUp, ElementsAre("vObjectName", "vObjectName"));
+  const auto lookedUp = [&] {
+    loader_.lookedUp.clear();
+    vobject::vObjectName(object);
+    vobject::vObjectName(object);
+    return loader_.lookedUp;
+  };
+  EXPECT_THAT(lookedUp(), ElementsAre("vObjectName"));
+  EXPECT_THAT(lookedUp(), IsEmpty());
+  {
+    const ZVtodoParser another;
+    EXPECT_THAT(lookedUp(), ElementsAre("vObjectName"));
+  }
+  EXPECT_THAT(lookedUp(), ElementsAre("vObjectName"));
   vobject::cleanVObject(object);
 }
 
@@ -437,16 +452,53 @@ TEST_F(VObjectLibrary, NarrowingNeedsMemory) {
   EXPECT_EQ(log.withoutLines(), errorLine("Unable to allocate memory"));
 }
 
+// Notes the calls of the two functions that go through the objects of a text.
+class NotedCalls {
+public:
+  explicit NotedCalls(Loader& loaderToUse) : library_(__real_dlopen("libicalvcal.so", RTLD_LAZY)) {
+    calls.clear();
+    realClean = reinterpret_cast<Clean*>(__real_dlsym(library_, "cleanVObject"));
+    realNext = reinterpret_cast<Next*>(__real_dlsym(library_, "nextVObjectInList"));
+    Clean* const clean = [](VObject* object) {
+      calls.emplace_back("cleanVObject");
+      realClean(object);
+    };
+    Next* const next = [](VObject* object) {
+      calls.emplace_back("nextVObjectInList");
+      return realNext(object);
+    };
+    loaderToUse.replaced["cleanVObject"] = reinterpret_cast<void*>(clean);
+    loaderToUse.replaced["nextVObjectInList"] = reinterpret_cast<void*>(next);
+  }
+  NotedCalls(const NotedCalls&) = delete;
+  NotedCalls& operator=(const NotedCalls&) = delete;
+  ~NotedCalls() { __real_dlclose(library_); }
+
+  // Since it was asked last.
+  static std::vector<std::string> take() { return std::exchange(calls, {}); }
+
+private:
+  using Clean = void(VObject*);
+  using Next = VObject*(VObject*);
+  static Clean* realClean;
+  static Next* realNext;
+  static std::vector<std::string> calls;
+  void* library_;
+};
+NotedCalls::Clean* NotedCalls::realClean = nullptr;
+NotedCalls::Next* NotedCalls::realNext = nullptr;
+std::vector<std::string> NotedCalls::calls;
+
 // Records
 
 TEST_F(VObjectLibrary, ARecordThatCannotBeAllocatedEndsReading) {
+  const NotedCalls calls(loader_);
   ZVtodoParser parser;
   QList<ZTASK_ENG_Task> tasks;
   tasks.setAutoDelete(true);
   LogCapture log;
   const LeaksExpected whatIsNotReleased;
   loader_.recordsLeft = 1;
-  loader_.lookedUp.clear();
   parser.readVtodo(QCString(text.c_str()), tasks);
   loader_.recordsLeft = -1;
   ASSERT_EQ(tasks.count(), 1U);
@@ -454,30 +506,23 @@ TEST_F(VObjectLibrary, ARecordThatCannotBeAllocatedEndsReading) {
   EXPECT_THAT(log.withoutLines(),
               testing::EndsWith(errorLine("Memary is full!!") + errorLine("toTaskRec failed!")));
   // What is left is not released.
-  EXPECT_THAT(loader_.lookedUp, testing::Not(testing::Contains("cleanVObject")));
+  EXPECT_THAT(NotedCalls::take(), IsEmpty());
 }
 
 TEST_F(VObjectLibrary, EachTopLevelObjectIsReleasedAfterTheNextWasFetched) {
+  const NotedCalls calls(loader_);
   ZVtodoParser parser;
   LogCapture log;
   const std::string three = "BEGIN:VCARD\r\nEND:VCARD\r\n" + text + text;
-  const auto order = [&] {
-    std::vector<std::string> calls;
-    for (const std::string& name : loader_.lookedUp)
-      if (name == "cleanVObject" || name == "nextVObjectInList")
-        calls.push_back(name);
-    return calls;
-  };
   const auto pairs = ElementsAre("nextVObjectInList", "cleanVObject", "nextVObjectInList",
                                  "cleanVObject", "nextVObjectInList", "cleanVObject");
   QList<ZTASK_ENG_Task> tasks;
   tasks.setAutoDelete(true);
   parser.readVtodo(QCString(three.c_str()), tasks);
   EXPECT_EQ(tasks.count(), 6U);
-  EXPECT_THAT(order(), pairs);
-  loader_.lookedUp.clear();
+  EXPECT_THAT(NotedCalls::take(), pairs);
   EXPECT_TRUE(parser.isVtodo(QString::fromStdString(fileWith(three))));
-  EXPECT_THAT(order(), pairs);
+  EXPECT_THAT(NotedCalls::take(), pairs);
 }
 
 // A piece of a large text that the library refuses: nothing of the text is read.

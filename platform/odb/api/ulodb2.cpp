@@ -102,9 +102,10 @@ int bindParameter(DB_PARAM block, int index, const Value& value) {
   });
 }
 
+// A negative column is larger than any there is.
 bool hasField(DB_CURSOR cursor, int column) {
-  return cursor != nullptr && column >= 0 && cursor->row < cursor->buffer.rows() &&
-         static_cast<std::size_t>(column) < cursor->buffer.columns();
+  return cursor != nullptr && cursor->row < cursor->buffer.rows() &&
+         static_cast<unsigned int>(column) < cursor->buffer.columns();
 }
 
 int numberField(DB_CURSOR cursor, int column) {

@@ -129,11 +129,9 @@ void Executable::executeBlock(const Node& node) {
   }
 }
 
-void Executable::onePass(const Node& node) {
-  if (++loopPasses_ > DB_MAX_LOOP_PASSES)
-    throw Failure(DB_LIMIT, node.at,
-                  "the loops have made more than " + std::to_string(DB_MAX_LOOP_PASSES) +
-                      " passes");
+void Executable::tooManyPasses(const Node& node) {
+  throw Failure(DB_LIMIT, node.at,
+                "the loops have made more than " + std::to_string(DB_MAX_LOOP_PASSES) + " passes");
 }
 
 void Executable::walk(const Node& node) {

@@ -59,7 +59,12 @@ private:
   void copyRows(const Node& node, const RowCopy& copy, Cursor& cursor);
   void executeOnward(const Node& node, Cursor& cursor, Slot& found);
   void walk(const Node& node);
-  void onePass(const Node& node);
+  // Throws Failure when there have been too many.
+  void onePass(const Node& node) {
+    if (++loopPasses_ > DB_MAX_LOOP_PASSES)
+      tooManyPasses(node);
+  }
+  [[noreturn]] static void tooManyPasses(const Node& node);
   bool filterValues(const CursorPlan& plan, std::vector<Value>& values) const;
   void declare(const Node& node);
   Value evaluate(const Node& node);

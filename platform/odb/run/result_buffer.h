@@ -57,8 +57,8 @@ public:
     // 0 for a null and for a text.
     [[nodiscard]] int number(std::size_t row) const {
       if (type_ == Type::integer)
-        return row < integers_.size() ? integers_[row] : 0;
-      return row < booleans_.size() ? booleans_[row] : 0;
+        return row < size_ ? integers_[row] : 0;
+      return row < size_ && type_ == Type::boolean ? booleans_[row] : 0;
     }
     // Requires: the row is not null.
     [[nodiscard]] Value value(std::size_t row) const;

@@ -46,12 +46,6 @@ int lockDirectory(const std::string& directory) {
 
 }  // namespace
 
-void Descriptor::reset(int number) {
-  if (number_ >= 0)
-    close(number_);
-  number_ = number;
-}
-
 Connection::Connection(const std::string& directory, const std::string& name) {
   lock_.reset(lockDirectory(directory));
   const std::string path = directory + "/" + name;

@@ -1,30 +1,14 @@
 #pragma once
 
+#include "descriptor.h"
 #include "statement.h"
 
 #include <sqlite3.h>
 
 #include <memory>
 #include <string>
-#include <utility>
 
 namespace ulo::odb {
-
-// A file descriptor with one owner.
-class Descriptor {
-public:
-  explicit Descriptor(int number = -1) : number_(number) {}
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor() { reset(); }
-  [[nodiscard]] int get() const { return number_; }
-  void reset(int number = -1);
-  // The caller closes it then.
-  int release() { return std::exchange(number_, -1); }
-
-private:
-  int number_;
-};
 
 // A connection to the database file.
 class Connection {

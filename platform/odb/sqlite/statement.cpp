@@ -45,18 +45,11 @@ SqlStatement::SqlStatement(sqlite3* database, const std::string& sql) {
   handle_.reset(handle);
 }
 
-bool SqlStatement::step() {
-  stepped_ = true;
-  const int result = sqlite3_step(handle_.get());
-  if (result == SQLITE_ROW)
-    return true;
-  if (result != SQLITE_DONE) {
-    const Failure failure =
-        sqliteFailure(sqlite3_db_handle(handle_.get()), sqlite3_sql(handle_.get()));
-    reset();
-    throw failure;
-  }
-  return false;
+void SqlStatement::stepFailed() {
+  const Failure failure =
+      sqliteFailure(sqlite3_db_handle(handle_.get()), sqlite3_sql(handle_.get()));
+  reset();
+  throw failure;
 }
 
 std::string SqlStatement::text(int column) const {

@@ -22,7 +22,13 @@ public:
 
   [[nodiscard]] sqlite3_stmt* handle() const { return handle_.get(); }
   // True: on a row. Throws Failure.
-  bool step();
+  bool step() {
+    stepped_ = true;
+    const int result = sqlite3_step(handle_.get());
+    if (result != SQLITE_ROW && result != SQLITE_DONE)
+      stepFailed();
+    return result == SQLITE_ROW;
+  }
   // Steps to the end. Throws Failure.
   void run() {
     while (step()) {
@@ -41,6 +47,8 @@ public:
   [[nodiscard]] std::string text(int column) const;
 
 private:
+  [[noreturn]] void stepFailed();
+
   struct Finalize {
     void operator()(sqlite3_stmt* handle) const { sqlite3_finalize(handle); }
   };
