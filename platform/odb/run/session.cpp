@@ -168,12 +168,14 @@ void Session::forgetPrograms() {
 }
 
 // Programs belong to the tables that they were checked against.
-void Session::forgetIfSchemaChanged() {
+bool Session::forgetIfSchemaChanged() {
   const std::int64_t version = connection_.schemaVersion();
-  if (version != schemaVersion_)
+  const bool changed = version != schemaVersion_;
+  if (changed)
     forgetPrograms();
   schemaVersion_ = version;
   dataVersion_ = connection_.dataVersion();
+  return changed;
 }
 
 std::shared_ptr<const Program> Session::programOf(const std::string& text) {
@@ -201,12 +203,11 @@ std::shared_ptr<Executable> Session::prepare(const std::string& text) {
                           std::make_shared<Executable>(connection_.handle(), std::move(program)));
 }
 
-Session::Call Session::prepare(const char* text, va_list arguments) {
-  KnownTemplates::Entry* entry = &templates_.entry(text);
-  const TemplateArguments given = entry->pattern.read(arguments);
-  if (Executable* known = entry->find(given))
+Session::Call Session::prepare(const char* text, const TemplateArguments& given) {
+  KnownTemplates::Entry& entry = templates_.entry(text);
+  if (Executable* known = entry.find(given))
     return {*known, Template::liftedNumbers(given)};
-  FormattedText formatted = entry->pattern.format(given);
+  FormattedText formatted = entry.pattern.format(given);
   std::shared_ptr<Executable> executable = prepare(formatted.text);
   Executable& result = *executable;
   // Preparing may have forgotten all of them.
@@ -218,20 +219,15 @@ Session::Call Session::prepare(const char* text, va_list arguments) {
 ResultBuffer Session::run(const char* text, va_list arguments, ParameterView parameters, int* tag) {
   if (connection_.dataVersion() != dataVersion_)
     forgetIfSchemaChanged();
-  const Call call = prepare(text, arguments);
-  const Program& program = call.executable.program();
-  const bool changesSchema =
-      program.statement && program.statement->kind != Statement::Kind::insert;
+  const TemplateArguments given = templates_.entry(text).pattern.read(arguments);
   try {
-    ResultBuffer result = runPrepared(call, parameters, tag);
-    if (changesSchema)
-      forgetPrograms();
-    return result;
+    return runPrepared(prepare(text, given), parameters, tag);
   } catch (const Failure&) {
-    // A table may have been dropped or changed by someone else.
-    forgetIfSchemaChanged();
-    throw;
+    // SQLite may only have seen now that another program changed a table.
+    if (!forgetIfSchemaChanged())
+      throw;
   }
+  return runPrepared(prepare(text, given), parameters, tag);
 }
 
 ResultBuffer Session::runPrepared(const Call& call, ParameterView parameters, int* tag) {
@@ -247,6 +243,8 @@ ResultBuffer Session::runPrepared(const Call& call, ParameterView parameters, in
     connection_.committed();
   if (run.tag)
     *tag = *run.tag;
+  if (program.statement && program.statement->kind != Statement::Kind::insert)
+    forgetPrograms();
   return result;
 }
 

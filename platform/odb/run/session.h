@@ -50,10 +50,10 @@ private:
     std::vector<std::int64_t> numbers;  // of the template
   };
 
-  Call prepare(const char* text, va_list arguments);
+  Call prepare(const char* text, const TemplateArguments& given);
   std::shared_ptr<Executable> prepare(const std::string& text);
   std::shared_ptr<const Program> programOf(const std::string& text);
-  void forgetIfSchemaChanged();
+  bool forgetIfSchemaChanged();  // whether it had
   void forgetPrograms();
   ResultBuffer runPrepared(const Call& call, ParameterView parameters, int* tag);
 
