@@ -2,6 +2,7 @@
 // written by hand. Google Benchmark's options apply; ours come first:
 //   --size=N            tasks in the store; 0: the codec (default 10000)
 //   --data-dir=DIR      where the stores are kept meanwhile, on a disk
+//   --quick             fewer and shorter repetitions
 
 #include "log_sink.h"
 #include "pairs.h"
@@ -54,6 +55,10 @@ int main(int count, char** arguments) {
     }
     if (const auto value = take(count, arguments, "--data-dir=")) {
       place = *value;
+      found = true;
+    }
+    if (take(count, arguments, "--quick")) {
+      bench::shortenEfforts();
       found = true;
     }
   }

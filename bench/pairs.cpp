@@ -5,14 +5,36 @@
 
 namespace bench {
 
+namespace {
+
+bool effortsAreShort = false;
+
+Effort shortened(Effort effort) {
+  if (effortsAreShort) {
+    effort.repetitions = 3;
+    effort.minSeconds /= 3;
+  }
+  return effort;
+}
+
+}  // namespace
+
 Effort effortFor(int records) {
   if (records <= 1000)
-    return {9, 0.03, 0, true};
+    return shortened({9, 0.03, 0, true});
   if (records <= 20000)
-    return {7, 0.05, 0, true};
+    return shortened({7, 0.05, 0, true});
   if (records <= 200000)
-    return {5, 0, 1, true};
-  return {3, 0, 1, false};
+    return shortened({5, 0, 1, true});
+  return shortened({3, 0, 1, false});
+}
+
+Effort durableEffort() {
+  return shortened({7, 0, 40, false});
+}
+
+void shortenEfforts() {
+  effortsAreShort = true;
 }
 
 void stop(const std::string& operation, const std::string& what) {

@@ -27,7 +27,9 @@ struct Effort {
 // For one that touches so many records.
 Effort effortFor(int records);
 // For one that waits for the disk.
-inline constexpr Effort durableEffort = {7, 0, 40, false};
+Effort durableEffort();
+// From here on they are a few repetitions only, enough to see a large difference.
+void shortenEfforts();
 
 // Ends the program, saying what is wrong with which operation.
 [[noreturn]] void stop(const std::string& operation, const std::string& what);

@@ -59,16 +59,16 @@ void registerWriting(Workbench& bench, const Writing& writing) {
         !difference.empty())
       stop(writing.name, "ours writes something else: " + difference);
   };
+  const Effort effort = durableEffort();
   const auto add = [&](const char* name, Side side) {
-    registerSide(writing.name, name, durableEffort, [=, &bench](benchmark::State& state) {
+    registerSide(writing.name, name, effort, [=, &bench](benchmark::State& state) {
       compare();
       std::vector<Task> records;
-      for (int i = 0; i < durableEffort.iterations; ++i)
+      for (int i = 0; i < effort.iterations; ++i)
         records.push_back(writing.record(bench, i));
       std::size_t number = 0;
       const auto call = callOf(side);
-      timeCalls<int>(state, durableEffort, 0,
-                     [&](int&) { require(call(bench, records.at(number++))); });
+      timeCalls<int>(state, effort, 0, [&](int&) { require(call(bench, records.at(number++))); });
       Uids changed;
       for (const Task& record : records)
         changed.append(record.getUINT32(Task::TASK_FIELD_UID));

@@ -1,0 +1,108 @@
+"""What was measured, and what was wanted."""
+
+import re
+import statistics
+from collections import defaultdict
+from dataclasses import dataclass
+
+# What an operation may cost: its time beside that of the hand-written work, and how much the time
+# for a record may grow from one size of store to the next. The first that fits counts.
+TARGETS = [
+    # operation, ratio, growth
+    (r"^open-close$", 2.0, 2.0),
+    (r"^(addTask|updateTask|removeTask)$", 1.25, 2.0),
+    (r"^removeAll$", 2.0, 1.5),
+    (r"^getTask$", 1.5, 2.0),
+    (r"^getCount", 1.25, 1.5),
+    (r"^getAllIDs", 1.25, 1.5),
+    (r"^page\.", 1.5, 1.5),
+    (r"^(range|category|match|getAllTasks)", 1.5, 1.5),
+    (r"^vtodo\.", 2.0, 1.5),
+]
+# The fewer calls of a fixed cost an operation makes up for, the less its growth says: from this
+# size on it is held against the target.
+GROWTH_FROM = 10000
+# The highest use of the heap while a list is read, as a multiple of what the list takes.
+HEAP_TARGET = 2.0
+# How the memory for one to-do may grow while the file does.
+IMPORT_GROWTH_TARGET = 1.2
+
+
+@dataclass
+class Row:
+    """One operation at one size. Times are seconds for a call, medians."""
+
+    operation: str
+    size: int
+    ours: float
+    hand: float
+    joined: float  # hand-written in one statement, where that was measured
+    records: float
+    growth: float = 0  # of the time for a record from the size before; 0: there is none before
+    hand_growth: float = 0
+
+    @property
+    def ratio(self):
+        return self.ours / self.hand
+
+    @property
+    def target(self):
+        return next(target for target in TARGETS if re.search(target[0], self.operation))
+
+    @property
+    def misses(self):
+        """What is beyond the target, in words."""
+        _, ratio, growth = self.target
+        missed = []
+        if self.ratio > ratio:
+            missed.append(f"ratio > {ratio}")
+        # The work itself may grow: the hand-written side's tells.
+        if self.size > GROWTH_FROM and self.growth > max(growth, 1.25 * self.hand_growth):
+            missed.append(f"growth > {growth}")
+        return missed
+
+
+class Figures:
+    """All figures of one run."""
+
+    def __init__(self):
+        self.rows = []
+        self.context = {}
+        self.memory = []
+        self.instructions = []
+
+    def add_times(self, size, measured):
+        """Takes Google Benchmark's figures for one size of store; 0: the codec."""
+        self.context = measured.get("context", self.context)
+        times = defaultdict(list)
+        records = {}
+        order = {}
+        for line in measured["benchmarks"]:
+            if line["run_type"] != "iteration":
+                continue
+            operation, side = line["name"].split("/")[:2]
+            times[operation, side].append(line["real_time"] * 1e-6)
+            records[operation] = line["records"]
+            order[operation] = line["family_index"]
+        for operation in sorted(order, key=order.get):
+            if not times[operation, "ours"] or not times[operation, "hand"]:
+                continue
+            joined = times[operation, "hand-join"]
+            # The last part of a codec operation's name is the number of to-dos.
+            name, number = (operation.rsplit(".", 1) if size == 0 else (operation, size))
+            row = Row(name, int(number), statistics.median(times[operation, "ours"]),
+                      statistics.median(times[operation, "hand"]),
+                      statistics.median(joined) if joined else 0, records[operation])
+            before = [r for r in self.rows if r.operation == name]
+            if before:
+                row.growth = (row.ours / row.records) / (before[-1].ours / before[-1].records)
+                row.hand_growth = (row.hand / row.records) / (before[-1].hand / before[-1].records)
+            self.rows.append(row)
+
+    def operations(self):
+        """Names in the order in which they were registered."""
+        return list(dict.fromkeys(row.operation for row in self.rows))
+
+    def of(self, operation):
+        """The rows of an operation, by size."""
+        return [row for row in self.rows if row.operation == operation]

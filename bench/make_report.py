@@ -1,0 +1,107 @@
+"""Runs the benchmark programs, prints the table and writes docs/benchmarks.md and .svg.
+bench/report calls it; see there."""
+
+import argparse
+import json
+import os
+import shutil
+import subprocess
+import sys
+import time
+
+import report_text
+from figures import Figures
+
+ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
+BUILD = os.path.join(ROOT, "build", "bench")
+PROGRAMS = os.path.join(BUILD, "bin")
+RESULTS = os.path.join(BUILD, "results")
+
+ALL_SIZES = [100, 10000, 100000, 1000000]
+QUICK_SIZES = [100, 10000]
+CODEC = 0  # in the place of a size
+
+
+def run(program, *arguments):
+    """Runs one of our programs and gives what it prints; ends with it when it fails."""
+    print(">", program, *arguments, file=sys.stderr, flush=True)
+    done = subprocess.run([os.path.join(PROGRAMS, program), *arguments], stdout=subprocess.PIPE,
+                          text=True, check=False)
+    if done.returncode != 0:
+        sys.exit(f"{program} failed")
+    return done.stdout
+
+
+def time_size(size, options):
+    """Google Benchmark's figures for one size of store, or the codec."""
+    out = os.path.join(RESULTS, f"{size}.json")
+    arguments = [f"--size={size}"]
+    if options.data_dir:
+        arguments.append(f"--data-dir={options.data_dir}")
+    if options.quick:
+        arguments.append("--quick")
+    # Repetitions of all benchmarks are mixed: a slow minute of the machine hits both sides.
+    arguments += ["--benchmark_enable_random_interleaving=true",
+                  f"--benchmark_out={out}", "--benchmark_out_format=json"]
+    if options.filter:
+        arguments.append(f"--benchmark_filter={options.filter}")
+    run("ulo_bench", *arguments)
+    if os.path.getsize(out) == 0:  # nothing passes the filter
+        return {"benchmarks": []}
+    with open(out, encoding="utf-8") as file:
+        return json.load(file)
+
+
+def measure_memory(options):
+    place = os.path.join(options.data_dir or os.path.join(BUILD, "bench-data"), "memory")
+    shutil.rmtree(place, ignore_errors=True)
+    try:
+        lines = run("ulo_bench_memory", place).splitlines()
+    finally:
+        shutil.rmtree(place, ignore_errors=True)
+    return [json.loads(line) for line in lines]
+
+
+def count_instructions():
+    out = os.path.join(RESULTS, "instructions.json")
+    subprocess.run([sys.executable, "-B", os.path.join(ROOT, "bench", "instructions"),
+                    "--json", out], check=True, stdout=subprocess.DEVNULL)
+    with open(out, encoding="utf-8") as file:
+        return json.load(file)
+
+
+def main():
+    parser = argparse.ArgumentParser(prog="bench/report")
+    parser.add_argument("--sizes", help="numbers of tasks, with commas between them")
+    parser.add_argument("--filter", help="only operations whose name matches")
+    parser.add_argument("--quick", action="store_true", help="100 and 10,000 tasks, short")
+    parser.add_argument("--data-dir", help="where the stores are kept meanwhile, on a disk")
+    options = parser.parse_args()
+    sizes = QUICK_SIZES if options.quick else ALL_SIZES
+    if options.sizes:
+        sizes = sorted(int(size) for size in options.sizes.split(","))
+    whole = not options.quick and not options.filter and sizes == ALL_SIZES
+
+    begin = time.monotonic()
+    shutil.rmtree(RESULTS, ignore_errors=True)
+    os.makedirs(RESULTS)
+    figures = Figures()
+    for size in [CODEC, *sizes]:
+        figures.add_times(size, time_size(size, options))
+    if whole:
+        figures.memory = measure_memory(options)
+        figures.instructions = count_instructions()
+
+    print(report_text.tables(figures))
+    print(f"\n{report_text.verdict(figures)}; {time.monotonic() - begin:.0f} seconds")
+    if whole:
+        docs = os.path.join(ROOT, "docs")
+        data = options.data_dir or BUILD
+        report_text.write_plot(figures, os.path.join(docs, "benchmarks.svg"), RESULTS)
+        with open(os.path.join(docs, "benchmarks.md"), "w", encoding="utf-8") as file:
+            file.write(report_text.document(figures, data, time.monotonic() - begin))
+        print("written: docs/benchmarks.md, docs/benchmarks.svg")
+
+
+if __name__ == "__main__":
+    main()

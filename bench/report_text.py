@@ -1,0 +1,260 @@
+"""Tables, document and plot."""
+
+import datetime
+import os
+import platform
+import re
+import sqlite3
+import subprocess
+
+from figures import GROWTH_FROM, HEAP_TARGET, IMPORT_GROWTH_TARGET, TARGETS
+
+# Titles of the tables, and the operations in each.
+SECTIONS = [
+    ("Opening and single tasks", r"^(open-close|addTask|getTask|updateTask|removeTask|removeAll)$"),
+    ("Counts", r"^getCount"),
+    ("Lists of UIDs", r"^getAllIDs"),
+    ("Pages of ten tasks", r"^page\."),
+    ("Whole tasks", r"^(range|category|match|getAllTasks)"),
+    ("vTodo text (size: to-dos in the file)", r"^vtodo\."),
+]
+
+# Operations whose time is plotted against the size.
+PLOTTED = ["open-close", "addTask", "getTask", "getCount.incomplete", "getAllIDs.all.by-due",
+           "page.all.by-due.middle", "range.due", "getAllTasks", "removeAll"]
+
+
+def shown_time(seconds):
+    for unit, factor in (("s", 1), ("ms", 1e3), ("µs", 1e6)):
+        if seconds * factor >= 1 or unit == "µs":
+            return f"{seconds * factor:.3g} {unit}" if seconds * factor < 1000 \
+                else f"{seconds * factor:.0f} {unit}"
+    return ""
+
+
+def shown_bytes(number):
+    for unit, factor in (("MB", 1e6), ("kB", 1e3)):
+        if number >= factor:
+            return f"{number / factor:.1f} {unit}"
+    return f"{number} B"
+
+
+def table(head, rows):
+    """A Markdown table that is laid out for reading as it stands."""
+    widths = [max(len(str(line[i])) for line in [head, *rows]) for i in range(len(head))]
+
+    def line(cells):
+        return "| " + " | ".join(
+            str(cell).ljust(width) if i == 0 else str(cell).rjust(width)
+            for i, (cell, width) in enumerate(zip(cells, widths))) + " |"
+
+    rule = "|" + "|".join("-" * (w + 2) if i == 0 else "-" * (w + 1) + ":"
+                          for i, w in enumerate(widths)) + "|"
+    return "\n".join([line(head), rule, *(line(row) for row in rows)])
+
+
+def times_table(figures, pattern):
+    rows = []
+    for operation in figures.operations():
+        if not re.search(pattern, operation):
+            continue
+        for row in figures.of(operation):
+            growth = f"{row.growth:.2f} ({row.hand_growth:.2f})" if row.growth else ""
+            missed = ", ".join(row.misses)
+            rows.append([row.operation, f"{row.size:,}", shown_time(row.ours),
+                         shown_time(row.hand), f"{row.ratio:.2f}",
+                         shown_time(row.ours / row.records) if row.records > 1 else "", growth,
+                         f"not met: {missed}" if missed else "met"])
+    head = ["operation", "size", "ours", "hand-written", "ratio", "ours per record",
+            "growth (hand)", "target"]
+    return table(head, rows) if rows else ""
+
+
+def joined_lines(figures):
+    return "\n".join(
+        f"`{row.operation}`, {row.size:,} tasks: written by hand with a join for the category's "
+        f"name {shown_time(row.joined)}, with a statement of its own {shown_time(row.hand)}."
+        for row in figures.rows if row.joined)
+
+
+def memory_tables(figures):
+    lists = []
+    imports = []
+    before = None
+    for entry in figures.memory:
+        factor = entry["heap"] / entry["held"]
+        if entry["file"]:
+            each = entry["rss"] / entry["items"]
+            growth = each / before if before else 0
+            before = each
+            imports.append([entry["name"], f"{entry['items']:,}", shown_bytes(entry["file"]),
+                            shown_bytes(entry["held"]), shown_bytes(entry["heap"]),
+                            shown_bytes(entry["rss"]), f"{entry['rss'] / entry['file']:.2f}",
+                            f"{growth:.2f}" if growth else "",
+                            "not met" if growth > IMPORT_GROWTH_TARGET else "met"])
+        else:
+            met = "" if entry["side"] == "hand" else "not met" if factor > HEAP_TARGET else "met"
+            lists.append([entry["name"], entry["side"], f"{entry['items']:,}",
+                          shown_bytes(entry["held"]), shown_bytes(entry["heap"]), f"{factor:.2f}",
+                          shown_bytes(entry["rss"]), met])
+    return (table(["operation", "side", "items", "list", "peak heap", "factor", "peak RSS",
+                   "target"], lists),
+            table(["operation", "to-dos", "file", "list", "peak heap", "peak RSS", "RSS / file",
+                   "growth per to-do", "target"], imports))
+
+
+def instructions_table(figures):
+    hand = {(e["operation"], e["size"]): e["instructions"] for e in figures.instructions
+            if e["side"] == "hand"}
+    rows = []
+    for entry in figures.instructions:
+        if entry["side"] != "ours":
+            continue
+        total = entry["instructions"]
+        parts = sorted(((sum(kinds.values()) / total, part)
+                        for part, kinds in entry["parts"].items()), reverse=True)
+        rows.append([entry["operation"], f"{entry['size']:,}", f"{total:,}",
+                     f"{hand[entry['operation'], entry['size']]:,}",
+                     f"{total / hand[entry['operation'], entry['size']]:.2f}",
+                     f"{entry['category lookup'] / total:.0%}",
+                     ", ".join(f"{part} {share:.0%}" for share, part in parts[:5])])
+    return table(["operation", "size", "ours", "hand-written", "ratio", "category lookup",
+                  "parts of ours"], rows)
+
+
+def tables(figures):
+    """Everything that was measured, section by section."""
+    text = []
+    for title, pattern in SECTIONS:
+        if body := times_table(figures, pattern):
+            text += ["## " + title, body]
+            if "getAllTasks" in pattern:
+                text.append(joined_lines(figures))
+    if figures.memory:
+        lists, imports = memory_tables(figures)
+        text += ["## Memory of lists",
+                 "What a list of 100,000 tasks takes on the heap, and the most that is in use "
+                 "while it is read. Each line is a process of its own.", lists,
+                 "## Memory of an import",
+                 "A file is read into records; what was in use before is not counted.", imports]
+    if figures.instructions:
+        text += ["## Instructions",
+                 "Instructions a call under callgrind, which counts none of the kernel's. "
+                 "`bench/instructions` prints all parts.", instructions_table(figures)]
+    return "\n\n".join(part for part in text if part)
+
+
+def verdict(figures):
+    missed = [row for row in figures.rows if row.misses]
+    return (f"{len(figures.rows) - len(missed)} of {len(figures.rows)} figures meet their target")
+
+
+def command(*words):
+    done = subprocess.run(words, capture_output=True, text=True, check=False)
+    return done.stdout.strip()
+
+
+def machine(data):
+    model = re.search(r"model name\s*: (.*)", open("/proc/cpuinfo", encoding="utf-8").read())
+    memory = re.search(r"MemTotal:\s*(\d+)", open("/proc/meminfo", encoding="utf-8").read())
+    disk = command("df", "--output=source,fstype", data).splitlines()[-1].split()
+    library = command("dpkg-query", "-W", "-f", "${Version}", "libsqlite3-0")
+    return table(["", ""], [
+        ["date", datetime.date.today().isoformat()],
+        ["sources", command("git", "describe", "--always", "--dirty")],
+        ["processor", (model.group(1) if model else platform.machine()) +
+         f", {os.cpu_count()} cores"],
+        ["memory", f"{int(memory.group(1)) / 1e6:.0f} GB"],
+        ["kernel", platform.system() + " " + platform.release()],
+        ["SQLite", f"{sqlite3.sqlite_version} ({library})"],
+        ["Qt", command("dpkg-query", "-W", "-f", "${Version}", "libqt6core6")],
+        ["compiler", command("c++", "--version").splitlines()[0]],
+        ["disk of the data", f"{disk[0]}, {disk[1]}"],
+    ])
+
+
+def targets_table():
+    return table(["operations", "ratio at most", "growth per record at most"],
+                 [[f"`{pattern}`".replace("|", "\\|"), ratio, growth]
+                  for pattern, ratio, growth in TARGETS])
+
+
+def document(figures, data, seconds):
+    return f"""# Benchmarks
+
+Each operation of the store, and the vTodo codec, beside the same work written by hand with SQLite's C interface or the vObject library alone: in one process and one run, on files with the same content, schema, indexes, pragmas and durability (write-ahead log, `synchronous=FULL`, a journal entry for each change), with prepared statements that are kept, giving the same records. Before a pair is timed its results are compared; a difference ends the run. {verdict(figures)}.
+
+![Ratios and times](benchmarks.svg)
+
+## How to repeat
+
+```
+bench/report                        # everything: about {seconds / 60:.0f} minutes on a machine that does nothing else
+bench/report --quick                # 100 and 10,000 tasks, prints only
+bench/report --sizes 10000 --filter page
+bench/instructions                  # instructions a call, by part of the library
+```
+
+{machine(data)}
+
+## How to read
+
+- Times are medians of 3 to 9 repetitions, which are mixed over the run. They are those of the call alone: what becomes of its result is not counted.
+- *ratio* is ours divided by hand-written.
+- *growth* is the time for a record (for a call, where there is one record or none) divided by that at the size before; in brackets the hand-written side's.
+- The log is off, the time zone has daylight saving. Tasks have a summary of 5 to 60 characters, a third has a note of 50 to 400, two thirds have a due date; 20 categories.
+- `getAllTasks` is a match by an example that asks for nothing. `page` reads ten tasks. `range` and `category` give about a twentieth of the tasks.
+
+Targets (growth counts from {GROWTH_FROM:,} tasks on, and only where the hand-written side's does not grow as much):
+
+{targets_table()}
+
+Reading a list takes at most {HEAP_TARGET} times the heap of the list; the memory that an import needs for a to-do grows at most by {IMPORT_GROWTH_TARGET} from one size of file to the next.
+
+{tables(figures)}
+"""
+
+
+def write_plot(figures, path, directory):
+    """The ratio of each operation at each size, and times against sizes."""
+    operations = [name for name in figures.operations() if not name.startswith("vtodo.")]
+    sizes = sorted({row.size for row in figures.rows if row.operation in operations})
+    script = [f"set terminal svg size 1100,{300 + 16 * len(operations) + 560} "
+              "font 'sans-serif,11' background '#ffffff'",
+              f"set output '{path}'", "set multiplot"]
+    lower = 560 / (860 + 16 * len(operations))
+    # Upper part: a line for each operation, a point for each size.
+    script += [f"set origin 0,{lower:.4f}", f"set size 1,{1 - lower:.4f}",
+               "set title 'Time beside the same work written by hand'", "set logscale x 2",
+               "set xlabel 'ratio (1: as fast)'", "set grid x", "set key outside top right",
+               f"set yrange [-1:{len(operations)}] reverse", "set lmargin 36",
+               "set ytics (" + ", ".join(f"'{name}' {i}" for i, name in enumerate(operations)) + ")",
+               "set arrow 1 from 1,graph 0 to 1,graph 1 nohead lc '#888888'"]
+    plots = []
+    for number, size in enumerate(sizes):
+        data = os.path.join(directory, f"ratio-{size}.dat")
+        with open(data, "w", encoding="utf-8") as file:
+            for place, operation in enumerate(operations):
+                for row in figures.of(operation):
+                    if row.size == size:
+                        file.write(f"{row.ratio} {place}\n")
+        plots.append(f"'{data}' using 1:2 with points pt {[6, 4, 8, 7][number % 4]} ps 0.8 "
+                     f"title '{size:,} tasks'")
+    script.append("plot " + ", ".join(plots))
+    # Lower part: ours with lines, hand-written with dashes.
+    script += ["set origin 0,0", f"set size 1,{lower:.4f}", "unset arrow 1", "set lmargin 12",
+               "set title 'Time of a call (dashes: written by hand)'", "set logscale xy 10",
+               "set xlabel 'tasks in the store'", "set ylabel 'seconds'", "set format y '%.0e'",
+               "set yrange [*:*] noreverse", "set ytics auto", "set grid",
+               "set key outside right"]
+    plots = []
+    for number, operation in enumerate(name for name in PLOTTED if name in operations):
+        data = os.path.join(directory, f"time-{operation}.dat")
+        with open(data, "w", encoding="utf-8") as file:
+            for row in figures.of(operation):
+                file.write(f"{row.size} {row.ours} {row.hand}\n")
+        plots.append(f"'{data}' using 1:2 with linespoints lc {number + 1} pt 7 ps 0.5 "
+                     f"title '{operation}'")
+        plots.append(f"'{data}' using 1:3 with lines lc {number + 1} dt 2 notitle")
+    script += ["plot " + ", ".join(plots), "unset multiplot"]
+    subprocess.run(["gnuplot"], input="\n".join(script), text=True, check=True)
