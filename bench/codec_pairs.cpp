@@ -7,6 +7,7 @@
 
 #include <QFile>
 
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -38,7 +39,7 @@ std::string contentsOf(const std::string& fileName) {
 struct Material {
   Material(const std::string& directory, const TextKind& kind, int count)
       : name(std::string(kind.name) + "." + std::to_string(count)), size(count),
-        file(directory + "/" + name + ".vcs"), other(directory + "/" + name + ".hand.vcs") {
+        file(directory + "/" + name + ".vcs") {
     TaskSource source;
     for (int i = 0; i < count; ++i) {
       auto task = std::make_unique<Task>(source.next());
@@ -53,7 +54,6 @@ struct Material {
   std::string name;
   int size;
   std::string file;
-  std::string other;  // where the hand-written side writes
   ZVtodoParser parser;
   TodoList tasks;
   QCString text;
@@ -79,29 +79,34 @@ void registerReadingOf(const std::shared_ptr<Material>& material) {
        {}});
 }
 
+// Each call writes a new file: replacing one waits for the disk on some file systems.
 void registerWritingOf(const std::shared_ptr<Material>& material) {
   const std::string name = "vtodo.write-file." + material->name;
-  const auto ours = [material] {
-    material->parser.writeVtodo(QString::fromStdString(material->file), material->tasks);
+  const auto fileOf = [material](Side side, int number) {
+    return material->file + "." + std::to_string(number) + (side == Side::ours ? "o" : "h");
   };
-  const auto hand = [material] { writeTodos(material->other, material->tasks); };
+  const auto write = [=](Side side, int number) {
+    if (side == Side::ours)
+      material->parser.writeVtodo(QString::fromStdString(fileOf(side, number)), material->tasks);
+    else
+      writeTodos(fileOf(side, number), material->tasks);
+  };
   const auto compare = [=] {
-    ours();
-    hand();
-    if (const std::string difference =
-            differenceOf(contentsOf(material->file), contentsOf(material->other));
-        !difference.empty())
-      stop(name, "ours writes something else:" + difference);
+    std::string contents[2];
+    for (const Side side : {Side::ours, Side::hand}) {
+      write(side, 0);
+      contents[side == Side::ours ? 0 : 1] = contentsOf(fileOf(side, 0));
+      std::filesystem::remove(fileOf(side, 0));
+    }
+    if (const std::string difference = differenceOf(contents[0], contents[1]); !difference.empty())
+      stop(name, "ours writes something else: " + difference);
   };
-  const auto add = [&](const char* side, const std::function<void()>& call) {
-    const Effort effort = effortFor(material->size);
-    registerSide(name, side, effort, [=](benchmark::State& state) {
-      compare();
-      timeCalls<int>(state, effort, material->size, [&](int&) { call(); });
-    });
-  };
-  add("ours", ours);
-  add("hand", hand);
+  const Effort effort = durableEffort();
+  registerPaired({name, effort, double(material->size), compare, [](Side) {}, write,
+                  [=](Side side) {
+                    for (int i = 0; i < effort.iterations; ++i)
+                      std::filesystem::remove(fileOf(side, i));
+                  }});
 }
 
 }  // namespace

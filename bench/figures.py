@@ -36,14 +36,11 @@ class Row:
     size: int
     ours: float
     hand: float
+    ratio: float
     joined: float  # hand-written in one statement, where that was measured
     records: float
     growth: float = 0  # of the time for a record from the size before; 0: there is none before
     hand_growth: float = 0
-
-    @property
-    def ratio(self):
-        return self.ours / self.hand
 
     @property
     def target(self):
@@ -77,21 +74,30 @@ class Figures:
         times = defaultdict(list)
         records = {}
         order = {}
+        paired = {}
         for line in measured["benchmarks"]:
             if line["run_type"] != "iteration":
                 continue
             operation, side = line["name"].split("/")[:2]
-            times[operation, side].append(line["real_time"] * 1e-6)
+            if side == "both":
+                times[operation, "ours"].append(line["ours"])
+                times[operation, "hand"].append(line["hand"])
+            else:
+                times[operation, side].append(line["real_time"] * 1e-6)
+            paired[operation] = side == "both"
             records[operation] = line["records"]
             order[operation] = line["family_index"]
         for operation in sorted(order, key=order.get):
-            if not times[operation, "ours"] or not times[operation, "hand"]:
+            ours, hand = times[operation, "ours"], times[operation, "hand"]
+            if not ours or not hand:
                 continue
             joined = times[operation, "hand-join"]
+            # Where the sides' calls follow each other each repetition has a ratio of its own.
+            ratio = (statistics.median(o / h for o, h in zip(ours, hand)) if paired[operation]
+                     else statistics.median(ours) / statistics.median(hand))
             # The last part of a codec operation's name is the number of to-dos.
             name, number = (operation.rsplit(".", 1) if size == 0 else (operation, size))
-            row = Row(name, int(number), statistics.median(times[operation, "ours"]),
-                      statistics.median(times[operation, "hand"]),
+            row = Row(name, int(number), statistics.median(ours), statistics.median(hand), ratio,
                       statistics.median(joined) if joined else 0, records[operation])
             before = [r for r in self.rows if r.operation == name]
             if before:

@@ -103,6 +103,19 @@ template <typename Result> void registerReading(const Reading<Result>& reading) 
     add("hand-join", reading.otherHand);
 }
 
+// An operation that waits for the disk, whose pace changes from minute to minute: calls of the two
+// sides follow each other, and stand in one benchmark. Its own time is that of ours.
+struct PairedCalls {
+  std::string name;
+  Effort effort;
+  double records;
+  std::function<void()> compare;        // before the first call; stops the program
+  std::function<void(Side)> prepare;    // before the calls of a repetition
+  std::function<void(Side, int)> call;  // the number of the call in the repetition
+  std::function<void(Side)> finish;     // after them
+};
+void registerPaired(const PairedCalls& pair);
+
 // What the programs are made of.
 void registerStoreReading(Workbench& workbench);
 void registerStoreWriting(Workbench& workbench);

@@ -94,22 +94,25 @@ private:
 
 void registerOpen(Workbench& bench) {
   const auto open = [&bench](Side side) {
-    return [&bench, side](benchmark::State& state) {
-      bench.close();
-      bench.prepareOpen(side);
-      const std::string directory = bench.directory(side);
-      timeCalls<int>(state, effortFor(1), 0, [&](int& result) {
-        if (side == Side::ours) {
-          OurStore store;
-          require(store.getCount(result));
-        } else {
-          result = HandStore(directory).count();
-        }
-      });
-    };
+    int count = 0;
+    if (side == Side::ours)
+      require(OurStore().getCount(count));
+    else
+      count = HandStore(bench.directory(side)).count();
+    return count;
   };
-  registerSide("open-close", "ours", effortFor(1), open(Side::ours));
-  registerSide("open-close", "hand", effortFor(1), open(Side::hand));
+  const auto prepare = [&bench](Side side) {
+    bench.close();
+    bench.prepareOpen(side);
+  };
+  registerPaired({"open-close", durableEffort(), 1,
+                  [=] {
+                    prepare(Side::hand);
+                    prepare(Side::ours);
+                    if (open(Side::ours) != open(Side::hand))
+                      stop("open-close", "ours opens another store");
+                  },
+                  prepare, [open](Side side, int) { open(side); }, [](Side) {}});
 }
 
 void registerSingle(Workbench& bench) {

@@ -37,7 +37,7 @@ public:
   // Both. A store that is opened then is a first open of its file.
   void close();
 
-  // Where an open of one side's store finds it.
+  // From here on an open of one side's store finds its files.
   void prepareOpen(Side side);
 
   // Gives the tasks with these UIDs the values back that they were filled with, and takes out

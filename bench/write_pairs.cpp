@@ -4,6 +4,7 @@
 #include "pairs.h"
 
 #include <algorithm>
+#include <map>
 #include <vector>
 
 namespace bench {
@@ -51,32 +52,30 @@ void registerWriting(Workbench& bench, const Writing& writing) {
     bench.restore(side, changed);
     return result;
   };
-  const auto compared = std::make_shared<bool>(false);
   const auto compare = [=] {
-    if (std::exchange(*compared, true))
-      return;
     if (const std::string difference = differenceOf(written(Side::ours), written(Side::hand));
         !difference.empty())
       stop(writing.name, "ours writes something else: " + difference);
   };
   const Effort effort = durableEffort();
-  const auto add = [&](const char* name, Side side) {
-    registerSide(writing.name, name, effort, [=, &bench](benchmark::State& state) {
-      compare();
-      std::vector<Task> records;
-      for (int i = 0; i < effort.iterations; ++i)
-        records.push_back(writing.record(bench, i));
-      std::size_t number = 0;
-      const auto call = callOf(side);
-      timeCalls<int>(state, effort, 0, [&](int&) { require(call(bench, records.at(number++))); });
-      Uids changed;
-      for (const Task& record : records)
-        changed.append(record.getUINT32(Task::TASK_FIELD_UID));
-      bench.restore(side, changed);
-    });
+  // The records of a repetition, by side.
+  const auto records = std::make_shared<std::map<Side, std::vector<Task>>>();
+  const auto prepare = [=, &bench](Side side) {
+    std::vector<Task>& own = (*records)[side];
+    own.clear();
+    for (int i = 0; i < effort.iterations; ++i)
+      own.push_back(writing.record(bench, i));
   };
-  add("ours", Side::ours);
-  add("hand", Side::hand);
+  const auto call = [=, &bench](Side side, int number) {
+    require(callOf(side)(bench, records->at(side).at(static_cast<std::size_t>(number))));
+  };
+  const auto finish = [=, &bench](Side side) {
+    Uids changed;
+    for (const Task& record : records->at(side))
+      changed.append(record.getUINT32(Task::TASK_FIELD_UID));
+    bench.restore(side, changed);
+  };
+  registerPaired({writing.name, effort, 1, compare, prepare, call, finish});
 }
 
 void registerRemoveAll(Workbench& bench) {
@@ -86,10 +85,7 @@ void registerRemoveAll(Workbench& bench) {
     else
       bench.hand().removeAll();
   };
-  const auto compared = std::make_shared<bool>(false);
   const auto compare = [=, &bench] {
-    if (std::exchange(*compared, true))
-      return;
     std::string left[2];
     for (const Side side : {Side::ours, Side::hand}) {
       bench.restoreAll(side);
@@ -100,19 +96,17 @@ void registerRemoveAll(Workbench& bench) {
     if (const std::string difference = differenceOf(left[0], left[1]); !difference.empty())
       stop("removeAll", "ours leaves something else: " + difference);
   };
-  const Effort effort = {bench.size() <= 200000 ? 5 : 3, 0, 1, false};
-  const auto add = [&](const char* name, Side side) {
-    registerSide("removeAll", name, effort, [=, &bench](benchmark::State& state) {
-      compare();
-      // One call that finds the file and the statements as they are in a store at work.
-      int count = side == Side::ours ? 0 : bench.hand().count();
-      require(side == Side::hand || bench.ours().getCount(count) == TASK_ENG_OK);
-      timeCalls<int>(state, effort, bench.size(), [&](int&) { removeAll(side); });
-      bench.restoreAll(side);
-    });
+  // One call that finds the file and the statements as they are in a store at work.
+  const auto prepare = [&bench](Side side) {
+    int count = side == Side::ours ? 0 : bench.hand().count();
+    require(side == Side::hand || bench.ours().getCount(count) == TASK_ENG_OK);
   };
-  add("ours", Side::ours);
-  add("hand", Side::hand);
+  Effort effort = durableEffort();
+  effort.iterations = 1;
+  effort.repetitions = bench.size() <= 200000 ? 5 : 3;
+  registerPaired({"removeAll", effort, double(bench.size()), compare, prepare,
+                  [=](Side side, int) { removeAll(side); },
+                  [&bench](Side side) { bench.restoreAll(side); }});
 }
 
 }  // namespace
