@@ -64,14 +64,14 @@ void registerReadingOf(const std::shared_ptr<Material>& material) {
   registerReading<TodoList>(
       {"vtodo.read-memory." + material->name,
        effort,
-       0,
+       double(material->size),
        [material](TodoList& tasks) { material->parser.readVtodo(material->text, tasks); },
        [material](TodoList& tasks) { readTodosFromMemory(material->text, tasks); },
        {}});
   registerReading<TodoList>(
       {"vtodo.read-file." + material->name,
        effort,
-       0,
+       double(material->size),
        [material](TodoList& tasks) {
          material->parser.readVtodo(QString::fromStdString(material->file), tasks);
        },
@@ -104,7 +104,7 @@ void registerWritingOf(const std::shared_ptr<Material>& material) {
   const Effort effort = durableEffort();
   registerPaired({name, effort, double(material->size), compare, [](Side) {}, write,
                   [=](Side side) {
-                    for (int i = 0; i < effort.iterations; ++i)
+                    for (int i = 0; i < effort.calls; ++i)
                       std::filesystem::remove(fileOf(side, i));
                   }});
 }

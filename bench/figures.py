@@ -71,34 +71,22 @@ class Figures:
     def add_times(self, size, measured):
         """Takes Google Benchmark's figures for one size of store; 0: the codec."""
         self.context = measured.get("context", self.context)
-        times = defaultdict(list)
-        records = {}
-        order = {}
-        paired = {}
+        lines = defaultdict(list)  # the repetitions of each operation
         for line in measured["benchmarks"]:
-            if line["run_type"] != "iteration":
-                continue
-            operation, side = line["name"].split("/")[:2]
-            if side == "both":
-                times[operation, "ours"].append(line["ours"])
-                times[operation, "hand"].append(line["hand"])
-            else:
-                times[operation, side].append(line["real_time"] * 1e-6)
-            paired[operation] = side == "both"
-            records[operation] = line["records"]
-            order[operation] = line["family_index"]
-        for operation in sorted(order, key=order.get):
-            ours, hand = times[operation, "ours"], times[operation, "hand"]
-            if not ours or not hand:
-                continue
-            joined = times[operation, "hand-join"]
-            # Where the sides' calls follow each other each repetition has a ratio of its own.
-            ratio = (statistics.median(o / h for o, h in zip(ours, hand)) if paired[operation]
-                     else statistics.median(ours) / statistics.median(hand))
+            if line["run_type"] == "iteration":
+                lines[line["name"].split("/")[0]].append(line)
+
+        def median(operation, side):
+            times = [line[side] for line in lines[operation] if side in line]
+            return statistics.median(times) if times else 0
+
+        for operation in sorted(lines, key=lambda name: lines[name][0]["family_index"]):
+            # Each repetition has a ratio of its own, of calls next to each other.
+            ratio = statistics.median(line["ours"] / line["hand"] for line in lines[operation])
             # The last part of a codec operation's name is the number of to-dos.
             name, number = (operation.rsplit(".", 1) if size == 0 else (operation, size))
-            row = Row(name, int(number), statistics.median(ours), statistics.median(hand), ratio,
-                      statistics.median(joined) if joined else 0, records[operation])
+            row = Row(name, int(number), median(operation, "ours"), median(operation, "hand"),
+                      ratio, median(operation, "hand-join"), lines[operation][0]["records"])
             before = [r for r in self.rows if r.operation == name]
             if before:
                 row.growth = (row.ours / row.records) / (before[-1].ours / before[-1].records)

@@ -35,12 +35,10 @@ def run(program, *arguments):
 def time_size(size, options):
     """Google Benchmark's figures for one size of store, or the codec."""
     out = os.path.join(RESULTS, f"{size}.json")
-    arguments = [f"--size={size}"]
-    if options.data_dir:
-        arguments.append(f"--data-dir={options.data_dir}")
+    arguments = [f"--size={size}", f"--data-dir={options.data_dir}"]
     if options.quick:
         arguments.append("--quick")
-    # Repetitions of all benchmarks are mixed: a slow minute of the machine hits both sides.
+    # Repetitions of all operations are mixed: a slow minute spoils few of each one's.
     arguments += ["--benchmark_enable_random_interleaving=true",
                   f"--benchmark_out={out}", "--benchmark_out_format=json"]
     if options.filter:
@@ -53,12 +51,7 @@ def time_size(size, options):
 
 
 def measure_memory(options):
-    place = os.path.join(options.data_dir or os.path.join(BUILD, "bench-data"), "memory")
-    shutil.rmtree(place, ignore_errors=True)
-    try:
-        lines = run("ulo_bench_memory", place).splitlines()
-    finally:
-        shutil.rmtree(place, ignore_errors=True)
+    lines = run("ulo_bench_memory", os.path.join(options.data_dir, "memory")).splitlines()
     return [json.loads(line) for line in lines]
 
 
@@ -75,31 +68,38 @@ def main():
     parser.add_argument("--sizes", help="numbers of tasks, with commas between them")
     parser.add_argument("--filter", help="only operations whose name matches")
     parser.add_argument("--quick", action="store_true", help="100 and 10,000 tasks, short")
-    parser.add_argument("--data-dir", help="where the stores are kept meanwhile, on a disk")
+    parser.add_argument("--data-dir", default=BUILD,
+                        help="a directory on a disk; stores are kept in it meanwhile")
     options = parser.parse_args()
+    # Of our own, for it is removed.
+    options.data_dir = os.path.join(options.data_dir, "ulo-bench-data")
     sizes = QUICK_SIZES if options.quick else ALL_SIZES
     if options.sizes:
         sizes = sorted(int(size) for size in options.sizes.split(","))
     whole = not options.quick and not options.filter and sizes == ALL_SIZES
 
     begin = time.monotonic()
-    shutil.rmtree(RESULTS, ignore_errors=True)
-    os.makedirs(RESULTS)
+    for directory in (RESULTS, options.data_dir):
+        shutil.rmtree(directory, ignore_errors=True)
+        os.makedirs(directory)
     figures = Figures()
-    for size in [CODEC, *sizes]:
-        figures.add_times(size, time_size(size, options))
-    if whole:
-        figures.memory = measure_memory(options)
-        figures.instructions = count_instructions()
+    disk = report_text.disk_of(options.data_dir)
+    try:
+        for size in [CODEC, *sizes]:
+            figures.add_times(size, time_size(size, options))
+        if whole:
+            figures.memory = measure_memory(options)
+            figures.instructions = count_instructions()
+    finally:
+        shutil.rmtree(options.data_dir)
 
     print(report_text.tables(figures))
     print(f"\n{report_text.verdict(figures)}; {time.monotonic() - begin:.0f} seconds")
     if whole:
         docs = os.path.join(ROOT, "docs")
-        data = options.data_dir or BUILD
         report_text.write_plot(figures, os.path.join(docs, "benchmarks.svg"), RESULTS)
         with open(os.path.join(docs, "benchmarks.md"), "w", encoding="utf-8") as file:
-            file.write(report_text.document(figures, data, time.monotonic() - begin))
+            file.write(report_text.document(figures, disk, time.monotonic() - begin))
         print("written: docs/benchmarks.md, docs/benchmarks.svg")
 
 

@@ -1,26 +1,17 @@
 #include "pairs.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <vector>
 
 namespace bench {
-
 namespace {
 
 bool effortsAreShort = false;
 
-double medianOf(std::vector<double> values) {
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
-}
-
 Effort shortened(Effort effort) {
   if (effortsAreShort) {
     effort.repetitions = 3;
-    effort.minSeconds /= 3;
+    effort.seconds /= 2;
   }
   return effort;
 }
@@ -28,17 +19,15 @@ Effort shortened(Effort effort) {
 }  // namespace
 
 Effort effortFor(int records) {
-  if (records <= 1000)
-    return shortened({9, 0.03, 0, true});
   if (records <= 20000)
-    return shortened({7, 0.05, 0, true});
+    return shortened({9, 0.03, 0});
   if (records <= 200000)
-    return shortened({5, 0, 1, true});
-  return shortened({3, 0, 1, false});
+    return shortened({5, 0.05, 0});
+  return shortened({3, 0, 0});
 }
 
 Effort durableEffort() {
-  return shortened({7, 0, 40, false});
+  return shortened({7, 0, 40});
 }
 
 void shortenEfforts() {
@@ -50,52 +39,52 @@ void stop(const std::string& operation, const std::string& what) {
   std::_Exit(EXIT_FAILURE);
 }
 
-benchmark::internal::Benchmark* registerSide(const std::string& operation, const std::string& side,
-                                             const Effort& effort,
-                                             std::function<void(benchmark::State&)> run) {
-  auto* registered = benchmark::RegisterBenchmark(
-      (operation + "/" + side).c_str(), [operation, run = std::move(run)](benchmark::State& state) {
-        try {
-          run(state);
-        } catch (const std::exception& error) {
-          stop(operation, error.what());
-        }
-      });
-  registered->UseManualTime()->Unit(benchmark::kMicrosecond)->Repetitions(effort.repetitions);
-  if (effort.minSeconds > 0)
-    registered->MinTime(effort.minSeconds);
-  else
-    registered->Iterations(effort.iterations);
-  return registered;
+double medianOf(std::vector<double> values) {
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+void registerPair(const std::string& operation, int repetitions,
+                  std::function<Measured()> measure) {
+  const auto run = [=](benchmark::State& state) {
+    try {
+      for (auto _ : state) {
+        const Measured measured = measure();
+        state.SetIterationTime(measured.times.at("ours"));
+        for (const auto& [side, seconds] : measured.times)
+          state.counters[side] = seconds;
+        state.counters["records"] = measured.records;
+      }
+    } catch (const std::exception& error) {
+      stop(operation, error.what());
+    }
+  };
+  benchmark::RegisterBenchmark(operation.c_str(), run)
+      ->UseManualTime()
+      ->Unit(benchmark::kMicrosecond)
+      ->Iterations(1)
+      ->Repetitions(repetitions);
 }
 
 void registerPaired(const PairedCalls& pair) {
   auto compared = std::make_shared<bool>(false);
-  registerSide(pair.name, "both", pair.effort, [pair, compared](benchmark::State& state) {
+  registerPair(pair.name, pair.effort.repetitions, [=] {
     if (!std::exchange(*compared, true))
       pair.compare();
     for (const Side side : {Side::ours, Side::hand})
       pair.prepare(side);
-    std::vector<double> times[2];
-    int number = 0;
-    for (auto _ : state) {
+    std::map<Side, std::vector<double>> times;
+    for (int i = 0; i < pair.effort.calls; ++i) {
       // Neither side always comes first.
-      const bool oursFirst = number % 2 == 0;
-      for (const Side side :
-           {oursFirst ? Side::ours : Side::hand, oursFirst ? Side::hand : Side::ours}) {
-        const auto begin = std::chrono::steady_clock::now();
-        pair.call(side, number);
-        const std::chrono::duration<double> time = std::chrono::steady_clock::now() - begin;
-        times[side == Side::ours ? 0 : 1].push_back(time.count());
-      }
-      state.SetIterationTime(times[0].back());
-      ++number;
+      const Side first = i % 2 == 0 ? Side::ours : Side::hand;
+      for (const Side side : {first, first == Side::ours ? Side::hand : Side::ours})
+        times[side].push_back(secondsOf<int>([&](int&) { pair.call(side, i); }));
     }
     for (const Side side : {Side::ours, Side::hand})
       pair.finish(side);
-    state.counters["ours"] = medianOf(times[0]);
-    state.counters["hand"] = medianOf(times[1]);
-    state.counters["records"] = pair.records;
+    return Measured{{{"ours", medianOf(times[Side::ours])}, {"hand", medianOf(times[Side::hand])}},
+                    pair.records};
   });
 }
 

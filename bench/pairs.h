@@ -1,6 +1,7 @@
-// Registers benchmarks in pairs: an operation of ours, and the same work written by hand. Both
-// give the same type of result, and before either is timed the two results are compared: a pair
-// that differs ends the program.
+// Registers benchmarks of pairs: an operation of ours, and the same work written by hand. Both give
+// the same type of result, and before a pair is timed the two results are compared: one that
+// differs ends the program. The two sides of a pair are timed next to each other, so that whatever
+// else the machine does slows both of them.
 #pragma once
 
 #include "same_result.h"
@@ -8,21 +9,23 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <chrono>
 #include <functional>
+#include <map>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace bench {
 
 // How often and how long an operation is timed.
 struct Effort {
   int repetitions;
-  double minSeconds;  // of each repetition; 0: `iterations` of them
-  int iterations;
-  bool warmUp;  // one call that is not timed goes before each repetition
+  double seconds;  // of calls of each side in a repetition; one call may take longer
+  int calls;       // of each side in a repetition, where that is fixed
 };
 // For one that touches so many records.
 Effort effortFor(int records);
@@ -32,34 +35,26 @@ Effort durableEffort();
 void shortenEfforts();
 
 // Ends the program, saying what is wrong with which operation.
-[[noreturn]] void stop(const std::string& operation, const std::string& what);
+void stop(const std::string& operation, const std::string& what);
 
-// The name of a benchmark tells the operation and the side.
-benchmark::internal::Benchmark* registerSide(const std::string& operation, const std::string& side,
-                                             const Effort& effort,
-                                             std::function<void(benchmark::State&)> run);
+// Median times of a call of each way to do the work, in seconds, and how many records that is: what
+// a time may be divided by.
+struct Measured {
+  std::map<std::string, double> times;
+  double records;
+};
+// A benchmark whose repetitions are single runs of `measure`. Its own time is that of "ours"; all
+// that was measured becomes its counters.
+void registerPair(const std::string& operation, int repetitions, std::function<Measured()> measure);
 
-// The work that an operation's time is divided by: records of the result, unless `records` says.
-template <typename Result>
-void setRecords(benchmark::State& state, const Result& result, double records) {
-  state.counters["records"] = records > 0 ? records : static_cast<double>(sizeOf(result));
-}
+double medianOf(std::vector<double> values);
 
 // Times calls alone, not what becomes of their results.
-template <typename Result, typename Call>
-void timeCalls(benchmark::State& state, const Effort& effort, double records, Call call) {
-  if (effort.warmUp) {
-    Result result{};
-    call(result);
-  }
-  for (auto _ : state) {
-    Result result{};
-    const auto begin = std::chrono::steady_clock::now();
-    call(result);
-    const auto end = std::chrono::steady_clock::now();
-    state.SetIterationTime(std::chrono::duration<double>(end - begin).count());
-    setRecords(state, result, records);
-  }
+template <typename Result, typename Call> double secondsOf(const Call& call) {
+  Result result{};
+  const auto begin = std::chrono::steady_clock::now();
+  call(result);
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
 
 // A reading operation. The sides take the place for the result; ours gives the store's code.
@@ -72,39 +67,55 @@ template <typename Result> struct Reading {
   std::function<void(Result&)> otherHand;  // optional: another way to write it by hand
 };
 
-template <typename Result> void registerReading(const Reading<Result>& reading) {
-  using Call = std::function<void(Result&)>;
-  // Shared by the sides: whoever runs first compares.
-  auto compared = std::make_shared<bool>(false);
-  const auto compare = [reading, compared] {
-    if (std::exchange(*compared, true))
-      return;
-    Result expected{};
-    reading.hand(expected);
-    const auto check = [&](const Call& call, const char* side) {
-      Result given{};
-      call(given);
-      if (const std::string difference = differenceOf(given, expected); !difference.empty())
-        stop(reading.name, std::string(side) + " gives something else: " + difference);
-    };
-    check(reading.ours, "ours");
-    if (reading.otherHand)
-      check(reading.otherHand, "the other hand-written way");
+// Gives the number of records of the result. Ends the program where the sides' results differ.
+template <typename Result> std::size_t compareSides(const Reading<Result>& reading) {
+  Result expected{};
+  reading.hand(expected);
+  const auto check = [&](const std::function<void(Result&)>& call, const char* side) {
+    Result given{};
+    call(given);
+    if (const std::string difference = differenceOf(given, expected); !difference.empty())
+      stop(reading.name, std::string(side) + " gives something else: " + difference);
   };
-  const auto add = [&](const char* side, const Call& call) {
-    registerSide(reading.name, side, reading.effort, [=](benchmark::State& state) {
-      compare();
-      timeCalls<Result>(state, reading.effort, reading.records, call);
-    });
-  };
-  add("ours", reading.ours);
-  add("hand", reading.hand);
+  check(reading.ours, "ours");
   if (reading.otherHand)
-    add("hand-join", reading.otherHand);
+    check(reading.otherHand, "the other hand-written way");
+  return sizeOf(expected);
 }
 
-// An operation that waits for the disk, whose pace changes from minute to minute: calls of the two
-// sides follow each other, and stand in one benchmark. Its own time is that of ours.
+template <typename Result> void registerReading(const Reading<Result>& reading) {
+  // Calls of each side in a repetition; found out when the sides are compared.
+  auto calls = std::make_shared<int>(0);
+  auto records = std::make_shared<double>(reading.records);
+  auto turn = std::make_shared<int>(0);
+  registerPair(reading.name, reading.effort.repetitions, [=] {
+    if (*calls == 0) {
+      const std::size_t found = compareSides(reading);
+      if (*records == 0)
+        *records = static_cast<double>(found);
+      *calls =
+          std::max(1, static_cast<int>(reading.effort.seconds / secondsOf<Result>(reading.hand)));
+    }
+    std::vector<std::pair<std::string, std::function<void(Result&)>>> sides = {
+        {"ours", reading.ours}, {"hand", reading.hand}};
+    if (reading.otherHand)
+      sides.emplace_back("hand-join", reading.otherHand);
+    // Neither side always comes first.
+    if (++*turn % 2 == 0)
+      std::reverse(sides.begin(), sides.end());
+    Measured measured = {{}, *records};
+    for (const auto& [side, call] : sides) {
+      std::vector<double> seconds;
+      for (int i = 0; i < *calls; ++i)
+        seconds.push_back(secondsOf<Result>(call));
+      measured.times[side] = medianOf(std::move(seconds));
+    }
+    return measured;
+  });
+}
+
+// An operation that waits for the disk, whose pace changes from second to second: the two sides
+// take turns call by call.
 struct PairedCalls {
   std::string name;
   Effort effort;

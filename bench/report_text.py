@@ -25,11 +25,11 @@ PLOTTED = ["open-close", "addTask", "getTask", "getCount.incomplete", "getAllIDs
 
 
 def shown_time(seconds):
-    for unit, factor in (("s", 1), ("ms", 1e3), ("µs", 1e6)):
-        if seconds * factor >= 1 or unit == "µs":
-            return f"{seconds * factor:.3g} {unit}" if seconds * factor < 1000 \
-                else f"{seconds * factor:.0f} {unit}"
-    return ""
+    for unit, factor in (("s", 1), ("ms", 1e3), ("µs", 1e6), ("ns", 1e9)):
+        if seconds * factor >= 1 or unit == "ns":
+            value = seconds * factor
+            break
+    return f"{value:.0f} {unit}" if value >= 100 else f"{value:.3g} {unit}"
 
 
 def shown_bytes(number):
@@ -154,10 +154,13 @@ def command(*words):
     return done.stdout.strip()
 
 
-def machine(data):
-    model = re.search(r"model name\s*: (.*)", open("/proc/cpuinfo", encoding="utf-8").read())
-    memory = re.search(r"MemTotal:\s*(\d+)", open("/proc/meminfo", encoding="utf-8").read())
-    disk = command("df", "--output=source,fstype", data).splitlines()[-1].split()
+def disk_of(directory):
+    return ", ".join(command("df", "--output=source,fstype", directory).splitlines()[-1].split())
+
+
+def machine(disk):
+    model = re.search(r"model name\s*: (.*)", command("cat", "/proc/cpuinfo"))
+    memory = re.search(r"MemTotal:\s*(\d+)", command("cat", "/proc/meminfo"))
     library = command("dpkg-query", "-W", "-f", "${Version}", "libsqlite3-0")
     return table(["", ""], [
         ["date", datetime.date.today().isoformat()],
@@ -169,7 +172,7 @@ def machine(data):
         ["SQLite", f"{sqlite3.sqlite_version} ({library})"],
         ["Qt", command("dpkg-query", "-W", "-f", "${Version}", "libqt6core6")],
         ["compiler", command("c++", "--version").splitlines()[0]],
-        ["disk of the data", f"{disk[0]}, {disk[1]}"],
+        ["disk of the data", disk],
     ])
 
 
@@ -179,7 +182,7 @@ def targets_table():
                   for pattern, ratio, growth in TARGETS])
 
 
-def document(figures, data, seconds):
+def document(figures, disk, seconds):
     return f"""# Benchmarks
 
 Each operation of the store, and the vTodo codec, beside the same work written by hand with SQLite's C interface or the vObject library alone: in one process and one run, on files with the same content, schema, indexes, pragmas and durability (write-ahead log, `synchronous=FULL`, a journal entry for each change), with prepared statements that are kept, giving the same records. Before a pair is timed its results are compared; a difference ends the run. {verdict(figures)}.
@@ -195,12 +198,12 @@ bench/report --sizes 10000 --filter page
 bench/instructions                  # instructions a call, by part of the library
 ```
 
-{machine(data)}
+{machine(disk)}
 
 ## How to read
 
-- Times are medians of 3 to 9 repetitions, which are mixed over the run. They are those of the call alone: what becomes of its result is not counted.
-- *ratio* is ours divided by hand-written.
+- Times are medians of 3 to 9 repetitions, each with as many calls as fill its time; the repetitions of all operations are mixed. A time is that of the call alone: what becomes of its result is not counted.
+- *ratio* is ours divided by hand-written: the median of the repetitions' ratios. In a repetition the two sides are timed next to each other, and where the disk is waited for call by call, so that a busy moment of the machine slows both.
 - *growth* is the time for a record (for a call, where there is one record or none) divided by that at the size before; in brackets the hand-written side's.
 - The log is off, the time zone has daylight saving. Tasks have a summary of 5 to 60 characters, a third has a note of 50 to 400, two thirds have a due date; 20 categories.
 - `getAllTasks` is a match by an example that asks for nothing. `page` reads ten tasks. `range` and `category` give about a twentieth of the tasks.

@@ -104,6 +104,7 @@ void Workbench::restore(Side side, const Uids& changed) {
 
 void Workbench::restoreAll(Side side) {
   close();
+  fill();
   for (const char* file : {tasksFile, journalFile})
     copyFile(master() / file, std::filesystem::path(directory(side)) / file);
 }

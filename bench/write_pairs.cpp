@@ -63,7 +63,7 @@ void registerWriting(Workbench& bench, const Writing& writing) {
   const auto prepare = [=, &bench](Side side) {
     std::vector<Task>& own = (*records)[side];
     own.clear();
-    for (int i = 0; i < effort.iterations; ++i)
+    for (int i = 0; i < effort.calls; ++i)
       own.push_back(writing.record(bench, i));
   };
   const auto call = [=, &bench](Side side, int number) {
@@ -102,7 +102,7 @@ void registerRemoveAll(Workbench& bench) {
     require(side == Side::hand || bench.ours().getCount(count) == TASK_ENG_OK);
   };
   Effort effort = durableEffort();
-  effort.iterations = 1;
+  effort.calls = 1;
   effort.repetitions = bench.size() <= 200000 ? 5 : 3;
   registerPaired({"removeAll", effort, double(bench.size()), compare, prepare,
                   [=](Side side, int) { removeAll(side); },
