@@ -304,7 +304,7 @@ void HandStore::readAll(Run& rows, Tasks& tasks) {
   while (rows.step()) {
     Task task;
     read(rows, task);
-    tasks.append(std::move(task));
+    tasks.append(task);
   }
 }
 
@@ -452,7 +452,7 @@ void HandStore::mentioning(Tasks& tasks, const QString& text) {
     Task task;
     read(run, task);
     if (mentions(task, text))
-      tasks.append(std::move(task));
+      tasks.append(task);
   }
 }
 
@@ -463,7 +463,7 @@ void HandStore::resembling(Tasks& tasks, const Task& example) {
     Task task;
     read(run, task);
     if (wanted.isIn(run, task))
-      tasks.append(std::move(task));
+      tasks.append(task);
   }
 }
 
@@ -478,7 +478,7 @@ void HandStore::allJoined(Tasks& tasks) {
     Task task;
     readFields(run, task);
     task.setString(Task::TASK_FIELD_CATEGORY, run.text(nameColumn));
-    tasks.append(std::move(task));
+    tasks.append(task);
   }
 }
 

@@ -82,26 +82,33 @@ void countSingle(OurStore& ours, HandStore& hand) {
   countCalls("getCount.incomplete/hand", 2, [&] { require(hand.count(view) > 0); });
 }
 
-}  // namespace
-
-int main(int count, char** arguments) {
-  setenv("TZ", "Europe/Berlin", 1);
-  setenv("ULO_LOG", "none", 1);
-  ulo::openLogSink("ulo_bench_instructions");
-  if (count == 4 && std::strcmp(arguments[1], "prepare") == 0) {
-    bench::fillStore(arguments[2], std::atoi(arguments[3]));
-    return EXIT_SUCCESS;
-  }
-  if (count != 3 || std::strcmp(arguments[1], "count") != 0) {
-    std::fprintf(stderr, "usage: %s prepare DIRECTORY SIZE | count DIRECTORY\n", arguments[0]);
-    return EXIT_FAILURE;
-  }
-  const std::string directory = arguments[2];
+void countAll(const std::string& directory) {
   setenv("ULO_DATA_DIR", directory.c_str(), 1);
   countOpen(directory);
   OurStore ours;
   HandStore hand(directory);
   countPage(ours, hand);
   countSingle(ours, hand);
-  return EXIT_SUCCESS;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  setenv("TZ", "Europe/Berlin", 1);
+  setenv("ULO_LOG", "none", 1);
+  ulo::openLogSink("ulo_bench_instructions");
+  try {
+    if (count == 4 && std::strcmp(arguments[1], "prepare") == 0) {
+      bench::fillStore(arguments[2], std::atoi(arguments[3]));
+      return EXIT_SUCCESS;
+    }
+    if (count == 3 && std::strcmp(arguments[1], "count") == 0) {
+      countAll(arguments[2]);
+      return EXIT_SUCCESS;
+    }
+    std::fprintf(stderr, "usage: %s prepare DIRECTORY SIZE | count DIRECTORY\n", arguments[0]);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+  }
+  return EXIT_FAILURE;
 }

@@ -92,11 +92,11 @@ void Workbench::restore(Side side, const Uids& changed) {
                         "; UPDATE main.sqlite_sequence SET seq = " + std::to_string(size_) +
                         " WHERE name = 'task_table_task'");
   for (const unsigned int uid : changed) {
-    const std::string where = " WHERE UID = " + std::to_string(uid);
-    execute(database, "DELETE FROM main.task_table_task" + where +
-                          "; INSERT INTO main.task_table_task SELECT * FROM "
-                          "filled.task_table_task" +
-                          where);
+    std::string sql = "DELETE FROM main.task_table_task WHERE UID = ";
+    sql += std::to_string(uid);
+    sql += "; INSERT INTO main.task_table_task SELECT * FROM filled.task_table_task WHERE UID = ";
+    sql += std::to_string(uid);
+    execute(database, sql);
   }
   // Each measured write starts with an empty log.
   execute(database, "COMMIT; PRAGMA main.wal_checkpoint(TRUNCATE)");

@@ -46,7 +46,7 @@ void registerWriting(Workbench& bench, const Writing& writing) {
     Task task = writing.record(bench, 0);
     require(callOf(side)(bench, task));
     const unsigned int uid = task.getUINT32(Task::TASK_FIELD_UID);
-    const std::string result = bench.stored(side, uid);
+    std::string result = bench.stored(side, uid);
     Uids changed;
     changed.append(uid);
     bench.restore(side, changed);
