@@ -19,8 +19,8 @@ TARGETS = [
     (r"^(range|category|match|getAllTasks)", 1.5, 1.5),
     (r"^vtodo\.", 2.0, 1.5),
 ]
-# The fewer calls of a fixed cost an operation makes up for, the less its growth says: from this
-# size on it is held against the target.
+# In a small store the fixed cost of a call hides what a record costs: growth is held against the
+# target behind this size.
 GROWTH_FROM = 10000
 # The highest use of the heap while a list is read, as a multiple of what the list takes.
 HEAP_TARGET = 2.0
@@ -53,8 +53,8 @@ class Row:
         missed = []
         if self.ratio > ratio:
             missed.append(f"ratio > {ratio}")
-        # The work itself may grow: the hand-written side's tells.
-        if self.size > GROWTH_FROM and self.growth > max(growth, 1.25 * self.hand_growth):
+        # The work itself may grow, or the machine have slowed: the hand-written side's tells.
+        if self.size > GROWTH_FROM and self.growth > max(growth, 1.5 * self.hand_growth):
             missed.append(f"growth > {growth}")
         return missed
 

@@ -93,8 +93,9 @@ template <typename Result> void registerReading(const Reading<Result>& reading) 
       const std::size_t found = compareSides(reading);
       if (*records == 0)
         *records = static_cast<double>(found);
-      *calls =
-          std::max(1, static_cast<int>(reading.effort.seconds / secondsOf<Result>(reading.hand)));
+      *calls = 1;
+      if (reading.effort.seconds > 0)
+        *calls += static_cast<int>(reading.effort.seconds / secondsOf<Result>(reading.hand));
     }
     std::vector<std::pair<std::string, std::function<void(Result&)>>> sides = {
         {"ours", reading.ours}, {"hand", reading.hand}};

@@ -20,6 +20,9 @@ SECTIONS = [
 ]
 
 # Operations whose time is plotted against the size.
+# Each has a colour of its own.
+COLOURS = ["#1f77b4", "#ff7f0e", "#2ca02c", "#d62728", "#9467bd", "#8c564b", "#e377c2", "#17becf",
+           "#000000"]
 PLOTTED = ["open-close", "addTask", "getTask", "getCount.incomplete", "getAllIDs.all.by-due",
            "page.all.by-due.middle", "range.due", "getAllTasks", "removeAll"]
 
@@ -208,7 +211,7 @@ bench/instructions                  # instructions a call, by part of the librar
 - The log is off, the time zone has daylight saving. Tasks have a summary of 5 to 60 characters, a third has a note of 50 to 400, two thirds have a due date; 20 categories.
 - `getAllTasks` is a match by an example that asks for nothing. `page` reads ten tasks. `range` and `category` give about a twentieth of the tasks.
 
-Targets (growth counts from {GROWTH_FROM:,} tasks on, and only where the hand-written side's does not grow as much):
+Targets (growth counts for stores of more than {GROWTH_FROM:,} tasks, and only where the hand-written side's time does not grow alike):
 
 {targets_table()}
 
@@ -230,7 +233,7 @@ def write_plot(figures, path, directory):
     script += [f"set origin 0,{lower:.4f}", f"set size 1,{1 - lower:.4f}",
                "set title 'Time beside the same work written by hand'", "set logscale x 2",
                "set xlabel 'ratio (1: as fast)'", "set grid x", "set key outside top right",
-               f"set yrange [-1:{len(operations)}] reverse", "set lmargin 36",
+               f"set yrange [{len(operations)}:-1]", "set lmargin 36",
                "set ytics (" + ", ".join(f"'{name}' {i}" for i, name in enumerate(operations)) + ")",
                "set arrow 1 from 1,graph 0 to 1,graph 1 nohead lc '#888888'"]
     plots = []
@@ -246,18 +249,19 @@ def write_plot(figures, path, directory):
     script.append("plot " + ", ".join(plots))
     # Lower part: ours with lines, hand-written with dashes.
     script += ["set origin 0,0", f"set size 1,{lower:.4f}", "unset arrow 1", "set lmargin 12",
+               "set yrange [*:*]",
                "set title 'Time of a call (dashes: written by hand)'", "set logscale xy 10",
                "set xlabel 'tasks in the store'", "set ylabel 'seconds'", "set format y '%.0e'",
-               "set yrange [*:*] noreverse", "set ytics auto", "set grid",
+               "set ytics auto", "set grid",
                "set key outside right"]
     plots = []
-    for number, operation in enumerate(name for name in PLOTTED if name in operations):
+    for colour, operation in zip(COLOURS, PLOTTED):
         data = os.path.join(directory, f"time-{operation}.dat")
         with open(data, "w", encoding="utf-8") as file:
             for row in figures.of(operation):
                 file.write(f"{row.size} {row.ours} {row.hand}\n")
-        plots.append(f"'{data}' using 1:2 with linespoints lc {number + 1} pt 7 ps 0.5 "
+        plots.append(f"'{data}' using 1:2 with linespoints lc '{colour}' pt 7 ps 0.5 "
                      f"title '{operation}'")
-        plots.append(f"'{data}' using 1:3 with lines lc {number + 1} dt 2 notitle")
+        plots.append(f"'{data}' using 1:3 with lines lc '{colour}' dt 2 notitle")
     script += ["plot " + ", ".join(plots), "unset multiplot"]
     subprocess.run(["gnuplot"], input="\n".join(script), text=True, check=True)
