@@ -9,19 +9,22 @@ from dataclasses import dataclass
 # for a record may grow from one size of store to the next. The first that fits counts.
 TARGETS = [
     # operation, ratio, growth
-    (r"^open-close$", 2.0, 2.0),
-    (r"^(addTask|updateTask|removeTask)$", 1.25, 2.0),
+    (r"^open-close$", 1.5, 2.0),
+    (r"^addTask$", 1.3, 2.0),
+    (r"^(getTask|updateTask|removeTask)$", 2.0, 2.0),
     (r"^removeAll$", 2.0, 1.5),
-    (r"^getTask$", 1.5, 2.0),
-    (r"^getCount", 1.25, 1.5),
-    (r"^getAllIDs", 1.25, 1.5),
-    (r"^page\.", 1.5, 1.5),
-    (r"^(range|category|match|getAllTasks)", 1.5, 1.5),
-    (r"^vtodo\.", 2.0, 1.5),
+    (r"^getCount", 1.2, 1.5),
+    # There is a better plan than the one that SQLite chooses.
+    (r"^getAllIDs\.(incomplete|completed)", 0.5, 1.5),
+    (r"^getAllIDs", 1.3, 1.5),
+    (r"^page\.", 2.0, 1.5),
+    (r"^(range|category)", 1.5, 1.5),
+    (r"^(match|getAllTasks)", 2.0, 1.5),
+    (r"^vtodo\.", 1.5, 1.5),
 ]
-# In a small store the fixed cost of a call hides what a record costs: growth is held against the
-# target behind this size.
-GROWTH_FROM = 10000
+# In a small store the fixed cost of a call hides what a record costs: the targets hold from this
+# size on, those of growth behind it.
+TARGETS_FROM = 10000
 # The highest use of the heap while a list is read, as a multiple of what the list takes.
 HEAP_TARGET = 2.0
 # How the memory for one to-do may grow while the file does.
@@ -51,10 +54,12 @@ class Row:
         """What is beyond the target, in words."""
         _, ratio, growth = self.target
         missed = []
+        if not self.operation.startswith("vtodo.") and self.size < TARGETS_FROM:
+            return missed
         if self.ratio > ratio:
             missed.append(f"ratio > {ratio}")
         # The work itself may grow, or the machine have slowed: the hand-written side's tells.
-        if self.size > GROWTH_FROM and self.growth > max(growth, 1.5 * self.hand_growth):
+        if self.size > TARGETS_FROM and self.growth > max(growth, 1.5 * self.hand_growth):
             missed.append(f"growth > {growth}")
         return missed
 

@@ -7,7 +7,7 @@ import re
 import sqlite3
 import subprocess
 
-from figures import GROWTH_FROM, HEAP_TARGET, IMPORT_GROWTH_TARGET, TARGETS
+from figures import TARGETS_FROM, HEAP_TARGET, IMPORT_GROWTH_TARGET, TARGETS
 
 # Titles of the tables, and the operations in each.
 SECTIONS = [
@@ -211,7 +211,7 @@ bench/instructions                  # instructions a call, by part of the librar
 - The log is off, the time zone has daylight saving. Tasks have a summary of 5 to 60 characters, a third has a note of 50 to 400, two thirds have a due date; 20 categories.
 - `getAllTasks` is a match by an example that asks for nothing. `page` reads ten tasks. `range` and `category` give about a twentieth of the tasks.
 
-Targets (growth counts for stores of more than {GROWTH_FROM:,} tasks, and only where the hand-written side's time does not grow alike):
+Targets (for stores of {TARGETS_FROM:,} tasks and more; growth counts behind that, and only where the hand-written side's time does not grow alike):
 
 {targets_table()}
 

@@ -45,6 +45,8 @@ public:
   ZTASK_ENG_Task();
   ZTASK_ENG_Task(const ZTASK_ENG_Task& other);
   ZTASK_ENG_Task& operator=(const ZTASK_ENG_Task& other);
+  ZTASK_ENG_Task(ZTASK_ENG_Task&& other) noexcept;
+  ZTASK_ENG_Task& operator=(ZTASK_ENG_Task&& other) noexcept;
   ~ZTASK_ENG_Task();
 
   // The text of fields 1 to 4; an empty text, not a null one, for any other value.

@@ -23,6 +23,8 @@ ZTASK_ENG_Task::ZTASK_ENG_Task()
 
 ZTASK_ENG_Task::ZTASK_ENG_Task(const ZTASK_ENG_Task& other) = default;
 ZTASK_ENG_Task& ZTASK_ENG_Task::operator=(const ZTASK_ENG_Task& other) = default;
+ZTASK_ENG_Task::ZTASK_ENG_Task(ZTASK_ENG_Task&& other) noexcept = default;
+ZTASK_ENG_Task& ZTASK_ENG_Task::operator=(ZTASK_ENG_Task&& other) noexcept = default;
 ZTASK_ENG_Task::~ZTASK_ENG_Task() = default;
 
 QString ZTASK_ENG_Task::getString(TASK_FIELD_T field) const {

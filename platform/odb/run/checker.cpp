@@ -420,8 +420,7 @@ std::unique_ptr<Program> makeProgram(std::string_view text, const Catalog& catal
   if (isScript(text)) {
     program->script = std::make_unique<Script>(parseScript(text));
     Checker(*program, catalog).checkScript();
-    if (!program->writes)
-      planLoops(*program);
+    planLoops(*program);
   } else {
     program->statement = std::make_unique<Statement>(parseStatement(text));
     Checker(*program, catalog).checkStatement();

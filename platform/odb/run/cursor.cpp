@@ -63,6 +63,13 @@ std::int64_t Cursor::countFiltered() {
   return statement.step() ? statement.integer(0) : 0;
 }
 
+void Cursor::deleteAll() {
+  SqlStatement& statement = prepared(deleteAll_, deleteAllSql(plan_));
+  const ResetAtEnd reset(statement);
+  statement.run();
+  where_ = Where::end;
+}
+
 bool Cursor::find(const Tuple& key) {
   close();
   std::unique_ptr<SqlStatement>& slot = finds_[key.columns()];

@@ -65,6 +65,9 @@ public:
   // The number of rows that pass it; the cursor is behind the last one then. Requires the same.
   std::int64_t countFiltered();
 
+  // Deletes all rows; the cursor is behind the last one then. Requires the same.
+  void deleteAll();
+
   // To the first row whose key equals the fields of `key`, nulls included. False, and on no row,
   // when there is none.
   bool find(const Tuple& key);
@@ -131,6 +134,7 @@ private:
   std::unique_ptr<SqlStatement> filteredCount_;
   std::unique_ptr<SqlStatement> byUid_;
   std::unique_ptr<SqlStatement> delete_;
+  std::unique_ptr<SqlStatement> deleteAll_;
   // By the columns that are looked for or set.
   std::map<std::vector<int>, std::unique_ptr<SqlStatement>> finds_;
   std::map<std::vector<int>, std::unique_ptr<SqlStatement>> updates_;

@@ -126,7 +126,11 @@ std::string rowSql(const CursorPlan& plan) {
 }
 
 std::string deleteSql(const CursorPlan& plan) {
-  return "DELETE FROM " + quoteName(plan.source.table->name) + uidEquals(plan);
+  return deleteAllSql(plan) + uidEquals(plan);
+}
+
+std::string deleteAllSql(const CursorPlan& plan) {
+  return "DELETE FROM " + quoteName(plan.source.table->name);
 }
 
 std::string updateSql(const CursorPlan& plan, const std::vector<int>& columns) {

@@ -25,7 +25,7 @@ void listSql(const CursorPlan& plan, const std::string& name, const LineSink& li
   const auto list = [&](const std::string& what, const std::string& sql) {
     line("$" + name + " " + what + ": " + sql);
   };
-  if (plan.moves && !plan.finds)
+  if (plan.moves && !plan.finds && !plan.empties)
     list("walk", plan.filter.empty() ? walkSql(plan) : filteredWalkSql(plan));
   if (plan.finds) {
     std::vector<int> whole;
@@ -42,7 +42,7 @@ void listSql(const CursorPlan& plan, const std::string& name, const LineSink& li
   if (plan.listsFirst)
     list("row", rowSql(plan));
   if (plan.deletes)
-    list("del", deleteSql(plan));
+    list("del", plan.empties ? deleteAllSql(plan) : deleteSql(plan));
   if (plan.updates)
     line("$" + name + " update: the fields that were set");
 }

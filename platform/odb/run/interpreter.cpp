@@ -153,13 +153,15 @@ void Executable::executePlanned(const Node& node, const LoopPlan& plan) {
   Cursor& cursor = *slots_[slot].cursor;
   std::vector<Value> values;
   const bool isWhole = plan.kind == LoopPlan::Kind::whole;
-  if (!filterValues(program_->cursors[static_cast<std::size_t>(program_->variables[slot].cursor)],
-                    values) ||
-      (isWhole && !cursor.isBeforeFirst()))
+  const CursorPlan& source =
+      program_->cursors[static_cast<std::size_t>(program_->variables[slot].cursor)];
+  if (!filterValues(source, values) || (isWhole && !cursor.isBeforeFirst()))
     return walk(node);
   cursor.setFilter(&values);
   if (!isWhole) {
     executeOnward(node, cursor, slots_[static_cast<std::size_t>(plan.found)]);
+  } else if (source.empties) {
+    cursor.deleteAll();
   } else if (plan.counter >= 0) {
     slots_[static_cast<std::size_t>(plan.counter)].number += cursor.countFiltered();
   } else if (plan.onlyCopies && !run_->result.rowIsOpen()) {

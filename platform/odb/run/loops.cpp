@@ -58,6 +58,10 @@ public:
 
   void run() {
     Node& body = *program_.script->body;
+    if (program_.writes) {
+      planRemoval(body);
+      return;
+    }
     planRowCopies(body);
     for (std::size_t i = 0; i < body.operands.size(); ++i)
       visit(*body.operands[i], false,
@@ -65,6 +69,25 @@ public:
   }
 
 private:
+  // A script that opens a cursor, deletes each row that it comes to, and does nothing else.
+  void planRemoval(Node& body) {
+    if (body.operands.size() != 2 || body.operands[0]->op != Op::declareVariable ||
+        body.operands[1]->op != Op::loop)
+      return;
+    Node& loop = *body.operands[1];
+    const Node& condition = *loop.operands[0];
+    const Node& block = *loop.operands[1];
+    if (condition.op != Op::moveNext || block.operands.size() != 1 ||
+        block.operands[0]->op != Op::deleteRow || block.operands[0]->slot != condition.slot)
+      return;
+    LoopPlan plan;
+    plan.cursor = condition.slot;
+    plan.block = &block;
+    planOf(plan.cursor).empties = true;
+    loop.plan = static_cast<int>(program_.loops.size());
+    program_.loops.push_back(std::move(plan));
+  }
+
   void planRowCopies(Node& node) {
     if (node.op == Op::block) {
       RowCopy copy = rowCopyOf(node);

@@ -30,6 +30,8 @@ struct CursorPlan {
   bool movesInDup = false;
   bool deletes = false;
   bool updates = false;
+  // All that it does is to go through all rows and delete them.
+  bool empties = false;
   // The rows are listed before the walk begins: the loop changes the order that it walks in.
   bool listsFirst = false;
   // What its loop asks of each row, when the loop does nothing with the others: SQLite may as well
@@ -98,7 +100,8 @@ struct Program {
 std::unique_ptr<Program> makeProgram(std::string_view text, const Catalog& catalog);
 
 // Finds the blocks that put a whole row out, the loops whose conditions SQLite can check, and what
-// these do. Requires a program that has been checked and doesn't write.
+// these do; of programs that write only the one that empties a table. Requires a program that has
+// been checked.
 void planLoops(Program& program);
 
 // The SQL of a cursor. In all of them the columns of a row are those of `fetched`.
@@ -120,6 +123,8 @@ std::string behindSql(const CursorPlan& plan, int level, Behind behind, bool fil
 // The row of a UID.
 std::string rowSql(const CursorPlan& plan);
 std::string deleteSql(const CursorPlan& plan);
+// Of all rows.
+std::string deleteAllSql(const CursorPlan& plan);
 // Sets table columns to the parameters; the UID is the parameter behind them.
 std::string updateSql(const CursorPlan& plan, const std::vector<int>& columns);
 std::string insertSql(const Program& program);
