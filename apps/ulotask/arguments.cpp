@@ -76,6 +76,32 @@ QDateTime argumentDate(const std::string& text, const char* name) {
   return result;
 }
 
+QDateTime argumentDateOrNone(const std::string& text, const char* name) {
+  return text == "none" ? ZTASK_ENG_Task::noDate() : argumentDate(text, name);
+}
+
+QString argumentCategory(const std::string& argument) {
+  return argument.empty() ? QString() : argumentText(argument, "category");
+}
+
+std::vector<std::string> statusArguments() {
+  std::vector<std::string> arguments(std::begin(statusWords), std::end(statusWords));
+  for (std::string& argument : arguments)
+    std::replace(argument.begin(), argument.end(), ' ', '-');
+  return arguments;
+}
+
+int argumentStatus(const std::string& word) {
+  const std::vector<std::string> arguments = statusArguments();
+  std::string known;
+  for (std::size_t status = 0; status < arguments.size(); ++status) {
+    if (word == statusWords[status] || word == arguments[status])
+      return static_cast<int>(status);
+    known += (status == 0 ? "" : ", ") + arguments[status];
+  }
+  throw Failure(Exit::usage, "--status: \"" + word + "\" is none of " + known);
+}
+
 int argumentPriority(const std::string& text) {
   if (text.size() == 1 && text[0] >= '0' && text[0] <= lowestPriority)
     return text[0] - '0';

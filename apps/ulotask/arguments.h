@@ -21,6 +21,18 @@ std::vector<unsigned int> argumentUids(const std::vector<std::string>& arguments
 // for a date that the store can't hold.
 QDateTime argumentDate(const std::string& text, const char* name);
 
+// The same for "none", which gives the no-date value.
+QDateTime argumentDateOrNone(const std::string& text, const char* name);
+
+// The name of a category; "" stands for none and gives a null text.
+QString argumentCategory(const std::string& argument);
+
+// The status words as arguments, "-" in the place of blanks, by status code.
+std::vector<std::string> statusArguments();
+// The code of a status word, written with blanks or as statusArguments gives it. A Failure for
+// anything else.
+int argumentStatus(const std::string& word);
+
 // 0 to 9, or high, normal or low. A Failure for anything else.
 int argumentPriority(const std::string& text);
 

@@ -23,6 +23,7 @@ enum class Exit : int {
   notWritten = 12,
   badScript = 13,
   malformed = 14,
+  exists = 15,
 };
 
 struct ExitMeaning {
@@ -34,7 +35,7 @@ inline constexpr ExitMeaning exitMeanings[] = {
     {Exit::ok, "done"},
     {Exit::failed, "the store or a library failed; the log says why"},
     {Exit::usage, "the command line is wrong"},
-    {Exit::notFound, "no task has this UID"},
+    {Exit::notFound, "no task has this UID, or no category this name"},
     {Exit::unreadable, "a file can't be read"},
     {Exit::notCalendar, "a file is no vCalendar"},
     {Exit::noTodo, "a vCalendar holds no to-do"},
@@ -46,6 +47,7 @@ inline constexpr ExitMeaning exitMeanings[] = {
     {Exit::notWritten, "the output can't be written"},
     {Exit::badScript, "a script or statement is wrong"},
     {Exit::malformed, "a vCalendar is not well formed"},
+    {Exit::exists, "a category has this name already"},
 };
 
 // Ends the program with `code` after `message`, which names what failed and why.

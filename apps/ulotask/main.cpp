@@ -49,6 +49,9 @@ int run(int argc, char** argv) {
   ulotask::addListVerbs(app, session);
   ulotask::addEditVerbs(app, session);
   ulotask::addExchangeVerbs(app, session);
+  ulotask::addCategoryVerbs(app, session);
+  ulotask::addStatsVerb(app, session);
+  ulotask::addChangeVerbs(app, session);
   ulotask::addDatabaseVerbs(app, session);
 
   Exit code = Exit::ok;

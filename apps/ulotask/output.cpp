@@ -68,6 +68,10 @@ void Output::json(const QJsonArray& array) {
   write(withoutControls(QJsonDocument(array).toJson()));
 }
 
+void Output::jsonLine(const QJsonObject& object) {
+  line(withoutControls(QJsonDocument(object).toJson(QJsonDocument::Compact)));
+}
+
 void Output::finish() {
   const int error = writeAll(STDOUT_FILENO, pending_);
   pending_.clear();

@@ -22,6 +22,7 @@ public:
   // The value as JSON. Nothing but ASCII is written raw that a terminal could obey.
   void json(const QJsonObject& object);
   void json(const QJsonArray& array);
+  void jsonLine(const QJsonObject& object);  // the same in one line
 
   // Writes what was collected. A reader that has gone away is no error; anything else that keeps
   // the text from being written is a Failure.

@@ -2,18 +2,16 @@
 
 #include "data_directory.h"
 #include "exit_codes.h"
+#include "task_format.h"
 
 #include <QDateTime>
+
+#include <algorithm>
 
 namespace ulotask {
 namespace {
 
 constexpr int statusNone = -1;
-constexpr int statusNeedsAction = 1;
-
-// The first task of a list can be changed by another program between two questions; then they
-// are asked again.
-constexpr int listAttempts = 10;
 
 }  // namespace
 
@@ -38,43 +36,39 @@ ZTASK_ENG_Task Session::task(unsigned int uid) {
   return task;
 }
 
-QValueList<ZTASK_ENG_Task> Session::allTasks(ZTASK_ENG_Model::TASK_SORT_FIELD sort) {
-  int code = TASK_ENG_OK;
-  for (int attempt = 0; attempt < listAttempts; ++attempt) {
-    QValueList<unsigned int> uids;
-    require(store().getAllIDs(uids, ZTASK_ENG_Model::TASK_CATEGORY_ALL, sort), "listing the tasks");
-    QValueList<ZTASK_ENG_Task> tasks;
-    if (uids.isEmpty())
-      return tasks;
-    ZTASK_ENG_Task first;
-    code = store().getTask(uids.at(0), first);
-    if (code == TASK_ENG_OK)
-      code = store().getTasks(tasks, first, static_cast<int>(uids.count()),
-                              ZTASK_ENG_Model::TASK_CATEGORY_ALL, sort);
-    if (code != TASK_ENG_NOT_FOUND) {
-      require(code, "reading the tasks");
-      return tasks;
-    }
-  }
-  require(code, "reading the tasks, which change all the time,");
-  return {};
-}
-
 int Session::add(ZTASK_ENG_Task& task) {
   if (task.getStatusValue() == statusNone)
     task.setStatus(statusNeedsAction);
   task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION, QDateTime::currentDateTime());
 
   // Adding a task would make its category too, but would go on without one when that fails.
-  QString category = task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY);
-  if (!category.isNull() && !knownCategories_.contains(category)) {
-    unsigned int uid = 0;
-    const int code = store().addCategory(category, uid);
-    if (code != TASK_ENG_OK && code != TASK_ENG_EXISTS)
-      return code;
-    knownCategories_.insert(category);
-  }
-  return store().addTask(task);
+  const int code = makeCategory(task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY));
+  return code == TASK_ENG_OK ? store().addTask(task) : code;
+}
+
+bool Session::hasCategory(const QString& name) {
+  QValueList<QString> names;
+  require(store().getAllCategories(names), "reading the categories");
+  return std::any_of(names.begin(), names.end(), [&](const QString& each) {
+    return each == name && each.isNull() == name.isNull();
+  });
+}
+
+void Session::requireCategory(const QString& name) {
+  if (!hasCategory(name))
+    throw Failure(Exit::notFound, "no category has the name \"" + name.toStdString() + "\"");
+}
+
+int Session::makeCategory(const QString& name) {
+  if (name.isNull() || knownCategories_.contains(name))
+    return TASK_ENG_OK;
+  QString category = name;
+  unsigned int uid = 0;
+  const int code = store().addCategory(category, uid);
+  if (code != TASK_ENG_OK && code != TASK_ENG_EXISTS)
+    return code;
+  knownCategories_.insert(category);
+  return TASK_ENG_OK;
 }
 
 void require(int storeCode, const std::string& what) {

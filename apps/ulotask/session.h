@@ -19,12 +19,16 @@ public:
 
   // The task with this UID; a Failure when there is none.
   ZTASK_ENG_Task task(unsigned int uid);
-  // All tasks in the order of `sort`.
-  QValueList<ZTASK_ENG_Task> allTasks(ZTASK_ENG_Model::TASK_SORT_FIELD sort);
-
   // Stores a new task as this program does: the change is dated now, and a task of no status
   // needs action. Gives the store's code; on success the task has its UID.
   int add(ZTASK_ENG_Task& task);
+
+  // Null is a name too, and another one than the empty text.
+  bool hasCategory(const QString& name);
+  // A Failure unless there is a category of this name.
+  void requireCategory(const QString& name);
+  // Makes a category unless it is there. Gives the store's code.
+  int makeCategory(const QString& name);
 
 private:
   std::unique_ptr<ZTASK_ENG_Model> store_;

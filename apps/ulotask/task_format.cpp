@@ -9,13 +9,9 @@
 namespace ulotask {
 namespace {
 
-// The status words of vCalendar 1.0 by status code; any other code means needs action.
-constexpr const char* statusWords[] = {"completed", "needs action", "accepted", "sent",
-                                       "tentative", "confirmed",    "declined", "delegated"};
-
 std::string statusWord(int status) {
   const bool known = status >= 0 && status < static_cast<int>(std::size(statusWords));
-  return statusWords[known ? status : 1];
+  return statusWords[known ? status : statusNeedsAction];
 }
 
 const char* priorityWord(const ZTASK_ENG_Task& task) {

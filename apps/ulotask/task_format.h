@@ -18,6 +18,12 @@ struct PriorityClass {
 };
 inline constexpr PriorityClass priorityClasses[] = {{1, "high"}, {5, "normal"}, {9, "low"}};
 
+// The status words of vCalendar 1.0 by status code; any other code means needs action.
+inline constexpr const char* statusWords[] = {"completed", "needs action", "accepted", "sent",
+                                              "tentative", "confirmed",    "declined", "delegated"};
+inline constexpr int statusCompleted = 0;
+inline constexpr int statusNeedsAction = 1;
+
 // False for the no-date value and for an invalid date-time.
 bool isSet(const QDateTime& dateTime);
 

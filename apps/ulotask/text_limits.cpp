@@ -1,25 +1,38 @@
 #include "text_limits.h"
 
+#include <algorithm>
+
 namespace ulotask {
+namespace {
+
+struct Limited {
+  ZTASK_ENG_Task::TASK_FIELD_T field;
+  const char* name;
+  int limit;
+};
+constexpr Limited limited[] = {
+    {ZTASK_ENG_Task::TASK_FIELD_SUMMARY, "summary", ZTASK_ENG_Task::summaryLimit},
+    {ZTASK_ENG_Task::TASK_FIELD_NOTE, "note", ZTASK_ENG_Task::noteLimit},
+};
+
+}  // namespace
+
+std::optional<std::string> cutToLimit(ZTASK_ENG_Task& task, ZTASK_ENG_Task::TASK_FIELD_T field) {
+  const auto* entry = std::find_if(std::begin(limited), std::end(limited),
+                                   [&](const Limited& each) { return each.field == field; });
+  const QString text = task.getString(field);
+  if (entry == std::end(limited) || text.length() <= entry->limit)
+    return std::nullopt;
+  task.setString(field, text.left(entry->limit));
+  return std::string("a ") + entry->name + " of " + std::to_string(text.length()) +
+         " characters is cut to its first " + std::to_string(entry->limit);
+}
 
 std::vector<std::string> cutToLimits(ZTASK_ENG_Task& task) {
-  struct Limited {
-    ZTASK_ENG_Task::TASK_FIELD_T field;
-    const char* name;
-    int limit;
-  };
-  constexpr Limited limited[] = {
-      {ZTASK_ENG_Task::TASK_FIELD_SUMMARY, "summary", ZTASK_ENG_Task::summaryLimit},
-      {ZTASK_ENG_Task::TASK_FIELD_NOTE, "note", ZTASK_ENG_Task::noteLimit},
-  };
   std::vector<std::string> cuts;
   for (const Limited& entry : limited) {
-    const QString text = task.getString(entry.field);
-    if (text.length() <= entry.limit)
-      continue;
-    task.setString(entry.field, text.left(entry.limit));
-    cuts.push_back(std::string("a ") + entry.name + " of " + std::to_string(text.length()) +
-                   " characters is cut to its first " + std::to_string(entry.limit));
+    if (std::optional<std::string> cut = cutToLimit(task, entry.field))
+      cuts.push_back(std::move(*cut));
   }
   return cuts;
 }

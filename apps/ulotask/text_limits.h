@@ -2,13 +2,17 @@
 
 #include "ZTASK_ENG_Task.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace ulotask {
 
-// Cuts the summary and the note to what the store takes from outside (ZTASK_ENG_Task::summaryLimit
-// and noteLimit). Gives a sentence for each text that was cut.
+// Cuts a text of the task to what the store takes from outside (ZTASK_ENG_Task::summaryLimit and
+// noteLimit); other fields have no limit. Gives a sentence when it was cut.
+std::optional<std::string> cutToLimit(ZTASK_ENG_Task& task, ZTASK_ENG_Task::TASK_FIELD_T field);
+
+// Does so with all texts of the task.
 std::vector<std::string> cutToLimits(ZTASK_ENG_Task& task);
 
 }  // namespace ulotask

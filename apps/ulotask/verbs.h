@@ -8,9 +8,12 @@ namespace ulotask {
 class Session;
 
 // Each adds its verbs to `app`; a verb works on `session` when the command line names it.
-void addListVerbs(CLI::App& app, Session& session);      // list, show
-void addEditVerbs(CLI::App& app, Session& session);      // add, done, undone, rm
+void addListVerbs(CLI::App& app, Session& session);      // list, search, show
+void addEditVerbs(CLI::App& app, Session& session);      // add, edit, done, undone, rm
 void addExchangeVerbs(CLI::App& app, Session& session);  // import, export
+void addCategoryVerbs(CLI::App& app, Session& session);  // category list, add, rename, rm
+void addStatsVerb(CLI::App& app, Session& session);      // stats
+void addChangeVerbs(CLI::App& app, Session& session);    // changes
 void addDatabaseVerbs(CLI::App& app, Session& session);  // db explain, db check
 
 }  // namespace ulotask

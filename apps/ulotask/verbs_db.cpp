@@ -3,6 +3,7 @@
 #include "data_directory.h"
 #include "exit_codes.h"
 #include "session.h"
+#include "store_questions.h"
 #include "text.h"
 #include "ulodb2.h"
 #include "verbs.h"
@@ -12,20 +13,6 @@
 
 namespace ulotask {
 namespace {
-
-constexpr int storeDatabase = 1;
-
-// The store's database for this program's own questions; it closes with the object.
-class Database {
-public:
-  Database() {
-    if (DB_Open(storeDatabase) != DB_OK)
-      throw Failure(Exit::storeClosed, "the store can't be opened; the log says why");
-  }
-  Database(const Database&) = delete;
-  Database& operator=(const Database&) = delete;
-  ~Database() { DB_Close(); }
-};
 
 void printLine(void* output, const char* utf8) {
   static_cast<Output*>(output)->line(severalLines(QString::fromUtf8(utf8), 0));
@@ -41,36 +28,11 @@ std::string scriptText(const std::string& argument) {
 void explain(Session& session, const std::string& argument) {
   const std::string text = scriptText(argument);
   session.store();
-  const Database database;
+  const StoreQuestions database;
   const int code = DB_Explain(text.c_str(), DB_EXPLAIN_TOKENS | DB_EXPLAIN_TREE | DB_EXPLAIN_SQL,
                               nullptr, printLine, &session.output);
   if (code != DB_OK)
     throw Failure(Exit::badScript, "the text is refused with code " + std::to_string(code));
-}
-
-// Tasks that name a category which is gone.
-constexpr const char* orphansScript = "sml:declare schema orphans (uid integer);\n"
-                                      "declare buffer schema orphans;\n"
-                                      "cursor $task = open_cursor('task_table_task');\n"
-                                      "cursor $category = open_cursor('task_table_category');\n"
-                                      "tuple $key = $category->new_empty_key_tuple();\n"
-                                      "while ($task->move_next()) {\n"
-                                      "$key->set_field('UID', $task->get_field('categoryUid'));\n"
-                                      "if ($category->find($key) == false) {\n"
-                                      "buffer_put(uid, $task->get_field('UID'));\n"
-                                      "buffer_move_next();\n"
-                                      "};\n"
-                                      "};";
-
-std::vector<unsigned int> tasksWithoutCategory() {
-  DB_CURSOR cursor = nullptr;
-  if (DB_Query(&cursor, "%s", orphansScript) != DB_OK)
-    throw Failure(Exit::failed, "looking for categories that are gone failed; the log says why");
-  std::vector<unsigned int> uids;
-  for (; DB_CSC_Eof(cursor) == 0; DB_CSC_MoveNext(cursor))
-    uids.push_back(static_cast<unsigned int>(DB_CSC_GetFieldAsInteger(cursor, 0)));
-  DB_CSC_Close(cursor);
-  return uids;
 }
 
 void check(Session& session) {
@@ -82,7 +44,7 @@ void check(Session& session) {
   };
 
   session.store();
-  const Database database;
+  const StoreQuestions database;
   const int fileCode = DB_CheckFile(printLine, &output);
   judge("database file", fileCode == DB_OK ? "" : "damaged, code " + std::to_string(fileCode));
   if (fileCode != DB_OK)
@@ -99,7 +61,7 @@ void check(Session& session) {
   const bool journalReads = ulo::ChangeJournal(ulo::dataDirectory()).lastEntry(lastEntry);
   judge("change journal", journalReads ? "" : "can't be read; the log says why");
 
-  const std::vector<unsigned int> orphans = tasksWithoutCategory();
+  const std::vector<unsigned int> orphans = database.tasksWithoutCategory();
   if (!orphans.empty())
     output.line("note: " + counted(orphans.size(), "task") +
                 " of a category that was removed: they read as of category None");

@@ -1,68 +1,86 @@
 #include "arguments.h"
 #include "exit_codes.h"
+#include "for_each.h"
 #include "session.h"
 #include "task_format.h"
 #include "text.h"
 #include "text_limits.h"
 #include "verbs.h"
 
-#include <algorithm>
+#include <optional>
 
 namespace ulotask {
 namespace {
-
-constexpr int statusCompleted = 0;
-constexpr int statusNeedsAction = 1;
 
 std::string named(const ZTASK_ENG_Task& task) {
   return "task " + std::to_string(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID)) + ": " +
          oneLine(task.getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY));
 }
 
-struct AddOptions {
-  std::string summary;
-  std::string due;
-  std::string alarm;
-  std::string priority = "0";
+// What the command line gives for a task.
+struct TaskOptions {
+  std::optional<std::string> summary;
+  std::optional<std::string> due;
+  std::optional<std::string> alarm;
+  std::optional<std::string> priority;
+  std::optional<std::string> status;
   std::optional<std::string> category;
   std::optional<std::string> note;
   bool json = false;
+
+  [[nodiscard]] bool giveNothing() const {
+    return !summary && !due && !alarm && !priority && !status && !category && !note;
+  }
 };
 
-void add(Session& session, const AddOptions& options) {
-  ZTASK_ENG_Task task;
-  const QString summary = argumentText(options.summary, "summary");
-  if (summary.trimmed().isEmpty())
-    throw Failure(Exit::usage, "the summary is empty");
-  task.setString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY, summary);
-  if (options.category)
-    task.setString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY,
-                   argumentText(*options.category, "category"));
-  if (options.note)
-    task.setString(ZTASK_ENG_Task::TASK_FIELD_NOTE, argumentText(*options.note, "note"));
-  if (!options.due.empty())
-    task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE, argumentDate(options.due, "--due"));
-  if (!options.alarm.empty())
-    task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_ALARM, argumentDate(options.alarm, "--alarm"));
-  task.setPriority(argumentPriority(options.priority));
+void setText(Session& session, ZTASK_ENG_Task& task, ZTASK_ENG_Task::TASK_FIELD_T field,
+             const QString& text) {
+  task.setString(field, text);
+  if (const std::optional<std::string> cut = cutToLimit(task, field))
+    session.output.notice(*cut);
+}
 
-  for (const std::string& cut : cutToLimits(task))
-    session.output.notice(cut);
-  require(session.add(task), "adding the task");
-  if (options.json)
+// Sets the fields that are given; the others stay.
+void apply(Session& session, const TaskOptions& given, ZTASK_ENG_Task& task) {
+  if (given.due)
+    task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE, argumentDateOrNone(*given.due, "--due"));
+  if (given.alarm)
+    task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_ALARM, argumentDateOrNone(*given.alarm, "--alarm"));
+  if (given.priority)
+    task.setPriority(argumentPriority(*given.priority));
+  if (given.status)
+    task.setStatus(argumentStatus(*given.status));
+  if (given.category)
+    task.setString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY, argumentCategory(*given.category));
+  if (given.summary) {
+    const QString summary = argumentText(*given.summary, "summary");
+    if (summary.trimmed().isEmpty())
+      throw Failure(Exit::usage, "the summary is empty");
+    setText(session, task, ZTASK_ENG_Task::TASK_FIELD_SUMMARY, summary);
+  }
+  if (given.note)
+    setText(session, task, ZTASK_ENG_Task::TASK_FIELD_NOTE, argumentText(*given.note, "note"));
+}
+
+void print(Session& session, const char* what, const ZTASK_ENG_Task& task, bool json) {
+  if (json)
     session.output.json(toJson(task));
   else
-    session.output.line("Added " + named(task));
+    session.output.line(what + named(task));
+}
+
+void add(Session& session, const TaskOptions& options) {
+  ZTASK_ENG_Task task;
+  apply(session, options, task);
+  require(session.add(task), "adding the task");
+  print(session, "Added ", task, options.json);
 }
 
 // A task whose category was removed reads as of category "None", which can't be stored.
 void update(Session& session, ZTASK_ENG_Task& task) {
   int code = session.store().updateTask(task);
   if (code == TASK_ENG_NOT_FOUND) {
-    const QString category = task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY);
-    QValueList<QString> known;
-    require(session.store().getAllCategories(known), "reading the categories");
-    if (std::find(known.begin(), known.end(), category) == known.end()) {
+    if (!session.hasCategory(task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY))) {
       task.setString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY, QString());
       code = session.store().updateTask(task);
       if (code == TASK_ENG_OK)
@@ -75,27 +93,8 @@ void update(Session& session, ZTASK_ENG_Task& task) {
   require(code, "storing " + named(task));
 }
 
-// Does `work` for each UID. Those that no task has don't keep it from the others.
-template <typename Work>
-void forEachUid(Session& session, const std::vector<std::string>& arguments, const Work& work) {
-  std::string missing;
-  for (const unsigned int uid : argumentUids(arguments)) {
-    try {
-      work(uid);
-    } catch (const Failure& failure) {
-      if (failure.code() != Exit::notFound)
-        throw;
-      if (!missing.empty())
-        session.output.notice(missing);
-      missing = failure.what();
-    }
-  }
-  if (!missing.empty())
-    throw Failure(Exit::notFound, missing);
-}
-
 void setStatus(Session& session, const std::vector<std::string>& arguments, int status) {
-  forEachUid(session, arguments, [&](unsigned int uid) {
+  forEach(session, argumentUids(arguments), [&](unsigned int uid) {
     ZTASK_ENG_Task task = session.task(uid);
     task.setStatus(status);
     update(session, task);
@@ -103,8 +102,20 @@ void setStatus(Session& session, const std::vector<std::string>& arguments, int 
   });
 }
 
+void edit(Session& session, const std::string& uid, const TaskOptions& options) {
+  if (options.giveNothing())
+    throw Failure(Exit::usage, "nothing to change is given; see ulotask edit --help");
+  ZTASK_ENG_Task task = session.task(argumentUid(uid));
+  apply(session, options, task);
+  if (options.category)
+    require(session.makeCategory(task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY)),
+            "making the category");
+  update(session, task);
+  print(session, "Changed ", task, options.json);
+}
+
 void remove(Session& session, const std::vector<std::string>& arguments) {
-  forEachUid(session, arguments, [&](unsigned int uid) {
+  forEach(session, argumentUids(arguments), [&](unsigned int uid) {
     const ZTASK_ENG_Task task = session.task(uid);
     const int code = session.store().removeTask(uid);
     if (code == TASK_ENG_NOT_FOUND)
@@ -114,26 +125,61 @@ void remove(Session& session, const std::vector<std::string>& arguments) {
   });
 }
 
-}  // namespace
+// The options that add and edit share.
+void addTaskOptions(CLI::App& verb, TaskOptions& options) {
+  verb.add_option("--due", options.due,
+                  "Local date or date and time: 2026-03-05, \"2026-03-05 18:00\"; none for none")
+      ->type_name("DATE");
+  verb.add_option("--alarm", options.alarm, "When to remind, written like --due")
+      ->type_name("DATE");
+  verb.add_option("--priority", options.priority,
+                  "1 (highest) to 9 (lowest), 0 for none, or high, normal, low")
+      ->type_name("PRIORITY");
+  verb.add_option("--category", options.category,
+                  "Name of a category, made when missing; \"\" for none")
+      ->type_name("CATEGORY");
+  verb.add_option("--note", options.note, "The text of the task");
+}
 
-void addEditVerbs(CLI::App& app, Session& session) {
+void addAdd(CLI::App& app, Session& session) {
   CLI::App* verb = app.add_subcommand("add", "Add a task");
-  auto addOptions = std::make_shared<AddOptions>();
-  verb->add_option("SUMMARY", addOptions->summary, "The title")->required();
-  verb->add_option("--due", addOptions->due,
-                   "Local date or date and time: 2026-03-05, \"2026-03-05 18:00\"");
-  verb->add_option("--alarm", addOptions->alarm, "When to remind, written like --due");
-  verb->add_option("--priority", addOptions->priority,
-                   "1 (highest) to 9 (lowest), 0 for none, or high, normal, low")
-      ->capture_default_str();
-  verb->add_option("--category", addOptions->category, "Name of a category; made when missing");
-  verb->add_option("--note", addOptions->note, "The text of the task");
-  verb->add_flag("--json", addOptions->json, "Print the stored task as a JSON object");
+  auto options = std::make_shared<TaskOptions>();
+  verb->add_option("SUMMARY", options->summary, "The title")->required();
+  addTaskOptions(*verb, *options);
+  verb->add_flag("--json", options->json, "Print the stored task as a JSON object");
   verb->footer("Examples:\n"
                "  ulotask add \"Buy milk\"\n"
                "  ulotask add \"Call the bank\" --due \"2026-03-05 18:00\" --priority high\n"
                "  ulotask add --category work -- \"-5 degrees: order heating oil\"");
-  verb->callback([addOptions, &session] { add(session, *addOptions); });
+  verb->callback([options, &session] { add(session, *options); });
+}
+
+void addEdit(CLI::App& app, Session& session) {
+  CLI::App* verb = app.add_subcommand("edit", "Change fields of a task");
+  auto uid = std::make_shared<std::string>();
+  auto options = std::make_shared<TaskOptions>();
+  verb->add_option("UID", *uid, "The task's number, as list prints it")->required();
+  verb->add_option("--summary", options->summary, "The title");
+  addTaskOptions(*verb, *options);
+  verb->add_option("--status", options->status,
+                   "A status word, such as completed, needs-action, accepted or delegated")
+      ->type_name("STATUS");
+  verb->add_flag("--json", options->json, "Print the stored task as a JSON object");
+  verb->footer("What isn't given stays as it is, but for the time of the change. The end follows "
+               "the\nstatus: a task that becomes completed gets it, one that needs action loses "
+               "it.\n"
+               "Examples:\n"
+               "  ulotask edit 7 --due \"2026-03-06 09:00\" --priority high\n"
+               "  ulotask edit 7 --due none --category \"\" --note \"\"\n"
+               "  ulotask edit 7 --status delegated");
+  verb->callback([uid, options, &session] { edit(session, *uid, *options); });
+}
+
+}  // namespace
+
+void addEditVerbs(CLI::App& app, Session& session) {
+  addAdd(app, session);
+  addEdit(app, session);
 
   const auto addUidVerb = [&](const char* name, const char* description, const char* example,
                               auto work) {

@@ -1,6 +1,7 @@
 #include "arguments.h"
 #include "calendar_file.h"
 #include "exit_codes.h"
+#include "listing.h"
 #include "session.h"
 #include "task_format.h"
 #include "text.h"
@@ -95,7 +96,7 @@ void exportTasks(Session& session, const ExportOptions& options) {
   QList<ZTASK_ENG_Task> tasks;
   tasks.setAutoDelete(true);
   if (options.uids.empty()) {
-    QValueList<ZTASK_ENG_Task> all = session.allTasks(ZTASK_ENG_Model::TASK_SORT_DUE);
+    QValueList<ZTASK_ENG_Task> all = tasksOf(session, {});
     std::sort(all.begin(), all.end(), [](const ZTASK_ENG_Task& a, const ZTASK_ENG_Task& b) {
       return a.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID) <
              b.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID);

@@ -1,37 +1,118 @@
 #include "arguments.h"
+#include "exit_codes.h"
+#include "listing.h"
 #include "session.h"
 #include "task_format.h"
 #include "verbs.h"
 
 #include <QJsonArray>
 
+#include <algorithm>
+#include <limits>
+#include <optional>
+#include <set>
+
 namespace ulotask {
 namespace {
 
-struct ListOptions {
-  std::string sort = "due";
-  bool json = false;
-};
-
-void list(Session& session, const ListOptions& options) {
-  const auto sort =
-      options.sort == "due" ? ZTASK_ENG_Model::TASK_SORT_DUE : ZTASK_ENG_Model::TASK_SORT_PRIORITY;
-  const QValueList<ZTASK_ENG_Task> tasks = session.allTasks(sort);
-  if (options.json) {
+void printTasks(Output& output, const QValueList<ZTASK_ENG_Task>& tasks, bool json) {
+  if (json) {
     QJsonArray array;
     for (const ZTASK_ENG_Task& task : tasks)
       array.append(toJson(task));
-    session.output.json(array);
+    output.json(array);
     return;
   }
   if (tasks.isEmpty()) {
-    session.output.line("No tasks.");
+    output.line("No tasks.");
     return;
   }
   Table table = taskTable();
   for (const ZTASK_ENG_Task& task : tasks)
     addTo(table, task);
-  table.print(session.output);
+  table.print(output);
+}
+
+struct ListOptions {
+  std::string view = "all";
+  std::string sort = "due";
+  std::optional<std::string> category;
+  std::optional<int> limit;
+  std::optional<std::string> after;
+  bool json = false;
+};
+
+void list(Session& session, const ListOptions& options) {
+  Listing listing;
+  listing.view = std::find_if(std::begin(views), std::end(views), [&](const View& view) {
+                   return options.view == view.word;
+                 })->category;
+  if (options.sort != "due")
+    listing.sort = ZTASK_ENG_Model::TASK_SORT_PRIORITY;
+  if (options.category)
+    listing.category = argumentCategory(*options.category);
+  listing.limit = options.limit;
+  if (options.after)
+    listing.after = argumentUid(*options.after);
+  printTasks(session.output, tasksOf(session, listing), options.json);
+}
+
+struct SearchOptions {
+  std::optional<std::string> text;
+  std::optional<std::string> summary;
+  std::optional<std::string> note;
+  std::optional<std::string> status;
+  std::optional<int> priority;
+  bool json = false;
+};
+
+// A search of the store; a store without tasks has nothing to find.
+template <typename Wanted> QValueList<ZTASK_ENG_Task> matches(Session& session, Wanted& wanted) {
+  QValueList<ZTASK_ENG_Task> found;
+  const int code = session.store().getMatchTasks(found, wanted);
+  if (code != TASK_ENG_NOT_FOUND)
+    require(code, "searching");
+  return found;
+}
+
+std::optional<ZTASK_ENG_Task> exampleOf(const SearchOptions& options) {
+  if (!options.summary && !options.note && !options.status && !options.priority)
+    return std::nullopt;
+  ZTASK_ENG_Task example;
+  if (options.summary)
+    example.setString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY,
+                      argumentText(*options.summary, "--summary"));
+  if (options.note)
+    example.setString(ZTASK_ENG_Task::TASK_FIELD_NOTE, argumentText(*options.note, "--note"));
+  if (options.status)
+    example.setStatus(argumentStatus(*options.status));
+  if (options.priority)
+    example.setPriority(*options.priority);
+  return example;
+}
+
+void search(Session& session, const SearchOptions& options) {
+  std::optional<ZTASK_ENG_Task> example = exampleOf(options);
+  if (!options.text && !example)
+    throw Failure(Exit::usage, "search for what? See ulotask search --help");
+  QValueList<ZTASK_ENG_Task> found;
+  if (options.text) {
+    QString text = argumentText(*options.text, "text");
+    found = matches(session, text);
+  }
+  if (example) {
+    QValueList<ZTASK_ENG_Task> alike = matches(session, *example);
+    if (options.text) {
+      std::set<unsigned int> uids;
+      for (const ZTASK_ENG_Task& task : found)
+        uids.insert(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID));
+      alike.removeIf([&](const ZTASK_ENG_Task& task) {
+        return !uids.contains(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID));
+      });
+    }
+    found = std::move(alike);
+  }
+  printTasks(session.output, found, options.json);
 }
 
 struct ShowOptions {
@@ -47,30 +128,79 @@ void show(Session& session, const ShowOptions& options) {
     printTask(session.output, task);
 }
 
+void addList(CLI::App& app, Session& session) {
+  CLI::App* verb = app.add_subcommand("list", "List tasks, one to a line");
+  auto options = std::make_shared<ListOptions>();
+  std::vector<std::string> viewWords;
+  for (const View& view : views)
+    viewWords.emplace_back(view.word);
+  verb->add_option("--view", options->view,
+                   "due: due until the end of today, done or not; incomplete: needs action; "
+                   "completed")
+      ->type_name("VIEW")
+      ->check(CLI::IsMember(viewWords))
+      ->capture_default_str();
+  verb->add_option("--category", options->category,
+                   "Only tasks of this category; \"\" for those without one")
+      ->type_name("CATEGORY");
+  verb->add_option("--sort", options->sort,
+                   "due: by due date, then priority; priority: "
+                   "by priority, then due date")
+      ->type_name("ORDER")
+      ->check(CLI::IsMember({"due", "priority"}))
+      ->capture_default_str();
+  verb->add_option("--limit", options->limit, "At most so many tasks")
+      ->type_name("NUMBER")
+      ->check(CLI::Range(1, std::numeric_limits<int>::max()).description(""));
+  verb->add_option("--after", options->after, "Only tasks that come behind this one in the order")
+      ->type_name("UID");
+  verb->add_flag("--json", options->json, "Print a JSON array for programs");
+  verb->footer("The last UID of a page is the --after of the next one.\n"
+               "Examples:\n"
+               "  ulotask list\n"
+               "  ulotask list --view incomplete --sort priority --limit 10\n"
+               "  ulotask list --view incomplete --sort priority --limit 10 --after 42\n"
+               "  ulotask list --category shop --json | jq '.[].summary'");
+  verb->callback([options, &session] { list(session, *options); });
+}
+
+void addSearch(CLI::App& app, Session& session) {
+  CLI::App* verb = app.add_subcommand("search", "List the tasks that match");
+  auto options = std::make_shared<SearchOptions>();
+  verb->add_option("TEXT", options->text,
+                   "In the summary, note, category or UUID, upper and lower case told apart");
+  verb->add_option("--summary", options->summary, "In the summary, in any case")->type_name("TEXT");
+  verb->add_option("--note", options->note, "In the note, in any case")->type_name("TEXT");
+  verb->add_option("--status", options->status, "A status word, such as completed or needs-action")
+      ->type_name("STATUS");
+  verb->add_option("--priority", options->priority, "Exactly this one, 1 to 9")
+      ->type_name("NUMBER")
+      ->check(CLI::Range(1, 9).description(""));
+  verb->add_flag("--json", options->json, "Print a JSON array for programs");
+  verb->footer("A task has to match all that is given. Sorted by due date, then priority.\n"
+               "Examples:\n"
+               "  ulotask search Milk\n"
+               "  ulotask search --summary milk --status needs-action\n"
+               "  ulotask search bank --priority 1 --json");
+  verb->callback([options, &session] { search(session, *options); });
+}
+
+void addShow(CLI::App& app, Session& session) {
+  CLI::App* verb = app.add_subcommand("show", "Show all fields of a task");
+  auto options = std::make_shared<ShowOptions>();
+  verb->add_option("UID", options->uid, "The task's number, as list prints it")->required();
+  verb->add_flag("--json", options->json, "Print a JSON object for programs");
+  verb->footer("Example:\n"
+               "  ulotask show 7");
+  verb->callback([options, &session] { show(session, *options); });
+}
+
 }  // namespace
 
 void addListVerbs(CLI::App& app, Session& session) {
-  CLI::App* verb = app.add_subcommand("list", "List all tasks, one to a line");
-  auto listOptions = std::make_shared<ListOptions>();
-  verb->add_option("--sort", listOptions->sort,
-                   "due: by due date, then priority; priority: "
-                   "by priority, then due date")
-      ->check(CLI::IsMember({"due", "priority"}))
-      ->capture_default_str();
-  verb->add_flag("--json", listOptions->json, "Print a JSON array for programs");
-  verb->footer("Examples:\n"
-               "  ulotask list\n"
-               "  ulotask list --sort priority\n"
-               "  ulotask list --json | jq '.[].summary'");
-  verb->callback([listOptions, &session] { list(session, *listOptions); });
-
-  verb = app.add_subcommand("show", "Show all fields of a task");
-  auto showOptions = std::make_shared<ShowOptions>();
-  verb->add_option("UID", showOptions->uid, "The task's number, as list prints it")->required();
-  verb->add_flag("--json", showOptions->json, "Print a JSON object for programs");
-  verb->footer("Example:\n"
-               "  ulotask show 7");
-  verb->callback([showOptions, &session] { show(session, *showOptions); });
+  addList(app, session);
+  addSearch(app, session);
+  addShow(app, session);
 }
 
 }  // namespace ulotask

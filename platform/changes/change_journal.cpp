@@ -24,7 +24,6 @@
 namespace ulo {
 namespace {
 
-constexpr const char* journalFile = "changes.db";
 // How long to wait for another process.
 constexpr std::chrono::milliseconds busyTimeout{10000};
 
@@ -168,7 +167,7 @@ std::string ChangeJournal::path() const {
   const std::string directory = directory_.empty() ? dataDirectory() : directory_;
   if (directory.empty())
     throw std::runtime_error(std::string("there is no data directory: ") + std::strerror(errno));
-  return directory + "/" + journalFile;
+  return directory + "/" + fileName;
 }
 
 // Null while nobody has made the journal.

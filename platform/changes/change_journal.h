@@ -34,11 +34,14 @@ struct NetChanges {
   bool incomplete = false;
 };
 
-// The file "changes.db". What was appended survives the death of the process; a power cut can
-// lose the last changes, but none that lastEntry or changesSince has told of.
-// One thread at a time uses an object; threads and processes may have one each.
+// A file in the data directory. What was appended survives the death of the process; a power cut
+// can lose the last changes, but none that lastEntry or changesSince has told of. One thread at a
+// time uses an object; threads and processes may have one each.
 class ULO_EXPORT ChangeJournal {
 public:
+  // The file's name; SQLite's own files beside it begin with it.
+  static constexpr char fileName[] = "changes.db";
+
   // The journal in `directory`, which has to exist; in the data directory when it is empty.
   // Nothing is opened yet.
   explicit ChangeJournal(std::string directory = {}) noexcept;

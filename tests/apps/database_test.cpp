@@ -1,8 +1,6 @@
-// db explain and db check.
+// db explain, db check and stats.
 
 #include "ulotask_runner.h"
-
-#include <sqlite3.h>
 
 #include <algorithm>
 
@@ -12,14 +10,6 @@ using testing::HasSubstr;
 
 class DatabaseVerbs : public UlotaskTest {
 protected:
-  // Runs SQL on the store's file behind the engine's back.
-  void sql(const std::string& text) {
-    sqlite3* database = nullptr;
-    ASSERT_EQ(sqlite3_open(databaseFile().c_str(), &database), SQLITE_OK);
-    char* error = nullptr;
-    EXPECT_EQ(sqlite3_exec(database, text.c_str(), nullptr, nullptr, &error), SQLITE_OK) << error;
-    sqlite3_close(database);
-  }
   std::string databaseFile() { return path("data/tasks.db"); }
 };
 
@@ -136,6 +126,52 @@ TEST_F(DatabaseVerbs, ATaskWhoseCategoryIsGoneCanBeDone) {
   const QJsonObject task = succeed({"show", "1", "--json"}).object();
   EXPECT_TRUE(task["category"].isNull());
   EXPECT_TRUE(task["completed"].toBool());
+}
+
+class Stats : public UlotaskTest {};
+
+TEST_F(Stats, CountsViewsCategoriesAndChanges) {
+  add({"due", "--due", "2026-01-05", "--category", "garden"});
+  add({"done too", "--due", "2026-01-05"});
+  add({"later"});
+  succeed({"done", "2"});
+  succeed({"edit", "3", "--status", "accepted"});
+  const QJsonObject found = succeed({"stats", "--json"}).object();
+  EXPECT_EQ(found["tasks"].toObject(),
+            (QJsonObject{{"all", 3}, {"due", 2}, {"incomplete", 1}, {"completed", 1}}));
+  EXPECT_EQ(found["categories"].toInt(), 6);
+  EXPECT_EQ(found["lastChange"].toInt(), 5);
+  EXPECT_EQ(found["directory"].toString().toStdString(), path("data"));
+}
+
+TEST_F(Stats, GivesTheSizesOfTheDatabases) {
+  add({"one"});
+  file("data/other.txt", "not of a database");
+  const QJsonObject files = succeed({"stats", "--json"}).object()["files"].toObject();
+  EXPECT_EQ(files["tasks.db"].toInt(), static_cast<int>(readWhole(path("data/tasks.db")).size()));
+  EXPECT_EQ(files["changes.db"].toInt(),
+            static_cast<int>(readWhole(path("data/changes.db")).size()));
+  EXPECT_FALSE(files.contains("other.txt"));
+}
+
+TEST_F(Stats, PrintsALineForEach) {
+  const std::string out = succeed({"stats"}).out;
+  EXPECT_THAT(out, testing::StartsWith("WHAT               HOW MUCH\n"
+                                       "tasks, all         0\n"
+                                       "tasks, due         0\n"
+                                       "tasks, incomplete  0\n"
+                                       "tasks, completed   0\n"
+                                       "categories         5\n"));
+  EXPECT_THAT(out, testing::ContainsRegex("\ntasks\\.db +[0-9]+ bytes\n"));
+  EXPECT_THAT(out, testing::EndsWith("last change        entry 0\n"));
+}
+
+TEST_F(Stats, SaysThatTheJournalCannotBeRead) {
+  add({"one"});
+  file("data/changes.db", std::string(8192, 'x'));
+  const Outcome run = ulotask({"stats"});
+  EXPECT_EQ(run.code, 1);
+  EXPECT_EQ(run.err, "ulotask: the change journal can't be read; the log says why\n");
 }
 
 }  // namespace

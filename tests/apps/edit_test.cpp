@@ -1,4 +1,4 @@
-// add, done, undone and rm.
+// add, edit, done, undone and rm.
 
 #include "ulotask_runner.h"
 
@@ -134,6 +134,133 @@ TEST_F(Edit, DoneKeepsTheOtherFields) {
     after.remove(name);
   }
   EXPECT_EQ(before, after);
+}
+
+TEST_F(Edit, ChangesOnlyWhatIsGiven) {
+  add({"Buy milk", "--due", "2027-03-05 18:00", "--alarm", "2027-03-05", "--priority", "3",
+       "--category", "shop", "--note", "two\nlines"});
+  const QJsonObject before = task("1");
+  const std::vector<std::pair<Arguments, QJsonObject>> changes = {
+      {{"--summary", "Buy tea"}, {{"summary", "Buy tea"}}},
+      {{"--due", "2027-03-06"}, {{"due", "2027-03-05T23:00:00Z"}}},
+      {{"--alarm", "2027-03-06 09:00"}, {{"alarm", "2027-03-06T08:00:00Z"}}},
+      {{"--priority", "low"}, {{"priority", 9}, {"priorityClass", "low"}}},
+      {{"--status", "delegated"}, {{"status", 7}, {"statusWord", "delegated"}}},
+      {{"--category", "garden"}, {{"category", "garden"}}},
+      {{"--note", "one line"}, {{"note", "one line"}}},
+  };
+  QJsonObject expected = before;
+  for (const auto& [options, fields] : changes) {
+    Arguments arguments = {"edit", "1"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    EXPECT_EQ(succeed(arguments).out.rfind("Changed task 1: Buy ", 0), 0U);
+    for (const QString& name : fields.keys())
+      expected[name] = fields[name];
+    QJsonObject after = task("1");
+    after["revision"] = expected["revision"];
+    EXPECT_EQ(after, expected) << options[0];
+  }
+}
+
+TEST_F(Edit, TakesFieldsAway) {
+  add({"x", "--due", "2027-03-05", "--alarm", "2027-03-05", "--priority", "3", "--category", "shop",
+       "--note", "n"});
+  const QJsonObject after = succeed({"edit", "1", "--due", "none", "--alarm", "none", "--priority",
+                                     "0", "--category", "", "--note", "", "--json"})
+                                .object();
+  for (const char* name : {"due", "alarm", "category"})
+    EXPECT_TRUE(after[name].isNull()) << name;
+  EXPECT_EQ(after["priority"].toInt(), 0);
+  EXPECT_EQ(after["note"].toString(), "");
+  EXPECT_EQ(after, task("1"));
+}
+
+TEST_F(Edit, DatesTheChange) {
+  add({"x"});
+  sql("UPDATE task_table_task SET revision = 1000000000");
+  EXPECT_EQ(task("1")["revision"].toString(), "2001-09-09T01:46:40Z");
+  const QDateTime before = QDateTime::currentDateTimeUtc().addSecs(-1);
+  succeed({"edit", "1", "--note", "n"});
+  EXPECT_GE(QDateTime::fromString(task("1")["revision"].toString(), Qt::ISODate), before);
+}
+
+TEST_F(Edit, TheEndFollowsTheStatus) {
+  add({"x"});
+  EXPECT_FALSE(succeed({"edit", "1", "--status", "completed", "--json"}).object()["end"].isNull());
+  EXPECT_TRUE(
+      succeed({"edit", "1", "--status", "needs action", "--json"}).object()["end"].isNull());
+  for (const char* word : {"completed", "needs-action", "accepted", "sent", "tentative",
+                           "confirmed", "declined", "delegated"})
+    succeed({"edit", "1", "--status", word});
+}
+
+TEST_F(Edit, MakesACategoryThatIsMissing) {
+  add({"x"});
+  succeed({"edit", "1", "--category", "garden"});
+  EXPECT_EQ(task("1")["category"].toString(), "garden");
+  EXPECT_THAT(succeed({"category", "list"}).out, HasSubstr("    1  garden\n"));
+}
+
+TEST_F(Edit, NeedsSomethingToChange) {
+  add({"x"});
+  for (const Arguments& arguments :
+       std::vector<Arguments>{{"edit", "1"}, {"edit", "1", "--json"}}) {
+    const Outcome run = ulotask(arguments);
+    EXPECT_EQ(run.code, 2);
+    EXPECT_EQ(run.err, "ulotask: nothing to change is given; see ulotask edit --help\n");
+  }
+  EXPECT_EQ(succeed({"stats", "--json"}).object()["lastChange"].toInt(), 1);
+}
+
+TEST_F(Edit, RefusesWrongValuesAndChangesNothing) {
+  add({"x", "--note", "n"});
+  const QJsonObject before = task("1");
+  const std::vector<std::pair<Arguments, const char*>> wrong = {
+      {{"--summary", " "}, "the summary is empty"},
+      {{"--due", ""}, "--due: \"\" is no date"},
+      {{"--alarm", "None"}, "--alarm: \"None\" is no date"},
+      {{"--priority", "10"}, "--priority: \"10\" is not 0 to 9"},
+      {{"--status", "finished"}, "--status: \"finished\" is none of completed, needs-action, "},
+      {{"--category", "K\\xe4se"}, "the category is not UTF-8"},
+  };
+  for (const auto& [options, message] : wrong) {
+    const Outcome run =
+        shell("\"$ULOTASK\" edit 1 --note changed " + options[0] + " $'" + options[1] + "'");
+    EXPECT_EQ(run.code, 2) << message;
+    EXPECT_THAT(run.err, HasSubstr(message));
+  }
+  EXPECT_EQ(ulotask({"edit", "one", "--note", "n"}).code, 2);
+  EXPECT_EQ(task("1"), before);
+}
+
+TEST_F(Edit, AnswersForATaskThatIsNotThere) {
+  const Outcome run = ulotask({"edit", "999", "--category", "garden"});
+  EXPECT_EQ(run.code, 3);
+  EXPECT_EQ(run.err, "ulotask: no task has the UID 999\n");
+  EXPECT_THAT(succeed({"category", "list"}).out, testing::Not(HasSubstr("garden")));
+}
+
+TEST_F(Edit, CutsOnlyTextsThatAreGiven) {
+  add({"x"});
+  const std::string longText(600, 's');
+  sql("UPDATE task_table_task SET summary = '" + longText + "'");
+  succeed({"edit", "1", "--note", "n"});
+  EXPECT_EQ(task("1")["summary"].toString().length(), 600);
+  const Outcome run = ulotask({"edit", "1", "--summary", longText});
+  EXPECT_EQ(run.code, 0);
+  EXPECT_EQ(run.err, "ulotask: a summary of 600 characters is cut to its first 512\n");
+  EXPECT_EQ(task("1")["summary"].toString().length(), 512);
+}
+
+TEST_F(Edit, ATaskWhoseCategoryIsGoneCanBeEdited) {
+  add({"x", "--category", "garden"});
+  succeed({"category", "rm", "garden"});
+  const Outcome run = ulotask({"edit", "1", "--note", "n"});
+  EXPECT_EQ(run.code, 0);
+  EXPECT_EQ(run.err,
+            "ulotask: the category of task 1: x is gone; the task is stored without one\n");
+  EXPECT_TRUE(task("1")["category"].isNull());
+  EXPECT_THAT(succeed({"category", "list"}).out, testing::Not(HasSubstr("None")));
 }
 
 TEST_F(Edit, VerbsTakeSeveralUidsAndEachOnce) {

@@ -10,9 +10,26 @@ using testing::HasSubstr;
 
 class Failures : public UlotaskTest {
 protected:
-  const std::vector<Arguments> allVerbs_ = {{"list"},      {"show", "1"},          {"add", "x"},
-                                            {"done", "1"}, {"undone", "1"},        {"rm", "1"},
-                                            {"export"},    {"db", "explain", "x"}, {"db", "check"}};
+  const std::vector<Arguments> allVerbs_ = {{"list"},
+                                            {"show", "1"},
+                                            {"add", "x"},
+                                            {"done", "1"},
+                                            {"undone", "1"},
+                                            {"rm", "1"},
+                                            {"export"},
+                                            {"db", "explain", "x"},
+                                            {"db", "check"},
+                                            {"search", "x"},
+                                            {"edit", "1", "--note", "x"},
+                                            {"list", "--category", "x"},
+                                            {"list", "--after", "1"},
+                                            {"category", "list"},
+                                            {"category", "add", "x"},
+                                            {"category", "rename", "x", "y"},
+                                            {"category", "rm", "x"},
+                                            {"stats"},
+                                            {"changes"},
+                                            {"changes", "--follow"}};
 
   void expectClosed(const Arguments& arguments) {
     const Outcome run = ulotask(arguments);
@@ -104,8 +121,27 @@ TEST_F(Failures, AReaderThatGoesAwayIsNoError) {
 
 TEST_F(Failures, EveryVerbWithResultsSaysThatTheyCannotBeWritten) {
   add({"one"});
-  for (const char* line : {"list", "list --json", "show 1", "add x", "done 1", "undone 1", "rm 1",
-                           "export", "db check", "--help"}) {
+  add({"two"});
+  for (const char* line : {"list",
+                           "list --json",
+                           "show 1",
+                           "add x",
+                           "done 1",
+                           "undone 1",
+                           "rm 1",
+                           "export",
+                           "db check",
+                           "--help",
+                           "search x",
+                           "edit 2 --note n",
+                           "category list",
+                           "category add a",
+                           "category rename a b",
+                           "category rm b",
+                           "stats",
+                           "changes",
+                           "changes --follow",
+                           "changes --net --json"}) {
     const Outcome run = shell(std::string("\"$ULOTASK\" ") + line + " > /dev/full");
     EXPECT_EQ(run.code, 12) << line;
     EXPECT_EQ(run.err, "ulotask: standard output can't be written: No space left on device\n");

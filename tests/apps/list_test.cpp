@@ -11,17 +11,7 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-class List : public UlotaskTest {
-protected:
-  // The UIDs of `list --json` with these arguments.
-  std::vector<int> uids(Arguments arguments) {
-    arguments.insert(arguments.begin(), {"list", "--json"});
-    std::vector<int> result;
-    for (const QJsonValue& task : succeed(arguments).array())
-      result.push_back(task["uid"].toInt());
-    return result;
-  }
-};
+class List : public UlotaskTest {};
 
 TEST_F(List, SaysThatThereIsNothing) {
   EXPECT_EQ(succeed({"list"}).out, "No tasks.\n");
@@ -44,9 +34,9 @@ TEST_F(List, SortsByDueDateThenPriorityThenNewest) {
   add({"late too", "--due", "2027-03-05", "--priority", "0"});
   add({"late again", "--due", "2027-03-05", "--priority", "1"});
   const std::vector<int> byDue = {3, 4, 5, 2, 1};
-  EXPECT_EQ(uids({}), byDue);
-  EXPECT_EQ(uids({"--sort", "due"}), byDue);
-  EXPECT_EQ(uids({"--sort", "priority"}), (std::vector<int>{4, 1, 5, 2, 3}));
+  EXPECT_EQ(uids({"list"}), byDue);
+  EXPECT_EQ(uids({"list", "--sort", "due"}), byDue);
+  EXPECT_EQ(uids({"list", "--sort", "priority"}), (std::vector<int>{4, 1, 5, 2, 3}));
 }
 
 TEST_F(List, RefusesAnotherOrder) {
@@ -171,20 +161,56 @@ TEST_F(Show, TakesDecimalUidsOnly) {
 
 class Help : public UlotaskTest {};
 
+// What --help lists, and the commands that the verbs and their groups make.
+const std::vector<std::string> verbs = {"import", "list", "search",  "show",    "add",
+                                        "edit",   "done", "undone",  "rm",      "export",
+                                        "stats",  "db",   "changes", "category"};
+const std::vector<std::vector<std::string>> commands = {{"import"},
+                                                        {"list"},
+                                                        {"search"},
+                                                        {"show"},
+                                                        {"add"},
+                                                        {"edit"},
+                                                        {"done"},
+                                                        {"undone"},
+                                                        {"rm"},
+                                                        {"export"},
+                                                        {"stats"},
+                                                        {"changes"},
+                                                        {"category", "list"},
+                                                        {"category", "add"},
+                                                        {"category", "rename"},
+                                                        {"category", "rm"},
+                                                        {"db", "explain"},
+                                                        {"db", "check"}};
+
+std::string joined(const std::vector<std::string>& words) {
+  std::string text;
+  for (const std::string& word : words)
+    text += (text.empty() ? "" : " ") + word;
+  return text;
+}
+
 TEST_F(Help, NamesVerbsAndExitCodes) {
   const std::string out = succeed({"--help"}).out;
-  for (const char* verb : {"import", "list", "show", "add", "done", "undone", "rm", "export", "db"})
-    EXPECT_THAT(out, HasSubstr(std::string("\n  ") + verb + " ")) << verb;
+  for (const std::string& verb : verbs)
+    EXPECT_THAT(out, HasSubstr("\n  " + verb + " ")) << verb;
   EXPECT_THAT(out, HasSubstr("Exit codes:\n   0  done\n"));
   EXPECT_THAT(out, HasSubstr("   9  the store is full\n"));
 }
 
-TEST_F(Help, HasExamplesForEachVerb) {
-  for (const char* verb : {"import", "list", "show", "add", "done", "undone", "rm", "export"})
-    EXPECT_THAT(succeed({verb, "--help"}).out, HasSubstr(std::string("  ulotask ") + verb)) << verb;
-  for (const char* verb : {"explain", "check"})
-    EXPECT_THAT(succeed({"db", verb, "--help"}).out,
-                HasSubstr(std::string("  ulotask db ") + verb));
+TEST_F(Help, HasExamplesForEachCommand) {
+  for (std::vector<std::string> command : commands) {
+    const std::string example = "\n  ulotask " + joined(command);
+    command.push_back("--help");
+    EXPECT_THAT(succeed(command).out, HasSubstr(example));
+  }
+}
+
+TEST_F(Help, ReadmeNamesEachCommand) {
+  const std::string readme = readWhole(ULO_SOURCE_DIR "/README.md");
+  for (const std::vector<std::string>& command : commands)
+    EXPECT_THAT(readme, HasSubstr("| `" + joined(command)));
 }
 
 TEST_F(Help, ReadmeNamesEachExitCode) {
@@ -203,7 +229,7 @@ TEST_F(Help, ReadmeNamesEachExitCode) {
     const std::string row = "| " + code + " | " + meaning + " |\n";
     EXPECT_NE(readme.find(row), std::string::npos) << row;
   }
-  EXPECT_EQ(codes, 15);
+  EXPECT_EQ(codes, 16);
 }
 
 TEST_F(Help, TellsItsVersion) {
@@ -211,8 +237,16 @@ TEST_F(Help, TellsItsVersion) {
 }
 
 TEST_F(Help, RefusesWhatItDoesNotKnow) {
-  for (const Arguments& arguments : std::vector<Arguments>{
-           {}, {"dance"}, {"list", "--loud"}, {"show"}, {"show", "1", "2"}, {"db"}, {"rm"}}) {
+  for (const Arguments& arguments : std::vector<Arguments>{{},
+                                                           {"dance"},
+                                                           {"list", "--loud"},
+                                                           {"show"},
+                                                           {"show", "1", "2"},
+                                                           {"db"},
+                                                           {"rm"},
+                                                           {"category"},
+                                                           {"edit"},
+                                                           {"search", "a", "b"}}) {
     const Outcome run = ulotask(arguments);
     EXPECT_EQ(run.code, 2) << testing::PrintToString(arguments);
     EXPECT_THAT(run.err, testing::StartsWith("ulotask: "));

@@ -71,8 +71,24 @@ TEST_F(Terminal, UnknownWidthCountsAsEighty) {
 
 TEST_F(Terminal, GetsNoControlCharacterOfATask) {
   add({"a\x1b[31mb\x07\u009b5mc", "--note", "x\x1b]0;y\x07", "--category", "c\x1b[1m"});
-  for (const Arguments& arguments : std::vector<Arguments>{
-           {"list"}, {"show", "1"}, {"list", "--json"}, {"done", "1"}, {"rm", "1"}}) {
+  for (const Arguments& arguments : std::vector<Arguments>{{"list"},
+                                                           {"show", "1"},
+                                                           {"list", "--json"},
+                                                           {"search", "a"},
+                                                           {"category", "list"},
+                                                           {"category", "list", "--json"},
+                                                           {"category", "add", "c\x1b[1m"},
+                                                           {"category", "add", "d\x1b[1m"},
+                                                           {"category", "rm", "d\x1b[1m"},
+                                                           {"category", "rename", "\x1b", "\x07"},
+                                                           {"list", "--category", "\x1b"},
+                                                           {"list", "--view", "\x1b"},
+                                                           {"search", "--status", "\x1b"},
+                                                           {"edit", "1", "--status", "\x1b"},
+                                                           {"edit", "1", "--note", "n"},
+                                                           {"changes", "--since", "\x1b"},
+                                                           {"done", "1"},
+                                                           {"rm", "1"}}) {
     const std::string out = onTerminal(arguments, 80).out;
     EXPECT_THAT(out, Not(HasSubstr("\x1b"))) << arguments[0];
     EXPECT_THAT(out, Not(HasSubstr("\x07"))) << arguments[0];

@@ -1,11 +1,11 @@
 #include "ulotask_runner.h"
 
 #include <QJsonDocument>
-#include <QProcess>
 
 #include <cerrno>
 #include <fstream>
 #include <pty.h>
+#include <sqlite3.h>
 #include <sstream>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -36,15 +36,19 @@ QJsonObject Outcome::object() const {
   return document.object();
 }
 
-Outcome UlotaskTest::start(const std::string& program, const Arguments& arguments,
-                           const std::string& input) {
-  QProcess process;
+void UlotaskTest::prepare(QProcess& process) const {
   QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
   environment.remove("ULO_LOG");
   environment.insert("ULOTASK", ULOTASK_PROGRAM);
   for (const auto& [name, value] : environment_)
     environment.insert(QString::fromStdString(name), QString::fromStdString(value));
   process.setProcessEnvironment(environment);
+}
+
+Outcome UlotaskTest::start(const std::string& program, const Arguments& arguments,
+                           const std::string& input) {
+  QProcess process;
+  prepare(process);
   QStringList list;
   for (const std::string& argument : arguments)
     list.append(QString::fromStdString(argument));
@@ -116,6 +120,22 @@ std::string UlotaskTest::add(const Arguments& arguments) {
   Arguments all = {"add", "--json"};
   all.insert(all.end(), arguments.begin(), arguments.end());
   return std::to_string(succeed(all).object()["uid"].toInt());
+}
+
+std::vector<int> UlotaskTest::uids(Arguments arguments) {
+  arguments.push_back("--json");
+  std::vector<int> result;
+  for (const QJsonValue& task : succeed(arguments).array())
+    result.push_back(task["uid"].toInt());
+  return result;
+}
+
+void UlotaskTest::sql(const std::string& text, const std::string& file) {
+  sqlite3* database = nullptr;
+  ASSERT_EQ(sqlite3_open(path("data/" + file).c_str(), &database), SQLITE_OK);
+  char* error = nullptr;
+  EXPECT_EQ(sqlite3_exec(database, text.c_str(), nullptr, nullptr, &error), SQLITE_OK) << error;
+  sqlite3_close(database);
 }
 
 std::string UlotaskTest::file(const std::string& name, const std::string& bytes) {

@@ -5,6 +5,7 @@
 
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QProcess>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -36,10 +37,18 @@ protected:
   // Runs a line of the shell in which $ULOTASK is the program.
   Outcome shell(const std::string& line);
 
+  // Gives a process the environment that the program is run in.
+  void prepare(QProcess& process) const;
+
   // Runs the program and expects that it succeeds and says nothing on standard error.
   Outcome succeed(const Arguments& arguments, const std::string& input = {});
   // Adds a task; gives its UID.
   std::string add(const Arguments& arguments);
+
+  // The UIDs in the JSON that the program prints.
+  std::vector<int> uids(Arguments arguments);
+  // Runs SQL on the store's file, or another database beside it, behind the engine's back.
+  void sql(const std::string& text, const std::string& file = "tasks.db");
 
   // A file of the test's own with these bytes.
   std::string file(const std::string& name, const std::string& bytes);

@@ -1,0 +1,91 @@
+#include "change_watch.h"
+
+#include "exit_codes.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <poll.h>
+#include <string_view>
+#include <sys/inotify.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+namespace ulotask {
+namespace {
+
+// A database writes a change and then makes it known to its readers, of which the system tells
+// nothing.
+constexpr std::chrono::milliseconds changeTakes{50};
+
+}  // namespace
+
+ChangeWatch::ChangeWatch(const std::string& directory, std::string prefix)
+    : prefix_(std::move(prefix)) {
+  sigset_t ending;
+  sigemptyset(&ending);
+  sigaddset(&ending, SIGINT);
+  sigaddset(&ending, SIGTERM);
+  sigprocmask(SIG_BLOCK, &ending, &before_);
+  signals_ = signalfd(-1, &ending, SFD_CLOEXEC);
+  // Without it changes are only seen later.
+  files_ = inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
+  if (files_ >= 0)
+    inotify_add_watch(files_, directory.c_str(), IN_MODIFY | IN_CREATE | IN_MOVED_TO);
+  if (signals_ < 0)
+    throw Failure(Exit::failed, std::string("signals can't be watched: ") + std::strerror(errno));
+}
+
+ChangeWatch::~ChangeWatch() {
+  if (files_ >= 0)
+    close(files_);
+  if (signals_ >= 0)
+    close(signals_);
+  sigprocmask(SIG_SETMASK, &before_, nullptr);
+}
+
+// Takes what the system tells of the directory.
+bool ChangeWatch::sawChange() {
+  alignas(inotify_event) char events[4096];
+  bool changed = false;
+  ssize_t size = 0;
+  while ((size = read(files_, events, sizeof events)) > 0) {
+    for (const char* place = events; place < events + size;) {
+      const auto* event = reinterpret_cast<const inotify_event*>(place);
+      // An overflow names no file.
+      changed = changed || event->len == 0 ||
+                std::string_view(event->name).substr(0, prefix_.size()) == prefix_;
+      place += sizeof(inotify_event) + event->len;
+    }
+  }
+  return changed;
+}
+
+bool ChangeWatch::wait() {
+  using Clock = std::chrono::steady_clock;
+  const auto end =
+      Clock::now() + (changed_ ? changeTakes : std::chrono::milliseconds(longestWait * 1000));
+  while (true) {
+    pollfd awaited[] = {{signals_, POLLIN, 0}, {files_, POLLIN, 0}, {STDOUT_FILENO, 0, 0}};
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
+    const int ready = poll(awaited, std::size(awaited), static_cast<int>(std::max<long>(left, 0)));
+    if (ready < 0 && errno != EINTR)
+      throw Failure(Exit::failed, std::string("waiting failed: ") + std::strerror(errno));
+    if (ready > 0 && awaited[0].revents != 0) {
+      // Taken, or it would end the process when this object lets it through again.
+      signalfd_siginfo taken{};
+      if (read(signals_, &taken, sizeof taken) < 0)
+        throw Failure(Exit::failed,
+                      std::string("a signal can't be taken: ") + std::strerror(errno));
+      return false;
+    }
+    if (ready > 0 && awaited[2].revents != 0)
+      return false;
+    changed_ = ready > 0 && awaited[1].revents != 0 && sawChange();
+    if (ready == 0 || changed_)
+      return true;
+  }
+}
+
+}  // namespace ulotask

@@ -1,0 +1,37 @@
+// Parts of the to-do list.
+#pragma once
+
+#include "ZTASK_ENG_Model.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace ulotask {
+
+class Session;
+
+// The views of the list by the words that choose them.
+struct View {
+  ZTASK_ENG_Model::TASK_CATEGORY category;
+  const char* word;
+};
+inline constexpr View views[] = {{ZTASK_ENG_Model::TASK_CATEGORY_ALL, "all"},
+                                 {ZTASK_ENG_Model::TASK_CATEGORY_DUE, "due"},
+                                 {ZTASK_ENG_Model::TASK_CATEGORY_INCOMPLETE, "incomplete"},
+                                 {ZTASK_ENG_Model::TASK_CATEGORY_COMPLETED, "completed"}};
+
+struct Listing {
+  ZTASK_ENG_Model::TASK_CATEGORY view = ZTASK_ENG_Model::TASK_CATEGORY_ALL;
+  ZTASK_ENG_Model::TASK_SORT_FIELD sort = ZTASK_ENG_Model::TASK_SORT_DUE;
+  std::optional<QString> category;    // only tasks of this one; null: those without one
+  std::optional<unsigned int> after;  // only tasks that come behind this one, which may be of
+                                      // another view or category
+  std::optional<int> limit;           // at most so many; positive
+};
+
+// The tasks that the listing asks for, read at one moment. A Failure when there is no such category
+// or no task of the UID `after`.
+QValueList<ZTASK_ENG_Task> tasksOf(Session& session, const Listing& listing);
+
+}  // namespace ulotask

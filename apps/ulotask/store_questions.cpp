@@ -1,0 +1,109 @@
+#include "store_questions.h"
+
+#include "database.h"
+#include "exit_codes.h"
+#include "ulodb2.h"
+
+namespace ulotask {
+namespace {
+
+constexpr int storeDatabase = 1;
+
+// Argument: the index.
+constexpr const char* firstScript = "sml:declare schema first (uid integer);\n"
+                                    "declare buffer schema first;\n"
+                                    "cursor $task = open_cursor('%s');\n"
+                                    "if ($task->move_next()) {\n"
+                                    "buffer_put(uid, $task->get_field('UID'));\n"
+                                    "buffer_move_next();\n"
+                                    "};";
+struct First {
+  enum Column { uid };
+};
+
+constexpr const char* categoriesScript =
+    "sml:declare schema categories (name varchar, tasks integer);\n"
+    "declare buffer schema categories;\n"
+    "cursor $category = open_cursor('task_table_category');\n"
+    "cursor $task = open_cursor('task_index_categoryId');\n"
+    "tuple $key = $task->new_empty_key_tuple();\n"
+    "bool $more = true;\n"
+    "int $tasks = 0;\n"
+    "while ($category->move_next()) {\n"
+    "$key->set_field(0, $category->get_field('UID'));\n"
+    "$tasks = 0;\n"
+    "$more = $task->find($key);\n"
+    "while ($more) {\n"
+    "$tasks = $tasks + 1;\n"
+    "$more = $task->move_next_in_dup();\n"
+    "};\n"
+    "buffer_put(name, $category->get_field('name'));\n"
+    "buffer_put(tasks, $tasks);\n"
+    "buffer_move_next();\n"
+    "};";
+struct Categories {
+  enum Column { name, tasks };
+};
+
+constexpr const char* orphansScript = "sml:declare schema orphans (uid integer);\n"
+                                      "declare buffer schema orphans;\n"
+                                      "cursor $task = open_cursor('task_table_task');\n"
+                                      "cursor $category = open_cursor('task_table_category');\n"
+                                      "tuple $key = $category->new_empty_key_tuple();\n"
+                                      "while ($task->move_next()) {\n"
+                                      "$key->set_field('UID', $task->get_field('categoryUid'));\n"
+                                      "if ($category->find($key) == false) {\n"
+                                      "buffer_put(uid, $task->get_field('UID'));\n"
+                                      "buffer_move_next();\n"
+                                      "};\n"
+                                      "};";
+struct Orphans {
+  enum Column { uid };
+};
+
+void requireDatabase(int code, const char* what) {
+  if (code != DB_OK)
+    throw Failure(Exit::failed, std::string(what) + " failed; the log says why");
+}
+
+}  // namespace
+
+StoreQuestions::StoreQuestions() {
+  if (DB_Open(storeDatabase) != DB_OK)
+    throw Failure(Exit::storeClosed, "the store can't be opened; the log says why");
+}
+
+StoreQuestions::~StoreQuestions() {
+  DB_Close();
+}
+
+std::optional<unsigned int> StoreQuestions::firstTask(ZTASK_ENG_Model::TASK_SORT_FIELD sort) const {
+  ResultRows rows;
+  requireDatabase(rows.query(firstScript, sort == ZTASK_ENG_Model::TASK_SORT_DUE
+                                              ? "task_index_due"
+                                              : "task_index_priority"),
+                  "looking for the first task");
+  if (rows.atEnd())
+    return std::nullopt;
+  return rows.uid(First::uid);
+}
+
+std::vector<StoreQuestions::Category> StoreQuestions::categories() const {
+  ResultRows rows;
+  requireDatabase(rows.query(categoriesScript), "counting the tasks of the categories");
+  std::vector<Category> found;
+  for (; !rows.atEnd(); rows.next())
+    found.push_back({rows.varchar(Categories::name), rows.integer(Categories::tasks)});
+  return found;
+}
+
+std::vector<unsigned int> StoreQuestions::tasksWithoutCategory() const {
+  ResultRows rows;
+  requireDatabase(rows.query(orphansScript), "looking for categories that are gone");
+  std::vector<unsigned int> uids;
+  for (; !rows.atEnd(); rows.next())
+    uids.push_back(rows.uid(Orphans::uid));
+  return uids;
+}
+
+}  // namespace ulotask

@@ -1,0 +1,92 @@
+#include "change_journal.h"
+#include "data_directory.h"
+#include "exit_codes.h"
+#include "listing.h"
+#include "session.h"
+#include "text.h"
+#include "verbs.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <map>
+
+namespace ulotask {
+namespace {
+
+struct Statistics {
+  std::vector<int> counts;  // by `views`
+  std::size_t categories = 0;
+  std::map<std::string, std::uintmax_t> files;  // bytes by name
+  std::int64_t lastEntry = 0;
+};
+
+// The files of the databases with what stands beside them while they are used.
+std::map<std::string, std::uintmax_t> databaseFiles() {
+  std::map<std::string, std::uintmax_t> files;
+  std::error_code error;
+  for (const auto& entry : std::filesystem::directory_iterator(ulo::dataDirectory(), error)) {
+    std::error_code gone;
+    const std::string name = entry.path().filename().string();
+    const std::uintmax_t bytes = entry.file_size(gone);
+    if (!gone && name.find(".db") != std::string::npos)
+      files[name] = bytes;
+  }
+  return files;
+}
+
+Statistics statistics(Session& session) {
+  Statistics result;
+  for (const View& view : views) {
+    int count = 0;
+    require(session.store().getCount(count, view.category), "counting the tasks");
+    result.counts.push_back(count);
+  }
+  QValueList<QString> names;
+  require(session.store().getAllCategories(names), "reading the categories");
+  result.categories = static_cast<std::size_t>(std::count_if(
+      names.begin(), names.end(), [](const QString& name) { return !name.isNull(); }));
+  result.files = databaseFiles();
+  if (!ulo::ChangeJournal(ulo::dataDirectory()).lastEntry(result.lastEntry))
+    throw Failure(Exit::failed, "the change journal can't be read; the log says why");
+  return result;
+}
+
+void stats(Session& session, bool json) {
+  const Statistics found = statistics(session);
+  if (json) {
+    QJsonObject tasks;
+    for (std::size_t i = 0; i < std::size(views); ++i)
+      tasks[views[i].word] = found.counts[i];
+    QJsonObject files;
+    for (const auto& [name, bytes] : found.files)
+      files[QString::fromStdString(name)] = static_cast<qint64>(bytes);
+    session.output.json(QJsonObject{{"tasks", tasks},
+                                    {"categories", static_cast<qint64>(found.categories)},
+                                    {"directory", QString::fromStdString(ulo::dataDirectory())},
+                                    {"files", files},
+                                    {"lastChange", static_cast<qint64>(found.lastEntry)}});
+    return;
+  }
+  Table table({{"WHAT", Table::Align::left, 0}, {"HOW MUCH", Table::Align::left, 0}});
+  for (std::size_t i = 0; i < std::size(views); ++i)
+    table.add({std::string("tasks, ") + views[i].word, std::to_string(found.counts[i])});
+  table.add({"categories", std::to_string(found.categories)});
+  for (const auto& [name, bytes] : found.files)
+    table.add({oneLine(std::string_view(name)), counted(bytes, "byte")});
+  table.add({"last change", "entry " + std::to_string(found.lastEntry)});
+  table.print(session.output);
+}
+
+}  // namespace
+
+void addStatsVerb(CLI::App& app, Session& session) {
+  CLI::App* verb = app.add_subcommand("stats", "Count tasks, categories, bytes and changes");
+  auto json = std::make_shared<bool>(false);
+  verb->add_flag("--json", *json, "Print a JSON object for programs");
+  verb->footer("Counts each view of list; a task can be in several.\n"
+               "Example:\n"
+               "  ulotask stats");
+  verb->callback([json, &session] { stats(session, *json); });
+}
+
+}  // namespace ulotask
