@@ -1,5 +1,6 @@
 // ulotask: the task engine on the command line.
 
+#include "completion.h"
 #include "exit_codes.h"
 #include "log_sink.h"
 #include "output.h"
@@ -61,7 +62,10 @@ int run(int argc, char** argv) {
   };
   try {
     try {
-      app.parse(argc, argv);
+      if (argc > 1 && std::strcmp(argv[1], ulotask::completeVerb) == 0)
+        ulotask::complete(app, session, {argv + 2, argv + argc});
+      else
+        app.parse(argc, argv);
     } catch (const CLI::Success& help) {
       std::ostringstream text;
       app.exit(help, text, text);

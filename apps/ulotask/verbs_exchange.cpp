@@ -136,6 +136,7 @@ void addExchangeVerbs(CLI::App& app, Session& session) {
   auto exportOptions = std::make_shared<ExportOptions>();
   verb->add_option("UID", exportOptions->uids, "Numbers of tasks; all tasks without one");
   verb->add_option("-o,--output", exportOptions->file, "The file to write; - is standard output")
+      ->type_name("FILE")
       ->capture_default_str();
   verb->footer("The text carries no UID, and its category isn't read back by import.\n"
                "Examples:\n"

@@ -45,6 +45,21 @@ else()
       -Wl,-rpath,${prefix}/${LIBRARY_DIR})
 endif()
 
+# Every installed header stands on its own.
+file(GLOB headers RELATIVE ${prefix}/include/ulotaskengine ${prefix}/include/ulotaskengine/*.h)
+set(ENV{PKG_CONFIG_PATH} ${prefix}/${LIBRARY_DIR}/pkgconfig)
+run(pkg-config --cflags ulotaskengine)
+separate_arguments(package_flags UNIX_COMMAND "${output}")
+foreach(header ${headers})
+  file(WRITE ${WORK_DIR}/header.cpp "#include <${header}>\n")
+  run(${COMPILER} -std=c++20 -fsyntax-only ${WORK_DIR}/header.cpp ${package_flags})
+endforeach()
+foreach(header change_journal.h SVC_CT_ChangeReporter.h ulodb2.h ZTASK_ENG_Model.h)
+  if(NOT header IN_LIST headers)
+    message(FATAL_ERROR "${header} is not installed")
+  endif()
+endforeach()
+
 # The installed files find one another without help.
 unset(ENV{LD_LIBRARY_PATH})
 set(ENV{ULO_DATA_DIR} ${WORK_DIR}/data)
@@ -57,3 +72,11 @@ run(${prefix}/bin/ulotask show 1)
 if(NOT output MATCHES "Summary   Buy milk\n")
   message(FATAL_ERROR "ulotask said: ${output}")
 endif()
+
+# Each shell finds the completion of the program.
+foreach(completion bash-completion/completions/ulotask zsh/site-functions/_ulotask
+                   fish/vendor_completions.d/ulotask.fish)
+  if(NOT EXISTS ${prefix}/share/${completion})
+    message(FATAL_ERROR "${completion} is not installed")
+  endif()
+endforeach()
