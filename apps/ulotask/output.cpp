@@ -90,11 +90,11 @@ void Output::notice(const std::string& text) {
   printError(text);
 }
 
-std::optional<int> Output::terminalColumns() {
-  if (isatty(STDOUT_FILENO) == 0)
+std::optional<int> Output::terminalColumns(int descriptor) {
+  if (isatty(descriptor) == 0)
     return std::nullopt;
   winsize size{};
-  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
+  if (ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
     return size.ws_col;
   return usualColumns;
 }
@@ -105,7 +105,7 @@ void printError(const std::string& text) {
 }
 
 void Table::print(Output& output) const {
-  const std::optional<int> terminal = Output::terminalColumns();
+  const std::optional<int> terminal = Output::terminalColumns(STDOUT_FILENO);
   const std::size_t last = columns_.size() - 1;
 
   std::vector<int> widths;

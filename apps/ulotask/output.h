@@ -33,8 +33,8 @@ public:
   // Says something about the work on standard error, behind the results collected so far.
   void notice(const std::string& text);
 
-  // The columns of the terminal that results go to; none when they go elsewhere.
-  [[nodiscard]] static std::optional<int> terminalColumns();
+  // The columns of the terminal behind a descriptor; none when it is something else.
+  [[nodiscard]] static std::optional<int> terminalColumns(int descriptor);
 
 private:
   std::string pending_;

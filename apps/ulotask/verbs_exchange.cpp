@@ -2,6 +2,7 @@
 #include "calendar_file.h"
 #include "exit_codes.h"
 #include "listing.h"
+#include "progress.h"
 #include "session.h"
 #include "task_format.h"
 #include "text.h"
@@ -40,51 +41,67 @@ std::string shownUids(const std::vector<unsigned int>& uids) {
   return text;
 }
 
+using Calendars = std::vector<std::unique_ptr<Calendar>>;
+
+// What an import has stored so far.
+struct Stored {
+  std::size_t tasks = 0;
+  std::size_t total = 0;
+  int code = TASK_ENG_OK;
+  QJsonArray json;
+};
+
+// Stores the tasks of a calendar until one can't be.
+void store(Session& session, Calendar& calendar, bool json, Progress& progress, Stored& stored) {
+  std::vector<unsigned int> uids;
+  for (uint i = 0; i < calendar.tasks.count(); ++i) {
+    ZTASK_ENG_Task& task = *calendar.tasks.at(i);
+    const std::vector<std::string> cuts = cutToLimits(task);
+    stored.code = session.add(task);
+    if (stored.code != TASK_ENG_OK)
+      break;
+    ++stored.tasks;
+    uids.push_back(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID));
+    if (json)
+      stored.json.append(toJson(task));
+    progress.advance();
+    if (!cuts.empty())
+      progress.hide();
+    for (const std::string& cut : cuts)
+      session.output.notice(shownName(calendar.name) + ", task " + std::to_string(uids.back()) +
+                            ": " + cut);
+  }
+  if (!json && !uids.empty())
+    session.output.line(counted(uids.size(), "task") + " imported from " +
+                        oneLine(std::string_view(shownName(calendar.name))) + ": UID " +
+                        shownUids(uids));
+}
+
 void import(Session& session, const ImportOptions& options) {
   // Nothing is stored before everything is read.
-  std::vector<std::unique_ptr<Calendar>> calendars;
-  std::size_t total = 0;
+  Calendars calendars;
+  Stored stored;
   for (const std::string& name : options.files) {
     auto calendar = std::make_unique<Calendar>();
     calendar->name = name;
     calendar->tasks.setAutoDelete(true);
     readCalendar(name, calendar->tasks);
-    total += calendar->tasks.count();
+    stored.total += calendar->tasks.count();
     calendars.push_back(std::move(calendar));
   }
 
   session.store();
-  std::size_t stored = 0;
-  int code = TASK_ENG_OK;
-  QJsonArray array;
+  Progress progress("importing", stored.total);
   for (const std::unique_ptr<Calendar>& calendar : calendars) {
-    std::vector<unsigned int> uids;
-    for (uint i = 0; i < calendar->tasks.count() && code == TASK_ENG_OK; ++i) {
-      ZTASK_ENG_Task& task = *calendar->tasks.at(i);
-      const std::vector<std::string> cuts = cutToLimits(task);
-      code = session.add(task);
-      if (code != TASK_ENG_OK)
-        break;
-      ++stored;
-      uids.push_back(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID));
-      if (options.json)
-        array.append(toJson(task));
-      for (const std::string& cut : cuts)
-        session.output.notice(shownName(calendar->name) + ", task " + std::to_string(uids.back()) +
-                              ": " + cut);
-    }
-    if (!options.json && !uids.empty())
-      session.output.line(counted(uids.size(), "task") + " imported from " +
-                          oneLine(std::string_view(shownName(calendar->name))) + ": UID " +
-                          shownUids(uids));
-    if (code != TASK_ENG_OK)
-      break;
+    if (stored.code == TASK_ENG_OK)
+      store(session, *calendar, options.json, progress, stored);
   }
   if (options.json)
-    session.output.json(array);
-  if (code != TASK_ENG_OK)
-    require(code, "import stopped, " + counted(stored, "task") + " stored and " +
-                      std::to_string(total - stored) + " not: adding the next one");
+    session.output.json(stored.json);
+  if (stored.code != TASK_ENG_OK)
+    require(stored.code, "import stopped, " + counted(stored.tasks, "task") + " stored and " +
+                             std::to_string(stored.total - stored.tasks) +
+                             " not: adding the next one");
 }
 
 struct ExportOptions {

@@ -37,17 +37,6 @@ protected:
     EXPECT_EQ(run.out, "");
     EXPECT_THAT(run.err, HasSubstr("can't be opened"));
   }
-
-  // The store's database may grow to so many pages.
-  void limitStore(int pages) {
-    environment_["LD_PRELOAD"] = ULOTASK_FULL_STORE;
-    environment_["ULO_TEST_MAX_PAGES"] = std::to_string(pages);
-    environment_["ULO_TEST_FULL_FILE"] = path("data/tasks.db");
-    // The sanitizers' own library stands behind a preloaded one, which is fine here.
-    const char* options = std::getenv("ASAN_OPTIONS");
-    environment_["ASAN_OPTIONS"] =
-        std::string(options == nullptr ? "" : options) + ":verify_asan_link_order=0";
-  }
 };
 
 TEST_F(Failures, EveryVerbSaysThatTheStoreCannotBeOpened) {

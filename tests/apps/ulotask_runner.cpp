@@ -3,6 +3,7 @@
 #include <QJsonDocument>
 
 #include <cerrno>
+#include <cstdlib>
 #include <fstream>
 #include <pty.h>
 #include <sqlite3.h>
@@ -78,20 +79,30 @@ Outcome UlotaskTest::shell(const std::string& line) {
 }
 
 Outcome UlotaskTest::onTerminal(const Arguments& arguments, int columns) {
+  return startOnTerminal(ULOTASK_PROGRAM, arguments, columns);
+}
+
+Outcome UlotaskTest::shellOnTerminal(const std::string& line, int columns) {
+  return startOnTerminal("/bin/bash", {"-c", line}, columns);
+}
+
+Outcome UlotaskTest::startOnTerminal(const std::string& program, const Arguments& arguments,
+                                     int columns) {
   winsize size{};
   size.ws_row = 24;
   size.ws_col = static_cast<unsigned short>(columns);
   int terminal = -1;
   const pid_t child = forkpty(&terminal, nullptr, nullptr, &size);
   if (child == 0) {
-    std::vector<char*> argv = {const_cast<char*>("ulotask")};
+    std::vector<char*> argv = {const_cast<char*>(program.c_str())};
     for (const std::string& argument : arguments)
       argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
     unsetenv("ULO_LOG");
+    setenv("ULOTASK", ULOTASK_PROGRAM, 1);
     for (const auto& [name, value] : environment_)
       setenv(name.c_str(), value.c_str(), 1);
-    execv(ULOTASK_PROGRAM, argv.data());
+    execv(program.c_str(), argv.data());
     _exit(127);
   }
   Outcome run;
@@ -136,6 +147,26 @@ void UlotaskTest::sql(const std::string& text, const std::string& file) {
   char* error = nullptr;
   EXPECT_EQ(sqlite3_exec(database, text.c_str(), nullptr, nullptr, &error), SQLITE_OK) << error;
   sqlite3_close(database);
+}
+
+void UlotaskTest::preload(const std::string& library) {
+  std::string& libraries = environment_["LD_PRELOAD"];
+  libraries += (libraries.empty() ? "" : ":") + library;
+  // The sanitizers' own library stands behind a preloaded one, which is fine here.
+  const char* options = std::getenv("ASAN_OPTIONS");
+  environment_["ASAN_OPTIONS"] =
+      std::string(options == nullptr ? "" : options) + ":verify_asan_link_order=0";
+}
+
+void UlotaskTest::limitStore(int pages) {
+  preload(ULOTASK_FULL_STORE);
+  environment_["ULO_TEST_MAX_PAGES"] = std::to_string(pages);
+  environment_["ULO_TEST_FULL_FILE"] = path("data/tasks.db");
+}
+
+void UlotaskTest::stepClock(int milliseconds) {
+  preload(ULOTASK_CLOCK);
+  environment_["ULO_TEST_CLOCK_STEP"] = std::to_string(milliseconds);
 }
 
 std::string UlotaskTest::file(const std::string& name, const std::string& bytes) {

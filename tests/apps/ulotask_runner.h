@@ -34,6 +34,8 @@ protected:
   Outcome ulotask(const Arguments& arguments, const std::string& input = {});
   // The same on a terminal of so many columns; `out` is what the terminal was sent.
   Outcome onTerminal(const Arguments& arguments, int columns);
+  // The same for a line of the shell.
+  Outcome shellOnTerminal(const std::string& line, int columns);
   // Runs a line of the shell in which $ULOTASK is the program.
   Outcome shell(const std::string& line);
 
@@ -56,6 +58,11 @@ protected:
     return (directory_.path() / name).string();
   }
 
+  // From here on the store's database may grow to so many pages.
+  void limitStore(int pages);
+  // From here on the program's monotonic clock goes on by so much whenever it is read.
+  void stepClock(int milliseconds);
+
   // What the program finds in its environment besides PATH and what ctest sets.
   std::map<std::string, std::string> environment_ = {
       {"HOME", path("home")},
@@ -66,6 +73,8 @@ protected:
 
 private:
   Outcome start(const std::string& program, const Arguments& arguments, const std::string& input);
+  Outcome startOnTerminal(const std::string& program, const Arguments& arguments, int columns);
+  void preload(const std::string& library);
 };
 
 // A vCalendar text around `content`, its lines ended as phones end them.
