@@ -29,7 +29,6 @@ private:
   std::string what_;
   std::size_t total_;
   std::size_t done_ = 0;
-  bool onTerminal_;
   Clock::time_point begin_;
   Clock::time_point next_;  // when to show it the next time
   int shownColumns_ = 0;
