@@ -41,24 +41,15 @@ else()
   run(pkg-config --cflags --libs ulotaskengine)
   separate_arguments(package_flags UNIX_COMMAND "${output}")
   set(program ${WORK_DIR}/consumer)
+  # Every installed header stands on its own.
+  file(GLOB headers ${prefix}/include/ulotaskengine/*.h)
+  foreach(header ${headers})
+    file(WRITE ${WORK_DIR}/header.cpp "#include \"${header}\"\n")
+    run(${COMPILER} -std=c++20 -fsyntax-only ${WORK_DIR}/header.cpp ${package_flags})
+  endforeach()
   run(${COMPILER} -std=c++20 ${flags} ${SOURCE_DIR}/main.cpp -o ${program} ${package_flags}
       -Wl,-rpath,${prefix}/${LIBRARY_DIR})
 endif()
-
-# Every installed header stands on its own.
-file(GLOB headers RELATIVE ${prefix}/include/ulotaskengine ${prefix}/include/ulotaskengine/*.h)
-set(ENV{PKG_CONFIG_PATH} ${prefix}/${LIBRARY_DIR}/pkgconfig)
-run(pkg-config --cflags ulotaskengine)
-separate_arguments(package_flags UNIX_COMMAND "${output}")
-foreach(header ${headers})
-  file(WRITE ${WORK_DIR}/header.cpp "#include <${header}>\n")
-  run(${COMPILER} -std=c++20 -fsyntax-only ${WORK_DIR}/header.cpp ${package_flags})
-endforeach()
-foreach(header change_journal.h SVC_CT_ChangeReporter.h ulodb2.h ZTASK_ENG_Model.h)
-  if(NOT header IN_LIST headers)
-    message(FATAL_ERROR "${header} is not installed")
-  endif()
-endforeach()
 
 # The installed files find one another without help.
 unset(ENV{LD_LIBRARY_PATH})
@@ -73,10 +64,10 @@ if(NOT output MATCHES "Summary   Buy milk\n")
   message(FATAL_ERROR "ulotask said: ${output}")
 endif()
 
-# Each shell finds the completion of the program.
-foreach(completion bash-completion/completions/ulotask zsh/site-functions/_ulotask
-                   fish/vendor_completions.d/ulotask.fish)
-  if(NOT EXISTS ${prefix}/share/${completion})
-    message(FATAL_ERROR "${completion} is not installed")
+# The journal's readers find its header, and each shell the completion of the program.
+foreach(file include/ulotaskengine/change_journal.h share/bash-completion/completions/ulotask
+             share/zsh/site-functions/_ulotask share/fish/vendor_completions.d/ulotask.fish)
+  if(NOT EXISTS ${prefix}/${file})
+    message(FATAL_ERROR "${file} is not installed")
   endif()
 endforeach()
