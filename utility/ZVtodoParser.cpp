@@ -393,8 +393,10 @@ void addTodo(VObject* calendar, ZTASK_ENG_Task& task, const QString& charset) {
     vobject::addPropValue(todo, "DUE", dueValue(due.date()));
   if (const QDateTime end = task.getDateTime(Task::TASK_FIELD_END); isSet(end))
     vobject::addPropValue(todo, "COMPLETED", fullValue(end));
+  // A year of five digits has no value; an empty DALARM would take the place of none.
   if (const QDateTime alarm = task.getDateTime(Task::TASK_FIELD_ALARM); isSet(alarm))
-    vobject::addPropValue(vobject::addProp(todo, "DALARM"), "RUNTIME", fullValue(alarm));
+    if (const QString runTime = fullValue(alarm); !runTime.isEmpty())
+      vobject::addPropValue(vobject::addProp(todo, "DALARM"), "RUNTIME", runTime);
   vobject::addPropValue(todo, "PRIORITY", QString::number(task.getPriorityValue()));
 }
 

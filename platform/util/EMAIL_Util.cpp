@@ -2,6 +2,8 @@
 
 #include "module_log.h"
 
+#include <QStringDecoder>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
@@ -117,6 +119,11 @@ bool EMAIL_Util::encWithCharset(QCString& bytes, const QString& text, int charse
     return true;
   const QString clean = wellFormed(text);
   const QByteArray utf8 = clean.toUtf8();
+  // Every text fits; only its order mark would not come back.
+  if (charset == charsetUtf8 && !text.startsWith(QChar::ByteOrderMark)) {
+    bytes = utf8.isNull() ? QByteArray("") : utf8;
+    return clean == text;
+  }
   Conversion conversion(entry->encoder, "UTF-8");
   if (!conversion.isOpen()) {
     ULO_LOG_ERROR("This system can't write the character set %s", entry->name);
@@ -152,6 +159,14 @@ bool EMAIL_Util::decFromCharset(const QByteArray& bytes, QString& text, int char
     return charset == charsetUnknown;
   if (bytes.isEmpty())
     return true;
+  if (charset == charsetUtf8) {
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless |
+                                                     QStringDecoder::Flag::ConvertInitialBom);
+    if (const QString decoded = decoder(bytes); !decoder.hasError()) {
+      text = decoded;
+      return true;
+    }
+  }
   Conversion conversion(nativeUtf16, entry->decoder);
   if (!conversion.isOpen()) {
     ULO_LOG_ERROR("This system can't read the character set %s", entry->name);
@@ -175,7 +190,8 @@ bool EMAIL_Util::decFromCharset(const QByteArray& bytes, QString& text, int char
 QCString EMAIL_Util::encQp(const char* bytes, unsigned long length, int) {
   constexpr int lineLimit = 76;  // RFC 2045, 6.7 (5), the "=" of a soft break included
   constexpr char hex[] = "0123456789ABCDEF";
-  QByteArray result;
+  std::string result;
+  result.reserve(length + length / 2);
   int room = lineLimit - qpNameLength;
   bool atLineStart = true;
   for (unsigned long i = 0; i < length; ++i) {
@@ -201,5 +217,5 @@ QCString EMAIL_Util::encQp(const char* bytes, unsigned long length, int) {
     room -= size;
     atLineStart = false;
   }
-  return result;
+  return result.empty() ? QCString() : QCString(QByteArray::fromStdString(result));
 }

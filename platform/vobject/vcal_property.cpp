@@ -110,6 +110,10 @@ int hexDigit(char c) {
   return letter >= 'A' && letter <= 'F' ? letter - 'A' + 10 : -1;
 }
 
+bool isUpperHexDigit(char c) {
+  return isDigit(c) || (c >= 'A' && c <= 'F');
+}
+
 // The byte that "=XX" at `at` stands for; -1 when it stands for none.
 int escapedByte(std::string_view text, std::size_t at) {
   if (at + 2 >= text.size())
@@ -161,23 +165,27 @@ void appendQuotedPrintable(std::string& text, std::string_view bytes) {
   }
 }
 
-// The library reads the value of a quoted-printable property right.
+// The library reads the value of a quoted-printable property right: "=XX" is upper-case and no zero
+// byte, and there is something besides soft breaks.
 bool readsQuotedPrintableRight(std::string_view value) {
   if (value.empty() || value.front() == ';')
     return false;
   bool empty = true;
-  for (std::size_t i = 0; i < value.size(); ++i) {
-    if (value[i] != '=') {
-      empty = false;
-    } else if (i + 1 < value.size() && value[i + 1] == '\n') {
-      ++i;
-    } else {
-      if (escapedByte(value, i) <= 0 || upper(value[i + 1]) != value[i + 1] ||
-          upper(value[i + 2]) != value[i + 2])
-        return false;
-      empty = false;
-      i += 2;
+  for (std::size_t at = 0; at < value.size();) {
+    const std::size_t equals = std::min(value.find('=', at), value.size());
+    empty = empty && equals == at;
+    if (equals == value.size())
+      break;
+    if (equals + 1 < value.size() && value[equals + 1] == '\n') {
+      at = equals + 2;
+      continue;
     }
+    if (equals + 2 >= value.size() || !isUpperHexDigit(value[equals + 1]) ||
+        !isUpperHexDigit(value[equals + 2]) ||
+        (value[equals + 1] == '0' && value[equals + 2] == '0'))
+      return false;
+    empty = false;
+    at = equals + 3;
   }
   return !empty;
 }

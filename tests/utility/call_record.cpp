@@ -29,6 +29,8 @@ namespace {
 calls::Script script;
 std::vector<std::string> recorded;
 int heldHandles = 0;
+int openReadings = 0;
+std::vector<std::string> alone;
 int tag = 0;
 
 void record(const std::string& call) {
@@ -75,6 +77,8 @@ const calls::Answer& run(const char* verb, const char* text, bool withBlock, va_
                             : " " + std::to_string(va_arg(arguments, int));
   }
   record(withBlock ? call + " by block" : call);
+  if (openReadings == 0 && call.starts_with("query"))
+    alone.push_back(name);
   const auto answer = script.answers.find(name);
   const calls::Answer& result = answer == script.answers.end() ? success : answer->second;
   if (result.result == 0)
@@ -116,6 +120,7 @@ void begin(const Script& answers) {
   script = answers;
   allocationsLeft = script.noMemory ? 0 : allAllocationsSucceed;
   recorded.clear();
+  alone.clear();
 }
 
 std::vector<std::string> list() {
@@ -124,6 +129,10 @@ std::vector<std::string> list() {
 
 int held() {
   return heldHandles;
+}
+
+std::vector<std::string> queriedAlone() {
+  return alone;
 }
 
 }  // namespace calls
@@ -151,10 +160,12 @@ int DB_AbortTransaction() {
 
 int DB_BeginRead() {
   ++heldHandles;
+  ++openReadings;
   return 0;
 }
 int DB_EndRead() {
   --heldHandles;
+  --openReadings;
   return 0;
 }
 

@@ -49,7 +49,10 @@ void begin(const Script& script);
 // NAME is that of the file in tests/golden/store which holds the text to the byte.
 std::vector<std::string> list();
 
-// Blocks and cursors that nobody freed.
+// Blocks, cursors and readings that nobody freed or ended.
 int held();
+
+// The texts queried since begin while no reading (DB_BeginRead) was open.
+std::vector<std::string> queriedAlone();
 
 }  // namespace calls

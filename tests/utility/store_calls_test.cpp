@@ -118,6 +118,34 @@ TEST_F(StoreCalls, ReadsATask) {
   EXPECT_EQ(task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION).toSecsSinceEpoch(), 44);
 }
 
+// A record and the name of its category are of one state of the database.
+TEST_F(StoreCalls, ReadsRecordsAndNamesInOneState) {
+  const calls::Row found = {3, 2, {}, u"s", u"", 11, 22, 33, 44, 7, 1, 0};
+  calls::Row inPage = found;
+  inPage.back() = 1;
+  Store& store = open({.answers = {{"get_task", {0, {found}, 1}},
+                                   {"category_uid_by_name", found7},
+                                   {"tasks_in_range", {0, {found}, 1}},
+                                   {"tasks_of_category", {0, {found}, 1}},
+                                   {"page_of_tasks", {0, {inPage}, 1}},
+                                   {"count_tasks", {0, {{1}}, 1}},
+                                   {"all_tasks", {0, {found}, 1}}}});
+  ZTASK_ENG_Task task = milk();
+  QString text("s");
+  QValueList<ZTASK_ENG_Task> tasks;
+  EXPECT_EQ(store.getTask(1, task), 0);
+  EXPECT_EQ(store.getTasks(tasks, ZTASK_ENG_Task::TASK_FIELD_DUE, 1, 2), 0);
+  EXPECT_EQ(store.getTasks(tasks, text), 0);
+  EXPECT_EQ(store.getTasks(tasks, task, 1, ZTASK_ENG_Model::TASK_CATEGORY_ALL,
+                           ZTASK_ENG_Model::TASK_SORT_DUE),
+            0);
+  EXPECT_EQ(store.getMatchTasks(tasks, text), 0);
+  ZTASK_ENG_Task example;
+  EXPECT_EQ(store.getMatchTasks(tasks, example), 0);
+  EXPECT_GE(tasks.count(), 5U);
+  EXPECT_THAT(calls::queriedAlone(), ElementsAre());
+}
+
 TEST_F(StoreCalls, UpdatesATask) {
   Store& store = open({.answers = {{"category_uid_by_name", found7}, {"update_task", flagTrue}}});
   ZTASK_ENG_Task task = milk();

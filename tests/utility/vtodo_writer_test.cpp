@@ -86,6 +86,16 @@ TEST_F(VtodoWriter, PropertiesHaveTheirOrder) {
             "PRIORITY:9\r\n");
 }
 
+// Of DUE the local date alone is written, whatever its year.
+TEST_F(VtodoWriter, ATimeThatFourDigitsOfAYearCannotSayIsLeftOut) {
+  Task task;
+  const QDateTime far(QDate(10000, 1, 2), QTime(12, 0));
+  task.setDateTime(Task::TASK_FIELD_END, far);
+  task.setDateTime(Task::TASK_FIELD_ALARM, far);
+  EXPECT_EQ(written(task), "STATUS:NEEDS ACTION\r\nPRIORITY:0\r\n");
+  EXPECT_THAT(log_.text(), HasSubstr("The year 10000 can't be written with four digits"));
+}
+
 TEST_F(VtodoWriter, EachStatusHasItsWord) {
   Task task;
   const auto statusLine = [&](int status) {
