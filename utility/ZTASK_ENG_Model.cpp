@@ -438,7 +438,8 @@ int ZTASK_ENG_Model::getAllIDs(QValueList<unsigned int>& ids, TASK_CATEGORY cate
     ULO_LOG_ERROR("GetTasks failed! [ret=%d]", ret);
     return TASK_ENG_DATABASE_FAILURE;
   }
-  for (; !rows.atEnd() && rows.boolean(Columns::flag); rows.next())
+  // Behind the last row the flag reads false.
+  for (; rows.boolean(Columns::flag); rows.next())
     ids.append(rows.uid(Columns::uid));
   return TASK_ENG_OK;
 }

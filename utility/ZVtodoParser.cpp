@@ -29,10 +29,10 @@ void* libraryHandle = nullptr;
 
 constexpr char emptyValue[] = "";
 
-// Where the functions of the library stand, null for one that it lacks; as long as the same parser
-// is the last that opened it.
-std::unordered_map<std::string_view, void*>& addresses() {
-  static std::unordered_map<std::string_view, void*> known;
+// Where the functions of the library stand, by the literal that names them, null for one that it
+// lacks; as long as the same parser is the last that opened it.
+std::unordered_map<const char*, void*>& addresses() {
+  static std::unordered_map<const char*, void*> known;
   return known;
 }
 

@@ -199,22 +199,22 @@ void Executable::copyRows(const Node& node, const RowCopy& copy, Cursor& cursor)
   };
   ResultBuffer& result = run_->result;
   std::vector<Cell> cells;
+  std::vector<ResultBuffer::Column*> uids;  // they take the UID, the first in the row, never null
   for (const Copy& cell : copy.copies) {
     ResultBuffer::Column& column = result.column(cell.target);
     column.fill(result.rows(), {});
-    if (cell.constant == nullptr)
+    if (cell.place == 0 && column.type() == Type::integer)
+      uids.push_back(&column);
+    else if (cell.constant == nullptr)
       cells.push_back({column, cell.place, cursor.typeAt(cell.place)});
   }
   cursor.forEachFiltered([&](const SqlStatement& row) {
     onePass(node);
     result.addRow();
-    for (const Cell& cell : cells) {
-      // The first one is the UID, which is never null.
-      if (cell.place == 0)
-        cell.column.put(Value::integer(row.integer(0)));
-      else
-        cell.column.put(columnValue(row, cell.place, cell.type));
-    }
+    for (ResultBuffer::Column* column : uids)
+      column->putInteger(row.integer(0));
+    for (const Cell& cell : cells)
+      cell.column.put(columnValue(row, cell.place, cell.type));
   });
   for (const Copy& cell : copy.copies)
     if (cell.constant != nullptr)

@@ -51,6 +51,11 @@ public:
       else
         putOther(value);
     }
+    // Requires: the column is of integers.
+    void putInteger(std::int64_t number) {
+      integers_.push_back(static_cast<std::int32_t>(number));
+      ++size_;
+    }
     [[nodiscard]] bool isNull(std::size_t row) const {
       return row >= size_ || (row < nulls_.size() && nulls_[row]);
     }
