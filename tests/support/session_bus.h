@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QByteArray>
+#include <QProcess>
+#include <QString>
+
+#include <csignal>
+#include <cstdlib>
+
+#include <sys/prctl.h>
+
+// A session bus of the test's own, for this process and those that it starts while it lives.
+class SessionBus {
+public:
+  SessionBus() {
+    daemon_.setStandardErrorFile(QProcess::nullDevice());
+    daemon_.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
+    daemon_.start("dbus-daemon", {"--session", "--nofork", "--nopidfile", "--print-address"});
+    if (daemon_.waitForStarted() && daemon_.waitForReadyRead(10000))
+      address_ = daemon_.readLine().trimmed();
+    setenv("DBUS_SESSION_BUS_ADDRESS", address_.constData(), 1);
+  }
+  SessionBus(const SessionBus&) = delete;
+  SessionBus& operator=(const SessionBus&) = delete;
+  ~SessionBus() {
+    unsetenv("DBUS_SESSION_BUS_ADDRESS");
+    daemon_.kill();
+    daemon_.waitForFinished();
+  }
+
+  // Empty when it did not start.
+  [[nodiscard]] const QByteArray& address() const { return address_; }
+
+private:
+  QProcess daemon_;
+  QByteArray address_;
+};
