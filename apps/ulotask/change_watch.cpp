@@ -62,12 +62,13 @@ bool ChangeWatch::sawChange() {
   return changed;
 }
 
-bool ChangeWatch::wait() {
+bool ChangeWatch::wait(int other) {
   using Clock = std::chrono::steady_clock;
   const auto end =
       Clock::now() + (changed_ ? changeTakes : std::chrono::milliseconds(longestWait * 1000));
   while (true) {
-    pollfd awaited[] = {{signals_, POLLIN, 0}, {files_, POLLIN, 0}, {STDOUT_FILENO, 0, 0}};
+    pollfd awaited[] = {
+        {signals_, POLLIN, 0}, {files_, POLLIN, 0}, {STDOUT_FILENO, 0, 0}, {other, POLLIN, 0}};
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
     const int ready = poll(awaited, std::size(awaited), static_cast<int>(std::max<long>(left, 0)));
     if (ready < 0 && errno != EINTR)
@@ -82,6 +83,8 @@ bool ChangeWatch::wait() {
     }
     if (ready > 0 && awaited[2].revents != 0)
       return false;
+    if (ready > 0 && awaited[3].revents != 0)
+      return true;
     changed_ = ready > 0 && awaited[1].revents != 0 && sawChange();
     if (ready == 0 || changed_)
       return true;

@@ -19,7 +19,9 @@ public:
   // True when one of the files is being changed, a moment after that, when the change is to be
   // seen, and after longestWait seconds in any case. False when it is time to end: a signal asks
   // for it, or nobody is left to read standard output.
-  bool wait();
+  bool wait() { return wait(-1); }
+  // True also, and at once, when the descriptor `other` can be read.
+  bool wait(int other);
 
   // Seconds. Some file systems, such as those of a network, tell nothing of changes.
   static constexpr int longestWait = 2;

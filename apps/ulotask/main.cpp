@@ -53,6 +53,8 @@ int run(int argc, char** argv) {
   ulotask::addCategoryVerbs(app, session);
   ulotask::addStatsVerb(app, session);
   ulotask::addChangeVerbs(app, session);
+  ulotask::addSyncVerbs(app, session);
+  ulotask::addWatchVerb(app, session);
   ulotask::addDatabaseVerbs(app, session);
 
   Exit code = Exit::ok;

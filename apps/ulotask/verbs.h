@@ -14,6 +14,8 @@ void addExchangeVerbs(CLI::App& app, Session& session);  // import, export
 void addCategoryVerbs(CLI::App& app, Session& session);  // category list, add, rename, rm
 void addStatsVerb(CLI::App& app, Session& session);      // stats
 void addChangeVerbs(CLI::App& app, Session& session);    // changes
+void addSyncVerbs(CLI::App& app, Session& session);      // sync-item get, put, replace, rm, ids
+void addWatchVerb(CLI::App& app, Session& session);      // watch
 void addDatabaseVerbs(CLI::App& app, Session& session);  // db explain, db check
 
 }  // namespace ulotask

@@ -1,4 +1,5 @@
 #include "change_journal.h"
+#include "change_lines.h"
 #include "change_watch.h"
 #include "data_directory.h"
 #include "engine_identifier.h"
@@ -23,60 +24,6 @@ struct ChangesOptions {
 
 // What numbers in JSON carry, and no store ever reaches.
 constexpr std::int64_t furthestEntry = (std::int64_t{1} << 53) - 1;
-
-struct KindWord {
-  ulo::ChangeType type;
-  const char* word;
-};
-constexpr KindWord kindWords[] = {{ulo::ChangeType::added, "added"},
-                                  {ulo::ChangeType::updated, "updated"},
-                                  {ulo::ChangeType::removed, "removed"}};
-
-const char* wordOf(ulo::ChangeType type) {
-  return std::find_if(std::begin(kindWords), std::end(kindWords),
-                      [&](const KindWord& entry) { return entry.type == type; })
-      ->word;
-}
-
-void requireJournal(bool done) {
-  if (!done)
-    throw Failure(Exit::failed, "the change journal can't be read; the log says why");
-}
-
-std::string columns(std::int64_t entry, const std::string& time, const char* kind,
-                    std::uint32_t uid) {
-  constexpr std::size_t entryColumns = 6;
-  constexpr std::size_t kindColumns = 7;
-  std::string number = std::to_string(entry);
-  number.insert(0, entryColumns - std::min(entryColumns, number.size()), ' ');
-  std::string word = kind;
-  word.resize(kindColumns, ' ');
-  return number + "  " + time + "  " + word + "  " + std::to_string(uid);
-}
-
-void print(Output& output, const ulo::Change& change, bool json) {
-  const QDateTime time = QDateTime::fromSecsSinceEpoch(change.time);
-  if (json)
-    output.jsonLine({{"entry", static_cast<qint64>(change.entry)},
-                     {"time", time.toUTC().toString(Qt::ISODate)},
-                     {"change", wordOf(change.type)},
-                     {"uid", static_cast<qint64>(change.uid)},
-                     {"source", QString::fromStdString(change.source)}});
-  else
-    output.line(columns(change.entry, time.toString("yyyy-MM-dd HH:mm:ss").toStdString(),
-                        wordOf(change.type), change.uid));
-}
-
-// Prints what is new behind `entry`, which moves on to the last one.
-void printNew(Output& output, ulo::ChangeJournal& journal, std::int64_t& entry, bool json) {
-  std::vector<ulo::Change> changes;
-  requireJournal(journal.entriesSince(entry, changes));
-  for (const ulo::Change& change : changes)
-    print(output, change, json);
-  if (!changes.empty())
-    entry = changes.back().entry;
-  output.finish();
-}
 
 void printNet(Output& output, const ulo::NetChanges& net, bool json) {
   const std::pair<ulo::ChangeType, const std::vector<std::uint32_t>&> lists[] = {
@@ -115,14 +62,14 @@ void changes(Session& session, const ChangesOptions& options) {
   }
   std::int64_t entry = options.since;
   if (!options.follow) {
-    printNew(output, journal, entry, options.json);
+    printNewEntries(output, journal, entry, options.json);
     return;
   }
   // No entry is left out because its number is not reached yet.
   entry = std::min(entry, net.lastEntry);
   ChangeWatch watch(directory, ulo::ChangeJournal::fileName);
   do
-    printNew(output, journal, entry, options.json);
+    printNewEntries(output, journal, entry, options.json);
   while (watch.wait());
 }
 

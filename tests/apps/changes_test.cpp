@@ -26,41 +26,6 @@ protected:
   }
 };
 
-// A program that goes on until it is told to end.
-class Following {
-public:
-  explicit Following(QProcess& process, const QStringList& arguments = {}) : process_(process) {
-    process_.start(ULOTASK_PROGRAM, QStringList{"changes", "--follow"} + arguments);
-  }
-  Following(const Following&) = delete;
-  Following& operator=(const Following&) = delete;
-  ~Following() {
-    process_.kill();
-    process_.waitForFinished();
-  }
-
-  // The next line; empty when none comes.
-  std::string line() {
-    while (!process_.canReadLine() && process_.waitForReadyRead(longestWait))
-      continue;
-    return process_.readLine().toStdString();
-  }
-  // The exit code after a signal.
-  int endBy(int signal) {
-    ::kill(static_cast<pid_t>(process_.processId()), signal);
-    return code();
-  }
-  int code() {
-    EXPECT_TRUE(process_.waitForFinished(longestWait));
-    EXPECT_EQ(process_.exitStatus(), QProcess::NormalExit);
-    return process_.exitCode();
-  }
-
-private:
-  static constexpr int longestWait = 60'000;  // milliseconds; then it counts as hanging
-  QProcess& process_;
-};
-
 TEST_F(Changes, AreALineEach) {
   EXPECT_EQ(succeed({"changes"}).out, "");
   changeSomething();
@@ -164,7 +129,7 @@ TEST_F(Changes, FollowPrintsWhatOtherProcessesDo) {
   add({"a"});
   QProcess process;
   prepare(process);
-  Following following(process);
+  Running following(process, {"changes", "--follow"});
   EXPECT_THAT(following.line(), MatchesRegex("     1  .*added    1\n"));
   add({"b"});
   EXPECT_THAT(following.line(), MatchesRegex("     2  .*added    2\n"));
@@ -178,7 +143,7 @@ TEST_F(Changes, FollowPrintsWhatOtherProcessesDo) {
 TEST_F(Changes, FollowBeginsWithoutAJournal) {
   QProcess process;
   prepare(process);
-  Following following(process, {"--json"});
+  Running following(process, {"changes", "--follow", "--json"});
   process.waitForStarted();
   add({"a"});
   EXPECT_THAT(following.line(), HasSubstr("\"entry\":1"));
@@ -189,7 +154,7 @@ TEST_F(Changes, FollowGoesOnFromAnEntryThatIsNotReached) {
   add({"a"});
   QProcess process;
   prepare(process);
-  Following following(process, {"--since", "100"});
+  Running following(process, {"changes", "--follow", "--since", "100"});
   // It has looked at the journal when it complains.
   process.setReadChannel(QProcess::StandardError);
   EXPECT_THAT(following.line(), HasSubstr("behind entry 100"));

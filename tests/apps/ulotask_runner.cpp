@@ -37,9 +37,36 @@ QJsonObject Outcome::object() const {
   return document.object();
 }
 
+Running::Running(QProcess& process, const QStringList& arguments) : process_(process) {
+  process_.start(ULOTASK_PROGRAM, arguments);
+}
+
+Running::~Running() {
+  process_.kill();
+  process_.waitForFinished();
+}
+
+std::string Running::line() {
+  while (!process_.canReadLine() && process_.waitForReadyRead(longestRun))
+    continue;
+  return process_.readLine().toStdString();
+}
+
+int Running::endBy(int signal) {
+  ::kill(static_cast<pid_t>(process_.processId()), signal);
+  return code();
+}
+
+int Running::code() {
+  EXPECT_TRUE(process_.waitForFinished(longestRun));
+  EXPECT_EQ(process_.exitStatus(), QProcess::NormalExit);
+  return process_.exitCode();
+}
+
 void UlotaskTest::prepare(QProcess& process) const {
   QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-  environment.remove("ULO_LOG");
+  for (const char* name : {"ULO_LOG", "DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR"})
+    environment.remove(name);
   environment.insert("ULOTASK", ULOTASK_PROGRAM);
   for (const auto& [name, value] : environment_)
     environment.insert(QString::fromStdString(name), QString::fromStdString(value));

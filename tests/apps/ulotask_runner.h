@@ -24,6 +24,24 @@ struct Outcome {
   [[nodiscard]] QJsonObject object() const;
 };
 
+// `ulotask arguments...`, which goes on until it is ended; with the object at the latest.
+class Running {
+public:
+  Running(QProcess& process, const QStringList& arguments);
+  Running(const Running&) = delete;
+  Running& operator=(const Running&) = delete;
+  ~Running();
+
+  // The next line; empty when none comes.
+  std::string line();
+  // The exit code after a signal.
+  int endBy(int signal);
+  int code();
+
+private:
+  QProcess& process_;
+};
+
 class UlotaskTest : public testing::Test {
   TemporaryDirectory directory_;  // first: the environment names it
 

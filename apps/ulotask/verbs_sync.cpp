@@ -1,0 +1,129 @@
+#include "TASK_ENG_SyncML.h"
+#include "arguments.h"
+#include "exit_codes.h"
+#include "session.h"
+#include "verbs.h"
+
+#include <cerrno>
+#include <cstring>
+#include <functional>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+namespace ulotask {
+namespace {
+
+constexpr std::size_t largestItem = std::size_t{1} << 24U;  // bytes; a note has 4002 characters
+
+std::string standardInput() {
+  std::string text;
+  char chunk[8192];
+  for (;;) {
+    const ssize_t got = read(STDIN_FILENO, chunk, sizeof chunk);
+    if (got == 0)
+      return text;
+    if (got < 0 && errno == EINTR)
+      continue;
+    if (got < 0)
+      throw Failure(Exit::unreadable,
+                    std::string("standard input can't be read: ") + std::strerror(errno));
+    text.append(chunk, static_cast<std::size_t>(got));
+    if (text.size() > largestItem)
+      throw Failure(Exit::tooLarge,
+                    "the item is larger than " + std::to_string(largestItem) + " bytes");
+  }
+}
+
+void requireSync(int code, const std::string& what) {
+  switch (code) {
+  case TASK_SYNCML_OK:
+    return;
+  case TASK_SYNCML_NOTFOUND:
+    throw Failure(Exit::notFound, what + ": no task has this UID, or no category the name that "
+                                         "the item gives");
+  case TASK_SYNCML_NOMEMORY:
+    throw Failure(Exit::storeFull, what + ": the store is full");
+  case TASK_SYNCML_TOOLARGE:
+    throw Failure(Exit::tooLarge, what + ": the item is too large");
+  case TASK_SYNCML_BADPARAM:
+    throw Failure(Exit::usage, what + ": a parameter is wrong");
+  default:
+    throw Failure(Exit::failed, what + " failed; the log says why");
+  }
+}
+
+// A run of a synchronisation. What it changed is broadcast when it ends, however it ends.
+class Run {
+public:
+  explicit Run(TASK_ENG_SyncML& adaptor) : adaptor_(adaptor) { adaptor_.beginSync(0); }
+  Run(const Run&) = delete;
+  Run& operator=(const Run&) = delete;
+  ~Run() { adaptor_.endSync(); }
+
+private:
+  TASK_ENG_SyncML& adaptor_;
+};
+
+using Work = std::function<void(Session&, TASK_ENG_SyncML&, unsigned int)>;
+
+void addItemVerb(CLI::App& app, Session& session, const char* name, const char* description,
+                 bool wantsUid, const Work& work) {
+  CLI::App* verb = app.add_subcommand(name, description);
+  auto uid = std::make_shared<std::string>();
+  if (wantsUid)
+    verb->add_option("UID", *uid, "The task's number, as ids prints it")->required();
+  verb->callback([uid, wantsUid, work, &session] {
+    const unsigned int number = wantsUid ? argumentUid(*uid) : 0;
+    // A store that can't be opened is told as for the other verbs.
+    session.store();
+    TASK_ENG_SyncML adaptor;
+    const Run run(adaptor);
+    work(session, adaptor, number);
+  });
+}
+
+}  // namespace
+
+void addSyncVerbs(CLI::App& app, Session& session) {
+  CLI::App* verb = app.add_subcommand(
+      "sync-item", "Exchange single to-dos as vCalendar 1.0 text, as a synchronisation does");
+  verb->require_subcommand(1);
+  verb->footer(
+      "Texts are read from standard input and written to standard output. What changed is\n"
+      "broadcast at the end; ulotask watch shows that.\n"
+      "Examples:\n"
+      "  ulotask sync-item ids\n"
+      "  ulotask sync-item get 7 > item.vcs\n"
+      "  ulotask sync-item put < item.vcs\n"
+      "  ulotask sync-item replace 7 < item.vcs");
+  addItemVerb(*verb, session, "get", "Write the text of a task", true,
+              [](Session& s, TASK_ENG_SyncML& adaptor, unsigned int uid) {
+                std::string text;
+                requireSync(adaptor.getEvent(text, uid), "reading the task");
+                s.output.write(text);
+              });
+  addItemVerb(*verb, session, "put", "Add the first to-do of a text; prints its UID", false,
+              [](Session& s, TASK_ENG_SyncML& adaptor, unsigned int) {
+                unsigned int uid = 0;
+                requireSync(adaptor.addEvent(standardInput(), uid), "adding the item");
+                s.output.line(std::to_string(uid));
+              });
+  addItemVerb(*verb, session, "replace", "Store the first to-do of a text over a task", true,
+              [](Session&, TASK_ENG_SyncML& adaptor, unsigned int uid) {
+                requireSync(adaptor.updateEvent(standardInput(), uid), "replacing the task");
+              });
+  addItemVerb(*verb, session, "rm", "Remove a task", true,
+              [](Session&, TASK_ENG_SyncML& adaptor, unsigned int uid) {
+                requireSync(adaptor.removeEvent(uid), "removing the task");
+              });
+  addItemVerb(*verb, session, "ids", "Print the UID of every task", false,
+              [](Session& s, TASK_ENG_SyncML& adaptor, unsigned int) {
+                std::vector<unsigned int> ids;
+                requireSync(adaptor.getAllIDs(ids), "listing the tasks");
+                for (const unsigned int uid : ids)
+                  s.output.line(std::to_string(uid));
+              });
+}
+
+}  // namespace ulotask

@@ -1,0 +1,71 @@
+#include "broadcast_listener.h"
+#include "change_lines.h"
+#include "change_watch.h"
+#include "data_directory.h"
+#include "session.h"
+#include "text.h"
+#include "verbs.h"
+
+#include <QDateTime>
+
+#include <memory>
+#include <vector>
+
+namespace ulotask {
+namespace {
+
+constexpr char engineChannel[] = "ULO_PIM_TASK_ENG_CHANNEL";
+
+struct WatchOptions {
+  std::vector<std::string> channels = {engineChannel};
+  bool json = false;
+};
+
+void print(Output& output, const Broadcast& broadcast, bool json) {
+  const QDateTime now = QDateTime::currentDateTime();
+  const QString channel = QString::fromUtf8(broadcast.channel);
+  const QString message = QString::fromUtf8(broadcast.message);
+  if (json)
+    output.jsonLine(
+        {{"time", now.toUTC().toString(Qt::ISODate)}, {"channel", channel}, {"message", message}});
+  else
+    output.line("broadcast  " + now.toString("yyyy-MM-dd HH:mm:ss").toStdString() + "  " +
+                oneLine(channel) + "  " + oneLine(message));
+}
+
+void watch(Session& session, const WatchOptions& options) {
+  session.store();
+  Output& output = session.output;
+  const std::string directory = ulo::dataDirectory();
+  ulo::ChangeJournal journal(directory);
+  std::int64_t entry = 0;
+  requireJournal(journal.lastEntry(entry));
+  // First: the threads of the listener take over which signals are held back.
+  ChangeWatch files(directory, ulo::ChangeJournal::fileName);
+  BroadcastListener listener(options.channels);
+  if (!listener.isConnected())
+    output.notice("there is no session bus, no broadcast will be seen");
+  do {
+    printNewEntries(output, journal, entry, options.json);
+    for (const Broadcast& broadcast : listener.take())
+      print(output, broadcast, options.json);
+    output.finish();
+  } while (files.wait(listener.descriptor()));
+}
+
+}  // namespace
+
+void addWatchVerb(CLI::App& app, Session& session) {
+  CLI::App* verb =
+      app.add_subcommand("watch", "Show broadcasts and changes as they happen, until interrupted");
+  auto options = std::make_shared<WatchOptions>();
+  verb->add_option("--channel", options->channels, "Listen on this channel instead")
+      ->capture_default_str();
+  verb->add_flag("--json", options->json, "Print JSON objects, one to a line");
+  verb->footer("A line has the number of a journal entry, or the word broadcast, in front.\n"
+               "Example:\n"
+               "  ulotask watch");
+  verb->callback([options, &session] { watch(session, *options); });
+}
+
+}  // namespace ulotask
