@@ -7,12 +7,12 @@
 #include "log_capture.h"
 #include "store_test.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdarg>
 #include <fcntl.h>
 #include <fstream>
 #include <functional>
-#include <regex>
 #include <sstream>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -160,22 +160,23 @@ protected:
     return lstat(name.c_str(), &status) == 0;
   }
 
-  // The adaptor's own lines.
+  // The adaptor's own lines. Each line of the log begins with "(utility/" or "(platform/" and has
+  // no end of its own.
   std::vector<std::string> lines() {
     const std::string all = log_.withoutLines();
-    const std::regex source("\\((utility|platform)/[^)]*\\)");
     const std::string own = "(utility/TASK_ENG_SyncML.cpp)";
+    const auto nextLine = [&all](std::size_t from) {
+      return std::min({all.find("(utility/", from), all.find("(platform/", from), all.size()});
+    };
     std::vector<std::string> found;
-    for (std::sregex_iterator at(all.begin(), all.end(), source), end; at != end;) {
-      const std::smatch here = *at++;
-      const auto from = static_cast<std::size_t>(here.position() + here.length());
-      const auto to = at == end ? all.size() : static_cast<std::size_t>(at->position());
-      if (here.str() == own)
-        found.push_back(all.substr(from, to - from));
+    for (std::size_t at = nextLine(0); at < all.size();) {
+      const std::size_t end = nextLine(at + 1);
+      if (all.compare(at, own.size(), own) == 0)
+        found.push_back(all.substr(at + own.size(), end - at - own.size()));
+      at = end;
     }
     return found;
   }
-
   // The last of them, the one before it and so on; empty when there are not so many.
   std::string said(std::size_t fromEnd) {
     const std::vector<std::string> all = lines();
