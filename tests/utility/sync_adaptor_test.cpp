@@ -4,6 +4,7 @@
 
 #include "QCopChannel.h"
 #include "berlin_time.h"
+#include "export.h"
 #include "log_capture.h"
 #include "store_test.h"
 
@@ -41,13 +42,13 @@ Platform* platform = nullptr;
 
 extern "C" {
 int __real_mkstemp(char* name);
-int __wrap_mkstemp(char* name);
+ULO_EXPORT int __wrap_mkstemp(char* name);
 int __wrap_mkstemp(char* name) {
   return platform != nullptr && platform->noTemporaryFile ? -1 : __real_mkstemp(name);
 }
 
 int __real_unlink(const char* name);
-int __wrap_unlink(const char* name);
+ULO_EXPORT int __wrap_unlink(const char* name);
 int __wrap_unlink(const char* name) {
   if (platform == nullptr || !platform->nothingCanBeRemoved)
     return __real_unlink(name);
@@ -56,13 +57,13 @@ int __wrap_unlink(const char* name) {
 }
 
 void* __real_calloc(std::size_t count, std::size_t size);
-void* __wrap_calloc(std::size_t count, std::size_t size);
+ULO_EXPORT void* __wrap_calloc(std::size_t count, std::size_t size);
 void* __wrap_calloc(std::size_t count, std::size_t size) {
   return platform != nullptr && platform->noMemory ? nullptr : __real_calloc(count, size);
 }
 
 int __real_open(const char* name, int flags, mode_t mode);
-int __wrap_open(const char* name, int flags, ...);
+ULO_EXPORT int __wrap_open(const char* name, int flags, ...);
 int __wrap_open(const char* name, int flags, ...) {
   va_list more;
   va_start(more, flags);
@@ -74,7 +75,7 @@ int __wrap_open(const char* name, int flags, ...) {
 }
 
 void* __real_dlopen(const char* name, int flags);
-void* __wrap_dlopen(const char* name, int flags);
+ULO_EXPORT void* __wrap_dlopen(const char* name, int flags);
 void* __wrap_dlopen(const char* name, int flags) {
   if (platform != nullptr && platform->asAParserComes)
     platform->asAParserComes();
@@ -82,9 +83,9 @@ void* __wrap_dlopen(const char* name, int flags) {
 }
 
 // QCopChannel::send(const QCString&, const QCString&, const QByteArray&)
-bool __wrap__ZN11QCopChannel4sendERK8QCStringS2_RK10QByteArray(const QCString& channel,
-                                                               const QCString& message,
-                                                               const QByteArray& data);
+ULO_EXPORT bool __wrap__ZN11QCopChannel4sendERK8QCStringS2_RK10QByteArray(const QCString& channel,
+                                                                          const QCString& message,
+                                                                          const QByteArray& data);
 bool __wrap__ZN11QCopChannel4sendERK8QCStringS2_RK10QByteArray(const QCString& channel,
                                                                const QCString& message,
                                                                const QByteArray& data) {
