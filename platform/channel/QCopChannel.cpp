@@ -20,7 +20,7 @@ constexpr int patienceMs = 2000;
 
 // Empty when the session has no bus. Asking the D-Bus library itself might start one.
 QString sessionAddress() {
-  const QString named = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
+  QString named = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
   if (!named.isEmpty())
     return named;
   const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");

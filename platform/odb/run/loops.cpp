@@ -85,7 +85,7 @@ private:
     plan.block = &block;
     planOf(plan.cursor).empties = true;
     loop.plan = static_cast<int>(program_.loops.size());
-    program_.loops.push_back(std::move(plan));
+    program_.loops.push_back(plan);
   }
 
   void planRowCopies(Node& node) {
