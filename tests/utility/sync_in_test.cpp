@@ -1,0 +1,313 @@
+// Texts of a synchronisation engine as tasks, and what is told of a run.
+
+#include "sync_adaptor.h"
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Not;
+
+namespace {
+
+// In
+
+TEST_F(SyncAdaptor, AddsWhatADescriptorHolds) {
+  const int fd = fileWith(milk);
+  lseek(fd, 30, SEEK_SET);
+  unsigned int uid = 0;
+  EXPECT_EQ(adaptor_.addEvent(fd, 5, uid), TASK_SYNCML_OK);
+  close(fd);
+  EXPECT_EQ(summary(uid), QString("Milk"));
+  const std::string number = std::to_string(fd);
+  EXPECT_THAT(lines(), ElementsAre("Starting addEvent with fd = " + number + ", size = 5",
+                                   "Starting fileToTask with fd = " + number,
+                                   "Exiting fileToTask successfully", "Adding task...",
+                                   "Setting uid", "Exiting addEvent successfully"));
+}
+
+TEST_F(SyncAdaptor, AddsTheFirstOfSeveral) {
+  const std::string two = calendar(todo("SUMMARY:one\r\n") + todo("SUMMARY:two\r\n"));
+  const int fd = fileWith(two);
+  unsigned int uid = 0;
+  EXPECT_EQ(adaptor_.addEvent(fd, 0, uid), TASK_SYNCML_OK);
+  close(fd);
+  EXPECT_EQ(summary(uid), QString("one"));
+  EXPECT_EQ(adaptor_.addEvent(two, uid), TASK_SYNCML_OK);
+  EXPECT_EQ(summary(uid), QString("one"));
+  EXPECT_EQ(ids().size(), 2U);
+}
+
+TEST_F(SyncAdaptor, CutsTextsToWhatTheStoreTakes) {
+  for (int extra : {-1, 0, 1, 88}) {
+    const QString summary(512 + extra, 's');
+    const QString note(4002 + extra, 'n');
+    const std::string item = calendar(todo("SUMMARY:" + summary.toStdString() +
+                                           "\r\nDESCRIPTION:" + note.toStdString() + "\r\n"));
+    unsigned int uid = 0;
+    ASSERT_EQ(adaptor_.addEvent(item, uid), TASK_SYNCML_OK);
+    EXPECT_EQ(text(uid, ZTASK_ENG_Task::TASK_FIELD_SUMMARY), summary.left(512));
+    EXPECT_EQ(text(uid, ZTASK_ENG_Task::TASK_FIELD_NOTE), note.left(4002));
+    const int fd = fileWith(item);
+    ASSERT_EQ(adaptor_.addEvent(fd, 0, uid), TASK_SYNCML_OK);
+    close(fd);
+    EXPECT_EQ(text(uid, ZTASK_ENG_Task::TASK_FIELD_SUMMARY), summary.left(512));
+    EXPECT_EQ(text(uid, ZTASK_ENG_Task::TASK_FIELD_NOTE), note.left(4002));
+  }
+}
+
+// More than one chunk of the copy.
+TEST_F(SyncAdaptor, AddsALargeItem) {
+  const std::string item =
+      calendar(todo("SUMMARY:large\r\nX-FILL:" + std::string(30000, 'x') + "\r\nPRIORITY:7\r\n"));
+  const int fd = fileWith(item);
+  unsigned int uid = 0;
+  EXPECT_EQ(adaptor_.addEvent(fd, 0, uid), TASK_SYNCML_OK);
+  close(fd);
+  ZTASK_ENG_Task task;
+  ASSERT_EQ(adaptor_.getTask(uid, task), 0);
+  EXPECT_EQ(task.getPriorityValue(), 7);
+}
+
+TEST_F(SyncAdaptor, APipeCannotBeReadFromItsStart) {
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  ASSERT_GT(write(ends[1], milk, sizeof milk - 1), 0);
+  close(ends[1]);
+  unsigned int uid = 77;
+  EXPECT_EQ(adaptor_.addEvent(ends[0], 0, uid), TASK_SYNCML_OTHERERROR);
+  close(ends[0]);
+  EXPECT_EQ(uid, 77U);
+  EXPECT_EQ(said(3), "Could not lseek to beginning of file!");
+  EXPECT_EQ(said(2), "failed to get task from file descriptor!!");
+  EXPECT_EQ(said(1), "Exiting addEvent with TASK_SYNCML_OTHERERROR");
+  EXPECT_THAT(ids(), IsEmpty());
+}
+
+TEST_F(SyncAdaptor, WithoutATemporaryFileNothingIsAdded) {
+  const int fd = fileWith(milk);
+  platform_.noTemporaryFile = true;
+  unsigned int uid = 77;
+  EXPECT_EQ(adaptor_.addEvent(fd, 0, uid), TASK_SYNCML_OTHERERROR);
+  close(fd);
+  EXPECT_THAT(lines(), Contains("Could not create temporary file"));
+  EXPECT_THAT(ids(), IsEmpty());
+}
+
+// Half an item would take the place of a whole task.
+TEST_F(SyncAdaptor, WhatCannotBeCopiedWholeIsNotStored) {
+  const unsigned int uid = add("Milk");
+  const int fd = fileWith(calendar(todo("SUMMARY:other\r\nDESCRIPTION:note\r\n")));
+  {
+    const FullDisk full(100);
+    EXPECT_EQ(adaptor_.updateEvent(fd, 0, uid), TASK_SYNCML_OTHERERROR);
+  }
+  close(fd);
+  EXPECT_THAT(lines(), Contains("Could not copy to the temporary file"));
+  EXPECT_EQ(summary(uid), QString("Milk"));
+}
+
+TEST_F(SyncAdaptor, TextThatIsNoToDoIsRefused) {
+  unsigned int uid = 77;
+  for (const std::string& wrong :
+       {std::string("no calendar"), calendar(""), std::string(milk).substr(0, 40)}) {
+    const int fd = fileWith(wrong);
+    EXPECT_EQ(adaptor_.addEvent(fd, 0, uid), TASK_SYNCML_OTHERERROR);
+    close(fd);
+    EXPECT_EQ(said(3), "the file is in wrong format or is empty!");
+    EXPECT_EQ(said(2), "failed to get task from file descriptor!!");
+    EXPECT_EQ(said(1), "Exiting addEvent with TASK_SYNCML_OTHERERROR");
+    EXPECT_EQ(adaptor_.addEvent(wrong, uid), TASK_SYNCML_OTHERERROR);
+    EXPECT_EQ(said(2), "the vtodo is in wrong format or is empty!");
+    EXPECT_EQ(said(1), "failed to get task from string!!");
+  }
+  EXPECT_EQ(uid, 77U);
+  EXPECT_THAT(ids(), IsEmpty());
+}
+
+TEST_F(SyncAdaptor, AnEmptyTextIsAWrongParameter) {
+  unsigned int uid = 77;
+  EXPECT_EQ(adaptor_.addEvent(std::string(), uid), TASK_SYNCML_OTHERERROR);
+  EXPECT_THAT(lines(), ElementsAre("the parameter is wrong!", "failed to get task from string!!"));
+  const int fd = fileWith("");
+  EXPECT_EQ(adaptor_.addEvent(fd, 0, uid), TASK_SYNCML_OTHERERROR);
+  close(fd);
+}
+
+TEST_F(SyncAdaptor, AStringIsReadUpToItsFirstZero) {
+  unsigned int uid = 0;
+  EXPECT_EQ(adaptor_.addEvent(milk + std::string(1, '\0') + "rest", uid), TASK_SYNCML_OK);
+  EXPECT_EQ(summary(uid), QString("Milk"));
+  EXPECT_THAT(lines(), IsEmpty());
+}
+
+TEST_F(SyncAdaptor, LeavesNoInboundFile) {
+  const auto inbound = [] {
+    int count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator("/tmp"))
+      count += entry.path().filename().string().starts_with("vtodo") &&
+                       entry.path().filename().string().size() == 11
+                   ? 1
+                   : 0;
+    return count;
+  };
+  const int before = inbound();
+  for (const std::string& item : {std::string(milk), std::string("nothing")}) {
+    const int fd = fileWith(item);
+    unsigned int uid = 0;
+    adaptor_.addEvent(fd, 0, uid);
+    close(fd);
+  }
+  EXPECT_EQ(inbound(), before);
+}
+
+TEST_F(SyncAdaptor, AStoreThatRefusesIsAnError) {
+  RawDatabase(directory_.path())
+      .run("CREATE TRIGGER full BEFORE INSERT ON task_table_task BEGIN "
+           "SELECT RAISE(FAIL, 'no'); END");
+  unsigned int uid = 77;
+  EXPECT_EQ(adaptor_.addEvent(milk, uid), TASK_SYNCML_OTHERERROR);
+  EXPECT_EQ(said(1), "add record to database failed!!");
+  const int fd = fileWith(milk);
+  EXPECT_EQ(adaptor_.addEvent(fd, 0, uid), TASK_SYNCML_OTHERERROR);
+  close(fd);
+  EXPECT_EQ(said(2), "add record to database failed!!");
+  EXPECT_EQ(said(1), "Exiting addEvent abnormally");
+  EXPECT_EQ(uid, 77U);
+}
+
+// Over a task
+
+TEST_F(SyncAdaptor, StoresATextOverATask) {
+  const unsigned int uid = add("Bread");
+  const QString uuid = text(uid, ZTASK_ENG_Task::TASK_FIELD_UUID);
+  const int fd = fileWith(milk);
+  EXPECT_EQ(adaptor_.updateEvent(fd, 9, uid), TASK_SYNCML_OK);
+  close(fd);
+  EXPECT_EQ(summary(uid), QString("Milk"));
+  EXPECT_EQ(text(uid, ZTASK_ENG_Task::TASK_FIELD_UUID), uuid);
+  const std::string number = std::to_string(fd);
+  EXPECT_THAT(lines(), ElementsAre("Starting updateEvent with fd = " + number +
+                                       ", size = 9, uid = " + std::to_string(uid),
+                                   "Starting addEvent with fd = " + number + ", size = 9",
+                                   "Starting fileToTask with fd = " + number,
+                                   "Exiting fileToTask successfully", "Updating task...",
+                                   "Exiting addEvent successfully",
+                                   "Status returned by addEvent = 0", "Exiting updateEvent"));
+  EXPECT_EQ(adaptor_.updateEvent(calendar(todo("SUMMARY:Eggs\r\n")), uid), TASK_SYNCML_OK);
+  EXPECT_EQ(summary(uid), QString("Eggs"));
+  EXPECT_EQ(ids().size(), 1U);
+}
+
+TEST_F(SyncAdaptor, AnUpdateThatFailsLetsTheNextAdditionAdd) {
+  EXPECT_EQ(adaptor_.updateEvent(milk, 4711), TASK_SYNCML_NOTFOUND);
+  EXPECT_EQ(said(1), "add record to database failed!!");
+  EXPECT_EQ(adaptor_.updateEvent("nothing", 4711), TASK_SYNCML_OTHERERROR);
+  const int fd = fileWith(milk);
+  EXPECT_EQ(adaptor_.updateEvent(fd, 0, 4711), TASK_SYNCML_NOTFOUND);
+  EXPECT_EQ(said(1), "Exiting updateEvent");
+  unsigned int uid = 0;
+  EXPECT_EQ(adaptor_.addEvent(fd, 0, uid), TASK_SYNCML_OK);
+  EXPECT_EQ(adaptor_.addEvent(milk, uid), TASK_SYNCML_OK);
+  close(fd);
+  EXPECT_EQ(ids().size(), 2U);
+}
+
+// Removal and lists
+
+TEST_F(SyncAdaptor, RemovesTasksAndListsThem) {
+  const unsigned int first = add("one");
+  const unsigned int second = add("two");
+  std::vector<unsigned int> list = {99};
+  EXPECT_EQ(adaptor_.getAllIDs(list), TASK_SYNCML_OK);
+  EXPECT_THAT(list, ElementsAre(99, first, second));
+  EXPECT_EQ(adaptor_.removeEvent(first), TASK_SYNCML_OK);
+  EXPECT_EQ(adaptor_.removeEvent(first), TASK_SYNCML_NOTFOUND);
+  EXPECT_THAT(ids(), ElementsAre(second));
+  EXPECT_EQ(adaptor_.removeAll(), TASK_SYNCML_OK);
+  EXPECT_THAT(ids(), IsEmpty());
+}
+
+TEST(SyncAdaptorWithoutStore, AnswersWithOneCode) {
+  setenv("ULO_DATA_DIR", "/proc/nowhere", 1);
+  LogCapture log;
+  TASK_ENG_SyncML adaptor;
+  unsigned int uid = 77;
+  std::string text;
+  std::vector<unsigned int> list = {99};
+  int size = 0;
+  EXPECT_EQ(adaptor.getEvent(text, 1), TASK_SYNCML_OTHERERROR);
+  EXPECT_EQ(adaptor.getEvent(1, size, 10, 1), TASK_SYNCML_OTHERERROR);
+  EXPECT_EQ(adaptor.addEvent(milk, uid), TASK_SYNCML_OTHERERROR);
+  EXPECT_EQ(adaptor.updateEvent(milk, 1), TASK_SYNCML_OTHERERROR);
+  EXPECT_EQ(adaptor.removeEvent(1), TASK_SYNCML_OTHERERROR);
+  EXPECT_EQ(adaptor.removeAll(), TASK_SYNCML_OTHERERROR);
+  EXPECT_EQ(adaptor.getAllIDs(list), TASK_SYNCML_OTHERERROR);
+  EXPECT_THAT(list, ElementsAre(99));
+  unsetenv("ULO_DATA_DIR");
+}
+
+// Runs
+
+TEST_F(SyncAdaptor, ARunThatChangedSomethingIsToldOnce) {
+  const unsigned int first = add("one");
+  const unsigned int second = add("two");
+  adaptor_.beginSync(3);
+  EXPECT_EQ(adaptor_.removeEvent(first), TASK_SYNCML_OK);
+  EXPECT_EQ(adaptor_.removeEvent(second), TASK_SYNCML_OK);
+  EXPECT_THAT(platform_.sent, IsEmpty());
+  adaptor_.endSync();
+  EXPECT_THAT(platform_.sent, ElementsAre("ULO_PIM_TASK_ENG_CHANNEL TASK_ENG_dataChanged"));
+  EXPECT_EQ(said(1), "Sending db change msg to HSA!");
+  adaptor_.endSync();
+  adaptor_.beginSync(0);
+  adaptor_.endSync();
+  EXPECT_EQ(platform_.sent.size(), 1U);
+}
+
+TEST_F(SyncAdaptor, EachKindOfChangeIsTold) {
+  const unsigned int uid = add("one");
+  unsigned int added = 0;
+  const int fd = fileWith(milk);
+  const std::vector<std::function<int()>> changes = {
+      [&] { return adaptor_.addEvent(milk, added); },
+      [&] { return adaptor_.addEvent(fd, 0, added); },
+      [&] { return adaptor_.updateEvent(milk, uid); },
+      [&] { return adaptor_.updateEvent(fd, 0, uid); },
+      [&] { return adaptor_.removeEvent(uid); },
+      [&] { return adaptor_.removeAll(); },
+  };
+  std::size_t told = 0;
+  for (const auto& change : changes) {
+    adaptor_.beginSync(0);
+    EXPECT_EQ(change(), TASK_SYNCML_OK);
+    adaptor_.endSync();
+    EXPECT_EQ(platform_.sent.size(), ++told);
+  }
+  close(fd);
+}
+
+TEST_F(SyncAdaptor, WhatFailedIsNotTold) {
+  add("one");
+  unsigned int uid = 0;
+  std::string text;
+  adaptor_.beginSync(0);
+  EXPECT_NE(adaptor_.removeEvent(4711), TASK_SYNCML_OK);
+  EXPECT_NE(adaptor_.addEvent("nothing", uid), TASK_SYNCML_OK);
+  EXPECT_NE(adaptor_.updateEvent(milk, 4711), TASK_SYNCML_OK);
+  EXPECT_EQ(adaptor_.getEvent(text, ids().front()), TASK_SYNCML_OK);
+  adaptor_.endSync();
+  EXPECT_THAT(platform_.sent, IsEmpty());
+  EXPECT_THAT(lines(), Not(Contains("Sending db change msg to HSA!")));
+}
+
+TEST_F(SyncAdaptor, ChangesOutsideARunAreToldWithTheNextOne) {
+  const unsigned int uid = add("one");
+  EXPECT_EQ(adaptor_.removeEvent(uid), TASK_SYNCML_OK);
+  adaptor_.endSync();
+  EXPECT_THAT(platform_.sent, IsEmpty());
+  adaptor_.beginSync(0);
+  adaptor_.endSync();
+  EXPECT_EQ(platform_.sent.size(), 1U);
+}
+
+}  // namespace

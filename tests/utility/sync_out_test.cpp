@@ -1,0 +1,249 @@
+// Tasks as texts for a synchronisation engine.
+
+#include "sync_adaptor.h"
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+namespace {
+
+// Out, through a descriptor
+
+TEST_F(SyncAdaptor, WritesATaskToADescriptor) {
+  const unsigned int uid = add("Milk");
+  const int fd = fileWith("");
+  int size = 0;
+  EXPECT_EQ(adaptor_.getEvent(fd, size, 10000, uid), TASK_SYNCML_OK);
+  close(fd);
+  EXPECT_THAT(scratch(), HasSubstr("BEGIN:VTODO\r\nSTATUS:NEEDS ACTION\r\n"));
+  EXPECT_THAT(scratch(), HasSubstr("Milk"));
+  EXPECT_EQ(static_cast<std::size_t>(size), scratch().size());
+  EXPECT_FALSE(exists(outbound(uid)));
+  EXPECT_THAT(lines(),
+              ElementsAre("Starting getEvent with fd = " + std::to_string(fd) +
+                              ", maxSize = 10000, uid = " + std::to_string(uid),
+                          "The tmp file name is " + outbound(uid), "Returned from p.writeVtodo",
+                          "Size of vtodo = " + std::to_string(size), "Copying to fd completed.",
+                          "Exiting getEvent successfully"));
+}
+
+TEST_F(SyncAdaptor, WritesWhereTheDescriptorStands) {
+  const unsigned int uid = add("Milk");
+  const int fd = fileWith("0123456789");
+  lseek(fd, 4, SEEK_SET);
+  int size = 0;
+  EXPECT_EQ(adaptor_.getEvent(fd, size, 10000, uid), TASK_SYNCML_OK);
+  close(fd);
+  EXPECT_EQ(scratch().substr(0, 9), "0123BEGIN");
+  EXPECT_EQ(scratch().size(), static_cast<std::size_t>(size) + 4);
+}
+
+TEST_F(SyncAdaptor, WritesToAPipe) {
+  const unsigned int uid = add("Milk");
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  int size = 0;
+  EXPECT_EQ(adaptor_.getEvent(ends[1], size, 10000, uid), TASK_SYNCML_OK);
+  close(ends[1]);
+  std::string got(10000, '\0');
+  got.resize(static_cast<std::size_t>(read(ends[0], got.data(), got.size())));
+  close(ends[0]);
+  EXPECT_EQ(got.size(), static_cast<std::size_t>(size));
+  EXPECT_EQ(got.substr(0, 15), "BEGIN:VCALENDAR");
+}
+
+// Whether all bytes went out is for the owner of the descriptor to see.
+TEST_F(SyncAdaptor, DoesNotLookAtWhatBecomesOfTheBytes) {
+  const unsigned int uid = add("Milk");
+  close(fileWith("kept"));
+  const int readOnly = ::open((scratch_.path() / "item").c_str(), O_RDONLY);
+  int size = 0;
+  EXPECT_EQ(adaptor_.getEvent(readOnly, size, 10000, uid), TASK_SYNCML_OK);
+  EXPECT_GT(size, 0);
+  close(readOnly);
+  EXPECT_EQ(scratch(), "kept");
+}
+
+TEST_F(SyncAdaptor, ALargeItemStaysInItsFile) {
+  const unsigned int uid = add("Milk");
+  const int fd = fileWith("");
+  int whole = 0;
+  ASSERT_EQ(adaptor_.getEvent(fd, whole, 10000, uid), TASK_SYNCML_OK);
+  const std::string item = scratch();
+  close(fd);
+
+  const int second = fileWith("");
+  int size = 0;
+  EXPECT_EQ(adaptor_.getEvent(second, size, whole - 1, uid), TASK_SYNCML_TOOLARGE);
+  EXPECT_EQ(size, whole);
+  EXPECT_EQ(scratch(), "");
+  EXPECT_EQ(contents(outbound(uid)), item);
+  EXPECT_EQ(said(2), "Size of vTodo file exceeds maxSize");
+  EXPECT_EQ(said(1), "Exiting getEvent with TASK_SYNCML_TOOLARGE");
+
+  EXPECT_EQ(adaptor_.getEvent(second, size, whole, uid), TASK_SYNCML_OK);
+  close(second);
+  EXPECT_EQ(scratch(), item);
+  EXPECT_FALSE(exists(outbound(uid)));
+}
+
+TEST_F(SyncAdaptor, ATaskThatIsNotThereIsNotFound) {
+  int size = 77;
+  EXPECT_EQ(adaptor_.getEvent(1, size, 10000, 4711), TASK_SYNCML_NOTFOUND);
+  EXPECT_EQ(size, 77);
+  EXPECT_THAT(lines(),
+              ElementsAre("Starting getEvent with fd = 1, maxSize = 10000, uid = 4711",
+                          "Error Occured when getting a Task!", "Exiting getEvent abnormally"));
+  std::string text = "kept";
+  EXPECT_EQ(adaptor_.getEvent(text, 4711), TASK_SYNCML_NOTFOUND);
+  EXPECT_EQ(text, "kept");
+  EXPECT_EQ(said(1), "Error Occured when getting a Task!");
+}
+
+TEST_F(SyncAdaptor, ADirectoryThatTakesNoFilesIsAnError) {
+  const unsigned int uid = add("Milk");
+  SyncAdaptorAccess::directory(adaptor_) = "/nowhere/at/all";
+  int size = 77;
+  EXPECT_EQ(adaptor_.getEvent(1, size, 10000, uid), TASK_SYNCML_OTHERERROR);
+  EXPECT_EQ(size, 77);
+  EXPECT_EQ(said(2), "Tmp file does not exist!");
+  EXPECT_EQ(said(1), "Exiting getEvent with TASK_SYNCML_OTHERERROR");
+  std::string text = "kept";
+  EXPECT_EQ(adaptor_.getEvent(text, uid), TASK_SYNCML_OTHERERROR);
+  EXPECT_EQ(text, "kept");
+  EXPECT_EQ(said(1), "temp file is not exist!");
+}
+
+TEST_F(SyncAdaptor, AFileThatCannotBeReadAgainStays) {
+  const unsigned int uid = add("Milk");
+  platform_.noDescriptor = true;
+  int size = 0;
+  EXPECT_EQ(adaptor_.getEvent(1, size, 10000, uid), TASK_SYNCML_OTHERERROR);
+  platform_.noDescriptor = false;
+  EXPECT_GT(size, 0);
+  EXPECT_TRUE(exists(outbound(uid)));
+  EXPECT_EQ(said(2), "Could not obtain filedescriptor for temp file");
+  EXPECT_EQ(said(1), "Exiting getEvent with TASK_SYNCML_OTHERERROR");
+}
+
+TEST_F(SyncAdaptor, HalfATextIsNotSent) {
+  const unsigned int uid = add(std::string(400, 'm'));
+  const int fd = fileWith("");
+  int size = 77;
+  std::string text = "kept";
+  {
+    const FullDisk full(100);
+    EXPECT_EQ(adaptor_.getEvent(fd, size, 10000, uid), TASK_SYNCML_OTHERERROR);
+    EXPECT_EQ(said(2), "the tmp file is not whole!");
+    EXPECT_EQ(said(1), "Exiting getEvent with TASK_SYNCML_OTHERERROR");
+    EXPECT_EQ(adaptor_.getEvent(text, uid), TASK_SYNCML_OTHERERROR);
+    EXPECT_EQ(said(1), "the tmp file is not whole!");
+  }
+  close(fd);
+  EXPECT_EQ(scratch(), "");
+  EXPECT_EQ(size, 77);
+  EXPECT_EQ(text, "kept");
+  EXPECT_FALSE(exists(outbound(uid)));
+  EXPECT_EQ(adaptor_.getEvent(text, uid), TASK_SYNCML_OK);
+}
+
+// Names that can be guessed
+
+TEST_F(SyncAdaptor, ASymbolicLinkIsReplacedAndNotFollowed) {
+  const unsigned int uid = add("Milk");
+  const std::string target = scratch_.path() / "precious";
+  std::ofstream(target) << "precious";
+  for (int round = 0; round < 2; ++round) {
+    ASSERT_EQ(symlink(target.c_str(), outbound(uid).c_str()), 0);
+    std::string text;
+    const int fd = fileWith("");
+    int size = 0;
+    EXPECT_EQ(round == 0 ? adaptor_.getEvent(text, uid) : adaptor_.getEvent(fd, size, 10000, uid),
+              TASK_SYNCML_OK);
+    close(fd);
+    EXPECT_THAT(round == 0 ? text : scratch(), HasSubstr("Milk"));
+    EXPECT_EQ(contents(target), "precious");
+    EXPECT_FALSE(exists(outbound(uid)));
+  }
+}
+
+TEST_F(SyncAdaptor, AFileThatCannotBeRemovedIsNeitherOverwrittenNorSent) {
+  const unsigned int uid = add("Milk");
+  std::ofstream(outbound(uid)) << "somebody else's";
+  platform_.nothingCanBeRemoved = true;
+  const int fd = fileWith("");
+  int size = 77;
+  std::string text = "kept";
+  EXPECT_EQ(adaptor_.getEvent(fd, size, 10000, uid), TASK_SYNCML_OTHERERROR);
+  EXPECT_EQ(said(2), "the tmp file name is taken by another file!");
+  EXPECT_EQ(said(1), "Exiting getEvent with TASK_SYNCML_OTHERERROR");
+  EXPECT_EQ(adaptor_.getEvent(text, uid), TASK_SYNCML_OTHERERROR);
+  EXPECT_EQ(said(1), "the tmp file name is taken by another file!");
+  platform_.nothingCanBeRemoved = false;
+  close(fd);
+  EXPECT_EQ(size, 77);
+  EXPECT_EQ(text, "kept");
+  EXPECT_EQ(scratch(), "");
+  EXPECT_EQ(contents(outbound(uid)), "somebody else's");
+}
+
+// Where a directory lets others remove files.
+TEST_F(SyncAdaptor, AFileThatTookTheNameMeanwhileIsNotSent) {
+  const unsigned int uid = add("Milk");
+  platform_.asAParserComes = [&] {
+    std::filesystem::remove(outbound(uid));
+    std::ofstream(outbound(uid)) << milk;
+  };
+  const int fd = fileWith("");
+  int size = 77;
+  std::string text = "kept";
+  EXPECT_EQ(adaptor_.getEvent(fd, size, 10000, uid), TASK_SYNCML_OTHERERROR);
+  EXPECT_EQ(said(2), "the tmp file name is taken by another file!");
+  EXPECT_EQ(adaptor_.getEvent(text, uid), TASK_SYNCML_OTHERERROR);
+  EXPECT_EQ(said(1), "the tmp file name is taken by another file!");
+  close(fd);
+  EXPECT_EQ(size, 77);
+  EXPECT_EQ(text, "kept");
+  EXPECT_EQ(scratch(), "");
+}
+
+TEST_F(SyncAdaptor, ADirectoryOfThatNameIsInTheWay) {
+  const unsigned int uid = add("Milk");
+  ASSERT_EQ(mkdir(outbound(uid).c_str(), 0700), 0);
+  std::string text;
+  EXPECT_EQ(adaptor_.getEvent(text, uid), TASK_SYNCML_OTHERERROR);
+  EXPECT_EQ(text, "");
+  EXPECT_EQ(said(1), "the tmp file name is taken by another file!");
+}
+
+TEST_F(SyncAdaptor, FilesGoOutUnderTmp) {
+  const TASK_ENG_SyncML fresh;
+  EXPECT_EQ(SyncAdaptorAccess::directory(const_cast<TASK_ENG_SyncML&>(fresh)), QString("/tmp"));
+}
+
+// Out, in a string
+
+TEST_F(SyncAdaptor, AppendsATaskToAString) {
+  const unsigned int uid = add("Milk");
+  std::string text = "front";
+  EXPECT_EQ(adaptor_.getEvent(text, uid), TASK_SYNCML_OK);
+  EXPECT_EQ(text.substr(0, 20), "frontBEGIN:VCALENDAR");
+  EXPECT_THAT(text, testing::EndsWith("END:VCALENDAR\r\n\r\n"));
+  EXPECT_FALSE(exists(outbound(uid)));
+  EXPECT_THAT(lines(),
+              ElementsAre("The tmp file name is " + outbound(uid), "Returned from p.writeVtodo"));
+}
+
+TEST_F(SyncAdaptor, WithoutMemoryTheFileStays) {
+  const unsigned int uid = add("Milk");
+  std::string text = "kept";
+  platform_.noMemory = true;
+  const int code = adaptor_.getEvent(text, uid);
+  platform_.noMemory = false;
+  EXPECT_EQ(code, TASK_SYNCML_NOMEMORY);
+  EXPECT_EQ(text, "kept");
+  EXPECT_TRUE(exists(outbound(uid)));
+  EXPECT_EQ(said(1), "Memary is full!!!");
+}
+
+}  // namespace

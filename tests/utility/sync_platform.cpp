@@ -1,0 +1,66 @@
+// The adaptor's calls to the system and to the bus, as the linker hands them over.
+
+#include "sync_adaptor.h"
+
+#include "QCopChannel.h"
+#include "export.h"
+
+#include <cerrno>
+#include <cstdarg>
+
+Platform* platform = nullptr;
+
+extern "C" {
+int __real_mkstemp(char* name);
+ULO_EXPORT int __wrap_mkstemp(char* name);
+int __wrap_mkstemp(char* name) {
+  return platform != nullptr && platform->noTemporaryFile ? -1 : __real_mkstemp(name);
+}
+
+int __real_unlink(const char* name);
+ULO_EXPORT int __wrap_unlink(const char* name);
+int __wrap_unlink(const char* name) {
+  if (platform == nullptr || !platform->nothingCanBeRemoved)
+    return __real_unlink(name);
+  errno = EPERM;
+  return -1;
+}
+
+void* __real_calloc(std::size_t count, std::size_t size);
+ULO_EXPORT void* __wrap_calloc(std::size_t count, std::size_t size);
+void* __wrap_calloc(std::size_t count, std::size_t size) {
+  return platform != nullptr && platform->noMemory ? nullptr : __real_calloc(count, size);
+}
+
+int __real_open(const char* name, int flags, mode_t mode);
+ULO_EXPORT int __wrap_open(const char* name, int flags, ...);
+int __wrap_open(const char* name, int flags, ...) {
+  va_list more;
+  va_start(more, flags);
+  const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(more, mode_t) : 0;
+  va_end(more);
+  return platform != nullptr && platform->noDescriptor && flags == O_RDONLY
+             ? -1
+             : __real_open(name, flags, mode);
+}
+
+void* __real_dlopen(const char* name, int flags);
+ULO_EXPORT void* __wrap_dlopen(const char* name, int flags);
+void* __wrap_dlopen(const char* name, int flags) {
+  if (platform != nullptr && platform->asAParserComes)
+    platform->asAParserComes();
+  return __real_dlopen(name, flags);
+}
+
+// QCopChannel::send(const QCString&, const QCString&, const QByteArray&)
+ULO_EXPORT bool __wrap__ZN11QCopChannel4sendERK8QCStringS2_RK10QByteArray(const QCString& channel,
+                                                                          const QCString& message,
+                                                                          const QByteArray& data);
+bool __wrap__ZN11QCopChannel4sendERK8QCStringS2_RK10QByteArray(const QCString& channel,
+                                                               const QCString& message,
+                                                               const QByteArray& data) {
+  platform->sent.push_back(channel.toStdString() + ' ' + message.toStdString() +
+                           (data.isEmpty() ? "" : " with data"));
+  return true;
+}
+}
