@@ -196,6 +196,11 @@ void UlotaskTest::stepClock(int milliseconds) {
   environment_["ULO_TEST_CLOCK_STEP"] = std::to_string(milliseconds);
 }
 
+void UlotaskTest::breakTemporaryFiles(const std::string& how) {
+  preload(ULOTASK_TEMPORARY);
+  environment_["ULO_TEST_TEMPORARY"] = how;
+}
+
 std::string UlotaskTest::file(const std::string& name, const std::string& bytes) {
   std::ofstream(path(name), std::ios::binary) << bytes;
   return path(name);

@@ -81,6 +81,9 @@ protected:
   // From here on the program's monotonic clock goes on by so much whenever it is read.
   void stepClock(int milliseconds);
 
+  // From here on temporary files of an exchange fail: "full", "unwritable" or "foreign".
+  void breakTemporaryFiles(const std::string& how);
+
   // What the program finds in its environment besides PATH and what ctest sets.
   std::map<std::string, std::string> environment_ = {
       {"HOME", path("home")},
