@@ -74,6 +74,43 @@ private:
   std::vector<T> items_;
 };
 
+// An array of plain values, shared by nobody. Behind its last one there is always a value of zero,
+// so that bytes can be read as a text.
+template <typename T> class QArray {
+public:
+  QArray() = default;
+  explicit QArray(int size) { resize(size); }
+
+  [[nodiscard]] uint size() const { return static_cast<uint>(items_.size() - 1); }
+  [[nodiscard]] uint count() const { return size(); }
+  [[nodiscard]] bool isEmpty() const { return size() == 0; }
+  // New values are zero. False, and nothing done, for a negative size.
+  bool resize(int size) {
+    if (size < 0)
+      return false;
+    items_.back() = T();
+    items_.resize(static_cast<std::size_t>(size) + 1);
+    items_.back() = T();
+    return true;
+  }
+  // Takes a copy of `size` values.
+  QArray& duplicate(const T* values, uint size) {
+    items_.assign(values, values + size);
+    items_.push_back(T());
+    return *this;
+  }
+  [[nodiscard]] T* data() { return items_.data(); }
+  [[nodiscard]] const T* data() const { return items_.data(); }
+  // Requires: index < size().
+  [[nodiscard]] T& at(uint index) { return items_[index]; }
+  [[nodiscard]] const T& at(uint index) const { return items_[index]; }
+  T& operator[](int index) { return items_[static_cast<std::size_t>(index)]; }
+  const T& operator[](int index) const { return items_[static_cast<std::size_t>(index)]; }
+
+private:
+  std::vector<T> items_ = std::vector<T>(1);
+};
+
 // A list of pointers. It deletes the items that it drops only while auto-delete is set; else
 // they are the caller's.
 template <typename T> class QPtrListOf {

@@ -1,0 +1,37 @@
+// Plain text over as many lines as it needs, wrapped between words and, where a word is too long,
+// inside it. Markup and control characters have no meaning. Its direction is that of its letters.
+#pragma once
+
+#include "export.h"
+
+#include <QTextLayout>
+#include <QWidget>
+
+class ULO_EXPORT ZWrappedText : public QWidget {
+public:
+  explicit ZWrappedText(const QString& text, QWidget* parent = nullptr);
+
+  [[nodiscard]] QString text() const { return text_; }
+  void setText(const QString& text);
+  void setColour(QPalette::ColorRole role);
+
+  [[nodiscard]] QSize sizeHint() const override;
+  [[nodiscard]] QSize minimumSizeHint() const override;
+  [[nodiscard]] bool hasHeightForWidth() const override { return true; }
+  [[nodiscard]] int heightForWidth(int width) const override;
+  // What the text would take on one line, in pixels.
+  [[nodiscard]] int widthOnOneLine() const;
+
+protected:
+  void paintEvent(QPaintEvent* event) override;
+  void changeEvent(QEvent* event) override;
+
+private:
+  void layOut(int width) const;
+
+  QString text_;
+  QPalette::ColorRole colour_ = QPalette::WindowText;
+  mutable QTextLayout layout_;
+  mutable int width_ = -1;  // that the layout is for
+  mutable int height_ = 0;
+};

@@ -1,0 +1,77 @@
+#include "look.h"
+
+#include <QFontMetrics>
+#include <QWidget>
+
+#include <algorithm>
+
+namespace ulo {
+
+namespace {
+
+constexpr int narrowLine = 13;  // pixels of a line of the narrow screen's font
+constexpr int iconUnit = 16;
+
+int lineHeight(const QWidget* widget) {
+  return QFontMetrics(widget->font()).height();
+}
+
+struct Colours {
+  QColor window, base, text, weak, button, accent, accentText, selected, link;
+};
+
+const Colours& coloursOf(Theme theme) {
+  static const Colours light = {"#f4f5f7", "#ffffff", "#1b1f24", "#5b6570", "#e3e7ec",
+                                "#1f5a96", "#ffffff", "#cfe2f6", "#1f5a96"};
+  static const Colours dark = {"#15181c", "#1d2126", "#eceff2", "#a3adb8", "#2a3037",
+                               "#17466f", "#f5f8fb", "#27496b", "#7db8ee"};
+  return theme == Theme::light ? light : dark;
+}
+
+}  // namespace
+
+Theme preferredTheme(const QPalette& desktop) {
+  const QByteArray wanted = qgetenv("ULO_THEME");
+  if (wanted == "light" || wanted == "dark")
+    return wanted == "light" ? Theme::light : Theme::dark;
+  return desktop.color(QPalette::Window).lightness() < 128 ? Theme::dark : Theme::light;
+}
+
+QPalette themePalette(Theme theme) {
+  const Colours& colours = coloursOf(theme);
+  QPalette palette(colours.button, colours.window);
+  palette.setColor(QPalette::Base, colours.base);
+  palette.setColor(QPalette::AlternateBase, colours.window);
+  for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText,
+                                         QPalette::ToolTipText, QPalette::HighlightedText})
+    palette.setColor(role, colours.text);
+  palette.setColor(QPalette::ToolTipBase, colours.base);
+  palette.setColor(QPalette::PlaceholderText, colours.weak);
+  // Bars wear the accent, the current row the light form of it.
+  palette.setColor(QPalette::Highlight, colours.selected);
+  palette.setColor(QPalette::Link, colours.link);
+  palette.setColor(QPalette::Shadow, colours.accent);
+  palette.setColor(QPalette::BrightText, colours.accentText);
+  for (const QPalette::ColorRole role :
+       {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+    palette.setColor(QPalette::Disabled, role, colours.weak);
+  return palette;
+}
+
+int gap(const QWidget* widget) {
+  return std::max(4, lineHeight(widget) / 3);
+}
+
+int touchHeight(const QWidget* widget) {
+  return std::max(30, lineHeight(widget) * 2);
+}
+
+int iconSize(const QWidget* widget) {
+  return iconUnit * std::max(1, (lineHeight(widget) + iconUnit / 2) / iconUnit);
+}
+
+int scaled(const QWidget* widget, int pixels) {
+  return pixels * std::max(narrowLine, lineHeight(widget)) / narrowLine;
+}
+
+}  // namespace ulo

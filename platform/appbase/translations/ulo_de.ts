@@ -1,0 +1,131 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="de" sourcelanguage="en">
+<context>
+    <name></name>
+    <message id="TXT_RID_SOFTKEY_BACK">
+        <source>Back</source>
+        <translation>Zurück</translation>
+    </message>
+    <message id="TXT_RID_SOFTKEY_OPTIONS">
+        <source>Options</source>
+        <translation>Optionen</translation>
+    </message>
+    <message id="TXT_RID_SOFTKEY_OK">
+        <source>OK</source>
+        <translation>OK</translation>
+    </message>
+    <message id="TXT_RID_SOFTKEY_CANCEL">
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message id="TXT_RID_SOFTKEY_YES">
+        <source>Yes</source>
+        <translation>Ja</translation>
+    </message>
+    <message id="TXT_RID_SOFTKEY_NO">
+        <source>No</source>
+        <translation>Nein</translation>
+    </message>
+    <message id="TXT_RID_LABEL_FORMITEM_TITLE">
+        <source>Title:</source>
+        <translation>Titel:</translation>
+    </message>
+    <message id="TXT_RID_EMPHASIS_TITLE">
+        <source>Title:</source>
+        <translation>Titel:</translation>
+    </message>
+    <message id="TXT_RID_LABEL_FORMITEM_DUE_DATE">
+        <source>Due Date:</source>
+        <translation>Fällig am:</translation>
+    </message>
+    <message id="TXT_RID_EMPHASIS_DUE_DATE">
+        <source>Due Date:</source>
+        <translation>Fällig am:</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_NO_DUE_DATE">
+        <source>No Due Date</source>
+        <translation>Ohne Fälligkeit</translation>
+    </message>
+    <message id="TXT_RID_LABEL_FORMITEM_STATUS">
+        <source>Status:</source>
+        <translation>Status:</translation>
+    </message>
+    <message id="TXT_RID_EMPHASIS_STATUS">
+        <source>Status:</source>
+        <translation>Status:</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_COMPLETED">
+        <source>Completed</source>
+        <translation>Erledigt</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_INCOMPLETE">
+        <source>Incomplete</source>
+        <translation>Offen</translation>
+    </message>
+    <message id="TXT_RID_LABEL_FORMITEM_PRIORITY">
+        <source>Priority:</source>
+        <translation>Priorität:</translation>
+    </message>
+    <message id="TXT_RID_EMPHASIS_PRIORITY">
+        <source>Priority:</source>
+        <translation>Priorität:</translation>
+    </message>
+    <message id="TXT_RID_SETTING_B_HIGH">
+        <source>High</source>
+        <translation>Hoch</translation>
+    </message>
+    <message id="TXT_RID_SETTING_B_NORMAL">
+        <source>Normal</source>
+        <translation>Normal</translation>
+    </message>
+    <message id="TXT_RID_SETTING_B_LOW">
+        <source>Low</source>
+        <translation>Niedrig</translation>
+    </message>
+    <message id="TXT_RID_LABEL_FORMITEM_NOTES">
+        <source>Notes:</source>
+        <translation>Notizen:</translation>
+    </message>
+    <message id="TXT_RID_EMPHASIS_NOTE">
+        <source>Notes:</source>
+        <translation>Notizen:</translation>
+    </message>
+    <message id="TXT_RID_OPTION_EDIT">
+        <source>Edit</source>
+        <translation>Bearbeiten</translation>
+    </message>
+    <message id="TXT_RID_OPTION_SHARE_VIA">
+        <source>Share via</source>
+        <translation>Senden über</translation>
+    </message>
+    <message id="TXT_RID_OPTION_BLUETOOTH">
+        <source>Bluetooth</source>
+        <translation>Bluetooth</translation>
+    </message>
+    <message id="TXT_RID_OPTION_MESSAGE">
+        <source>Message</source>
+        <translation>Nachricht</translation>
+    </message>
+    <message id="TXT_RID_OPTION_DELETE">
+        <source>Delete</source>
+        <translation>Löschen</translation>
+    </message>
+    <message id="TXT_RID_HEADER_SAVED_TO_TASK_LIST">
+        <source>Saved to Task List</source>
+        <translation>In Aufgabenliste gespeichert</translation>
+    </message>
+    <message id="FMT_RID_INSTRUCTIONALTXT_1_SAVED_TO_TASK_LIST">
+        <source>%1 saved to Task List</source>
+        <translation>%1 wurde in der Aufgabenliste gespeichert</translation>
+    </message>
+    <message id="TXT_RID_HEADER_MEMORY_FULL">
+        <source>Memory Full</source>
+        <translation>Speicher voll</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_TASK_CANNOT_BE_CREATED_PHONE_MEMORY_IS_FULL_PLEASE_DELETE_SOME_FILES_TO_CREATE_SPACE_IN_MEMORY">
+        <source>Task cannot be created because phone memory is full. Please delete some files to create space in memory.</source>
+        <translation>Die Aufgabe kann nicht angelegt werden, weil der Speicher des Telefons voll ist. Bitte löschen Sie einige Dateien, um Platz zu schaffen.</translation>
+    </message>
+</context>
+</TS>

@@ -1,0 +1,131 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="zh_CN" sourcelanguage="en">
+<context>
+    <name></name>
+    <message id="TXT_RID_SOFTKEY_BACK">
+        <source>Back</source>
+        <translation>返回</translation>
+    </message>
+    <message id="TXT_RID_SOFTKEY_OPTIONS">
+        <source>Options</source>
+        <translation>选项</translation>
+    </message>
+    <message id="TXT_RID_SOFTKEY_OK">
+        <source>OK</source>
+        <translation>确定</translation>
+    </message>
+    <message id="TXT_RID_SOFTKEY_CANCEL">
+        <source>Cancel</source>
+        <translation>取消</translation>
+    </message>
+    <message id="TXT_RID_SOFTKEY_YES">
+        <source>Yes</source>
+        <translation>是</translation>
+    </message>
+    <message id="TXT_RID_SOFTKEY_NO">
+        <source>No</source>
+        <translation>否</translation>
+    </message>
+    <message id="TXT_RID_LABEL_FORMITEM_TITLE">
+        <source>Title:</source>
+        <translation>标题：</translation>
+    </message>
+    <message id="TXT_RID_EMPHASIS_TITLE">
+        <source>Title:</source>
+        <translation>标题：</translation>
+    </message>
+    <message id="TXT_RID_LABEL_FORMITEM_DUE_DATE">
+        <source>Due Date:</source>
+        <translation>到期日：</translation>
+    </message>
+    <message id="TXT_RID_EMPHASIS_DUE_DATE">
+        <source>Due Date:</source>
+        <translation>到期日：</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_NO_DUE_DATE">
+        <source>No Due Date</source>
+        <translation>无到期日</translation>
+    </message>
+    <message id="TXT_RID_LABEL_FORMITEM_STATUS">
+        <source>Status:</source>
+        <translation>状态：</translation>
+    </message>
+    <message id="TXT_RID_EMPHASIS_STATUS">
+        <source>Status:</source>
+        <translation>状态：</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_COMPLETED">
+        <source>Completed</source>
+        <translation>已完成</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_INCOMPLETE">
+        <source>Incomplete</source>
+        <translation>未完成</translation>
+    </message>
+    <message id="TXT_RID_LABEL_FORMITEM_PRIORITY">
+        <source>Priority:</source>
+        <translation>优先级：</translation>
+    </message>
+    <message id="TXT_RID_EMPHASIS_PRIORITY">
+        <source>Priority:</source>
+        <translation>优先级：</translation>
+    </message>
+    <message id="TXT_RID_SETTING_B_HIGH">
+        <source>High</source>
+        <translation>高</translation>
+    </message>
+    <message id="TXT_RID_SETTING_B_NORMAL">
+        <source>Normal</source>
+        <translation>中</translation>
+    </message>
+    <message id="TXT_RID_SETTING_B_LOW">
+        <source>Low</source>
+        <translation>低</translation>
+    </message>
+    <message id="TXT_RID_LABEL_FORMITEM_NOTES">
+        <source>Notes:</source>
+        <translation>备注：</translation>
+    </message>
+    <message id="TXT_RID_EMPHASIS_NOTE">
+        <source>Notes:</source>
+        <translation>备注：</translation>
+    </message>
+    <message id="TXT_RID_OPTION_EDIT">
+        <source>Edit</source>
+        <translation>编辑</translation>
+    </message>
+    <message id="TXT_RID_OPTION_SHARE_VIA">
+        <source>Share via</source>
+        <translation>分享方式</translation>
+    </message>
+    <message id="TXT_RID_OPTION_BLUETOOTH">
+        <source>Bluetooth</source>
+        <translation>蓝牙</translation>
+    </message>
+    <message id="TXT_RID_OPTION_MESSAGE">
+        <source>Message</source>
+        <translation>信息</translation>
+    </message>
+    <message id="TXT_RID_OPTION_DELETE">
+        <source>Delete</source>
+        <translation>删除</translation>
+    </message>
+    <message id="TXT_RID_HEADER_SAVED_TO_TASK_LIST">
+        <source>Saved to Task List</source>
+        <translation>已保存到任务列表</translation>
+    </message>
+    <message id="FMT_RID_INSTRUCTIONALTXT_1_SAVED_TO_TASK_LIST">
+        <source>%1 saved to Task List</source>
+        <translation>%1 已保存到任务列表</translation>
+    </message>
+    <message id="TXT_RID_HEADER_MEMORY_FULL">
+        <source>Memory Full</source>
+        <translation>内存已满</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_TASK_CANNOT_BE_CREATED_PHONE_MEMORY_IS_FULL_PLEASE_DELETE_SOME_FILES_TO_CREATE_SPACE_IN_MEMORY">
+        <source>Task cannot be created because phone memory is full. Please delete some files to create space in memory.</source>
+        <translation>手机内存已满，无法创建任务。请删除一些文件以释放内存空间。</translation>
+    </message>
+</context>
+</TS>
