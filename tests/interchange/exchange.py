@@ -1,0 +1,114 @@
+"""Sends every task through every program, both ways, and judges each field of each."""
+
+import dataclasses
+import os
+
+import rules
+from rules import FAULT, Refused, predict
+from tasks import FIELDS, Task
+
+SAME, BY_RULE, PEER_WRONG, WRONG = range(4)  # from good to bad
+
+
+@dataclasses.dataclass
+class Value:
+    """The worst that became of one value of a field, over all tasks that have it."""
+    verdict: int
+    steps: list
+    sent: object
+    received: object
+
+
+class Table:
+    """One direction of one peer: for each field each value of the set."""
+    def __init__(self, peer, direction):
+        self.direction = direction
+        self.steps = rules.STEPS[peer.key, direction]
+        self.fields = {field: {} for field in FIELDS}
+        self.compared = 0
+
+    def add(self, sent, received):
+        predicted = {field: predict(self.steps.get(field, []), getattr(sent, field))
+                     for field in FIELDS}
+        if isinstance(received, Refused):
+            causes = [field for field in FIELDS if predicted[field][0] == received] or FIELDS
+        else:
+            causes = FIELDS
+        for field in causes:
+            got = getattr(received, field) if isinstance(received, Task) else received
+            self._judge(field, getattr(sent, field), got, *predicted[field])
+        self.compared += 1
+
+    def _judge(self, field, sent, got, wanted, steps):
+        if not wanted == got:
+            verdict = WRONG
+        elif not steps:
+            verdict = SAME
+        else:
+            verdict = PEER_WRONG if any(step.whose == FAULT for step in steps) else BY_RULE
+        known = self.fields[field].get(sent)
+        if known is None or verdict > known.verdict:
+            self.fields[field][sent] = Value(verdict, steps if verdict < WRONG else [], sent, got)
+
+    def values(self, field, *verdicts):
+        return [value for value in self.fields[field].values() if value.verdict in verdicts]
+
+    def idle_steps(self):
+        """Steps that the set never shows: nothing proves them."""
+        used = [step for field in FIELDS for value in self.fields[field].values()
+                for step in value.steps]
+        return [step for steps in self.steps.values() for step in steps if step not in used]
+
+
+class Failed:
+    """Our side gave up a text. No rule foresees that, so it equals nothing."""
+    def __init__(self, why):
+        self.why = why
+
+    def __str__(self):
+        return self.why
+
+
+def attempt(work, *arguments, failure=Refused):
+    try:
+        return work(*arguments)
+    except Exception as error:  # whatever a program fails with
+        return failure(str(error))
+
+
+def out(peer, tasks, texts, directory):
+    """Our texts, read by the peer."""
+    table = Table(peer, "out")
+    os.makedirs(directory, exist_ok=True)
+    for number, (task, text) in enumerate(zip(tasks, texts)):
+        file = os.path.join(directory, f"{number}.vcs")
+        with open(file, "wb") as target:
+            target.write(text)
+        table.add(task, attempt(peer.read, file))
+    return table
+
+
+def back(peer, tasks, engine, directory):
+    """The peer's texts, read by us. The second result is whether sync-item put stored of each text
+    what import did."""
+    table = Table(peer, "in")
+    os.makedirs(directory, exist_ok=True)
+    puts = []
+    for number, task in enumerate(tasks):
+        file = os.path.join(directory, f"{number}.{peer.extension}")
+        text = attempt(peer.write, task, file)
+        if isinstance(text, Refused):
+            table.add(task, text)
+            continue
+        with open(file, "rb") as source:
+            text = source.read()
+        received = attempt(engine.import_one, text, failure=Failed)
+        table.add(task, received)
+        puts.append(attempt(engine.sync_put, text, failure=Failed) == as_put(received))
+    return table, puts
+
+
+def as_put(task):
+    """What sync-item put stores where import stores this task. Only import sets the time of change
+    and gives a to-do without STATUS one; that one is shown as needing action by either."""
+    return dataclasses.replace(task, revision=None) if isinstance(task, Task) else task

@@ -1,0 +1,139 @@
+"""Writes docs/interchange.md from what the exchange showed."""
+
+from exchange import BY_RULE, PEER_WRONG, SAME, WRONG
+from rules import FAULT, Refused
+from tasks import FIELDS, ZONE
+
+INTRO = """\
+# Interchange with other programs
+
+A set of {count} tasks goes through programs that know nothing of this one: each reads what \
+`ulotask export` writes, and `ulotask import` reads what each writes. `tools/interchange` does \
+that again and writes this page; it fails when a field arrives otherwise than below.
+
+| program | version | reads from us | writes to us |
+|---|---|---|---|
+{peers}
+
+{notes}
+
+The tables count values. A value of a field (each of the set's summaries, each priority ...; \
+"not set" is one, too) is **the same** when it arrived unchanged in every task that has it. It \
+is **lost by rule** when what arrived is exactly what the footnotes make of it: a rule of ours \
+or of the other program or format. It is **wrong** where the footnotes say so of the other \
+program, or where nothing explains what arrived; the latter would be ours until shown otherwise. \
+Every field of every task is compared, {compared} tasks in all; where a program refuses a whole \
+text, only the field that made it do so counts. "Not completed" in gammu and KDE's library is \
+compared as NEEDS ACTION, gammu's high, medium and low as 1, 2 and 3. Times are those of {zone}, \
+where summer time of 2027 begins on 28 March and ends on 31 October.
+
+`sync-item get` gave the bytes of `export` for {same_get} of {count} tasks, and `sync-item put` \
+stored what `import` stored for {same_put} of the {puts} texts that came back. Two things are \
+import's own and left out of this: it sets the time of change, and it stores "needs action" for \
+a to-do without STATUS, which `sync-item put` leaves without one.
+"""
+
+SET = """\
+## The set
+
+`tests/interchange/tasks.py` lists it: {values}. One task has everything at once. Each value \
+travels in a task, and a text, of its own.
+
+## How it is judged
+
+`tests/interchange/rules.py` says in steps what each side does to a field; together the steps \
+predict what must arrive, to the character (but for the one that gammu takes from memory). A \
+step that no value of the set shows fails the run as well as a value that arrives unpredicted, \
+so no footnote here is hearsay. The comparison is not part of `./test`: KDE's library stands on \
+Qt 5, and the programs bring many packages that nothing else here needs.
+"""
+
+NOTES = """\
+KDE's library refuses to write vCalendar 1.0 ("Saving VCAL is not supported") and \
+python3-vobject knows only iCalendar 2.0, so what they write to us is iCalendar 2.0: our reader \
+takes from it what the two formats share. python3-vobject reads our text because its parser \
+takes any calendar and can undo quoted-printable."""
+
+
+def shown(value):
+    """A value for a table: short, in one line, everything unprintable escaped."""
+    if value is None:
+        return "nothing"
+    if isinstance(value, Refused):
+        return "no to-do"
+    text = str(value)
+    length = len(text)
+    if length > 40:
+        text = text[:30]
+    text = "".join(c if c.isprintable() else c.encode("unicode_escape").decode() for c in text)
+    text = text.replace("|", "\\|")
+    quoted = f"`{text}`"
+    return f"{quoted} ... ({length} characters)" if length > 40 else quoted
+
+
+def footnotes(table):
+    """The steps that were seen, in the order of the fields, by number."""
+    numbers = {}
+    for field in FIELDS:
+        for value in table.values(field, BY_RULE, PEER_WRONG):
+            for step in value.steps:
+                numbers.setdefault(step.text, len(numbers) + 1)
+    return numbers
+
+
+def cell(values, numbers, total):
+    if not values:
+        return ""
+    used = sorted({numbers[step.text] for value in values for step in value.steps})
+    return f"{len(values)}/{total} " + " ".join(f"[{number}]" for number in used)
+
+
+def example(table, text):
+    """A value that the step changed, with as few other steps as there are."""
+    found = [value for field in FIELDS for value in table.values(field, BY_RULE, PEER_WRONG)
+             if text in [step.text for step in value.steps]]
+    value = min(found, key=lambda each: (len(each.steps), len(str(each.sent))))
+    return f"{shown(value.sent)} arrived as {shown(value.received)}"
+
+
+def section(peer, table):
+    if table.direction == "out":
+        title = f"### We write {peer.reads}, {peer.name} reads"
+    else:
+        title = f"### {peer.name} writes {peer.writes}, we read"
+    numbers = footnotes(table)
+    whose = {step.text: step.whose for steps in table.steps.values() for step in steps}
+    lines = [title, "", "| field | same | lost by rule | wrong, theirs | wrong, ours |",
+             "|---|---|---|---|---|"]
+    for field in FIELDS:
+        total = len(table.fields[field])
+        wrong = table.values(field, WRONG)
+        lines.append(f"| {field} | {len(table.values(field, SAME))}/{total} "
+                     f"| {cell(table.values(field, BY_RULE), numbers, total)} "
+                     f"| {cell(table.values(field, PEER_WRONG), numbers, total)} "
+                     f"| {f'{len(wrong)}/{total}' if wrong else ''} |")
+    lines.append("")
+    for text, number in numbers.items():
+        kind = "Fault of the program" if whose[text] == FAULT else whose[text].capitalize()
+        lines.append(f"- [{number}] *{kind}.* {text} Seen: {example(table, text)}.")
+    for field in FIELDS:
+        for value in table.values(field, WRONG):
+            lines.append(f"- **Wrong:** {field} {shown(value.sent)} arrived as "
+                         f"{shown(value.received)}.")
+    return "\n".join(lines) + "\n"
+
+
+def page(peers, tables, tasks, same_get, puts):
+    compared = sum(table.compared for pair in tables for table in pair)
+    rows = "\n".join(f"| {peer.name} | {peer.version()} | {peer.reads} | {peer.writes} |"
+                     for peer in peers)
+    values = ", ".join(f"{len(table_values)} values of {field}"
+                       for field, table_values in tables[0][0].fields.items()
+                       if field != "revision")
+    parts = [INTRO.format(count=len(tasks), peers=rows, notes=NOTES, compared=compared, zone=ZONE,
+                          same_get=same_get, same_put=puts.count(True), puts=len(puts))]
+    for peer, pair in zip(peers, tables):
+        parts.append(f"## {peer.name}\n")
+        parts += [section(peer, table) for table in pair]
+    parts.append(SET.format(values=values))
+    return "\n".join(parts)

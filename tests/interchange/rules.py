@@ -1,0 +1,265 @@
+"""What a task loses on its way, step by step. A step changes a value as a rule of one side or a
+fault of one program does; the steps of a field together predict what must arrive. A value that
+arrives otherwise, or unchanged where a step says that it changes, is an error of the exchange."""
+
+import dataclasses
+import re
+from datetime import datetime, timezone
+from typing import Callable
+from zoneinfo import ZoneInfo
+
+from engine import STORED
+from peers import READ
+from tasks import COMPLETED, NEEDS_ACTION, NOTE_LIMIT, SUMMARY_LIMIT, UNKNOWN, ZONE
+
+OURS, PEERS, FAULT = "our rule", "the peer's rule", "the peer's fault"
+
+
+class Refused:
+    """Nothing arrives: the program that reads or writes gives up the whole text."""
+    def __init__(self, why="refused"):
+        self.why = why
+
+    def __eq__(self, other):
+        return isinstance(other, Refused)
+
+    def __repr__(self):
+        return self.why
+
+
+class Garbled:
+    """So much of a text, then a character from nowhere; or nothing."""
+    def __init__(self, start):
+        self.start = start
+
+    def __eq__(self, other):
+        return isinstance(other, Refused) or (
+            isinstance(other, str) and other[:-1] == self.start)
+
+
+@dataclasses.dataclass(frozen=True)
+class Step:
+    whose: str
+    text: str
+    change: Callable
+    on_none: bool = False  # it changes what isn't set, too
+
+
+def nothing(_):
+    return None
+
+
+# --- What our writer does. ---
+
+def due_at_noon(date):
+    moment = datetime.strptime(date, "%Y-%m-%dT%H:%M:%SZ").replace(tzinfo=timezone.utc)
+    return moment.astimezone(ZoneInfo(ZONE)).strftime("%Y-%m-%dT12:00:00Z")
+
+
+OUT = {
+    "category": [Step(OURS, "A category is written as CATEGORY, which is no property of "
+                      "vCalendar 1.0 (that would be CATEGORIES): programs pass over it.", nothing)],
+    "status": [Step(OURS, "A status without a word in vCalendar 1.0 is written as NEEDS ACTION.",
+                    lambda status: NEEDS_ACTION if status == UNKNOWN else status)],
+    "due": [Step(OURS, "A due date is a day: it is written as its local day at noon UTC.",
+                 due_at_noon)],
+    "revision": [Step(OURS, "The time of change is not written.", nothing)],
+}
+
+# --- What our reader does. ---
+
+LATIN1 = Step(OURS, "A text without CHARSET is read as Latin-1, byte for byte; iCalendar 2.0 "
+              "writes UTF-8 and never declares it.", lambda text: text.encode().decode("latin-1"))
+BLANKS = Step(OURS, "Blanks before a value count only in quoted-printable.",
+              lambda text: text.lstrip(" \t"))
+ESCAPES_STAY = "Backslashes of iCalendar 2.0 are read as they stand: vCalendar 1.0 has none."
+STATUS_HYPHEN = Step(OURS, "NEEDS-ACTION with a hyphen, as iCalendar 2.0 has it, is no status of "
+                     "vCalendar 1.0 and is kept as unknown.",
+                     lambda status: UNKNOWN if status == NEEDS_ACTION else status)
+REVISION_IN = Step(OURS, "LAST-MODIFIED is not read; a task's time of change is when the store "
+                   "took it.", lambda _: STORED)
+
+
+# --- Gammu. ---
+
+GAMMU_READ_LIMIT = 650     # bytes of UTF-8
+GAMMU_WRITE_LIMIT = 161    # characters
+
+GAMMU_STATUS = Step(PEERS, "Gammu keeps only whether a to-do is completed.",
+                    lambda status: COMPLETED if status == COMPLETED else NEEDS_ACTION)
+GAMMU_PRIORITY = Step(PEERS, "Gammu keeps priority 1, 2 and 3 as high, medium and low, and no "
+                      "other.", lambda priority: priority if priority <= 3 else 0)
+GAMMU_END = Step(PEERS, "Gammu has no field for when a to-do was completed.", nothing)
+
+
+def gammu_unescape(text):
+    return re.sub(r"\\([n;,])", lambda found: "\n" if found[1] == "n" else found[1], text)
+
+
+GAMMU_READS_TEXT = [
+    Step(PEERS, f"Gammu refuses a calendar with a text of more than {GAMMU_READ_LIMIT} bytes "
+         "(\"More memory required\").",
+         lambda text: Refused() if len(text.encode()) > GAMMU_READ_LIMIT else text),
+    Step(FAULT, "Gammu takes END:VTODO inside a text for the end of the to-do and leaves out what "
+         "follows, that text included.", lambda text: None if "END:VTODO" in text else text),
+    Step(FAULT, "Gammu undoes `\\n`, `\\;` and `\\,` in the texts of vCalendar 1.0, which has no "
+         "such escapes outside of lists.", gammu_unescape),
+]
+
+
+def gammu_low_halves(text):
+    """With the second half of its pair behind each character beyond U+FFFF."""
+    return "".join(c + chr(0xDC00 + (ord(c) - 0x10000) % 0x400) if ord(c) > 0xFFFF else c
+                   for c in text)
+
+
+def gammu_invalid(text):
+    if not re.search("[\ud800-\udfff]", text):
+        return text
+    return text.encode("utf-8", "surrogatepass").decode("latin-1")
+
+
+GAMMU_WRITES_TEXT = [
+    Step(FAULT, f"Gammu keeps {GAMMU_WRITE_LIMIT} characters of a text, or {GAMMU_WRITE_LIMIT + 1} "
+         "and one from memory that nobody set; it crashes on much longer ones.",
+         lambda text: Garbled(text[:GAMMU_WRITE_LIMIT + 1]) if len(text) > GAMMU_WRITE_LIMIT
+         else text),
+    Step(FAULT, "Gammu writes the second half of the surrogate pair once more behind a character "
+         "beyond U+FFFF (`F0 9F 9A B2 ED BA B2`), which is not UTF-8; our reader reads a text that "
+         "is not valid in its declared set as Latin-1.",
+         lambda text: gammu_invalid(gammu_low_halves(text))),
+]
+
+
+def gammu_plain_blanks(text):
+    # It writes quoted-printable only where it must.
+    return text.lstrip(" ") if text.isascii() and "\n" not in text else text
+
+
+def gammu_due(date):
+    moment = datetime.strptime(date, "%Y-%m-%dT%H:%M:%SZ")
+    return None if moment.day == 31 or moment.hour == 23 or moment.minute == 59 else date
+
+
+GAMMU_OUT = {
+    "summary": GAMMU_READS_TEXT,
+    "note": GAMMU_READS_TEXT,
+    "priority": [GAMMU_PRIORITY],
+    "status": [GAMMU_STATUS],
+    "end": [GAMMU_END],
+}
+GAMMU_BLANKS = Step(OURS, BLANKS.text, gammu_plain_blanks)
+GAMMU_IN = {
+    "summary": [*GAMMU_WRITES_TEXT, GAMMU_BLANKS],
+    "note": [*GAMMU_WRITES_TEXT, GAMMU_BLANKS],
+    "category": [Step(PEERS, "Gammu has no field for a category; it writes the kind of a to-do "
+                      "there, MISCELLANEOUS for a plain one.", lambda _: "MISCELLANEOUS",
+                      on_none=True)],
+    "priority": [GAMMU_PRIORITY,
+                 Step(FAULT, "Gammu writes high as 3 and low as 1, though it reads 1 as high and 3 "
+                      "as low, and takes a to-do without a priority in its own backup for high.",
+                      lambda priority: {0: 3, 1: 3, 3: 1}.get(priority, priority))],
+    "status": [GAMMU_STATUS],
+    "due": [Step(FAULT, "Gammu writes no DUE on the 31st, in the hour 23 and in the minute 59.",
+                 gammu_due)],
+    "end": [GAMMU_END],
+    "alarm": [Step(OURS, "An alarm is read only when DALARM has a value of its own, from a fifth "
+                   "field on; gammu writes the time alone.", nothing)],
+    "revision": [REVISION_IN],
+}
+
+# --- KDE. ---
+
+KDE_OUT = {
+    "status": [Step(PEERS, "KDE's reader of vCalendar 1.0 keeps only whether a to-do is completed.",
+                    GAMMU_STATUS.change)],
+    "revision": [Step(PEERS, "KDE sets the time of change to when it read the to-do.",
+                      lambda _: READ, on_none=True)],
+}
+
+
+def one_line_break(text):
+    return text.replace("\r\n", "\n")
+
+
+def ical_escape(text):
+    return re.sub(r"[\\;,]", lambda found: "\\" + found[0], text).replace("\n", "\\n")
+
+
+ICAL_LINE_BREAKS = Step(PEERS, "iCalendar 2.0 has one kind of line break; CR LF becomes it.",
+                        one_line_break)
+ICAL_ESCAPES = Step(OURS, ESCAPES_STAY, ical_escape)
+ICAL_TEXT = [ICAL_LINE_BREAKS, ICAL_ESCAPES, LATIN1, BLANKS]
+
+
+def limited(limit):
+    return Step(OURS, f"We keep {limit} characters of this text.", lambda text: text[:limit])
+
+
+ICAL_ALARM = Step(OURS, "A component inside of a to-do, as iCalendar 2.0 writes an alarm (VALARM), "
+                  "is left out.", nothing)
+ABSENT = "no STATUS"
+NO_STATUS = Step(OURS, "A to-do without STATUS needs action.",
+                 lambda status: NEEDS_ACTION if status == ABSENT else status)
+
+KDE_IN = {
+    "summary": [*ICAL_TEXT, limited(SUMMARY_LIMIT)],
+    "note": [*ICAL_TEXT, limited(NOTE_LIMIT)],
+    "category": [Step(OURS, ESCAPES_STAY, lambda text: text.replace("\\", "\\\\")), LATIN1],
+    "status": [Step(PEERS, "KDE writes only the statuses that a to-do of iCalendar 2.0 has, and no "
+                    "STATUS for another.",
+                    lambda status: status if status in (COMPLETED, NEEDS_ACTION) else ABSENT),
+               STATUS_HYPHEN, NO_STATUS],
+    "alarm": [ICAL_ALARM],
+    "revision": [REVISION_IN],
+}
+
+
+# --- python3-vobject. ---
+
+def vobject_reads_text(text):
+    """The first text of a list by RFC 2445."""
+    text = re.match(r"(?:\\.|[^\\,])*\\?", text, re.S)[0]
+    return re.sub(r"\\([\\;,nN])", lambda found: "\n" if found[1] in "nN" else found[1], text)
+
+
+VOBJECT_TEXT = [Step(PEERS, "python3-vobject reads every to-do by the rules of iCalendar 2.0: a "
+                     "text ends at a comma, and a backslash is the start of an escape.",
+                     vobject_reads_text)]
+VOBJECT_OUT = {"summary": VOBJECT_TEXT, "note": VOBJECT_TEXT}
+VOBJECT_IN = {
+    "summary": [*ICAL_TEXT, limited(SUMMARY_LIMIT)],
+    "note": [*ICAL_TEXT, limited(NOTE_LIMIT)],
+    "category": [Step(OURS, ESCAPES_STAY, ical_escape), LATIN1],
+    "status": [Step(PEERS, "An unknown status has no word that could be written.",
+                    lambda status: ABSENT if status == UNKNOWN else status),
+               STATUS_HYPHEN, NO_STATUS],
+    "alarm": [ICAL_ALARM],
+    "revision": [REVISION_IN],
+}
+
+# --- All of it: what happens to each field between the one side and the other. ---
+
+
+def joined(first, second):
+    return {field: first.get(field, []) + second.get(field, []) for field in {*first, *second}}
+
+
+STEPS = {
+    ("gammu", "out"): joined(OUT, GAMMU_OUT), ("gammu", "in"): GAMMU_IN,
+    ("kde", "out"): joined(OUT, KDE_OUT), ("kde", "in"): KDE_IN,
+    ("vobject", "out"): joined(OUT, VOBJECT_OUT), ("vobject", "in"): VOBJECT_IN,
+}
+
+
+def predict(steps, value):
+    """What must arrive of a value, and the steps that changed it."""
+    changed = []
+    for step in steps:
+        if isinstance(value, (Refused, Garbled)) or (value is None and not step.on_none):
+            continue
+        after = step.change(value)
+        if after != value:
+            changed.append(step)
+        value = after
+    return value, changed
