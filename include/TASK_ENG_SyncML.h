@@ -63,6 +63,7 @@ public:
   void endSync();
 
 private:
+  friend class TASK_UI_SDAction;    // shows a text without storing it
   friend struct SyncAdaptorAccess;  // of the tests
 
   [[nodiscard]] QString outboundName(unsigned int uid) const;

@@ -3,6 +3,7 @@
 #include "QCopChannel.h"
 #include "ZVtodoParser.h"
 #include "descriptor.h"
+#include "first_task.h"
 #include "log_place.h"
 #include "outbound_file.h"
 
@@ -49,19 +50,6 @@ int syncCode(int storeCode) {
 struct FreeMemory {
   void operator()(char* memory) const { std::free(memory); }
 };
-
-void cutTo(ZTASK_ENG_Task& task, ZTASK_ENG_Task::TASK_FIELD_T field, int limit) {
-  if (const QString text = task.getString(field); text.length() > limit)
-    task.setString(field, text.left(limit));
-}
-
-// Hands over the first record of a list, its texts cut to what the store takes from outside.
-void takeFirst(QList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task& task) {
-  task = *tasks.first();
-  cutTo(task, ZTASK_ENG_Task::TASK_FIELD_SUMMARY, ZTASK_ENG_Task::summaryLimit);
-  cutTo(task, ZTASK_ENG_Task::TASK_FIELD_NOTE, ZTASK_ENG_Task::noteLimit);
-  tasks.removeFirst();
-}
 
 // Copies what there is to read; false when not all of it was taken.
 bool copyAll(int from, int to) {

@@ -31,6 +31,10 @@ public:
   void setOpenAppUuid(const QString& uuid) { application_ = uuid; }
   void setAction(const QString& action) { action_ = action; }
   void setValue(const QString& name, const QString& value) { values_[name] = value; }
+  [[nodiscard]] QString openAppUuid() const { return application_; }
+  [[nodiscard]] QString action() const { return action_; }
+  // Null for a name without a value.
+  [[nodiscard]] QString value(const QString& name) const { return values_.value(name); }
 
   // Starts the application; with `wait`, returns when its command has ended. False when there is no
   // such application, it can't be started, or, after waiting, it failed; the log says which.

@@ -1,0 +1,74 @@
+// ulo-action ACTION FILE: does with a file what an action framework would. It loads the task
+// engine's library, asks it for its plug-in and has that do the action.
+
+#include "ActionInterface.h"
+#include "ZApplication.h"
+#include "log_sink.h"
+
+#include <QWidget>
+
+#include <algorithm>
+#include <cstdio>
+#include <dlfcn.h>
+#include <memory>
+
+namespace {
+
+enum Exit : int { exitDone = 0, exitNotDone = 1, exitUsage = 2, exitNoPlugin = 3 };
+
+struct ReleaseInterface {
+  void operator()(QUnknownInterface* interface) const { interface->release(); }
+};
+template <typename Interface> using Held = std::unique_ptr<Interface, ReleaseInterface>;
+
+// Null, with a line on standard error, where there is no plug-in.
+Held<ActionInterface> loadPlugin() {
+  // It stays loaded: the screens that an action shows are made of its code.
+  void* library = dlopen(ULO_ENGINE_LIBRARY, RTLD_NOW);
+  const auto instantiate =
+      library == nullptr ? nullptr
+                         : reinterpret_cast<ucm_instantiate_t>(dlsym(library, "ucm_instantiate"));
+  if (instantiate == nullptr) {
+    static_cast<void>(std::fprintf(stderr, "ulo-action: %s\n", dlerror()));
+    return nullptr;
+  }
+  const Held<QUnknownInterface> plugin(instantiate());
+  QUnknownInterface* action = nullptr;
+  if (plugin == nullptr || plugin->queryInterface(ActionInterface::uuid, &action) != QS_OK) {
+    static_cast<void>(std::fprintf(stderr, "ulo-action: the plug-in has no actions\n"));
+    return nullptr;
+  }
+  return Held<ActionInterface>(static_cast<ActionInterface*>(action));
+}
+
+bool showsWindow() {
+  const QWidgetList windows = QApplication::topLevelWidgets();
+  return std::any_of(windows.begin(), windows.end(),
+                     [](const QWidget* window) { return window->isVisible(); });
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  ZApplication application(count, arguments);
+  ulo::openLogSink("ulo-action");
+  const QStringList words = QApplication::arguments();
+  if (words.size() != 3) {
+    static_cast<void>(
+        std::fprintf(stderr, "usage: ulo-action ACTION FILE\n"
+                             "ACTION is TASK_SAVE (store the first to-do of the vCalendar file and "
+                             "say so) or TASK_VIEW (show it).\n"));
+    return exitUsage;
+  }
+  const Held<ActionInterface> plugin = loadPlugin();
+  if (plugin == nullptr)
+    return exitNoPlugin;
+  SDData data;
+  data.fileName = words[2];
+  if (!plugin->invokeAction(words[1], data))
+    return exitNotDone;
+  // What was shown stays until the user closes it.
+  if (showsWindow())
+    QApplication::exec();
+  return exitDone;
+}

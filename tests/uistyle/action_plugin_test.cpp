@@ -1,0 +1,228 @@
+// The plug-in of an action framework.
+
+#include "TASK_UI_SDAction.h"
+
+#include "entry_test.h"
+
+#include <QFile>
+
+using testing::ElementsAre;
+using testing::IsSupersetOf;
+
+namespace {
+
+constexpr char source[] = "uistyle/prism/TASK_UI_SDAction.cpp";
+constexpr char actionUuid[] = "{efc3a030-dd82-45b8-8e1e-42383951a4a7}";
+constexpr char unknownUuid[] = "{1d8518cd-e8f5-4366-99e8-879fd7e482de}";
+
+class ActionPlugin : public EntryPoint {
+protected:
+  ActionPlugin() {
+    QUnknownInterface* action = nullptr;
+    first_ = ucm_instantiate();
+    EXPECT_EQ(first_->queryInterface(QUuid(QLatin1String(actionUuid)), &action), QS_OK);
+    plugin_ = static_cast<ActionInterface*>(action);
+    closeDialogs();
+  }
+  ~ActionPlugin() override {
+    plugin_->release();
+    first_->release();
+  }
+
+  bool invoke(const char* action, const std::string& bytes) {
+    QFile file(path());
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(QByteArray::fromStdString(bytes));
+    file.close();
+    return invoke(action);
+  }
+  bool invoke(const char* action) {
+    SDData data;
+    data.fileName = path();
+    return plugin_->invokeAction(QString::fromLatin1(action), data);
+  }
+  QString path() { return QString::fromStdString((directory_.path() / "item.vcs").string()); }
+
+  // What the plug-in said since it was asked to act.
+  std::vector<std::string> said() {
+    std::vector<std::string> all = lines(source);
+    all.erase(all.begin(), std::find(all.begin(), all.end(), "Entering invokeAction"));
+    return all;
+  }
+
+  QUnknownInterface* first_ = nullptr;
+  ActionInterface* plugin_ = nullptr;
+};
+
+TEST(ActionPluginLife, CountsReferences) {
+  const LogCapture quiet;
+  auto* plugin = new TASK_UI_SDAction;
+  EXPECT_EQ(plugin->addRef(), 0U);
+  EXPECT_EQ(plugin->addRef(), 1U);
+  EXPECT_EQ(plugin->release(), 1U);
+  bool deleted = false;
+  QObject::connect(plugin, &QObject::destroyed, [&deleted] { deleted = true; });
+  EXPECT_EQ(plugin->release(), 0U);
+  EXPECT_TRUE(deleted);
+}
+
+TEST(ActionPluginLife, ComesWithOneReference) {
+  const LogCapture quiet;
+  QUnknownInterface* plugin = ucm_instantiate();
+  ASSERT_NE(plugin, nullptr);
+  EXPECT_EQ(plugin->addRef(), 1U);
+  plugin->release();
+  EXPECT_EQ(plugin->release(), 0U);
+}
+
+TEST(ActionPluginLife, KnowsTwoInterfaces) {
+  LogCapture log;
+  auto* plugin = new TASK_UI_SDAction;
+  ActionInterface* expected = plugin;
+  for (const char* uuid : {unknownUuid, actionUuid}) {
+    QUnknownInterface* answer = nullptr;
+    EXPECT_EQ(plugin->queryInterface(QUuid(QLatin1String(uuid)), &answer), 0U);
+    EXPECT_EQ(answer, expected);
+  }
+  EXPECT_EQ(log.withoutLines(), "(uistyle/prism/TASK_UI_SDAction.cpp)Enter queryInterface"
+                                "(uistyle/prism/TASK_UI_SDAction.cpp)Enter queryInterface");
+  QUnknownInterface* answer = expected;
+  EXPECT_EQ(plugin->queryInterface(QUuid::createUuid(), &answer), 0x80000004UL);
+  EXPECT_EQ(answer, nullptr);
+  EXPECT_EQ(plugin->release(), 1U) << "a refused one costs no reference";
+  plugin->release();
+}
+
+TEST_F(ActionPlugin, SaysWhoItIs) {
+  EXPECT_EQ(plugin_->getUuid().toString(), actionUuid);
+  EXPECT_TRUE(plugin_->describe().isNull());
+}
+
+TEST_F(ActionPlugin, SavesAndSaysSo) {
+  EXPECT_TRUE(invoke("TASK_SAVE", milk));
+  EXPECT_THAT(stored(), ElementsAre("Buy milk"));
+  ASSERT_EQ(dialogs_.size(), 1U);
+  EXPECT_EQ(dialogs_[0].title, "Saved to Task List");
+  EXPECT_EQ(dialogs_[0].text, "Buy milk saved to Task List");
+  EXPECT_TRUE(dialogs_[0].hasIcon);
+  EXPECT_THAT(shown(), ElementsAre());
+  EXPECT_THAT(said(), ElementsAre("Entering invokeAction", "String passed to parser: \n" + milk,
+                                  "Save a vTodo", "after add to db the vtodo is " + milk,
+                                  "Leaving invoke Action"));
+}
+
+TEST_F(ActionPlugin, TextsOfDialogsHaveIds) {
+  const TextsAsIds ids;
+  EXPECT_TRUE(invoke("TASK_SAVE", milk));
+  ASSERT_EQ(dialogs_.size(), 1U);
+  EXPECT_EQ(dialogs_[0].title, "[TXT_RID_HEADER_SAVED_TO_TASK_LIST]");
+  EXPECT_EQ(dialogs_[0].text, "[FMT_RID_INSTRUCTIONALTXT_1_SAVED_TO_TASK_LIST]");
+}
+
+TEST_F(ActionPlugin, ASummaryIsShownAsItIs) {
+  EXPECT_TRUE(invoke("TASK_SAVE", calendar(todo("SUMMARY:%1 <b>%2</b> & %L1\r\n"))));
+  ASSERT_EQ(dialogs_.size(), 1U);
+  EXPECT_EQ(dialogs_[0].text, "%1 <b>%2</b> & %L1 saved to Task List");
+}
+
+TEST_F(ActionPlugin, SavesTheFirstOfSeveral) {
+  EXPECT_TRUE(invoke("TASK_SAVE", calendar(todo("SUMMARY:one\r\n") + todo("SUMMARY:two\r\n"))));
+  EXPECT_THAT(stored(), ElementsAre("one"));
+}
+
+TEST_F(ActionPlugin, BytesComeThroughUnchanged) {
+  EXPECT_TRUE(invoke("TASK_SAVE", calendar(todo("SUMMARY;CHARSET=UTF-8:K\xC3\xA4se\r\n"))));
+  EXPECT_THAT(stored(), ElementsAre("Käse"));
+}
+
+TEST_F(ActionPlugin, WhatIsNoToDoIsNotSaved) {
+  EXPECT_FALSE(invoke("TASK_SAVE", "no calendar"));
+  EXPECT_FALSE(invoke("TASK_SAVE", ""));
+  EXPECT_THAT(stored(), ElementsAre());
+  EXPECT_TRUE(dialogs_.empty());
+  EXPECT_THAT(said(), IsSupersetOf({"add VTodo failed! the ret is 5"}));
+  EXPECT_THAT(said(), testing::Not(testing::Contains("Leaving invoke Action")));
+}
+
+TEST_F(ActionPlugin, ShowsWithoutSaving) {
+  EXPECT_TRUE(invoke("TASK_VIEW", milk));
+  EXPECT_THAT(shown(), ElementsAre("Buy milk"));
+  EXPECT_THAT(stored(), ElementsAre());
+  EXPECT_TRUE(dialogs_.empty());
+  EXPECT_THAT(said(), ElementsAre("Entering invokeAction", "String passed to parser: \n" + milk,
+                                  "View a vTodo", "Leaving invoke Action"));
+}
+
+TEST_F(ActionPlugin, WhatIsNoToDoIsNotShown) {
+  EXPECT_FALSE(invoke("TASK_VIEW", "no calendar"));
+  EXPECT_THAT(shown(), ElementsAre());
+  EXPECT_THAT(said(), ElementsAre("Entering invokeAction", "String passed to parser: \nno calendar",
+                                  "View a vTodo", "show VTodo failed! the ret is 0"));
+}
+
+TEST_F(ActionPlugin, AnotherActionCountsAsDone) {
+  for (const char* action : {"task_save", "TASK_SAVE ", "", "TASK_PRINT"})
+    EXPECT_TRUE(invoke(action, milk)) << action;
+  EXPECT_THAT(stored(), ElementsAre());
+  EXPECT_THAT(shown(), ElementsAre());
+  EXPECT_TRUE(dialogs_.empty());
+}
+
+TEST_F(ActionPlugin, NeedsToPassTheLock) {
+  platform_.lockAnswer = 0;
+  EXPECT_FALSE(invoke("TASK_SAVE", milk));
+  EXPECT_FALSE(invoke("TASK_VIEW", milk));
+  EXPECT_THAT(said(), ElementsAre("Entering invokeAction", "for applock", "Entering invokeAction",
+                                  "for applock"));
+  EXPECT_THAT(stored(), ElementsAre());
+  EXPECT_THAT(shown(), ElementsAre());
+}
+
+TEST_F(ActionPlugin, AFileThatCannotBeReadIsLogged) {
+  EXPECT_FALSE(invoke("TASK_SAVE"));
+  EXPECT_THAT(said(), ElementsAre("Entering invokeAction",
+                                  "Can not open vtodo file: " + path().toStdString() + "\n"));
+}
+
+TEST_F(ActionPlugin, AFullStoreIsTold) {
+  platform_.addAnswer = 2;
+  EXPECT_FALSE(invoke("TASK_SAVE", milk));
+  ASSERT_EQ(dialogs_.size(), 1U);
+  EXPECT_EQ(dialogs_[0].title, "Memory Full");
+  EXPECT_EQ(dialogs_[0].text, "Task cannot be created because phone memory is full. Please delete "
+                              "some files to create space in memory.");
+  EXPECT_TRUE(dialogs_[0].hasIcon);
+  EXPECT_THAT(said(), IsSupersetOf({"add VTodo failed! the ret is 2"}));
+  const TextsAsIds ids;
+  EXPECT_FALSE(invoke("TASK_SAVE", milk));
+  ASSERT_EQ(dialogs_.size(), 2U);
+  EXPECT_EQ(dialogs_[1].title, "[TXT_RID_HEADER_MEMORY_FULL]");
+  EXPECT_EQ(dialogs_[1].text,
+            "[TXT_RID_INSTRUCTIONALTXT_TASK_CANNOT_BE_CREATED_PHONE_MEMORY_IS_FULL_PLEASE_DELETE_"
+            "SOME_FILES_TO_CREATE_SPACE_IN_MEMORY]");
+}
+
+TEST_F(ActionPlugin, OtherFailuresShowNothing) {
+  for (const int code : {1, 3, 4, 5}) {
+    platform_.addAnswer = code;
+    EXPECT_FALSE(invoke("TASK_SAVE", milk));
+    EXPECT_THAT(said(), IsSupersetOf({"add VTodo failed! the ret is " + std::to_string(code)}));
+  }
+  EXPECT_TRUE(dialogs_.empty());
+}
+
+TEST_F(ActionPlugin, ATaskThatIsGoneIsNotTold) {
+  platform_.addAnswer = 0;
+  EXPECT_TRUE(invoke("TASK_SAVE", milk));
+  EXPECT_TRUE(dialogs_.empty());
+  EXPECT_THAT(said(), IsSupersetOf({"for model error", "Leaving invoke Action"}));
+}
+
+TEST_F(ActionPlugin, AStoreThatRefusesShowsNothing) {
+  closeStore();
+  EXPECT_FALSE(invoke("TASK_SAVE", milk));
+  EXPECT_TRUE(dialogs_.empty());
+  EXPECT_THAT(said(), IsSupersetOf({"add VTodo failed! the ret is 5"}));
+}
+
+}  // namespace

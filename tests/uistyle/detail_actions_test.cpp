@@ -1,0 +1,187 @@
+// What the keys and the menu of the detail view do.
+
+#include "ZApplication.h"
+#include "ZOptionsMenu.h"
+#include "ZSoftKey.h"
+#include "ZTASK_ENG_Model.h"
+#include "screen_test.h"
+
+#include <QPointer>
+
+using testing::ElementsAre;
+
+namespace {
+
+constexpr char source[] = "uistyle/prism/TASK_UI_DetailView.cpp";
+
+class DetailActions : public Screen {
+protected:
+  DetailActions() {
+    task_.setString(Task::TASK_FIELD_SUMMARY, QStringLiteral("Buy milk"));
+    EXPECT_EQ(store_.addTask(task_), 0);
+    view_ = new TASK_UI_DetailView(nullptr, nullptr, 0);
+    view_->setEngine(&store_);
+    listen(*view_);
+    view_->openView(&task_);
+  }
+  ~DetailActions() override { delete view_; }
+
+  void listen(TASK_UI_DetailView& view) {
+    QObject::connect(
+        &view, &TASK_UI_View::changeView, &view, [this](auto from, auto to, ZTASK_ENG_Task* task) {
+          emitted_.push_back("change " + std::to_string(from) + ' ' + std::to_string(to) + ' ' +
+                             (task == nullptr
+                                  ? std::string("null")
+                                  : std::to_string(task->getUINT32(Task::TASK_FIELD_UID))));
+        });
+    QObject::connect(&view, &TASK_UI_View::disposeView, &view,
+                     [this](auto type) { emitted_.push_back("dispose " + std::to_string(type)); });
+  }
+  void choose(int item) { view_->findChild<ZOptionsMenu*>()->item(item)->trigger(); }
+  int count() {
+    int result = 0;
+    EXPECT_EQ(store_.getCount(result), 0);
+    return result;
+  }
+
+  ZTASK_ENG_Model store_;
+  ZTASK_ENG_Task task_;
+  QPointer<TASK_UI_DetailView> view_;
+  std::vector<std::string> emitted_;
+};
+
+TEST_F(DetailActions, BackGoesToTheList) {
+  view_->slotBack();
+  EXPECT_THAT(emitted_, ElementsAre("change 3 0 null", "dispose 3"));
+}
+
+TEST_F(DetailActions, TheBackKeyGoesBackOnce) {
+  view_->show();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(view_));
+  QTest::keyClick(view_, Qt::Key_F3);
+  EXPECT_THAT(emitted_, ElementsAre("change 3 0 null", "dispose 3"));
+  emitted_.clear();
+  view_->cstWidget()->click(ZSoftKey::right);
+  EXPECT_THAT(emitted_, ElementsAre("change 3 0 null", "dispose 3"));
+}
+
+TEST_F(DetailActions, TheBackKeyWorksAfterAnotherTaskWasOpened) {
+  view_->openView(&task_);
+  view_->show();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(view_));
+  QTest::keyClick(view_, Qt::Key_F3);
+  EXPECT_THAT(emitted_, ElementsAre("change 3 0 null", "dispose 3"));
+}
+
+TEST_F(DetailActions, TheOptionsKeyOpensTheMenu) {
+  view_->show();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(view_));
+  QTest::keyClick(view_, Qt::Key_F1);
+  auto* menu = view_->findChild<ZOptionsMenu*>();
+  ASSERT_TRUE(menu->isVisible());
+  EXPECT_EQ(menu->geometry().bottom() + 1, view_->cstWidget()->mapToGlobal(QPoint(0, 0)).y());
+  // F3 closes the menu, not the screen.
+  QTest::keyClick(menu, Qt::Key_F3);
+  EXPECT_FALSE(menu->isVisible());
+  EXPECT_THAT(emitted_, ElementsAre());
+  QTest::keyClick(view_, Qt::Key_F1);
+  ASSERT_TRUE(menu->isVisible());
+  // F1 takes the current item, the first.
+  QTest::keyClick(menu, Qt::Key_F1);
+  EXPECT_THAT(emitted_, ElementsAre("change 3 2 1", "dispose 3"));
+}
+
+TEST_F(DetailActions, EditGoesToTheFormWithTheTask) {
+  choose(1);
+  EXPECT_THAT(emitted_, ElementsAre("change 3 2 1", "dispose 3"));
+}
+
+TEST_F(DetailActions, TheHeadingDoesNothing) {
+  choose(2);
+  EXPECT_THAT(emitted_, ElementsAre());
+  EXPECT_EQ(platform_.shares, 0);
+  EXPECT_THAT(platform_.launched, ElementsAre());
+}
+
+TEST_F(DetailActions, BluetoothAndMessageShare) {
+  choose(3);
+  EXPECT_EQ(platform_.shares, 1);
+  EXPECT_THAT(platform_.launched, ElementsAre());
+  qputenv("ULO_LOCAL_APP_WRITE_PATH", directory_.path().c_str());
+  choose(4);
+  qunsetenv("ULO_LOCAL_APP_WRITE_PATH");
+  EXPECT_EQ(platform_.shares, 1);
+  EXPECT_EQ(platform_.launched.size(), 1U);
+  EXPECT_THAT(emitted_, ElementsAre());
+}
+
+TEST_F(DetailActions, DeleteRemovesAtOnce) {
+  ZTASK_ENG_Task other;
+  ASSERT_EQ(store_.addTask(other), 0);
+  choose(5);
+  EXPECT_EQ(count(), 1);
+  EXPECT_NE(store_.getTask(task_.getUINT32(Task::TASK_FIELD_UID), other), 0);
+  EXPECT_THAT(emitted_, ElementsAre("change 3 0 null", "dispose 3"));
+  EXPECT_THAT(lines(source), ElementsAre());
+}
+
+TEST_F(DetailActions, DeletingWhatIsGoneIsOnlyLogged) {
+  ASSERT_EQ(store_.removeTask(task_.getUINT32(Task::TASK_FIELD_UID)), 0);
+  view_->slotDeleteTask();
+  EXPECT_THAT(emitted_, ElementsAre("change 3 0 null", "dispose 3"));
+  EXPECT_THAT(lines(source), ElementsAre("remove task error!"));
+}
+
+TEST_F(DetailActions, NothingIsEmittedWhileSignalsAreBlocked) {
+  view_->blockSignals(true);
+  view_->slotBack();
+  view_->slotTaskEditView();
+  EXPECT_THAT(emitted_, ElementsAre());
+}
+
+TEST_F(DetailActions, AReceiverMayDeleteTheViewLater) {
+  QObject::connect(view_, &TASK_UI_View::disposeView, view_, [this] { view_->deleteLater(); });
+  choose(1);
+  finishEvents();
+  EXPECT_TRUE(view_.isNull());
+}
+
+TEST_F(DetailActions, ReturningToIdleClosesTheView) {
+  view_->show();
+  qobject_cast<ZApplication*>(qApp)->returnToIdle(7);
+  finishEvents();
+  ASSERT_FALSE(view_.isNull());
+  EXPECT_FALSE(view_->isVisible());
+  EXPECT_THAT(emitted_, ElementsAre());
+}
+
+TEST_F(DetailActions, AloneBackClosesAndDeletesTheView) {
+  QPointer<TASK_UI_DetailView> view = new TASK_UI_DetailView(nullptr, nullptr, 0);
+  listen(*view);
+  view->openStandaloneView(task_);
+  view->show();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(view));
+  QTest::keyClick(view, Qt::Key_F3);
+  finishEvents();
+  EXPECT_TRUE(view.isNull());
+  EXPECT_THAT(emitted_, ElementsAre());
+}
+
+TEST_F(DetailActions, AloneReturningToIdleClosesAndDeletesTheView) {
+  QPointer<TASK_UI_DetailView> view = new TASK_UI_DetailView(nullptr, nullptr, 0);
+  view->openStandaloneView(task_);
+  view->show();
+  qobject_cast<ZApplication*>(qApp)->returnToIdle();
+  finishEvents();
+  EXPECT_TRUE(view.isNull());
+}
+
+TEST_F(DetailActions, AViewThatIsNotShownCanGoBackToo) {
+  QPointer<TASK_UI_DetailView> view = new TASK_UI_DetailView(nullptr, nullptr, 0);
+  view->openStandaloneView(task_);
+  view->slotBack();
+  finishEvents();
+  EXPECT_TRUE(view.isNull());
+}
+
+}  // namespace

@@ -1,0 +1,48 @@
+// The application lock, as the entry points ask it.
+
+#include "app_lock.h"
+
+#include "screen_test.h"
+
+using testing::ElementsAre;
+
+namespace {
+
+class Lock : public Screen {};
+
+TEST_F(Lock, OpenLetsTheUserIn) {
+  EXPECT_EQ(appLockCheck(), 1);
+  EXPECT_THAT(platform_.lockCalls, ElementsAre("{9a4cdb74-34ec-415e-ba36-b8c2a35d0071} 1"));
+  EXPECT_THAT(lines(), ElementsAre("get dllHandle success!\n", "verify successed!\n"));
+  EXPECT_EQ(platform_.librariesOpen, 0);
+}
+
+TEST_F(Lock, AnyAnswerButZeroLetsTheUserIn) {
+  for (const int answer : {2, -1}) {
+    platform_.lockAnswer = answer;
+    EXPECT_EQ(appLockCheck(), 1);
+  }
+}
+
+TEST_F(Lock, ARefusedCodeKeepsTheUserOut) {
+  platform_.lockAnswer = 0;
+  EXPECT_EQ(appLockCheck(), 0);
+  EXPECT_THAT(lines(), ElementsAre("get dllHandle success!\n", "verify failed!\n"));
+  EXPECT_EQ(platform_.librariesOpen, 0);
+}
+
+TEST_F(Lock, WithoutItsLibraryKeepsTheUserOut) {
+  platform_.hasLockLibrary = false;
+  EXPECT_EQ(appLockCheck(), 0);
+  EXPECT_THAT(lines(), ElementsAre("get dllHandle failed!\n"));
+}
+
+TEST_F(Lock, WithoutItsFunctionTheLibraryStaysOpen) {
+  platform_.hasLockFunction = false;
+  EXPECT_EQ(appLockCheck(), 0);
+  EXPECT_THAT(lines(),
+              ElementsAre("get dllHandle success!\n", " SSU_appLockCheck_modelUI failed!\n"));
+  EXPECT_EQ(platform_.librariesOpen, 1);
+}
+
+}  // namespace

@@ -1,0 +1,309 @@
+#include "TASK_UI_DetailView.h"
+
+#include "AM_ActionData.h"
+#include "QAccel.h"
+#include "RES_ICON_Reader.h"
+#include "SHARE_Tool.h"
+#include "TASK_ENG_SyncML.h"
+#include "UTIL_DateTime.h"
+#include "UTIL_TimeConversion.h"
+#include "ZApplication.h"
+#include "ZDetailView.h"
+#include "ZOptionsMenu.h"
+#include "ZSoftKey.h"
+#include "ZTASK_ENG_Model.h"
+#include "ZVtodoParser.h"
+#include "app_lock.h"
+#include "clock.h"
+#include "engine_identifier.h"
+#include "module_log.h"
+#include "tasksMenu.h"
+#include "texts.h"
+
+#include <QFile>
+#include <QUuid>
+
+#include <algorithm>
+#include <dlfcn.h>
+
+namespace {
+
+// A text by its id, with its English default.
+struct Text {
+  const char* id;
+  const char* english;
+
+  [[nodiscard]] QString get() const { return ulo::text(id, english); }
+};
+
+// What a row is called, as a screen of its own and as one of the task list's.
+struct Label {
+  const char* standaloneId;
+  const char* id;
+  const char* english;
+
+  [[nodiscard]] QString get(bool standalone) const {
+    return ulo::text(standalone ? standaloneId : id, english);
+  }
+};
+constexpr Label titleLabel{"TXT_RID_LABEL_FORMITEM_TITLE", "TXT_RID_EMPHASIS_TITLE", "Title:"};
+constexpr Label dueLabel{"TXT_RID_LABEL_FORMITEM_DUE_DATE", "TXT_RID_EMPHASIS_DUE_DATE",
+                         "Due Date:"};
+constexpr Label statusLabel{"TXT_RID_LABEL_FORMITEM_STATUS", "TXT_RID_EMPHASIS_STATUS", "Status:"};
+constexpr Label priorityLabel{"TXT_RID_LABEL_FORMITEM_PRIORITY", "TXT_RID_EMPHASIS_PRIORITY",
+                              "Priority:"};
+constexpr Label notesLabel{"TXT_RID_LABEL_FORMITEM_NOTES", "TXT_RID_EMPHASIS_NOTE", "Notes:"};
+constexpr Text noDueDate{"TXT_RID_STANDARD_NO_DUE_DATE", "No Due Date"};
+
+// Places in the list of icons.
+enum Icon { iconComplete, iconIncomplete, iconHigh, iconNormal, iconLow };
+constexpr const char* iconFiles[] = {
+    "todo_task_complete_small.gif", "todo_task_incomplete_small.gif", "todo_task_hi_pri_small.gif",
+    "todo_task_normal_pri_small.gif", "todo_task_lo_pri_small.gif"};
+
+// What a code of a task is shown as.
+struct Shown {
+  int code;
+  Text text;
+  Icon icon;
+};
+constexpr Shown statuses[] = {
+    {0, {"TXT_RID_STANDARD_COMPLETED", "Completed"}, iconComplete},
+    {1, {"TXT_RID_STANDARD_INCOMPLETE", "Incomplete"}, iconIncomplete},
+};
+constexpr Shown priorities[] = {
+    {1, {"TXT_RID_SETTING_B_HIGH", "High"}, iconHigh},
+    {5, {"TXT_RID_SETTING_B_NORMAL", "Normal"}, iconNormal},
+    {9, {"TXT_RID_SETTING_B_LOW", "Low"}, iconLow},
+};
+
+constexpr int labelColumn = 72;  // pixels on the narrow screen
+constexpr int backKey = 0x1032;  // F3
+constexpr int optionsMenuClass = 54;
+
+// Places in the list of menu items that are kept.
+enum KeptItem { keptEdit, keptMessage, keptBluetooth, notKept };
+struct MenuItem {
+  int id;
+  const char* slot;  // null for a heading
+  Text text;
+  KeptItem kept;
+};
+constexpr MenuItem menuItems[] = {
+    {1, SLOT(slotTaskEditView()), {"TXT_RID_OPTION_EDIT", "Edit"}, keptEdit},
+    {2, nullptr, {"TXT_RID_OPTION_SHARE_VIA", "Share via"}, notKept},
+    {3, SLOT(sendToBluetooth()), {"TXT_RID_OPTION_BLUETOOTH", "Bluetooth"}, keptBluetooth},
+    {4, SLOT(sendToMessage()), {"TXT_RID_OPTION_MESSAGE", "Message"}, keptMessage},
+    {5, SLOT(slotDeleteTask()), {"TXT_RID_OPTION_DELETE", "Delete"}, notKept},
+};
+
+constexpr int nameLength = 20;  // characters of the summary in a file name
+
+void traceEntry(const char* function) {
+  moduleLog(logTrace, "Entering function %s\n", function);
+}
+
+void traceExit(const char* function) {
+  moduleLog(logTrace, "Exiting function %s\n", function);
+}
+
+}  // namespace
+
+int appLockCheck() {
+  using Check = int (*)(const char*, int);
+  constexpr int mode = 1;
+  void* library = dlopen("libulosecuritysetup.so", RTLD_LAZY);
+  if (library == nullptr) {
+    ULO_LOG_ERROR("get dllHandle failed!\n");
+    return 0;
+  }
+  ULO_LOG_ERROR("get dllHandle success!\n");
+  const auto check =
+      reinterpret_cast<Check>(dlsym(library, "SETUP_SECURITY_Util_appLockCheck_modelUI"));
+  if (check == nullptr) {
+    // The library stays open.
+    ULO_LOG_ERROR(" SSU_appLockCheck_modelUI failed!\n");
+    return 0;
+  }
+  const QByteArray application = QUuid(QString::fromLatin1(engineIdentifier)).toString().toLatin1();
+  const bool granted = check(application.constData(), mode) != 0;
+  if (granted)
+    ULO_LOG_ERROR("verify successed!\n");
+  else
+    ULO_LOG_ERROR("verify failed!\n");
+  dlclose(library);
+  return granted ? 1 : 0;
+}
+
+TASK_UI_DetailView::TASK_UI_DetailView(QWidget* parent, const char* name, unsigned int flags)
+    : TASK_UI_View(parent, name, flags) {
+  if (const auto* application = qobject_cast<ZApplication*>(qApp))
+    connect(application, SIGNAL(askReturnToIdle(int)), this, SLOT(close()));
+}
+
+TASK_UI_DetailView::~TASK_UI_DetailView() = default;
+
+void TASK_UI_DetailView::loadPixmap(QValueList<QPixmap>& icons) {
+  icons_ = icons;
+}
+
+QPixmap TASK_UI_DetailView::icon(int index) const {
+  const auto place = static_cast<uint>(index);
+  return place < icons_.count() ? icons_.at(place) : QPixmap();
+}
+
+void TASK_UI_DetailView::openView(ZTASK_ENG_Task* task) {
+  task_ = std::make_unique<ZTASK_ENG_Task>(*task);
+  setAppTitle(task_->getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY));
+  addRows();
+  setFocusProxy(rows_);
+  addKeys();
+}
+
+void TASK_UI_DetailView::openStandaloneView(ZTASK_ENG_Task& task) {
+  standalone_ = true;
+  setAttribute(Qt::WA_DeleteOnClose);
+  icons_.clear();
+  for (const char* file : iconFiles)
+    icons_.append(RES_ICON_Reader::getIcon(QString::fromLatin1(file), true));
+  openView(&task);
+}
+
+void TASK_UI_DetailView::addRows() {
+  rows_ = new ZDetailView(this, nullptr, labelColumn);
+  setContentWidget(rows_);
+  const auto addText = [this](const Label& label, const QString& text) {
+    auto* row = new ZDetailItem(ZDetailItem::text, label.get(standalone_));
+    row->appendTextIconRow(text);
+    rows_->addItem(row);
+  };
+  const auto addCode = [this](const Label& label, const auto& table, int code) {
+    auto* row = new ZDetailItem(ZDetailItem::textWithIcon, label.get(standalone_));
+    const auto shown = std::find_if(std::begin(table), std::end(table),
+                                    [code](const Shown& entry) { return entry.code == code; });
+    const bool known = shown != std::end(table);
+    row->appendTextIconRow(known ? shown->text.get() : QString(),
+                           known ? icon(shown->icon) : QPixmap(), true);
+    rows_->addItem(row);
+  };
+
+  const QDateTime due = task_->getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE);
+  const bool hasDue = due != UTIL_TimeConversion::fromUTC(ZTASK_ENG_Task::noDateSeconds);
+  addText(titleLabel, task_->getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY));
+  addText(dueLabel,
+          hasDue ? UTIL_DateTime::dateToString(due, UTIL_DateTime::dateOnly) : noDueDate.get());
+  addCode(statusLabel, statuses, task_->getStatus());
+  addCode(priorityLabel, priorities, task_->getPriority());
+  addText(notesLabel, task_->getString(ZTASK_ENG_Task::TASK_FIELD_NOTE));
+}
+
+void TASK_UI_DetailView::addKeys() {
+  // One accelerator, however often the screen is filled.
+  if (findChild<QAccel*>(QString(), Qt::FindDirectChildrenOnly) == nullptr) {
+    auto* accelerator = new QAccel(this);
+    accelerator->insertItem(backKey);
+    connect(accelerator, SIGNAL(activated(int)), this, SLOT(slotBack()));
+  }
+  auto* keys = new ZSoftKey(QStringLiteral("CST_2"), this);
+  keys->setText(ZSoftKey::right, ulo::text("TXT_RID_SOFTKEY_BACK", "Back"));
+  keys->setClickedSlot(ZSoftKey::right, this, SLOT(slotBack()));
+  setCSTWidget(keys);
+  if (!standalone_)
+    addMenu(*keys);
+}
+
+void TASK_UI_DetailView::addMenu(ZSoftKey& keys) {
+  auto* menu = new ZOptionsMenu(&keys, nullptr, 0, optionsMenuClass, std::make_unique<tasksMenu>(),
+                                QStringLiteral("detailedView"));
+  for (const int id : menu->getAllItemIds()) {
+    const auto* const item = std::find_if(std::begin(menuItems), std::end(menuItems),
+                                          [id](const MenuItem& known) { return known.id == id; });
+    if (item == std::end(menuItems)) {
+      ULO_LOG_ERROR("shouldn't come here! check the ini file");
+      continue;
+    }
+    if (item->slot != nullptr)
+      menu->connectItem(id, this, item->slot);
+    menu->changeItem(id, item->text.get());
+    if (item->kept != notKept)
+      menuItems_[item->kept] = id;
+  }
+  keys.setText(ZSoftKey::left, ulo::text("TXT_RID_SOFTKEY_OPTIONS", "Options"));
+  keys.setOptMenu(ZSoftKey::left, menu);
+}
+
+void TASK_UI_DetailView::slotBack() {
+  traceEntry("slotBack");
+  if (standalone_) {
+    close();
+  } else {
+    Q_EMIT changeView(TASK_DETAIL_VIEW, TASK_LIST_VIEW, nullptr);
+    Q_EMIT disposeView(TASK_DETAIL_VIEW);
+  }
+  traceExit("slotBack");
+}
+
+void TASK_UI_DetailView::slotTaskEditView() {
+  traceEntry("slotTaskEditView");
+  Q_EMIT changeView(TASK_DETAIL_VIEW, TASK_FORM_VIEW, task_.get());
+  Q_EMIT disposeView(TASK_DETAIL_VIEW);
+  traceExit("slotTaskEditView");
+}
+
+void TASK_UI_DetailView::slotDeleteTask() {
+  traceEntry("slotDeleteTask");
+  if (engine()->removeTask(task_->getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID)) != TASK_ENG_OK)
+    ULO_LOG_ERROR("remove task error!");
+  Q_EMIT changeView(TASK_DETAIL_VIEW, TASK_LIST_VIEW, nullptr);
+  Q_EMIT disposeView(TASK_DETAIL_VIEW);
+  traceExit("slotDeleteTask");
+}
+
+void TASK_UI_DetailView::attachmentPath(QString& path) const {
+  const QDateTime now = engineNow();
+  const QDate date = now.date();
+  const QTime time = now.time();
+  const QString stamp = QString::asprintf("%4d%02d%02d-%02d%02d%02d", date.year(), date.month(),
+                                          date.day(), time.hour(), time.minute(), time.second());
+  const QString summary = task_->getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY);
+  path = QFile::decodeName(qgetenv("ULO_LOCAL_APP_WRITE_PATH")) + u'/';
+  if (!summary.isEmpty())
+    path += summary.left(nameLength) + u'-';
+  path += stamp + QStringLiteral(".vcs");
+}
+
+void TASK_UI_DetailView::sendToMessage() {
+  traceEntry("sendToMessage");
+  QString path;
+  attachmentPath(path);
+  ZVtodoParser parser;
+  parser.writeVtodo(path, task_.get());
+  if (!QFile::exists(path)) {
+    ULO_LOG_ERROR("attached file %s isnot exist", path.toUtf8().constData());
+    return;
+  }
+  AM_ActionData message;
+  message.setOpenAppUuid(QString::fromLatin1(AM_ActionData::composer));
+  message.setAction(QStringLiteral("SendMMSSMS"));
+  message.setValue(QStringLiteral("Files"), path);
+  message.setValue(QStringLiteral("AutoDelete"), QStringLiteral("Yes"));
+  message.invoke(false);
+  traceExit("sendToMessage");
+}
+
+void TASK_UI_DetailView::sendToBluetooth() {
+  traceEntry("sendToBluetooth");
+  SHARE_Tool::OBJECT_INFO info;
+  const QString summary = task_->getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY);
+  info.name = summary + QStringLiteral(".vcs");
+  info.mimeType = QStringLiteral("text/x-vCalendar");
+  info.description = summary;
+  std::string text;
+  TASK_ENG_SyncML adaptor;
+  adaptor.getEvent(text, task_->getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID));
+  QArray<char> data;
+  data.duplicate(text.data(), static_cast<uint>(text.size()));
+  if (!SHARE_Tool::shareByBt(info, data))
+    ULO_LOG_ERROR("shareByBT return false!");
+  traceExit("sendToBluetooth");
+}

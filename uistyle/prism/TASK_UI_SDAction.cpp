@@ -1,0 +1,149 @@
+#include "TASK_UI_SDAction.h"
+
+#include "RES_ICON_Reader.h"
+#include "TASK_ENG_SyncML.h"
+#include "TASK_UI_DetailView.h"
+#include "ZMessageDlg.h"
+#include "app_lock.h"
+#include "module_log.h"
+#include "texts.h"
+
+#include <QFile>
+
+namespace {
+
+void showMessage(const QString& title, const QString& text, const char* icon) {
+  ZMessageDlg dialog(title, text, ZMessageDlg::message);
+  dialog.setTitleIcon(RES_ICON_Reader::getIcon(QString::fromLatin1(icon), true));
+  dialog.exec();
+}
+
+void showMemoryFull() {
+  showMessage(ulo::text("TXT_RID_HEADER_MEMORY_FULL", "Memory Full"),
+              ulo::text("TXT_RID_INSTRUCTIONALTXT_TASK_CANNOT_BE_CREATED_PHONE_MEMORY_IS_FULL_"
+                        "PLEASE_DELETE_SOME_FILES_TO_CREATE_SPACE_IN_MEMORY",
+                        "Task cannot be created because phone memory is full. Please delete some "
+                        "files to create space in memory."),
+              "alert_pop.gif");
+}
+
+}  // namespace
+
+TASK_UI_SDAction::TASK_UI_SDAction() = default;
+TASK_UI_SDAction::~TASK_UI_SDAction() = default;
+
+unsigned long TASK_UI_SDAction::queryInterface(const QUuid& wanted, QUnknownInterface** answer) {
+  ULO_LOG_ERROR("Enter queryInterface");
+  *answer = nullptr;
+  if (wanted != QUnknownInterface::uuid && wanted != ActionInterface::uuid)
+    return QE_NOINTERFACE;
+  *answer = static_cast<ActionInterface*>(this);
+  (*answer)->addRef();
+  return QS_OK;
+}
+
+unsigned long TASK_UI_SDAction::addRef() {
+  return references_++;
+}
+
+unsigned long TASK_UI_SDAction::release() {
+  const unsigned int left = --references_;
+  if (left == 0)
+    delete this;
+  return left;
+}
+
+QUuid TASK_UI_SDAction::getUuid() {
+  return ActionInterface::uuid;
+}
+
+bool TASK_UI_SDAction::invokeAction(const QString& action, const SDData& data) {
+  ULO_LOG_ERROR("Entering invokeAction");
+  const auto releaseHeld = [held = held_] {
+    if (held != nullptr)
+      held->release();
+  };
+  if (appLockCheck() == 0) {
+    ULO_LOG_ERROR("for applock");
+    releaseHeld();
+    return false;
+  }
+  QFile file(data.fileName);
+  if (!file.open(QIODevice::ReadOnly)) {
+    ULO_LOG_ERROR("Can not open vtodo file: %s\n", data.fileName.toUtf8().constData());
+    releaseHeld();
+    return false;
+  }
+  const QByteArray bytes = file.readAll();
+  file.close();
+  // Latin-1 gives back the bytes that the file holds.
+  const QString text = QString::fromLatin1(bytes);
+  moduleLog(logDump, "(%s:%d)String passed to parser: \n%s", __FILE__, __LINE__,
+            text.toLatin1().constData());
+  bool done = true;
+  if (action == QLatin1String("TASK_SAVE"))
+    done = save(bytes, text.toLatin1().toStdString());
+  else if (action == QLatin1String("TASK_VIEW"))
+    done = view(text.toLatin1().toStdString());
+  releaseHeld();
+  if (done)
+    ULO_LOG_ERROR("Leaving invoke Action");
+  return done;
+}
+
+bool TASK_UI_SDAction::save(const QByteArray& bytes, const std::string& text) {
+  ULO_LOG_ERROR("Save a vTodo");
+  TASK_ENG_SyncML adaptor;
+  unsigned int uid = 0;
+  const int code = adaptor.addEvent(text, uid);
+  ULO_LOG_ERROR("after add to db the vtodo is %s", bytes.constData());
+  if (code == TASK_SYNCML_OK) {
+    popupVTodoAddedDialog(uid);
+    return true;
+  }
+  ULO_LOG_ERROR("add VTodo failed! the ret is %d", code);
+  if (code == TASK_SYNCML_NOMEMORY)
+    showMemoryFull();
+  return false;
+}
+
+bool TASK_UI_SDAction::view(const std::string& text) {
+  ULO_LOG_ERROR("View a vTodo");
+  TASK_ENG_SyncML adaptor;
+  ZTASK_ENG_Task task;
+  const bool read = adaptor.stringToTask(text, task);
+  if (read)
+    showVTodoView(task);
+  else
+    ULO_LOG_ERROR("show VTodo failed! the ret is %d", static_cast<int>(read));
+  return read;
+}
+
+void TASK_UI_SDAction::popupVTodoAddedDialog(unsigned int uid) {
+  ZTASK_ENG_Model store;
+  ZTASK_ENG_Task task;
+  if (store.getTask(uid, task) != TASK_ENG_OK) {
+    ULO_LOG_ERROR("for model error");
+    return;
+  }
+  showMessage(ulo::text("TXT_RID_HEADER_SAVED_TO_TASK_LIST", "Saved to Task List"),
+              ulo::text("FMT_RID_INSTRUCTIONALTXT_1_SAVED_TO_TASK_LIST", "%1 saved to Task List")
+                  .arg(task.getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY)),
+              "save_pop.gif");
+}
+
+void TASK_UI_SDAction::showVTodoView(ZTASK_ENG_Task& task) {
+  auto* view = new TASK_UI_DetailView(nullptr, nullptr, 0);
+  view->openStandaloneView(task);
+  view->show();
+}
+
+QUnknownInterface* ucm_instantiate() {
+  auto* plugin = new TASK_UI_SDAction;
+  QUnknownInterface* answer = nullptr;
+  if (plugin->queryInterface(QUnknownInterface::uuid, &answer) != QS_OK) {
+    delete plugin;
+    return nullptr;
+  }
+  return answer;
+}
