@@ -8,7 +8,6 @@
 #include <QLabel>
 #include <QPainter>
 #include <QScrollBar>
-#include <QScroller>
 
 #include <algorithm>
 
@@ -105,7 +104,6 @@ ZDetailView::ZDetailView(QWidget* parent, const char* name, int labelColumn)
   setObjectName(QString::fromLatin1(name));
   setFrameShape(NoFrame);
   setWidgetResizable(true);
-  setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   setFocusPolicy(Qt::StrongFocus);
   auto* list = new QWidget;
   list->setBackgroundRole(QPalette::Base);
@@ -115,7 +113,7 @@ ZDetailView::ZDetailView(QWidget* parent, const char* name, int labelColumn)
   column->setSpacing(0);
   column->addStretch(1);
   setWidget(list);
-  QScroller::grabGesture(viewport(), QScroller::TouchGesture);
+  ulo::makeTouchable(this);
 }
 
 void ZDetailView::addItem(ZDetailItem* item) {

@@ -11,7 +11,7 @@ namespace {
 
 // Menu items as high as a finger needs them.
 const char menuStyle[] = "QMenu { border: 1px solid palette(mid); background: palette(base); }"
-                         "QMenu::item { min-height: %1px; padding: 0 %2px; }"
+                         "QMenu::item { min-height: %1px; padding: 0 %3px 0 %2px; }"
                          "QMenu::item:selected { background: palette(highlight);"
                          " color: palette(highlighted-text); }"
                          "QMenu::item:disabled { color: palette(placeholder-text); }";
@@ -52,7 +52,10 @@ ZOptionsMenu::ZOptionsMenu(QWidget* parent, const char* name, unsigned int flags
     : QMenu(parent), parser_(std::move(parser)) {
   setObjectName(QString::fromLatin1(name));
   setWindowFlags(windowFlags() | static_cast<Qt::WindowFlags>(flags));
-  setStyleSheet(QString::fromLatin1(menuStyle).arg(ulo::touchHeight(this)).arg(2 * ulo::gap(this)));
+  setStyleSheet(QString::fromLatin1(menuStyle)
+                    .arg(ulo::touchHeight(this))
+                    .arg(2 * ulo::gap(this))
+                    .arg(6 * ulo::gap(this)));
   installEventFilter(new KeysInMenu(this));
   QValueList<ZOptMenuItem> items;
   parser_->fillItems(items, menu);

@@ -39,8 +39,7 @@ void ZPopup::setContent(QWidget* content) {
   auto* scroll = new QScrollArea(this);
   scroll->setFrameShape(QFrame::NoFrame);
   scroll->setWidgetResizable(true);
-  scroll->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-  scroll->setSizeAdjustPolicy(QAbstractScrollArea::AdjustToContents);
+  ulo::makeTouchable(scroll);
   auto* frame = new QWidget;
   auto* inside = new QVBoxLayout(frame);
   inside->setContentsMargins(margin, margin, margin, margin);

@@ -1,6 +1,8 @@
 #include "look.h"
 
+#include <QAbstractScrollArea>
 #include <QFontMetrics>
+#include <QScroller>
 #include <QWidget>
 
 #include <algorithm>
@@ -11,6 +13,13 @@ namespace {
 
 constexpr int narrowLine = 13;  // pixels of a line of the narrow screen's font
 constexpr int iconUnit = 16;
+
+constexpr char thinScrollBar[] =
+    "QScrollBar:vertical { width: %1px; background: palette(base); margin: 0; }"
+    "QScrollBar::handle:vertical { background: palette(mid); min-height: %2px;"
+    " border-radius: %3px; }"
+    "QScrollBar::add-line:vertical, QScrollBar::sub-line:vertical { height: 0; }"
+    "QScrollBar::add-page:vertical, QScrollBar::sub-page:vertical { background: transparent; }";
 
 int lineHeight(const QWidget* widget) {
   return QFontMetrics(widget->font()).height();
@@ -72,6 +81,14 @@ int iconSize(const QWidget* widget) {
 
 int scaled(const QWidget* widget, int pixels) {
   return pixels * std::max(narrowLine, lineHeight(widget)) / narrowLine;
+}
+
+void makeTouchable(QAbstractScrollArea* area) {
+  const int width = gap(area);
+  area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  area->setStyleSheet(
+      QString::fromLatin1(thinScrollBar).arg(width).arg(touchHeight(area)).arg(width / 2));
+  QScroller::grabGesture(area->viewport(), QScroller::TouchGesture);
 }
 
 }  // namespace ulo

@@ -5,6 +5,7 @@
 
 #include <QPalette>
 
+class QAbstractScrollArea;
 class QWidget;
 
 namespace ulo {
@@ -24,5 +25,8 @@ enum class Theme { light, dark };
 [[nodiscard]] ULO_EXPORT int iconSize(const QWidget* widget);
 // What a measure of the narrow screen's font (13 pixels a line) is in the widget's.
 [[nodiscard]] ULO_EXPORT int scaled(const QWidget* widget, int pixels);
+
+// Gives the area a thin scroll bar, which shows the place: fingers drag the content itself.
+ULO_EXPORT void makeTouchable(QAbstractScrollArea* area);
 
 }  // namespace ulo

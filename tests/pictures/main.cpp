@@ -1,0 +1,157 @@
+// Takes pictures of every screen and dialog: screen_pictures DIRECTORY WIDTHxHEIGHT LANGUAGE
+// [POINTS] Each is shown on the display as users see it, and what the display shows is saved.
+
+#include "RES_ICON_Reader.h"
+#include "TASK_UI_DetailView.h"
+#include "ZApplication.h"
+#include "ZMessageDlg.h"
+#include "ZOptionsMenu.h"
+#include "ZSoftKey.h"
+#include "texts.h"
+
+#include <QDir>
+#include <QScreen>
+#include <QTest>
+#include <QTimer>
+
+#include <cstdio>
+#include <functional>
+
+namespace {
+
+class Camera {
+public:
+  Camera(QString directory, QSize size) : directory_(std::move(directory)), size_(size) {}
+
+  // Shows the window on the whole display.
+  void show(QWidget& window) const {
+    window.setGeometry(QRect(QPoint(0, 0), size_));
+    window.show();
+    static_cast<void>(QTest::qWaitForWindowExposed(&window));
+    window.activateWindow();
+    QTest::qWait(settle);
+  }
+  void shoot(const char* name) const {
+    QTest::qWait(settle);
+    const QPixmap picture = QGuiApplication::primaryScreen()->grabWindow(0);
+    const QString file = QStringLiteral("%1/%2.png").arg(directory_, QLatin1String(name));
+    if (!picture.copy(QRect(QPoint(0, 0), size_ * picture.devicePixelRatio())).save(file))
+      static_cast<void>(std::fprintf(stderr, "%s can't be written\n", qPrintable(file)));
+  }
+  // Runs a modal dialog, takes its picture and closes it.
+  void shootDialog(QDialog& dialog, const char* name) const {
+    QTimer::singleShot(settle, &dialog, [&] {
+      shoot(name);
+      dialog.reject();
+    });
+    dialog.exec();
+  }
+
+private:
+  static constexpr int settle = 150;  // milliseconds
+
+  QString directory_;
+  QSize size_;
+};
+
+ZTASK_ENG_Task sampleTask() {
+  ZTASK_ENG_Task task;
+  task.setString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY,
+                 ulo::text("sample", "Return the books to the library before it closes"));
+  task.setString(ZTASK_ENG_Task::TASK_FIELD_NOTE,
+                 QString::fromUtf8("The three novels and the atlas.\nKäse und Müsli kaufen 🚲\n"
+                                   "给妈妈打电话，周日之前。\n"
+                                   "https://example.org/a/very/long/address/without/any/blank/in/"
+                                   "it/to/show/how/it/is/wrapped?query=0123456789\n"
+                                   "اتصل بالمكتبة قبل الإغلاق\n"
+                                   "The last line of a note that is longer than the screen."));
+  task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE, QDateTime(QDate(2027, 3, 5), QTime(12, 0)));
+  task.setPriority(1);
+  task.setStatus(1);
+  return task;
+}
+
+QValueList<QPixmap> stateIcons() {
+  QValueList<QPixmap> icons;
+  for (const char* name : {"complete", "incomplete", "hi_pri", "normal_pri", "lo_pri"})
+    icons.append(
+        RES_ICON_Reader::getIcon(QStringLiteral("todo_task_%1_small.gif").arg(name), true));
+  return icons;
+}
+
+void shootDetailView(const Camera& camera) {
+  ZTASK_ENG_Task task = sampleTask();
+  {
+    TASK_UI_DetailView view(nullptr, nullptr, 0);
+    QValueList<QPixmap> icons = stateIcons();
+    view.loadPixmap(icons);
+    view.openView(&task);
+    camera.show(view);
+    camera.shoot("detail");
+    view.setFocus();
+    for (int i = 0; i < 4; ++i)
+      QTest::keyClick(QApplication::focusWidget(), Qt::Key_Down);
+    camera.shoot("detail-notes");
+    view.cstWidget()->click(ZSoftKey::left);
+    auto* menu = view.findChild<ZOptionsMenu*>();
+    camera.shoot("detail-menu");
+    QTest::keyClick(menu, Qt::Key_Down);
+    const bool mirrored = QApplication::layoutDirection() == Qt::RightToLeft;
+    QTest::keyClick(menu, mirrored ? Qt::Key_Left : Qt::Key_Right);
+    camera.shoot("detail-submenu");
+    menu->hide();
+  }
+  auto* alone = new TASK_UI_DetailView(nullptr, nullptr, 0);
+  task.setStatus(0);
+  task.setPriority(9);
+  task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE, ZTASK_ENG_Task::noDate());
+  alone->openStandaloneView(task);
+  camera.show(*alone);
+  camera.shoot("detail-standalone");
+  alone->close();
+}
+
+void shootMessages(const Camera& camera) {
+  QWidget behind;
+  camera.show(behind);
+  ZMessageDlg saved(
+      ulo::text("TXT_RID_HEADER_SAVED_TO_TASK_LIST", "Saved to Task List"),
+      ulo::text("FMT_RID_INSTRUCTIONALTXT_1_SAVED_TO_TASK_LIST", "%1 saved to Task List")
+          .arg(sampleTask().getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY)),
+      ZMessageDlg::message);
+  saved.setTitleIcon(RES_ICON_Reader::getIcon(QStringLiteral("save_pop.gif"), true));
+  camera.shootDialog(saved, "saved");
+
+  ZMessageDlg full(ulo::text("TXT_RID_HEADER_MEMORY_FULL", "Memory Full"),
+                   ulo::text("TXT_RID_INSTRUCTIONALTXT_TASK_CANNOT_BE_CREATED_PHONE_MEMORY_IS_"
+                             "FULL_PLEASE_DELETE_SOME_FILES_TO_CREATE_SPACE_IN_MEMORY",
+                             "Task cannot be created because phone memory is full. Please delete "
+                             "some files to create space in memory."),
+                   ZMessageDlg::message);
+  full.setTitleIcon(RES_ICON_Reader::getIcon(QStringLiteral("alert_pop.gif"), true));
+  camera.shootDialog(full, "memory-full");
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  ZApplication application(count, arguments);
+  const QStringList words = QApplication::arguments();
+  const QStringList size = words.value(2).split(u'x');
+  if (words.size() < 4 || size.size() != 2 || !QDir().mkpath(words[1])) {
+    static_cast<void>(
+        std::fprintf(stderr, "usage: screen_pictures DIRECTORY WIDTHxHEIGHT LANGUAGE [POINTS]\n"));
+    return 2;
+  }
+  application.setLanguages({words[3]});
+  if (words.size() > 4) {
+    QFont font = QApplication::font();
+    font.setPointSize(words[4].toInt());
+    QApplication::setFont(font);
+  }
+  QLocale::setDefault(QLocale(words[3]));
+  const Camera camera(words[1], QSize(size[0].toInt(), size[1].toInt()));
+  shootDetailView(camera);
+  shootMessages(camera);
+  return 0;
+}
