@@ -59,6 +59,7 @@ QPalette themePalette(Theme theme) {
   // Bars wear the accent, the current row the light form of it.
   palette.setColor(QPalette::Highlight, colours.selected);
   palette.setColor(QPalette::Link, colours.link);
+  palette.setColor(QPalette::Mid, colours.weak);
   palette.setColor(QPalette::Shadow, colours.accent);
   palette.setColor(QPalette::BrightText, colours.accentText);
   for (const QPalette::ColorRole role :

@@ -1,0 +1,251 @@
+// Texts, rows, dialogs: what is shown, and that it fits.
+
+#include "RES_ICON_Reader.h"
+#include "ZDetailView.h"
+#include "ZKbMainWidget.h"
+#include "ZMessageDlg.h"
+#include "ZSoftKey.h"
+#include "ZWrappedText.h"
+#include "gui_test.h"
+#include "log_capture.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QFontMetrics>
+#include <QPointer>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QTimer>
+
+namespace {
+
+int linesOf(const QString& text, int width) {
+  const ZWrappedText widget(text);
+  return widget.heightForWidth(width) / QFontMetrics(widget.font()).height();
+}
+
+TEST(WrappedText, TakesTheLinesThatItNeeds) {
+  EXPECT_EQ(linesOf(QString(), 100), 1);
+  EXPECT_EQ(linesOf(QStringLiteral("word"), 100), 1);
+  EXPECT_GT(linesOf(QStringLiteral("some words in a row that is too long"), 100), 2);
+  EXPECT_GT(linesOf(QString(100, u'x'), 100), 5) << "a long word is wrapped inside";
+  EXPECT_GT(linesOf(QString(100, QChar(0x4E2D)), 100), 5);
+}
+
+TEST(WrappedText, EveryLineEndIsOne) {
+  for (const char* text : {"a\nb", "a\r\nb", "a\rb"})
+    EXPECT_EQ(linesOf(QString::fromLatin1(text), 100), 2) << text;
+  EXPECT_EQ(linesOf(QStringLiteral("a\n\nb\n"), 100), 4);
+}
+
+TEST(WrappedText, MarkupAndControlsAreText) {
+  const ZWrappedText markup(QStringLiteral("<b>a</b>"));
+  EXPECT_GT(markup.widthOnOneLine(), ZWrappedText(QStringLiteral("a")).widthOnOneLine() * 4);
+  EXPECT_EQ(linesOf(QStringLiteral("a\tb\x01\x0B\x7F"), 100), 1);
+  EXPECT_EQ(markup.text(), "<b>a</b>");
+}
+
+class DetailRows : public testing::Test {
+protected:
+  ZDetailItem* add(const QString& label, const QString& text) {
+    auto* item = new ZDetailItem(ZDetailItem::text, label);
+    item->appendTextIconRow(text);
+    rows_.addItem(item);
+    return item;
+  }
+  void show(int width, int height) {
+    rows_.resize(width, height);
+    rows_.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&rows_));
+    rows_.setFocus();
+  }
+  // The row's place on the screen.
+  QRect place(int row) {
+    const ZDetailItem* item = rows_.item(row);
+    return {item->mapTo(rows_.viewport(), QPoint(0, 0)), item->size()};
+  }
+
+  ZDetailView rows_{nullptr, nullptr, 72};
+};
+
+TEST_F(DetailRows, HoldWhatWasAppended) {
+  ZDetailItem* item = add(QStringLiteral("Label:"), QStringLiteral("one"));
+  QPixmap icon(16, 16);
+  icon.fill(Qt::red);
+  item->appendTextIconRow(QStringLiteral("two"), icon, true);
+  EXPECT_EQ(item->label(), "Label:");
+  EXPECT_EQ(item->content(), "one\ntwo");
+  EXPECT_EQ(item->icon().cacheKey(), icon.cacheKey());
+  EXPECT_EQ(item->kind(), 5);
+  EXPECT_EQ(rows_.item(0), item);
+  EXPECT_EQ(rows_.item(1), nullptr);
+  EXPECT_EQ(rows_.item(-1), nullptr);
+}
+
+TEST_F(DetailRows, LabelsStandBesideOrAbove) {
+  add(QStringLiteral("Label:"), QStringLiteral("content"));
+  const auto contentIsBeside = [this] {
+    const auto texts = rows_.item(0)->findChildren<ZWrappedText*>();
+    const QPoint label = texts[0]->mapTo(&rows_, QPoint(0, 0));
+    const QPoint content = texts[1]->mapTo(&rows_, QPoint(0, 0));
+    return content.x() > label.x();
+  };
+  show(240, 320);
+  EXPECT_TRUE(contentIsBeside());
+  rows_.resize(120, 320);
+  QTest::qWait(0);
+  EXPECT_FALSE(contentIsBeside());
+}
+
+TEST_F(DetailRows, KeysGoThroughThem) {
+  for (int i = 0; i < 5; ++i)
+    add(QStringLiteral("Label:"), QStringLiteral("content"));
+  show(240, 320);
+  EXPECT_EQ(rows_.currentRow(), 0);
+  QTest::keyClick(&rows_, Qt::Key_Up);
+  EXPECT_EQ(rows_.currentRow(), 0);
+  for (int i = 0; i < 9; ++i)
+    QTest::keyClick(&rows_, Qt::Key_Down);
+  EXPECT_EQ(rows_.currentRow(), 4);
+  QTest::keyClick(&rows_, Qt::Key_Up);
+  EXPECT_EQ(rows_.currentRow(), 3);
+}
+
+TEST_F(DetailRows, ALongOneIsScrolledThrough) {
+  add(QStringLiteral("Label:"), QStringLiteral("first"));
+  add(QStringLiteral("Label:"), QString(4002, u'n'));
+  add(QStringLiteral("Label:"), QStringLiteral("last"));
+  show(240, 200);
+  QTest::keyClick(&rows_, Qt::Key_Down);
+  ASSERT_EQ(rows_.currentRow(), 1);
+  // Each step shows more of it, down to its end.
+  int steps = 0;
+  for (int bottom = place(1).bottom(); rows_.currentRow() == 1; bottom = place(1).bottom()) {
+    QTest::keyClick(&rows_, Qt::Key_Down);
+    if (rows_.currentRow() == 1) {
+      ASSERT_LT(place(1).bottom(), bottom);
+    }
+    ASSERT_LT(++steps, 500);
+  }
+  EXPECT_GT(steps, 5);
+  EXPECT_LE(place(2).bottom(), rows_.viewport()->height());
+  for (int i = 0; i < 500 && rows_.currentRow() > 0; ++i)
+    QTest::keyClick(&rows_, Qt::Key_Up);
+  EXPECT_EQ(place(0).top(), 0);
+}
+
+TEST_F(DetailRows, ATouchMakesOneCurrent) {
+  for (int i = 0; i < 3; ++i)
+    add(QStringLiteral("Label:"), QStringLiteral("content"));
+  show(240, 320);
+  QTest::mouseClick(rows_.item(2), Qt::LeftButton);
+  EXPECT_EQ(rows_.currentRow(), 2);
+}
+
+TEST_F(DetailRows, NothingIsWiderThanTheScreen) {
+  add(QString(30, u'L'), QString(200, u'W'));
+  show(120, 160);
+  EXPECT_LE(rows_.widget()->width(), rows_.viewport()->width());
+}
+
+TEST(MainWidget, OwnsWhatItShows) {
+  auto* screen = new ZKbMainWidget(nullptr, "name", 0);
+  EXPECT_EQ(screen->objectName(), "name");
+  QPointer<QWidget> first = new QWidget;
+  QPointer<QWidget> second = new QWidget;
+  screen->setContentWidget(first);
+  screen->setContentWidget(second);
+  EXPECT_TRUE(first.isNull());
+  EXPECT_EQ(screen->contentWidget(), second);
+  delete screen;
+  EXPECT_TRUE(second.isNull());
+}
+
+TEST(MainWidget, ALongTitleTakesNoRoom) {
+  ZKbMainWidget screen;
+  const int before = screen.minimumSizeHint().width();
+  screen.setAppTitle(QString(512, u'W') + u'\n');
+  EXPECT_EQ(screen.minimumSizeHint().width(), before);
+  EXPECT_EQ(screen.appTitle(), QString(512, u'W') + u'\n');
+}
+
+// What becomes of a dialog when a key is pressed in it; `seen` looks at it first.
+int resultOf(ZPopup& dialog, Qt::Key key, const std::function<void()>& seen = {}) {
+  QTimer::singleShot(0, &dialog, [&] {
+    static_cast<void>(QTest::qWaitForWindowActive(&dialog));
+    if (seen)
+      seen();
+    QTest::keyClick(&dialog, key);
+  });
+  return dialog.exec();
+}
+
+TEST(MessageDialog, IsClosedByEachOfItsKeys) {
+  for (const Qt::Key key : {Qt::Key_F1, Qt::Key_Return, Qt::Key_Enter, Qt::Key_Select}) {
+    ZMessageDlg dialog(QStringLiteral("Title"), QStringLiteral("Text"), ZMessageDlg::message);
+    EXPECT_EQ(dialog.keys()->text(ZSoftKey::left), "OK");
+    EXPECT_EQ(dialog.keys()->text(ZSoftKey::right), "");
+    EXPECT_EQ(resultOf(dialog, key), QDialog::Accepted) << key;
+  }
+  ZMessageDlg dialog(QStringLiteral("Title"), QStringLiteral("Text"), ZMessageDlg::message);
+  EXPECT_EQ(resultOf(dialog, Qt::Key_Escape), QDialog::Rejected);
+}
+
+TEST(MessageDialog, AQuestionHasTwoAnswers) {
+  ZMessageDlg yes(QStringLiteral("Title"), QStringLiteral("Text"), ZMessageDlg::question);
+  EXPECT_EQ(resultOf(yes, Qt::Key_F1), QDialog::Accepted);
+  ZMessageDlg no(QStringLiteral("Title"), QStringLiteral("Text"), ZMessageDlg::question);
+  EXPECT_EQ(resultOf(no, Qt::Key_F3), QDialog::Rejected);
+}
+
+TEST(MessageDialog, FitsItsWindow) {
+  for (const int length : {10, 100, 1000, 10000}) {
+    QWidget window;
+    window.setGeometry(0, 0, 240, 320);
+    window.show();
+    ZMessageDlg dialog(QString(length, u'T'), QString(length, u'x'), ZMessageDlg::message, &window);
+    resultOf(dialog, Qt::Key_F1, [&] {
+      EXPECT_TRUE(window.geometry().contains(dialog.geometry())) << length;
+      const auto* scroll = dialog.findChild<QScrollArea*>();
+      // A short text is seen whole.
+      EXPECT_EQ(scroll->verticalScrollBar()->maximum() > 0, length >= 1000) << length;
+      EXPECT_EQ(scroll->horizontalScrollBar()->maximum(), 0);
+    });
+  }
+}
+
+TEST(Icons, AreThereByName) {
+  LogCapture log;
+  for (const char* name : {"todo_task_complete_small.gif", "todo_task_incomplete_small.gif",
+                           "todo_task_hi_pri_small.gif", "todo_task_normal_pri_small.gif",
+                           "todo_task_lo_pri_small.gif", "alert_pop.gif", "save_pop.gif"}) {
+    for (const bool scaled : {false, true}) {
+      const QPixmap icon = RES_ICON_Reader::getIcon(QString::fromLatin1(name), scaled);
+      EXPECT_EQ(icon.deviceIndependentSize(), QSizeF(16, 16)) << name;
+      EXPECT_TRUE(icon.hasAlpha()) << name;
+    }
+  }
+  EXPECT_EQ(log.text(), "");
+}
+
+TEST(Icons, GrowWithTheFont) {
+  const QFont before = QApplication::font();
+  QFont large = before;
+  large.setPointSize(20);
+  QApplication::setFont(large);
+  const QString name = QStringLiteral("save_pop.gif");
+  const QPixmap scaled = RES_ICON_Reader::getIcon(name, true);
+  EXPECT_GE(scaled.deviceIndependentSize().width(), 32);
+  EXPECT_EQ(scaled.devicePixelRatio(), 1) << "drawn larger, not stretched";
+  EXPECT_EQ(RES_ICON_Reader::getIcon(name, false).deviceIndependentSize().width(), 16);
+  QApplication::setFont(before);
+}
+
+TEST(Icons, AMissingOneIsLogged) {
+  LogCapture log;
+  EXPECT_TRUE(RES_ICON_Reader::getIcon(QStringLiteral("none.gif"), true).isNull());
+  EXPECT_EQ(log.withoutLines(), "(platform/appbase/RES_ICON_Reader.cpp)There is no icon none.gif");
+}
+
+}  // namespace

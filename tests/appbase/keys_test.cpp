@@ -1,0 +1,197 @@
+// Soft keys, accelerators and menus: what a key or a finger does.
+
+#include "QAccel.h"
+#include "ZKbMainWidget.h"
+#include "ZOptionsMenu.h"
+#include "ZSoftKey.h"
+#include "gui_test.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QLabel>
+#include <QSignalSpy>
+#include <QToolButton>
+
+using testing::ElementsAre;
+
+namespace {
+
+TEST(Accelerator, TakesQt2Codes) {
+  struct Code {
+    int code;
+    Qt::Key key;
+  };
+  for (const Code& expected : {Code{0x1030, Qt::Key_F1}, Code{4146, Qt::Key_F3},
+                               Code{0x1052, Qt::Key_F35}, Code{'A', Qt::Key_A}}) {
+    QWidget window;
+    QAccel accelerator(&window);
+    accelerator.insertItem(expected.code, 7);
+    const QSignalSpy activated(&accelerator, &QAccel::activated);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    QTest::keyClick(&window, expected.key);
+    QTest::keyClick(&window, Qt::Key_F9);
+    ASSERT_EQ(activated.count(), 1) << expected.code;
+    EXPECT_EQ(activated.at(0).at(0).toInt(), 7);
+  }
+}
+
+TEST(Accelerator, GivesIdsOfItsOwn) {
+  QWidget window;
+  QAccel accelerator(&window);
+  EXPECT_EQ(accelerator.insertItem('A'), 0);
+  EXPECT_EQ(accelerator.insertItem('B'), 1);
+  EXPECT_EQ(accelerator.insertItem('C', 9), 9);
+  EXPECT_EQ(accelerator.insertItem('D'), 10);
+}
+
+// A screen with keys whose clicks are counted by their titles.
+class SoftKeys : public testing::Test {
+protected:
+  ZSoftKey* addKeys(const char* style) {
+    auto* keys = new ZSoftKey(QString::fromLatin1(style), &screen_, "keys");
+    screen_.setCSTWidget(keys);
+    return keys;
+  }
+  void show() {
+    screen_.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&screen_));
+  }
+
+  ZKbMainWidget screen_;
+  QLabel target_;
+};
+
+TEST_F(SoftKeys, TwoOrThree) {
+  ZSoftKey* two = addKeys("CST_2");
+  for (const int position : {ZSoftKey::left, ZSoftKey::right, ZSoftKey::middle})
+    two->setText(position, QStringLiteral("Text"));
+  EXPECT_EQ(two->text(ZSoftKey::left), "Text");
+  EXPECT_EQ(two->text(ZSoftKey::right), "Text");
+  EXPECT_EQ(two->text(ZSoftKey::middle), "");
+  ZSoftKey* three = addKeys("CST_3");
+  three->setText(ZSoftKey::middle, QStringLiteral("Text"));
+  EXPECT_EQ(three->text(ZSoftKey::middle), "Text");
+  for (const int position : {-1, 3, 99}) {
+    three->setText(position, QStringLiteral("Text"));
+    EXPECT_EQ(three->text(position), "");
+  }
+}
+
+TEST_F(SoftKeys, EachHasItsKey) {
+  ZSoftKey* keys = addKeys("CST_3");
+  std::vector<int> clicked;
+  for (const int position : {ZSoftKey::left, ZSoftKey::right, ZSoftKey::middle}) {
+    keys->setText(position, QStringLiteral("Text"));
+    QObject::connect(keys->findChild<QToolButton*>(QStringLiteral("softkey%1").arg(position)),
+                     &QToolButton::clicked, keys,
+                     [&clicked, position] { clicked.push_back(position); });
+  }
+  show();
+  for (const Qt::Key key : {Qt::Key_F1, Qt::Key_F2, Qt::Key_F3, Qt::Key_F4})
+    QTest::keyClick(&screen_, key);
+  EXPECT_THAT(clicked, ElementsAre(ZSoftKey::left, ZSoftKey::middle, ZSoftKey::right));
+}
+
+TEST_F(SoftKeys, StandFromLeftToRight) {
+  ZSoftKey* keys = addKeys("CST_3");
+  show();
+  const auto x = [keys](int position) {
+    return keys->findChild<QToolButton*>(QStringLiteral("softkey%1").arg(position))->x();
+  };
+  EXPECT_LT(x(ZSoftKey::left), x(ZSoftKey::middle));
+  EXPECT_LT(x(ZSoftKey::middle), x(ZSoftKey::right));
+  EXPECT_EQ(keys->geometry().bottom(), screen_.rect().bottom());
+}
+
+TEST_F(SoftKeys, WithoutATextCannotBeUsed) {
+  ZSoftKey* keys = addKeys("CST_2");
+  keys->setClickedSlot(ZSoftKey::left, &target_, SLOT(clear()));
+  target_.setText(QStringLiteral("full"));
+  keys->click(ZSoftKey::left);
+  EXPECT_EQ(target_.text(), "full");
+  keys->setText(ZSoftKey::left, QStringLiteral("Clear"));
+  keys->setKeyEnabled(ZSoftKey::left, false);
+  keys->click(ZSoftKey::left);
+  EXPECT_EQ(target_.text(), "full");
+  keys->setKeyEnabled(ZSoftKey::left, true);
+  keys->click(ZSoftKey::left);
+  EXPECT_EQ(target_.text(), "");
+}
+
+TEST_F(SoftKeys, AClickCallsWhatWasSetLast) {
+  ZSoftKey* keys = addKeys("CST_2");
+  QLabel other(QStringLiteral("full"));
+  target_.setText(QStringLiteral("full"));
+  keys->setText(ZSoftKey::right, QStringLiteral("Clear"));
+  keys->setClickedSlot(ZSoftKey::right, &other, SLOT(clear()));
+  keys->setClickedSlot(ZSoftKey::right, &target_, SLOT(clear()));
+  show();
+  QTest::mouseClick(keys->findChild<QToolButton*>(QStringLiteral("softkey1")), Qt::LeftButton);
+  EXPECT_EQ(target_.text(), "");
+  EXPECT_EQ(other.text(), "full");
+}
+
+class TwoLevels : public ZOptMenuParser {
+public:
+  void fillItems(QValueList<ZOptMenuItem>& items, const QString& menu) override {
+    if (menu != QLatin1String("menu"))
+      return;
+    items.append({QStringLiteral("One"), 11, 0, 0});
+    items.append({QStringLiteral("More"), 7, 0, 0});
+    items.append({QStringLiteral("Two"), 3, 7, 0});
+    items.append({QStringLiteral("Three"), 5, 7, 0});
+  }
+};
+
+class OptionsMenu : public testing::Test {
+protected:
+  QWidget window_;
+  ZOptionsMenu menu_{&window_, "m", 0, 54, std::make_unique<TwoLevels>(), QStringLiteral("menu")};
+};
+
+TEST_F(OptionsMenu, HasTheItemsOfItsParser) {
+  const QValueList<int> ids = menu_.getAllItemIds();
+  EXPECT_THAT(std::vector<int>(ids.begin(), ids.end()), ElementsAre(11, 7, 3, 5));
+  EXPECT_THAT(menu_.actions(), ElementsAre(menu_.item(11), menu_.item(7)));
+  EXPECT_THAT(menu_.item(7)->menu()->actions(), ElementsAre(menu_.item(3), menu_.item(5)));
+  EXPECT_EQ(menu_.item(4), nullptr);
+  const ZOptionsMenu empty(&window_, nullptr, 0, 54, std::make_unique<TwoLevels>(),
+                           QStringLiteral("other"));
+  EXPECT_TRUE(empty.getAllItemIds().isEmpty());
+}
+
+TEST_F(OptionsMenu, ItemsCallTheirSlots) {
+  QLabel target(QStringLiteral("full"));
+  EXPECT_TRUE(menu_.connectItem(5, &target, SLOT(clear())));
+  EXPECT_FALSE(menu_.connectItem(99, &target, SLOT(clear())));
+  menu_.item(3)->trigger();
+  EXPECT_EQ(target.text(), "full");
+  menu_.item(5)->trigger();
+  EXPECT_EQ(target.text(), "");
+}
+
+TEST_F(OptionsMenu, TextsAreShownAsTheyAre) {
+  EXPECT_TRUE(menu_.changeItem(3, QStringLiteral("Salt & pepper")));
+  EXPECT_EQ(menu_.item(3)->text(), "Salt && pepper");
+  EXPECT_TRUE(menu_.changeItem(7, QStringLiteral("Other")));
+  EXPECT_EQ(menu_.item(7)->menu()->title(), "Other");
+  EXPECT_FALSE(menu_.changeItem(99, QStringLiteral("x")));
+}
+
+TEST_F(OptionsMenu, BackLeavesOneLevelAfterTheOther) {
+  window_.show();
+  menu_.openAbove(&window_);
+  QTest::keyClick(&menu_, Qt::Key_Down);
+  QTest::keyClick(&menu_, Qt::Key_F1);
+  QMenu* under = menu_.item(7)->menu();
+  ASSERT_TRUE(under->isVisible());
+  QTest::keyClick(under, Qt::Key_F3);
+  EXPECT_FALSE(under->isVisible());
+  EXPECT_TRUE(menu_.isVisible());
+  QTest::keyClick(&menu_, Qt::Key_F3);
+  EXPECT_FALSE(menu_.isVisible());
+}
+
+}  // namespace
