@@ -5,6 +5,7 @@
 namespace ulo::odb {
 
 bool pushDownEnabled = true;
+int loopPassLimit = DB_MAX_LOOP_PASSES;
 
 namespace {
 
@@ -131,7 +132,7 @@ void Executable::executeBlock(const Node& node) {
 
 void Executable::tooManyPasses(const Node& node) {
   throw Failure(DB_LIMIT, node.at,
-                "the loops have made more than " + std::to_string(DB_MAX_LOOP_PASSES) + " passes");
+                "the loops have made more than " + std::to_string(loopPassLimit) + " passes");
 }
 
 void Executable::walk(const Node& node) {

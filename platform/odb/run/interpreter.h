@@ -25,6 +25,10 @@ struct ParameterView {
 // tests compare them.
 extern bool pushDownEnabled;
 
+// Passes through all loops of one run, DB_MAX_LOOP_PASSES. A text may use them all for nothing;
+// where any text is run, as by a fuzzer, a lower limit keeps each of them short.
+extern int loopPassLimit;
+
 // A program with the statements that it has prepared so far, on one connection.
 class Executable {
 public:
@@ -61,7 +65,7 @@ private:
   void walk(const Node& node);
   // Throws Failure when there have been too many.
   void onePass(const Node& node) {
-    if (++loopPasses_ > DB_MAX_LOOP_PASSES)
+    if (++loopPasses_ > loopPassLimit)
       tooManyPasses(node);
   }
   [[noreturn]] static void tooManyPasses(const Node& node);
