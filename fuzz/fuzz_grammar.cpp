@@ -1,0 +1,108 @@
+// Bytes as a text of the database's languages: split into words, parsed, listed. No database.
+#include "script/parser.h"
+#include "script/printer.h"
+#include "script/template.h"
+
+#include "fuzz_support.h"
+#include "sql_text.h"
+
+#include <algorithm>
+
+using namespace ulo::odb;
+
+namespace {
+
+// A word as a text that means it.
+std::string spelled(const Token& token) {
+  switch (token.kind) {
+  case TokenKind::variable:
+    return "$" + token.text;
+  case TokenKind::number:
+    return std::to_string(token.number);
+  case TokenKind::parameter:
+    return ":" + std::to_string(token.number);
+  case TokenKind::argument:
+    return "%d";
+  case TokenKind::text: {
+    std::string quoted = "'";
+    for (const char c : token.text)
+      quoted += c == '\'' ? std::string("''") : std::string(1, c);
+    return quoted + "'";
+  }
+  case TokenKind::name:
+  case TokenKind::symbol:
+    return token.text;
+  case TokenKind::end:
+    break;
+  }
+  return "";
+}
+
+// The tree of a text without the places of its words, or why there is none.
+std::vector<std::string> meaning(std::string_view text) {
+  try {
+    std::vector<std::string> lines =
+        isScript(text) ? listTree(parseScript(text)) : listTree(parseStatement(text));
+    for (std::string& line : lines)
+      line.resize(std::min(line.rfind("  @"), line.size()));
+    return lines;
+  } catch (const Failure& failure) {
+    const std::string why = failure.what();
+    FUZZ_REQUIRE(why.rfind("line ", 0) == 0);
+    return {std::to_string(failure.code()), why.substr(std::min(why.find(": "), why.size()))};
+  }
+}
+
+void checkPlaces(std::string_view text, const std::vector<Token>& tokens) {
+  const auto lines = 1 + std::count(text.begin(), text.end(), '\n');
+  Position last{1, 0};
+  for (const Token& token : tokens) {
+    const bool isLater = token.at.line > last.line || token.at.column > last.column;
+    FUZZ_REQUIRE(isLater && token.at.line >= last.line && token.at.line <= lines);
+    last = token.at;
+  }
+}
+
+void checkTemplate(const std::string& text) {
+  const std::vector<fuzz::Wanted> wanted = fuzz::wantedBy(text);
+  TemplateArguments arguments;
+  for (const fuzz::Wanted kind : wanted)
+    if (kind == fuzz::Wanted::text)
+      arguments.texts.emplace_back("it's");
+    else
+      arguments.numbers.push_back(-7);
+  try {
+    const FormattedText formatted = Template(text).format(arguments);
+    FUZZ_REQUIRE(formatted.text.size() <= DB_MAX_TEXT);
+    FUZZ_REQUIRE(formatted.arguments.size() <= arguments.numbers.size());
+    FUZZ_REQUIRE(wanted.empty() == (arguments.texts.empty() && arguments.numbers.empty()));
+    meaning(formatted.text);
+  } catch (const Failure&) {
+    // A conversion that is none, or too long a text.
+  }
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string text = fuzz::textOf(data, size);
+  checkTemplate(text);
+  const std::vector<std::string> tree = meaning(text);
+  std::vector<Token> tokens;
+  try {
+    tokens = tokenizeText(text);
+    FUZZ_REQUIRE(listTokens(text).size() == tokens.size());
+  } catch (const Failure&) {
+    FUZZ_REQUIRE(tree.size() == 2);
+    return 0;
+  }
+  checkPlaces(text, tokens);
+  // The words alone decide, however they are laid out.
+  for (const char* between : {" ", "\r\n\t"}) {
+    std::string again = isScript(text) ? "sml:" : "";
+    for (const Token& token : tokens)
+      again += between + spelled(token);
+    FUZZ_REQUIRE(meaning(again) == tree);
+  }
+  return 0;
+}
