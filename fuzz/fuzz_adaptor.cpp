@@ -13,7 +13,8 @@
 #include <sqlite3.h>
 
 #include <algorithm>
-#include <fcntl.h>
+#include <filesystem>
+#include <iterator>
 #include <set>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -112,11 +113,8 @@ private:
   int descriptor_;
 };
 
-// The number that the next descriptor gets: the same as before when none was left open.
-int nextDescriptor() {
-  const int next = open("/dev/null", O_RDONLY | O_CLOEXEC);
-  close(next);
-  return next;
+std::ptrdiff_t openDescriptors() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
 struct Operation {
@@ -381,9 +379,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static const bool isPrepared = (fuzz::prepare(), true);
   FUZZ_REQUIRE(isPrepared);
   House& house = lived();
-  const int descriptor = nextDescriptor();
+  const std::ptrdiff_t descriptors = openDescriptors();
   runProgram(house, fuzz::textOf(data, size));
-  FUZZ_REQUIRE(nextDescriptor() == descriptor);
+  FUZZ_REQUIRE(openDescriptors() == descriptors);
   house.restore();
   return 0;
 }

@@ -53,14 +53,24 @@ std::vector<std::string> meaning(std::string_view text) {
   }
 }
 
+// Each word stands where its place says, behind the one before it.
 void checkPlaces(std::string_view text, const std::vector<Token>& tokens) {
-  const auto lines = 1 + std::count(text.begin(), text.end(), '\n');
-  Position last{1, 0};
+  std::vector<std::size_t> lines = {0};
+  for (std::size_t at = text.find('\n'); at != text.npos; at = text.find('\n', at + 1))
+    lines.push_back(at + 1);
+  std::size_t next = 0;
   for (const Token& token : tokens) {
-    const bool isLater = token.at.line > last.line || token.at.column > last.column;
-    FUZZ_REQUIRE(isLater && token.at.line >= last.line && token.at.line <= lines);
-    last = token.at;
+    FUZZ_REQUIRE(token.at.line >= 1 && token.at.line <= static_cast<int>(lines.size()));
+    const std::size_t at = lines[static_cast<std::size_t>(token.at.line) - 1] +
+                           static_cast<std::size_t>(token.at.column) - 1;
+    FUZZ_REQUIRE(at >= next && at <= text.size());
+    if (token.kind == TokenKind::number)
+      FUZZ_REQUIRE(text[at] >= '0' && text[at] <= '9');
+    else
+      FUZZ_REQUIRE(text.substr(at, 1) == spelled(token).substr(0, 1));
+    next = at + 1;
   }
+  FUZZ_REQUIRE(tokens.back().kind == TokenKind::end);
 }
 
 void checkTemplate(const std::string& text) {
