@@ -70,10 +70,12 @@ TemplateArguments Template::read(va_list arguments) const {
 FormattedText Template::format(const TemplateArguments& arguments) const {
   FormattedText result;
   std::string& out = result.text;
+  bool inQuotes = false;
   const auto append = [&](std::string_view part) {
     if (out.size() + part.size() > DB_MAX_TEXT)
       throw Failure(DB_LIMIT, "the text is longer than " + std::to_string(DB_MAX_TEXT) + " bytes");
     out.append(part);
+    inQuotes ^= std::count(part.begin(), part.end(), '\'') % 2 != 0;
   };
   auto text = arguments.texts.begin();
   auto number = arguments.numbers.begin();
@@ -85,7 +87,7 @@ FormattedText Template::format(const TemplateArguments& arguments) const {
       append("%");
     } else if (place.spelling->conversion == Conversion::text) {
       append(*text++);
-    } else if (std::count(out.begin(), out.end(), '\'') % 2 != 0) {
+    } else if (inQuotes) {
       append(std::to_string(*number++));
     } else {
       result.arguments.push_back(lifted(*number++));
