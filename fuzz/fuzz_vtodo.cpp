@@ -8,6 +8,7 @@
 #include "task_text.h"
 #include "temporary_directory.h"
 
+#include <algorithm>
 #include <fstream>
 
 namespace {
@@ -34,6 +35,62 @@ bool isReadable(const ulo::TextReport& report) {
   return report.problem == ulo::TextProblem::none || report.problem == ulo::TextProblem::noTodo;
 }
 
+int hexDigit(char c) {
+  return c <= '9' ? c - '0' : c - 'A' + 10;
+}
+
+// A line of a piece as the library is to give it, "NAME=value" or "NAME[charset]=value". It writes
+// the names that it knows in capitals, and knows all that are asked for.
+std::string saidBy(const std::string& line) {
+  const std::size_t colon = line.find(':');
+  std::string header = line.substr(0, colon);
+  std::string value = line.substr(colon + 1);
+  const std::string encoded = ";ENCODING=QUOTED-PRINTABLE";
+  if (header.ends_with(encoded)) {
+    header.resize(header.size() - encoded.size());
+    std::string bytes;
+    for (std::size_t i = 0; i < value.size(); ++i) {
+      const bool isEscape = value[i] == '=';
+      bytes += isEscape ? static_cast<char>(hexDigit(value[i + 1]) * 16 + hexDigit(value[i + 2]))
+                        : value[i];
+      i += isEscape ? 2 : 0;
+    }
+    value = bytes;
+  }
+  const std::string declared = ";CHARSET=";
+  const std::size_t charset = header.find(declared);
+  std::transform(header.begin(),
+                 header.begin() + static_cast<std::ptrdiff_t>(std::min(charset, header.size())),
+                 header.begin(), [](char c) { return c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c; });
+  return (charset == header.npos
+              ? header
+              : header.substr(0, charset) + "[" + header.substr(charset + declared.size()) + "]") +
+         "=" + value;
+}
+
+// A piece has one property on each line; the library finds all of them with what they say. It
+// splits alarms into fields.
+void checkPiece(const std::string& piece) {
+  std::vector<TodoProperties> expected;
+  for (std::size_t at = 0; at < piece.size();) {
+    const std::size_t end = piece.find("\r\n", at);
+    FUZZ_REQUIRE(end != piece.npos);
+    const std::string line = piece.substr(at, end - at);
+    at = end + 2;
+    if (line == "BEGIN:VTODO")
+      expected.emplace_back();
+    else if (!expected.empty() && line != "END:VTODO" && line != "END:VCALENDAR")
+      expected.back().push_back(saidBy(line));
+  }
+  const auto todos = parseBare(piece);
+  FUZZ_REQUIRE(todos.has_value() && todos->size() == expected.size());
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    FUZZ_REQUIRE((*todos)[i].size() == expected[i].size());
+    for (std::size_t j = 0; j < expected[i].size(); ++j)
+      FUZZ_REQUIRE((*todos)[i][j] == expected[i][j] || expected[i][j].find("ALARM") == 1);
+  }
+}
+
 // The pieces of a text hold all of its to-dos, stay small, and need no guard themselves.
 void checkPieces(const std::string& text) {
   ulo::GuardedText guarded = ulo::GuardedText::fromMemory(text, guardedNames());
@@ -46,6 +103,7 @@ void checkPieces(const std::string& text) {
   while (guarded.nextPiece(piece)) {
     const ulo::GuardedText again = ulo::GuardedText::fromMemory(piece, guardedNames());
     FUZZ_REQUIRE(again.isClean());
+    checkPiece(piece);
     todos += again.report().todos;
     bytes += piece.size();
     ++pieces;
