@@ -35,12 +35,18 @@ QString sessionAddress() {
 class QCopChannel::Bus {
 public:
   Bus() : name_(QStringLiteral("ulo-channel-%1").arg(++made)) {
-    if (const QString address = sessionAddress(); !address.isEmpty())
+    if (const QString address = sessionAddress(); !address.isEmpty()) {
+      isNamed_ = true;
       connection_ = QDBusConnection::connectToBus(address, name_);
+    }
   }
   Bus(const Bus&) = delete;
   Bus& operator=(const Bus&) = delete;
-  ~Bus() { QDBusConnection::disconnectFromBus(name_); }
+  // The first question to the D-Bus library starts its thread: without a bus there is none.
+  ~Bus() {
+    if (isNamed_)
+      QDBusConnection::disconnectFromBus(name_);
+  }
 
   [[nodiscard]] bool isConnected() const { return connection_.isConnected(); }
   QDBusConnection& connection() { return connection_; }
@@ -49,6 +55,7 @@ private:
   static std::atomic<int> made;
 
   QString name_;
+  bool isNamed_ = false;  // the D-Bus library knows the name, connected or not
   QDBusConnection connection_{QString()};
 };
 

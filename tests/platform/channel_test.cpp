@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -130,6 +131,20 @@ TEST(ChannelWithoutBus, SendingFailsAndIsLogged) {
   EXPECT_THAT(std::filesystem::directory_iterator(runtime.path()),
               std::filesystem::directory_iterator());
   unsetenv("DISPLAY");
+}
+
+TEST(ChannelWithoutBus, TheDBusLibraryStartsNoThread) {
+  const auto threads = [] {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
+  };
+  const TemporaryDirectory runtime;
+  setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1);
+  unsetenv("DBUS_SESSION_BUS_ADDRESS");
+  const LogCapture quiet;
+  const auto before = threads();
+  EXPECT_FALSE(QCopChannel::send("ULO_A", "one"));
+  { const QCopChannel receiver("ULO_A"); }
+  EXPECT_EQ(threads(), before);
 }
 
 TEST(ChannelWithoutBus, AReceiverIsSilent) {
