@@ -129,6 +129,29 @@ void checkLibrary(const std::string& text) {
   FUZZ_REQUIRE(onlyGuarded(*todos) == onlyGuarded(*repaired));
 }
 
+bool sameReport(const ulo::TextReport& one, const ulo::TextReport& other) {
+  return one.problem == other.problem && one.line == other.line && one.todos == other.todos;
+}
+
+std::vector<TodoProperties> readFrom(const std::string& text) {
+  return onlyGuarded(parseGuarded(text).value_or(std::vector<TodoProperties>()));
+}
+
+// The kind of line end, and a mark of the encoding in front, say nothing.
+void checkForms(const std::string& text) {
+  if (text.find('\r') != text.npos)
+    return;
+  std::string withCarriageReturns;
+  for (const char c : text)
+    withCarriageReturns += c == '\n' ? std::string("\r\n") : std::string(1, c);
+  const ulo::TextReport report = ulo::examineText(text);
+  const std::vector<TodoProperties> todos = readFrom(text);
+  for (const std::string& form : {withCarriageReturns, "\xEF\xBB\xBF" + text}) {
+    FUZZ_REQUIRE(sameReport(ulo::examineText(form), report));
+    FUZZ_REQUIRE(readFrom(form) == todos);
+  }
+}
+
 class Tasks {
 public:
   Tasks() { list_.setAutoDelete(true); }
@@ -199,6 +222,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string text = fuzz::textOf(data, size);
   checkPieces(text);
   checkLibrary(text);
+  if (fuzz::isOneIn(2, text))
+    checkForms(text);
 
   ZVtodoParser parser;
   Tasks tasks;
