@@ -127,5 +127,25 @@
         <source>Task cannot be created because phone memory is full. Please delete some files to create space in memory.</source>
         <translation>Die Aufgabe kann nicht angelegt werden, weil der Speicher des Telefons voll ist. Bitte löschen Sie einige Dateien, um Platz zu schaffen.</translation>
     </message>
+    <message id="TXT_RID_HEADER_APPLICATION_LOCK">
+        <source>Application Lock</source>
+        <translation>Anwendungssperre</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_ENTER_LOCK_CODE">
+        <source>Enter the lock code:</source>
+        <translation>Geben Sie den Sperrcode ein:</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_WRONG_LOCK_CODE">
+        <source>Wrong code. Please try again.</source>
+        <translation>Falscher Code. Bitte versuchen Sie es erneut.</translation>
+    </message>
+    <message id="FMT_RID_INSTRUCTIONALTXT_TOO_MANY_WRONG_LOCK_CODES_1">
+        <source>Too many wrong codes. Next try in %1.</source>
+        <translation>Zu viele falsche Codes. Nächster Versuch in %1.</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_LOCK_CODE_CANNOT_BE_CHECKED">
+        <source>The code cannot be checked.</source>
+        <translation>Der Code kann nicht geprüft werden.</translation>
+    </message>
 </context>
 </TS>

@@ -127,5 +127,25 @@
         <source>Task cannot be created because phone memory is full. Please delete some files to create space in memory.</source>
         <translation>手机内存已满，无法创建任务。请删除一些文件以释放内存空间。</translation>
     </message>
+    <message id="TXT_RID_HEADER_APPLICATION_LOCK">
+        <source>Application Lock</source>
+        <translation>应用程序锁</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_ENTER_LOCK_CODE">
+        <source>Enter the lock code:</source>
+        <translation>请输入锁定密码：</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_WRONG_LOCK_CODE">
+        <source>Wrong code. Please try again.</source>
+        <translation>密码错误，请重试。</translation>
+    </message>
+    <message id="FMT_RID_INSTRUCTIONALTXT_TOO_MANY_WRONG_LOCK_CODES_1">
+        <source>Too many wrong codes. Next try in %1.</source>
+        <translation>密码错误次数过多，请在 %1 后重试。</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_LOCK_CODE_CANNOT_BE_CHECKED">
+        <source>The code cannot be checked.</source>
+        <translation>无法验证密码。</translation>
+    </message>
 </context>
 </TS>

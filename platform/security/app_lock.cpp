@@ -1,0 +1,231 @@
+#include "app_lock.h"
+
+#include "descriptor.h"
+#include "file_lock.h"
+#include "module_log.h"
+
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSaveFile>
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+
+#include <fcntl.h>
+#include <sodium.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace ulo {
+
+using std::chrono::milliseconds;
+
+struct AppLock::Record {
+  std::string hash;
+  int failures = 0;  // since the last right code
+  LockTime last;     // when the last of them was given
+};
+
+namespace {
+
+// Cost of a hash, as libsodium recommends it for people who wait. Constants of our own: a file
+// with other ones is damaged, so nobody can make the check take all the memory.
+constexpr unsigned long long passes = 2;
+constexpr std::size_t memory = 64UL * 1024 * 1024;
+
+constexpr std::size_t largestFile = 4096;  // a sound one has some 250 bytes
+constexpr double largestTime = 1e15;       // milliseconds that a JSON number holds exactly
+constexpr int mostFailures = 1'000'000;
+
+// How long another process may keep the directory before it counts as broken.
+constexpr milliseconds patience{2000};
+
+void logFailure(const char* what, const std::string& path, const char* why) {
+  ULO_LOG_ERROR("The application lock %s can't be %s: %s", path.c_str(), what, why);
+}
+
+// The directory, locked against other processes; none when it can't be.
+Descriptor lockedDirectory(const std::string& directory) {
+  Descriptor opened(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!opened.isOpen() || !lockWithin(opened.get(), patience)) {
+    logFailure("changed", directory, std::strerror(errno));
+    opened.reset();
+  }
+  return opened;
+}
+
+// The bytes of a regular file of at most largestFile bytes. `reason` says why there are none, an
+// errno.
+std::optional<QByteArray> fileBytes(const std::string& path, int& reason) {
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+  struct stat status {};
+  if (!file.isOpen() || fstat(file.get(), &status) != 0) {
+    reason = errno;
+    return {};
+  }
+  QByteArray bytes(largestFile + 1, '\0');
+  const ssize_t count =
+      S_ISREG(status.st_mode) ? ::read(file.get(), bytes.data(), largestFile + 1) : -1;
+  if (count < 0 || count > static_cast<ssize_t>(largestFile)) {
+    reason = EBADMSG;
+    return {};
+  }
+  bytes.truncate(count);
+  return bytes;
+}
+
+bool isHash(const std::string& text) {
+  return text.rfind("$argon2id$", 0) == 0 && text.size() < crypto_pwhash_STRBYTES &&
+         crypto_pwhash_str_needs_rehash(text.c_str(), passes, memory) == 0;
+}
+
+// A whole number from 0 to `largest`.
+bool isCount(const QJsonValue& value, double largest) {
+  const double number = value.toDouble(-1);
+  return number >= 0 && number <= largest && number == std::floor(number);
+}
+
+milliseconds waitAfter(int failures) {
+  const int over = failures - AppLock::freeAttempts;
+  if (over <= 0)
+    return milliseconds(0);
+  constexpr int mostDoublings = 20;
+  return std::min<milliseconds>(AppLock::longestWait,
+                                AppLock::firstWait * (1 << std::min(over - 1, mostDoublings)));
+}
+
+}  // namespace
+
+AppLock::State AppLock::read(Record& record) const {
+  if (directory_.empty() || sodium_init() < 0) {
+    logFailure("read", fileName, "there is no data directory, or libsodium fails");
+    return State::damaged;
+  }
+  int reason = 0;
+  const std::optional<QByteArray> bytes = fileBytes(path(), reason);
+  if (!bytes && reason == ENOENT)
+    return State::open;
+  if (!bytes) {
+    logFailure("read", path(), reason == EBADMSG ? "it is damaged" : std::strerror(reason));
+    return State::damaged;
+  }
+  const QJsonObject object = QJsonDocument::fromJson(*bytes).object();
+  record.hash = object["hash"].toString().toStdString();
+  if (!isHash(record.hash) || !isCount(object["failures"], mostFailures) ||
+      !object["boot"].isString() || !isCount(object["last"], largestTime)) {
+    logFailure("read", path(), "it is damaged");
+    return State::damaged;
+  }
+  record.failures = object["failures"].toInt();
+  record.last.boot = object["boot"].toString().toStdString();
+  record.last.sinceBoot = milliseconds(object["last"].toInteger());
+  return State::locked;
+}
+
+bool AppLock::write(const Record& record) const {
+  const QJsonObject object{{"hash", QString::fromStdString(record.hash)},
+                           {"failures", record.failures},
+                           {"boot", QString::fromStdString(record.last.boot)},
+                           {"last", static_cast<qint64>(record.last.sinceBoot.count())}};
+  QSaveFile file(QFile::decodeName(path().c_str()));
+  // By itself a commit takes a buffer that the disk has no room for as written.
+  const bool written = file.open(QIODevice::WriteOnly) &&
+                       file.setPermissions(QFile::ReadOwner | QFile::WriteOwner) &&
+                       file.write(QJsonDocument(object).toJson()) > 0 && file.flush() &&
+                       file.commit();
+  if (!written)
+    logFailure("written", path(), file.errorString().toUtf8().constData());
+  return written;
+}
+
+milliseconds AppLock::waitOf(const Record& record) const {
+  const LockTime now = clock_();
+  // After a new start the last wrong code counts as given at that.
+  const bool sameRun = now.boot == record.last.boot && now.sinceBoot >= record.last.sinceBoot;
+  const milliseconds passed = sameRun ? now.sinceBoot - record.last.sinceBoot : now.sinceBoot;
+  return std::max(milliseconds(0), waitAfter(record.failures) - passed);
+}
+
+AppLock::State AppLock::state() const {
+  Record record;
+  return read(record);
+}
+
+milliseconds AppLock::wait() const {
+  Record record;
+  return read(record) == State::locked ? waitOf(record) : milliseconds(0);
+}
+
+// Counts the attempt as a wrong one and gives the hash to compare with, or else the answer.
+std::optional<AppLock::Result> AppLock::beginAttempt(std::string& hash) {
+  const Descriptor lock = lockedDirectory(directory_);
+  if (!lock.isOpen())
+    return Result{Answer::failed, milliseconds(0)};
+  Record record;
+  const State found = read(record);
+  if (found != State::locked)
+    return Result{found == State::open ? Answer::right : Answer::failed, milliseconds(0)};
+  if (const milliseconds wait = waitOf(record); wait.count() > 0)
+    return Result{Answer::tooEarly, wait};
+  record.failures = std::min(record.failures + 1, mostFailures);
+  record.last = clock_();
+  if (!write(record))
+    return Result{Answer::failed, milliseconds(0)};
+  hash = record.hash;
+  return {};
+}
+
+milliseconds AppLock::endAttempt(bool right) {
+  if (!right)
+    return wait();
+  const Descriptor lock = lockedDirectory(directory_);
+  Record record;
+  if (lock.isOpen() && read(record) == State::locked) {
+    record.failures = 0;
+    // Not written, the wrong ones count on: a nuisance, no danger.
+    static_cast<void>(write(record));
+  }
+  return milliseconds(0);
+}
+
+AppLock::Result AppLock::check(const LockCode& code) {
+  std::string hash;
+  if (const std::optional<Result> answer = beginAttempt(hash))
+    return *answer;
+  errno = 0;
+  const bool right = crypto_pwhash_str_verify(hash.c_str(), code.data(), code.size()) == 0;
+  if (!right && errno != EINVAL) {
+    logFailure("checked", path(), std::strerror(errno));
+    return {Answer::failed, endAttempt(false)};
+  }
+  return {right ? Answer::right : Answer::wrong, endAttempt(right)};
+}
+
+bool AppLock::set(const LockCode& code) {
+  Record record;
+  std::array<char, crypto_pwhash_STRBYTES> hash{};
+  if (directory_.empty() || sodium_init() < 0 ||
+      crypto_pwhash_str(hash.data(), code.data(), code.size(), passes, memory) != 0) {
+    logFailure("set", fileName, "there is no data directory, or too little memory");
+    return false;
+  }
+  record.hash = hash.data();
+  const Descriptor lock = lockedDirectory(directory_);
+  return lock.isOpen() && write(record);
+}
+
+bool AppLock::clear() {
+  const Descriptor lock = lockedDirectory(directory_);
+  if (!lock.isOpen())
+    return false;
+  if (unlink(path().c_str()) != 0 && errno != ENOENT) {
+    logFailure("removed", path(), std::strerror(errno));
+    return false;
+  }
+  return true;
+}
+
+}  // namespace ulo
