@@ -24,6 +24,7 @@ enum class Exit : int {
   badScript = 13,
   malformed = 14,
   exists = 15,
+  refused = 16,
 };
 
 struct ExitMeaning {
@@ -48,6 +49,7 @@ inline constexpr ExitMeaning exitMeanings[] = {
     {Exit::badScript, "a script or statement is wrong"},
     {Exit::malformed, "a vCalendar is not well formed"},
     {Exit::exists, "a category has this name already"},
+    {Exit::refused, "the code of the lock is wrong, or it is too early to try again"},
 };
 
 // Ends the program with `code` after `message`, which names what failed and why.

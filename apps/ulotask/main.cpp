@@ -55,6 +55,7 @@ int run(int argc, char** argv) {
   ulotask::addChangeVerbs(app, session);
   ulotask::addSyncVerbs(app, session);
   ulotask::addWatchVerb(app, session);
+  ulotask::addLockVerbs(app, session);
   ulotask::addDatabaseVerbs(app, session);
 
   Exit code = Exit::ok;

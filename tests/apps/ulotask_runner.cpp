@@ -105,16 +105,18 @@ Outcome UlotaskTest::shell(const std::string& line) {
   return start("/bin/bash", {"-c", line}, {});
 }
 
-Outcome UlotaskTest::onTerminal(const Arguments& arguments, int columns) {
-  return startOnTerminal(ULOTASK_PROGRAM, arguments, columns);
+Outcome UlotaskTest::onTerminal(const Arguments& arguments, int columns,
+                                const std::vector<Typed>& typed) {
+  return startOnTerminal(ULOTASK_PROGRAM, arguments, columns, typed);
 }
 
-Outcome UlotaskTest::shellOnTerminal(const std::string& line, int columns) {
-  return startOnTerminal("/bin/bash", {"-c", line}, columns);
+Outcome UlotaskTest::shellOnTerminal(const std::string& line, int columns,
+                                     const std::vector<Typed>& typed) {
+  return startOnTerminal("/bin/bash", {"-c", line}, columns, typed);
 }
 
 Outcome UlotaskTest::startOnTerminal(const std::string& program, const Arguments& arguments,
-                                     int columns) {
+                                     int columns, const std::vector<Typed>& typed) {
   winsize size{};
   size.ws_row = 24;
   size.ws_col = static_cast<unsigned short>(columns);
@@ -135,10 +137,18 @@ Outcome UlotaskTest::startOnTerminal(const std::string& program, const Arguments
   Outcome run;
   char buffer[4096];
   ssize_t count = 0;
+  auto next = typed.begin();
+  std::size_t seen = 0;
   // A terminal whose last program has ended answers EIO.
   while ((count = read(terminal, buffer, sizeof buffer)) > 0 || (count < 0 && errno == EINTR)) {
     if (count > 0)
       run.out.append(buffer, static_cast<std::size_t>(count));
+    while (next != typed.end() && run.out.find(next->prompt, seen) != std::string::npos) {
+      seen = run.out.find(next->prompt, seen) + next->prompt.size();
+      EXPECT_EQ(write(terminal, next->text.data(), next->text.size()),
+                static_cast<ssize_t>(next->text.size()));
+      ++next;
+    }
   }
   close(terminal);
   int status = 0;

@@ -42,6 +42,12 @@ private:
   QProcess& process_;
 };
 
+// What is typed once the terminal was sent `prompt`.
+struct Typed {
+  std::string prompt;
+  std::string text;
+};
+
 class UlotaskTest : public testing::Test {
   TemporaryDirectory directory_;  // first: the environment names it
 
@@ -51,9 +57,11 @@ protected:
   // Runs `ulotask arguments...` with `input` on standard input.
   Outcome ulotask(const Arguments& arguments, const std::string& input = {});
   // The same on a terminal of so many columns; `out` is what the terminal was sent.
-  Outcome onTerminal(const Arguments& arguments, int columns);
+  // Texts are typed one after another.
+  Outcome onTerminal(const Arguments& arguments, int columns, const std::vector<Typed>& typed = {});
   // The same for a line of the shell.
-  Outcome shellOnTerminal(const std::string& line, int columns);
+  Outcome shellOnTerminal(const std::string& line, int columns,
+                          const std::vector<Typed>& typed = {});
   // Runs a line of the shell in which $ULOTASK is the program.
   Outcome shell(const std::string& line);
 
@@ -94,7 +102,8 @@ protected:
 
 private:
   Outcome start(const std::string& program, const Arguments& arguments, const std::string& input);
-  Outcome startOnTerminal(const std::string& program, const Arguments& arguments, int columns);
+  Outcome startOnTerminal(const std::string& program, const Arguments& arguments, int columns,
+                          const std::vector<Typed>& typed = {});
   void preload(const std::string& library);
 };
 
