@@ -206,6 +206,11 @@ void UlotaskTest::stepClock(int milliseconds) {
   environment_["ULO_TEST_CLOCK_STEP"] = std::to_string(milliseconds);
 }
 
+void UlotaskTest::hideLibrary(const std::string& name) {
+  preload(ULOTASK_NO_LIBRARY);
+  environment_["ULO_TEST_NO_LIBRARY"] = name;
+}
+
 void UlotaskTest::breakTemporaryFiles(const std::string& how) {
   preload(ULOTASK_TEMPORARY);
   environment_["ULO_TEST_TEMPORARY"] = how;

@@ -89,6 +89,8 @@ protected:
   // From here on the program's monotonic clock goes on by so much whenever it is read.
   void stepClock(int milliseconds);
 
+  // From here on the program finds no library of this name.
+  void hideLibrary(const std::string& name);
   // From here on temporary files of an exchange fail: "full", "unwritable" or "foreign".
   void breakTemporaryFiles(const std::string& how);
 

@@ -1,6 +1,6 @@
 // The application lock, as the entry points ask it.
 
-#include "app_lock.h"
+#include "lock_check.h"
 
 #include "screen_test.h"
 

@@ -4,7 +4,7 @@
 #include "TASK_ENG_SyncML.h"
 #include "TASK_UI_DetailView.h"
 #include "ZMessageDlg.h"
-#include "app_lock.h"
+#include "lock_check.h"
 #include "module_log.h"
 #include "texts.h"
 

@@ -3,8 +3,8 @@
 #include "TASK_UI_DetailView.h"
 #include "ZTASK_ENG_Model.h"
 #include "ZVtodoParser.h"
-#include "app_lock.h"
 #include "first_task.h"
+#include "lock_check.h"
 #include "module_log.h"
 
 TASK_UI_VTodo::TASK_UI_VTodo() = default;

@@ -1,0 +1,123 @@
+// ulo-action on a display: what users see and press when a to-do has come in.
+
+#include "display.h"
+#include "ulotask_runner.h"
+
+using testing::ElementsAre;
+
+namespace {
+
+constexpr char lockTitle[] = "^Application Lock$";
+
+class Action : public UlotaskTest {
+protected:
+  Action() {
+    environment_["DISPLAY"] = display_.name().toStdString();
+    environment_["QT_QPA_PLATFORM"] = "xcb";
+    item_ = file("item.vcs", calendar(todo("SUMMARY:Buy milk\r\n")));
+  }
+
+  // Starts `ulo-action action file` and leaves it running.
+  void begin(const std::string& action, const std::string& file) {
+    ASSERT_FALSE(display_.name().isEmpty());
+    prepare(process_);
+    process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    process_.start(ULO_ACTION, {QString::fromStdString(action), QString::fromStdString(file)});
+  }
+  void begin(const std::string& action) { begin(action, item_); }
+  // What it ends with.
+  int end() {
+    EXPECT_TRUE(process_.waitForFinished(60'000));
+    return process_.exitCode();
+  }
+  std::vector<std::string> summaries() {
+    std::vector<std::string> result;
+    for (const QJsonValue& task : succeed({"list", "--json"}).array())
+      result.push_back(task["summary"].toString().toStdString());
+    return result;
+  }
+
+  Display display_{240, 320};
+  QProcess process_;
+  std::string item_;
+};
+
+TEST_F(Action, SavesAndSaysSo) {
+  begin("TASK_SAVE");
+  ASSERT_TRUE(display_.focus("^Saved to Task List$"));
+  EXPECT_THAT(summaries(), ElementsAre("Buy milk"));
+  ASSERT_TRUE(display_.press({"F1"}));
+  EXPECT_EQ(end(), 0);
+}
+
+TEST_F(Action, SavesTheFirstOfTwo) {
+  begin("TASK_SAVE", file("two.vcs", calendar(todo("SUMMARY:one\r\n") + todo("SUMMARY:two\r\n"))));
+  ASSERT_TRUE(display_.focus("^Saved to Task List$"));
+  ASSERT_TRUE(display_.press({"Return"}));
+  EXPECT_EQ(end(), 0);
+  EXPECT_THAT(summaries(), ElementsAre("one"));
+}
+
+TEST_F(Action, ShowsWithoutSaving) {
+  begin("TASK_VIEW");
+  ASSERT_TRUE(display_.focus("^Buy milk$"));
+  ASSERT_TRUE(display_.press({"F3"}));
+  EXPECT_EQ(end(), 0);
+  EXPECT_THAT(summaries(), ElementsAre());
+}
+
+TEST_F(Action, AFullStoreIsTold) {
+  add({"one"});
+  limitStore(1);
+  begin("TASK_SAVE",
+        file("long.vcs",
+             calendar(todo("SUMMARY:a\r\nDESCRIPTION:" + std::string(4000, 'n') + "\r\n"))));
+  ASSERT_TRUE(display_.focus("^Memory Full$"));
+  ASSERT_TRUE(display_.press({"F1"}));
+  EXPECT_EQ(end(), 1);
+}
+
+TEST_F(Action, WhatCannotBeDoneEnds) {
+  begin("TASK_SAVE", path("missing.vcs"));
+  EXPECT_EQ(end(), 1);
+  begin("TASK_VIEW", file("none.vcs", "no calendar"));
+  EXPECT_EQ(end(), 1);
+  begin("TASK_PRINT");
+  EXPECT_EQ(end(), 0);
+  EXPECT_THAT(summaries(), ElementsAre());
+}
+
+TEST_F(Action, TheRightCodeLetsTheUserIn) {
+  succeed({"lock", "set"}, "4711\n");
+  begin("TASK_SAVE");
+  ASSERT_TRUE(display_.focus(QLatin1String(lockTitle)));
+  ASSERT_TRUE(display_.type("4711"));
+  ASSERT_TRUE(display_.press({"Return"}));
+  ASSERT_TRUE(display_.focus("^Saved to Task List$"));
+  ASSERT_TRUE(display_.press({"F1"}));
+  EXPECT_EQ(end(), 0);
+  EXPECT_THAT(summaries(), ElementsAre("Buy milk"));
+}
+
+TEST_F(Action, AWrongCodeKeepsTheUserOut) {
+  succeed({"lock", "set"}, "4711\n");
+  begin("TASK_SAVE");
+  ASSERT_TRUE(display_.focus(QLatin1String(lockTitle)));
+  ASSERT_TRUE(display_.type("4712"));
+  ASSERT_TRUE(display_.press({"Return"}));
+  ASSERT_TRUE(display_.focus(QLatin1String(lockTitle)));
+  ASSERT_TRUE(display_.press({"F3"}));
+  EXPECT_EQ(end(), 1);
+  EXPECT_THAT(summaries(), ElementsAre());
+}
+
+TEST_F(Action, WithoutTheLockLibraryNobodyComesIn) {
+  hideLibrary("libulosecuritysetup.so");
+  begin("TASK_SAVE");
+  EXPECT_EQ(end(), 1);
+  begin("TASK_VIEW");
+  EXPECT_EQ(end(), 1);
+  EXPECT_THAT(summaries(), ElementsAre());
+}
+
+}  // namespace
