@@ -1,6 +1,7 @@
 // Takes pictures of every screen and dialog: screen_pictures DIRECTORY WIDTHxHEIGHT LANGUAGE
 // [POINTS] Each is shown on the display as users see it, and what the display shows is saved.
 
+#include "LockDialog.h"
 #include "RES_ICON_Reader.h"
 #include "TASK_UI_DetailView.h"
 #include "ZApplication.h"
@@ -10,7 +11,9 @@
 #include "texts.h"
 
 #include <QDir>
+#include <QLineEdit>
 #include <QScreen>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 
@@ -132,6 +135,28 @@ void shootMessages(const Camera& camera) {
   camera.shootDialog(full, "memory-full");
 }
 
+void shootLock(const Camera& camera) {
+  const QTemporaryDir directory;
+  ulo::AppLock lock(directory.path().toStdString());
+  QString code = QStringLiteral("4711");
+  static_cast<void>(lock.set(ulo::LockCode(code)));
+  QWidget behind;
+  camera.show(behind);
+  const auto shootAfter = [&](int wrongCodes, const char* name) {
+    LockDialog dialog(lock);
+    auto* line = dialog.findChild<QLineEdit*>();
+    for (int i = 0; i < wrongCodes; ++i) {
+      line->setText(QStringLiteral("0815"));
+      dialog.accept();
+    }
+    line->setText(wrongCodes == 0 ? QStringLiteral("0815") : QString());
+    camera.shootDialog(dialog, name);
+  };
+  shootAfter(0, "lock");
+  shootAfter(1, "lock-wrong");
+  shootAfter(ulo::AppLock::freeAttempts, "lock-waiting");
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -153,5 +178,6 @@ int main(int count, char** arguments) {
   const Camera camera(words[1], QSize(size[0].toInt(), size[1].toInt()));
   shootDetailView(camera);
   shootMessages(camera);
+  shootLock(camera);
   return 0;
 }
