@@ -187,6 +187,13 @@ TEST_F(DetailView, TheMenuHasTextsOfItsOwn) {
   EXPECT_THAT(lines(), ElementsAre());
 }
 
+TEST_F(DetailView, AMenuItemThatItDoesNotKnowIsLogged) {
+  platform_.strangeMenuItem = 99;
+  open();
+  EXPECT_THAT(lines(), ElementsAre("shouldn't come here! check the ini file"));
+  EXPECT_EQ(view_.findChild<ZOptionsMenu*>()->item(1)->text(), "Edit");
+}
+
 TEST_F(DetailView, AloneItOnlyGoesBack) {
   TASK_UI_DetailView view(nullptr, nullptr, 0);
   view.openStandaloneView(task_);

@@ -5,6 +5,7 @@
 #include "AM_ActionData.h"
 #include "SHARE_Tool.h"
 #include "TASK_ENG_SyncML.h"
+#include "ZOptionsMenu.h"
 #include "ZVtodoParser.h"
 #include "export.h"
 
@@ -104,5 +105,15 @@ int __wrap__ZN15TASK_ENG_SyncML8addEventERKNSt7__cxx1112basic_stringIcSt11char_t
              ? platform->addAnswer
              : __real__ZN15TASK_ENG_SyncML8addEventERKNSt7__cxx1112basic_stringIcSt11char_traitsIcESaIcEEERj(
                    adaptor, text, uid);
+}
+
+// ZOptionsMenu::getAllItemIds() const
+QValueList<int> __real__ZNK12ZOptionsMenu13getAllItemIdsEv(const ZOptionsMenu* menu);
+ULO_EXPORT QValueList<int> __wrap__ZNK12ZOptionsMenu13getAllItemIdsEv(const ZOptionsMenu* menu);
+QValueList<int> __wrap__ZNK12ZOptionsMenu13getAllItemIdsEv(const ZOptionsMenu* menu) {
+  QValueList<int> ids = __real__ZNK12ZOptionsMenu13getAllItemIdsEv(menu);
+  if (platform->strangeMenuItem != 0)
+    ids.append(platform->strangeMenuItem);
+  return ids;
 }
 }

@@ -33,6 +33,8 @@ struct Platform {
   int shares = 0;
   // What adding an item answers, without adding it; negative to add it.
   int addAnswer = -1;
+  // An id that the menu has besides its own; 0 for none.
+  int strangeMenuItem = 0;
   // The reader gives a list with a null in it.
   bool nullTask = false;
 };

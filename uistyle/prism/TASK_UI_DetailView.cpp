@@ -89,13 +89,6 @@ struct MenuItem {
   Text text;
   KeptItem kept;
 };
-constexpr MenuItem menuItems[] = {
-    {1, SLOT(slotTaskEditView()), {"TXT_RID_OPTION_EDIT", "Edit"}, keptEdit},
-    {2, nullptr, {"TXT_RID_OPTION_SHARE_VIA", "Share via"}, notKept},
-    {3, SLOT(sendToBluetooth()), {"TXT_RID_OPTION_BLUETOOTH", "Bluetooth"}, keptBluetooth},
-    {4, SLOT(sendToMessage()), {"TXT_RID_OPTION_MESSAGE", "Message"}, keptMessage},
-    {5, SLOT(slotDeleteTask()), {"TXT_RID_OPTION_DELETE", "Delete"}, notKept},
-};
 
 constexpr int nameLength = 20;  // characters of the summary in a file name
 
@@ -213,12 +206,19 @@ void TASK_UI_DetailView::addKeys() {
 }
 
 void TASK_UI_DetailView::addMenu(ZSoftKey& keys) {
+  const MenuItem known[] = {
+      {1, SLOT(slotTaskEditView()), {"TXT_RID_OPTION_EDIT", "Edit"}, keptEdit},
+      {2, nullptr, {"TXT_RID_OPTION_SHARE_VIA", "Share via"}, notKept},
+      {3, SLOT(sendToBluetooth()), {"TXT_RID_OPTION_BLUETOOTH", "Bluetooth"}, keptBluetooth},
+      {4, SLOT(sendToMessage()), {"TXT_RID_OPTION_MESSAGE", "Message"}, keptMessage},
+      {5, SLOT(slotDeleteTask()), {"TXT_RID_OPTION_DELETE", "Delete"}, notKept},
+  };
   auto* menu = new ZOptionsMenu(&keys, nullptr, 0, optionsMenuClass, std::make_unique<tasksMenu>(),
                                 QStringLiteral("detailedView"));
   for (const int id : menu->getAllItemIds()) {
-    const auto* const item = std::find_if(std::begin(menuItems), std::end(menuItems),
-                                          [id](const MenuItem& known) { return known.id == id; });
-    if (item == std::end(menuItems)) {
+    const auto* const item = std::find_if(std::begin(known), std::end(known),
+                                          [id](const MenuItem& entry) { return entry.id == id; });
+    if (item == std::end(known)) {
       ULO_LOG_ERROR("shouldn't come here! check the ini file");
       continue;
     }
