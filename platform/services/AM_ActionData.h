@@ -20,9 +20,13 @@
 // the user has done with the request. The message composer is known without an entry: it is
 // `xdg-email --utf8 --attach %f`, which does not wait.
 //
+// A command has a session of its own, without standard input and output, and lives on when this
+// program ends.
+//
 // With the value "AutoDelete" set to "Yes" the file of "Files" is temporary. It goes when a command
-// with Wait has ended; otherwise, since the application may still read it, with the first request
-// of any program that comes a day or more later.
+// with Wait has ended and the event loop of this program's main thread, which asked, sees it;
+// otherwise, since the application may still read it, with the first request of any program that
+// comes a day or more later.
 class ULO_EXPORT AM_ActionData {
 public:
   // The message composer.
@@ -36,8 +40,9 @@ public:
   // Null for a name without a value.
   [[nodiscard]] QString value(const QString& name) const { return values_.value(name); }
 
-  // Starts the application; with `wait`, returns when its command has ended. False when there is no
-  // such application, it can't be started, or, after waiting, it failed; the log says which.
+  // Starts the application; with `wait`, returns when its command has ended, and until then takes
+  // no input in the main thread. False when there is no such application, it can't be started, or,
+  // after waiting, it failed; the log says which.
   bool invoke(bool wait);
 
 private:

@@ -13,9 +13,9 @@ ULO_EXPORT std::string dataDirectory();
 
 // Our directory of one kind: $variable/ulo, else $HOME/homeDefault/ulo. A relative $variable is
 // ignored (XDG base directories). Empty when HOME is needed and not set.
-std::string userDirectory(const char* variable, const char* homeDefault);
+ULO_EXPORT std::string userDirectory(const char* variable, const char* homeDefault);
 
 // Creates a directory with all that is missing above it, mode 0700. False, with errno, on failure.
-bool makeUserDirectory(const std::string& path);
+ULO_EXPORT bool makeUserDirectory(const std::string& path);
 
 }  // namespace ulo

@@ -1,0 +1,196 @@
+#include "launch_table.h"
+
+#include "AM_ActionData.h"
+#include "data_directory.h"
+#include "module_log.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+namespace ulo {
+namespace {
+
+struct KnownApplication {
+  const char* uuid;
+  const char* exec;
+  bool waits;
+};
+constexpr KnownApplication known[] = {
+    {AM_ActionData::composer, "xdg-email --utf8 --attach %f", false}};
+
+// The characters that an escape stands for. Another backslash stands for itself: the quoting of
+// words has a meaning for some.
+QString unescaped(const QString& value) {
+  QString result;
+  for (qsizetype i = 0; i < value.size(); ++i) {
+    const QChar next = value[i] == u'\\' && i + 1 < value.size() ? value[i + 1] : QChar();
+    const qsizetype which = next.isNull() ? -1 : QStringLiteral("sntr\\").indexOf(next);
+    if (which >= 0) {
+      result += QStringLiteral(" \n\t\r\\")[which];
+      ++i;
+    } else {
+      result += value[i];
+    }
+  }
+  return result;
+}
+
+// The words of a command line, one after another.
+class Words {
+public:
+  explicit Words(const QString& text) : text_(text) {}
+
+  // False at the end, and with a reason where the line is wrong.
+  bool next(QString& word, QString& why) {
+    while (at_ < text_.size() && text_[at_] == u' ')
+      ++at_;
+    if (at_ == text_.size())
+      return false;
+    word.clear();
+    return text_[at_] == u'"' ? quoted(word, why) : plain(word, why);
+  }
+
+private:
+  bool plain(QString& word, QString& why) {
+    for (; at_ < text_.size() && text_[at_] != u' '; ++at_) {
+      if (QStringLiteral("\t\n\"'\\><~|&;$*?#()`").contains(text_[at_])) {
+        why = QStringLiteral("a character of the shell stands outside of quotes: ") + text_[at_];
+        return false;
+      }
+      word += text_[at_];
+    }
+    return true;
+  }
+
+  bool quoted(QString& word, QString& why) {
+    for (++at_; at_ < text_.size(); ++at_) {
+      if (text_[at_] == u'"') {
+        ++at_;
+        if (at_ == text_.size() || text_[at_] == u' ')
+          return true;
+        why = QStringLiteral("quotes enclose a part of a word");
+        return false;
+      }
+      const bool escapes = text_[at_] == u'\\' && at_ + 1 < text_.size() &&
+                           QStringLiteral("\"`$\\").contains(text_[at_ + 1]);
+      at_ += escapes ? 1 : 0;
+      word += text_[at_];
+    }
+    why = QStringLiteral("quotes aren't closed");
+    return false;
+  }
+
+  const QString& text_;
+  qsizetype at_ = 0;
+};
+
+// The word with its field codes replaced; null, with a reason, for a code that there isn't.
+QString filled(const QString& word, const LaunchValues& values, QString& why) {
+  QString result = QStringLiteral("");
+  for (qsizetype i = 0; i < word.size(); ++i) {
+    if (word[i] != u'%') {
+      result += word[i];
+      continue;
+    }
+    const QChar code = ++i < word.size() ? word[i] : QChar();
+    if (code == u'f')
+      result += values.file;
+    else if (code == u's')
+      result += values.subject;
+    else if (code == u'%')
+      result += code;
+    else {
+      why = QStringLiteral("there is no field code %") + (code.isNull() ? QString() : code);
+      return {};
+    }
+  }
+  return result;
+}
+
+void logWrong(const QString& application, const QString& why) {
+  ULO_LOG_ERROR("The launch table's entry %s is wrong: %s", application.toUtf8().constData(),
+                why.toUtf8().constData());
+}
+
+}  // namespace
+
+QStringList commandOf(const QString& exec, const LaunchValues& values, QString& why) {
+  QStringList command;
+  Words words(exec);
+  for (QString word; words.next(word, why);) {
+    const QString argument = filled(word, values, why);
+    if (argument.isNull())
+      return {};
+    command.append(argument);
+  }
+  if (!why.isEmpty())
+    return {};
+  if (command.isEmpty() || command.first().isEmpty())
+    why = QStringLiteral("there is no program");
+  return why.isEmpty() ? command : QStringList();
+}
+
+LaunchTable::LaunchTable(const QByteArray& text) {
+  Group* group = nullptr;
+  for (const QByteArray& bytes : text.split('\n')) {
+    const QString line = QString::fromUtf8(bytes).trimmed();
+    const qsizetype equals = line.indexOf(u'=');
+    if (line.startsWith(u'[') && line.endsWith(u']')) {
+      const QUuid application(line.mid(1, line.size() - 2));
+      const bool isNew = !application.isNull() && !groups_.contains(application);
+      group = isNew ? &groups_[application] : nullptr;
+    } else if (group != nullptr && !line.startsWith(u'#') && equals > 0) {
+      const QString key = line.left(equals).trimmed();
+      if (!group->contains(key))
+        group->insert(key, unescaped(line.mid(equals + 1).trimmed()));
+    }
+  }
+}
+
+LaunchTable LaunchTable::ofUser() {
+  const std::string path = userDirectory("XDG_CONFIG_HOME", ".config") + "/applications.conf";
+  QFile file(QFile::decodeName(path.c_str()));
+  if (!file.exists())
+    return LaunchTable({});
+  // Of what is no file, a pipe for one, reading might never end.
+  if (!QFileInfo(file).isFile() || file.size() > largest || !file.open(QIODevice::ReadOnly)) {
+    ULO_LOG_ERROR("The launch table %s can't be read", path.c_str());
+    return LaunchTable({});
+  }
+  return LaunchTable(file.read(largest));
+}
+
+std::optional<Launch> LaunchTable::launch(const QString& application,
+                                          const LaunchValues& values) const {
+  QString exec;
+  QString why;
+  Launch launch;
+  const QUuid uuid(application);
+  if (const auto group = groups_.constFind(uuid); group != groups_.constEnd()) {
+    const QString waits = group->value(QStringLiteral("Wait"), QStringLiteral("false"));
+    if (waits != QLatin1String("true") && waits != QLatin1String("false"))
+      why = QStringLiteral("Wait is neither true nor false");
+    launch.waits = waits == QLatin1String("true");
+    exec = group->value(QStringLiteral("Exec"));
+  } else {
+    for (const KnownApplication& entry : known) {
+      if (uuid == QUuid(QString::fromLatin1(entry.uuid))) {
+        exec = QString::fromLatin1(entry.exec);
+        launch.waits = entry.waits;
+      }
+    }
+    if (exec.isEmpty()) {
+      ULO_LOG_ERROR("There is no application %s", application.toUtf8().constData());
+      return {};
+    }
+  }
+  if (why.isEmpty())
+    launch.command = commandOf(exec, values, why);
+  if (!why.isEmpty()) {
+    logWrong(application, why);
+    return {};
+  }
+  return launch;
+}
+
+}  // namespace ulo
