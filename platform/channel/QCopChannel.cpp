@@ -1,14 +1,10 @@
 #include "QCopChannel.h"
 
 #include "module_log.h"
+#include "private_bus.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QFile>
-#include <QStringList>
-
-#include <atomic>
-#include <cstdlib>
 
 namespace {
 
@@ -18,51 +14,11 @@ constexpr char signal[] = "Message";
 // What a bus that answers at all takes longest.
 constexpr int patienceMs = 2000;
 
-// Empty when the session has no bus. Asking the D-Bus library itself might start one.
-QString sessionAddress() {
-  QString named = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
-  if (!named.isEmpty())
-    return named;
-  const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
-  const QString socket = runtime + QStringLiteral("/bus");
-  return !runtime.isEmpty() && QFile::exists(socket) ? QStringLiteral("unix:path=") + socket
-                                                     : QString();
-}
-
 }  // namespace
 
-// A connection of its own: what it is closed with doesn't belong to anybody else's.
-class QCopChannel::Bus {
-public:
-  Bus() : name_(QStringLiteral("ulo-channel-%1").arg(++made)) {
-    if (const QString address = sessionAddress(); !address.isEmpty()) {
-      isNamed_ = true;
-      connection_ = QDBusConnection::connectToBus(address, name_);
-    }
-  }
-  Bus(const Bus&) = delete;
-  Bus& operator=(const Bus&) = delete;
-  // The first question to the D-Bus library starts its thread: without a bus there is none.
-  ~Bus() {
-    if (isNamed_)
-      QDBusConnection::disconnectFromBus(name_);
-  }
-
-  [[nodiscard]] bool isConnected() const { return connection_.isConnected(); }
-  QDBusConnection& connection() { return connection_; }
-
-private:
-  static std::atomic<int> made;
-
-  QString name_;
-  bool isNamed_ = false;  // the D-Bus library knows the name, connected or not
-  QDBusConnection connection_{QString()};
-};
-
-std::atomic<int> QCopChannel::Bus::made = 0;
-
 QCopChannel::QCopChannel(const QCString& channel, QObject* parent)
-    : QObject(parent), channel_(channel), bus_(std::make_unique<Bus>()) {
+    : QObject(parent), channel_(channel),
+      bus_(std::make_unique<ulo::PrivateBus>(ulo::PrivateBus::Kind::session)) {
   const bool listens =
       bus_->isConnected() &&
       bus_->connection().connect(QString(), QLatin1String(path), QLatin1String(interface),
@@ -87,7 +43,7 @@ void QCopChannel::deliver(const QString& channel, const QString& message, const 
 }
 
 bool QCopChannel::send(const QCString& channel, const QCString& message, const QByteArray& data) {
-  Bus bus;
+  ulo::PrivateBus bus(ulo::PrivateBus::Kind::session);
   if (!bus.isConnected()) {
     ULO_LOG_ERROR("No session bus, %s is not sent on %s", message.constData(), channel.constData());
     return false;

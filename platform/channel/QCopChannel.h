@@ -9,6 +9,10 @@
 
 #include <memory>
 
+namespace ulo {
+class PrivateBus;
+}
+
 // A receiver of what is sent on a channel, by this program or another one of the same session. It
 // needs an event loop in the thread that made it.
 //
@@ -40,8 +44,6 @@ private Q_SLOTS:
   void deliver(const QString& channel, const QString& message, const QByteArray& data);
 
 private:
-  class Bus;
-
   QCString channel_;
-  std::unique_ptr<Bus> bus_;
+  std::unique_ptr<ulo::PrivateBus> bus_;
 };

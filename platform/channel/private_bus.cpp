@@ -1,0 +1,41 @@
+#include "private_bus.h"
+
+#include <QFile>
+
+#include <atomic>
+
+namespace ulo {
+
+namespace {
+
+std::atomic<int> made = 0;
+
+// Empty when the session has no bus. Asking the D-Bus library itself might start one.
+QString sessionAddress() {
+  QString named = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
+  if (!named.isEmpty())
+    return named;
+  const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+  const QString socket = runtime + QStringLiteral("/bus");
+  return !runtime.isEmpty() && QFile::exists(socket) ? QStringLiteral("unix:path=") + socket
+                                                     : QString();
+}
+
+}  // namespace
+
+PrivateBus::PrivateBus(Kind kind) : name_(QStringLiteral("ulo-bus-%1").arg(++made)) {
+  const QString address = kind == Kind::session ? sessionAddress() : QString();
+  isNamed_ = kind == Kind::system || !address.isEmpty();
+  if (kind == Kind::system)
+    connection_ = QDBusConnection::connectToBus(QDBusConnection::SystemBus, name_);
+  else if (isNamed_)
+    connection_ = QDBusConnection::connectToBus(address, name_);
+}
+
+// The first question to the D-Bus library starts its thread: without a bus there is none.
+PrivateBus::~PrivateBus() {
+  if (isNamed_)
+    QDBusConnection::disconnectFromBus(name_);
+}
+
+}  // namespace ulo
