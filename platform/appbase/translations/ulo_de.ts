@@ -147,5 +147,77 @@
         <source>The code cannot be checked.</source>
         <translation>Der Code kann nicht geprüft werden.</translation>
     </message>
+    <message id="TXT_RID_HEADER_SEND_VIA_BLUETOOTH">
+        <source>Send via Bluetooth</source>
+        <translation>Mit Bluetooth senden</translation>
+    </message>
+    <message id="TXT_RID_SOFTKEY_SEND">
+        <source>Send</source>
+        <translation>Senden</translation>
+    </message>
+    <message id="FMT_RID_STANDARD_1_PAIRED">
+        <source>%1, paired</source>
+        <translation>%1, gekoppelt</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_CHOOSE_DEVICE">
+        <source>Choose a device.</source>
+        <translation>Wählen Sie ein Gerät.</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_CHOOSE_DEVICE_SEARCHING">
+        <source>Choose a device. Searching for more…</source>
+        <translation>Wählen Sie ein Gerät. Weitere werden gesucht …</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_NO_KNOWN_DEVICES_SEARCHING">
+        <source>No known devices. Searching for devices in reach…</source>
+        <translation>Keine bekannten Geräte. Geräte in Reichweite werden gesucht …</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_NO_DEVICES_FOUND">
+        <source>No devices found.</source>
+        <translation>Keine Geräte gefunden.</translation>
+    </message>
+    <message id="FMT_RID_INSTRUCTIONALTXT_SENDING_1_TO_2">
+        <source>Sending %1 to %2</source>
+        <translation>%1 wird an %2 gesendet</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_CONNECTING">
+        <source>Connecting…</source>
+        <translation>Verbindung wird aufgebaut …</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_WAITING_FOR_OTHER_DEVICE">
+        <source>Waiting for the other device…</source>
+        <translation>Warten auf das andere Gerät …</translation>
+    </message>
+    <message id="FMT_RID_INSTRUCTIONALTXT_1_OF_2">
+        <source>%1 of %2</source>
+        <translation>%1 von %2</translation>
+    </message>
+    <message id="FMT_RID_INSTRUCTIONALTXT_SENT_TO_1">
+        <source>Sent to %1.</source>
+        <translation>An %1 gesendet.</translation>
+    </message>
+    <message id="FMT_RID_INSTRUCTIONALTXT_SENDING_TO_1_FAILED">
+        <source>%1 has not received it: it was declined, or the connection broke.</source>
+        <translation>%1 hat nichts empfangen: Die Übertragung wurde abgelehnt oder unterbrochen.</translation>
+    </message>
+    <message id="FMT_RID_INSTRUCTIONALTXT_NO_CONNECTION_TO_1">
+        <source>No connection to %1. Is it switched on and in reach?</source>
+        <translation>Keine Verbindung zu %1. Ist das Gerät eingeschaltet und in Reichweite?</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_NO_BLUETOOTH_ADAPTER">
+        <source>Bluetooth cannot be used: no adapter was found.</source>
+        <translation>Bluetooth ist nicht verfügbar: Es wurde kein Adapter gefunden.</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_BLUETOOTH_IS_OFF">
+        <source>Bluetooth is switched off. Switch it on and try again.</source>
+        <translation>Bluetooth ist ausgeschaltet. Schalten Sie es ein und versuchen Sie es noch einmal.</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_NO_OBJECT_PUSH_SERVICE">
+        <source>Nothing can be sent: the Bluetooth sending service is missing.</source>
+        <translation>Senden ist nicht möglich: Der Bluetooth-Sendedienst fehlt.</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_OBJECT_NOT_PREPARED">
+        <source>Nothing was sent: there is no room for a copy to send.</source>
+        <translation>Nichts wurde gesendet: Für die Kopie zum Senden ist kein Platz.</translation>
+    </message>
 </context>
 </TS>

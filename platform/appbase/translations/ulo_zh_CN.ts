@@ -147,5 +147,77 @@
         <source>The code cannot be checked.</source>
         <translation>无法验证密码。</translation>
     </message>
+    <message id="TXT_RID_HEADER_SEND_VIA_BLUETOOTH">
+        <source>Send via Bluetooth</source>
+        <translation>通过蓝牙发送</translation>
+    </message>
+    <message id="TXT_RID_SOFTKEY_SEND">
+        <source>Send</source>
+        <translation>发送</translation>
+    </message>
+    <message id="FMT_RID_STANDARD_1_PAIRED">
+        <source>%1, paired</source>
+        <translation>%1，已配对</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_CHOOSE_DEVICE">
+        <source>Choose a device.</source>
+        <translation>请选择设备。</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_CHOOSE_DEVICE_SEARCHING">
+        <source>Choose a device. Searching for more…</source>
+        <translation>请选择设备。正在搜索更多设备…</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_NO_KNOWN_DEVICES_SEARCHING">
+        <source>No known devices. Searching for devices in reach…</source>
+        <translation>没有已知设备。正在搜索附近的设备…</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_NO_DEVICES_FOUND">
+        <source>No devices found.</source>
+        <translation>未找到设备。</translation>
+    </message>
+    <message id="FMT_RID_INSTRUCTIONALTXT_SENDING_1_TO_2">
+        <source>Sending %1 to %2</source>
+        <translation>正在将%1发送到%2</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_CONNECTING">
+        <source>Connecting…</source>
+        <translation>正在连接…</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_WAITING_FOR_OTHER_DEVICE">
+        <source>Waiting for the other device…</source>
+        <translation>正在等待对方设备…</translation>
+    </message>
+    <message id="FMT_RID_INSTRUCTIONALTXT_1_OF_2">
+        <source>%1 of %2</source>
+        <translation>%1 / %2</translation>
+    </message>
+    <message id="FMT_RID_INSTRUCTIONALTXT_SENT_TO_1">
+        <source>Sent to %1.</source>
+        <translation>已发送到%1。</translation>
+    </message>
+    <message id="FMT_RID_INSTRUCTIONALTXT_SENDING_TO_1_FAILED">
+        <source>%1 has not received it: it was declined, or the connection broke.</source>
+        <translation>%1未收到：对方已拒绝，或连接已中断。</translation>
+    </message>
+    <message id="FMT_RID_INSTRUCTIONALTXT_NO_CONNECTION_TO_1">
+        <source>No connection to %1. Is it switched on and in reach?</source>
+        <translation>无法连接到%1。设备是否已开启并在附近？</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_NO_BLUETOOTH_ADAPTER">
+        <source>Bluetooth cannot be used: no adapter was found.</source>
+        <translation>无法使用蓝牙：未找到蓝牙适配器。</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_BLUETOOTH_IS_OFF">
+        <source>Bluetooth is switched off. Switch it on and try again.</source>
+        <translation>蓝牙已关闭。请打开蓝牙后重试。</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_NO_OBJECT_PUSH_SERVICE">
+        <source>Nothing can be sent: the Bluetooth sending service is missing.</source>
+        <translation>无法发送：缺少蓝牙发送服务。</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_OBJECT_NOT_PREPARED">
+        <source>Nothing was sent: there is no room for a copy to send.</source>
+        <translation>未发送：没有空间存放要发送的副本。</translation>
+    </message>
 </context>
 </TS>

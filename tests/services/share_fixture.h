@@ -1,0 +1,75 @@
+#pragma once
+
+#include "ZApplication.h"
+#include "bluetooth_share.h"
+#include "bluez_stand_in.h"
+#include "dialog_user.h"
+#include "log_capture.h"
+#include "obexd_stand_in.h"
+#include "temporary_directory.h"
+#include "test_bus.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <ostream>
+
+inline void PrintTo(const QString& text, std::ostream* stream) {
+  *stream << '"' << text.toStdString() << '"';
+}
+
+// Buses and directories of the test's own, in the environment.
+class Surroundings {
+public:
+  Surroundings() {
+    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", system.address().toUtf8().constData(), 1);
+    setenv("DBUS_SESSION_BUS_ADDRESS", session.address().toUtf8().constData(), 1);
+    setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1);
+  }
+  Surroundings(const Surroundings&) = delete;
+  Surroundings& operator=(const Surroundings&) = delete;
+  ~Surroundings() {
+    unsetenv("DBUS_SYSTEM_BUS_ADDRESS");
+    unsetenv("DBUS_SESSION_BUS_ADDRESS");
+    unsetenv("XDG_RUNTIME_DIR");
+  }
+
+  TestBus system;
+  TestBus session;
+  TemporaryDirectory runtime;
+};
+
+// A share, and somebody who sits before the screen.
+class Share : public testing::Test, protected Surroundings {
+protected:
+  Share() {
+    application.setLanguages({QStringLiteral("en")});
+    // Long enough for a slow machine; what is waited for comes earlier.
+    settings.patience = std::chrono::seconds(20);
+    settings.push.farewell = std::chrono::seconds(20);
+  }
+
+  void SetUp() override {
+    ASSERT_FALSE(system.address().isEmpty());
+    ASSERT_FALSE(session.address().isEmpty());
+  }
+  void TearDown() override {
+    EXPECT_TRUE(std::filesystem::is_empty(runtime.path())) << "something was left behind";
+  }
+
+  bool share(const QString& name = QStringLiteral("Buy milk.vcs"),
+             const QByteArray& content = "BEGIN:VCALENDAR\r\n") {
+    return ulo::shareByBluetooth({name, QStringLiteral("text/x-vCalendar"), QString()}, content,
+                                 settings);
+  }
+
+  int argumentCount = 1;
+  char programName[5] = "test";
+  char* programArguments[2] = {programName, nullptr};
+  ZApplication application{argumentCount, programArguments};
+  DialogUser user;
+  LogCapture log;
+  ulo::ShareSettings settings;
+};
