@@ -17,6 +17,7 @@
 
 #include <fstream>
 #include <sstream>
+#include <thread>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -205,6 +206,15 @@ TEST_F(ActionTest, NoProcessIsLeftBehind) {
   EXPECT_TRUE(request("").invoke(false));
   EXPECT_EQ(done_.wait(), "done\n");
   // The command is no child of ours, so nobody has to wait for it here.
+  EXPECT_TRUE(hasNoChild());
+}
+
+TEST_F(ActionTest, NoProcessIsLeftBehindWhereNobodyCanFollowIt) {
+  entry("Exec=" + recorder() + "\nWait=true");
+  bool started = false;
+  std::thread([&] { started = request("").invoke(false); }).join();
+  EXPECT_TRUE(started);
+  EXPECT_EQ(done_.wait(), "done\n");
   EXPECT_TRUE(hasNoChild());
 }
 

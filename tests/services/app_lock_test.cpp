@@ -188,7 +188,11 @@ TEST_F(AppLockTest, ANewStartOfTheSystemBeginsTheWaitAnew) {
   fail(5);
   now_ = {"two", seconds(1)};
   EXPECT_EQ(waitSeconds(), 3);
+  // Later by the new count than the wrong code was by the old one.
   now_.sinceBoot = std::chrono::hours(100);
+  EXPECT_EQ(waitSeconds(), 0);
+  fail(6);
+  now_ = {"three", now_.sinceBoot + milliseconds(1)};
   EXPECT_EQ(waitSeconds(), 0);
 }
 
