@@ -8,6 +8,7 @@
 
 #include <QListWidget>
 #include <QPainter>
+#include <QScreen>
 #include <QStyledItemDelegate>
 #include <QVBoxLayout>
 
@@ -17,8 +18,9 @@ namespace ulo {
 
 namespace {
 
-// Rows that are seen at a time.
-constexpr int visibleRows = 4;
+// Rows that are seen at a time: what half a screen takes.
+constexpr int leastRows = 4;
+constexpr int mostRows = 8;
 constexpr int detailRole = Qt::UserRole;
 
 // The name, and below it, weaker, what tells two devices of one name apart. Each on one line.
@@ -66,13 +68,18 @@ private:
 // As high as its visible rows, whatever it holds: rows come while it is looked at.
 class DeviceList : public QListWidget {
 public:
+  explicit DeviceList(int screenHeight) : screenHeight_(screenHeight) {}
+
   [[nodiscard]] QSize sizeHint() const override { return {0, height()}; }
   [[nodiscard]] QSize minimumSizeHint() const override { return {0, height()}; }
 
 private:
   [[nodiscard]] int height() const {
-    return visibleRows * DeviceRow::heightOf(this) + 2 * frameWidth();
+    const int row = DeviceRow::heightOf(this);
+    return std::clamp(screenHeight_ / 2 / row, leastRows, mostRows) * row + 2 * frameWidth();
   }
+
+  int screenHeight_;
 };
 
 QString detailOf(const BluetoothDevice& device) {
@@ -84,7 +91,9 @@ QString detailOf(const BluetoothDevice& device) {
 
 DeviceChooser::DeviceChooser(QWidget* parent)
     : ZPopup(text("TXT_RID_HEADER_SEND_VIA_BLUETOOTH", "Send via Bluetooth"), parent),
-      hint_(new ZWrappedText(QString())), list_(new DeviceList) {
+      hint_(new ZWrappedText(QString())),
+      list_(new DeviceList(parent != nullptr ? parent->window()->height()
+                                             : screen()->availableGeometry().height())) {
   setTitleIcon(RES_ICON_Reader::getIcon(QStringLiteral("bluetooth_pop.gif"), true));
   setKeys(text("TXT_RID_SOFTKEY_SEND", "Send"), text("TXT_RID_SOFTKEY_CANCEL", "Cancel"));
   list_->setItemDelegate(new DeviceRow(list_));

@@ -21,6 +21,10 @@ namespace {
 constexpr qsizetype nameLimit = 60;
 constexpr int wholeBar = 1000;
 
+QString dataSize(quint64 bytes) {
+  return QLocale().formattedDataSize(static_cast<qint64>(bytes), 1, QLocale::DataSizeSIFormat);
+}
+
 }  // namespace
 
 PushProgress::PushProgress(const QString& object, const QString& device, QWidget* parent)
@@ -58,18 +62,16 @@ void PushProgress::showOffering() {
 }
 
 void PushProgress::showSending(quint64 transferred, quint64 size) {
-  const QLocale locale;
   if (size == 0) {
-    showBusy(locale.formattedDataSize(static_cast<qint64>(transferred)));
+    showBusy(dataSize(transferred));
     return;
   }
   const quint64 done = std::min(transferred, size);
   bar_->setRange(0, wholeBar);
   bar_->setValue(
       static_cast<int>(static_cast<double>(done) / static_cast<double>(size) * wholeBar));
-  phase_->setText(text("FMT_RID_INSTRUCTIONALTXT_1_OF_2", "%1 of %2")
-                      .arg(locale.formattedDataSize(static_cast<qint64>(done)),
-                           locale.formattedDataSize(static_cast<qint64>(size))));
+  phase_->setText(
+      text("FMT_RID_INSTRUCTIONALTXT_1_OF_2", "%1 of %2").arg(dataSize(done), dataSize(size)));
 }
 
 void PushProgress::showLeaving() {
