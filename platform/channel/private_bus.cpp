@@ -24,15 +24,15 @@ QString sessionAddress() {
 }  // namespace
 
 PrivateBus::PrivateBus(Kind kind) : name_(QStringLiteral("ulo-bus-%1").arg(++made)) {
-  const QString address = kind == Kind::session ? sessionAddress() : QString();
-  isNamed_ = kind == Kind::system || !address.isEmpty();
-  if (kind == Kind::system)
-    connection_ = QDBusConnection::connectToBus(QDBusConnection::SystemBus, name_);
-  else if (isNamed_)
+  // The D-Bus library itself would remember the first address that it saw in the environment.
+  const QString address =
+      kind == Kind::session ? sessionAddress() : qEnvironmentVariable("DBUS_SYSTEM_BUS_ADDRESS");
+  if (!address.isEmpty())
     connection_ = QDBusConnection::connectToBus(address, name_);
+  else if (kind == Kind::system)
+    connection_ = QDBusConnection::connectToBus(QDBusConnection::SystemBus, name_);
 }
 
-// The first question to the D-Bus library starts its thread: without a bus there is none.
 PrivateBus::~PrivateBus() {
   if (isNamed_)
     QDBusConnection::disconnectFromBus(name_);

@@ -124,6 +124,8 @@ BluetoothShare::Obexd BluetoothShare::awaitServices() {
     look();
   });
   QObject::connect(&devices_, &BluetoothDevices::adapterChanged, &loop, look);
+  // Whatever becomes of the calls.
+  QTimer::singleShot(settings_.patience, &loop, &QEventLoop::quit);
   // What the user types meanwhile is for the dialog to come.
   loop.exec(QEventLoop::ExcludeUserInputEvents);
   return obexd;

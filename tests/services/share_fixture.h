@@ -1,13 +1,15 @@
 #pragma once
 
-#include "ZApplication.h"
 #include "bluetooth_share.h"
 #include "bluez_stand_in.h"
 #include "dialog_user.h"
 #include "log_capture.h"
 #include "obexd_stand_in.h"
+#include "offscreen_application.h"
 #include "temporary_directory.h"
 #include "test_bus.h"
+
+#include <QGuiApplication>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -23,7 +25,6 @@ inline void PrintTo(const QString& text, std::ostream* stream) {
 class Surroundings {
 public:
   Surroundings() {
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
     setenv("DBUS_SYSTEM_BUS_ADDRESS", system.address().toUtf8().constData(), 1);
     setenv("DBUS_SESSION_BUS_ADDRESS", session.address().toUtf8().constData(), 1);
     setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1);
@@ -45,7 +46,8 @@ public:
 class Share : public testing::Test, protected Surroundings {
 protected:
   Share() {
-    application.setLanguages({QStringLiteral("en")});
+    // What closes a dialog does not end the application.
+    QGuiApplication::setQuitOnLastWindowClosed(false);
     // Long enough for a slow machine; what is waited for comes earlier.
     settings.patience = std::chrono::seconds(20);
     settings.push.farewell = std::chrono::seconds(20);
@@ -65,10 +67,6 @@ protected:
                                  settings);
   }
 
-  int argumentCount = 1;
-  char programName[5] = "test";
-  char* programArguments[2] = {programName, nullptr};
-  ZApplication application{argumentCount, programArguments};
   DialogUser user;
   LogCapture log;
   ulo::ShareSettings settings;
