@@ -41,12 +41,13 @@ bool isAddress(const QString& text) {
 BluetoothDevices::BluetoothDevices(const QDBusConnection& systemBus,
                                    std::chrono::milliseconds patience)
     : bus_(systemBus) {
-  bus_.connect(service, QString(), objectManager, QStringLiteral("InterfacesAdded"), this,
+  // From any sender: for a name QtDBus would ask the bus, and abort where that has just gone.
+  bus_.connect(QString(), QString(), objectManager, QStringLiteral("InterfacesAdded"), this,
                SLOT(interfacesAdded(QDBusMessage)));
-  bus_.connect(service, QString(), objectManager, QStringLiteral("InterfacesRemoved"), this,
+  bus_.connect(QString(), QString(), objectManager, QStringLiteral("InterfacesRemoved"), this,
                SLOT(interfacesRemoved(QDBusMessage)));
   for (const QLatin1String interface : {adapterInterface, deviceInterface})
-    bus_.connect(service, QString(), properties, QStringLiteral("PropertiesChanged"), {interface},
+    bus_.connect(QString(), QString(), properties, QStringLiteral("PropertiesChanged"), {interface},
                  QString(), this, SLOT(propertiesChanged(QDBusMessage)));
   auto* watcher =
       new QDBusServiceWatcher(service, bus_, QDBusServiceWatcher::WatchForUnregistration, this);
@@ -57,6 +58,12 @@ BluetoothDevices::BluetoothDevices(const QDBusConnection& systemBus,
 }
 
 void BluetoothDevices::ask(std::chrono::milliseconds patience) {
+  // QtDBus does not always answer for a bus that it never reached.
+  if (!bus_.isConnected()) {
+    ULO_LOG_ERROR("There is no system bus");
+    QMetaObject::invokeMethod(this, &BluetoothDevices::evaluate, Qt::QueuedConnection);
+    return;
+  }
   const QDBusMessage question = QDBusMessage::createMethodCall(
       service, QStringLiteral("/"), objectManager, QStringLiteral("GetManagedObjects"));
   auto* answer = new QDBusPendingCallWatcher(
@@ -65,10 +72,12 @@ void BluetoothDevices::ask(std::chrono::milliseconds patience) {
     answer->deleteLater();
     const QDBusMessage reply = answer->reply();
     if (reply.type() == QDBusMessage::ReplyMessage &&
-        reply.signature() == QLatin1String("a{oa{sa{sv}}}"))
+        reply.signature() == QLatin1String("a{oa{sa{sv}}}")) {
+      bluez_ = reply.service();
       reply.arguments().constFirst().value<QDBusArgument>() >> objects_;
-    else
+    } else {
       ULO_LOG_ERROR("BlueZ does not tell its devices: %s", qPrintable(reply.errorMessage()));
+    }
     evaluate();
   });
 }
@@ -115,7 +124,7 @@ void BluetoothDevices::setDiscovering(bool discovering) {
 }
 
 void BluetoothDevices::interfacesAdded(const QDBusMessage& signal) {
-  if (signal.signature() != QLatin1String("oa{sa{sv}}"))
+  if (signal.service() != bluez_ || signal.signature() != QLatin1String("oa{sa{sv}}"))
     return;
   Interfaces added;
   signal.arguments().constLast().value<QDBusArgument>() >> added;
@@ -124,7 +133,7 @@ void BluetoothDevices::interfacesAdded(const QDBusMessage& signal) {
 }
 
 void BluetoothDevices::interfacesRemoved(const QDBusMessage& signal) {
-  if (signal.signature() != QLatin1String("oas"))
+  if (signal.service() != bluez_ || signal.signature() != QLatin1String("oas"))
     return;
   const auto object = objects_.find(signal.arguments().constFirst().value<QDBusObjectPath>());
   if (object == objects_.end())
@@ -138,7 +147,8 @@ void BluetoothDevices::interfacesRemoved(const QDBusMessage& signal) {
 
 void BluetoothDevices::propertiesChanged(const QDBusMessage& signal) {
   const auto object = objects_.find(QDBusObjectPath(signal.path()));
-  if (object == objects_.end() || signal.signature() != QLatin1String("sa{sv}as"))
+  if (signal.service() != bluez_ || object == objects_.end() ||
+      signal.signature() != QLatin1String("sa{sv}as"))
     return;
   const auto interface = object->find(signal.arguments().constFirst().toString());
   if (interface == object->end())

@@ -72,6 +72,7 @@ private:
   void setDiscovering(bool discovering);
 
   QDBusConnection bus_;
+  QString bluez_;  // its own name on the bus, once it has answered
   Objects objects_;
   QDBusObjectPath path_;  // of the adapter; empty until one is ready
   Adapter adapter_ = Adapter::unknown;

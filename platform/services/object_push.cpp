@@ -44,8 +44,9 @@ ObjectPush::ObjectPush(const QDBusConnection& sessionBus, const QString& address
 }
 
 void ObjectPush::watchObexd() {
-  // From the beginning: a small file may be through before the answer that says where.
-  bus_.connect(service, QString(), QStringLiteral("org.freedesktop.DBus.Properties"),
+  // From the beginning: a small file may be through before the answer that says where. From any
+  // sender: for a name QtDBus would ask the bus, and abort where that has just gone.
+  bus_.connect(QString(), QString(), QStringLiteral("org.freedesktop.DBus.Properties"),
                QStringLiteral("PropertiesChanged"), {transferInterface}, QString(), this,
                SLOT(propertiesChanged(QDBusMessage)));
   auto* watcher =
@@ -58,6 +59,10 @@ void ObjectPush::watchObexd() {
 void ObjectPush::call(const QString& path, const QString& interface, const QString& method,
                       const QVariantList& arguments, std::chrono::milliseconds patience,
                       const std::function<void(const QDBusMessage&)>& answered) {
+  if (!bus_.isConnected()) {
+    QMetaObject::invokeMethod(this, &ObjectPush::serviceLost, Qt::QueuedConnection);
+    return;
+  }
   QDBusMessage message = QDBusMessage::createMethodCall(service, path, interface, method);
   message.setArguments(arguments);
   auto* answer = new QDBusPendingCallWatcher(
@@ -76,6 +81,7 @@ void ObjectPush::connectToDevice(QVariantMap session) {
          if (state_ != State::connecting)
            return;
          session_ = pathIn(reply);
+         obexd_ = reply.service();
          if (session_.isEmpty())
            fail(complaint(reply));
          else
@@ -103,7 +109,7 @@ void ObjectPush::sendFile() {
 }
 
 void ObjectPush::propertiesChanged(const QDBusMessage& signal) {
-  if (signal.signature() != QLatin1String("sa{sv}as"))
+  if (signal.service() != obexd_ || signal.signature() != QLatin1String("sa{sv}as"))
     return;
   const auto changed = qdbus_cast<QVariantMap>(signal.arguments().at(1));
   if (!transfer_.isEmpty() && signal.path() == transfer_)

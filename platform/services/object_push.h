@@ -81,6 +81,7 @@ private:
   State state_ = State::connecting;
   End end_ = End::failed;
   bool lost_ = false;
+  QString obexd_;  // its own name on the bus, once it has answered
   // Paths of obexd's objects, empty until there are any.
   QString session_;
   QString transfer_;

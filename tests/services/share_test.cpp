@@ -310,6 +310,16 @@ TEST_F(ShareWithDevice, WithoutObexdThatIsSaid) {
   EXPECT_THAT(log.text(), HasSubstr("There is no obexd on the session bus, nothing is sent"));
 }
 
+TEST_F(ShareWithDevice, ASessionBusThatVanishesWhileTheUserChoosesEndsIt) {
+  ObexdStandIn obexd(session, Manner::completes);
+  user.choose = [&](ulo::DeviceChooser& chooser) {
+    session.end();
+    QTest::keyClick(&chooser, Qt::Key_F1);
+  };
+  EXPECT_FALSE(share());
+  EXPECT_EQ(user.seen.last(), "No connection to Phone. Is it switched on and in reach?");
+}
+
 TEST_F(ShareWithDevice, WithoutASessionBusThatIsSaid) {
   unsetenv("DBUS_SESSION_BUS_ADDRESS");
   EXPECT_FALSE(share());
