@@ -1,61 +1,20 @@
 // Takes pictures of every screen and dialog: screen_pictures DIRECTORY WIDTHxHEIGHT LANGUAGE
 // [POINTS] Each is shown on the display as users see it, and what the display shows is saved.
 
+#include "camera.h"
+
 #include "LockDialog.h"
 #include "RES_ICON_Reader.h"
 #include "TASK_UI_DetailView.h"
-#include "ZApplication.h"
 #include "ZMessageDlg.h"
 #include "ZOptionsMenu.h"
 #include "ZSoftKey.h"
 #include "texts.h"
 
-#include <QDir>
 #include <QLineEdit>
-#include <QScreen>
 #include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
-
-#include <cstdio>
-#include <functional>
 
 namespace {
-
-class Camera {
-public:
-  Camera(QString directory, QSize size) : directory_(std::move(directory)), size_(size) {}
-
-  // Shows the window on the whole display.
-  void show(QWidget& window) const {
-    window.setGeometry(QRect(QPoint(0, 0), size_));
-    window.show();
-    static_cast<void>(QTest::qWaitForWindowExposed(&window));
-    window.activateWindow();
-    QTest::qWait(settle);
-  }
-  void shoot(const char* name) const {
-    QTest::qWait(settle);
-    const QPixmap picture = QGuiApplication::primaryScreen()->grabWindow(0);
-    const QString file = QStringLiteral("%1/%2.png").arg(directory_, QLatin1String(name));
-    if (!picture.copy(QRect(QPoint(0, 0), size_ * picture.devicePixelRatio())).save(file))
-      static_cast<void>(std::fprintf(stderr, "%s can't be written\n", qPrintable(file)));
-  }
-  // Runs a modal dialog, takes its picture and closes it.
-  void shootDialog(QDialog& dialog, const char* name) const {
-    QTimer::singleShot(settle, &dialog, [&] {
-      shoot(name);
-      dialog.reject();
-    });
-    dialog.exec();
-  }
-
-private:
-  static constexpr int settle = 150;  // milliseconds
-
-  QString directory_;
-  QSize size_;
-};
 
 ZTASK_ENG_Task sampleTask() {
   ZTASK_ENG_Task task;
@@ -161,23 +120,11 @@ void shootLock(const Camera& camera) {
 
 int main(int count, char** arguments) {
   ZApplication application(count, arguments);
-  const QStringList words = QApplication::arguments();
-  const QStringList size = words.value(2).split(u'x');
-  if (words.size() < 4 || size.size() != 2 || !QDir().mkpath(words[1])) {
-    static_cast<void>(
-        std::fprintf(stderr, "usage: screen_pictures DIRECTORY WIDTHxHEIGHT LANGUAGE [POINTS]\n"));
+  const std::optional<Camera> camera = Camera::fromArguments(application);
+  if (!camera)
     return 2;
-  }
-  application.setLanguages({words[3]});
-  if (words.size() > 4) {
-    QFont font = QApplication::font();
-    font.setPointSize(words[4].toInt());
-    QApplication::setFont(font);
-  }
-  QLocale::setDefault(QLocale(words[3]));
-  const Camera camera(words[1], QSize(size[0].toInt(), size[1].toInt()));
-  shootDetailView(camera);
-  shootMessages(camera);
-  shootLock(camera);
+  shootDetailView(*camera);
+  shootMessages(*camera);
+  shootLock(*camera);
   return 0;
 }
