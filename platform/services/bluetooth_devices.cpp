@@ -61,7 +61,7 @@ void BluetoothDevices::ask(std::chrono::milliseconds patience) {
   // QtDBus does not always answer for a bus that it never reached.
   if (!bus_.isConnected()) {
     ULO_LOG_ERROR("There is no system bus");
-    QMetaObject::invokeMethod(this, &BluetoothDevices::evaluate, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, "serviceLost", Qt::QueuedConnection);
     return;
   }
   const QDBusMessage question = QDBusMessage::createMethodCall(

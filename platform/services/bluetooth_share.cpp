@@ -86,7 +86,7 @@ void BluetoothShare::tell(const QString& message,
                             message, ZMessageDlg::message, window_);
   dialog->setTitleIcon(RES_ICON_Reader::getIcon(QStringLiteral("bluetooth_pop.gif"), true));
   if (goesAfter)
-    QTimer::singleShot(*goesAfter, dialog.get(), &QDialog::accept);
+    QTimer::singleShot(*goesAfter, dialog.get(), SLOT(accept()));
   dialog.exec();
 }
 
@@ -125,7 +125,7 @@ BluetoothShare::Obexd BluetoothShare::awaitServices() {
   });
   QObject::connect(&devices_, &BluetoothDevices::adapterChanged, &loop, look);
   // Whatever becomes of the calls.
-  QTimer::singleShot(settings_.patience, &loop, &QEventLoop::quit);
+  QTimer::singleShot(settings_.patience, &loop, SLOT(quit()));
   // What the user types meanwhile is for the dialog to come.
   loop.exec(QEventLoop::ExcludeUserInputEvents);
   return obexd;

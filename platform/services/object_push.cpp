@@ -60,7 +60,7 @@ void ObjectPush::call(const QString& path, const QString& interface, const QStri
                       const QVariantList& arguments, std::chrono::milliseconds patience,
                       const std::function<void(const QDBusMessage&)>& answered) {
   if (!bus_.isConnected()) {
-    QMetaObject::invokeMethod(this, &ObjectPush::serviceLost, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, "serviceLost", Qt::QueuedConnection);
     return;
   }
   QDBusMessage message = QDBusMessage::createMethodCall(service, path, interface, method);
@@ -71,7 +71,7 @@ void ObjectPush::call(const QString& path, const QString& interface, const QStri
     answer->deleteLater();
     answered(answer->reply());
   });
-}
+}  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the call belongs to this object.
 
 void ObjectPush::connectToDevice(QVariantMap session) {
   session.insert(QStringLiteral("Target"), QStringLiteral("opp"));
