@@ -98,7 +98,7 @@ DeviceChooser::DeviceChooser(QWidget* parent)
   setKeys(text("TXT_RID_SOFTKEY_SEND", "Send"), text("TXT_RID_SOFTKEY_CANCEL", "Cancel"));
   list_->setItemDelegate(new DeviceRow(list_));
   list_->setUniformItemSizes(true);
-  list_->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  makeTouchable(list_);
   list_->setAccessibleName(text("TXT_RID_INSTRUCTIONALTXT_CHOOSE_DEVICE", "Choose a device."));
   auto* content = new QWidget;
   auto* column = new QVBoxLayout(content);
