@@ -59,12 +59,17 @@ void ZPopup::place() {
   const QRect room = behind != nullptr ? behind->geometry() : screen()->availableGeometry();
   const int margin = ulo::gap(this);
   const int width = std::min(room.width() - 2 * margin, ulo::scaled(this, 320));
+  const int most = room.height() - 2 * margin;
   int height = 2 + title_->sizeHint().height() + keys_->sizeHint().height();
-  if (const auto* scroll = findChild<QScrollArea*>(QString(), Qt::FindDirectChildrenOnly))
-    height += scroll->widget()->layout()->hasHeightForWidth()
-                  ? scroll->widget()->layout()->totalHeightForWidth(width - 2)
-                  : scroll->widget()->sizeHint().height();
-  height = std::min(height, room.height() - 2 * margin);
+  if (auto* scroll = findChild<QScrollArea*>(QString(), Qt::FindDirectChildrenOnly)) {
+    const QLayout* inside = scroll->widget()->layout();
+    height += inside->hasHeightForWidth() ? inside->totalHeightForWidth(width - 2)
+                                          : scroll->widget()->sizeHint().height();
+    // A bar takes room from a text that would fit without it.
+    scroll->setVerticalScrollBarPolicy(height <= most ? Qt::ScrollBarAlwaysOff
+                                                      : Qt::ScrollBarAsNeeded);
+  }
+  height = std::min(height, most);
   setFixedSize(width, height);
   move(room.center() - QPoint(width / 2, height / 2));
 }

@@ -9,6 +9,8 @@
 #include <QStyleOptionToolButton>
 #include <QToolButton>
 
+#include <algorithm>
+
 namespace {
 
 // A flat key in the colours of the bar, its text elided, its focus underlined.
@@ -28,7 +30,8 @@ public:
 protected:
   void paintEvent(QPaintEvent*) override {
     QPainter painter(this);
-    const int margin = ulo::gap(this);
+    const int room = width() - fontMetrics().horizontalAdvance(text());
+    const int margin = std::clamp(room / 2, 2, ulo::gap(this));
     const QRect inside = rect().adjusted(margin, 0, -margin, 0);
     if (isDown())
       painter.fillRect(rect(), palette().color(QPalette::Shadow).darker(130));
@@ -88,6 +91,7 @@ void ZSoftKey::setText(int position, const QString& text) {
     button->setText(text);
     button->setAccessibleName(text);
     button->setEnabled(!text.isEmpty());
+    fitKeys();
   }
 }
 
@@ -133,8 +137,16 @@ void ZSoftKey::paintEvent(QPaintEvent*) {
   QPainter(this).fillRect(rect(), palette().color(QPalette::Shadow));
 }
 
+// Each key takes the part of the bar that its text needs.
+void ZSoftKey::fitKeys() {
+  for (QToolButton* key : keys_)
+    if (key != nullptr)
+      static_cast<QBoxLayout*>(layout())->setStretchFactor(
+          key, std::max(key->sizeHint().width(), ulo::touchHeight(this)));
+}
+
 void ZSoftKey::changeEvent(QEvent* event) {
-  if (event->type() == QEvent::FontChange)
-    updateGeometry();
+  if (event->type() == QEvent::FontChange && layout() != nullptr)
+    fitKeys();
   QWidget::changeEvent(event);
 }

@@ -40,6 +40,7 @@ protected:
 
 private:
   [[nodiscard]] QToolButton* key(int position) const;
+  void fitKeys();
 
   std::array<QToolButton*, 3> keys_{};
 };
