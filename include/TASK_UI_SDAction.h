@@ -30,12 +30,15 @@ public:
   QUuid getUuid() override;
 
 private:
+  friend struct SDActionAccess;  // of the tests
+
+  bool act(const QString& action, const SDData& data);
   bool save(const QByteArray& bytes, const std::string& text);
   bool view(const std::string& text);
   void popupVTodoAddedDialog(unsigned int uid);
   void showVTodoView(ZTASK_ENG_Task& task);
 
-  QUnknownInterface* held_ = nullptr;  // released when an action ends
+  QUnknownInterface* held_ = nullptr;  // the framework's, for one action; released when that ends
   unsigned int references_ = 0;
 };
 

@@ -14,7 +14,7 @@ const std::vector<ulo::BluetoothDevice> devices = {
      QStringLiteral("A device with a name that is much longer than the screen is wide"), false},
 };
 
-void shoot(const Camera& camera) {
+void shootPush(const Camera& camera) {
   QWidget behind;
   camera.show(behind);
   ulo::DeviceChooser searching;
@@ -39,10 +39,5 @@ void shoot(const Camera& camera) {
 }  // namespace
 
 int main(int count, char** arguments) {
-  ZApplication application(count, arguments);
-  const std::optional<Camera> camera = Camera::fromArguments(application);
-  if (!camera)
-    return 2;
-  shoot(*camera);
-  return 0;
+  return takePictures(count, arguments, {shootPush});
 }

@@ -68,3 +68,15 @@ private:
   QString directory_;
   QSize size_;
 };
+
+// The main of a program that takes these pictures.
+inline int takePictures(int count, char** arguments,
+                        std::initializer_list<void (*)(const Camera&)> pictures) {
+  ZApplication application(count, arguments);
+  const std::optional<Camera> camera = Camera::fromArguments(application);
+  if (!camera)
+    return 2;
+  for (const auto& take : pictures)
+    take(*camera);
+  return 0;
+}

@@ -119,12 +119,5 @@ void shootLock(const Camera& camera) {
 }  // namespace
 
 int main(int count, char** arguments) {
-  ZApplication application(count, arguments);
-  const std::optional<Camera> camera = Camera::fromArguments(application);
-  if (!camera)
-    return 2;
-  shootDetailView(*camera);
-  shootMessages(*camera);
-  shootLock(*camera);
-  return 0;
+  return takePictures(count, arguments, {shootDetailView, shootMessages, shootLock});
 }

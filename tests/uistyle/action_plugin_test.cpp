@@ -9,6 +9,11 @@
 using testing::ElementsAre;
 using testing::IsSupersetOf;
 
+// The interface that a framework may have the plug-in hold.
+struct SDActionAccess {
+  static QUnknownInterface*& held(TASK_UI_SDAction& plugin) { return plugin.held_; }
+};
+
 namespace {
 
 constexpr char source[] = "uistyle/prism/TASK_UI_SDAction.cpp";
@@ -91,6 +96,37 @@ TEST(ActionPluginLife, KnowsTwoInterfaces) {
   EXPECT_EQ(answer, nullptr);
   EXPECT_EQ(plugin->release(), 1U) << "a refused one costs no reference";
   plugin->release();
+}
+
+// Counts how often it is released.
+class HeldInterface : public QUnknownInterface {
+public:
+  unsigned long queryInterface(const QUuid&, QUnknownInterface**) override {
+    return QE_NOINTERFACE;
+  }
+  unsigned long addRef() override { return 0; }
+  unsigned long release() override { return ++released; }
+
+  unsigned long released = 0;
+};
+
+TEST_F(ActionPlugin, ReleasesWhatItHoldsHoweverAnActionEnds) {
+  const auto releasedBy = [this](const char* action, const char* bytes) {
+    HeldInterface held;
+    SDActionAccess::held(*static_cast<TASK_UI_SDAction*>(plugin_)) = &held;
+    bytes != nullptr ? invoke(action, bytes) : invoke(action);
+    return held.released;
+  };
+  EXPECT_EQ(releasedBy("TASK_SAVE", nullptr), 1U) << "no file";
+  EXPECT_EQ(releasedBy("TASK_SAVE", milk.c_str()), 1U);
+  EXPECT_EQ(releasedBy("TASK_SAVE", "no calendar"), 1U);
+  EXPECT_EQ(releasedBy("TASK_VIEW", milk.c_str()), 1U);
+  EXPECT_EQ(releasedBy("TASK_VIEW", "no calendar"), 1U);
+  EXPECT_EQ(releasedBy("TASK_PRINT", milk.c_str()), 1U);
+  platform_.lockAnswer = 0;
+  EXPECT_EQ(releasedBy("TASK_SAVE", milk.c_str()), 1U);
+  // Nothing is held now.
+  EXPECT_EQ(SDActionAccess::held(*static_cast<TASK_UI_SDAction*>(plugin_)), nullptr);
 }
 
 TEST_F(ActionPlugin, SaysWhoItIs) {

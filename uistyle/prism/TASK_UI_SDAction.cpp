@@ -10,6 +10,8 @@
 
 #include <QFile>
 
+#include <utility>
+
 namespace {
 
 void showMessage(const QString& title, const QString& text, const char* icon) {
@@ -59,36 +61,34 @@ QUuid TASK_UI_SDAction::getUuid() {
 
 bool TASK_UI_SDAction::invokeAction(const QString& action, const SDData& data) {
   ULO_LOG_ERROR("Entering invokeAction");
-  const auto releaseHeld = [held = held_] {
-    if (held != nullptr)
-      held->release();
-  };
+  const bool done = act(action, data);
+  if (QUnknownInterface* held = std::exchange(held_, nullptr); held != nullptr)
+    held->release();
+  if (done)
+    ULO_LOG_ERROR("Leaving invoke Action");
+  return done;
+}
+
+bool TASK_UI_SDAction::act(const QString& action, const SDData& data) {
   if (appLockCheck() == 0) {
     ULO_LOG_ERROR("for applock");
-    releaseHeld();
     return false;
   }
   QFile file(data.fileName);
   if (!file.open(QIODevice::ReadOnly)) {
     ULO_LOG_ERROR("Can not open vtodo file: %s\n", data.fileName.toUtf8().constData());
-    releaseHeld();
     return false;
   }
   const QByteArray bytes = file.readAll();
   file.close();
   // Latin-1 gives back the bytes that the file holds.
-  const QString text = QString::fromLatin1(bytes);
-  moduleLog(logDump, "(%s:%d)String passed to parser: \n%s", __FILE__, __LINE__,
-            text.toLatin1().constData());
-  bool done = true;
+  const QByteArray text = QString::fromLatin1(bytes).toLatin1();
+  moduleLog(logDump, "(%s:%d)String passed to parser: \n%s", __FILE__, __LINE__, text.constData());
   if (action == QLatin1String("TASK_SAVE"))
-    done = save(bytes, text.toLatin1().toStdString());
-  else if (action == QLatin1String("TASK_VIEW"))
-    done = view(text.toLatin1().toStdString());
-  releaseHeld();
-  if (done)
-    ULO_LOG_ERROR("Leaving invoke Action");
-  return done;
+    return save(bytes, text.toStdString());
+  if (action == QLatin1String("TASK_VIEW"))
+    return view(text.toStdString());
+  return true;
 }
 
 bool TASK_UI_SDAction::save(const QByteArray& bytes, const std::string& text) {
