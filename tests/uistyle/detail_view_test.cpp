@@ -222,6 +222,14 @@ TEST_F(DetailView, AloneItReadsItsIcons) {
   EXPECT_THAT(lines(), ElementsAre());
 }
 
+TEST_F(DetailView, AloneItHasNoIconsButItsOwn) {
+  view_.loadPixmap(icons_);
+  view_.openStandaloneView(task_);
+  const QPixmap icon = qobject_cast<ZDetailView*>(view_.contentWidget())->item(statusRow)->icon();
+  EXPECT_NE(icon.toImage(), icons_.at(1).toImage());
+  EXPECT_FALSE(icon.isNull());
+}
+
 TEST_F(DetailView, TheRowsHaveTheFocus) {
   open();
   view_.show();
