@@ -19,16 +19,16 @@ public:
     column_->setSpacing(0);
   }
 
-  void append(const QString& text, const QPixmap& icon) {
+  void append(const QString& text, const QPixmap& icon, Qt::Alignment alignment) {
     auto* line = new QHBoxLayout;
     line->setSpacing(ulo::gap(this));
     if (!icon.isNull()) {
       auto* picture = new QLabel(this);
       picture->setPixmap(icon);
-      line->addWidget(picture, 0, Qt::AlignVCenter);
+      line->addWidget(picture, 0, alignment);
     }
     auto* words = new ZWrappedText(text, this);
-    line->addWidget(words, 1, icon.isNull() ? Qt::Alignment() : Qt::AlignVCenter);
+    line->addWidget(words, 1, icon.isNull() ? Qt::Alignment() : alignment);
     column_->addLayout(line);
     texts_.append(text);
   }
@@ -54,8 +54,8 @@ void ZDetailItem::appendTextIconRow(const QString& text) {
   appendTextIconRow(text, {}, true);
 }
 
-void ZDetailItem::appendTextIconRow(const QString& text, const QPixmap& icon, bool) {
-  rows_->append(text, icon);
+void ZDetailItem::appendTextIconRow(const QString& text, const QPixmap& icon, bool centred) {
+  rows_->append(text, icon, centred ? Qt::AlignVCenter : Qt::AlignTop);
   if (!icon.isNull())
     icon_ = icon;
   setAccessibleName(label() + u' ' + content());

@@ -26,8 +26,8 @@ public:
 
   // Appends a line of content; the icon stands before its text.
   void appendTextIconRow(const QString& text);
-  // `vertical`: centred on the first line of the text.
-  void appendTextIconRow(const QString& text, const QPixmap& icon, bool vertical);
+  // `centred`: icon and text stand on one middle line, else their upper edges do.
+  void appendTextIconRow(const QString& text, const QPixmap& icon, bool centred);
 
   [[nodiscard]] int kind() const { return kind_; }
   [[nodiscard]] QString label() const;

@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <QFontMetrics>
+#include <QLabel>
 #include <QPointer>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -81,6 +82,20 @@ TEST_F(DetailRows, HoldWhatWasAppended) {
   EXPECT_EQ(rows_.item(0), item);
   EXPECT_EQ(rows_.item(1), nullptr);
   EXPECT_EQ(rows_.item(-1), nullptr);
+}
+
+TEST_F(DetailRows, AnIconStandsInTheMiddleOfItsTextOrAtItsTop) {
+  QPixmap icon(8, 8);
+  icon.fill(Qt::red);
+  for (const bool centred : {true, false}) {
+    auto* item = new ZDetailItem(ZDetailItem::textWithIcon, QStringLiteral("Label:"));
+    item->appendTextIconRow(QString(60, u'n'), icon, centred);
+    rows_.addItem(item);
+  }
+  show(240, 320);
+  const auto top = [this](int row) { return rows_.item(row)->findChild<QLabel*>()->y(); };
+  EXPECT_GT(top(0), 5);
+  EXPECT_EQ(top(1), 0);
 }
 
 TEST_F(DetailRows, LabelsStandBesideOrAbove) {
