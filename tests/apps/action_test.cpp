@@ -14,6 +14,8 @@ protected:
   Action() {
     environment_["DISPLAY"] = display_.name().toStdString();
     environment_["QT_QPA_PLATFORM"] = "xcb";
+    environment_["LSAN_OPTIONS"] =
+        "suppressions=" ULO_SOURCE_DIR "/tests/support/desktop_leaks.supp:print_suppressions=0";
     item_ = file("item.vcs", calendar(todo("SUMMARY:Buy milk\r\n")));
   }
 
