@@ -83,7 +83,7 @@ TEST_F(Outbound, AComposerThatIsNotWaitedForKeepsTheFile) {
   makeComposer("false");
   send();
   EXPECT_THAT(kept(), HasSubstr("Buy milk"));
-  QTest::qWait(100);
+  finishEvents();
   EXPECT_FALSE(isOutEmpty());
 }
 

@@ -271,6 +271,15 @@ TEST(VcalGuard, ToDosOfAllCalendarsKeepTheirOrder) {
   EXPECT_EQ(examineText(text).todos, 4U);
 }
 
+TEST(VcalGuard, AByteOrderMarkMayStandBeforeEachCalendar) {
+  const LogCapture quiet;
+  const auto todos = parseGuarded(byteOrderMark + calendar(todo("SUMMARY:1\r\n")) + byteOrderMark +
+                                  calendar(todo("SUMMARY:2\r\n")));
+  ASSERT_TRUE(todos);
+  EXPECT_THAT(onlyGuarded(*todos),
+              ElementsAre(TodoProperties{"SUMMARY=1"}, TodoProperties{"SUMMARY=2"}));
+}
+
 TEST(VcalGuard, FoldsFollowTheVersionOfTheirOwnCalendar) {
   const LogCapture quiet;
   const std::string item = todo("SUMMARY:a\r\n b\r\n");
