@@ -17,9 +17,7 @@ class Languages : public testing::Test {
 protected:
   ~Languages() override { speak({"en"}); }
 
-  static void speak(const QStringList& languages) {
-    qobject_cast<ZApplication*>(qApp)->setLanguages(languages);
-  }
+  static void speak(const QStringList& languages) { application().setLanguages(languages); }
   static QString back() { return ulo::text("TXT_RID_SOFTKEY_BACK", "Back"); }
 };
 

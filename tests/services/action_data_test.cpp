@@ -3,8 +3,8 @@
 #include "AM_ActionData.h"
 
 #include "ZApplication.h"
+#include "gui_test.h"
 #include "log_capture.h"
-#include "offscreen_application.h"
 #include "temporary_directory.h"
 #include "temporary_files.h"
 
@@ -71,7 +71,6 @@ bool hasNoChild() {
 class ActionTest : public testing::Test {
 protected:
   ActionTest() {
-    static_cast<void>(application());
     setenv("XDG_CONFIG_HOME", path("config").c_str(), 1);
     setenv("XDG_STATE_HOME", path("state").c_str(), 1);
     setenv("OUT", path("out").c_str(), 1);

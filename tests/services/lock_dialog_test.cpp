@@ -6,8 +6,8 @@
 #include "SETUP_SECURITY_Util.h"
 #include "ZApplication.h"
 #include "ZSoftKey.h"
+#include "gui_test.h"
 #include "log_capture.h"
-#include "offscreen_application.h"
 
 #include <QLineEdit>
 #include <QSignalSpy>
@@ -34,10 +34,7 @@ QToolButton* keyOf(const QWidget& dialog, int position) {
 
 class LockDialogTest : public LockTest {
 protected:
-  void SetUp() override {
-    set("1234");
-    static_cast<void>(application());
-  }
+  void SetUp() override { set("1234"); }
 
   // Shows a dialog over lock_.
   LockDialog& dialog() {

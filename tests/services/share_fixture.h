@@ -3,9 +3,9 @@
 #include "bluetooth_share.h"
 #include "bluez_stand_in.h"
 #include "dialog_user.h"
+#include "gui_test.h"
 #include "log_capture.h"
 #include "obexd_stand_in.h"
-#include "offscreen_application.h"
 #include "temporary_directory.h"
 #include "test_bus.h"
 
@@ -16,10 +16,6 @@
 
 #include <cstdlib>
 #include <ostream>
-
-inline void PrintTo(const QString& text, std::ostream* stream) {
-  *stream << '"' << text.toStdString() << '"';
-}
 
 // Buses and directories of the test's own, in the environment.
 class Surroundings {

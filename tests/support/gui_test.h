@@ -1,13 +1,19 @@
 // What tests of widgets share.
 #pragma once
 
-#include <QApplication>
+#include "ZApplication.h"
+
 #include <QMap>
 #include <QString>
 #include <QTest>
 #include <QTranslator>
 
 #include <ostream>
+
+// The application of a program that is tested with ulo_gui_test.
+inline ZApplication& application() {
+  return *qobject_cast<ZApplication*>(qApp);
+}
 
 // Shows strings of Qt in the messages of a failed test.
 inline void PrintTo(const QString& text, std::ostream* out) {

@@ -148,7 +148,7 @@ TEST_F(DetailActions, AReceiverMayDeleteTheViewLater) {
 
 TEST_F(DetailActions, ReturningToIdleClosesTheView) {
   view_->show();
-  qobject_cast<ZApplication*>(qApp)->returnToIdle(7);
+  application().returnToIdle(7);
   finishEvents();
   ASSERT_FALSE(view_.isNull());
   EXPECT_FALSE(view_->isVisible());
@@ -171,7 +171,7 @@ TEST_F(DetailActions, AloneReturningToIdleClosesAndDeletesTheView) {
   QPointer<TASK_UI_DetailView> view = new TASK_UI_DetailView(nullptr, nullptr, 0);
   view->openStandaloneView(task_);
   view->show();
-  qobject_cast<ZApplication*>(qApp)->returnToIdle();
+  application().returnToIdle();
   finishEvents();
   EXPECT_TRUE(view.isNull());
 }
