@@ -111,6 +111,14 @@ TEST(VtodoReader, EachPropertySetsItsField) {
   EXPECT_EQ(task.getDateTime(Task::TASK_FIELD_DUE).timeSpec(), Qt::LocalTime);
 }
 
+// As iCalendar 2.0 writes them: the time zone is not looked at, escapes stay as they are.
+TEST(VtodoReader, ZonesAreLocalAndEscapesStay) {
+  const Task task = read("SUMMARY:a\\nb\\;c\\\\\r\nDUE;TZID=America/New_York:20260305T120000\r\n");
+  EXPECT_EQ(task.getString(Task::TASK_FIELD_SUMMARY), "a\\nb\\;c\\\\");
+  EXPECT_EQ(task.getDateTime(Task::TASK_FIELD_DUE),
+            QDateTime(QDate(2026, 3, 5), QTime(12, 0), Qt::LocalTime));
+}
+
 TEST(VtodoReader, OtherPropertiesAreIgnored) {
   const Task task = read("CATEGORY:c\r\nUID:1\r\nX-UUID:2\r\nLAST-MODIFIED:20260305T120000Z\r\n"
                          "AALARM:20260304T080000Z;;;;x\r\nXSUMMARY:x\r\nSUMMARYX:x\r\n");
