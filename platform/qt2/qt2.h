@@ -60,6 +60,11 @@ public:
   template <typename Predicate> void removeIf(Predicate unwanted) {
     std::erase_if(items_, unwanted);
   }
+  // Drops what is behind the first `count` items.
+  void truncate(uint count) {
+    if (count < items_.size())
+      items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(count), items_.end());
+  }
   void clear() { items_.clear(); }
   void reserve(std::size_t size) { items_.reserve(size); }
 

@@ -83,6 +83,42 @@
         <source>Low</source>
         <translation>Niedrig</translation>
     </message>
+    <message id="TXT_RID_STANDARD_UNTITLED">
+        <source>Untitled</source>
+        <translation>Ohne Titel</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_NO_CATEGORY">
+        <source>No Category</source>
+        <translation>Keine Kategorie</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_CATEGORY_MEETING">
+        <source>Meeting</source>
+        <translation>Besprechung</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_CATEGORY_VACATION">
+        <source>Vacation</source>
+        <translation>Urlaub</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_CATEGORY_APPOINTMENT">
+        <source>Appointment</source>
+        <translation>Termin</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_CATEGORY_PARTY">
+        <source>Party</source>
+        <translation>Feier</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_YESTERDAY">
+        <source>Yesterday</source>
+        <translation>Gestern</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_TODAY">
+        <source>Today</source>
+        <translation>Heute</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_TOMORROW">
+        <source>Tomorrow</source>
+        <translation>Morgen</translation>
+    </message>
     <message id="TXT_RID_LABEL_FORMITEM_NOTES">
         <source>Notes:</source>
         <translation>Notizen:</translation>

@@ -83,6 +83,42 @@
         <source>Low</source>
         <translation>低</translation>
     </message>
+    <message id="TXT_RID_STANDARD_UNTITLED">
+        <source>Untitled</source>
+        <translation>无标题</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_NO_CATEGORY">
+        <source>No Category</source>
+        <translation>无类别</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_CATEGORY_MEETING">
+        <source>Meeting</source>
+        <translation>会议</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_CATEGORY_VACATION">
+        <source>Vacation</source>
+        <translation>休假</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_CATEGORY_APPOINTMENT">
+        <source>Appointment</source>
+        <translation>约会</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_CATEGORY_PARTY">
+        <source>Party</source>
+        <translation>聚会</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_YESTERDAY">
+        <source>Yesterday</source>
+        <translation>昨天</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_TODAY">
+        <source>Today</source>
+        <translation>今天</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_TOMORROW">
+        <source>Tomorrow</source>
+        <translation>明天</translation>
+    </message>
     <message id="TXT_RID_LABEL_FORMITEM_NOTES">
         <source>Notes:</source>
         <translation>备注：</translation>

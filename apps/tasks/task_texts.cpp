@@ -1,0 +1,74 @@
+#include "task_texts.h"
+
+#include "UTIL_DateTime.h"
+#include "foreign_text.h"
+#include "stored_tasks.h"
+#include "texts.h"
+
+#include <algorithm>
+
+namespace tasks {
+
+namespace {
+
+// The categories that every store starts with.
+struct DefaultCategory {
+  const char* name;
+  const char* id;
+  const char* english;
+};
+constexpr DefaultCategory defaultCategories[] = {
+    {"meeting", "TXT_RID_STANDARD_CATEGORY_MEETING", "Meeting"},
+    {"vacation", "TXT_RID_STANDARD_CATEGORY_VACATION", "Vacation"},
+    {"appointment", "TXT_RID_STANDARD_CATEGORY_APPOINTMENT", "Appointment"},
+    {"party", "TXT_RID_STANDARD_CATEGORY_PARTY", "Party"},
+};
+
+// Longer than any line of a screen.
+constexpr qsizetype lineLimit = 512;
+
+}  // namespace
+
+QString titleText(const ZTASK_ENG_Task& task) {
+  const QString line = ulo::oneLine(task.getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY), lineLimit);
+  return line.isEmpty() ? ulo::text("TXT_RID_STANDARD_UNTITLED", "Untitled") : line;
+}
+
+bool isNoCategory(const QString& name) {
+  return name.isEmpty() || name == QLatin1String("none") || name == vanishedCategory;
+}
+
+QString categoryText(const QString& name) {
+  if (isNoCategory(name))
+    return ulo::text("TXT_RID_STANDARD_NO_CATEGORY", "No Category");
+  const auto* const known =
+      std::find_if(std::begin(defaultCategories), std::end(defaultCategories),
+                   [&](const auto& entry) { return name == QLatin1String(entry.name); });
+  if (known != std::end(defaultCategories))
+    return ulo::text(known->id, known->english);
+  return ulo::oneLine(name, lineLimit);
+}
+
+bool isDate(const QDateTime& dateTime) {
+  return dateTime.isValid() && dateTime != ZTASK_ENG_Task::noDate();
+}
+
+bool isOverdue(const ZTASK_ENG_Task& task, const QDate& today) {
+  const QDateTime due = task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE);
+  return task.getStatus() != 0 && isDate(due) && due.date() < today;
+}
+
+QString dayText(const QDate& day, const QDate& today) {
+  switch (today.daysTo(day)) {
+  case -1:
+    return ulo::text("TXT_RID_STANDARD_YESTERDAY", "Yesterday");
+  case 0:
+    return ulo::text("TXT_RID_STANDARD_TODAY", "Today");
+  case 1:
+    return ulo::text("TXT_RID_STANDARD_TOMORROW", "Tomorrow");
+  default:
+    return UTIL_DateTime::dateToString(day.startOfDay(), UTIL_DateTime::dateOnly);
+  }
+}
+
+}  // namespace tasks

@@ -1,0 +1,61 @@
+// What tests of the application's parts share: a store of the test's own, without a display.
+#pragma once
+
+#include "gui_test.h"
+#include "store_test.h"
+#include "stored_tasks.h"
+
+#include <functional>
+#include <optional>
+
+class Tasks : public testing::Test {
+protected:
+  // What is stored of a task; the rest is as in a new record of status 1.
+  struct Given {
+    QString summary;
+    std::optional<QDateTime> due = std::nullopt;
+    int priority = 0;
+    int status = 1;
+    QString category = {};
+  };
+
+  // Stores a task; gives its UID.
+  unsigned int add(const Given& given) {
+    Task task;
+    task.setString(Task::TASK_FIELD_SUMMARY, given.summary);
+    if (given.due)
+      task.setDateTime(Task::TASK_FIELD_DUE, *given.due);
+    task.setPriority(given.priority);
+    task.setStatus(given.status);
+    task.setString(Task::TASK_FIELD_CATEGORY, given.category);
+    EXPECT_EQ(store_.addTask(task), ok);
+    return task.getUINT32(Task::TASK_FIELD_UID);
+  }
+  unsigned int add(const char* summary) { return add({.summary = QString::fromUtf8(summary)}); }
+
+  Task stored(unsigned int uid) {
+    Task task;
+    EXPECT_EQ(store_.getTask(uid, task), ok);
+    return task;
+  }
+  bool isStored(unsigned int uid) {
+    Task task;
+    return store_.getTask(uid, task) == ok;
+  }
+  // The UIDs of all tasks from the lowest.
+  std::vector<unsigned int> allUids() {
+    tasks::Uids uids;
+    EXPECT_EQ(store_.getAllIDs(uids), ok);
+    return {uids.begin(), uids.end()};
+  }
+
+  // Has events handled until the condition holds. False when it doesn't for half a minute.
+  static bool waitFor(const std::function<bool()>& condition) {
+    return QTest::qWaitFor(condition, 30'000);
+  }
+
+  DataDirectory directory_;
+  LogCapture log_;
+  ZTASK_ENG_Model store_;
+  RawDatabase raw_{directory_.path()};
+};
