@@ -71,4 +71,22 @@ QString dayText(const QDate& day, const QDate& today) {
   }
 }
 
+QString descriptionText(const ZTASK_ENG_Task& task, const QDate& today) {
+  QStringList parts;
+  parts.append(task.getStatus() == 0 ? ulo::text("TXT_RID_STANDARD_COMPLETED", "Completed")
+                                     : ulo::text("TXT_RID_STANDARD_INCOMPLETE", "Incomplete"));
+  const QDateTime due = task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE);
+  if (isDate(due))
+    parts.append(dayText(due.date(), today));
+  if (isOverdue(task, today))
+    parts.append(ulo::text("TXT_RID_STANDARD_OVERDUE", "Overdue"));
+  if (task.getPriority() == 1)
+    parts.append(ulo::text("TXT_RID_SETTING_B_HIGH", "High"));
+  else if (task.getPriority() == 9)
+    parts.append(ulo::text("TXT_RID_SETTING_B_LOW", "Low"));
+  if (const QString name = task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY); !isNoCategory(name))
+    parts.append(categoryText(name));
+  return parts.join(QStringLiteral(", "));
+}
+
 }  // namespace tasks

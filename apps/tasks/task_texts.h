@@ -25,4 +25,7 @@ namespace tasks {
 // A due day as "Today", "Tomorrow", "Yesterday", else as a short date.
 [[nodiscard]] QString dayText(const QDate& day, const QDate& today);
 
+// What stands below the title for those who listen: status, due day, priority and category.
+[[nodiscard]] QString descriptionText(const ZTASK_ENG_Task& task, const QDate& today);
+
 }  // namespace tasks

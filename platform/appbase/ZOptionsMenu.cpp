@@ -87,6 +87,40 @@ QAction* ZOptionsMenu::item(int id) const {
   return items_.value(id);
 }
 
+void ZOptionsMenu::showItem(int id, bool shown) {
+  if (QAction* action = item(id))
+    action->setVisible(shown);
+  if (QAction* reason = reasons_.value(id))
+    reason->setVisible(shown);
+}
+
+void ZOptionsMenu::enableItem(int id, bool enabled, const QString& why) {
+  QAction* action = item(id);
+  if (action == nullptr)
+    return;
+  action->setEnabled(enabled);
+  delete reasons_.take(id);
+  if (enabled || why.isEmpty())
+    return;
+  auto* menu = qobject_cast<QMenu*>(action->parent());
+  const QList<QAction*> all = menu->actions();
+  auto* reason = new QAction(QString(why).replace(u'&', QStringLiteral("&&")), menu);
+  reason->setEnabled(false);
+  reason->setVisible(action->isVisible());
+  QFont weak = font();
+  weak.setItalic(true);
+  reason->setFont(weak);
+  menu->insertAction(all.value(all.indexOf(action) + 1), reason);
+  reasons_.insert(id, reason);
+}
+
+void ZOptionsMenu::checkItem(int id, bool checked) {
+  if (QAction* action = item(id)) {
+    action->setCheckable(true);
+    action->setChecked(checked);
+  }
+}
+
 bool ZOptionsMenu::connectItem(int id, const QObject* receiver, const char* member) {
   const QAction* action = item(id);
   return action != nullptr && connect(action, SIGNAL(triggered()), receiver, member);
@@ -102,12 +136,21 @@ bool ZOptionsMenu::changeItem(int id, const QString& text) {
 }
 
 void ZOptionsMenu::openAbove(const QWidget* anchor) {
+  Q_EMIT opening();
   const QSize size = sizeHint();
   QPoint corner = anchor->mapToGlobal(QPoint(0, 0));
   if (layoutDirection() == Qt::RightToLeft)
     corner.rx() += anchor->width() - size.width();
   popup(corner - QPoint(0, size.height()));
   // Whoever came by keyboard goes on by keyboard.
-  if (const QList<QAction*> all = actions(); !all.isEmpty())
-    setActiveAction(all.first());
+  const QList<QAction*> all = actions();
+  const auto first = std::find_if(all.begin(), all.end(), [](const QAction* action) {
+    return action->isVisible() && action->isEnabled();
+  });
+  if (first == all.end())
+    return;
+  setActiveAction(*first);
+  // Its sub-menu waits until it is asked for.
+  if (QMenu* under = (*first)->menu())
+    under->hide();
 }

@@ -26,11 +26,21 @@ public:
   bool connectItem(int id, const QObject* receiver, const char* member);
   // Replaces the text. False for an unknown id.
   bool changeItem(int id, const QString& text);
+  // These do nothing for an unknown id.
+  void showItem(int id, bool shown);
+  // A greyed item can't be taken; `why` stands below it, or nothing when it is empty.
+  void enableItem(int id, bool enabled, const QString& why = {});
+  // Marks an item as one of which others can be taken in its place.
+  void checkItem(int id, bool checked);
   // Null for an unknown id; the heading's own for an item that others stand under.
   [[nodiscard]] QAction* item(int id) const;
 
   // Shows the menu with its lower edge at the upper one of `anchor`.
   void openAbove(const QWidget* anchor);
+
+Q_SIGNALS:
+  // It is about to be shown: the time to bring its items up to date.
+  void opening();
 
 private:
   [[nodiscard]] QMenu* menuUnder(int id);
@@ -38,4 +48,5 @@ private:
   std::unique_ptr<ZOptMenuParser> parser_;
   QValueList<int> ids_;
   QHash<int, QAction*> items_;
+  QHash<int, QAction*> reasons_;
 };

@@ -147,6 +147,162 @@
         <source>Delete</source>
         <translation>Löschen</translation>
     </message>
+    <message id="TXT_RID_STANDARD_OVERDUE">
+        <source>Overdue</source>
+        <translation>Überfällig</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_SEARCH">
+        <source>Search</source>
+        <translation>Suchen</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_CATEGORY">
+        <source>Category</source>
+        <translation>Kategorie</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_ALL_CATEGORIES">
+        <source>All Categories</source>
+        <translation>Alle Kategorien</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_UNDO">
+        <source>Undo</source>
+        <translation>Rückgängig</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_TASK_DELETED">
+        <source>Task deleted</source>
+        <translation>Aufgabe gelöscht</translation>
+    </message>
+    <message id="FMT_RID_STANDARD_1_TASKS_DELETED">
+        <source>%1 tasks deleted</source>
+        <translation>%1 Aufgaben gelöscht</translation>
+    </message>
+    <message id="FMT_RID_HEADER_1_SELECTED">
+        <source>%1 Selected</source>
+        <translation>%1 ausgewählt</translation>
+    </message>
+    <message id="TXT_RID_SOFTKEY_NEW">
+        <source>New</source>
+        <translation>Neu</translation>
+    </message>
+    <message id="TXT_RID_SOFTKEY_EXIT">
+        <source>Exit</source>
+        <translation>Beenden</translation>
+    </message>
+    <message id="TXT_RID_SOFTKEY_DONE">
+        <source>Done</source>
+        <translation>Fertig</translation>
+    </message>
+    <message id="TXT_RID_OPTION_ALL_TASKS">
+        <source>All Tasks</source>
+        <translation>Alle Aufgaben</translation>
+    </message>
+    <message id="TXT_RID_OPTION_DUE_TASKS">
+        <source>Due Tasks</source>
+        <translation>Fällige Aufgaben</translation>
+    </message>
+    <message id="TXT_RID_OPTION_INCOMPLETE_TASKS">
+        <source>Incomplete Tasks</source>
+        <translation>Offene Aufgaben</translation>
+    </message>
+    <message id="TXT_RID_OPTION_COMPLETED_TASKS">
+        <source>Completed Tasks</source>
+        <translation>Erledigte Aufgaben</translation>
+    </message>
+    <message id="TXT_RID_OPTION_SELECT_ALL">
+        <source>Select All</source>
+        <translation>Alle auswählen</translation>
+    </message>
+    <message id="TXT_RID_OPTION_UNSELECT_ALL">
+        <source>Unselect All</source>
+        <translation>Auswahl aufheben</translation>
+    </message>
+    <message id="TXT_RID_OPTION_VIEW_BY">
+        <source>View by</source>
+        <translation>Ansicht</translation>
+    </message>
+    <message id="TXT_RID_OPTION_CREATE_NEW_TASK">
+        <source>Create New Task</source>
+        <translation>Neue Aufgabe</translation>
+    </message>
+    <message id="TXT_RID_OPTION_SHARE_TASK_VIA">
+        <source>Share Task via</source>
+        <translation>Senden über</translation>
+    </message>
+    <message id="TXT_RID_OPTION_SYNCHRONIZE">
+        <source>Synchronize</source>
+        <translation>Abgleichen</translation>
+    </message>
+    <message id="TXT_RID_OPTION_SELECT_MULTIPLE">
+        <source>Select Multiple</source>
+        <translation>Mehrere auswählen</translation>
+    </message>
+    <message id="TXT_RID_OPTION_SORT_BY">
+        <source>Sort by</source>
+        <translation>Sortieren nach</translation>
+    </message>
+    <message id="TXT_RID_OPTION_SORT_DUE_DATE">
+        <source>Due Date</source>
+        <translation>Fälligkeit</translation>
+    </message>
+    <message id="TXT_RID_OPTION_SORT_PRIORITY">
+        <source>Priority</source>
+        <translation>Priorität</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_NO_TASKS_YET">
+        <source>There are no tasks yet.
+
+Press New to write one down, or drop a calendar file here.</source>
+        <translation>Es gibt noch keine Aufgaben.
+
+Mit Neu schreiben Sie eine auf; auch eine Kalenderdatei können Sie hier ablegen.</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_NO_DUE_TASKS">
+        <source>Nothing is due today.
+
+Options, View by shows the other tasks.</source>
+        <translation>Heute ist nichts fällig.
+
+Optionen, Ansicht zeigt die anderen Aufgaben.</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_NO_INCOMPLETE_TASKS">
+        <source>Nothing is left to do.
+
+Press New to write a task down.</source>
+        <translation>Es ist nichts mehr zu tun.
+
+Mit Neu schreiben Sie eine Aufgabe auf.</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_NO_COMPLETED_TASKS">
+        <source>No task is completed yet.
+
+Touch the box of a task, or press Space, to check it off.</source>
+        <translation>Noch ist keine Aufgabe erledigt.
+
+Tippen Sie auf das Kästchen einer Aufgabe oder drücken Sie die Leertaste, um sie abzuhaken.</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_TASKS_NOT_DELETED">
+        <source>Not all tasks could be deleted.</source>
+        <translation>Nicht alle Aufgaben konnten gelöscht werden.</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_TASKS_NOT_READ">
+        <source>The tasks can't be read.
+
+The log says why.</source>
+        <translation>Die Aufgaben können nicht gelesen werden.
+
+Das Protokoll nennt den Grund.</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_SEARCHING">
+        <source>Searching…</source>
+        <translation>Suche läuft…</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_NO_TASK_FOUND">
+        <source>No task matches.
+
+Empty the search line and choose all categories to see more.</source>
+        <translation>Keine Aufgabe passt.
+
+Leeren Sie die Suchzeile und wählen Sie alle Kategorien, um mehr zu sehen.</translation>
+    </message>
     <message id="TXT_RID_HEADER_SAVED_TO_TASK_LIST">
         <source>Saved to Task List</source>
         <translation>In Aufgabenliste gespeichert</translation>

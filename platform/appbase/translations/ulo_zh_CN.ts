@@ -147,6 +147,162 @@
         <source>Delete</source>
         <translation>删除</translation>
     </message>
+    <message id="TXT_RID_STANDARD_OVERDUE">
+        <source>Overdue</source>
+        <translation>已过期</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_SEARCH">
+        <source>Search</source>
+        <translation>搜索</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_CATEGORY">
+        <source>Category</source>
+        <translation>类别</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_ALL_CATEGORIES">
+        <source>All Categories</source>
+        <translation>所有类别</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_UNDO">
+        <source>Undo</source>
+        <translation>撤销</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_TASK_DELETED">
+        <source>Task deleted</source>
+        <translation>任务已删除</translation>
+    </message>
+    <message id="FMT_RID_STANDARD_1_TASKS_DELETED">
+        <source>%1 tasks deleted</source>
+        <translation>已删除 %1 个任务</translation>
+    </message>
+    <message id="FMT_RID_HEADER_1_SELECTED">
+        <source>%1 Selected</source>
+        <translation>已选择 %1 项</translation>
+    </message>
+    <message id="TXT_RID_SOFTKEY_NEW">
+        <source>New</source>
+        <translation>新建</translation>
+    </message>
+    <message id="TXT_RID_SOFTKEY_EXIT">
+        <source>Exit</source>
+        <translation>退出</translation>
+    </message>
+    <message id="TXT_RID_SOFTKEY_DONE">
+        <source>Done</source>
+        <translation>完成</translation>
+    </message>
+    <message id="TXT_RID_OPTION_ALL_TASKS">
+        <source>All Tasks</source>
+        <translation>所有任务</translation>
+    </message>
+    <message id="TXT_RID_OPTION_DUE_TASKS">
+        <source>Due Tasks</source>
+        <translation>到期任务</translation>
+    </message>
+    <message id="TXT_RID_OPTION_INCOMPLETE_TASKS">
+        <source>Incomplete Tasks</source>
+        <translation>未完成任务</translation>
+    </message>
+    <message id="TXT_RID_OPTION_COMPLETED_TASKS">
+        <source>Completed Tasks</source>
+        <translation>已完成任务</translation>
+    </message>
+    <message id="TXT_RID_OPTION_SELECT_ALL">
+        <source>Select All</source>
+        <translation>全选</translation>
+    </message>
+    <message id="TXT_RID_OPTION_UNSELECT_ALL">
+        <source>Unselect All</source>
+        <translation>取消全选</translation>
+    </message>
+    <message id="TXT_RID_OPTION_VIEW_BY">
+        <source>View by</source>
+        <translation>查看方式</translation>
+    </message>
+    <message id="TXT_RID_OPTION_CREATE_NEW_TASK">
+        <source>Create New Task</source>
+        <translation>新建任务</translation>
+    </message>
+    <message id="TXT_RID_OPTION_SHARE_TASK_VIA">
+        <source>Share Task via</source>
+        <translation>任务发送方式</translation>
+    </message>
+    <message id="TXT_RID_OPTION_SYNCHRONIZE">
+        <source>Synchronize</source>
+        <translation>同步</translation>
+    </message>
+    <message id="TXT_RID_OPTION_SELECT_MULTIPLE">
+        <source>Select Multiple</source>
+        <translation>选择多项</translation>
+    </message>
+    <message id="TXT_RID_OPTION_SORT_BY">
+        <source>Sort by</source>
+        <translation>排序方式</translation>
+    </message>
+    <message id="TXT_RID_OPTION_SORT_DUE_DATE">
+        <source>Due Date</source>
+        <translation>到期日</translation>
+    </message>
+    <message id="TXT_RID_OPTION_SORT_PRIORITY">
+        <source>Priority</source>
+        <translation>优先级</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_NO_TASKS_YET">
+        <source>There are no tasks yet.
+
+Press New to write one down, or drop a calendar file here.</source>
+        <translation>还没有任务。
+
+按“新建”写下一个任务，或将日历文件拖到这里。</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_NO_DUE_TASKS">
+        <source>Nothing is due today.
+
+Options, View by shows the other tasks.</source>
+        <translation>今天没有到期的任务。
+
+“选项”中的“查看方式”可显示其他任务。</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_NO_INCOMPLETE_TASKS">
+        <source>Nothing is left to do.
+
+Press New to write a task down.</source>
+        <translation>没有待办事项。
+
+按“新建”写下一个任务。</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_NO_COMPLETED_TASKS">
+        <source>No task is completed yet.
+
+Touch the box of a task, or press Space, to check it off.</source>
+        <translation>还没有已完成的任务。
+
+点按任务的方框或按空格键即可勾选完成。</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_TASKS_NOT_DELETED">
+        <source>Not all tasks could be deleted.</source>
+        <translation>部分任务无法删除。</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_TASKS_NOT_READ">
+        <source>The tasks can't be read.
+
+The log says why.</source>
+        <translation>无法读取任务。
+
+日志中有原因说明。</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_SEARCHING">
+        <source>Searching…</source>
+        <translation>正在搜索…</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_NO_TASK_FOUND">
+        <source>No task matches.
+
+Empty the search line and choose all categories to see more.</source>
+        <translation>没有匹配的任务。
+
+清空搜索栏并选择所有类别可查看更多。</translation>
+    </message>
     <message id="TXT_RID_HEADER_SAVED_TO_TASK_LIST">
         <source>Saved to Task List</source>
         <translation>已保存到任务列表</translation>

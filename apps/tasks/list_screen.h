@@ -1,0 +1,105 @@
+// The screen with the list of tasks.
+#pragma once
+
+#include "TASK_UI_View.h"
+#include "pending_removal.h"
+#include "task_list_model.h"
+
+#include <QDate>
+
+class QLabel;
+class QStackedLayout;
+class ZOptionsMenu;
+
+namespace tasks {
+
+class FilterBar;
+class NoticeBar;
+class TaskListView;
+
+// Shows one of four views of the list, by due date or priority, and gives way to the screens that
+// show, make or edit a task. View and order are those of the last time.
+class ListScreen : public TASK_UI_View {
+  Q_OBJECT
+
+public:
+  // How long a removal can be taken back.
+  static constexpr std::chrono::milliseconds undoTime{6000};
+
+  // The store must outlive the screen.
+  ListScreen(ZTASK_ENG_Model& store, QWidget* parent = nullptr);
+  ~ListScreen() override;
+
+  // Shows the task, where the view has it.
+  void goTo(unsigned int uid);
+  // Tells of something that was done.
+  void tell(const QString& message);
+  // Makes what cannot wait: removals that could be taken back.
+  void finish() { removal_.finish(); }
+
+public Q_SLOTS:
+  // Reads anew what the store has.
+  void refresh();
+
+Q_SIGNALS:
+  // The user wants to leave the application.
+  void exitAsked();
+
+protected:
+  void keyPressEvent(QKeyEvent* event) override;
+  void showEvent(QShowEvent* event) override;
+
+private Q_SLOTS:
+  void selectAll();
+  void unselectAll();
+  void viewAll() { setView(ZTASK_ENG_Model::TASK_CATEGORY_ALL); }
+  void viewDue() { setView(ZTASK_ENG_Model::TASK_CATEGORY_DUE); }
+  void viewIncomplete() { setView(ZTASK_ENG_Model::TASK_CATEGORY_INCOMPLETE); }
+  void viewCompleted() { setView(ZTASK_ENG_Model::TASK_CATEGORY_COMPLETED); }
+  void createTask();
+  void editTask();
+  void shareByBluetooth();
+  void shareByMessage();
+  void synchronize();
+  void removeTasks();
+  void selectMultiple();
+  void sortByDue() { setSort(ZTASK_ENG_Model::TASK_SORT_DUE); }
+  void sortByPriority() { setSort(ZTASK_ENG_Model::TASK_SORT_PRIORITY); }
+  void rightKey();
+  void undoRemoval();
+
+private:
+  void buildContent();
+  void buildKeys();
+  void buildMenu();
+  void updateMenu();
+  void updateKeys();
+  void updateTitle();
+  void updateState();
+  void setView(ZTASK_ENG_Model::TASK_CATEGORY view);
+  void setSort(ZTASK_ENG_Model::TASK_SORT_FIELD sort);
+  void setOrder(const ListOrder& order);
+  void setChoosing(bool choosing);
+  void openTask(int row);
+  void checkTask(int row);
+  void removalChanged();
+  // The tasks that a command is for: the chosen ones, or the current one.
+  [[nodiscard]] std::vector<unsigned int> targets() const;
+  // Reads the one task that a command is for. False when there are none, several, or it is gone.
+  bool readTarget(ZTASK_ENG_Task& task);
+  [[nodiscard]] QString emptyText() const;
+
+  ZTASK_ENG_Model& store_;
+  QDate today_;
+  TaskListModel model_;
+  PendingRemoval removal_;
+  TaskListView* list_ = nullptr;
+  FilterBar* filter_ = nullptr;
+  NoticeBar* notice_ = nullptr;
+  QStackedLayout* pages_ = nullptr;
+  QLabel* empty_ = nullptr;
+  ZOptionsMenu* menu_ = nullptr;
+  bool choosing_ = false;
+};
+
+}  // namespace tasks

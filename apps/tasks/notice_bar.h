@@ -1,0 +1,39 @@
+// What has just been done, for some seconds.
+#pragma once
+
+#include <QTimer>
+#include <QWidget>
+
+class QToolButton;
+class ZWrappedText;
+
+namespace tasks {
+
+class NoticeBar : public QWidget {
+  Q_OBJECT
+
+public:
+  explicit NoticeBar(QWidget* parent);
+
+  // Stays until it is hidden, and offers to take back what was done.
+  void showUndoable(const QString& text);
+  // Goes by itself.
+  void showMessage(const QString& text);
+  // Of what can be taken back; a message stays.
+  void hideUndoable();
+
+Q_SIGNALS:
+  void undoAsked();
+
+protected:
+  void paintEvent(QPaintEvent* event) override;
+
+private:
+  void showText(const QString& text, bool isUndoable);
+
+  ZWrappedText* text_;
+  QToolButton* undo_;
+  QTimer time_;
+};
+
+}  // namespace tasks

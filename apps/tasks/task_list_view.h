@@ -1,0 +1,70 @@
+// The task list as the user touches it.
+#pragma once
+
+#include <QBasicTimer>
+#include <QListView>
+
+#include <vector>
+
+namespace tasks {
+
+class TaskListModel;
+class TaskRow;
+
+// Enter or a touch opens a task, Space or a touch of its status checks it off. Keeps the current
+// task and what is seen where they are when the model is reset.
+class TaskListView : public QListView {
+  Q_OBJECT
+
+public:
+  TaskListView(TaskListModel& tasks, QWidget* parent);
+
+  void setChoosing(bool choosing);
+  // -1 where there is none.
+  [[nodiscard]] int currentRow() const { return currentIndex().row(); }
+  // Makes the row current and shows it; does nothing for one that isn't there.
+  void goTo(int row);
+
+Q_SIGNALS:
+  void opened(int row);
+  void checked(int row);
+  // Touched and held.
+  void held(int row);
+  // Letters were typed.
+  void typed(const QString& text);
+  void removalAsked();
+  // The current row is another one, or there is one now, or none.
+  void currentMoved();
+
+protected:
+  void keyPressEvent(QKeyEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
+  void timerEvent(QTimerEvent* event) override;
+  void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
+  void focusInEvent(QFocusEvent* event) override;
+
+private:
+  // Where the list was.
+  struct Place {
+    int row = -1;
+    unsigned int uid = 0;
+    std::vector<unsigned int> seen;  // the tasks from the first visible row on
+    int offset = 0;                  // pixels of that row that are not seen
+    int scrolled = 0;
+  };
+
+  void notePlace();
+  void takePlace();
+  void letGo();
+
+  TaskListModel& tasks_;
+  TaskRow* row_;
+  Place place_;
+  QBasicTimer hold_;
+  QPersistentModelIndex pressed_;
+  QPoint pressedAt_;
+};
+
+}  // namespace tasks

@@ -1,0 +1,50 @@
+// The window of the application: one screen at a time.
+#pragma once
+
+#include "TASK_UI_View.h"
+
+#include <QStackedWidget>
+
+#include <map>
+
+namespace tasks {
+
+class ListScreen;
+
+// Screens ask for each other by their signals. The list is always there; the others come when they
+// are asked for and go when they are disposed of.
+class TaskWindow : public QStackedWidget {
+  Q_OBJECT
+
+public:
+  explicit TaskWindow(ZTASK_ENG_Model& store);
+
+  // Shows a stored task; nothing for one that isn't stored.
+  void openTask(unsigned int uid);
+  // Stores the to-dos of calendar files and tells of it.
+  void import(const QStringList& paths);
+  [[nodiscard]] ListScreen& list() { return *list_; }
+
+protected:
+  void closeEvent(QCloseEvent* event) override;
+  void dragEnterEvent(QDragEnterEvent* event) override;
+  void dropEvent(QDropEvent* event) override;
+
+private Q_SLOTS:
+  void changeView(TASK_UI_View::TASK_VIEW_TYPE from, TASK_UI_View::TASK_VIEW_TYPE to,
+                  ZTASK_ENG_Task* task);
+  void disposeView(TASK_UI_View::TASK_VIEW_TYPE type);
+
+private:
+  void follow(TASK_UI_View& screen);
+  TASK_UI_View* makeDetailView(ZTASK_ENG_Task& task);
+  TASK_UI_View* makeForm(TASK_UI_View::TASK_VIEW_TYPE from, const ZTASK_ENG_Task* task);
+  void showScreen(TASK_UI_View::TASK_VIEW_TYPE type, TASK_UI_View* screen);
+
+  ZTASK_ENG_Model& store_;
+  ListScreen* list_;
+  // All but the list.
+  std::map<TASK_UI_View::TASK_VIEW_TYPE, TASK_UI_View*> screens_;
+};
+
+}  // namespace tasks
