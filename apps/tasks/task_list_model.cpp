@@ -23,9 +23,9 @@ bool contains(const ZTASK_ENG_Task& task, const QString& word) {
   const auto has = [&](ZTASK_ENG_Task::TASK_FIELD_T field) {
     return task.getString(field).contains(word, Qt::CaseInsensitive);
   };
+  const QString category = task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY);
   return has(ZTASK_ENG_Task::TASK_FIELD_SUMMARY) || has(ZTASK_ENG_Task::TASK_FIELD_NOTE) ||
-         categoryText(task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY))
-             .contains(word, Qt::CaseInsensitive);
+         (!isNoCategory(category) && categoryText(category).contains(word, Qt::CaseInsensitive));
 }
 
 }  // namespace

@@ -1,0 +1,26 @@
+#include "lock_gate.h"
+
+#include "SETUP_SECURITY_Util.h"
+
+#include <cstdio>
+#include <dlfcn.h>
+
+namespace tasks {
+
+bool passesLock() {
+  constexpr char application[] = "{9a4cdb74-34ec-415e-ba36-b8c2a35d0071}";
+  constexpr int mode = 1;
+  void* library = dlopen("libulosecuritysetup.so", RTLD_LAZY);
+  const auto check = library == nullptr
+                         ? nullptr
+                         : reinterpret_cast<SETUP_SECURITY_Util_appLockCheck_modelUI_t>(
+                               dlsym(library, "SETUP_SECURITY_Util_appLockCheck_modelUI"));
+  if (check == nullptr) {
+    static_cast<void>(
+        std::fprintf(stderr, "ulo-tasks: the application lock is missing: %s\n", dlerror()));
+    return false;
+  }
+  return check(application, mode) != 0;
+}
+
+}  // namespace tasks

@@ -1,0 +1,152 @@
+// The Tasks application with stores of several sizes: from the start of its process to the first
+// painted list, per page while scrolling, and its memory. Without a display.
+
+#include "ZApplication.h"
+#include "dataset.h"
+#include "list_screen.h"
+#include "lock_gate.h"
+#include "log_sink.h"
+#include "task_list_view.h"
+#include "task_window.h"
+
+#include <QElapsedTimer>
+#include <QKeyEvent>
+#include <QProcess>
+
+#include <algorithm>
+#include <cstdio>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr int scrolledPages = 200;
+constexpr int starts = 7;
+
+double now() {
+  timespec time{};
+  clock_gettime(CLOCK_MONOTONIC, &time);
+  return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+}
+
+// kB that the process has for itself: what others don't share and no file can give back.
+long ownMemory() {
+  std::ifstream status("/proc/self/smaps_rollup");
+  std::string word;
+  while (status >> word)
+    if (word == "Anonymous:") {
+      long size = 0;
+      status >> size;
+      return size;
+    }
+  return 0;
+}
+
+class PaintWatch : public QObject {
+public:
+  bool eventFilter(QObject*, QEvent* event) override {
+    painted = painted || event->type() == QEvent::Paint;
+    return false;
+  }
+  bool painted = false;
+};
+
+double median(std::vector<double> times) {
+  std::sort(times.begin(), times.end());
+  return times[times.size() / 2];
+}
+
+// The application as its main makes it, in a process of its own; prints what it took.
+int runApplication(ZApplication&, double started) {
+  ulo::openLogSink("task_list");
+  if (!tasks::passesLock())
+    return 1;
+  ZTASK_ENG_Model store;
+  tasks::TaskWindow window(store);
+  window.setGeometry(0, 0, 360, 640);
+  auto* list = window.findChild<tasks::TaskListView*>();
+  PaintWatch watch;
+  list->viewport()->installEventFilter(&watch);
+  window.show();
+  while (!watch.painted)
+    QCoreApplication::processEvents();
+  const double first = now() - started;
+  const long opened = ownMemory();
+
+  std::vector<double> pages;
+  for (int page = 0; page < scrolledPages; ++page) {
+    QElapsedTimer timer;
+    timer.start();
+    QKeyEvent press(QEvent::KeyPress, Qt::Key_PageDown, Qt::NoModifier);
+    QCoreApplication::sendEvent(list, &press);
+    list->viewport()->repaint();
+    pages.push_back(static_cast<double>(timer.nsecsElapsed()) / 1e6);
+  }
+  QElapsedTimer timer;
+  timer.start();
+  QKeyEvent press(QEvent::KeyPress, Qt::Key_End, Qt::NoModifier);
+  QCoreApplication::sendEvent(list, &press);
+  list->viewport()->repaint();
+  const double end = static_cast<double>(timer.nsecsElapsed()) / 1e6;
+  std::printf("%f %f %f %f %ld %ld\n", first, median(pages),
+              *std::max_element(pages.begin(), pages.end()), end, opened, ownMemory());
+  return 0;
+}
+
+struct Result {
+  std::vector<double> first, page, worst, end, opened, scrolled;
+};
+
+bool measure(const QString& program, const std::string& directory, Result& result) {
+  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+  environment.insert("ULO_DATA_DIR", QString::fromStdString(directory));
+  environment.insert("XDG_CONFIG_HOME", QString::fromStdString(directory));
+  for (int run = 0; run < starts; ++run) {
+    QProcess child;
+    child.setProcessEnvironment(environment);
+    child.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    child.start(program, {QString::number(now(), 'f', 6)});
+    child.waitForFinished(-1);
+    const QList<QByteArray> words = child.readAllStandardOutput().simplified().split(' ');
+    if (words.size() != 6)
+      return false;
+    std::vector<double>* columns[] = {&result.first, &result.page,   &result.worst,
+                                      &result.end,   &result.opened, &result.scrolled};
+    for (int i = 0; i < 6; ++i)
+      columns[i]->push_back(words[i].toDouble());
+  }
+  return true;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  qputenv("ULO_LOG", "none");
+  if (count == 2) {
+    ZApplication application(count, arguments);
+    return runApplication(application, QByteArray(arguments[1]).toDouble());
+  }
+  QCoreApplication application(count, arguments);
+  std::printf("| tasks | first list, ms | a page further, ms | worst of %d pages | to the end | "
+              "memory when shown, MB | after scrolling |\n|---|---|---|---|---|---|---|\n",
+              scrolledPages);
+  for (const int size : {100, 10'000, 100'000}) {
+    const std::string directory = std::string(ULO_BENCH_DATA_DIR "/list-") + std::to_string(size);
+    std::filesystem::remove_all(directory);
+    std::filesystem::create_directories(directory);
+    bench::fillStore(directory, size);
+    Result result;
+    const bool done = measure(QString::fromLocal8Bit(arguments[0]), directory, result);
+    std::filesystem::remove_all(directory);
+    if (!done)
+      return 1;
+    std::printf("| %d | %.0f | %.1f | %.1f | %.1f | %.1f | %.1f |\n", size, median(result.first),
+                median(result.page), *std::max_element(result.worst.begin(), result.worst.end()),
+                median(result.end), median(result.opened) / 1024, median(result.scrolled) / 1024);
+  }
+  return 0;
+}

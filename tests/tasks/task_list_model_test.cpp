@@ -1,0 +1,272 @@
+// The rows of the list: pages, filters, choices, and what happens to them when the store changes.
+
+#include "task_list_model.h"
+#include "tasks_test.h"
+
+#include <QAbstractItemModelTester>
+#include <QSignalSpy>
+
+using tasks::ListFilter;
+using tasks::ListOrder;
+using tasks::TaskListModel;
+using testing::ElementsAre;
+
+namespace {
+
+class Model : public Tasks {
+protected:
+  // Reading on is the tests' own business.
+  Model() { tester_.setUseFetchMore(false); }
+
+  std::vector<std::string> rows() {
+    std::vector<std::string> titles;
+    for (int row = 0; row < model_.rowCount(); ++row)
+      titles.push_back(text(row).toStdString());
+    return titles;
+  }
+  QString text(int row, int role = Qt::DisplayRole) {
+    return model_.index(row).data(role).toString();
+  }
+  // The rows once all are read.
+  std::vector<std::string> allRows() {
+    EXPECT_TRUE(waitFor([this] { return !model_.isReading(); }));
+    return rows();
+  }
+  void addMany(int count) {
+    raw_.run("begin");
+    for (int i = 0; i < count; ++i)
+      raw_.run("insert into task_table_task (summary, note, status, priority, due, alarm, \"end\", "
+               "revision, categoryUid) values (printf('task %05d', " +
+               std::to_string(i) + "), '', 1, 5, " + std::to_string(1'000'000 + i) +
+               ", 2147483647, 2147483647, 0, 1)");
+    raw_.run("commit");
+  }
+  static QDateTime day(int day) { return {QDate(2027, 3, day), QTime(0, 0)}; }
+
+  TaskListModel model_{store_, [] { return QDate(2027, 3, 5); }};
+  QAbstractItemModelTester tester_{&model_, QAbstractItemModelTester::FailureReportingMode::Fatal};
+};
+
+TEST_F(Model, RowsAreTheViewsTasksInOrder) {
+  add({.summary = "late", .due = day(4), .priority = 9});
+  add({.summary = "soon", .due = day(6), .priority = 1});
+  add({.summary = "done", .due = day(7), .priority = 5, .status = 0});
+  model_.setOrder({});
+  EXPECT_THAT(rows(), ElementsAre("late", "soon", "done"));
+  model_.setOrder({ZTASK_ENG_Model::TASK_CATEGORY_INCOMPLETE, ZTASK_ENG_Model::TASK_SORT_PRIORITY});
+  EXPECT_THAT(rows(), ElementsAre("soon", "late"));
+  model_.setOrder({ZTASK_ENG_Model::TASK_CATEGORY_COMPLETED, ZTASK_ENG_Model::TASK_SORT_DUE});
+  EXPECT_THAT(rows(), ElementsAre("done"));
+}
+
+TEST_F(Model, ARowSaysAllOfItsTask) {
+  add({.summary = "a\nb", .due = day(4), .priority = 3, .status = 1, .category = "meeting"});
+  add({.summary = "", .due = day(5), .priority = 7, .status = 0});
+  add({.summary = "c"});
+  model_.setOrder({});
+  EXPECT_EQ(text(0), "a b");
+  EXPECT_EQ(text(0, TaskListModel::DueRole), "Yesterday");
+  EXPECT_TRUE(model_.index(0).data(TaskListModel::OverdueRole).toBool());
+  EXPECT_EQ(text(0, TaskListModel::CategoryRole), "Meeting");
+  EXPECT_EQ(model_.index(0).data(TaskListModel::PriorityRole).toInt(), 1);
+  EXPECT_FALSE(model_.index(0).data(TaskListModel::CompletedRole).toBool());
+  EXPECT_EQ(text(0, Qt::AccessibleDescriptionRole),
+            "Incomplete, Yesterday, Overdue, High, Meeting");
+  EXPECT_EQ(text(1), "Untitled");
+  EXPECT_EQ(text(1, TaskListModel::DueRole), "Today");
+  EXPECT_FALSE(model_.index(1).data(TaskListModel::OverdueRole).toBool());
+  EXPECT_TRUE(model_.index(1).data(TaskListModel::CompletedRole).toBool());
+  EXPECT_EQ(model_.index(1).data(TaskListModel::PriorityRole).toInt(), 9);
+  EXPECT_EQ(text(1, Qt::AccessibleDescriptionRole), "Completed, Today, Low");
+  EXPECT_EQ(text(2, TaskListModel::DueRole), "");
+  EXPECT_EQ(text(2, TaskListModel::CategoryRole), "");
+  EXPECT_EQ(text(2, Qt::AccessibleDescriptionRole), "Incomplete");
+}
+
+TEST_F(Model, EveryRowOfALongListIsItsOwn) {
+  addMany(500);
+  model_.setOrder({});
+  ASSERT_EQ(model_.rowCount(), 500);
+  // In an order that no page has.
+  for (int i = 0; i < 500; ++i) {
+    const int row = (i * 197 + 31) % 500;
+    ASSERT_EQ(text(row).toStdString(), QString::asprintf("task %05d", row).toStdString());
+    ASSERT_EQ(model_.rowOf(model_.uidAt(row)), row);
+  }
+  EXPECT_EQ(model_.rowOf(123456), -1);
+}
+
+TEST_F(Model, WordsAreFoundInSummaryNoteAndCategoryInAnyCase) {
+  add("Käse kaufen");
+  add({.summary = "Plants", .category = "meeting"});
+  Task noted;
+  noted.setString(Task::TASK_FIELD_NOTE, "with KÄSE inside");
+  ASSERT_EQ(store_.addTask(noted), ok);
+  add("other");
+  model_.setOrder({});
+  model_.setFilter({{"käse"}, {}});
+  EXPECT_THAT(allRows(), ElementsAre("Untitled", "Käse kaufen"));
+  model_.setFilter({{"ETIN"}, {}});
+  EXPECT_THAT(allRows(), ElementsAre("Plants"));
+  model_.setFilter({{"kauf", "käse"}, {}});
+  EXPECT_THAT(allRows(), ElementsAre("Käse kaufen"));
+  // What stands for no category is not one.
+  model_.setFilter({{"categ"}, {}});
+  EXPECT_THAT(allRows(), ElementsAre());
+  model_.setFilter({});
+  EXPECT_EQ(model_.rowCount(), 4);
+}
+
+TEST_F(Model, ACategoryIsPickedByItsName) {
+  add({.summary = "a", .category = "meeting"});
+  add({.summary = "b", .category = "Meeting"});
+  add({.summary = "c", .category = "none"});
+  const unsigned int lost = add({.summary = "d", .category = "garden"});
+  add("e");
+  QString garden = "garden";
+  ASSERT_EQ(store_.removeCategory(garden, false), ok);
+  ASSERT_EQ(stored(lost).getString(Task::TASK_FIELD_CATEGORY), "None");
+  model_.setOrder({});
+  model_.setFilter({{}, "meeting"});
+  EXPECT_THAT(allRows(), ElementsAre("a"));
+  model_.setFilter({{}, ""});
+  EXPECT_THAT(allRows(), ElementsAre("e", "d", "c"));
+  model_.setFilter({{"d"}, ""});
+  EXPECT_THAT(allRows(), ElementsAre("d"));
+}
+
+TEST_F(Model, ALongListIsFilteredByAndBy) {
+  addMany(30'000);
+  model_.setOrder({});
+  model_.setFilter({{"9"}, {}});
+  EXPECT_TRUE(model_.isReading());
+  EXPECT_TRUE(model_.canFetchMore({}));
+  const int first = model_.rowCount();
+  EXPECT_LT(first, 12'285);
+  model_.fetchMore({});
+  EXPECT_GT(model_.rowCount(), first);
+  EXPECT_TRUE(waitFor([this] { return !model_.isReading(); }));
+  // All numbers to 29999 but those without a 9.
+  EXPECT_EQ(model_.rowCount(), 30'000 - 3 * 9 * 9 * 9 * 9);
+  EXPECT_FALSE(model_.canFetchMore({}));
+  EXPECT_EQ(text(0), "task 00009");
+}
+
+TEST_F(Model, ANewFilterEndsTheOneBefore) {
+  addMany(30'000);
+  model_.setOrder({});
+  model_.setFilter({{"1"}, {}});
+  ASSERT_TRUE(model_.isReading());
+  model_.setFilter({{"29999"}, {}});
+  EXPECT_THAT(allRows(), ElementsAre("task 29999"));
+}
+
+TEST_F(Model, RefreshingShowsWhatOthersChanged) {
+  const unsigned int a = add("a");
+  add("b");
+  model_.setOrder({});
+  ASSERT_THAT(rows(), ElementsAre("b", "a"));
+  ZTASK_ENG_Model other;
+  Task task = stored(a);
+  task.setString(Task::TASK_FIELD_SUMMARY, "c");
+  task.setDateTime(Task::TASK_FIELD_DUE, day(1));
+  ASSERT_EQ(other.updateTask(task), ok);
+  model_.refresh();
+  EXPECT_THAT(rows(), ElementsAre("c", "b"));
+  ASSERT_EQ(other.removeTask(a), ok);
+  EXPECT_EQ(text(0), "c");  // as it was read
+  model_.refresh();
+  EXPECT_THAT(rows(), ElementsAre("b"));
+}
+
+TEST_F(Model, ARowWhoseTaskIsGoneIsEmptyUntilTheNextRefresh) {
+  const unsigned int a = add("a");
+  TaskListModel model(store_, [] { return QDate(); });
+  model.setOrder({});
+  ASSERT_EQ(store_.removeTask(a), ok);
+  ASSERT_EQ(model.rowCount(), 1);
+  EXPECT_FALSE(model.index(0).data().isValid());
+  EXPECT_FALSE(model.index(0).data(TaskListModel::PriorityRole).isValid());
+  model.refresh();
+  EXPECT_EQ(model.rowCount(), 0);
+}
+
+TEST_F(Model, RowsOfAFilterStayWhileItIsReadAnew) {
+  addMany(30'000);
+  model_.setOrder({});
+  model_.setFilter({{"task"}, {}});
+  EXPECT_TRUE(waitFor([this] { return !model_.isReading(); }));
+  ASSERT_EQ(store_.removeTask(model_.uidAt(0)), ok);
+  model_.refresh();
+  EXPECT_TRUE(model_.isReading());
+  EXPECT_EQ(model_.rowCount(), 30'000);
+  // Changes that go on don't keep it from coming to an end.
+  ASSERT_EQ(store_.removeTask(model_.uidAt(1)), ok);
+  model_.refresh();
+  EXPECT_TRUE(waitFor([this] { return !model_.isReading(); }));
+  EXPECT_EQ(model_.rowCount(), 29'998);
+}
+
+TEST_F(Model, HiddenTasksHaveNoRows) {
+  const unsigned int a = add("a");
+  add("b");
+  const unsigned int c = add("c");
+  model_.setOrder({});
+  model_.setHidden({a, c});
+  EXPECT_THAT(rows(), ElementsAre("b"));
+  model_.setFilter({{"a"}, {}});
+  EXPECT_THAT(allRows(), ElementsAre());
+  model_.setHidden({c});
+  EXPECT_THAT(allRows(), ElementsAre("a"));
+  model_.setHidden({a});
+  EXPECT_THAT(rows(), ElementsAre());
+  model_.setHidden({});
+  model_.setFilter({});
+  EXPECT_THAT(rows(), ElementsAre("c", "b", "a"));
+}
+
+TEST_F(Model, ChoicesStayWithTheirTasks) {
+  const unsigned int a = add("a");
+  const unsigned int b = add("b");
+  model_.setOrder({});
+  model_.setChosen(0, true);
+  EXPECT_THAT(model_.chosen(), ElementsAre(b));
+  add("c");
+  model_.refresh();
+  EXPECT_THAT(model_.chosen(), ElementsAre(b));
+  EXPECT_FALSE(model_.index(0).data(TaskListModel::ChosenRole).toBool());
+  EXPECT_TRUE(model_.index(1).data(TaskListModel::ChosenRole).toBool());
+  model_.setChosen(2, true);
+  EXPECT_THAT(model_.chosen(), ElementsAre(b, a));
+  ASSERT_EQ(store_.removeTask(b), ok);
+  model_.refresh();
+  EXPECT_THAT(model_.chosen(), ElementsAre(a));
+  EXPECT_EQ(model_.chosenCount(), 1);
+  model_.chooseNone();
+  EXPECT_EQ(model_.chosenCount(), 0);
+}
+
+TEST_F(Model, AllMeansAllThatAreShownOrComing) {
+  addMany(30'000);
+  model_.setOrder({});
+  model_.setFilter({{"9"}, {}});
+  ASSERT_TRUE(model_.isReading());
+  model_.chooseAll();
+  EXPECT_EQ(model_.chosenCount(), 10'317);
+  EXPECT_EQ(model_.rowCount(), 10'317);
+  // What the filter no longer shows is no longer chosen.
+  model_.setFilter({{"29999"}, {}});
+  EXPECT_TRUE(waitFor([this] { return !model_.isReading(); }));
+  EXPECT_EQ(model_.chosenCount(), 1);
+}
+
+TEST_F(Model, AStoreThatAnswersWithAnErrorIsAnEmptyList) {
+  add("a");
+  model_.setOrder({});
+  raw_.run("drop table task_table_task");
+  model_.refresh();
+  EXPECT_EQ(model_.rowCount(), 0);
+  EXPECT_EQ(model_.storeCode(), databaseFailure);
+}
+
+}  // namespace
