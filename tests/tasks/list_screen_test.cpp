@@ -1,0 +1,458 @@
+// The list screen under keys and the mouse, without a display.
+
+#include "ZOptionsMenu.h"
+#include "ZSoftKey.h"
+#include "filter_bar.h"
+#include "list_screen.h"
+#include "list_settings.h"
+#include "task_list_view.h"
+#include "task_row.h"
+#include "tasks_test.h"
+
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QScrollBar>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QToolButton>
+
+using tasks::ListScreen;
+using tasks::TaskListModel;
+using tasks::TaskListView;
+using testing::ElementsAre;
+
+namespace {
+
+class List : public Tasks {
+protected:
+  List() {
+    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope,
+                       QString::fromStdString((directory_.path() / "config").string()));
+  }
+
+  // Shows the screen with what is stored so far.
+  void open(int width = 240, int height = 320) {
+    screen_ = std::make_unique<ListScreen>(store_);
+    QObject::connect(screen_.get(), &TASK_UI_View::changeView,
+                     [this](int from, int to, const ZTASK_ENG_Task* task) {
+                       asked_.push_back({from, to, task == nullptr ? "-" : summary(*task)});
+                     });
+    screen_->resize(width, height);
+    screen_->show();
+    screen_->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(screen_.get()));
+    list_ = screen_->findChild<TaskListView*>();
+    model_ = static_cast<TaskListModel*>(list_->model());
+  }
+  static std::string summary(const Task& task) {
+    return task.getString(Task::TASK_FIELD_SUMMARY).toStdString();
+  }
+  void key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+    QTest::keyClick(QApplication::focusWidget(), key, modifiers);
+  }
+  void type(const QString& text) { QTest::keyClicks(QApplication::focusWidget(), text); }
+  QPoint middleOf(int row) { return list_->visualRect(model_->index(row)).center(); }
+  QPoint boxOf(int row) {
+    return tasks::TaskRow::statusZone(list_, list_->visualRect(model_->index(row))).center();
+  }
+  void click(const QPoint& at) { QTest::mouseClick(list_->viewport(), Qt::LeftButton, {}, at); }
+  // Takes an item of the options menu.
+  void take(int item) {
+    openMenu();
+    ASSERT_TRUE(menu()->item(item)->isEnabled());
+    menu()->item(item)->trigger();
+    menu()->hide();
+  }
+  ZOptionsMenu* menu() { return screen_->findChild<ZOptionsMenu*>(); }
+  void openMenu() {
+    screen_->cstWidget()->click(ZSoftKey::left);
+    menu()->hide();
+  }
+  std::vector<std::string> rows() {
+    std::vector<std::string> titles;
+    for (int row = 0; row < model_->rowCount(); ++row)
+      titles.push_back(model_->index(row).data().toString().toStdString());
+    return titles;
+  }
+  std::string current() { return list_->currentIndex().data().toString().toStdString(); }
+  // What is said in place of a list; empty where there is one.
+  QString emptyText() {
+    for (const QLabel* label : screen_->findChildren<QLabel*>())
+      if (label->isVisible() && !label->text().isEmpty())
+        return label->text();
+    return {};
+  }
+  QToolButton* undoButton() {
+    for (auto* button : screen_->findChildren<QToolButton*>())
+      if (button->text() == "Undo")
+        return button;
+    return nullptr;
+  }
+
+  struct Asked {
+    int from, to;
+    std::string task;
+    bool operator==(const Asked&) const = default;
+  };
+  std::vector<Asked> asked_;
+  std::unique_ptr<ListScreen> screen_;
+  TaskListView* list_ = nullptr;
+  TaskListModel* model_ = nullptr;
+};
+
+TEST_F(List, EnterAndATouchOpenATask) {
+  add("b");
+  add("a");
+  open();
+  EXPECT_EQ(screen_->appTitle(), "All Tasks");
+  key(Qt::Key_Down);
+  key(Qt::Key_Return);
+  click(middleOf(0));
+  EXPECT_THAT(asked_, ElementsAre(Asked{0, 3, "b"}, Asked{0, 3, "a"}));
+}
+
+TEST_F(List, SpaceAndATouchOfTheBoxCheckOff) {
+  const unsigned int b = add({.summary = "b", .priority = 9});
+  const unsigned int a = add({.summary = "a", .priority = 4, .status = 5});
+  open();
+  key(Qt::Key_Space);
+  EXPECT_EQ(stored(a).getStatusValue(), 0);
+  EXPECT_NE(stored(a).getDateTime(Task::TASK_FIELD_END), Task::noDate());
+  EXPECT_EQ(stored(a).getPriorityValue(), 4);
+  click(boxOf(1));
+  EXPECT_EQ(stored(b).getStatusValue(), 0);
+  click(boxOf(1));
+  EXPECT_EQ(stored(b).getStatusValue(), 1);
+  EXPECT_EQ(stored(b).getDateTime(Task::TASK_FIELD_END), Task::noDate());
+  EXPECT_TRUE(asked_.empty());
+}
+
+TEST_F(List, ATaskWithoutItsCategoryIsCheckedOff) {
+  const unsigned int a = add({.summary = "a", .category = "garden"});
+  QString garden = "garden";
+  ASSERT_EQ(store_.removeCategory(garden, false), ok);
+  open();
+  key(Qt::Key_Space);
+  EXPECT_EQ(stored(a).getStatusValue(), 0);
+  EXPECT_TRUE(stored(a).getString(Task::TASK_FIELD_CATEGORY).isNull());
+}
+
+TEST_F(List, ACheckedTaskLeavesTheViewOfIncompleteOnes) {
+  add("c");
+  add("b");
+  add("a");
+  open();
+  take(4);
+  EXPECT_EQ(screen_->appTitle(), "Incomplete Tasks");
+  key(Qt::Key_Down);
+  key(Qt::Key_Space);
+  EXPECT_THAT(rows(), ElementsAre("a", "c"));
+  EXPECT_EQ(current(), "c");
+}
+
+TEST_F(List, TheMenuChangesViewAndOrderAndMarksThem) {
+  add({.summary = "a", .due = QDateTime(QDate(2001, 1, 1), QTime()), .priority = 9});
+  add({.summary = "b", .due = QDateTime(QDate(2001, 1, 2), QTime()), .priority = 1, .status = 0});
+  open();
+  const auto marked = [this] {
+    openMenu();
+    std::vector<int> items;
+    for (const int id : menu()->getAllItemIds())
+      if (menu()->item(id)->isChecked())
+        items.push_back(id);
+    return items;
+  };
+  EXPECT_THAT(marked(), ElementsAre(2, 13));
+  take(14);
+  EXPECT_THAT(rows(), ElementsAre("b", "a"));
+  EXPECT_THAT(marked(), ElementsAre(2, 14));
+  take(3);
+  EXPECT_EQ(screen_->appTitle(), "Due Tasks");
+  EXPECT_THAT(rows(), ElementsAre("b", "a"));
+  take(5);
+  EXPECT_EQ(screen_->appTitle(), "Completed Tasks");
+  EXPECT_THAT(rows(), ElementsAre("b"));
+  EXPECT_THAT(marked(), ElementsAre(5, 14));
+  // The next time it is the same.
+  open();
+  EXPECT_EQ(screen_->appTitle(), "Completed Tasks");
+  take(2);
+  EXPECT_THAT(rows(), ElementsAre("b", "a"));
+  take(13);
+  EXPECT_THAT(rows(), ElementsAre("a", "b"));
+}
+
+TEST_F(List, RememberedNonsenseIsPassedOver) {
+  tasks::writeListOrder({static_cast<ZTASK_ENG_Model::TASK_CATEGORY>(77),
+                         static_cast<ZTASK_ENG_Model::TASK_SORT_FIELD>(-4)});
+  EXPECT_EQ(tasks::readListOrder().view, ZTASK_ENG_Model::TASK_CATEGORY_COMPLETED);
+  EXPECT_EQ(tasks::readListOrder().sort, ZTASK_ENG_Model::TASK_SORT_DUE);
+}
+
+TEST_F(List, LettersSearchAndEscapeEndsTheSearch) {
+  add("banana");
+  add("Apple");
+  open();
+  type("NAN");
+  EXPECT_THAT(rows(), ElementsAre("banana"));
+  key(Qt::Key_Return);
+  EXPECT_TRUE(list_->hasFocus());
+  EXPECT_EQ(current(), "banana");
+  key(Qt::Key_Escape);
+  EXPECT_THAT(rows(), ElementsAre("Apple", "banana"));
+  type("x");
+  EXPECT_THAT(emptyText().toStdString(), testing::StartsWith("No task matches."));
+  key(Qt::Key_Escape);
+  EXPECT_EQ(emptyText(), "");
+  EXPECT_TRUE(list_->hasFocus());
+  EXPECT_EQ(model_->rowCount(), 2);
+}
+
+TEST_F(List, ACategoryIsChosenBesideTheSearch) {
+  add({.summary = "a", .category = "meeting"});
+  add({.summary = "b", .category = "Garden"});
+  add("c");
+  open();
+  auto* box = screen_->findChild<QComboBox*>();
+  std::vector<std::string> names;
+  for (int i = 0; i < box->count(); ++i)
+    names.push_back(box->itemText(i).toStdString());
+  EXPECT_THAT(names, ElementsAre("All Categories", "No Category", "Meeting", "Vacation",
+                                 "Appointment", "Party", "Garden"));
+  box->setCurrentIndex(6);
+  EXPECT_THAT(rows(), ElementsAre("b"));
+  // What somebody else adds can be chosen, and what is chosen stays.
+  add({.summary = "d", .category = "Boat"});
+  screen_->refresh();
+  EXPECT_EQ(box->currentText(), "Garden");
+  EXPECT_GE(box->findText("Boat"), 0);
+  // A category that is gone can't be chosen any more.
+  QString garden = "Garden";
+  ASSERT_EQ(store_.removeCategory(garden, false), ok);
+  screen_->refresh();
+  EXPECT_EQ(box->currentIndex(), 0);
+  EXPECT_EQ(model_->rowCount(), 4);
+}
+
+TEST_F(List, NewAndEditAskForTheForm) {
+  add("a");
+  open();
+  key(Qt::Key_F2);
+  key(Qt::Key_N, Qt::ControlModifier);
+  take(6);
+  take(7);
+  EXPECT_THAT(asked_,
+              ElementsAre(Asked{0, 2, "-"}, Asked{0, 2, "-"}, Asked{0, 2, "-"}, Asked{0, 2, "a"}));
+}
+
+TEST_F(List, ChoosingSeveralDeletesThem) {
+  const unsigned int c = add("c");
+  const unsigned int b = add("b");
+  const unsigned int a = add("a");
+  open();
+  take(11);
+  EXPECT_EQ(screen_->appTitle(), "0 Selected");
+  key(Qt::Key_Space);
+  key(Qt::Key_Down);
+  key(Qt::Key_Down);
+  key(Qt::Key_Return);
+  EXPECT_EQ(screen_->appTitle(), "2 Selected");
+  EXPECT_TRUE(asked_.empty());
+  key(Qt::Key_F2);
+  EXPECT_EQ(screen_->appTitle(), "All Tasks");
+  EXPECT_THAT(rows(), ElementsAre("b"));
+  EXPECT_THAT(allUids(), ElementsAre(c, b, a));
+  screen_->finish();
+  EXPECT_THAT(allUids(), ElementsAre(b));
+}
+
+TEST_F(List, UndoBringsBackWhatWasDeleted) {
+  add("b");
+  add("a");
+  open();
+  EXPECT_FALSE(undoButton()->isVisible());
+  key(Qt::Key_Delete);
+  EXPECT_THAT(rows(), ElementsAre("b"));
+  EXPECT_EQ(current(), "b");
+  ASSERT_TRUE(undoButton()->isVisible());
+  undoButton()->click();
+  EXPECT_FALSE(undoButton()->isVisible());
+  EXPECT_THAT(rows(), ElementsAre("a", "b"));
+  take(17);
+  key(Qt::Key_Z, Qt::ControlModifier);
+  screen_->finish();
+  EXPECT_EQ(allUids().size(), 2);
+}
+
+TEST_F(List, DeletingTheLastRowLeavesTheOneBefore) {
+  add("b");
+  add("a");
+  open();
+  key(Qt::Key_End);
+  key(Qt::Key_Delete);
+  EXPECT_EQ(current(), "a");
+  key(Qt::Key_Delete);
+  EXPECT_THAT(emptyText().toStdString(), testing::StartsWith("There are no tasks yet."));
+  // The screen still answers to keys.
+  key(Qt::Key_Z, Qt::ControlModifier);
+  EXPECT_THAT(rows(), ElementsAre("a"));
+}
+
+TEST_F(List, AllAreSelectedAndUnselected) {
+  add("b");
+  add("a");
+  open();
+  take(11);
+  take(15);
+  EXPECT_EQ(screen_->appTitle(), "2 Selected");
+  openMenu();
+  EXPECT_FALSE(menu()->item(15)->isEnabled());
+  EXPECT_FALSE(menu()->item(7)->isEnabled());
+  EXPECT_FALSE(menu()->item(8)->isEnabled());
+  EXPECT_TRUE(menu()->item(17)->isEnabled());
+  take(16);
+  EXPECT_EQ(screen_->appTitle(), "0 Selected");
+  openMenu();
+  EXPECT_FALSE(menu()->item(16)->isEnabled());
+  EXPECT_FALSE(menu()->item(17)->isEnabled());
+  click(middleOf(1));
+  EXPECT_EQ(screen_->appTitle(), "1 Selected");
+  take(7);
+  EXPECT_THAT(asked_, ElementsAre(Asked{0, 2, "b"}));
+  key(Qt::Key_F3);
+  EXPECT_EQ(screen_->appTitle(), "All Tasks");
+  EXPECT_EQ(model_->chosenCount(), 0);
+}
+
+TEST_F(List, EachModeHasItsMenu) {
+  add("a");
+  open();
+  const auto shown = [this] {
+    openMenu();
+    std::vector<int> items;
+    for (const int id : menu()->getAllItemIds())
+      if (menu()->item(id)->isVisible())
+        items.push_back(id);
+    return items;
+  };
+  EXPECT_THAT(shown(), ElementsAre(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 18, 17, 11, 12, 13, 14));
+  take(11);
+  EXPECT_THAT(shown(), ElementsAre(15, 16, 2, 3, 4, 5, 7, 8, 9, 10, 17, 13, 14));
+}
+
+TEST_F(List, WhereThereIsNothingThereIsNothingToDo) {
+  open();
+  openMenu();
+  for (const int item : {7, 8, 17, 11, 12})
+    EXPECT_FALSE(menu()->item(item)->isEnabled()) << item;
+  key(Qt::Key_Delete);
+  key(Qt::Key_Return);
+  key(Qt::Key_Space);
+  EXPECT_TRUE(asked_.empty());
+  key(Qt::Key_F2);
+  EXPECT_THAT(asked_, ElementsAre(Asked{0, 2, "-"}));
+}
+
+TEST_F(List, EachEmptyViewSaysWhatToDo) {
+  open();
+  for (const auto& [item, beginning] :
+       {std::pair(2, "There are no tasks yet."), std::pair(3, "Nothing is due today."),
+        std::pair(4, "Nothing is left to do."), std::pair(5, "No task is completed yet.")}) {
+    take(item);
+    EXPECT_THAT(emptyText().toStdString(), testing::StartsWith(beginning));
+  }
+}
+
+TEST_F(List, HoldingARowBeginsToChoose) {
+  add("b");
+  const unsigned int a = add("a");
+  open();
+  QTest::mousePress(list_->viewport(), Qt::LeftButton, {}, middleOf(0));
+  EXPECT_TRUE(waitFor([this] { return screen_->appTitle() == "1 Selected"; }));
+  QTest::mouseRelease(list_->viewport(), Qt::LeftButton, {}, middleOf(0));
+  EXPECT_THAT(model_->chosen(), ElementsAre(a));
+  EXPECT_TRUE(asked_.empty());
+  key(Qt::Key_Escape);
+  EXPECT_EQ(screen_->appTitle(), "All Tasks");
+}
+
+TEST_F(List, ADragIsNoTouch) {
+  add("b");
+  add("a");
+  open();
+  QTest::mousePress(list_->viewport(), Qt::LeftButton, {}, middleOf(0));
+  QTest::mouseMove(list_->viewport(), middleOf(1));
+  QTest::mouseRelease(list_->viewport(), Qt::LeftButton, {}, middleOf(1));
+  EXPECT_TRUE(asked_.empty());
+}
+
+TEST_F(List, TheListStaysWhereItIsWhenOthersChangeIt) {
+  std::vector<unsigned int> uids;
+  for (int i = 0; i < 60; ++i)
+    uids.push_back(add({.summary = QString::number(i),
+                        .due = QDateTime(QDate(2030, 1, 1).addDays(i), QTime(0, 0))}));
+  open();
+  for (int i = 0; i < 30; ++i)
+    key(Qt::Key_Down);
+  ASSERT_EQ(current(), "30");
+  list_->verticalScrollBar()->setValue(list_->verticalScrollBar()->value() + 7);
+  const int y = middleOf(30).y();
+  add({.summary = "first", .due = QDateTime(QDate(2001, 1, 1), QTime(0, 0))});
+  ASSERT_EQ(store_.removeTask(uids[3]), ok);
+  ASSERT_EQ(store_.removeTask(uids[4]), ok);
+  screen_->refresh();
+  EXPECT_EQ(current(), "30");
+  EXPECT_EQ(list_->currentRow(), 29);
+  EXPECT_EQ(middleOf(29).y(), y);
+  // The current one itself goes: the next takes its place.
+  ASSERT_EQ(store_.removeTask(uids[30]), ok);
+  screen_->refresh();
+  EXPECT_EQ(current(), "31");
+}
+
+TEST_F(List, ATaskIsGoneToWhereItIsListed) {
+  unsigned int last = 0;
+  for (int i = 0; i < 40; ++i)
+    last = add({.summary = QString::number(i),
+                .due = QDateTime(QDate(2030, 1, 1).addDays(i), QTime(0, 0))});
+  open();
+  screen_->goTo(last);
+  EXPECT_EQ(current(), "39");
+  EXPECT_TRUE(list_->viewport()->rect().contains(middleOf(39)));
+  screen_->goTo(999);
+  EXPECT_EQ(current(), "39");
+}
+
+TEST_F(List, ATaskThatIsGoneOpensNothing) {
+  const unsigned int a = add("a");
+  add("b");
+  open();
+  key(Qt::Key_End);
+  ASSERT_EQ(store_.removeTask(a), ok);
+  key(Qt::Key_Return);
+  EXPECT_TRUE(asked_.empty());
+  EXPECT_THAT(rows(), ElementsAre("b"));
+}
+
+TEST_F(List, AStoreThatCannotBeReadIsSaid) {
+  open();
+  raw_.run("drop table task_table_task");
+  screen_->refresh();
+  EXPECT_THAT(emptyText().toStdString(), testing::StartsWith("The tasks can't be read."));
+}
+
+TEST_F(List, ExitIsAskedForByTheRightKey) {
+  open();
+  const QSignalSpy exits(screen_.get(), &ListScreen::exitAsked);
+  key(Qt::Key_F3);
+  EXPECT_EQ(exits.count(), 1);
+}
+
+TEST_F(List, NothingNeedsMoreThanTheNarrowScreen) {
+  add({.summary = QString(512, QChar(0x4E00)), .category = QString(60, u'w')});
+  open();
+  EXPECT_LE(screen_->minimumSizeHint().width(), 240);
+}
+
+}  // namespace
