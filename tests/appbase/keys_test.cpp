@@ -194,4 +194,51 @@ TEST_F(OptionsMenu, BackLeavesOneLevelAfterTheOther) {
   EXPECT_FALSE(menu_.isVisible());
 }
 
+TEST_F(OptionsMenu, AGreyedItemSaysWhy) {
+  menu_.enableItem(11, false, QStringLiteral("Not now & here"));
+  EXPECT_FALSE(menu_.item(11)->isEnabled());
+  ASSERT_EQ(menu_.actions().size(), 3);
+  EXPECT_EQ(menu_.actions().at(1)->text(), "Not now && here");
+  EXPECT_FALSE(menu_.actions().at(1)->isEnabled());
+  // Said anew, it is said once.
+  menu_.enableItem(11, false, QStringLiteral("Never"));
+  ASSERT_EQ(menu_.actions().size(), 3);
+  EXPECT_EQ(menu_.actions().at(1)->text(), "Never");
+  menu_.showItem(11, false);
+  EXPECT_FALSE(menu_.item(11)->isVisible());
+  EXPECT_FALSE(menu_.actions().at(1)->isVisible());
+  menu_.enableItem(11, false, QStringLiteral("Never"));
+  EXPECT_FALSE(menu_.actions().at(1)->isVisible());
+  menu_.showItem(11, true);
+  EXPECT_TRUE(menu_.actions().at(1)->isVisible());
+  menu_.enableItem(11, true);
+  EXPECT_TRUE(menu_.item(11)->isEnabled());
+  EXPECT_THAT(menu_.actions(), ElementsAre(menu_.item(11), menu_.item(7)));
+  menu_.enableItem(5, false);
+  EXPECT_FALSE(menu_.item(5)->isEnabled());
+  EXPECT_EQ(menu_.item(7)->menu()->actions().size(), 2);
+}
+
+TEST_F(OptionsMenu, ItemsAreMarked) {
+  menu_.checkItem(3, true);
+  EXPECT_TRUE(menu_.item(3)->isChecked());
+  menu_.checkItem(3, false);
+  EXPECT_FALSE(menu_.item(3)->isChecked());
+}
+
+TEST_F(OptionsMenu, ItIsBroughtUpToDateBeforeItIsShown) {
+  window_.show();
+  QObject::connect(&menu_, &ZOptionsMenu::opening, [this] {
+    EXPECT_FALSE(menu_.isVisible());
+    menu_.showItem(11, false);
+  });
+  menu_.openAbove(&window_);
+  EXPECT_TRUE(menu_.isVisible());
+  // The first item that can be taken is the current one; its sub-menu waits.
+  EXPECT_EQ(menu_.activeAction(), menu_.item(7));
+  EXPECT_FALSE(menu_.item(7)->menu()->isVisible());
+  QTest::keyClick(&menu_, Qt::Key_Return);
+  EXPECT_TRUE(menu_.item(7)->menu()->isVisible());
+}
+
 }  // namespace
