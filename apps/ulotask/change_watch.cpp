@@ -7,10 +7,9 @@
 #include <chrono>
 #include <cstring>
 #include <poll.h>
-#include <string_view>
-#include <sys/inotify.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
+#include <utility>
 
 namespace ulotask {
 namespace {
@@ -22,44 +21,21 @@ constexpr std::chrono::milliseconds changeTakes{50};
 }  // namespace
 
 ChangeWatch::ChangeWatch(const std::string& directory, std::string prefix)
-    : prefix_(std::move(prefix)) {
+    : files_(directory, std::move(prefix)) {
   sigset_t ending;
   sigemptyset(&ending);
   sigaddset(&ending, SIGINT);
   sigaddset(&ending, SIGTERM);
   sigprocmask(SIG_BLOCK, &ending, &before_);
   signals_ = signalfd(-1, &ending, SFD_CLOEXEC);
-  // Without it changes are only seen later.
-  files_ = inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
-  if (files_ >= 0)
-    inotify_add_watch(files_, directory.c_str(), IN_MODIFY | IN_CREATE | IN_MOVED_TO);
   if (signals_ < 0)
     throw Failure(Exit::failed, std::string("signals can't be watched: ") + std::strerror(errno));
 }
 
 ChangeWatch::~ChangeWatch() {
-  if (files_ >= 0)
-    close(files_);
   if (signals_ >= 0)
     close(signals_);
   sigprocmask(SIG_SETMASK, &before_, nullptr);
-}
-
-// Takes what the system tells of the directory.
-bool ChangeWatch::sawChange() {
-  alignas(inotify_event) char events[4096];
-  bool changed = false;
-  ssize_t size = 0;
-  while ((size = read(files_, events, sizeof events)) > 0) {
-    for (const char* place = events; place < events + size;) {
-      const auto* event = reinterpret_cast<const inotify_event*>(place);
-      // An overflow names no file.
-      changed = changed || event->len == 0 ||
-                std::string_view(event->name).substr(0, prefix_.size()) == prefix_;
-      place += sizeof(inotify_event) + event->len;
-    }
-  }
-  return changed;
 }
 
 bool ChangeWatch::wait(int other) {
@@ -67,8 +43,10 @@ bool ChangeWatch::wait(int other) {
   const auto end =
       Clock::now() + (changed_ ? changeTakes : std::chrono::milliseconds(longestWait * 1000));
   while (true) {
-    pollfd awaited[] = {
-        {signals_, POLLIN, 0}, {files_, POLLIN, 0}, {STDOUT_FILENO, 0, 0}, {other, POLLIN, 0}};
+    pollfd awaited[] = {{signals_, POLLIN, 0},
+                        {files_.descriptor(), POLLIN, 0},
+                        {STDOUT_FILENO, 0, 0},
+                        {other, POLLIN, 0}};
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
     const int ready = poll(awaited, std::size(awaited), static_cast<int>(std::max<long>(left, 0)));
     if (ready < 0 && errno != EINTR)
@@ -85,7 +63,7 @@ bool ChangeWatch::wait(int other) {
       return false;
     if (ready > 0 && awaited[3].revents != 0)
       return true;
-    changed_ = ready > 0 && awaited[1].revents != 0 && sawChange();
+    changed_ = ready > 0 && awaited[1].revents != 0 && files_.sawChange();
     if (ready == 0 || changed_)
       return true;
   }

@@ -1,6 +1,8 @@
 // Waits for changes of files in a directory.
 #pragma once
 
+#include "directory_watch.h"
+
 #include <csignal>
 #include <string>
 
@@ -27,12 +29,9 @@ public:
   static constexpr int longestWait = 2;
 
 private:
-  bool sawChange();
-
-  std::string prefix_;
+  ulo::DirectoryWatch files_;  // where the system refuses it, changes are seen later
   sigset_t before_{};
   int signals_ = -1;
-  int files_ = -1;
   bool changed_ = false;  // the last answer was that a file is being changed
 };
 

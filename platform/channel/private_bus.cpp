@@ -27,9 +27,11 @@ PrivateBus::PrivateBus(Kind kind) : name_(QStringLiteral("ulo-bus-%1").arg(++mad
   // The D-Bus library itself would remember the first address that it saw in the environment.
   const QString address =
       kind == Kind::session ? sessionAddress() : qEnvironmentVariable("DBUS_SYSTEM_BUS_ADDRESS");
+  // The first question to the D-Bus library starts its thread: without a bus there is none.
+  isNamed_ = kind == Kind::system || !address.isEmpty();
   if (!address.isEmpty())
     connection_ = QDBusConnection::connectToBus(address, name_);
-  else if (kind == Kind::system)
+  else if (isNamed_)
     connection_ = QDBusConnection::connectToBus(QDBusConnection::SystemBus, name_);
 }
 

@@ -6,6 +6,8 @@
 #include "temporary_directory.h"
 
 #include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QElapsedTimer>
 #include <QTimer>
 
@@ -111,6 +113,22 @@ TEST_F(Channel, OneThatWentHearsNothing) {
   EXPECT_TRUE(QCopChannel::send("ULO_A", "one"));
   waitUntil([&] { return !receiver.received.empty(); });
   EXPECT_EQ(receiver.received.size(), 1U);
+}
+
+TEST_F(Channel, NothingOfItStaysOnTheBus) {
+  const QString name = QStringLiteral("channel_test counts");
+  QDBusConnection counting = QDBusConnection::connectToBus(bus_.address(), name);
+  const auto connections = [&] {
+    return counting.interface()->registeredServiceNames().value().size();
+  };
+  const auto before = connections();
+  {
+    const Receiver receiver("ULO_A");
+    EXPECT_TRUE(QCopChannel::send("ULO_A", "one"));
+    EXPECT_GT(connections(), before);
+  }
+  waitUntil([&] { return connections() == before; });
+  QDBusConnection::disconnectFromBus(name);
 }
 
 TEST(ChannelWithoutBus, SendingFailsAndIsLogged) {
