@@ -5,7 +5,6 @@
 #include "change_journal.h"
 #include "vcal_guard.h"
 
-#include "engine_identifier.h"
 #include "fuzz_support.h"
 #include "temporary_directory.h"
 #include "test_clock.h"
@@ -72,7 +71,7 @@ struct House {
   // What was journalled since the last call.
   ulo::NetChanges changes() {
     ulo::NetChanges net;
-    FUZZ_REQUIRE(journal.changesSince(engineIdentifier, seen, net));
+    FUZZ_REQUIRE(journal.changesSince(ZTASK_ENG_Model::identifier, seen, net));
     FUZZ_REQUIRE(!net.incomplete);
     seen = net.lastEntry;
     return net;

@@ -23,11 +23,13 @@ enum TASK_SyncML_Result : int {
 // a string. Each operation gives TASK_SYNCML_OTHERERROR when the store is not open, and the code
 // that a store's failure stands for.
 //
-// Changes that were made are broadcast once, as the message "TASK_ENG_dataChanged" on the channel
-// "ULO_PIM_TASK_ENG_CHANNEL", when the run of a synchronisation ends; changes made outside a run
-// with the end of the next one.
+// Changes that were made are broadcast once, as the message `dataChanged` on `channel`, when the
+// run of a synchronisation ends; changes made outside a run with the end of the next one.
 class ULO_EXPORT TASK_ENG_SyncML : public ZTASK_ENG_Model {
 public:
+  static constexpr char channel[] = "ULO_PIM_TASK_ENG_CHANNEL";
+  static constexpr char dataChanged[] = "TASK_ENG_dataChanged";
+
   TASK_ENG_SyncML();
   ~TASK_ENG_SyncML();
 

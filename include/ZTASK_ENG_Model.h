@@ -34,6 +34,10 @@ enum ZTASK_ENG_Result : int {
 // database is not open.
 class ULO_EXPORT ZTASK_ENG_Model {
 public:
+  // The engine's UUID, as QUuid::toString() writes it: names the engine to the change reporter and
+  // to the application lock.
+  static constexpr char identifier[] = "{9a4cdb74-34ec-415e-ba36-b8c2a35d0071}";
+
   // Which tasks a list shows. Any other value is taken as completed.
   enum TASK_CATEGORY : int {
     TASK_CATEGORY_ALL = 0,

@@ -21,9 +21,6 @@
 
 namespace {
 
-constexpr char channel[] = "ULO_PIM_TASK_ENG_CHANNEL";
-constexpr char dataChanged[] = "TASK_ENG_dataChanged";
-
 constexpr std::size_t chunkSize = 8192;
 
 constexpr char nameIsTaken[] = "the tmp file name is taken by another file!";

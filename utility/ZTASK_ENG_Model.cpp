@@ -3,7 +3,6 @@
 #include "SVC_CT_ChangeReporter.h"
 #include "UTIL_TimeConversion.h"
 #include "clock.h"
-#include "engine_identifier.h"
 #include "log_ports.h"
 #include "module_log.h"
 #include "store_steps.h"
@@ -124,7 +123,7 @@ int ZTASK_ENG_Model::checkTables() {
 // The reporter is taken to have been made: a store without one must not be written to.
 void ZTASK_ENG_Model::report(unsigned int uid, int changeType) {
   SVC_CT_ChangeRecord record;
-  record.source = engineIdentifier;
+  record.source = identifier;
   record.uid = uid;
   record.changeType = changeType;
   reporter_->report(record, reporterHandle_);
@@ -464,10 +463,10 @@ int ZTASK_ENG_Model::removeAll() {
     return changeFailed(ret);
   }
   DB_CommitTransaction();
-  reporter_->beginBatch(engineIdentifier);
+  reporter_->beginBatch(identifier);
   for (const unsigned int uid : uids)
     report(uid, SVC_CT_REMOVED);
-  reporter_->endBatch(engineIdentifier);
+  reporter_->endBatch(identifier);
   return TASK_ENG_OK;
 }
 

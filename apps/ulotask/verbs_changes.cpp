@@ -2,7 +2,6 @@
 #include "change_lines.h"
 #include "change_watch.h"
 #include "data_directory.h"
-#include "engine_identifier.h"
 #include "exit_codes.h"
 #include "session.h"
 #include "task_format.h"
@@ -52,7 +51,7 @@ void changes(Session& session, const ChangesOptions& options) {
   Output& output = session.output;
 
   ulo::NetChanges net;
-  requireJournal(journal.changesSince(engineIdentifier, options.since, net));
+  requireJournal(journal.changesSince(ZTASK_ENG_Model::identifier, options.since, net));
   if (net.incomplete)
     output.notice("the journal doesn't tell all that happened behind entry " +
                   std::to_string(options.since) + ": compare all tasks");

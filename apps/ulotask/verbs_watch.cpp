@@ -1,3 +1,4 @@
+#include "TASK_ENG_SyncML.h"
 #include "broadcast_listener.h"
 #include "change_lines.h"
 #include "change_watch.h"
@@ -14,10 +15,8 @@
 namespace ulotask {
 namespace {
 
-constexpr char engineChannel[] = "ULO_PIM_TASK_ENG_CHANNEL";
-
 struct WatchOptions {
-  std::vector<std::string> channels = {engineChannel};
+  std::vector<std::string> channels = {TASK_ENG_SyncML::channel};
   bool json = false;
 };
 

@@ -14,7 +14,6 @@
 #include "ZTASK_ENG_Model.h"
 #include "ZVtodoParser.h"
 #include "clock.h"
-#include "engine_identifier.h"
 #include "lock_check.h"
 #include "module_log.h"
 #include "tasksMenu.h"
@@ -118,7 +117,8 @@ int appLockCheck() {
     ULO_LOG_ERROR(" SSU_appLockCheck_modelUI failed!\n");
     return 0;
   }
-  const QByteArray application = QUuid(QString::fromLatin1(engineIdentifier)).toString().toLatin1();
+  const QByteArray application =
+      QUuid(QString::fromLatin1(ZTASK_ENG_Model::identifier)).toString().toLatin1();
   const bool granted = check(application.constData(), mode) != 0;
   if (granted)
     ULO_LOG_ERROR("verify successed!\n");
