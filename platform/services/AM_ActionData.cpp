@@ -4,6 +4,11 @@
 #include "launch_table.h"
 #include "temporary_files.h"
 
+bool AM_ActionData::isAvailable() const {
+  const ulo::LaunchTable table = ulo::LaunchTable::ofUser();
+  return table.knows(application_) && table.launch(application_, {}).has_value();
+}
+
 bool AM_ActionData::invoke(bool wait) {
   ulo::TemporaryFiles files;
   files.removeOld();

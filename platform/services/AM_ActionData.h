@@ -18,7 +18,8 @@
 // In Exec, %f stands for the path in the value "Files" and %s for the value "Subject", each one
 // argument whatever is in it; %% for %. No shell is involved. Wait says that the command runs until
 // the user has done with the request. The message composer is known without an entry: it is
-// `xdg-email --utf8 --attach %f`, which does not wait.
+// `xdg-email --utf8 --attach %f`, which does not wait. The synchroniser, which brings the tasks in
+// line with those of other devices when it is started, is there only with an entry.
 //
 // A command has a session of its own, without standard input and output, and lives on when this
 // program ends.
@@ -31,6 +32,8 @@ class ULO_EXPORT AM_ActionData {
 public:
   // The message composer.
   static constexpr char composer[] = "{220072c6-9008-468e-9968-11f3c50fa95e}";
+  // The sync engine.
+  static constexpr char synchroniser[] = "{1e18dc2d-f4f1-4653-bec5-fd4591927127}";
 
   void setOpenAppUuid(const QString& uuid) { application_ = uuid; }
   void setAction(const QString& action) { action_ = action; }
@@ -39,6 +42,11 @@ public:
   [[nodiscard]] QString action() const { return action_; }
   // Null for a name without a value.
   [[nodiscard]] QString value(const QString& name) const { return values_.value(name); }
+
+  // Whether there is such an application: a well-formed entry of the launch table, or one that is
+  // known without. Of a wrong entry the log says why it doesn't count. Whether its program can be
+  // started shows when it is.
+  [[nodiscard]] bool isAvailable() const;
 
   // Starts the application; with `wait`, returns when its command has ended, and until then takes
   // no input in the main thread. False when there is no such application, it can't be started, or,

@@ -7,6 +7,9 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <algorithm>
+#include <iterator>
+
 namespace ulo {
 namespace {
 
@@ -17,6 +20,15 @@ struct KnownApplication {
 };
 constexpr KnownApplication known[] = {
     {AM_ActionData::composer, "xdg-email --utf8 --attach %f", false}};
+
+// Null for none.
+const KnownApplication* knownWithout(const QUuid& uuid) {
+  const auto* const found =
+      std::find_if(std::begin(known), std::end(known), [&](const KnownApplication& entry) {
+        return uuid == QUuid(QString::fromLatin1(entry.uuid));
+      });
+  return found == std::end(known) ? nullptr : found;
+}
 
 // The characters that an escape stands for. Another backslash stands for itself: the quoting of
 // words has a meaning for some.
@@ -160,6 +172,11 @@ LaunchTable LaunchTable::ofUser() {
   return LaunchTable(file.read(largest));
 }
 
+bool LaunchTable::knows(const QString& application) const {
+  const QUuid uuid(application);
+  return groups_.contains(uuid) || knownWithout(uuid) != nullptr;
+}
+
 std::optional<Launch> LaunchTable::launch(const QString& application,
                                           const LaunchValues& values) const {
   QString exec;
@@ -173,16 +190,13 @@ std::optional<Launch> LaunchTable::launch(const QString& application,
     launch.waits = waits == QLatin1String("true");
     exec = group->value(QStringLiteral("Exec"));
   } else {
-    for (const KnownApplication& entry : known) {
-      if (uuid == QUuid(QString::fromLatin1(entry.uuid))) {
-        exec = QString::fromLatin1(entry.exec);
-        launch.waits = entry.waits;
-      }
-    }
-    if (exec.isEmpty()) {
+    const KnownApplication* const entry = knownWithout(uuid);
+    if (entry == nullptr) {
       ULO_LOG_ERROR("There is no application %s", application.toUtf8().constData());
       return {};
     }
+    exec = QString::fromLatin1(entry->exec);
+    launch.waits = entry->waits;
   }
   if (why.isEmpty())
     launch.command = commandOf(exec, values, why);

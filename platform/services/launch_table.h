@@ -33,6 +33,8 @@ public:
   // read.
   static LaunchTable ofUser();
 
+  // Whether the application is in the table or known without it; its entry may be wrong.
+  [[nodiscard]] bool knows(const QString& application) const;
   // None, which is logged with the reason, for an application that is in neither the table nor the
   // ones that are known without it, and for an entry that is wrong.
   [[nodiscard]] std::optional<Launch> launch(const QString& application,

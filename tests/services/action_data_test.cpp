@@ -240,6 +240,19 @@ TEST_F(ActionTest, CommandsAreAloneInTheirSession) {
   }
 }
 
+TEST_F(ActionTest, AnApplicationIsAvailableWithAWellFormedEntryOrKnownWithout) {
+  LogCapture log;
+  EXPECT_FALSE(request("", AM_ActionData::synchroniser).isAvailable());
+  EXPECT_FALSE(AM_ActionData().isAvailable());
+  EXPECT_TRUE(request("", AM_ActionData::composer).isAvailable());
+  EXPECT_EQ(log.text(), "");
+  entry("Exec=/nowhere/sync", AM_ActionData::synchroniser);
+  EXPECT_TRUE(request("", AM_ActionData::synchroniser).isAvailable());
+  entry("Exec=a | b");
+  EXPECT_FALSE(request("").isAvailable());
+  EXPECT_THAT(log.text(), HasSubstr(std::string("entry ") + editor + " is wrong"));
+}
+
 TEST_F(ActionTest, UnknownApplicationsAndMissingProgramsAreLogged) {
   LogCapture log;
   EXPECT_FALSE(request("").invoke(false));
