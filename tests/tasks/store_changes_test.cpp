@@ -1,0 +1,173 @@
+// When the application hears that the store changed.
+
+#include "store_changes.h"
+
+#include "QCopChannel.h"
+#include "TASK_ENG_SyncML.h"
+#include "change_journal.h"
+#include "session_bus.h"
+#include "tasks_test.h"
+#include "ulotask_process.h"
+
+#include <QSignalSpy>
+#include <QThread>
+#include <QTimer>
+
+#include <fstream>
+
+using tasks::StoreChanges;
+
+namespace {
+
+// Lets everything happen that what was done until now brings about: timers fire in the order of
+// their times, and this one's is behind all others.
+void letSettle() {
+  bool settled = false;
+  QTimer::singleShot(3 * StoreChanges::longest, &application(), [&] { settled = true; });
+  EXPECT_TRUE(QTest::qWaitFor([&] { return settled; }, 30'000));
+}
+
+class StoreChangesTest : public Tasks {
+protected:
+  void readEverything() {
+    tasks::Uids uids;
+    EXPECT_EQ(
+        store_.getAllIDs(uids, ZTASK_ENG_Model::TASK_CATEGORY_ALL, ZTASK_ENG_Model::TASK_SORT_DUE),
+        ok);
+    for (const unsigned int uid : uids)
+      stored(uid);
+    QValueList<QString> names;
+    EXPECT_EQ(store_.getAllCategories(names), ok);
+    int count = 0;
+    EXPECT_EQ(store_.getCount(count), ok);
+  }
+  [[nodiscard]] bool hasHeard() const { return heard_.count() > 0; }
+
+  StoreChanges changes_{nullptr};
+  QSignalSpy heard_{&changes_, &StoreChanges::changed};
+};
+
+TEST_F(StoreChangesTest, OwnChangesAreHeardAfterwards) {
+  const unsigned int uid = add("a");
+  EXPECT_EQ(heard_.count(), 0);
+  EXPECT_TRUE(waitFor([this] { return hasHeard(); }));
+  letSettle();
+  heard_.clear();
+  ASSERT_EQ(store_.removeTask(uid), ok);
+  EXPECT_EQ(heard_.count(), 0);
+  EXPECT_TRUE(waitFor([this] { return hasHeard(); }));
+}
+
+TEST_F(StoreChangesTest, ChangesOfAnotherProcessAreHeard) {
+  runUlotask({"add", "a"});
+  EXPECT_TRUE(waitFor([this] { return hasHeard(); }));
+}
+
+TEST_F(StoreChangesTest, CategoriesAreHeardOf) {
+  runUlotask({"category", "rename", "party", "feast"});
+  EXPECT_TRUE(waitFor([this] { return hasHeard(); }));
+  letSettle();
+  heard_.clear();
+  runUlotask({"category", "rm", "feast"});
+  EXPECT_TRUE(waitFor([this] { return hasHeard(); }));
+}
+
+TEST_F(StoreChangesTest, ChangesThatFollowEachOtherAreOne) {
+  for (int i = 0; i < 20; ++i)
+    add("a");
+  EXPECT_TRUE(waitFor([this] { return hasHeard(); }));
+  letSettle();
+  EXPECT_EQ(heard_.count(), 1);
+}
+
+TEST_F(StoreChangesTest, ChangesThatDoNotEndAreHeardAllTheSame) {
+  QTimer writing;
+  QObject::connect(&writing, &QTimer::timeout, &writing, [this] { add("a"); });
+  writing.start(StoreChanges::quiet / 10);
+  EXPECT_TRUE(waitFor([this] { return heard_.count() >= 2; }));
+}
+
+TEST_F(StoreChangesTest, ReadingIsNoChange) {
+  add("a");
+  EXPECT_TRUE(waitFor([this] { return hasHeard(); }));
+  letSettle();
+  heard_.clear();
+  QObject::connect(&changes_, &StoreChanges::changed, &changes_, [this] { readEverything(); });
+  readEverything();
+  runUlotask({"list"});
+  letSettle();
+  EXPECT_EQ(heard_.count(), 0);
+  add("b");
+  EXPECT_TRUE(waitFor([this] { return hasHeard(); }));
+  letSettle();
+  EXPECT_EQ(heard_.count(), 1);
+}
+
+class StoreThatIsClosed : public testing::Test {
+protected:
+  DataDirectory directory_;
+  LogCapture log_;
+};
+
+// Whoever opens a store that nobody has open makes the files beside it anew.
+TEST_F(StoreThatIsClosed, IsNotChangedByOpeningIt) {
+  ZTASK_ENG_Model().getTaskWritePath(*std::make_unique<QString>());
+  StoreChanges changes(nullptr);
+  const QSignalSpy heard(&changes, &StoreChanges::changed);
+  ulo::DirectoryWatch files(directory_.path().string(), "tasks.db");
+  for (int i = 0; i < 3; ++i) {
+    tasks::Uids uids;
+    EXPECT_EQ(ZTASK_ENG_Model().getAllIDs(uids), ok);
+  }
+  EXPECT_TRUE(files.sawChange());
+  letSettle();
+  EXPECT_EQ(heard.count(), 0);
+}
+
+TEST_F(StoreThatIsClosed, ABroadcastIsHeard) {
+  const SessionBus bus;
+  StoreChanges changes(nullptr);
+  QSignalSpy heard(&changes, &StoreChanges::changed);
+  ASSERT_TRUE(QCopChannel::send(TASK_ENG_SyncML::channel, "another message"));
+  ASSERT_TRUE(QCopChannel::send("ANOTHER_CHANNEL", TASK_ENG_SyncML::dataChanged));
+  letSettle();
+  EXPECT_EQ(heard.count(), 0);
+  ASSERT_TRUE(QCopChannel::send(TASK_ENG_SyncML::channel, TASK_ENG_SyncML::dataChanged));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return heard.count() > 0; }, 30'000));
+}
+
+// The files are elsewhere, where nobody watches, as on a file system that tells nothing.
+TEST_F(StoreThatIsClosed, WhatTheSystemDoesNotTellIsSeenInTime) {
+  const TemporaryDirectory elsewhere;
+  ulo::ChangeJournal journal(elsewhere.path().string());
+  ASSERT_TRUE(journal.append({ulo::Change{}}));
+  std::filesystem::create_symlink(elsewhere.path() / "changes.db",
+                                  directory_.path() / "changes.db");
+  std::ofstream(elsewhere.path() / "tasks.db") << "a";
+  std::filesystem::create_symlink(elsewhere.path() / "tasks.db", directory_.path() / "tasks.db");
+
+  StoreChanges changes(nullptr);
+  QSignalSpy heard(&changes, &StoreChanges::changed);
+  ASSERT_TRUE(journal.append({ulo::Change{}}));
+  EXPECT_TRUE(QTest::qWaitFor([&] { return heard.count() > 0; }, 30'000));
+  heard.clear();
+  std::ofstream(elsewhere.path() / "tasks.db") << "ab";
+  EXPECT_TRUE(QTest::qWaitFor([&] { return heard.count() > 0; }, 30'000));
+}
+
+TEST_F(StoreThatIsClosed, WhereTheJournalCannotBeReadItsFilesSayEnough) {
+  const auto damage = [this] {
+    std::ofstream(directory_.path() / "changes.db", std::ios::app) << std::string(8192, 'x');
+  };
+  damage();
+  StoreChanges changes(nullptr);
+  const QSignalSpy heard(&changes, &StoreChanges::changed);
+  letSettle();
+  EXPECT_EQ(heard.count(), 0);
+  damage();
+  EXPECT_TRUE(QTest::qWaitFor([&] { return heard.count() > 0; }, 30'000));
+  letSettle();
+  EXPECT_EQ(heard.count(), 1);
+}
+
+}  // namespace
