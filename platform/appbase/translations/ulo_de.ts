@@ -411,5 +411,13 @@ Leeren Sie die Suchzeile und wählen Sie alle Kategorien, um mehr zu sehen.</tra
         <source>Nothing was sent: there is no room for a copy to send.</source>
         <translation>Nichts wurde gesendet: Für die Kopie zum Senden ist kein Platz.</translation>
     </message>
+    <message id="TXT_RID_STANDARD_TASKS">
+        <source>Tasks</source>
+        <translation>Aufgaben</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_OPEN">
+        <source>Open</source>
+        <translation>Öffnen</translation>
+    </message>
 </context>
 </TS>

@@ -411,5 +411,13 @@ Empty the search line and choose all categories to see more.</source>
         <source>Nothing was sent: there is no room for a copy to send.</source>
         <translation>未发送：没有空间存放要发送的副本。</translation>
     </message>
+    <message id="TXT_RID_STANDARD_TASKS">
+        <source>Tasks</source>
+        <translation>任务</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_OPEN">
+        <source>Open</source>
+        <translation>打开</translation>
+    </message>
 </context>
 </TS>
