@@ -21,9 +21,9 @@ namespace {
 
 // Lets everything happen that what was done until now brings about: timers fire in the order of
 // their times, and this one's is behind all others.
-void letSettle() {
+void letSettle(std::chrono::milliseconds time = 3 * StoreChanges::longest) {
   bool settled = false;
-  QTimer::singleShot(3 * StoreChanges::longest, &application(), [&] { settled = true; });
+  QTimer::singleShot(time, &application(), [&] { settled = true; });
   EXPECT_TRUE(QTest::qWaitFor([&] { return settled; }, 30'000));
 }
 
@@ -78,6 +78,18 @@ TEST_F(StoreChangesTest, ChangesThatFollowEachOtherAreOne) {
   EXPECT_TRUE(waitFor([this] { return hasHeard(); }));
   letSettle();
   EXPECT_EQ(heard_.count(), 1);
+}
+
+TEST_F(StoreChangesTest, ChangesAreGathered) {
+  ulo::ChangeJournal journal(directory_.path().string());
+  constexpr int many = 20;
+  for (int i = 0; i < many; ++i) {
+    ASSERT_TRUE(journal.append({ulo::Change{}}));
+    QCoreApplication::processEvents();
+  }
+  EXPECT_TRUE(waitFor([this] { return hasHeard(); }));
+  letSettle();
+  EXPECT_LT(heard_.count(), many / 2);
 }
 
 TEST_F(StoreChangesTest, ChangesThatDoNotEndAreHeardAllTheSame) {
@@ -166,7 +178,7 @@ TEST_F(StoreThatIsClosed, WhereTheJournalCannotBeReadItsFilesSayEnough) {
   EXPECT_EQ(heard.count(), 0);
   damage();
   EXPECT_TRUE(QTest::qWaitFor([&] { return heard.count() > 0; }, 30'000));
-  letSettle();
+  letSettle(StoreChanges::interval * 3 / 2);
   EXPECT_EQ(heard.count(), 1);
 }
 
