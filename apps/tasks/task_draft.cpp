@@ -1,6 +1,7 @@
 #include "task_draft.h"
 
 #include "foreign_text.h"
+#include "local_time.h"
 #include "stored_tasks.h"
 #include "task_texts.h"
 
@@ -26,12 +27,6 @@ QString limited(QString text, qsizetype units) {
 std::optional<QDateTime> dateOf(const Task& task, Task::TASK_FIELD_T field) {
   const QDateTime stored = task.getDateTime(field);
   return isDate(stored) ? std::optional(stored.toLocalTime()) : std::nullopt;
-}
-
-// The time of day on another day; the day's first moment where clocks leave that time out.
-QDateTime moved(const QDateTime& dateTime, const QDate& day) {
-  const QDateTime there(day, dateTime.time());
-  return there.isValid() ? there : day.startOfDay();
 }
 
 // What the store does to the end date of a task that it updates, it leaves to whoever adds one.
@@ -75,7 +70,7 @@ void TaskDraft::setDue(const std::optional<QDate>& day) {
   const std::optional<QDateTime> before = dateOf(original_, Task::TASK_FIELD_DUE);
   QDateTime due = Task::noDate();
   if (day)
-    due = before ? moved(*before, *day) : day->startOfDay();
+    due = before ? atTime(*day, before->time()) : day->startOfDay();
   // The same day is the same moment, also in an hour that clocks show twice.
   if (day && before && before->date() == *day)
     due = original_.getDateTime(Task::TASK_FIELD_DUE);

@@ -127,6 +127,74 @@
         <source>Notes:</source>
         <translation>Notizen:</translation>
     </message>
+    <message id="TXT_RID_LABEL_FORMITEM_CATEGORY">
+        <source>Category:</source>
+        <translation>Kategorie:</translation>
+    </message>
+    <message id="TXT_RID_LABEL_FORMITEM_ALARM">
+        <source>Alarm:</source>
+        <translation>Alarm:</translation>
+    </message>
+    <message id="TXT_RID_HEADER_NEW_TASK">
+        <source>New Task</source>
+        <translation>Neue Aufgabe</translation>
+    </message>
+    <message id="TXT_RID_HEADER_EDIT_TASK">
+        <source>Edit Task</source>
+        <translation>Aufgabe bearbeiten</translation>
+    </message>
+    <message id="TXT_RID_HEADER_DUE_DATE">
+        <source>Due Date</source>
+        <translation>Fälligkeit</translation>
+    </message>
+    <message id="TXT_RID_HEADER_ALARM">
+        <source>Alarm</source>
+        <translation>Alarm</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_NO_ALARM">
+        <source>No Alarm</source>
+        <translation>Kein Alarm</translation>
+    </message>
+    <message id="TXT_RID_LABEL_TIME">
+        <source>Time</source>
+        <translation>Uhrzeit</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_NEW_CATEGORY">
+        <source>New Category…</source>
+        <translation>Neue Kategorie…</translation>
+    </message>
+    <message id="TXT_RID_HEADER_NEW_CATEGORY">
+        <source>New Category</source>
+        <translation>Neue Kategorie</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_CATEGORY_NAME">
+        <source>Name of the category:</source>
+        <translation>Name der Kategorie:</translation>
+    </message>
+    <message id="FMT_RID_LABEL_CHARACTERS_LEFT_1">
+        <source>Characters left: %1</source>
+        <translation>Noch %1 Zeichen</translation>
+    </message>
+    <message id="TXT_RID_SOFTKEY_SAVE">
+        <source>Save</source>
+        <translation>Speichern</translation>
+    </message>
+    <message id="TXT_RID_OPTION_CANCEL_EDIT">
+        <source>Cancel Edit</source>
+        <translation>Bearbeiten abbrechen</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_DISCARD_CHANGES">
+        <source>Discard the changes?</source>
+        <translation>Änderungen verwerfen?</translation>
+    </message>
+    <message id="TXT_RID_HEADER_NOT_SAVED">
+        <source>Not Saved</source>
+        <translation>Nicht gespeichert</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_TASK_NOT_SAVED">
+        <source>The task could not be saved.</source>
+        <translation>Die Aufgabe konnte nicht gespeichert werden.</translation>
+    </message>
     <message id="TXT_RID_OPTION_EDIT">
         <source>Edit</source>
         <translation>Bearbeiten</translation>

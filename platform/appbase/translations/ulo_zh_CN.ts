@@ -127,6 +127,74 @@
         <source>Notes:</source>
         <translation>备注：</translation>
     </message>
+    <message id="TXT_RID_LABEL_FORMITEM_CATEGORY">
+        <source>Category:</source>
+        <translation>类别：</translation>
+    </message>
+    <message id="TXT_RID_LABEL_FORMITEM_ALARM">
+        <source>Alarm:</source>
+        <translation>提醒：</translation>
+    </message>
+    <message id="TXT_RID_HEADER_NEW_TASK">
+        <source>New Task</source>
+        <translation>新建任务</translation>
+    </message>
+    <message id="TXT_RID_HEADER_EDIT_TASK">
+        <source>Edit Task</source>
+        <translation>编辑任务</translation>
+    </message>
+    <message id="TXT_RID_HEADER_DUE_DATE">
+        <source>Due Date</source>
+        <translation>到期日</translation>
+    </message>
+    <message id="TXT_RID_HEADER_ALARM">
+        <source>Alarm</source>
+        <translation>提醒</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_NO_ALARM">
+        <source>No Alarm</source>
+        <translation>无提醒</translation>
+    </message>
+    <message id="TXT_RID_LABEL_TIME">
+        <source>Time</source>
+        <translation>时间</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_NEW_CATEGORY">
+        <source>New Category…</source>
+        <translation>新建类别…</translation>
+    </message>
+    <message id="TXT_RID_HEADER_NEW_CATEGORY">
+        <source>New Category</source>
+        <translation>新建类别</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_CATEGORY_NAME">
+        <source>Name of the category:</source>
+        <translation>类别名称：</translation>
+    </message>
+    <message id="FMT_RID_LABEL_CHARACTERS_LEFT_1">
+        <source>Characters left: %1</source>
+        <translation>还可输入 %1 个字符</translation>
+    </message>
+    <message id="TXT_RID_SOFTKEY_SAVE">
+        <source>Save</source>
+        <translation>保存</translation>
+    </message>
+    <message id="TXT_RID_OPTION_CANCEL_EDIT">
+        <source>Cancel Edit</source>
+        <translation>取消编辑</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_DISCARD_CHANGES">
+        <source>Discard the changes?</source>
+        <translation>放弃更改吗？</translation>
+    </message>
+    <message id="TXT_RID_HEADER_NOT_SAVED">
+        <source>Not Saved</source>
+        <translation>未保存</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_TASK_NOT_SAVED">
+        <source>The task could not be saved.</source>
+        <translation>无法保存任务。</translation>
+    </message>
     <message id="TXT_RID_OPTION_EDIT">
         <source>Edit</source>
         <translation>编辑</translation>

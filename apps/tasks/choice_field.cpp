@@ -1,0 +1,90 @@
+#include "choice_field.h"
+
+#include "RES_ICON_Reader.h"
+#include "field_look.h"
+#include "look.h"
+#include "texts.h"
+
+#include <QKeyEvent>
+#include <QStylePainter>
+#include <QStyledItemDelegate>
+
+namespace tasks {
+
+ChoiceField::ChoiceField(QWidget* parent) : QComboBox(parent) {
+  setMinimumHeight(ulo::touchHeight(this));
+  setIconSize(QSize(ulo::iconSize(this), ulo::iconSize(this)));
+  setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+  setSizeAdjustPolicy(AdjustToMinimumContentsLengthWithIcon);
+  // The rows of the list take their height from the style sheet.
+  setItemDelegate(new QStyledItemDelegate(this));
+}
+
+// Longer choices are elided.
+QSize ChoiceField::minimumSizeHint() const {
+  return {2 * ulo::touchHeight(this), ulo::touchHeight(this)};
+}
+
+void ChoiceField::keyPressEvent(QKeyEvent* event) {
+  const bool plain = (event->modifiers() & ~Qt::KeypadModifier) == Qt::NoModifier;
+  switch (plain ? event->key() : Qt::Key_unknown) {
+  case Qt::Key_Up:
+  case Qt::Key_Down:
+    focusNextPrevChild(event->key() == Qt::Key_Down);
+    break;
+  case Qt::Key_Return:
+  case Qt::Key_Enter:
+  case Qt::Key_Select:
+    showPopup();
+    break;
+  default:
+    QComboBox::keyPressEvent(event);
+  }
+}
+
+void ChoiceField::wheelEvent(QWheelEvent* event) {
+  event->ignore();
+}
+
+void ChoiceField::paintEvent(QPaintEvent*) {
+  QStylePainter painter(this);
+  QStyleOptionComboBox option;
+  initStyleOption(&option);
+  painter.drawComplexControl(QStyle::CC_ComboBox, option);
+  int room = style()
+                 ->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, this)
+                 .width();
+  if (!option.currentIcon.isNull())
+    room -= option.iconSize.width() + ulo::gap(this);
+  option.currentText = option.fontMetrics.elidedText(option.currentText, Qt::ElideRight, room);
+  painter.drawControl(QStyle::CE_ComboBoxLabel, option);
+  const QRect arrow =
+      style()->subControlRect(QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxArrow, this);
+  drawArrow(painter, arrow, Qt::DownArrow, this);
+}
+
+namespace {
+
+void add(ChoiceField& field, int code, const QString& text, const char* state) {
+  const QString icon = QStringLiteral("todo_task_%1_small.gif").arg(QLatin1String(state));
+  field.addItem(RES_ICON_Reader::getIcon(icon, true), text, code);
+}
+
+}  // namespace
+
+ChoiceField* newStatusField(QWidget* parent) {
+  auto* field = new ChoiceField(parent);
+  add(*field, 1, ulo::text("TXT_RID_STANDARD_INCOMPLETE", "Incomplete"), "incomplete");
+  add(*field, 0, ulo::text("TXT_RID_STANDARD_COMPLETED", "Completed"), "complete");
+  return field;
+}
+
+ChoiceField* newPriorityField(QWidget* parent) {
+  auto* field = new ChoiceField(parent);
+  add(*field, 1, ulo::text("TXT_RID_SETTING_B_HIGH", "High"), "hi_pri");
+  add(*field, 5, ulo::text("TXT_RID_SETTING_B_NORMAL", "Normal"), "normal_pri");
+  add(*field, 9, ulo::text("TXT_RID_SETTING_B_LOW", "Low"), "lo_pri");
+  return field;
+}
+
+}  // namespace tasks
