@@ -8,6 +8,7 @@
 #include "date_field.h"
 #include "form_rows.h"
 #include "line_field.h"
+#include "messages.h"
 #include "modal.h"
 #include "note_field.h"
 #include "tasksMenu.h"
@@ -138,7 +139,7 @@ bool FormScreen::save() {
   QGuiApplication::inputMethod()->commit();
   const int code = draft_.save(*engine());
   if (code != TASK_ENG_OK)
-    tellFailure(code);
+    tellNotStored(code, this);
   return code == TASK_ENG_OK;
 }
 
@@ -167,21 +168,6 @@ bool FormScreen::mayDiscard() {
       cancelText(), ulo::text("TXT_RID_INSTRUCTIONALTXT_DISCARD_CHANGES", "Discard the changes?"),
       ZMessageDlg::question, this));
   return question.accepted();
-}
-
-void FormScreen::tellFailure(int code) {
-  const bool full = code == TASK_ENG_MEMORY_FULL;
-  const QString title = full ? ulo::text("TXT_RID_HEADER_MEMORY_FULL", "Memory Full")
-                             : ulo::text("TXT_RID_HEADER_NOT_SAVED", "Not Saved");
-  const QString words =
-      full ? ulo::text("TXT_RID_INSTRUCTIONALTXT_TASK_CANNOT_BE_CREATED_PHONE_MEMORY_IS_FULL_"
-                       "PLEASE_DELETE_SOME_FILES_TO_CREATE_SPACE_IN_MEMORY",
-                       "Task cannot be created because phone memory is full. Please delete some "
-                       "files to create space in memory.")
-           : ulo::text("TXT_RID_INSTRUCTIONALTXT_TASK_NOT_SAVED", "The task could not be saved.");
-  Modal<ZMessageDlg> message(new ZMessageDlg(title, words, ZMessageDlg::message, this));
-  message->setTitleIcon(RES_ICON_Reader::getIcon(QStringLiteral("alert_pop.gif"), true));
-  static_cast<void>(message.accepted());
 }
 
 void FormScreen::keyPressEvent(QKeyEvent* event) {

@@ -43,7 +43,6 @@ private:
   void followFields();
   void addKeys();
   void leave();
-  void tellFailure(int code);
   [[nodiscard]] bool mayDiscard();
 
   TaskDraft draft_;

@@ -8,6 +8,7 @@
 #include "look.h"
 #include "notice_bar.h"
 #include "share_task.h"
+#include "synchroniser.h"
 #include "task_list_view.h"
 #include "task_texts.h"
 #include "tasksMenu.h"
@@ -194,6 +195,8 @@ void ListScreen::updateMenu() {
   menu_->enableItem(itemDelete, count > 0);
   menu_->enableItem(itemSelectMultiple, any);
   menu_->enableItem(itemSortBy, any);
+  menu_->enableItem(itemSynchronize, Synchroniser::isSetUp(),
+                    ulo::text("TXT_RID_STANDARD_NO_SYNC_PARTNER", "No sync partner set up"));
   for (const ViewTitle& title : viewTitles)
     menu_->checkItem(title.menuItem, title.view == model_.order().view);
   menu_->checkItem(itemSortDue, model_.order().sort == ZTASK_ENG_Model::TASK_SORT_DUE);
@@ -312,12 +315,8 @@ void ListScreen::checkTask(int row) {
     model_.setChosen(row, !model_.index(row).data(TaskListModel::ChosenRole).toBool());
     return;
   }
-  Task task;
-  int code = store_.getTask(uid, task);
-  if (code == TASK_ENG_OK) {
-    task.setStatus(task.getStatus() == 0 ? 1 : 0);
-    code = replaceTask(store_, task);
-  }
+  const bool wasCompleted = model_.index(row).data(TaskListModel::CompletedRole).toBool();
+  const int code = setCompleted(store_, uid, !wasCompleted);
   if (code != TASK_ENG_OK && code != TASK_ENG_NOT_FOUND)
     tell(ulo::text("TXT_RID_INSTRUCTIONALTXT_TASK_NOT_SAVED", "The task could not be saved."));
   refresh();
@@ -345,7 +344,12 @@ void ListScreen::shareByMessage() {
     shareTask(store_, task, ShareBy::message);
 }
 
-void ListScreen::synchronize() {}
+void ListScreen::synchronize() {
+  tell(Synchroniser::start()
+           ? ulo::text("TXT_RID_STANDARD_SYNCHRONIZING", "Synchronizing\xe2\x80\xa6")
+           : ulo::text("TXT_RID_INSTRUCTIONALTXT_SYNCHRONIZING_FAILED",
+                       "The synchronization could not be started."));
+}
 
 void ListScreen::setChoosing(bool choosing) {
   choosing_ = choosing;

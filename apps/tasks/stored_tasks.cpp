@@ -52,4 +52,13 @@ int replaceTask(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task) {
   return store.updateTask(task);
 }
 
+int setCompleted(ZTASK_ENG_Model& store, unsigned int uid, bool completed) {
+  ZTASK_ENG_Task task;
+  const int code = store.getTask(uid, task);
+  if (code != TASK_ENG_OK)
+    return code;
+  task.setStatus(completed ? 0 : 1);
+  return replaceTask(store, task);
+}
+
 }  // namespace tasks

@@ -32,4 +32,7 @@ int readPage(ZTASK_ENG_Model& store, const Uids& uids, unsigned int from, int co
 // not stored.
 int replaceTask(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task);
 
+// Checks a task off, or takes that back. A code of getTask or of replaceTask.
+int setCompleted(ZTASK_ENG_Model& store, unsigned int uid, bool completed);
+
 }  // namespace tasks

@@ -3,12 +3,15 @@
 #include "RES_ICON_Reader.h"
 #include "TASK_UI_DetailView.h"
 #include "ZApplication.h"
+#include "form_screen.h"
+#include "import.h"
 #include "list_screen.h"
-#include "stored_tasks.h"
+#include "messages.h"
 
 #include <QCloseEvent>
 #include <QDragEnterEvent>
 #include <QMimeData>
+#include <QTimer>
 
 namespace tasks {
 
@@ -35,12 +38,18 @@ QStringList localFiles(const QMimeData& data) {
 
 }  // namespace
 
-TaskWindow::TaskWindow(ZTASK_ENG_Model& store) : store_(store), list_(new ListScreen(store)) {
+TaskWindow::TaskWindow(ZTASK_ENG_Model& store)
+    : store_(store), changes_(this), alarms_(store, this), list_(new ListScreen(store)) {
   setAcceptDrops(true);
   follow(*list_);
   addWidget(list_);
   setWindowTitle(list_->windowTitle());
   connect(list_, &ListScreen::exitAsked, this, &QWidget::close);
+  connect(&changes_, &StoreChanges::changed, list_, &ListScreen::refresh);
+  connect(&changes_, &StoreChanges::changed, &alarms_, &Alarms::look);
+  connect(&alarms_, &Alarms::opened, this, &TaskWindow::openTask);
+  // Once the list is seen.
+  QTimer::singleShot(0, &alarms_, &Alarms::look);
   if (const auto* application = qobject_cast<ZApplication*>(qApp))
     connect(application, &ZApplication::askReturnToIdle, this, &QWidget::close);
 }
@@ -106,11 +115,44 @@ View* TaskWindow::makeDetailView(ZTASK_ENG_Task& task) {
   return screen;
 }
 
-View* TaskWindow::makeForm(View::TASK_VIEW_TYPE, const ZTASK_ENG_Task*) {
-  return list_;
+View* TaskWindow::makeForm(View::TASK_VIEW_TYPE from, const ZTASK_ENG_Task* task) {
+  auto* screen = new FormScreen(this);
+  screen->setEngine(&store_);
+  screen->openTask(task, from);
+  follow(*screen);
+  return screen;
 }
-void TaskWindow::import(const QStringList&) {}
-void TaskWindow::openTask(unsigned int) {}
+
+// Null where nothing is being edited.
+FormScreen* TaskWindow::form() const {
+  const auto found = screens_.find(View::TASK_FORM_VIEW);
+  return found == screens_.end() ? nullptr : static_cast<FormScreen*>(found->second);
+}
+
+void TaskWindow::openTask(unsigned int uid) {
+  ZTASK_ENG_Task task;
+  if (store_.getTask(uid, task) != TASK_ENG_OK || (form() != nullptr && !form()->save()))
+    return;
+  // What was saved just now may be this task.
+  static_cast<void>(store_.getTask(uid, task));
+  showScreen(View::TASK_DETAIL_VIEW, makeDetailView(task));
+  disposeView(View::TASK_FORM_VIEW);
+  showNormal();
+  raise();
+  activateWindow();
+}
+
+void TaskWindow::import(const QStringList& paths) {
+  if (paths.isEmpty())
+    return;
+  const ImportResult result = importFiles(store_, paths);
+  list_->refresh();
+  if (result.imported > 0)
+    list_->goTo(result.lastUid);
+  list_->tell(importText(result));
+  if (result.storeFull)
+    tellNotStored(TASK_ENG_MEMORY_FULL, this);
+}
 
 void TaskWindow::dragEnterEvent(QDragEnterEvent* event) {
   if (!localFiles(*event->mimeData()).isEmpty())
@@ -122,7 +164,12 @@ void TaskWindow::dropEvent(QDropEvent* event) {
   event->acceptProposedAction();
 }
 
+// What was typed is kept; the window stays where it can't be.
 void TaskWindow::closeEvent(QCloseEvent* event) {
+  if (form() != nullptr && !form()->save()) {
+    event->ignore();
+    return;
+  }
   hide();
   list_->finish();
   event->accept();

@@ -2,6 +2,8 @@
 #pragma once
 
 #include "TASK_UI_View.h"
+#include "alarms.h"
+#include "store_changes.h"
 
 #include <QStackedWidget>
 
@@ -9,6 +11,7 @@
 
 namespace tasks {
 
+class FormScreen;
 class ListScreen;
 
 // Screens ask for each other by their signals. The list is always there; the others come when they
@@ -19,11 +22,10 @@ class TaskWindow : public QStackedWidget {
 public:
   explicit TaskWindow(ZTASK_ENG_Model& store);
 
-  // Shows a stored task; nothing for one that isn't stored.
+  // Shows a stored task, once what is being edited is saved; nothing for one that isn't stored.
   void openTask(unsigned int uid);
-  // Stores the to-dos of calendar files and tells of it.
+  // Stores the to-dos of calendar files and tells of it; nothing without files.
   void import(const QStringList& paths);
-  [[nodiscard]] ListScreen& list() { return *list_; }
 
 protected:
   void closeEvent(QCloseEvent* event) override;
@@ -40,8 +42,11 @@ private:
   TASK_UI_View* makeDetailView(ZTASK_ENG_Task& task);
   TASK_UI_View* makeForm(TASK_UI_View::TASK_VIEW_TYPE from, const ZTASK_ENG_Task* task);
   void showScreen(TASK_UI_View::TASK_VIEW_TYPE type, TASK_UI_View* screen);
+  [[nodiscard]] FormScreen* form() const;
 
   ZTASK_ENG_Model& store_;
+  StoreChanges changes_;
+  Alarms alarms_;
   ListScreen* list_;
   // All but the list.
   std::map<TASK_UI_View::TASK_VIEW_TYPE, TASK_UI_View*> screens_;

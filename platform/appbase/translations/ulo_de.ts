@@ -239,6 +239,34 @@
         <source>Task deleted</source>
         <translation>Aufgabe gelöscht</translation>
     </message>
+    <message id="TXT_RID_STANDARD_TASK_IMPORTED">
+        <source>Task imported.</source>
+        <translation>Aufgabe übernommen.</translation>
+    </message>
+    <message id="FMT_RID_STANDARD_1_TASKS_IMPORTED">
+        <source>%1 tasks imported.</source>
+        <translation>%1 Aufgaben übernommen.</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_NOT_ALL_IMPORTED">
+        <source>Not all tasks could be imported.</source>
+        <translation>Nicht alle Aufgaben konnten übernommen werden.</translation>
+    </message>
+    <message id="FMT_RID_INSTRUCTIONALTXT_NO_TASK_IN_1">
+        <source>There is no task in %1.</source>
+        <translation>In %1 ist keine Aufgabe.</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_SYNCHRONIZING">
+        <source>Synchronizing…</source>
+        <translation>Abgleich läuft…</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_SYNCHRONIZING_FAILED">
+        <source>The synchronization could not be started.</source>
+        <translation>Der Abgleich konnte nicht gestartet werden.</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_NO_SYNC_PARTNER">
+        <source>No sync partner set up</source>
+        <translation>Kein Partner eingerichtet</translation>
+    </message>
     <message id="FMT_RID_STANDARD_1_TASKS_DELETED">
         <source>%1 tasks deleted</source>
         <translation>%1 Aufgaben gelöscht</translation>

@@ -239,6 +239,34 @@
         <source>Task deleted</source>
         <translation>任务已删除</translation>
     </message>
+    <message id="TXT_RID_STANDARD_TASK_IMPORTED">
+        <source>Task imported.</source>
+        <translation>已导入任务。</translation>
+    </message>
+    <message id="FMT_RID_STANDARD_1_TASKS_IMPORTED">
+        <source>%1 tasks imported.</source>
+        <translation>已导入 %1 个任务。</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_NOT_ALL_IMPORTED">
+        <source>Not all tasks could be imported.</source>
+        <translation>部分任务无法导入。</translation>
+    </message>
+    <message id="FMT_RID_INSTRUCTIONALTXT_NO_TASK_IN_1">
+        <source>There is no task in %1.</source>
+        <translation>%1 中没有任务。</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_SYNCHRONIZING">
+        <source>Synchronizing…</source>
+        <translation>正在同步…</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_SYNCHRONIZING_FAILED">
+        <source>The synchronization could not be started.</source>
+        <translation>无法开始同步。</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_NO_SYNC_PARTNER">
+        <source>No sync partner set up</source>
+        <translation>未设置同步伙伴</translation>
+    </message>
     <message id="FMT_RID_STANDARD_1_TASKS_DELETED">
         <source>%1 tasks deleted</source>
         <translation>已删除 %1 个任务</translation>

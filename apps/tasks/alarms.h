@@ -1,0 +1,39 @@
+// Alarms of tasks, as notifications.
+#pragma once
+
+#include "alarm_clock.h"
+#include "alarm_notifications.h"
+
+#include <QObject>
+
+#include <unordered_set>
+
+namespace tasks {
+
+// While it lives, an alarm that comes is shown, and taken away again when its task is completed or
+// gone.
+class Alarms : public QObject {
+  Q_OBJECT
+
+public:
+  Alarms(ZTASK_ENG_Model& store, QObject* parent);
+
+public Q_SLOTS:
+  // Looks at what changed in the store; the first time at everything.
+  void look();
+
+Q_SIGNALS:
+  // The user wants to see the task.
+  void opened(unsigned int uid);
+
+private:
+  void show(const ZTASK_ENG_Task& task);
+  void complete(unsigned int uid);
+
+  ZTASK_ENG_Model& store_;
+  AlarmClock clock_;
+  AlarmNotifications notifications_;
+  std::unordered_set<unsigned int> told_;
+};
+
+}  // namespace tasks

@@ -1,0 +1,53 @@
+#include "messages.h"
+
+#include "RES_ICON_Reader.h"
+#include "ZMessageDlg.h"
+#include "ZTASK_ENG_Model.h"
+#include "foreign_text.h"
+#include "import.h"
+#include "modal.h"
+#include "texts.h"
+
+#include <QFileInfo>
+
+namespace tasks {
+
+void tellNotStored(int code, QWidget* parent) {
+  const bool full = code == TASK_ENG_MEMORY_FULL;
+  const QString title = full ? ulo::text("TXT_RID_HEADER_MEMORY_FULL", "Memory Full")
+                             : ulo::text("TXT_RID_HEADER_NOT_SAVED", "Not Saved");
+  const QString words =
+      full ? ulo::text("TXT_RID_INSTRUCTIONALTXT_TASK_CANNOT_BE_CREATED_PHONE_MEMORY_IS_FULL_"
+                       "PLEASE_DELETE_SOME_FILES_TO_CREATE_SPACE_IN_MEMORY",
+                       "Task cannot be created because phone memory is full. Please delete some "
+                       "files to create space in memory.")
+           : ulo::text("TXT_RID_INSTRUCTIONALTXT_TASK_NOT_SAVED", "The task could not be saved.");
+  Modal<ZMessageDlg> message(new ZMessageDlg(title, words, ZMessageDlg::message, parent));
+  message->setTitleIcon(RES_ICON_Reader::getIcon(QStringLiteral("alert_pop.gif"), true));
+  static_cast<void>(message.accepted());
+}
+
+QString importText(const ImportResult& result) {
+  constexpr qsizetype nameLimit = 40;  // characters of a file's name
+  QStringList parts;
+  if (result.imported == 1)
+    parts.append(ulo::text("TXT_RID_STANDARD_TASK_IMPORTED", "Task imported."));
+  else if (result.imported > 1)
+    parts.append(
+        ulo::text("FMT_RID_STANDARD_1_TASKS_IMPORTED", "%1 tasks imported.").arg(result.imported));
+  if (result.failed)
+    parts.append(
+        ulo::text("TXT_RID_INSTRUCTIONALTXT_NOT_ALL_IMPORTED", "Not all tasks could be imported."));
+  for (const QString& path : result.unread)
+    parts.append(ulo::text("FMT_RID_INSTRUCTIONALTXT_NO_TASK_IN_1", "There is no task in %1.")
+                     .arg(ulo::oneLine(QFileInfo(path).fileName(), nameLimit)));
+  // More than two lines of names say less.
+  constexpr qsizetype mostParts = 3;
+  if (parts.size() > mostParts) {
+    parts.resize(mostParts);
+    parts.append(QStringLiteral("\u2026"));
+  }
+  return parts.join(u' ');
+}
+
+}  // namespace tasks

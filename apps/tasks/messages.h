@@ -1,0 +1,19 @@
+// What the application says of what it did or could not do.
+#pragma once
+
+#include <QString>
+
+class QWidget;
+
+namespace tasks {
+
+struct ImportResult;
+
+// Tells, in a dialog, that the store did not take a task, and returns when the user has seen it.
+// The code is the store's.
+void tellNotStored(int code, QWidget* parent);
+
+// How many tasks came from files, and from which file none.
+[[nodiscard]] QString importText(const ImportResult& result);
+
+}  // namespace tasks
