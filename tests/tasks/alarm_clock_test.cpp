@@ -90,9 +90,9 @@ TEST_F(AlarmClockTest, AnAlarmIsToldOnceWhenItComes) {
 }
 
 TEST_F(AlarmClockTest, NothingIsToldWhileItLooks) {
+  addAlarm("a", at(11));
   Instance instance(*this);
   instance.look();
-  addAlarm("a", at(11));
   now_ = at(11);
   instance.clock.look();
   EXPECT_THAT(instance.told, IsEmpty());

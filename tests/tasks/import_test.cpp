@@ -2,12 +2,15 @@
 
 #include "import.h"
 
+#include "descriptor.h"
 #include "tasks_test.h"
 
 #include <fstream>
 #include <thread>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using tasks::importFiles;
 using tasks::ImportResult;
@@ -78,6 +81,12 @@ TEST_F(Import, FilesWithoutToDosAreNamed) {
   const QString directory = QString::fromStdString(files_.path().string());
   const QString pipe = directory + "/pipe";
   ASSERT_EQ(mkfifo(qPrintable(pipe), 0600), 0);
+  // A text stands ready in it.
+  const ulo::Descriptor reader(open(qPrintable(pipe), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  const std::string text = calendar(todo("b"));
+  ASSERT_EQ(write(ulo::Descriptor(open(qPrintable(pipe), O_WRONLY | O_CLOEXEC)).get(), text.data(),
+                  text.size()),
+            static_cast<ssize_t>(text.size()));
   const QStringList unread = {directory + "/missing",
                               directory,
                               pipe,
