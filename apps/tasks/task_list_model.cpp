@@ -60,7 +60,7 @@ void TaskListModel::setHidden(std::unordered_set<unsigned int> uids) {
   hidden_ = std::move(uids);
   if (filter_.isSet()) {
     // What is hidden goes at once, what comes back is found anew.
-    Listing listing = std::move(shown_);
+    Listing listing = shown_;
     std::erase_if(listing.places,
                   [&](unsigned int place) { return hidden_.contains(listing.uids[place]); });
     show(std::move(listing));

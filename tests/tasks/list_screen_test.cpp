@@ -209,6 +209,27 @@ TEST_F(List, LettersSearchAndEscapeEndsTheSearch) {
   EXPECT_EQ(model_->rowCount(), 2);
 }
 
+TEST_F(List, WhatWasFoundIsDeletedAndBroughtBack) {
+  const unsigned int uid = add("banana");
+  add("bank");
+  add("Apple");
+  open();
+  type("ban");
+  key(Qt::Key_Return);
+  EXPECT_THAT(rows(), ElementsAre("bank", "banana"));
+  key(Qt::Key_End);
+  key(Qt::Key_Delete);
+  EXPECT_THAT(rows(), ElementsAre("bank"));
+  EXPECT_EQ(current(), "bank");
+  key(Qt::Key_Z, Qt::ControlModifier);
+  EXPECT_THAT(rows(), ElementsAre("bank", "banana"));
+  key(Qt::Key_End);
+  key(Qt::Key_Delete);
+  screen_->finish();
+  EXPECT_FALSE(isStored(uid));
+  EXPECT_THAT(rows(), ElementsAre("bank"));
+}
+
 TEST_F(List, ACategoryIsChosenBesideTheSearch) {
   add({.summary = "a", .category = "meeting"});
   add({.summary = "b", .category = "Garden"});
