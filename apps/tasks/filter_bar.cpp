@@ -1,11 +1,12 @@
 #include "filter_bar.h"
 
+#include "choice_field.h"
+#include "field_look.h"
 #include "look.h"
 #include "task_texts.h"
 #include "texts.h"
 
 #include <QAbstractItemView>
-#include <QComboBox>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -14,7 +15,8 @@
 namespace tasks {
 
 FilterBar::FilterBar(QWidget* parent)
-    : QWidget(parent), search_(new QLineEdit(this)), category_(new QComboBox(this)) {
+    : QWidget(parent), search_(new QLineEdit(this)), category_(new ChoiceField(this)) {
+  styleFields(this);
   auto* line = new QHBoxLayout(this);
   const int gap = ulo::gap(this);
   line->setContentsMargins(gap, gap / 2, gap, gap / 2);
@@ -28,9 +30,6 @@ FilterBar::FilterBar(QWidget* parent)
   search_->setMinimumSize(0, ulo::touchHeight(this));
   search_->installEventFilter(this);
   category_->setAccessibleName(ulo::text("TXT_RID_STANDARD_CATEGORY", "Category"));
-  category_->setMinimumSize(0, ulo::touchHeight(this));
-  category_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-  category_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
   setCategories({});
   connect(search_, &QLineEdit::textChanged, this, &FilterBar::changed);
   connect(category_, &QComboBox::currentIndexChanged, this, &FilterBar::changed);

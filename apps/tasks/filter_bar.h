@@ -5,10 +5,11 @@
 
 #include <QWidget>
 
-class QComboBox;
 class QLineEdit;
 
 namespace tasks {
+
+class ChoiceField;
 
 // A line to search in and a choice of one category.
 class FilterBar : public QWidget {
@@ -35,7 +36,7 @@ protected:
 
 private:
   QLineEdit* search_;
-  QComboBox* category_;
+  ChoiceField* category_;
 };
 
 }  // namespace tasks
