@@ -226,6 +226,15 @@ TEST_F(CategoryFields, StayWhenTheNewNameIsCancelled) {
   EXPECT_EQ(chosen.count(), 0);
 }
 
+TEST_F(CategoryFields, MayGoWhileTheyAsk) {
+  auto* field = new CategoryField;
+  field->setStored(store_, "meeting");
+  QSignalSpy chosen(field, &CategoryField::chosen);
+  inDialog<NameDialog>([&] { Q_EMIT field->activated(field->count() - 1); },
+                       [&](NameDialog&) { delete field; });
+  EXPECT_EQ(chosen.count(), 0);
+}
+
 TEST_F(CategoryFields, KnowTheNamesThatThereAre) {
   field_.setStored(store_, {});
   askForNew(naming("garden"));

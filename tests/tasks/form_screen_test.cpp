@@ -434,6 +434,7 @@ TEST_F(Form, TabGoesThroughAllFields) {
     EXPECT_TRUE(field->hasFocus()) << field->accessibleName().toStdString();
     press(Qt::Key_Tab);
   }
+  EXPECT_FALSE(note()->hasFocus());
 }
 
 class Layouts : public Form, public testing::WithParamInterface<Qt::LayoutDirection> {

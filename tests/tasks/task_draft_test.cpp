@@ -189,6 +189,7 @@ TEST_F(Drafts, ATimeThatClocksLeaveOutStaysOnItsDay) {
   const QDate spring(2027, 3, 28);
   TaskDraft draft = edit(add({.summary = "a", .due = QDateTime(spring.addDays(-1), QTime(2, 30))}));
   draft.setDue(spring);
+  EXPECT_EQ(draft.due(), spring);
   expectSaved(draft);
   EXPECT_EQ(stored(uidOf(draft)).getDateTime(Task::TASK_FIELD_DUE).date(), spring);
 }
