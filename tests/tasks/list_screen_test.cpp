@@ -13,7 +13,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QScrollBar>
-#include <QSettings>
 #include <QSignalSpy>
 #include <QToolButton>
 
@@ -26,11 +25,6 @@ namespace {
 
 class List : public Tasks {
 protected:
-  List() {
-    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope,
-                       QString::fromStdString((directory_.path() / "config").string()));
-  }
-
   // Shows the screen with what is stored so far.
   void open(int width = 240, int height = 320) {
     screen_ = std::make_unique<ListScreen>(store_);

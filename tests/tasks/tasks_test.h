@@ -5,11 +5,19 @@
 #include "store_test.h"
 #include "stored_tasks.h"
 
+#include <QSettings>
+
 #include <functional>
 #include <optional>
 
 class Tasks : public testing::Test {
 protected:
+  Tasks() {
+    // Settings are the test's own too.
+    QSettings::setPath(QSettings::IniFormat, QSettings::UserScope,
+                       QString::fromStdString((directory_.path() / "config").string()));
+  }
+
   // What is stored of a task; the rest is as in a new record of status 1.
   struct Given {
     QString summary;

@@ -1,0 +1,268 @@
+// The window: which screen is seen, and what goes with the others.
+
+#include "task_window.h"
+
+#include "TASK_UI_DetailView.h"
+#include "ZOptionsMenu.h"
+#include "ZSoftKey.h"
+#include "form_screen.h"
+#include "import.h"
+#include "line_field.h"
+#include "list_screen.h"
+#include "messages.h"
+#include "notification_server.h"
+#include "task_list_view.h"
+#include "tasks_test.h"
+#include "ulotask_process.h"
+
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QFile>
+#include <QMimeData>
+#include <QPointer>
+
+using tasks::FormScreen;
+using tasks::ListScreen;
+using tasks::TaskListView;
+using tasks::TaskWindow;
+using testing::ElementsAre;
+
+namespace {
+
+class Window : public Tasks {
+protected:
+  Window() { setenv("DBUS_SESSION_BUS_ADDRESS", qPrintable(bus_.address()), 1); }
+  ~Window() override { unsetenv("DBUS_SESSION_BUS_ADDRESS"); }
+
+  // Shows the window with what is stored so far.
+  void open() {
+    window_ = std::make_unique<TaskWindow>(store_);
+    window_->resize(240, 320);
+    window_->show();
+    window_->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window_.get()));
+  }
+  void key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+    ASSERT_NE(QApplication::focusWidget(), nullptr);
+    QTest::keyClick(QApplication::focusWidget(), key, modifiers);
+  }
+  void type(const QString& text) { QTest::keyClicks(QApplication::focusWidget(), text); }
+  // Takes an item of the options menu.
+  void take(int item) {
+    static_cast<ZKbMainWidget*>(window_->currentWidget())
+        ->findChild<ZOptionsMenu*>()
+        ->item(item)
+        ->trigger();
+    finishEvents();
+  }
+  template <typename Screen> Screen* current() {
+    return qobject_cast<Screen*>(window_->currentWidget());
+  }
+  std::vector<std::string> rows() {
+    const QAbstractItemModel* model = window_->findChild<TaskListView*>()->model();
+    std::vector<std::string> titles;
+    for (int row = 0; row < model->rowCount(); ++row)
+      titles.push_back(model->index(row, 0).data().toString().toStdString());
+    return titles;
+  }
+  std::string listed() {
+    return window_->findChild<TaskListView*>()->currentIndex().data().toString().toStdString();
+  }
+  QString file(const char* name, const QByteArray& bytes) {
+    QFile file(QString::fromStdString((directory_.path() / name).string()));
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+    return file.fileName();
+  }
+  QString calendar(const char* name, const QByteArray& summary) {
+    return file(name, "BEGIN:VCALENDAR\r\nVERSION:1.0\r\nBEGIN:VTODO\r\nSUMMARY:" + summary +
+                          "\r\nEND:VTODO\r\nEND:VCALENDAR\r\n");
+  }
+  Task only() {
+    const std::vector<unsigned int> uids = allUids();
+    EXPECT_EQ(uids.size(), 1U);
+    return stored(uids.front());
+  }
+
+  TestBus bus_;
+  std::unique_ptr<TaskWindow> window_;
+};
+
+TEST_F(Window, BeginsWithTheList) {
+  add("a");
+  open();
+  EXPECT_NE(current<ListScreen>(), nullptr);
+  EXPECT_EQ(window_->windowTitle(), "All Tasks");
+  EXPECT_EQ(QApplication::focusWidget(), window_->findChild<TaskListView*>());
+}
+
+TEST_F(Window, ScreensComeAndGo) {
+  add("b");
+  add("a");
+  open();
+  key(Qt::Key_Down);
+  key(Qt::Key_Return);
+  const QPointer<QWidget> detail = current<TASK_UI_DetailView>();
+  ASSERT_FALSE(detail.isNull());
+  EXPECT_EQ(window_->windowTitle(), "b");
+  take(1);
+  EXPECT_TRUE(detail.isNull());
+  const QPointer<QWidget> form = current<FormScreen>();
+  ASSERT_FALSE(form.isNull());
+  EXPECT_EQ(window_->windowTitle(), "Edit Task");
+  key(Qt::Key_F3);
+  finishEvents();
+  EXPECT_TRUE(form.isNull());
+  ASSERT_NE(current<TASK_UI_DetailView>(), nullptr);
+  key(Qt::Key_F3);
+  finishEvents();
+  EXPECT_NE(current<ListScreen>(), nullptr);
+  EXPECT_EQ(window_->count(), 1);
+  EXPECT_EQ(window_->windowTitle(), "All Tasks");
+  EXPECT_EQ(listed(), "b");
+  EXPECT_EQ(QApplication::focusWidget(), window_->findChild<TaskListView*>());
+}
+
+TEST_F(Window, ANewTaskIsTheCurrentOneOfTheList) {
+  add("b");
+  add("c");
+  open();
+  key(Qt::Key_F2);
+  type("d");
+  key(Qt::Key_F2);
+  finishEvents();
+  EXPECT_NE(current<ListScreen>(), nullptr);
+  EXPECT_EQ(listed(), "d");
+  EXPECT_EQ(rows().size(), 3);
+}
+
+TEST_F(Window, ATaskThatIsDeletedFromItsScreenIsGoneFromTheList) {
+  add("b");
+  const unsigned int a = add("a");
+  open();
+  key(Qt::Key_Return);
+  take(5);
+  EXPECT_NE(current<ListScreen>(), nullptr);
+  EXPECT_THAT(rows(), ElementsAre("b"));
+  EXPECT_FALSE(isStored(a));
+}
+
+TEST_F(Window, ClosingKeepsWhatWasTyped) {
+  open();
+  key(Qt::Key_F2);
+  type("typed");
+  EXPECT_TRUE(window_->close());
+  EXPECT_EQ(only().getString(Task::TASK_FIELD_SUMMARY), "typed");
+}
+
+TEST_F(Window, ClosingRemovesWhatWasDeleted) {
+  add("a");
+  open();
+  key(Qt::Key_Delete);
+  EXPECT_EQ(allUids().size(), 1);
+  EXPECT_TRUE(window_->close());
+  EXPECT_EQ(allUids().size(), 0);
+}
+
+TEST_F(Window, ExitAndTheIdleScreenCloseIt) {
+  open();
+  key(Qt::Key_F3);
+  EXPECT_FALSE(window_->isVisible());
+  open();
+  application().returnToIdle();
+  EXPECT_FALSE(window_->isVisible());
+}
+
+TEST_F(Window, ChangesOfOtherProgramsAreSeen) {
+  const unsigned int a = add("a");
+  add("b");
+  open();
+  key(Qt::Key_Down);
+  ASSERT_EQ(listed(), "a");
+  runUlotask({"edit", QString::number(a), "--summary", "z"});
+  EXPECT_TRUE(waitFor([this] { return listed() == "z"; }));
+  runUlotask({"add", "first", "--due", "2001-01-01"});
+  EXPECT_TRUE(waitFor([this] { return rows().size() == 3; }));
+  EXPECT_THAT(rows(), ElementsAre("first", "b", "z"));
+  EXPECT_EQ(listed(), "z");
+}
+
+TEST_F(Window, FilesAreDroppedOnIt) {
+  open();
+  QMimeData data;
+  data.setUrls({QUrl::fromLocalFile(calendar("one.vcs", "dropped"))});
+  QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &data, Qt::LeftButton, {});
+  QCoreApplication::sendEvent(window_.get(), &enter);
+  EXPECT_TRUE(enter.isAccepted());
+  QDropEvent drop(QPointF(10, 10), Qt::CopyAction, &data, Qt::LeftButton, {});
+  QCoreApplication::sendEvent(window_.get(), &drop);
+  EXPECT_EQ(only().getString(Task::TASK_FIELD_SUMMARY), "dropped");
+  EXPECT_EQ(listed(), "dropped");
+
+  QMimeData remote;
+  remote.setUrls({QUrl("https://example.org/a.vcs")});
+  QDragEnterEvent other(QPoint(10, 10), Qt::CopyAction, &remote, Qt::LeftButton, {});
+  other.ignore();
+  QCoreApplication::sendEvent(window_.get(), &other);
+  EXPECT_FALSE(other.isAccepted());
+}
+
+TEST_F(Window, AnAlarmIsShownAndOpensItsTask) {
+  NotificationServer server(bus_);
+  Task task;
+  task.setString(Task::TASK_FIELD_SUMMARY, "wake up");
+  task.setStatus(1);
+  task.setDateTime(Task::TASK_FIELD_ALARM, QDateTime::currentDateTime().addSecs(2));
+  ASSERT_EQ(store_.addTask(task), ok);
+  open();
+  key(Qt::Key_F2);
+  type("half");
+  ASSERT_TRUE(waitFor([&] { return !server.notes.empty(); }));
+  EXPECT_EQ(server.notes[0].summary, "wake up");
+  server.invoke(server.notes[0].id, "default");
+  EXPECT_TRUE(waitFor([this] { return current<TASK_UI_DetailView>() != nullptr; }));
+  EXPECT_EQ(window_->windowTitle(), "wake up");
+  // What was being written is kept.
+  finishEvents();
+  EXPECT_EQ(window_->findChild<FormScreen*>(), nullptr);
+  EXPECT_EQ(allUids().size(), 2);
+  // A task that is done needs no notification.
+  runUlotask({"done", QString::number(task.getUINT32(Task::TASK_FIELD_UID))});
+  EXPECT_TRUE(waitFor([&] { return !server.closed.empty(); }));
+}
+
+TEST_F(Window, AnAlarmChecksItsTaskOff) {
+  NotificationServer server(bus_);
+  Task task;
+  task.setString(Task::TASK_FIELD_SUMMARY, "wake up");
+  task.setStatus(1);
+  task.setDateTime(Task::TASK_FIELD_ALARM, QDateTime::currentDateTime().addSecs(2));
+  ASSERT_EQ(store_.addTask(task), ok);
+  open();
+  ASSERT_TRUE(waitFor([&] { return !server.notes.empty(); }));
+  server.invoke(server.notes[0].id, "done");
+  EXPECT_TRUE(waitFor([this] { return only().getStatusValue() == 0; }));
+}
+
+TEST_F(Window, ATaskThatIsGoneIsNotOpened) {
+  open();
+  window_->openTask(77);
+  EXPECT_NE(current<ListScreen>(), nullptr);
+}
+
+TEST(ImportMessages, SayWhatCameAndWhatDidNot) {
+  tasks::ImportResult result;
+  result.imported = 1;
+  EXPECT_EQ(tasks::importText(result), "Task imported.");
+  result.imported = 12;
+  result.unread = {"/tmp/a.txt"};
+  EXPECT_EQ(tasks::importText(result), "12 tasks imported. There is no task in a.txt.");
+  result.imported = 0;
+  result.failed = true;
+  result.unread = {"/tmp/a", "/tmp/" + QString(60, u'n') + "\nx", "/tmp/c", "/tmp/d"};
+  EXPECT_EQ(tasks::importText(result),
+            "Not all tasks could be imported. There is no task in a. There is no task in " +
+                QString(40, u'n') + QStringLiteral("\u2026. \u2026"));
+}
+
+}  // namespace
