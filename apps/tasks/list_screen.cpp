@@ -16,6 +16,7 @@
 
 #include <QKeyEvent>
 #include <QLabel>
+#include <QScrollArea>
 #include <QStackedLayout>
 #include <QVBoxLayout>
 
@@ -108,17 +109,21 @@ void ListScreen::buildContent() {
   column->setSpacing(0);
   filter_ = new FilterBar(content);
   list_ = new TaskListView(model_, content);
-  empty_ = new QLabel(content);
+  empty_ = new QLabel;
   notice_ = new NoticeBar(content);
   empty_->setTextFormat(Qt::PlainText);
   empty_->setWordWrap(true);
   empty_->setAlignment(Qt::AlignCenter);
-  empty_->setMargin(4 * ulo::gap(this));
-  empty_->setMinimumSize(0, 0);
+  empty_->setMargin(2 * ulo::gap(this));
   empty_->setForegroundRole(QPalette::PlaceholderText);
+  emptyPage_ = new QScrollArea(content);
+  emptyPage_->setFrameShape(QFrame::NoFrame);
+  emptyPage_->setWidgetResizable(true);
+  emptyPage_->setWidget(empty_);
+  ulo::makeTouchable(emptyPage_);
   pages_ = new QStackedLayout;
   pages_->addWidget(list_);
-  pages_->addWidget(empty_);
+  pages_->addWidget(emptyPage_);
   column->addWidget(filter_);
   column->addLayout(pages_, 1);
   column->addWidget(notice_);
@@ -196,7 +201,7 @@ void ListScreen::updateMenu() {
   menu_->enableItem(itemSelectMultiple, any);
   menu_->enableItem(itemSortBy, any);
   menu_->enableItem(itemSynchronize, Synchroniser::isSetUp(),
-                    ulo::text("TXT_RID_STANDARD_NO_SYNC_PARTNER", "No sync partner set up"));
+                    ulo::text("TXT_RID_STANDARD_NO_SYNC_PARTNER", "No sync partner"));
   for (const ViewTitle& title : viewTitles)
     menu_->checkItem(title.menuItem, title.view == model_.order().view);
   menu_->checkItem(itemSortDue, model_.order().sort == ZTASK_ENG_Model::TASK_SORT_DUE);
@@ -225,15 +230,14 @@ void ListScreen::updateTitle() {
 }
 
 void ListScreen::updateState() {
-  const bool hadFocus = list_->hasFocus() || empty_->hasFocus();
-  const bool isEmpty = model_.rowCount() == 0;
+  QWidget* page = model_.rowCount() == 0 ? static_cast<QWidget*>(emptyPage_) : list_;
+  const bool hadFocus = list_->hasFocus() || emptyPage_->hasFocus();
   empty_->setText(emptyText());
-  pages_->setCurrentWidget(isEmpty ? static_cast<QWidget*>(empty_) : list_);
-  // Keys reach the screen where there is no list.
-  empty_->setFocusPolicy(isEmpty ? Qt::StrongFocus : Qt::NoFocus);
-  setFocusProxy(isEmpty ? static_cast<QWidget*>(empty_) : list_);
+  pages_->setCurrentWidget(page);
+  // Keys reach the screen where there is no list, too.
+  setFocusProxy(page);
   if (hadFocus)
-    focusProxy()->setFocus();
+    page->setFocus();
   updateTitle();
   updateKeys();
 }

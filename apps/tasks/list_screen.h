@@ -8,6 +8,7 @@
 #include <QDate>
 
 class QLabel;
+class QScrollArea;
 class QStackedLayout;
 class ZOptionsMenu;
 
@@ -97,6 +98,7 @@ private:
   FilterBar* filter_ = nullptr;
   NoticeBar* notice_ = nullptr;
   QStackedLayout* pages_ = nullptr;
+  QScrollArea* emptyPage_ = nullptr;
   QLabel* empty_ = nullptr;
   ZOptionsMenu* menu_ = nullptr;
   bool choosing_ = false;

@@ -4,7 +4,7 @@
 #include "look.h"
 #include "texts.h"
 
-#include <QHBoxLayout>
+#include <QBoxLayout>
 #include <QPainter>
 #include <QToolButton>
 
@@ -13,18 +13,18 @@
 namespace tasks {
 
 NoticeBar::NoticeBar(QWidget* parent)
-    : QWidget(parent), text_(new ZWrappedText(QString(), this)), undo_(new QToolButton(this)) {
-  auto* line = new QHBoxLayout(this);
+    : QWidget(parent), line_(new QBoxLayout(QBoxLayout::LeftToRight, this)),
+      text_(new ZWrappedText(QString(), this)), undo_(new QToolButton(this)) {
   const int gap = ulo::gap(this);
-  line->setContentsMargins(2 * gap, gap / 2, gap, gap / 2);
-  line->setSpacing(gap);
-  line->addWidget(text_, 1, Qt::AlignVCenter);
-  line->addWidget(undo_);
+  line_->setContentsMargins(2 * gap, gap / 2, gap, gap / 2);
+  line_->setSpacing(gap);
+  line_->addWidget(text_, 1);
+  line_->addWidget(undo_);
   undo_->setText(ulo::text("TXT_RID_STANDARD_UNDO", "Undo"));
   undo_->setMinimumHeight(ulo::touchHeight(this));
   undo_->setFocusPolicy(Qt::TabFocus);
   text_->setColour(QPalette::BrightText);
-  text_->setMinimumHeight(text_->fontMetrics().height());
+  text_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
   time_.setSingleShot(true);
   time_.setInterval(std::chrono::seconds(5));
   connect(&time_, &QTimer::timeout, this, &QWidget::hide);
@@ -36,7 +36,21 @@ void NoticeBar::showText(const QString& text, bool isUndoable) {
   text_->setText(text);
   setAccessibleName(text);
   undo_->setVisible(isUndoable);
+  arrange();
   show();
+}
+
+// The button below a text that has not half of the bar for itself.
+void NoticeBar::arrange() {
+  const int beside = undo_->isHidden() ? 0 : undo_->sizeHint().width();
+  const bool fits = text_->widthOnOneLine() + beside + 4 * ulo::gap(this) <= width();
+  line_->setDirection(fits || beside < width() / 3 ? QBoxLayout::LeftToRight
+                                                   : QBoxLayout::TopToBottom);
+}
+
+void NoticeBar::resizeEvent(QResizeEvent* event) {
+  arrange();
+  QWidget::resizeEvent(event);
 }
 
 void NoticeBar::showUndoable(const QString& text) {

@@ -4,6 +4,7 @@
 #include <QTimer>
 #include <QWidget>
 
+class QBoxLayout;
 class QToolButton;
 class ZWrappedText;
 
@@ -27,10 +28,13 @@ Q_SIGNALS:
 
 protected:
   void paintEvent(QPaintEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
 
 private:
   void showText(const QString& text, bool isUndoable);
+  void arrange();
 
+  QBoxLayout* line_;
   ZWrappedText* text_;
   QToolButton* undo_;
   QTimer time_;

@@ -103,6 +103,8 @@ const QPixmap& TaskRow::priorityIcon(int priority) const {
 void TaskRow::paint(QPainter* painter, const QStyleOptionViewItem& option,
                     const QModelIndex& index) const {
   painter->save();
+  // Letters with many marks are higher than a line.
+  painter->setClipRect(option.rect);
   const bool current = (option.state & QStyle::State_HasFocus) != 0;
   const bool chosen = choosing_ && index.data(TaskListModel::ChosenRole).toBool();
   const QPalette& palette = option.palette;

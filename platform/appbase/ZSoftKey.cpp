@@ -33,12 +33,13 @@ protected:
     const int room = width() - fontMetrics().horizontalAdvance(text());
     const int margin = std::clamp(room / 2, 2, ulo::gap(this));
     const QRect inside = rect().adjusted(margin, 0, -margin, 0);
+    painter.setFont(fittingFont(inside.width()));
     if (isDown())
       painter.fillRect(rect(), palette().color(QPalette::Shadow).darker(130));
     QColor colour = palette().color(QPalette::BrightText);
     colour.setAlphaF(isEnabled() ? 1.0F : 0.5F);
     painter.setPen(colour);
-    const QString shown = fontMetrics().elidedText(text(), Qt::ElideRight, inside.width());
+    const QString shown = painter.fontMetrics().elidedText(text(), Qt::ElideRight, inside.width());
     const Qt::Alignment side = QStyle::visualAlignment(layoutDirection(), side_);
     painter.drawText(inside, static_cast<int>(side | Qt::AlignVCenter) | Qt::TextSingleLine, shown);
     if (hasFocus())
@@ -46,6 +47,16 @@ protected:
   }
 
 private:
+  // Smaller where the text needs it, as long as it can be read.
+  [[nodiscard]] QFont fittingFont(int room) const {
+    constexpr double least = 0.7;
+    QFont fitting = font();
+    const double wanted = QFontMetricsF(fitting).horizontalAdvance(text());
+    if (wanted > room)
+      fitting.setPointSizeF(fitting.pointSizeF() * std::max(least, room / (wanted + 1)));
+    return fitting;
+  }
+
   Qt::Alignment side_ = Qt::AlignHCenter;
 };
 

@@ -264,8 +264,8 @@
         <translation>Der Abgleich konnte nicht gestartet werden.</translation>
     </message>
     <message id="TXT_RID_STANDARD_NO_SYNC_PARTNER">
-        <source>No sync partner set up</source>
-        <translation>Kein Partner eingerichtet</translation>
+        <source>No sync partner</source>
+        <translation>Kein Partner</translation>
     </message>
     <message id="FMT_RID_STANDARD_1_TASKS_DELETED">
         <source>%1 tasks deleted</source>

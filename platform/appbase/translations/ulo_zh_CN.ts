@@ -264,8 +264,8 @@
         <translation>无法开始同步。</translation>
     </message>
     <message id="TXT_RID_STANDARD_NO_SYNC_PARTNER">
-        <source>No sync partner set up</source>
-        <translation>未设置同步伙伴</translation>
+        <source>No sync partner</source>
+        <translation>没有同步伙伴</translation>
     </message>
     <message id="FMT_RID_STANDARD_1_TASKS_DELETED">
         <source>%1 tasks deleted</source>
