@@ -16,6 +16,7 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QSettings>
 
 #include <functional>
@@ -162,10 +163,11 @@ void shootForm(Phone& phone) {
   // Without a window manager nobody gives the focus back.
   phone.window().activateWindow();
   static_cast<void>(QTest::qWaitForWindowActive(&phone.window()));
-  category->setFocus();
-  phone.press({Qt::Key_Tab});
+  auto* note = form->findChild<QPlainTextEdit*>();
+  note->setFocus();
+  form->findChild<QScrollArea*>()->ensureWidgetVisible(note);
   QApplication::clipboard()->setText(QStringLiteral("Take the atlas back too. ").repeated(157));
-  form->findChild<QPlainTextEdit*>()->paste();
+  note->paste();
   phone.shoot("form-notes");
   phone.shootDialog("form-cancel", [&] { phone.press({Qt::Key_Escape}); });
 }
