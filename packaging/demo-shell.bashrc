@@ -13,5 +13,6 @@ You are in a shell where `ulotask` works on the demonstration store. Try:
   ulotask list --view incomplete
   ulotask export -o tasks.vcs
   ulotask --help
+  ulo-tasks                  # the same list on your display
 The TAB key completes verbs, options, UIDs and categories. Leave with `exit`.
 HELP

@@ -46,6 +46,8 @@ void NoticeBar::arrange() {
   const bool fits = text_->widthOnOneLine() + beside + 4 * ulo::gap(this) <= width();
   line_->setDirection(fits || beside < width() / 3 ? QBoxLayout::LeftToRight
                                                    : QBoxLayout::TopToBottom);
+  // A text of several lines takes the height that it needs.
+  line_->setAlignment(text_, fits ? Qt::AlignVCenter : Qt::Alignment());
 }
 
 void NoticeBar::resizeEvent(QResizeEvent* event) {
