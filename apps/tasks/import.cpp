@@ -4,12 +4,12 @@
 #include "descriptor.h"
 #include "foreign_text.h"
 
+#include <QElapsedTimer>
 #include <QFile>
 
 #include <cerrno>
-#include <memory>
 #include <optional>
-#include <vector>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -21,8 +21,6 @@ namespace {
 
 constexpr int statusNone = -1;
 constexpr int statusNeedsAction = 1;
-
-using Calendar = QList<ZTASK_ENG_Task>;
 
 // The bytes of a file; none for one that is too large, no regular file, or can't be read.
 std::optional<QByteArray> readFile(const QString& path) {
@@ -63,37 +61,82 @@ int storeTask(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task) {
   return store.addTask(task);
 }
 
-void storeAll(ZTASK_ENG_Model& store, const Calendar& calendar, ImportResult& result) {
-  for (uint i = 0; i < calendar.count() && !result.storeFull && !result.failed; ++i) {
-    ZTASK_ENG_Task& task = *calendar.at(i);
-    const int code = storeTask(store, task);
-    result.storeFull = code == TASK_ENG_MEMORY_FULL;
-    result.failed = code != TASK_ENG_OK && !result.storeFull;
-    if (code == TASK_ENG_OK) {
-      ++result.imported;
-      result.lastUid = task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID);
-    }
-  }
+// To-dos that the file holds; none where it can't be read.
+void appendTodos(const QString& path, std::vector<ZTASK_ENG_Task>& tasks) {
+  const std::optional<QByteArray> bytes = readFile(path);
+  if (!bytes)
+    return;
+  QList<ZTASK_ENG_Task> calendar;
+  calendar.setAutoDelete(true);
+  ZVtodoParser().readVtodo(QCString(bytes->constData()), calendar);
+  for (uint i = 0; i < calendar.count(); ++i)
+    tasks.push_back(std::move(*calendar.at(i)));
 }
 
 }  // namespace
 
-ImportResult importFiles(ZTASK_ENG_Model& store, const QStringList& paths) {
-  ImportResult result;
-  std::vector<std::unique_ptr<Calendar>> calendars;
+Import::Import(ZTASK_ENG_Model& store, QObject* parent) : QObject(parent), store_(store) {
+  work_.setInterval(0);
+  connect(&work_, &QTimer::timeout, this, &Import::storeSome);
+}
+
+Import::~Import() = default;
+
+void Import::add(const QStringList& paths) {
+  isUnderWay_ = true;
   for (const QString& path : paths) {
-    auto calendar = std::make_unique<Calendar>();
-    calendar->setAutoDelete(true);
-    if (const std::optional<QByteArray> bytes = readFile(path))
-      ZVtodoParser().readVtodo(QCString(bytes->constData()), *calendar);
-    if (calendar->isEmpty())
-      result.unread.append(path);
-    else
-      calendars.push_back(std::move(calendar));
+    const std::size_t before = waiting_.size();
+    appendTodos(path, waiting_);
+    if (waiting_.size() == before)
+      result_.unread.append(path);
   }
-  for (const std::unique_ptr<Calendar>& calendar : calendars)
-    storeAll(store, *calendar, result);
-  return result;
+  work_.start();
+}
+
+void Import::finish() {
+  while (storeNext()) {
+  }
+}
+
+void Import::storeSome() {
+  constexpr qint64 slice = 6;  // milliseconds
+  QElapsedTimer timer;
+  timer.start();
+  while (storeNext())
+    if (timer.hasExpired(slice)) {
+      Q_EMIT progressed(result_.imported, static_cast<unsigned int>(waiting_.size()));
+      return;
+    }
+}
+
+// False when nothing is on its way any more.
+bool Import::storeNext() {
+  if (!isUnderWay_)
+    return false;
+  if (next_ == waiting_.size()) {
+    end();
+    return false;
+  }
+  ZTASK_ENG_Task& task = waiting_[next_++];
+  const int code = storeTask(store_, task);
+  if (code == TASK_ENG_OK) {
+    ++result_.imported;
+    result_.lastUid = task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID);
+    return true;
+  }
+  result_.storeFull = code == TASK_ENG_MEMORY_FULL;
+  result_.failed = !result_.storeFull;
+  end();
+  return false;
+}
+
+void Import::end() {
+  work_.stop();
+  isUnderWay_ = false;
+  waiting_.clear();
+  next_ = 0;
+  const ImportResult result = std::exchange(result_, {});
+  Q_EMIT ended(result);
 }
 
 }  // namespace tasks

@@ -27,6 +27,12 @@ void tellNotStored(int code, QWidget* parent) {
   static_cast<void>(message.accepted());
 }
 
+QString importText(unsigned int stored, unsigned int all) {
+  return ulo::text("FMT_RID_STANDARD_1_OF_2_IMPORTED", "%1 of %2 tasks imported\xe2\x80\xa6")
+      .arg(stored)
+      .arg(all);
+}
+
 QString importText(const ImportResult& result) {
   constexpr qsizetype nameLimit = 40;  // characters of a file's name
   QStringList parts;

@@ -13,6 +13,8 @@ struct ImportResult;
 // The code is the store's.
 void tellNotStored(int code, QWidget* parent);
 
+// How far an import has come.
+[[nodiscard]] QString importText(unsigned int stored, unsigned int all);
 // How many tasks came from files, and from which file none.
 [[nodiscard]] QString importText(const ImportResult& result);
 

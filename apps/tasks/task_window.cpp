@@ -4,7 +4,6 @@
 #include "TASK_UI_DetailView.h"
 #include "ZApplication.h"
 #include "form_screen.h"
-#include "import.h"
 #include "list_screen.h"
 #include "messages.h"
 
@@ -39,7 +38,8 @@ QStringList localFiles(const QMimeData& data) {
 }  // namespace
 
 TaskWindow::TaskWindow(ZTASK_ENG_Model& store)
-    : store_(store), changes_(this), alarms_(store, this), list_(new ListScreen(store)) {
+    : store_(store), changes_(this), alarms_(store, this), import_(store),
+      list_(new ListScreen(store)) {
   setAcceptDrops(true);
   follow(*list_);
   addWidget(list_);
@@ -47,6 +47,9 @@ TaskWindow::TaskWindow(ZTASK_ENG_Model& store)
   connect(list_, &ListScreen::exitAsked, this, &QWidget::close);
   connect(&changes_, &StoreChanges::changed, list_, &ListScreen::refresh);
   connect(&changes_, &StoreChanges::changed, &alarms_, &Alarms::look);
+  connect(&import_, &Import::ended, this, &TaskWindow::importEnded);
+  connect(&import_, &Import::progressed, list_,
+          [this](unsigned int stored, unsigned int all) { list_->tell(importText(stored, all)); });
   connect(&alarms_, &Alarms::opened, this, &TaskWindow::openTask);
   // Once the list is seen.
   QTimer::singleShot(0, &alarms_, &Alarms::look);
@@ -143,9 +146,11 @@ void TaskWindow::openTask(unsigned int uid) {
 }
 
 void TaskWindow::import(const QStringList& paths) {
-  if (paths.isEmpty())
-    return;
-  const ImportResult result = importFiles(store_, paths);
+  if (!paths.isEmpty())
+    import_.add(paths);
+}
+
+void TaskWindow::importEnded(const ImportResult& result) {
   list_->refresh();
   if (result.imported > 0)
     list_->goTo(result.lastUid);
@@ -171,6 +176,7 @@ void TaskWindow::closeEvent(QCloseEvent* event) {
     return;
   }
   hide();
+  import_.finish();
   list_->finish();
   event->accept();
 }

@@ -3,6 +3,7 @@
 
 #include "TASK_UI_View.h"
 #include "alarms.h"
+#include "import.h"
 #include "store_changes.h"
 
 #include <QStackedWidget>
@@ -24,7 +25,7 @@ public:
 
   // Shows a stored task, once what is being edited is saved; nothing for one that isn't stored.
   void openTask(unsigned int uid);
-  // Stores the to-dos of calendar files and tells of it; nothing without files.
+  // Stores the to-dos of calendar files, a few at a time, and tells of it; nothing without files.
   void import(const QStringList& paths);
 
 protected:
@@ -43,10 +44,12 @@ private:
   TASK_UI_View* makeForm(TASK_UI_View::TASK_VIEW_TYPE from, const ZTASK_ENG_Task* task);
   void showScreen(TASK_UI_View::TASK_VIEW_TYPE type, TASK_UI_View* screen);
   [[nodiscard]] FormScreen* form() const;
+  void importEnded(const ImportResult& result);
 
   ZTASK_ENG_Model& store_;
   StoreChanges changes_;
   Alarms alarms_;
+  Import import_;
   ListScreen* list_;
   // All but the list.
   std::map<TASK_UI_View::TASK_VIEW_TYPE, TASK_UI_View*> screens_;

@@ -5,6 +5,8 @@
 #include "descriptor.h"
 #include "tasks_test.h"
 
+#include <QSignalSpy>
+
 #include <fstream>
 #include <thread>
 
@@ -12,7 +14,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-using tasks::importFiles;
 using tasks::ImportResult;
 using testing::ElementsAre;
 
@@ -36,6 +37,21 @@ struct SmallStore {
   int watched = sqlite3_auto_extension(reinterpret_cast<void (*)()>(keepHandle));
   ZTASK_ENG_Model store;
 };
+
+// What comes of the files when nothing else happens.
+ImportResult importFiles(ZTASK_ENG_Model& store, const QStringList& paths) {
+  tasks::Import import(store);
+  ImportResult result;
+  int ends = 0;
+  QObject::connect(&import, &tasks::Import::ended, [&](const ImportResult& given) {
+    result = given;
+    ++ends;
+  });
+  import.add(paths);
+  import.finish();
+  EXPECT_EQ(ends, 1);
+  return result;
+}
 
 class Import : public Tasks {
 protected:
@@ -168,6 +184,30 @@ TEST_F(Import, NothingIsAnEmptyResult) {
   const ImportResult result = importFiles(store_, {});
   EXPECT_EQ(result.imported, 0U);
   EXPECT_EQ(result.lastUid, Task::notStored);
+}
+
+TEST_F(Import, ManyAreStoredBetweenOtherEvents) {
+  std::string todos;
+  for (int i = 0; i < 300; ++i)
+    todos += todo("x");
+  tasks::Import import(store_);
+  const QSignalSpy progress(&import, &tasks::Import::progressed);
+  QSignalSpy ends(&import, &tasks::Import::ended);
+  import.add({file("a.vcs", calendar(todos))});
+  EXPECT_TRUE(allUids().empty());
+  // What comes meanwhile is taken too.
+  ASSERT_TRUE(waitFor([&] { return progress.count() > 0; }));
+  EXPECT_GT(progress[0][0].toUInt(), 0U);
+  EXPECT_EQ(progress[0][1].toUInt(), 300U);
+  import.add({file("b.vcs", calendar(todo("y"))), "missing"});
+  ASSERT_TRUE(waitFor([&] { return ends.count() > 0; }));
+  EXPECT_GT(progress.count(), 2);
+  const auto result = ends[0][0].value<ImportResult>();
+  EXPECT_EQ(result.imported, 301U);
+  EXPECT_EQ(result.unread, QStringList{"missing"});
+  EXPECT_EQ(allUids().size(), 301U);
+  import.finish();
+  EXPECT_EQ(ends.count(), 1);
 }
 
 }  // namespace

@@ -164,6 +164,14 @@ TEST_F(Window, ClosingRemovesWhatWasDeleted) {
   EXPECT_EQ(allUids().size(), 0);
 }
 
+TEST_F(Window, ClosingStoresWhatIsImported) {
+  open();
+  window_->import({calendar("one.vcs", "named")});
+  EXPECT_TRUE(allUids().empty());
+  EXPECT_TRUE(window_->close());
+  EXPECT_EQ(only().getString(Task::TASK_FIELD_SUMMARY), "named");
+}
+
 TEST_F(Window, ExitAndTheIdleScreenCloseIt) {
   open();
   key(Qt::Key_F3);
@@ -196,8 +204,8 @@ TEST_F(Window, FilesAreDroppedOnIt) {
   EXPECT_TRUE(enter.isAccepted());
   QDropEvent drop(QPointF(10, 10), Qt::CopyAction, &data, Qt::LeftButton, {});
   QCoreApplication::sendEvent(window_.get(), &drop);
+  EXPECT_TRUE(waitFor([this] { return listed() == "dropped"; }));
   EXPECT_EQ(only().getString(Task::TASK_FIELD_SUMMARY), "dropped");
-  EXPECT_EQ(listed(), "dropped");
 
   QMimeData remote;
   remote.setUrls({QUrl("https://example.org/a.vcs")});
@@ -251,6 +259,7 @@ TEST_F(Window, ATaskThatIsGoneIsNotOpened) {
 }
 
 TEST(ImportMessages, SayWhatCameAndWhatDidNot) {
+  EXPECT_EQ(tasks::importText(12, 345), u"12 of 345 tasks imported\u2026");
   tasks::ImportResult result;
   result.imported = 1;
   EXPECT_EQ(tasks::importText(result), "Task imported.");

@@ -247,6 +247,10 @@
         <source>%1 tasks imported.</source>
         <translation>已导入 %1 个任务。</translation>
     </message>
+    <message id="FMT_RID_STANDARD_1_OF_2_IMPORTED">
+        <source>%1 of %2 tasks imported…</source>
+        <translation>已导入 %1/%2 个任务…</translation>
+    </message>
     <message id="TXT_RID_INSTRUCTIONALTXT_NOT_ALL_IMPORTED">
         <source>Not all tasks could be imported.</source>
         <translation>部分任务无法导入。</translation>
