@@ -1,21 +1,26 @@
-// A display of the test's own, with real keys.
+// A display of the test's own, with real keys and a real mouse.
 #pragma once
 
+#include <QDeadlineTimer>
+#include <QPoint>
 #include <QProcess>
+#include <QRect>
 #include <QString>
 #include <QStringList>
+#include <QThread>
 
 #include <csignal>
+#include <functional>
 
 #include <sys/prctl.h>
 
 class Display {
 public:
-  // So many pixels wide and high.
+  // So many pixels wide and high. It stays as it is while programs come and go.
   Display(int width, int height) {
     server_.setStandardErrorFile(QProcess::nullDevice());
-    server_.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
-    server_.start("Xvfb", {"-displayfd", "1", "-nolisten", "tcp", "-screen", "0",
+    server_.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGTERM); });
+    server_.start("Xvfb", {"-displayfd", "1", "-noreset", "-nolisten", "tcp", "-screen", "0",
                            QStringLiteral("%1x%2x24").arg(width).arg(height)});
     if (server_.waitForStarted() && server_.waitForReadyRead(patience))
       name_ = ":" + server_.readLine().trimmed();
@@ -23,31 +28,103 @@ public:
   Display(const Display&) = delete;
   Display& operator=(const Display&) = delete;
   ~Display() {
-    server_.kill();
-    server_.waitForFinished();
+    // It takes its socket along.
+    server_.terminate();
+    if (!server_.waitForFinished(patience)) {
+      server_.kill();
+      server_.waitForFinished();
+    }
   }
 
   // For $DISPLAY; empty when it did not start.
   [[nodiscard]] const QByteArray& name() const { return name_; }
 
+  // Asks again and again until the condition holds. False when it doesn't for a long time.
+  [[nodiscard]] static bool waitFor(const std::function<bool()>& condition) {
+    const QDeadlineTimer end(patience);
+    while (!condition()) {
+      if (end.hasExpired())
+        return false;
+      QThread::msleep(10);
+    }
+    return true;
+  }
+
   // Waits for a window whose title matches the regular expression and gives it the focus. False
   // when none comes up.
   [[nodiscard]] bool focus(const QString& title) const {
-    return run({"search", "--sync", "--onlyvisible", "--name", title, "windowfocus", "--sync"});
+    return waitFor([&] {
+      return run({"search", "--onlyvisible", "--name", title, "windowfocus", "--sync"});
+    });
   }
+  // Whether there is a window now whose title matches.
+  [[nodiscard]] bool hasTitle(const QString& title) const {
+    return run({"search", "--onlyvisible", "--name", title});
+  }
+  // How many windows and menus of a program are seen now.
+  [[nodiscard]] int windows(const QString& program) const {
+    QProcess tool;
+    static_cast<void>(
+        ends(tool, "xdotool", {"search", "--onlyvisible", "--class", u'^' + program + u'$'}));
+    return static_cast<int>(tool.readAllStandardOutput().count('\n'));
+  }
+
   // Presses keys of these names (XKeysymDB), or types a text.
   [[nodiscard]] bool press(const QStringList& keys) const { return run(QStringList{"key"} + keys); }
   [[nodiscard]] bool type(const QString& text) const { return run({"type", text}); }
 
+  [[nodiscard]] bool click(const QPoint& at) const {
+    return run(to(at) + QStringList{"click", "1"});
+  }
+  // Presses the button, which stays down until it is let go.
+  [[nodiscard]] bool hold(const QPoint& at) const {
+    return run(to(at) + QStringList{"mousedown", "1"});
+  }
+  [[nodiscard]] bool moveTo(const QPoint& point) const { return run(to(point)); }
+  [[nodiscard]] bool letGo() const { return run({"mouseup", "1"}); }
+  // Moves in small steps with the button down, and lets it go.
+  [[nodiscard]] bool drag(const QPoint& from, const QPoint& end) const {
+    constexpr int steps = 10;
+    QStringList way = to(from) + QStringList{"mousedown", "1"};
+    for (int step = 1; step <= steps; ++step)
+      way += to(from + (end - from) * step / steps);
+    return run(way + QStringList{"mouseup", "1"});
+  }
+
+  // What is seen there, three bytes a pixel; empty when it can't be taken.
+  [[nodiscard]] QByteArray picture(const QRect& part) const {
+    QProcess tool;
+    if (!ends(tool, "import",
+              {"-silent", "-window", "root", "-depth", "8", "-crop",
+               QStringLiteral("%1x%2+%3+%4")
+                   .arg(part.width())
+                   .arg(part.height())
+                   .arg(part.x())
+                   .arg(part.y()),
+               "rgb:-"}))
+      return {};
+    return tool.readAllStandardOutput();
+  }
+
 private:
   static constexpr int patience = 30'000;  // milliseconds
 
+  static QStringList to(const QPoint& point) {
+    return {"mousemove", QString::number(point.x()), QString::number(point.y())};
+  }
+
   [[nodiscard]] bool run(const QStringList& arguments) const {
     QProcess tool;
+    return ends(tool, "xdotool", arguments);
+  }
+
+  // Whether the program ends well.
+  [[nodiscard]] bool ends(QProcess& tool, const QString& program,
+                          const QStringList& arguments) const {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("DISPLAY", QString::fromLatin1(name_));
     tool.setProcessEnvironment(environment);
-    tool.start("xdotool", arguments);
+    tool.start(program, arguments);
     if (!tool.waitForFinished(patience)) {
       tool.kill();
       tool.waitForFinished();
