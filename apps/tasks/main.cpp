@@ -2,11 +2,14 @@
 
 #include "ZApplication.h"
 #include "ZTASK_ENG_Model.h"
+#include "data_directory.h"
 #include "lock_gate.h"
 #include "log_sink.h"
 #include "task_window.h"
 
 #include <QScreen>
+
+#include <string>
 
 namespace {
 
@@ -22,6 +25,15 @@ QRect placeOn(const QRect& room) {
   return place;
 }
 
+// Files that are attached to messages are made where the environment says, else among what may go
+// at any time.
+void chooseAttachmentDirectory() {
+  constexpr char variable[] = "ULO_LOCAL_APP_WRITE_PATH";
+  const std::string directory = ulo::userDirectory("XDG_CACHE_HOME", ".cache") + "/attachments";
+  if (qgetenv(variable).isEmpty() && ulo::makeUserDirectory(directory))
+    qputenv(variable, QByteArray::fromStdString(directory));
+}
+
 }  // namespace
 
 int main(int count, char** arguments) {
@@ -30,6 +42,7 @@ int main(int count, char** arguments) {
   ulo::openLogSink("ulo-tasks");
   if (!tasks::passesLock())
     return exitLocked;
+  chooseAttachmentDirectory();
   ZTASK_ENG_Model store;
   tasks::TaskWindow window(store);
   window.setGeometry(placeOn(QGuiApplication::primaryScreen()->availableGeometry()));

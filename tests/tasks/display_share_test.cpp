@@ -33,14 +33,15 @@ protected:
     addApplication("{220072c6-9008-468e-9968-11f3c50fa95e}",
                    composer + " --attach %f\nWait=true\n");
   }
-  // Waits for the composer; expects this task in the message, and its file gone afterwards.
-  void expectMessage(const std::string& summary) {
+  // Waits for the composer; expects this task in the message, and its file, which was in that
+  // directory, gone afterwards.
+  void expectMessage(const std::string& summary, const std::string& directory) {
     ASSERT_TRUE(waitFor([&] { return std::filesystem::exists(path("message.vcs")); }));
     EXPECT_THAT(readWhole(path("message.vcs")), HasSubstr(":" + summary + "\r\n"));
     const std::string arguments = readWhole(path("arguments"));
-    EXPECT_THAT(arguments, testing::StartsWith("--attach\n" + path("out") + "/" + summary + "-"));
+    EXPECT_THAT(arguments, testing::StartsWith("--attach\n" + directory + "/" + summary + "-"));
     EXPECT_THAT(arguments, testing::EndsWith(".vcs\n"));
-    EXPECT_TRUE(waitFor([&] { return std::filesystem::is_empty(path("out")); }));
+    EXPECT_TRUE(waitFor([&] { return std::filesystem::is_empty(directory); }));
   }
 };
 
@@ -49,7 +50,7 @@ TEST_F(ShareOnDisplay, ByMessageFromTheList) {
   ASSERT_TRUE(shows("All Tasks"));
   press({"Down"});
   chooseByKeys(share, byMessage);
-  expectMessage("Walk");
+  expectMessage("Walk", path("out"));
   expectAt("Home", "Buy milk");
   leave();
 }
@@ -60,10 +61,20 @@ TEST_F(ShareOnDisplay, ByMessageFromTheDetails) {
   press({"Return"});
   ASSERT_TRUE(shows("Buy milk"));
   chooseByKeys(shareIt, byMessage);
-  expectMessage("Buy milk");
+  expectMessage("Buy milk", path("out"));
   EXPECT_THAT(readWhole(path("message.vcs")), HasSubstr("two litres"));
   press({"F3"});
   ASSERT_TRUE(shows("All Tasks"));
+  leave();
+}
+
+TEST_F(ShareOnDisplay, AttachmentsHaveAPlaceOfTheirOwn) {
+  environment_.erase("ULO_LOCAL_APP_WRITE_PATH");
+  environment_["XDG_CACHE_HOME"] = path("cache");
+  start();
+  ASSERT_TRUE(shows("All Tasks"));
+  chooseByKeys(share, byMessage);
+  expectMessage("Buy milk", path("cache/ulo/attachments"));
   leave();
 }
 
