@@ -61,11 +61,17 @@ void TaskListModel::setHidden(std::unordered_set<unsigned int> uids) {
   if (filter_.isSet()) {
     // What is hidden goes at once, what comes back is found anew.
     Listing listing = shown_;
-    std::erase_if(listing.places,
-                  [&](unsigned int place) { return hidden_.contains(listing.uids[place]); });
+    dropHidden(listing);
+    if (coming_)
+      dropHidden(*coming_);
     show(std::move(listing));
   }
   refresh();
+}
+
+void TaskListModel::dropHidden(Listing& listing) const {
+  std::erase_if(listing.places,
+                [&](unsigned int place) { return hidden_.contains(listing.uids[place]); });
 }
 
 // The list as the store has it now; without a filter it is whole.
@@ -91,7 +97,12 @@ std::vector<unsigned int> TaskListModel::readSlice(Listing& listing) {
   timer.start();
   Records page;
   while (!isWhole(listing) && !timer.hasExpired(time)) {
-    readPage(store_, listing.uids, listing.read, filterPage, order_, page);
+    const int code = readPage(store_, listing.uids, listing.read, filterPage, order_, page);
+    if (code != TASK_ENG_OK && code != TASK_ENG_NOT_FOUND) {
+      code_ = code;
+      listing.read = listing.uids.count();
+      break;
+    }
     for (unsigned int i = 0; i < page.count(); ++i)
       if (filter_.passes(page[i]) && !hidden_.contains(listing.uids[listing.read + i]))
         found.push_back(listing.read + i);

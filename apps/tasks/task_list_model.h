@@ -56,7 +56,7 @@ public:
   [[nodiscard]] const ListFilter& filter() const { return filter_; }
   // Whether rows may still come.
   [[nodiscard]] bool isReading() const { return !isWhole(shown_) || coming_.has_value(); }
-  // What the store said to the last reading of the list.
+  // What the store said to the last reading of the list. One that refuses ends the reading.
   [[nodiscard]] int storeCode() const { return code_; }
 
   // Requires: a row of the model.
@@ -101,6 +101,7 @@ private:
   void show(Listing listing);
   void goOn();
   void renewRows();
+  void dropHidden(Listing& listing) const;
   void dropLostChoices();
   [[nodiscard]] const ZTASK_ENG_Task* record(int row) const;
   void readRecords(unsigned int place) const;

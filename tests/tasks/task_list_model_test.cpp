@@ -269,4 +269,30 @@ TEST_F(Model, AStoreThatAnswersWithAnErrorIsAnEmptyList) {
   EXPECT_EQ(model_.storeCode(), databaseFailure);
 }
 
+TEST_F(Model, AStoreThatRefusesEndsTheReading) {
+  addMany(30'000);
+  model_.setOrder({});
+  model_.setFilter({{"9"}, {}});
+  ASSERT_TRUE(model_.isReading());
+  raw_.run("drop table task_table_task");
+  EXPECT_TRUE(waitFor([this] { return !model_.isReading(); }));
+  EXPECT_EQ(model_.storeCode(), databaseFailure);
+}
+
+TEST_F(Model, WhatIsHiddenStaysSoWhileTheListIsReadAnew) {
+  addMany(20'000);
+  model_.setOrder({});
+  model_.setFilter({{"task"}, {}});
+  ASSERT_EQ(allRows().size(), 20'000);
+  model_.refresh();
+  ASSERT_TRUE(model_.isReading());
+  const unsigned int first = model_.uidAt(0);
+  model_.setHidden({first});
+  bool came = false;
+  QObject::connect(&model_, &TaskListModel::modelReset,
+                   [&] { came = came || model_.uidAt(0) == first; });
+  allRows();
+  EXPECT_FALSE(came);
+}
+
 }  // namespace
