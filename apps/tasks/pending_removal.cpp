@@ -32,6 +32,11 @@ void PendingRemoval::undo() {
   Q_EMIT changed();
 }
 
+void PendingRemoval::keep(unsigned int uid) {
+  if (std::erase(undoable_, uid) + std::erase(due_, uid) > 0)
+    Q_EMIT changed();
+}
+
 void PendingRemoval::commit() {
   patience_.stop();
   due_.insert(due_.begin(), undoable_.rbegin(), undoable_.rend());

@@ -25,6 +25,8 @@ public:
   void begin(const std::vector<unsigned int>& uids);
   // What can be taken back stays.
   void undo();
+  // A task that is to be removed stays after all.
+  void keep(unsigned int uid);
   // Removes everything now.
   void finish();
 

@@ -108,4 +108,20 @@ TEST_F(Removal, ManyGoBetweenOtherEvents) {
   EXPECT_GT(others, 2);
 }
 
+TEST_F(Removal, ATaskThatIsKeptStays) {
+  PendingRemoval removal(store_, never);
+  removal.begin({a_});
+  removal.begin({b_, c_});
+  const QSignalSpy changes(&removal, &PendingRemoval::changed);
+  removal.keep(c_);
+  removal.keep(a_);
+  EXPECT_EQ(changes.count(), 2);
+  removal.keep(999);
+  EXPECT_EQ(changes.count(), 2);
+  EXPECT_EQ(removal.undoable(), 1);
+  EXPECT_THAT(removal.uids(), UnorderedElementsAre(b_));
+  removal.finish();
+  EXPECT_THAT(allUids(), ElementsAre(a_, c_));
+}
+
 }  // namespace
