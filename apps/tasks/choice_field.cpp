@@ -1,8 +1,8 @@
 #include "choice_field.h"
 
-#include "RES_ICON_Reader.h"
 #include "field_look.h"
 #include "look.h"
+#include "state_icon.h"
 #include "texts.h"
 
 #include <QKeyEvent>
@@ -66,8 +66,7 @@ void ChoiceField::paintEvent(QPaintEvent*) {
 namespace {
 
 void add(ChoiceField& field, int code, const QString& text, const char* state) {
-  const QString icon = QStringLiteral("todo_task_%1_small.gif").arg(QLatin1String(state));
-  field.addItem(RES_ICON_Reader::getIcon(icon, true), text, code);
+  field.addItem(stateIcon(state), text, code);
 }
 
 }  // namespace

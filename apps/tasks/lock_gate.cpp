@@ -1,6 +1,7 @@
 #include "lock_gate.h"
 
 #include "SETUP_SECURITY_Util.h"
+#include "ZTASK_ENG_Model.h"
 
 #include <cstdio>
 #include <dlfcn.h>
@@ -8,7 +9,6 @@
 namespace tasks {
 
 bool passesLock() {
-  constexpr char application[] = "{9a4cdb74-34ec-415e-ba36-b8c2a35d0071}";
   constexpr int mode = 1;
   void* library = dlopen("libulosecuritysetup.so", RTLD_LAZY);
   const auto check = library == nullptr
@@ -20,7 +20,7 @@ bool passesLock() {
         std::fprintf(stderr, "ulo-tasks: the application lock is missing: %s\n", dlerror()));
     return false;
   }
-  return check(application, mode) != 0;
+  return check(ZTASK_ENG_Model::identifier, mode) != 0;
 }
 
 }  // namespace tasks

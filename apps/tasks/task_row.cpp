@@ -1,7 +1,7 @@
 #include "task_row.h"
 
-#include "RES_ICON_Reader.h"
 #include "look.h"
+#include "state_icon.h"
 #include "task_list_model.h"
 
 #include <QPainter>
@@ -12,10 +12,6 @@
 namespace tasks {
 
 namespace {
-
-QPixmap readIcon(const char* name) {
-  return RES_ICON_Reader::getIcon(QStringLiteral("todo_task_%1_small.gif").arg(name), true);
-}
 
 // Takes a part of the room from the side where lines begin, or end.
 QRect takeStart(QRect& room, int width, Qt::LayoutDirection direction) {
@@ -76,9 +72,9 @@ void paintLine(QPainter* painter, const QStyleOptionViewItem& option, const QRec
 }  // namespace
 
 TaskRow::TaskRow(QObject* parent)
-    : QStyledItemDelegate(parent), icons_{readIcon("complete"), readIcon("incomplete"),
-                                          readIcon("hi_pri"), readIcon("normal_pri"),
-                                          readIcon("lo_pri")} {}
+    : QStyledItemDelegate(parent), icons_{stateIcon("complete"), stateIcon("incomplete"),
+                                          stateIcon("hi_pri"), stateIcon("normal_pri"),
+                                          stateIcon("lo_pri")} {}
 
 QRect TaskRow::statusZone(const QWidget* widget, const QRect& row) {
   QRect room = row;
