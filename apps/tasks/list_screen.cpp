@@ -14,6 +14,7 @@
 #include "tasksMenu.h"
 #include "texts.h"
 
+#include <QApplication>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QScrollArea>
@@ -95,7 +96,13 @@ ListScreen::ListScreen(ZTASK_ENG_Model& store, QWidget* parent)
     tell(
         ulo::text("TXT_RID_INSTRUCTIONALTXT_TASKS_NOT_DELETED", "Not all tasks could be deleted."));
   });
-  setOrder(readListOrder());
+  day_.setObjectName(QStringLiteral("day"));
+  connect(&day_, &QTimer::timeout, this, [this] {
+    if (today_ != QDate::currentDate())
+      refresh();
+  });
+  day_.start(std::chrono::minutes(1));
+  showOrder(readListOrder());
 }
 
 ListScreen::~ListScreen() = default;
@@ -131,13 +138,14 @@ void ListScreen::buildContent() {
   setFocusProxy(list_);
 
   connect(filter_, &FilterBar::changed, this, [this] { model_.setFilter(filter_->filter()); });
-  connect(filter_, &FilterBar::left, list_, [this] { list_->setFocus(); });
+  connect(filter_, &FilterBar::left, this, [this] { focusProxy()->setFocus(); });
   connect(list_, &TaskListView::typed, filter_, &FilterBar::type);
   connect(list_, &TaskListView::opened, this, &ListScreen::openTask);
   connect(list_, &TaskListView::checked, this, &ListScreen::checkTask);
   connect(list_, &TaskListView::removalAsked, this, &ListScreen::removeTasks);
   connect(list_, &TaskListView::held, this, [this](int row) {
-    setChoosing(true);
+    if (!choosing_)
+      setChoosing(true);
     model_.setChosen(row, true);
   });
   connect(notice_, &NoticeBar::undoAsked, this, &ListScreen::undoRemoval);
@@ -167,7 +175,7 @@ void ListScreen::buildMenu() {
       {9, SLOT(shareByBluetooth()), "TXT_RID_OPTION_BLUETOOTH", "Bluetooth"},
       {10, SLOT(shareByMessage()), "TXT_RID_OPTION_MESSAGE", "Message"},
       {itemSynchronize, SLOT(synchronize()), "TXT_RID_OPTION_SYNCHRONIZE", "Synchronize"},
-      {itemDelete, SLOT(removeTasks()), "TXT_RID_OPTION_DELETE", "Delete"},
+      {itemDelete, SLOT(removeMenuTasks()), "TXT_RID_OPTION_DELETE", "Delete"},
       {itemSelectMultiple, SLOT(selectMultiple()), "TXT_RID_OPTION_SELECT_MULTIPLE",
        "Select Multiple"},
       {itemSortBy, nullptr, "TXT_RID_OPTION_SORT_BY", "Sort by"},
@@ -186,7 +194,8 @@ void ListScreen::buildMenu() {
 }
 
 void ListScreen::updateMenu() {
-  const std::size_t count = targets().size();
+  menuTargets_ = targets();
+  const std::size_t count = menuTargets_.size();
   const bool any = model_.rowCount() > 0;
   for (const int item : {itemSelectAll, itemUnselectAll})
     menu_->showItem(item, choosing_);
@@ -266,22 +275,35 @@ void ListScreen::setSort(ZTASK_ENG_Model::TASK_SORT_FIELD sort) {
 
 void ListScreen::setOrder(const ListOrder& order) {
   writeListOrder(order);
+  showOrder(order);
+}
+
+void ListScreen::showOrder(const ListOrder& order) {
+  today_ = QDate::currentDate();
+  readCategories();
   model_.setOrder(order);
   list_->goTo(0);
   list_->scrollToTop();
-  refresh();
 }
 
 void ListScreen::refresh() {
   today_ = QDate::currentDate();
+  readCategories();
+  model_.refresh();
+}
+
+void ListScreen::readCategories() {
   QValueList<QString> names;
   store_.getAllCategories(names);
   filter_->setCategories(names);
-  model_.refresh();
 }
 
 void ListScreen::goTo(unsigned int uid) {
   list_->goTo(model_.rowOf(uid));
+}
+
+bool ListScreen::leavesOut(unsigned int uid) const {
+  return !model_.isReading() && model_.rowOf(uid) < 0;
 }
 
 void ListScreen::tell(const QString& message) {
@@ -296,9 +318,8 @@ std::vector<unsigned int> ListScreen::targets() const {
   return {model_.uidAt(list_->currentRow())};
 }
 
-bool ListScreen::readTarget(ZTASK_ENG_Task& task) {
-  const std::vector<unsigned int> uids = targets();
-  return uids.size() == 1 && store_.getTask(uids.front(), task) == TASK_ENG_OK;
+bool ListScreen::readMenuTask(ZTASK_ENG_Task& task) {
+  return menuTargets_.size() == 1 && store_.getTask(menuTargets_.front(), task) == TASK_ENG_OK;
 }
 
 void ListScreen::openTask(int row) {
@@ -332,19 +353,19 @@ void ListScreen::createTask() {
 
 void ListScreen::editTask() {
   Task task;
-  if (readTarget(task))
+  if (readMenuTask(task))
     Q_EMIT changeView(TASK_LIST_VIEW, TASK_FORM_VIEW, &task);
 }
 
 void ListScreen::shareByBluetooth() {
   Task task;
-  if (readTarget(task))
+  if (readMenuTask(task))
     shareTask(store_, task, ShareBy::bluetooth);
 }
 
 void ListScreen::shareByMessage() {
   Task task;
-  if (readTarget(task))
+  if (readMenuTask(task))
     shareTask(store_, task, ShareBy::message);
 }
 
@@ -374,8 +395,7 @@ void ListScreen::unselectAll() {
   model_.chooseNone();
 }
 
-void ListScreen::removeTasks() {
-  const std::vector<unsigned int> uids = targets();
+void ListScreen::remove(const std::vector<unsigned int>& uids) {
   if (uids.empty())
     return;
   setChoosing(false);
@@ -387,6 +407,8 @@ void ListScreen::undoRemoval() {
 }
 
 void ListScreen::removalChanged() {
+  // A button that goes leaves the focus to the list.
+  const bool hadFocus = notice_->isAncestorOf(QApplication::focusWidget());
   model_.setHidden(removal_.uids());
   const std::size_t count = removal_.undoable();
   if (count == 0)
@@ -396,6 +418,8 @@ void ListScreen::removalChanged() {
   else
     notice_->showUndoable(
         ulo::text("FMT_RID_STANDARD_1_TASKS_DELETED", "%1 tasks deleted").arg(count));
+  if (hadFocus && count == 0)
+    setFocus();
 }
 
 void ListScreen::rightKey() {

@@ -6,6 +6,7 @@
 #include "task_list_model.h"
 
 #include <QDate>
+#include <QTimer>
 
 class QLabel;
 class QScrollArea;
@@ -33,8 +34,12 @@ public:
 
   // Shows the task, where the view has it.
   void goTo(unsigned int uid);
+  // Whether view, search or category leave this task out. False while it may still be found.
+  [[nodiscard]] bool leavesOut(unsigned int uid) const;
   // Tells of something that was done.
   void tell(const QString& message);
+  // A task that the user deleted a moment ago stays after all.
+  void keep(unsigned int uid) { removal_.keep(uid); }
   // Makes what cannot wait: removals that could be taken back.
   void finish() { removal_.finish(); }
 
@@ -62,7 +67,8 @@ private Q_SLOTS:
   void shareByBluetooth();
   void shareByMessage();
   void synchronize();
-  void removeTasks();
+  void removeTasks() { remove(targets()); }
+  void removeMenuTasks() { remove(menuTargets_); }
   void selectMultiple();
   void sortByDue() { setSort(ZTASK_ENG_Model::TASK_SORT_DUE); }
   void sortByPriority() { setSort(ZTASK_ENG_Model::TASK_SORT_PRIORITY); }
@@ -80,14 +86,17 @@ private:
   void setView(ZTASK_ENG_Model::TASK_CATEGORY view);
   void setSort(ZTASK_ENG_Model::TASK_SORT_FIELD sort);
   void setOrder(const ListOrder& order);
+  void showOrder(const ListOrder& order);
   void setChoosing(bool choosing);
   void openTask(int row);
   void checkTask(int row);
+  void remove(const std::vector<unsigned int>& uids);
   void removalChanged();
-  // The tasks that a command is for: the chosen ones, or the current one.
+  void readCategories();
+  // The tasks that a key is for: the chosen ones, or the current one.
   [[nodiscard]] std::vector<unsigned int> targets() const;
-  // Reads the one task that a command is for. False when there are none, several, or it is gone.
-  bool readTarget(ZTASK_ENG_Task& task);
+  // Reads the one task that the menu is for. False when there are none, several, or it is gone.
+  bool readMenuTask(ZTASK_ENG_Task& task);
   [[nodiscard]] QString emptyText() const;
 
   ZTASK_ENG_Model& store_;
@@ -101,6 +110,9 @@ private:
   QScrollArea* emptyPage_ = nullptr;
   QLabel* empty_ = nullptr;
   ZOptionsMenu* menu_ = nullptr;
+  // What the menu was opened for, whatever happens to the list meanwhile.
+  std::vector<unsigned int> menuTargets_;
+  QTimer day_{this};
   bool choosing_ = false;
 };
 

@@ -9,6 +9,7 @@
 #include <QToolButton>
 
 #include <chrono>
+#include <utility>
 
 namespace tasks {
 
@@ -25,6 +26,7 @@ NoticeBar::NoticeBar(QWidget* parent)
   undo_->setFocusPolicy(Qt::TabFocus);
   text_->setColour(QPalette::BrightText);
   text_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+  time_.setObjectName(QStringLiteral("message"));
   time_.setSingleShot(true);
   time_.setInterval(std::chrono::seconds(5));
   connect(&time_, &QTimer::timeout, this, &QWidget::hide);
@@ -61,13 +63,28 @@ void NoticeBar::showUndoable(const QString& text) {
 }
 
 void NoticeBar::showMessage(const QString& text) {
+  if (!isHidden() && !undo_->isHidden()) {
+    next_ = text;
+    return;
+  }
+  time_.stop();
   showText(text, false);
-  time_.start();
+  if (isVisible())
+    time_.start();
+}
+
+// The screen that it is on may come later.
+void NoticeBar::showEvent(QShowEvent* event) {
+  QWidget::showEvent(event);
+  if (undo_->isHidden() && !time_.isActive())
+    time_.start();
 }
 
 void NoticeBar::hideUndoable() {
-  if (undo_->isVisibleTo(this))
+  if (!undo_->isHidden())
     hide();
+  if (const QString next = std::exchange(next_, {}); !next.isEmpty())
+    showMessage(next);
 }
 
 void NoticeBar::paintEvent(QPaintEvent*) {

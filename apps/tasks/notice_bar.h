@@ -18,9 +18,10 @@ public:
 
   // Stays until it is hidden, and offers to take back what was done.
   void showUndoable(const QString& text);
-  // Goes by itself.
+  // Goes by itself, some seconds after it was first seen. Waits for one that offers to take
+  // something back.
   void showMessage(const QString& text);
-  // Of what can be taken back; a message stays.
+  // Of what can be taken back; a message stays, or comes.
   void hideUndoable();
 
 Q_SIGNALS:
@@ -29,6 +30,7 @@ Q_SIGNALS:
 protected:
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
+  void showEvent(QShowEvent* event) override;
 
 private:
   void showText(const QString& text, bool isUndoable);
@@ -37,7 +39,8 @@ private:
   QBoxLayout* line_;
   ZWrappedText* text_;
   QToolButton* undo_;
-  QTimer time_;
+  QString next_;  // the message that waits
+  QTimer time_{this};
 };
 
 }  // namespace tasks

@@ -73,12 +73,6 @@ void TaskListView::takePlace() {
       break;
     }
   verticalScrollBar()->setValue(scrolled);
-  Q_EMIT currentMoved();
-}
-
-void TaskListView::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
-  QListView::currentChanged(current, previous);
-  Q_EMIT currentMoved();
 }
 
 // Who comes by keyboard sees where they are.
@@ -90,21 +84,22 @@ void TaskListView::focusInEvent(QFocusEvent* event) {
 
 void TaskListView::keyPressEvent(QKeyEvent* event) {
   const int row = currentRow();
+  const bool acts = row >= 0 && !event->isAutoRepeat();
   const bool plain = (event->modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier)) == 0;
   switch (event->key()) {
   case Qt::Key_Return:
   case Qt::Key_Enter:
   case Qt::Key_Select:
-    if (row >= 0)
+    if (acts)
       Q_EMIT opened(row);
     return;
   case Qt::Key_Space:
-    if (row >= 0)
+    if (acts)
       Q_EMIT checked(row);
     return;
   case Qt::Key_Delete:
   case Qt::Key_Backspace:
-    if (row >= 0)
+    if (acts)
       Q_EMIT removalAsked();
     return;
   case Qt::Key_Up:
@@ -128,9 +123,12 @@ void TaskListView::mousePressEvent(QMouseEvent* event) {
   if (event->button() != Qt::LeftButton)
     return;
   pressedAt_ = event->position().toPoint();
-  pressed_ = indexAt(pressedAt_);
-  if (pressed_.isValid())
-    hold_.start(QApplication::styleHints()->mousePressAndHoldInterval(), this);
+  letGo();
+  const QModelIndex index = indexAt(pressedAt_);
+  if (!index.isValid())
+    return;
+  pressed_ = tasks_.uidAt(index.row());
+  hold_.start(QApplication::styleHints()->mousePressAndHoldInterval(), this);
 }
 
 void TaskListView::mouseMoveEvent(QMouseEvent* event) {
@@ -142,7 +140,7 @@ void TaskListView::mouseMoveEvent(QMouseEvent* event) {
 void TaskListView::mouseReleaseEvent(QMouseEvent* event) {
   const QPoint at = event->position().toPoint();
   const QModelIndex index = indexAt(at);
-  const bool same = index.isValid() && index == pressed_;
+  const bool same = index.isValid() && pressed_ == tasks_.uidAt(index.row());
   letGo();
   if (!same)
     return;
@@ -155,7 +153,7 @@ void TaskListView::mouseReleaseEvent(QMouseEvent* event) {
 
 void TaskListView::letGo() {
   hold_.stop();
-  pressed_ = QModelIndex();
+  pressed_.reset();
 }
 
 void TaskListView::timerEvent(QTimerEvent* event) {
@@ -163,7 +161,7 @@ void TaskListView::timerEvent(QTimerEvent* event) {
     QListView::timerEvent(event);
     return;
   }
-  const int row = pressed_.row();
+  const int row = pressed_ ? tasks_.rowOf(*pressed_) : -1;
   letGo();
   if (row >= 0) {
     setCurrentIndex(tasks_.index(row));

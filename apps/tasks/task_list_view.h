@@ -4,6 +4,7 @@
 #include <QBasicTimer>
 #include <QListView>
 
+#include <optional>
 #include <vector>
 
 namespace tasks {
@@ -12,7 +13,8 @@ class TaskListModel;
 class TaskRow;
 
 // Enter or a touch opens a task, Space or a touch of its status checks it off. Keeps the current
-// task and what is seen where they are when the model is reset.
+// task and what is seen where they are when the model is reset; a touch goes on meanwhile. A key
+// that is held does nothing again that changes a task.
 class TaskListView : public QListView {
   Q_OBJECT
 
@@ -33,8 +35,6 @@ Q_SIGNALS:
   // Letters were typed.
   void typed(const QString& text);
   void removalAsked();
-  // The current row is another one, or there is one now, or none.
-  void currentMoved();
 
 protected:
   void keyPressEvent(QKeyEvent* event) override;
@@ -42,7 +42,6 @@ protected:
   void mouseMoveEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
   void timerEvent(QTimerEvent* event) override;
-  void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
   void focusInEvent(QFocusEvent* event) override;
 
 private:
@@ -63,7 +62,8 @@ private:
   TaskRow* row_;
   Place place_;
   QBasicTimer hold_;
-  QPersistentModelIndex pressed_;
+  // The task that is touched; none once the touch has become a drag.
+  std::optional<unsigned int> pressed_;
   QPoint pressedAt_;
 };
 

@@ -2,9 +2,11 @@
 
 #include "ZOptionsMenu.h"
 #include "ZSoftKey.h"
+#include "environment_variable.h"
 #include "filter_bar.h"
 #include "list_screen.h"
 #include "list_settings.h"
+#include "notice_bar.h"
 #include "task_list_view.h"
 #include "task_row.h"
 #include "tasks_test.h"
@@ -14,6 +16,7 @@
 #include <QLineEdit>
 #include <QScrollBar>
 #include <QSignalSpy>
+#include <QTimer>
 #include <QToolButton>
 
 using tasks::ListScreen;
@@ -201,6 +204,20 @@ TEST_F(List, LettersSearchAndEscapeEndsTheSearch) {
   EXPECT_EQ(emptyText(), "");
   EXPECT_TRUE(list_->hasFocus());
   EXPECT_EQ(model_->rowCount(), 2);
+}
+
+TEST_F(List, WhereNothingIsFoundEscapeEndsTheFilterToo) {
+  add({.summary = "a", .category = "meeting"});
+  open();
+  screen_->findChild<QComboBox*>()->setCurrentIndex(1);
+  type("a");
+  EXPECT_EQ(model_->rowCount(), 0);
+  screen_->findChild<QLineEdit*>()->setFocus();
+  key(Qt::Key_Escape);
+  EXPECT_EQ(model_->rowCount(), 0);
+  key(Qt::Key_Escape);
+  EXPECT_THAT(rows(), ElementsAre("a"));
+  EXPECT_TRUE(list_->hasFocus());
 }
 
 TEST_F(List, WhatWasFoundIsDeletedAndBroughtBack) {
@@ -392,6 +409,52 @@ TEST_F(List, HoldingARowBeginsToChoose) {
   EXPECT_EQ(screen_->appTitle(), "All Tasks");
 }
 
+TEST_F(List, HoldingAnotherRowAddsIt) {
+  const unsigned int b = add("b");
+  const unsigned int a = add("a");
+  open();
+  take(11);
+  key(Qt::Key_Space);
+  QTest::mousePress(list_->viewport(), Qt::LeftButton, {}, middleOf(1));
+  EXPECT_TRUE(waitFor([this] { return screen_->appTitle() != "1 Selected"; }));
+  QTest::mouseRelease(list_->viewport(), Qt::LeftButton, {}, middleOf(1));
+  EXPECT_THAT(model_->chosen(), ElementsAre(a, b));
+}
+
+TEST_F(List, ATouchIsFeltWhileOthersChangeTheList) {
+  add("b");
+  const unsigned int a = add("a");
+  open();
+  QTest::mousePress(list_->viewport(), Qt::LeftButton, {}, middleOf(0));
+  screen_->refresh();
+  QTest::mouseRelease(list_->viewport(), Qt::LeftButton, {}, middleOf(0));
+  EXPECT_THAT(asked_, ElementsAre(Asked{0, 3, "a"}));
+  // Another task has come under the finger.
+  QTest::mousePress(list_->viewport(), Qt::LeftButton, {}, middleOf(0));
+  ASSERT_EQ(store_.removeTask(a), ok);
+  screen_->refresh();
+  QTest::mouseRelease(list_->viewport(), Qt::LeftButton, {}, middleOf(0));
+  EXPECT_EQ(asked_.size(), 1);
+}
+
+TEST_F(List, AKeyThatIsHeldDoesNothingAgain) {
+  add("b");
+  const unsigned int a = add("a");
+  open();
+  const auto hold = [this](Qt::Key key) {
+    for (const bool again : {false, true, true}) {
+      QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier, QString(), again);
+      QCoreApplication::sendEvent(list_, &press);
+    }
+  };
+  hold(Qt::Key_Space);
+  EXPECT_EQ(stored(a).getStatus(), 0);
+  hold(Qt::Key_Return);
+  EXPECT_EQ(asked_.size(), 1);
+  hold(Qt::Key_Delete);
+  EXPECT_THAT(rows(), ElementsAre("b"));
+}
+
 TEST_F(List, ADragIsNoTouch) {
   add("b");
   add("a");
@@ -437,6 +500,94 @@ TEST_F(List, ATaskIsGoneToWhereItIsListed) {
   EXPECT_TRUE(list_->viewport()->rect().contains(middleOf(39)));
   screen_->goTo(999);
   EXPECT_EQ(current(), "39");
+}
+
+TEST_F(List, TheMenuIsForTheTaskItWasOpenedFor) {
+  const unsigned int b = add("b");
+  const unsigned int a = add("a");
+  open();
+  openMenu();
+  ASSERT_EQ(store_.removeTask(a), ok);
+  screen_->refresh();
+  ASSERT_EQ(current(), "b");
+  menu()->item(17)->trigger();
+  screen_->finish();
+  EXPECT_TRUE(isStored(b));
+  // Keys are for the current one.
+  QTest::keyClick(list_, Qt::Key_Delete);
+  screen_->finish();
+  EXPECT_FALSE(isStored(b));
+}
+
+TEST_F(List, ANewDayIsSeen) {
+  const EnvironmentVariable west("TZ", "UTC+12");
+  open();
+  auto* day = screen_->findChild<QTimer*>("day");
+  ASSERT_NE(day, nullptr);
+  EXPECT_TRUE(day->isActive());
+  EXPECT_LE(day->interval(), 60'000);
+  add("a");
+  // Where it is tomorrow already.
+  const EnvironmentVariable east("TZ", "UTC-14");
+  day->setInterval(0);
+  EXPECT_TRUE(waitFor([this] { return model_->rowCount() == 1; }));
+}
+
+TEST_F(List, AfterUndoKeysGoToTheListAgain) {
+  add("b");
+  add("a");
+  open();
+  key(Qt::Key_Delete);
+  undoButton()->setFocus();
+  key(Qt::Key_Space);
+  EXPECT_TRUE(list_->hasFocus());
+  key(Qt::Key_Delete);
+  undoButton()->setFocus();
+  screen_->finish();
+  EXPECT_FALSE(undoButton()->isVisible());
+  EXPECT_TRUE(list_->hasFocus());
+}
+
+TEST_F(List, ATaskThatIsKeptIsNotDeleted) {
+  const unsigned int b = add("b");
+  const unsigned int a = add("a");
+  open();
+  take(11);
+  take(15);
+  key(Qt::Key_F2);
+  screen_->keep(a);
+  EXPECT_THAT(rows(), ElementsAre("a"));
+  EXPECT_TRUE(undoButton()->isVisible());
+  screen_->finish();
+  EXPECT_TRUE(isStored(a));
+  EXPECT_FALSE(isStored(b));
+}
+
+TEST_F(List, AMessageWaitsWhileSomethingCanBeTakenBack) {
+  add("a");
+  open();
+  key(Qt::Key_Delete);
+  screen_->tell("done");
+  EXPECT_TRUE(undoButton()->isVisible());
+  undoButton()->click();
+  const auto* notice = screen_->findChild<tasks::NoticeBar*>();
+  EXPECT_EQ(notice->accessibleName(), "done");
+  EXPECT_TRUE(notice->isVisible());
+  // Once.
+  key(Qt::Key_Delete);
+  screen_->finish();
+  EXPECT_FALSE(notice->isVisible());
+}
+
+TEST_F(List, AMessageWaitsUntilTheListIsShown) {
+  open();
+  auto* time = screen_->findChild<QTimer*>("message");
+  ASSERT_NE(time, nullptr);
+  screen_->hide();
+  screen_->tell("done");
+  EXPECT_FALSE(time->isActive());
+  screen_->show();
+  EXPECT_TRUE(time->isActive());
 }
 
 TEST_F(List, ATaskThatIsGoneOpensNothing) {
