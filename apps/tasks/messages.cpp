@@ -33,7 +33,7 @@ QString importText(unsigned int stored, unsigned int all) {
       .arg(all);
 }
 
-QString importText(const ImportResult& result) {
+QString importText(const ImportResult& result, bool isShown) {
   constexpr qsizetype nameLimit = 40;  // characters of a file's name
   QStringList parts;
   if (result.imported == 1)
@@ -41,6 +41,12 @@ QString importText(const ImportResult& result) {
   else if (result.imported > 1)
     parts.append(
         ulo::text("FMT_RID_STANDARD_1_TASKS_IMPORTED", "%1 tasks imported.").arg(result.imported));
+  if (result.imported == 1 && !isShown)
+    parts.append(
+        ulo::text("TXT_RID_INSTRUCTIONALTXT_VIEW_WITHOUT_IT", "This view does not show it."));
+  else if (result.imported > 1 && !isShown)
+    parts.append(ulo::text("TXT_RID_INSTRUCTIONALTXT_VIEW_WITHOUT_ALL",
+                           "This view does not show all of them."));
   if (result.failed)
     parts.append(
         ulo::text("TXT_RID_INSTRUCTIONALTXT_NOT_ALL_IMPORTED", "Not all tasks could be imported."));

@@ -15,7 +15,8 @@ void tellNotStored(int code, QWidget* parent);
 
 // How far an import has come.
 [[nodiscard]] QString importText(unsigned int stored, unsigned int all);
-// How many tasks came from files, and from which file none.
-[[nodiscard]] QString importText(const ImportResult& result);
+// How many tasks came from files, and from which file none. Says so where the list does not show
+// what came last.
+[[nodiscard]] QString importText(const ImportResult& result, bool isShown);
 
 }  // namespace tasks

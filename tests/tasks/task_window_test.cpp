@@ -1,92 +1,26 @@
 // The window: which screen is seen, and what goes with the others.
 
-#include "task_window.h"
-
 #include "TASK_UI_DetailView.h"
-#include "ZOptionsMenu.h"
 #include "ZSoftKey.h"
 #include "form_screen.h"
 #include "import.h"
 #include "line_field.h"
 #include "list_screen.h"
 #include "messages.h"
-#include "notification_server.h"
-#include "task_list_view.h"
-#include "tasks_test.h"
 #include "ulotask_process.h"
+#include "window_test.h"
 
 #include <QDragEnterEvent>
 #include <QDropEvent>
-#include <QFile>
 #include <QMimeData>
 #include <QPointer>
 
 using tasks::FormScreen;
 using tasks::ListScreen;
 using tasks::TaskListView;
-using tasks::TaskWindow;
 using testing::ElementsAre;
 
 namespace {
-
-class Window : public Tasks {
-protected:
-  Window() { setenv("DBUS_SESSION_BUS_ADDRESS", qPrintable(bus_.address()), 1); }
-  ~Window() override { unsetenv("DBUS_SESSION_BUS_ADDRESS"); }
-
-  // Shows the window with what is stored so far.
-  void open() {
-    window_ = std::make_unique<TaskWindow>(store_);
-    window_->resize(240, 320);
-    window_->show();
-    window_->activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(window_.get()));
-  }
-  void key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
-    ASSERT_NE(QApplication::focusWidget(), nullptr);
-    QTest::keyClick(QApplication::focusWidget(), key, modifiers);
-  }
-  void type(const QString& text) { QTest::keyClicks(QApplication::focusWidget(), text); }
-  // Takes an item of the options menu.
-  void take(int item) {
-    static_cast<ZKbMainWidget*>(window_->currentWidget())
-        ->findChild<ZOptionsMenu*>()
-        ->item(item)
-        ->trigger();
-    finishEvents();
-  }
-  template <typename Screen> Screen* current() {
-    return qobject_cast<Screen*>(window_->currentWidget());
-  }
-  std::vector<std::string> rows() {
-    const QAbstractItemModel* model = window_->findChild<TaskListView*>()->model();
-    std::vector<std::string> titles;
-    for (int row = 0; row < model->rowCount(); ++row)
-      titles.push_back(model->index(row, 0).data().toString().toStdString());
-    return titles;
-  }
-  std::string listed() {
-    return window_->findChild<TaskListView*>()->currentIndex().data().toString().toStdString();
-  }
-  QString file(const char* name, const QByteArray& bytes) {
-    QFile file(QString::fromStdString((directory_.path() / name).string()));
-    EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-    return file.fileName();
-  }
-  QString calendar(const char* name, const QByteArray& summary) {
-    return file(name, "BEGIN:VCALENDAR\r\nVERSION:1.0\r\nBEGIN:VTODO\r\nSUMMARY:" + summary +
-                          "\r\nEND:VTODO\r\nEND:VCALENDAR\r\n");
-  }
-  Task only() {
-    const std::vector<unsigned int> uids = allUids();
-    EXPECT_EQ(uids.size(), 1U);
-    return stored(uids.front());
-  }
-
-  TestBus bus_;
-  std::unique_ptr<TaskWindow> window_;
-};
 
 TEST_F(Window, BeginsWithTheList) {
   add("a");
@@ -262,14 +196,17 @@ TEST(ImportMessages, SayWhatCameAndWhatDidNot) {
   EXPECT_EQ(tasks::importText(12, 345), u"12 of 345 tasks imported\u2026");
   tasks::ImportResult result;
   result.imported = 1;
-  EXPECT_EQ(tasks::importText(result), "Task imported.");
+  EXPECT_EQ(tasks::importText(result, true), "Task imported.");
+  EXPECT_EQ(tasks::importText(result, false), "Task imported. This view does not show it.");
   result.imported = 12;
+  EXPECT_EQ(tasks::importText(result, false),
+            "12 tasks imported. This view does not show all of them.");
   result.unread = {"/tmp/a.txt"};
-  EXPECT_EQ(tasks::importText(result), "12 tasks imported. There is no task in a.txt.");
+  EXPECT_EQ(tasks::importText(result, true), "12 tasks imported. There is no task in a.txt.");
   result.imported = 0;
   result.failed = true;
   result.unread = {"/tmp/a", "/tmp/" + QString(60, u'n') + "\nx", "/tmp/c", "/tmp/d"};
-  EXPECT_EQ(tasks::importText(result),
+  EXPECT_EQ(tasks::importText(result, true),
             "Not all tasks could be imported. There is no task in a. There is no task in " +
                 QString(40, u'n') + QStringLiteral("\u2026. \u2026"));
 }

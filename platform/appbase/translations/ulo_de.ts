@@ -519,5 +519,21 @@ Leeren Sie die Suchzeile und wählen Sie alle Kategorien, um mehr zu sehen.</tra
         <source>Open</source>
         <translation>Öffnen</translation>
     </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_TASK_SAVED_NOT_SHOWN">
+        <source>Saved. This view does not show the task.</source>
+        <translation>Gespeichert. Diese Ansicht zeigt die Aufgabe nicht.</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_TASK_WAS_DELETED">
+        <source>The task has been deleted.</source>
+        <translation>Die Aufgabe wurde gelöscht.</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_VIEW_WITHOUT_IT">
+        <source>This view does not show it.</source>
+        <translation>Diese Ansicht zeigt sie nicht.</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_VIEW_WITHOUT_ALL">
+        <source>This view does not show all of them.</source>
+        <translation>Diese Ansicht zeigt nicht alle.</translation>
+    </message>
 </context>
 </TS>

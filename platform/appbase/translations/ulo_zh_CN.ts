@@ -519,5 +519,21 @@ Empty the search line and choose all categories to see more.</source>
         <source>Open</source>
         <translation>打开</translation>
     </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_TASK_SAVED_NOT_SHOWN">
+        <source>Saved. This view does not show the task.</source>
+        <translation>已保存。此视图不显示该任务。</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_TASK_WAS_DELETED">
+        <source>The task has been deleted.</source>
+        <translation>该任务已被删除。</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_VIEW_WITHOUT_IT">
+        <source>This view does not show it.</source>
+        <translation>此视图不显示它。</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_VIEW_WITHOUT_ALL">
+        <source>This view does not show all of them.</source>
+        <translation>此视图不显示全部。</translation>
+    </message>
 </context>
 </TS>
