@@ -75,7 +75,7 @@ TaskWindow::TaskWindow(ZTASK_ENG_Model& store)
   connect(&tidying_, &QTimer::timeout, this, &TaskWindow::tidy);
   connect(&alarms_, &Alarms::opened, this, &TaskWindow::openTask);
   // Once the list is seen.
-  QTimer::singleShot(0, &alarms_, &Alarms::look);
+  QTimer::singleShot(0, &alarms_, SLOT(look()));
   if (const auto* application = qobject_cast<ZApplication*>(qApp))
     connect(application, &ZApplication::askReturnToIdle, this, &QWidget::close);
 }
