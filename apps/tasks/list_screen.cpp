@@ -89,6 +89,7 @@ ListScreen::ListScreen(ZTASK_ENG_Model& store, QWidget* parent)
       model_(store, [this] { return today_; }), removal_(store, undoTime) {
   setEngine(&store);
   buildContent();
+  followContent();
   buildKeys();
   connect(&model_, &TaskListModel::stateChanged, this, &ListScreen::updateState);
   connect(&removal_, &PendingRemoval::changed, this, &ListScreen::removalChanged);
@@ -136,7 +137,9 @@ void ListScreen::buildContent() {
   column->addWidget(notice_);
   setContentWidget(content);
   setFocusProxy(list_);
+}
 
+void ListScreen::followContent() {
   connect(filter_, &FilterBar::changed, this, [this] { model_.setFilter(filter_->filter()); });
   connect(filter_, &FilterBar::left, this, [this] { focusProxy()->setFocus(); });
   connect(list_, &TaskListView::typed, filter_, &FilterBar::type);

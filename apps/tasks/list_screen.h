@@ -77,6 +77,7 @@ private Q_SLOTS:
 
 private:
   void buildContent();
+  void followContent();
   void buildKeys();
   void buildMenu();
   void updateMenu();

@@ -1,102 +1,17 @@
 // The list screen under keys and the mouse, without a display.
 
-#include "ZOptionsMenu.h"
-#include "ZSoftKey.h"
-#include "environment_variable.h"
-#include "filter_bar.h"
-#include "list_screen.h"
 #include "list_settings.h"
-#include "notice_bar.h"
-#include "task_list_view.h"
-#include "task_row.h"
-#include "tasks_test.h"
+#include "list_test.h"
 
 #include <QComboBox>
-#include <QLabel>
 #include <QLineEdit>
-#include <QScrollBar>
 #include <QSignalSpy>
-#include <QTimer>
-#include <QToolButton>
 
 using tasks::ListScreen;
 using tasks::TaskListModel;
-using tasks::TaskListView;
 using testing::ElementsAre;
 
 namespace {
-
-class List : public Tasks {
-protected:
-  // Shows the screen with what is stored so far.
-  void open(int width = 240, int height = 320) {
-    screen_ = std::make_unique<ListScreen>(store_);
-    QObject::connect(screen_.get(), &TASK_UI_View::changeView,
-                     [this](int from, int to, const ZTASK_ENG_Task* task) {
-                       asked_.push_back({from, to, task == nullptr ? "-" : summary(*task)});
-                     });
-    screen_->resize(width, height);
-    screen_->show();
-    screen_->activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(screen_.get()));
-    list_ = screen_->findChild<TaskListView*>();
-    model_ = static_cast<TaskListModel*>(list_->model());
-  }
-  static std::string summary(const Task& task) {
-    return task.getString(Task::TASK_FIELD_SUMMARY).toStdString();
-  }
-  void key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
-    QTest::keyClick(QApplication::focusWidget(), key, modifiers);
-  }
-  void type(const QString& text) { QTest::keyClicks(QApplication::focusWidget(), text); }
-  QPoint middleOf(int row) { return list_->visualRect(model_->index(row)).center(); }
-  QPoint boxOf(int row) {
-    return tasks::TaskRow::statusZone(list_, list_->visualRect(model_->index(row))).center();
-  }
-  void click(const QPoint& at) { QTest::mouseClick(list_->viewport(), Qt::LeftButton, {}, at); }
-  // Takes an item of the options menu.
-  void take(int item) {
-    openMenu();
-    ASSERT_TRUE(menu()->item(item)->isEnabled());
-    menu()->item(item)->trigger();
-    menu()->hide();
-  }
-  ZOptionsMenu* menu() { return screen_->findChild<ZOptionsMenu*>(); }
-  void openMenu() {
-    screen_->cstWidget()->click(ZSoftKey::left);
-    menu()->hide();
-  }
-  std::vector<std::string> rows() {
-    std::vector<std::string> titles;
-    for (int row = 0; row < model_->rowCount(); ++row)
-      titles.push_back(model_->index(row).data().toString().toStdString());
-    return titles;
-  }
-  std::string current() { return list_->currentIndex().data().toString().toStdString(); }
-  // What is said in place of a list; empty where there is one.
-  QString emptyText() {
-    for (const QLabel* label : screen_->findChildren<QLabel*>())
-      if (label->isVisible() && !label->text().isEmpty())
-        return label->text();
-    return {};
-  }
-  QToolButton* undoButton() {
-    for (auto* button : screen_->findChildren<QToolButton*>())
-      if (button->text() == "Undo")
-        return button;
-    return nullptr;
-  }
-
-  struct Asked {
-    int from, to;
-    std::string task;
-    bool operator==(const Asked&) const = default;
-  };
-  std::vector<Asked> asked_;
-  std::unique_ptr<ListScreen> screen_;
-  TaskListView* list_ = nullptr;
-  TaskListModel* model_ = nullptr;
-};
 
 TEST_F(List, EnterAndATouchOpenATask) {
   add("b");
@@ -299,38 +214,6 @@ TEST_F(List, ChoosingSeveralDeletesThem) {
   EXPECT_THAT(allUids(), ElementsAre(b));
 }
 
-TEST_F(List, UndoBringsBackWhatWasDeleted) {
-  add("b");
-  add("a");
-  open();
-  EXPECT_FALSE(undoButton()->isVisible());
-  key(Qt::Key_Delete);
-  EXPECT_THAT(rows(), ElementsAre("b"));
-  EXPECT_EQ(current(), "b");
-  ASSERT_TRUE(undoButton()->isVisible());
-  undoButton()->click();
-  EXPECT_FALSE(undoButton()->isVisible());
-  EXPECT_THAT(rows(), ElementsAre("a", "b"));
-  take(17);
-  key(Qt::Key_Z, Qt::ControlModifier);
-  screen_->finish();
-  EXPECT_EQ(allUids().size(), 2);
-}
-
-TEST_F(List, DeletingTheLastRowLeavesTheOneBefore) {
-  add("b");
-  add("a");
-  open();
-  key(Qt::Key_End);
-  key(Qt::Key_Delete);
-  EXPECT_EQ(current(), "a");
-  key(Qt::Key_Delete);
-  EXPECT_THAT(emptyText().toStdString(), testing::StartsWith("There are no tasks yet."));
-  // The screen still answers to keys.
-  key(Qt::Key_Z, Qt::ControlModifier);
-  EXPECT_THAT(rows(), ElementsAre("a"));
-}
-
 TEST_F(List, AllAreSelectedAndUnselected) {
   add("b");
   add("a");
@@ -421,22 +304,6 @@ TEST_F(List, HoldingAnotherRowAddsIt) {
   EXPECT_THAT(model_->chosen(), ElementsAre(a, b));
 }
 
-TEST_F(List, ATouchIsFeltWhileOthersChangeTheList) {
-  add("b");
-  const unsigned int a = add("a");
-  open();
-  QTest::mousePress(list_->viewport(), Qt::LeftButton, {}, middleOf(0));
-  screen_->refresh();
-  QTest::mouseRelease(list_->viewport(), Qt::LeftButton, {}, middleOf(0));
-  EXPECT_THAT(asked_, ElementsAre(Asked{0, 3, "a"}));
-  // Another task has come under the finger.
-  QTest::mousePress(list_->viewport(), Qt::LeftButton, {}, middleOf(0));
-  ASSERT_EQ(store_.removeTask(a), ok);
-  screen_->refresh();
-  QTest::mouseRelease(list_->viewport(), Qt::LeftButton, {}, middleOf(0));
-  EXPECT_EQ(asked_.size(), 1);
-}
-
 TEST_F(List, AKeyThatIsHeldDoesNothingAgain) {
   add("b");
   const unsigned int a = add("a");
@@ -463,149 +330,6 @@ TEST_F(List, ADragIsNoTouch) {
   QTest::mouseMove(list_->viewport(), middleOf(1));
   QTest::mouseRelease(list_->viewport(), Qt::LeftButton, {}, middleOf(1));
   EXPECT_TRUE(asked_.empty());
-}
-
-TEST_F(List, TheListStaysWhereItIsWhenOthersChangeIt) {
-  std::vector<unsigned int> uids;
-  for (int i = 0; i < 60; ++i)
-    uids.push_back(add({.summary = QString::number(i),
-                        .due = QDateTime(QDate(2030, 1, 1).addDays(i), QTime(0, 0))}));
-  open();
-  for (int i = 0; i < 30; ++i)
-    key(Qt::Key_Down);
-  ASSERT_EQ(current(), "30");
-  list_->verticalScrollBar()->setValue(list_->verticalScrollBar()->value() + 7);
-  const int y = middleOf(30).y();
-  add({.summary = "first", .due = QDateTime(QDate(2001, 1, 1), QTime(0, 0))});
-  ASSERT_EQ(store_.removeTask(uids[3]), ok);
-  ASSERT_EQ(store_.removeTask(uids[4]), ok);
-  screen_->refresh();
-  EXPECT_EQ(current(), "30");
-  EXPECT_EQ(list_->currentRow(), 29);
-  EXPECT_EQ(middleOf(29).y(), y);
-  // The current one itself goes: the next takes its place.
-  ASSERT_EQ(store_.removeTask(uids[30]), ok);
-  screen_->refresh();
-  EXPECT_EQ(current(), "31");
-}
-
-TEST_F(List, ATaskIsGoneToWhereItIsListed) {
-  unsigned int last = 0;
-  for (int i = 0; i < 40; ++i)
-    last = add({.summary = QString::number(i),
-                .due = QDateTime(QDate(2030, 1, 1).addDays(i), QTime(0, 0))});
-  open();
-  screen_->goTo(last);
-  EXPECT_EQ(current(), "39");
-  EXPECT_TRUE(list_->viewport()->rect().contains(middleOf(39)));
-  screen_->goTo(999);
-  EXPECT_EQ(current(), "39");
-}
-
-TEST_F(List, TheMenuIsForTheTaskItWasOpenedFor) {
-  const unsigned int b = add("b");
-  const unsigned int a = add("a");
-  open();
-  openMenu();
-  ASSERT_EQ(store_.removeTask(a), ok);
-  screen_->refresh();
-  ASSERT_EQ(current(), "b");
-  menu()->item(17)->trigger();
-  screen_->finish();
-  EXPECT_TRUE(isStored(b));
-  // Keys are for the current one.
-  QTest::keyClick(list_, Qt::Key_Delete);
-  screen_->finish();
-  EXPECT_FALSE(isStored(b));
-}
-
-TEST_F(List, ANewDayIsSeen) {
-  const EnvironmentVariable west("TZ", "UTC+12");
-  open();
-  auto* day = screen_->findChild<QTimer*>("day");
-  ASSERT_NE(day, nullptr);
-  EXPECT_TRUE(day->isActive());
-  EXPECT_LE(day->interval(), 60'000);
-  add("a");
-  // Where it is tomorrow already.
-  const EnvironmentVariable east("TZ", "UTC-14");
-  day->setInterval(0);
-  EXPECT_TRUE(waitFor([this] { return model_->rowCount() == 1; }));
-}
-
-TEST_F(List, AfterUndoKeysGoToTheListAgain) {
-  add("b");
-  add("a");
-  open();
-  key(Qt::Key_Delete);
-  undoButton()->setFocus();
-  key(Qt::Key_Space);
-  EXPECT_TRUE(list_->hasFocus());
-  key(Qt::Key_Delete);
-  undoButton()->setFocus();
-  screen_->finish();
-  EXPECT_FALSE(undoButton()->isVisible());
-  EXPECT_TRUE(list_->hasFocus());
-}
-
-TEST_F(List, ATaskThatIsKeptIsNotDeleted) {
-  const unsigned int b = add("b");
-  const unsigned int a = add("a");
-  open();
-  take(11);
-  take(15);
-  key(Qt::Key_F2);
-  screen_->keep(a);
-  EXPECT_THAT(rows(), ElementsAre("a"));
-  EXPECT_TRUE(undoButton()->isVisible());
-  screen_->finish();
-  EXPECT_TRUE(isStored(a));
-  EXPECT_FALSE(isStored(b));
-}
-
-TEST_F(List, AMessageWaitsWhileSomethingCanBeTakenBack) {
-  add("a");
-  open();
-  key(Qt::Key_Delete);
-  screen_->tell("done");
-  EXPECT_TRUE(undoButton()->isVisible());
-  undoButton()->click();
-  const auto* notice = screen_->findChild<tasks::NoticeBar*>();
-  EXPECT_EQ(notice->accessibleName(), "done");
-  EXPECT_TRUE(notice->isVisible());
-  // Once.
-  key(Qt::Key_Delete);
-  screen_->finish();
-  EXPECT_FALSE(notice->isVisible());
-}
-
-TEST_F(List, AMessageWaitsUntilTheListIsShown) {
-  open();
-  auto* time = screen_->findChild<QTimer*>("message");
-  ASSERT_NE(time, nullptr);
-  screen_->hide();
-  screen_->tell("done");
-  EXPECT_FALSE(time->isActive());
-  screen_->show();
-  EXPECT_TRUE(time->isActive());
-}
-
-TEST_F(List, ATaskThatIsGoneOpensNothing) {
-  const unsigned int a = add("a");
-  add("b");
-  open();
-  key(Qt::Key_End);
-  ASSERT_EQ(store_.removeTask(a), ok);
-  key(Qt::Key_Return);
-  EXPECT_TRUE(asked_.empty());
-  EXPECT_THAT(rows(), ElementsAre("b"));
-}
-
-TEST_F(List, AStoreThatCannotBeReadIsSaid) {
-  open();
-  raw_.run("drop table task_table_task");
-  screen_->refresh();
-  EXPECT_THAT(emptyText().toStdString(), testing::StartsWith("The tasks can't be read."));
 }
 
 TEST_F(List, ExitIsAskedForByTheRightKey) {
