@@ -142,7 +142,6 @@ void ListScreen::buildContent() {
 void ListScreen::followContent() {
   connect(filter_, &FilterBar::changed, this, [this] { model_.setFilter(filter_->filter()); });
   connect(filter_, &FilterBar::left, this, [this] { focusProxy()->setFocus(); });
-  connect(list_, &TaskListView::typed, filter_, &FilterBar::type);
   connect(list_, &TaskListView::opened, this, &ListScreen::openTask);
   connect(list_, &TaskListView::checked, this, &ListScreen::checkTask);
   connect(list_, &TaskListView::removalAsked, this, &ListScreen::removeTasks);
@@ -437,7 +436,10 @@ void ListScreen::showEvent(QShowEvent* event) {
   setFocus();
 }
 
+// What nothing on the screen has taken; letters search.
 void ListScreen::keyPressEvent(QKeyEvent* event) {
+  const bool plain = (event->modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier)) == 0;
+  const QString letters = plain ? event->text().trimmed() : QString();
   const bool control = event->modifiers() == Qt::ControlModifier;
   if (event->key() == Qt::Key_Escape && choosing_)
     setChoosing(false);
@@ -451,6 +453,8 @@ void ListScreen::keyPressEvent(QKeyEvent* event) {
     undoRemoval();
   else if (control && event->key() == Qt::Key_A && choosing_)
     selectAll();
+  else if (!letters.isEmpty() && letters.at(0).isPrint())
+    filter_->type(letters);
   else
     TASK_UI_View::keyPressEvent(event);
 }

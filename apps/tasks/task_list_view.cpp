@@ -85,7 +85,6 @@ void TaskListView::focusInEvent(QFocusEvent* event) {
 void TaskListView::keyPressEvent(QKeyEvent* event) {
   const int row = currentRow();
   const bool acts = row >= 0 && !event->isAutoRepeat();
-  const bool plain = (event->modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier)) == 0;
   switch (event->key()) {
   case Qt::Key_Return:
   case Qt::Key_Enter:
@@ -111,12 +110,8 @@ void TaskListView::keyPressEvent(QKeyEvent* event) {
     QListView::keyPressEvent(event);
     return;
   default:
-    break;
-  }
-  if (plain && !event->text().isEmpty() && event->text().at(0).isPrint())
-    Q_EMIT typed(event->text());
-  else
     event->ignore();
+  }
 }
 
 void TaskListView::mousePressEvent(QMouseEvent* event) {

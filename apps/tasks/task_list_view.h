@@ -32,8 +32,6 @@ Q_SIGNALS:
   void checked(int row);
   // Touched and held.
   void held(int row);
-  // Letters were typed.
-  void typed(const QString& text);
   void removalAsked();
 
 protected:

@@ -156,6 +156,16 @@ TEST_F(List, WhatWasFoundIsDeletedAndBroughtBack) {
   EXPECT_THAT(rows(), ElementsAre("bank"));
 }
 
+TEST_F(List, LettersSearchWhereThereIsNoListToo) {
+  add("a");
+  open();
+  type("x");
+  key(Qt::Key_Return);
+  ASSERT_NE(emptyText(), "");
+  type("y");
+  EXPECT_THAT(model_->filter().words, ElementsAre("xy"));
+}
+
 TEST_F(List, ACategoryIsChosenBesideTheSearch) {
   add({.summary = "a", .category = "meeting"});
   add({.summary = "b", .category = "Garden"});
