@@ -4,25 +4,15 @@
 #include "TASK_UI_DetailView.h"
 #include "ZApplication.h"
 #include "log_sink.h"
+#include "paint_watch.h"
 
 #include <QElapsedTimer>
-#include <QEvent>
 
 #include <algorithm>
 #include <cstdio>
 #include <vector>
 
 namespace {
-
-// Notes that a window was painted.
-class PaintWatch : public QObject {
-public:
-  bool eventFilter(QObject*, QEvent* event) override {
-    painted = painted || event->type() == QEvent::Paint;
-    return false;
-  }
-  bool painted = false;
-};
 
 ZTASK_ENG_Task longTask() {
   ZTASK_ENG_Task task;

@@ -6,6 +6,7 @@
 #include "list_screen.h"
 #include "lock_gate.h"
 #include "log_sink.h"
+#include "paint_watch.h"
 #include "task_list_view.h"
 #include "task_window.h"
 
@@ -44,15 +45,6 @@ long ownMemory() {
     }
   return 0;
 }
-
-class PaintWatch : public QObject {
-public:
-  bool eventFilter(QObject*, QEvent* event) override {
-    painted = painted || event->type() == QEvent::Paint;
-    return false;
-  }
-  bool painted = false;
-};
 
 double median(std::vector<double> times) {
   std::sort(times.begin(), times.end());

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QEvent>
+#include <QObject>
+
+// Notes that a widget was painted.
+class PaintWatch : public QObject {
+public:
+  bool eventFilter(QObject*, QEvent* event) override {
+    painted = painted || event->type() == QEvent::Paint;
+    return false;
+  }
+  bool painted = false;
+};
