@@ -46,6 +46,17 @@ TEST_F(EditOnDisplay, ANewTaskIsStored) {
   leave();
 }
 
+TEST_F(EditOnDisplay, ANewTaskIsBegunByCtrlN) {
+  start();
+  ASSERT_TRUE(shows("All Tasks"));
+  press({"ctrl+n"});
+  ASSERT_TRUE(shows(newTitle));
+  press({"Escape"});
+  ASSERT_TRUE(shows("All Tasks"));
+  leave();
+  EXPECT_THAT(tasks(), IsEmpty());
+}
+
 TEST_F(EditOnDisplay, ATaskIsChangedFromItsDetails) {
   const std::string uid = add({"old", "--note", "stays", "--priority", "3"});
   const QJsonObject before = task(uid);
@@ -66,6 +77,24 @@ TEST_F(EditOnDisplay, ATaskIsChangedFromItsDetails) {
   EXPECT_EQ(after, before);
   press({"F3"});
   ASSERT_TRUE(shows("All Tasks"));
+  leave();
+}
+
+TEST_F(EditOnDisplay, ATaskGetsADueDate) {
+  const std::string uid = add({"a", "--note", "stays"});
+  const QJsonObject before = task(uid);
+  editFirst();
+  press({"Tab", "Return"});
+  ASSERT_TRUE(shows("Due Date"));
+  press({"Return"});
+  ASSERT_TRUE(shows(editTitle));
+  press({"F2"});
+  ASSERT_TRUE(shows("All Tasks"));
+  QJsonObject after = task(uid);
+  EXPECT_FALSE(after["due"].isNull());
+  for (const char* field : {"due", "revision"})
+    after[field] = before[field];
+  EXPECT_EQ(after, before);
   leave();
 }
 
