@@ -1,5 +1,6 @@
 // The Tasks application with stores of several sizes: from the start of its process to the first
-// painted list, per page while scrolling, and its memory. Without a display.
+// painted list, per page while scrolling, for a search, and its memory. Without a display, unless
+// $QT_QPA_PLATFORM names one.
 
 #include "ZApplication.h"
 #include "dataset.h"
@@ -7,6 +8,7 @@
 #include "lock_gate.h"
 #include "log_sink.h"
 #include "paint_watch.h"
+#include "task_list_model.h"
 #include "task_list_view.h"
 #include "task_window.h"
 
@@ -51,6 +53,33 @@ double median(std::vector<double> times) {
   return times[times.size() / 2];
 }
 
+// Milliseconds of a search for a letter.
+struct Search {
+  double first;  // until the first rows are painted
+  double all;    // until all tasks have been looked at
+  double wait;   // the longest for which no other event was handled
+};
+
+Search findLetter(tasks::TaskListView& list) {
+  const auto* model = static_cast<tasks::TaskListModel*>(list.model());
+  Search search{};
+  QElapsedTimer all;
+  all.start();
+  QKeyEvent press(QEvent::KeyPress, Qt::Key_Q, Qt::NoModifier, QStringLiteral("q"));
+  QCoreApplication::sendEvent(&list, &press);
+  list.viewport()->repaint();
+  search.first = static_cast<double>(all.nsecsElapsed()) / 1e6;
+  search.wait = search.first;
+  while (model->isReading()) {
+    QElapsedTimer turn;
+    turn.start();
+    QCoreApplication::processEvents();
+    search.wait = std::max(search.wait, static_cast<double>(turn.nsecsElapsed()) / 1e6);
+  }
+  search.all = static_cast<double>(all.nsecsElapsed()) / 1e6;
+  return search;
+}
+
 // The application as its main makes it, in a process of its own; prints what it took.
 int runApplication(ZApplication&, double started) {
   ulo::openLogSink("task_list");
@@ -83,13 +112,22 @@ int runApplication(ZApplication&, double started) {
   QCoreApplication::sendEvent(list, &press);
   list->viewport()->repaint();
   const double end = static_cast<double>(timer.nsecsElapsed()) / 1e6;
-  std::printf("%f %f %f %f %ld %ld\n", first, median(pages),
-              *std::max_element(pages.begin(), pages.end()), end, opened, ownMemory());
+  const Search search = findLetter(*list);
+  std::printf("%f %f %f %f %f %f %f %ld %ld\n", first, median(pages),
+              *std::max_element(pages.begin(), pages.end()), end, search.first, search.all,
+              search.wait, opened, ownMemory());
   return 0;
 }
 
+// A column for each number that a child prints, a row for each start.
 struct Result {
-  std::vector<double> first, page, worst, end, opened, scrolled;
+  static constexpr int columns = 9;
+  std::vector<double> column[columns];
+
+  [[nodiscard]] double middle(int index) const { return median(column[index]); }
+  [[nodiscard]] double worst(int index) const {
+    return *std::max_element(column[index].begin(), column[index].end());
+  }
 };
 
 bool measure(const QString& program, const std::string& directory, Result& result) {
@@ -103,12 +141,10 @@ bool measure(const QString& program, const std::string& directory, Result& resul
     child.start(program, {QString::number(now(), 'f', 6)});
     child.waitForFinished(-1);
     const QList<QByteArray> words = child.readAllStandardOutput().simplified().split(' ');
-    if (words.size() != 6)
+    if (words.size() != Result::columns)
       return false;
-    std::vector<double>* columns[] = {&result.first, &result.page,   &result.worst,
-                                      &result.end,   &result.opened, &result.scrolled};
-    for (int i = 0; i < 6; ++i)
-      columns[i]->push_back(words[i].toDouble());
+    for (int i = 0; i < Result::columns; ++i)
+      result.column[i].push_back(words[i].toDouble());
   }
   return true;
 }
@@ -116,15 +152,18 @@ bool measure(const QString& program, const std::string& directory, Result& resul
 }  // namespace
 
 int main(int count, char** arguments) {
-  qputenv("QT_QPA_PLATFORM", "offscreen");
+  if (qgetenv("QT_QPA_PLATFORM").isEmpty())
+    qputenv("QT_QPA_PLATFORM", "offscreen");
   qputenv("ULO_LOG", "none");
   if (count == 2) {
     ZApplication application(count, arguments);
     return runApplication(application, QByteArray(arguments[1]).toDouble());
   }
   QCoreApplication application(count, arguments);
+  ulo::openLogSink("task_list");
   std::printf("| tasks | first list, ms | a page further, ms | worst of %d pages | to the end | "
-              "memory when shown, MB | after scrolling |\n|---|---|---|---|---|---|---|\n",
+              "a search, first rows | all found | longest wait | memory when shown, MB | "
+              "at the end |\n|---|---|---|---|---|---|---|---|---|---|\n",
               scrolledPages);
   for (const int size : {100, 10'000, 100'000}) {
     const std::string directory = std::string(ULO_BENCH_DATA_DIR "/list-") + std::to_string(size);
@@ -136,9 +175,10 @@ int main(int count, char** arguments) {
     std::filesystem::remove_all(directory);
     if (!done)
       return 1;
-    std::printf("| %d | %.0f | %.1f | %.1f | %.1f | %.1f | %.1f |\n", size, median(result.first),
-                median(result.page), *std::max_element(result.worst.begin(), result.worst.end()),
-                median(result.end), median(result.opened) / 1024, median(result.scrolled) / 1024);
+    std::printf("| %d | %.0f | %.1f | %.1f | %.1f | %.0f | %.0f | %.0f | %.1f | %.1f |\n", size,
+                result.middle(0), result.middle(1), result.worst(2), result.middle(3),
+                result.middle(4), result.middle(5), result.worst(6), result.middle(7) / 1024,
+                result.middle(8) / 1024);
   }
   return 0;
 }

@@ -1,13 +1,18 @@
 // The list screen under keys and the mouse, without a display.
 
+#include "AM_ActionData.h"
 #include "list_settings.h"
 #include "list_test.h"
+#include "notice_bar.h"
 
 #include <QComboBox>
 #include <QLineEdit>
 #include <QSignalSpy>
 
+#include <fstream>
+
 using tasks::ListScreen;
+using tasks::NoticeBar;
 using tasks::TaskListModel;
 using testing::ElementsAre;
 
@@ -264,6 +269,26 @@ TEST_F(List, EachModeHasItsMenu) {
   EXPECT_THAT(shown(), ElementsAre(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 18, 17, 11, 12, 13, 14));
   take(11);
   EXPECT_THAT(shown(), ElementsAre(15, 16, 2, 3, 4, 5, 7, 8, 9, 10, 17, 13, 14));
+}
+
+TEST_F(List, SynchronizeSaysWhatItLacks) {
+  const std::filesystem::path settings = directory_.path() / "settings";
+  std::filesystem::create_directories(settings / "ulo");
+  setenv("XDG_CONFIG_HOME", settings.c_str(), 1);
+  open();
+  openMenu();
+  EXPECT_FALSE(menu()->item(18)->isEnabled());
+  const QList<QAction*> items = menu()->actions();
+  EXPECT_EQ(items.value(items.indexOf(menu()->item(18)) + 1)->text(), "No sync partner");
+  std::ofstream(settings / "ulo/applications.conf")
+      << '[' << AM_ActionData::synchroniser << "]\nExec=/nowhere/sync\n";
+  openMenu();
+  EXPECT_TRUE(menu()->item(18)->isEnabled());
+  EXPECT_EQ(menu()->actions().size(), items.size() - 1);
+  menu()->item(18)->trigger();
+  EXPECT_EQ(screen_->findChild<NoticeBar*>()->accessibleName(),
+            "The synchronization could not be started.");
+  unsetenv("XDG_CONFIG_HOME");
 }
 
 TEST_F(List, WhereThereIsNothingThereIsNothingToDo) {
