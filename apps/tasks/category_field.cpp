@@ -67,8 +67,8 @@ void CategoryField::take(int index) {
 }
 
 void CategoryField::askForName() {
-  Modal<NameDialog> dialog(new NameDialog(this));
-  const bool accepted = dialog.accepted();
+  ulo::Modal<NameDialog> dialog(this);
+  const bool accepted = dialog.exec();
   if (!dialog.isThere())
     return;
   QString name = accepted ? dialog->name() : chosen_;

@@ -30,8 +30,8 @@ QString DateField::wordsOf(const QDateTime& date) const {
 }
 
 void DateField::ask() {
-  Modal<DateDialog> dialog(new DateDialog(wording_.title, wording_.none, kind_, date_, this));
-  if (!dialog.accepted())
+  ulo::Modal<DateDialog> dialog(wording_.title, wording_.none, kind_, date_, this);
+  if (!dialog.exec())
     return;
   setDate(dialog->chosen());
   Q_EMIT chosen();

@@ -164,10 +164,10 @@ void FormScreen::leave() {
 }
 
 bool FormScreen::mayDiscard() {
-  Modal<ZMessageDlg> question(new ZMessageDlg(
+  ulo::Modal<ZMessageDlg> question(
       cancelText(), ulo::text("TXT_RID_INSTRUCTIONALTXT_DISCARD_CHANGES", "Discard the changes?"),
-      ZMessageDlg::question, this));
-  return question.accepted();
+      ZMessageDlg::question, this);
+  return question.exec();
 }
 
 void FormScreen::keyPressEvent(QKeyEvent* event) {

@@ -22,9 +22,9 @@ void tellNotStored(int code, QWidget* parent) {
                        "Task cannot be created because phone memory is full. Please delete some "
                        "files to create space in memory.")
            : ulo::text("TXT_RID_INSTRUCTIONALTXT_TASK_NOT_SAVED", "The task could not be saved.");
-  Modal<ZMessageDlg> message(new ZMessageDlg(title, words, ZMessageDlg::message, parent));
+  ulo::Modal<ZMessageDlg> message(title, words, ZMessageDlg::message, parent);
   message->setTitleIcon(RES_ICON_Reader::getIcon(QStringLiteral("alert_pop.gif"), true));
-  static_cast<void>(message.accepted());
+  message.exec();
 }
 
 QString importText(unsigned int stored, unsigned int all) {

@@ -5,6 +5,7 @@
 #include "bluetooth_devices.h"
 #include "device_chooser.h"
 #include "foreign_text.h"
+#include "modal.h"
 #include "module_log.h"
 #include "object_file.h"
 #include "private_bus.h"
@@ -27,28 +28,6 @@ namespace {
 
 // Characters of a device's name in a message.
 constexpr qsizetype nameLimit = 60;
-
-// A dialog over a window. It belongs to the window and may go with it.
-template <typename Dialog> class Shown {
-public:
-  template <typename... Arguments>
-  explicit Shown(Arguments&&... arguments)
-      : dialog_(new Dialog(std::forward<Arguments>(arguments)...)) {}
-  Shown(const Shown&) = delete;
-  Shown& operator=(const Shown&) = delete;
-  ~Shown() { delete dialog_; }
-
-  Dialog* operator->() const { return dialog_; }
-  [[nodiscard]] Dialog* get() const { return dialog_; }
-  // Whether it was accepted, and is still there.
-  bool exec() {
-    const int result = dialog_->exec();
-    return dialog_ != nullptr && result == QDialog::Accepted;
-  }
-
-private:
-  QPointer<Dialog> dialog_;
-};
 
 // One share, from the look at the adapter to the word of its end.
 class BluetoothShare {
@@ -82,7 +61,7 @@ private:
 
 void BluetoothShare::tell(const QString& message,
                           std::optional<std::chrono::milliseconds> goesAfter) {
-  Shown<ZMessageDlg> dialog(text("TXT_RID_HEADER_SEND_VIA_BLUETOOTH", "Send via Bluetooth"),
+  Modal<ZMessageDlg> dialog(text("TXT_RID_HEADER_SEND_VIA_BLUETOOTH", "Send via Bluetooth"),
                             message, ZMessageDlg::message, window_);
   dialog->setTitleIcon(RES_ICON_Reader::getIcon(QStringLiteral("bluetooth_pop.gif"), true));
   if (goesAfter)
@@ -133,7 +112,7 @@ BluetoothShare::Obexd BluetoothShare::awaitServices() {
 
 // The device that the user chose; none, which is logged, when that did not come about.
 std::optional<BluetoothDevice> BluetoothShare::chooseDevice() {
-  Shown<DeviceChooser> chooser(window_);
+  Modal<DeviceChooser> chooser(window_);
   const auto showDevices = [&] { chooser->setDevices(devices_.devices()); };
   const auto showSearch = [&] { chooser->setSearching(devices_.isDiscovering()); };
   QObject::connect(&devices_, &BluetoothDevices::devicesChanged, chooser.get(), showDevices);
@@ -158,7 +137,7 @@ std::optional<BluetoothDevice> BluetoothShare::chooseDevice() {
 // Shows the push until it is over.
 void BluetoothShare::showPush(ObjectPush& push, const QString& object, const QString& device) {
   {
-    Shown<PushProgress> progress(object, device, window_);
+    Modal<PushProgress> progress(object, device, window_);
     PushProgress* const dialog = progress.get();
     QObject::connect(&push, &ObjectPush::progressed, dialog, [&push, dialog] {
       switch (push.state()) {
