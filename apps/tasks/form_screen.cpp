@@ -25,7 +25,6 @@ namespace {
 
 using Task = ZTASK_ENG_Task;
 
-constexpr int optionsMenuClass = 54;
 constexpr int cancelItem = 1;
 
 QString cancelText() {
@@ -86,8 +85,8 @@ void FormScreen::addRows() {
 
 void FormScreen::addKeys() {
   auto* keys = new ZSoftKey(QStringLiteral("CST_3"), this);
-  auto* menu = new ZOptionsMenu(keys, nullptr, 0, optionsMenuClass, std::make_unique<tasksMenu>(),
-                                QStringLiteral("formView"));
+  auto* menu = new ZOptionsMenu(keys, nullptr, 0, ZOptionsMenu::screenClass,
+                                std::make_unique<tasksMenu>(), QStringLiteral("formView"));
   menu->changeItem(cancelItem, cancelText());
   menu->connectItem(cancelItem, this, SLOT(cancelEdit()));
   keys->setText(ZSoftKey::left, ulo::text("TXT_RID_SOFTKEY_OPTIONS", "Options"));

@@ -29,41 +29,18 @@ namespace {
 
 using Task = ZTASK_ENG_Task;
 
-struct ViewTitle {
-  ZTASK_ENG_Model::TASK_CATEGORY view;
-  int menuItem;
-  const char* id;
-  const char* english;
-  // When it has no tasks.
-  const char* emptyId;
-  const char* emptyEnglish;
-};
-constexpr ViewTitle viewTitles[] = {
-    {ZTASK_ENG_Model::TASK_CATEGORY_ALL, 2, "TXT_RID_OPTION_ALL_TASKS", "All Tasks",
-     "TXT_RID_INSTRUCTIONALTXT_NO_TASKS_YET",
-     "There are no tasks yet.\n\nPress New to write one down, or drop a calendar file here."},
-    {ZTASK_ENG_Model::TASK_CATEGORY_DUE, 3, "TXT_RID_OPTION_DUE_TASKS", "Due Tasks",
-     "TXT_RID_INSTRUCTIONALTXT_NO_DUE_TASKS",
-     "Nothing is due today.\n\nOptions, View by shows the other tasks."},
-    {ZTASK_ENG_Model::TASK_CATEGORY_INCOMPLETE, 4, "TXT_RID_OPTION_INCOMPLETE_TASKS",
-     "Incomplete Tasks", "TXT_RID_INSTRUCTIONALTXT_NO_INCOMPLETE_TASKS",
-     "Nothing is left to do.\n\nPress New to write a task down."},
-    {ZTASK_ENG_Model::TASK_CATEGORY_COMPLETED, 5, "TXT_RID_OPTION_COMPLETED_TASKS",
-     "Completed Tasks", "TXT_RID_INSTRUCTIONALTXT_NO_COMPLETED_TASKS",
-     "No task is completed yet.\n\nTouch the box of a task, or press Space, to check it off."},
-};
-
-const ViewTitle& titleOf(ZTASK_ENG_Model::TASK_CATEGORY view) {
-  return *std::find_if(std::begin(viewTitles), std::end(viewTitles),
-                       [&](const ViewTitle& title) { return title.view == view; });
-}
-
 // The ids of the menu's items.
 enum Item : int {
   itemViewBy = 1,
+  itemViewAll = 2,
+  itemViewDue = 3,
+  itemViewIncomplete = 4,
+  itemViewCompleted = 5,
   itemCreate = 6,
   itemEdit = 7,
   itemShare = 8,
+  itemBluetooth = 9,
+  itemMessage = 10,
   itemSelectMultiple = 11,
   itemSortBy = 12,
   itemSortDue = 13,
@@ -73,14 +50,43 @@ enum Item : int {
   itemDelete = 17,
   itemSynchronize = 18,
 };
+
+struct ViewTitle {
+  ZTASK_ENG_Model::TASK_CATEGORY view;
+  Item menuItem;
+  const char* id;
+  const char* english;
+  // When it has no tasks.
+  const char* emptyId;
+  const char* emptyEnglish;
+};
+constexpr ViewTitle viewTitles[] = {
+    {ZTASK_ENG_Model::TASK_CATEGORY_ALL, itemViewAll, "TXT_RID_OPTION_ALL_TASKS", "All Tasks",
+     "TXT_RID_INSTRUCTIONALTXT_NO_TASKS_YET",
+     "There are no tasks yet.\n\nPress New to write one down, or drop a calendar file here."},
+    {ZTASK_ENG_Model::TASK_CATEGORY_DUE, itemViewDue, "TXT_RID_OPTION_DUE_TASKS", "Due Tasks",
+     "TXT_RID_INSTRUCTIONALTXT_NO_DUE_TASKS",
+     "Nothing is due today.\n\nOptions, View by shows the other tasks."},
+    {ZTASK_ENG_Model::TASK_CATEGORY_INCOMPLETE, itemViewIncomplete,
+     "TXT_RID_OPTION_INCOMPLETE_TASKS", "Incomplete Tasks",
+     "TXT_RID_INSTRUCTIONALTXT_NO_INCOMPLETE_TASKS",
+     "Nothing is left to do.\n\nPress New to write a task down."},
+    {ZTASK_ENG_Model::TASK_CATEGORY_COMPLETED, itemViewCompleted, "TXT_RID_OPTION_COMPLETED_TASKS",
+     "Completed Tasks", "TXT_RID_INSTRUCTIONALTXT_NO_COMPLETED_TASKS",
+     "No task is completed yet.\n\nTouch the box of a task, or press Space, to check it off."},
+};
+
+const ViewTitle& titleOf(ZTASK_ENG_Model::TASK_CATEGORY view) {
+  return *std::find_if(std::begin(viewTitles), std::end(viewTitles),
+                       [&](const ViewTitle& title) { return title.view == view; });
+}
+
 struct MenuItem {
   int id;
   const char* slot;  // null for a heading
   const char* textId;
   const char* english;
 };
-
-constexpr int listMenuClass = 54;
 
 }  // namespace
 
@@ -167,15 +173,17 @@ void ListScreen::buildMenu() {
       {itemSelectAll, SLOT(selectAll()), "TXT_RID_OPTION_SELECT_ALL", "Select All"},
       {itemUnselectAll, SLOT(unselectAll()), "TXT_RID_OPTION_UNSELECT_ALL", "Unselect All"},
       {itemViewBy, nullptr, "TXT_RID_OPTION_VIEW_BY", "View by"},
-      {2, SLOT(viewAll()), "TXT_RID_OPTION_ALL_TASKS", "All Tasks"},
-      {3, SLOT(viewDue()), "TXT_RID_OPTION_DUE_TASKS", "Due Tasks"},
-      {4, SLOT(viewIncomplete()), "TXT_RID_OPTION_INCOMPLETE_TASKS", "Incomplete Tasks"},
-      {5, SLOT(viewCompleted()), "TXT_RID_OPTION_COMPLETED_TASKS", "Completed Tasks"},
+      {itemViewAll, SLOT(viewAll()), "TXT_RID_OPTION_ALL_TASKS", "All Tasks"},
+      {itemViewDue, SLOT(viewDue()), "TXT_RID_OPTION_DUE_TASKS", "Due Tasks"},
+      {itemViewIncomplete, SLOT(viewIncomplete()), "TXT_RID_OPTION_INCOMPLETE_TASKS",
+       "Incomplete Tasks"},
+      {itemViewCompleted, SLOT(viewCompleted()), "TXT_RID_OPTION_COMPLETED_TASKS",
+       "Completed Tasks"},
       {itemCreate, SLOT(createTask()), "TXT_RID_OPTION_CREATE_NEW_TASK", "Create New Task"},
       {itemEdit, SLOT(editTask()), "TXT_RID_OPTION_EDIT", "Edit"},
       {itemShare, nullptr, "TXT_RID_OPTION_SHARE_TASK_VIA", "Share Task via"},
-      {9, SLOT(shareByBluetooth()), "TXT_RID_OPTION_BLUETOOTH", "Bluetooth"},
-      {10, SLOT(shareByMessage()), "TXT_RID_OPTION_MESSAGE", "Message"},
+      {itemBluetooth, SLOT(shareByBluetooth()), "TXT_RID_OPTION_BLUETOOTH", "Bluetooth"},
+      {itemMessage, SLOT(shareByMessage()), "TXT_RID_OPTION_MESSAGE", "Message"},
       {itemSynchronize, SLOT(synchronize()), "TXT_RID_OPTION_SYNCHRONIZE", "Synchronize"},
       {itemDelete, SLOT(removeMenuTasks()), "TXT_RID_OPTION_DELETE", "Delete"},
       {itemSelectMultiple, SLOT(selectMultiple()), "TXT_RID_OPTION_SELECT_MULTIPLE",
@@ -184,8 +192,8 @@ void ListScreen::buildMenu() {
       {itemSortDue, SLOT(sortByDue()), "TXT_RID_OPTION_SORT_DUE_DATE", "Due Date"},
       {itemSortPriority, SLOT(sortByPriority()), "TXT_RID_OPTION_SORT_PRIORITY", "Priority"},
   };
-  menu_ = new ZOptionsMenu(cstWidget(), nullptr, 0, listMenuClass, std::make_unique<tasksMenu>(),
-                           QStringLiteral("listView"));
+  menu_ = new ZOptionsMenu(cstWidget(), nullptr, 0, ZOptionsMenu::screenClass,
+                           std::make_unique<tasksMenu>(), QStringLiteral("listView"));
   for (const MenuItem& item : items) {
     menu_->changeItem(item.id, ulo::text(item.textId, item.english));
     if (item.slot != nullptr)

@@ -14,6 +14,9 @@ class ULO_EXPORT ZOptionsMenu : public QMenu {
   Q_OBJECT
 
 public:
+  // The widget class of the options menus of screens.
+  static constexpr int screenClass = 54;
+
   // Takes its items from `parser`, which it keeps. The widget class numbers the look of a menu;
   // there is one look.
   ZOptionsMenu(QWidget* parent, const char* name, unsigned int flags, int widgetClass,

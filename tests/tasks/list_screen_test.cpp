@@ -7,7 +7,10 @@
 
 #include <QComboBox>
 #include <QLineEdit>
+#include <QPointingDevice>
+#include <QScrollBar>
 #include <QSignalSpy>
+#include <QToolButton>
 
 #include <fstream>
 
@@ -355,6 +358,56 @@ TEST_F(List, AKeyThatIsHeldDoesNothingAgain) {
   EXPECT_EQ(asked_.size(), 1);
   hold(Qt::Key_Delete);
   EXPECT_THAT(rows(), ElementsAre("b"));
+}
+
+TEST_F(List, AFingerOpensAndChecksOff) {
+  const unsigned int b = add("b");
+  add("a");
+  open();
+  const std::unique_ptr<QPointingDevice> screen(QTest::createTouchDevice());
+  const auto tap = [&](const QPoint& at) {
+    QTest::touchEvent(list_->viewport(), screen.get()).press(0, at);
+    QTest::touchEvent(list_->viewport(), screen.get()).release(0, at);
+    finishEvents();
+  };
+  tap(middleOf(0));
+  EXPECT_THAT(asked_, ElementsAre(Asked{0, 3, "a"}));
+  tap(boxOf(1));
+  EXPECT_TRUE(waitFor([&] { return stored(b).getStatusValue() == 0; }));
+}
+
+TEST_F(List, AFingerDragsTheList) {
+  for (int i = 0; i < 40; ++i)
+    add("x");
+  open();
+  const std::unique_ptr<QPointingDevice> screen(QTest::createTouchDevice());
+  const QPoint from = middleOf(5);
+  QTest::touchEvent(list_->viewport(), screen.get()).press(0, from);
+  for (int way = 0; way <= 120; way += 10) {
+    QTest::touchEvent(list_->viewport(), screen.get()).move(0, from - QPoint(0, way));
+    finishEvents();
+  }
+  QTest::touchEvent(list_->viewport(), screen.get()).release(0, from - QPoint(0, 120));
+  EXPECT_TRUE(waitFor([this] { return list_->verticalScrollBar()->value() > 0; }));
+  EXPECT_TRUE(asked_.empty());
+}
+
+TEST_F(List, ALongWordForUndoStandsBelowItsText) {
+  auto* notice = new NoticeBar(nullptr);
+  const std::unique_ptr<QWidget> owner(notice);
+  QFont large = notice->font();
+  large.setPointSize(20);
+  notice->setFont(large);
+  notice->resize(180, 100);
+  notice->showUndoable("Twelve tasks deleted");
+  finishEvents();
+  const auto* button = notice->findChild<QToolButton*>();
+  EXPECT_GT(button->y(), 0);
+  EXPECT_LE(button->geometry().right(), 180);
+  const int below = button->y();
+  notice->resize(800, 100);
+  finishEvents();
+  EXPECT_LT(button->y(), below);
 }
 
 TEST_F(List, ADragIsNoTouch) {

@@ -78,7 +78,6 @@ constexpr Shown priorities[] = {
 
 constexpr int labelColumn = 72;  // pixels on the narrow screen
 constexpr int backKey = 0x1032;  // F3
-constexpr int optionsMenuClass = 54;
 
 // Places in the list of menu items that are kept.
 enum KeptItem { keptEdit, keptMessage, keptBluetooth, notKept };
@@ -213,8 +212,8 @@ void TASK_UI_DetailView::addMenu(ZSoftKey& keys) {
       {4, SLOT(sendToMessage()), {"TXT_RID_OPTION_MESSAGE", "Message"}, keptMessage},
       {5, SLOT(slotDeleteTask()), {"TXT_RID_OPTION_DELETE", "Delete"}, notKept},
   };
-  auto* menu = new ZOptionsMenu(&keys, nullptr, 0, optionsMenuClass, std::make_unique<tasksMenu>(),
-                                QStringLiteral("detailedView"));
+  auto* menu = new ZOptionsMenu(&keys, nullptr, 0, ZOptionsMenu::screenClass,
+                                std::make_unique<tasksMenu>(), QStringLiteral("detailedView"));
   for (const int id : menu->getAllItemIds()) {
     const auto* const item = std::find_if(std::begin(known), std::end(known),
                                           [id](const MenuItem& entry) { return entry.id == id; });
