@@ -1,7 +1,5 @@
 #include "dataset.h"
 
-#include "change_journal.h"
-
 #include <QDateTime>
 
 #include <cstdlib>
@@ -118,9 +116,6 @@ void fillStore(const std::string& directory, int size) {
     store.insert(task, *store.categoryUid(task.getString(Task::TASK_FIELD_CATEGORY)));
   }
   execute(database, "COMMIT; PRAGMA synchronous = FULL; PRAGMA wal_checkpoint(TRUNCATE)");
-  ulo::ChangeJournal journal(directory);
-  if (!journal.append({{0, 0, "filled", 0, ulo::ChangeType::added}}))
-    throw std::runtime_error("there is no journal in " + directory);
 }
 
 }  // namespace bench

@@ -11,10 +11,6 @@
 namespace bench {
 namespace {
 
-constexpr int added = 1;
-constexpr int updated = 2;
-constexpr int removed = 3;
-constexpr char engineIdentifier[] = "{9a4cdb74-34ec-415e-ba36-b8c2a35d0071}";
 constexpr int noDate = ZTASK_ENG_Task::noDateSeconds;
 constexpr int busyTimeoutMs = 10000;
 
@@ -197,47 +193,11 @@ struct HandStore::Statements {
   std::deque<KeptStatement> stretches;
 };
 
-// HandJournal
-
-HandJournal::HandJournal(std::string directory)
-    : directory_(std::move(directory)),
-      insert_(database_, "INSERT INTO changes (time, source, uid, type) VALUES (?, ?, ?, ?)") {}
-
-void HandJournal::open() {
-  database_ = openDatabase(directory_ + "/changes.db");
-  sqlite3_busy_timeout(database_.get(), busyTimeoutMs);
-  execute(database_, "PRAGMA journal_mode = WAL; PRAGMA synchronous = NORMAL");
-}
-
-void HandJournal::insert(unsigned int uid, int type) {
-  Run(insert_)
-      .bind(1, std::time(nullptr))
-      .bind(2, engineIdentifier)
-      .bind(3, uid)
-      .bind(4, type)
-      .step();
-}
-
-void HandJournal::append(unsigned int uid, int type) {
-  if (!database_)
-    open();
-  insert(uid, type);
-}
-
-void HandJournal::append(const Uids& uids, int type) {
-  if (!database_)
-    open();
-  execute(database_, "BEGIN IMMEDIATE");
-  for (const unsigned int uid : uids)
-    insert(uid, type);
-  execute(database_, "COMMIT");
-}
-
 // HandStore
 
 HandStore::HandStore(const std::string& directory)
     : database_(openDatabase(directory + "/tasks.db")),
-      sql_(std::make_unique<Statements>(database_)), journal_(directory) {
+      sql_(std::make_unique<Statements>(database_)) {
   sqlite3_busy_timeout(database_.get(), busyTimeoutMs);
   execute(database_, "PRAGMA encoding = 'UTF-16'; PRAGMA journal_mode = WAL; "
                      "PRAGMA synchronous = FULL");
@@ -292,7 +252,6 @@ void HandStore::add(Task& task) {
   }
   const auto uid = static_cast<unsigned int>(insert(task, *categoryOf));
   task.setUINT32(Task::TASK_FIELD_UID, uid);
-  journal_.append(uid, added);
 }
 
 void HandStore::read(const Run& row, Task& task) {
@@ -345,7 +304,6 @@ bool HandStore::update(Task& task) {
       .step();
   if (sqlite3_changes(database_.get()) == 0)
     return false;
-  journal_.append(uid, updated);
   return true;
 }
 
@@ -353,7 +311,6 @@ bool HandStore::remove(unsigned int uid) {
   Run(sql_->removeTask).bind(1, uid).step();
   if (sqlite3_changes(database_.get()) == 0)
     return false;
-  journal_.append(uid, removed);
   return true;
 }
 
@@ -363,7 +320,6 @@ void HandStore::removeAll() {
   ids(uids);
   Run(sql_->removeAll).step();
   Run(sql_->commit).step();
-  journal_.append(uids, removed);
 }
 
 int HandStore::count() {

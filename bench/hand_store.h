@@ -20,26 +20,6 @@ using View = ZTASK_ENG_Model::TASK_CATEGORY;
 using Sort = ZTASK_ENG_Model::TASK_SORT_FIELD;
 using Field = ZTASK_ENG_Task::TASK_FIELD_T;
 
-// A journal of changes as the store's service keeps it; opened with the first change.
-class HandJournal {
-public:
-  explicit HandJournal(std::string directory);
-  HandJournal(const HandJournal&) = delete;
-  HandJournal& operator=(const HandJournal&) = delete;
-  ~HandJournal() = default;
-  void append(unsigned int uid, int type);
-  // All of them, or none.
-  void append(const Uids& uids, int type);
-
-private:
-  void open();
-  void insert(unsigned int uid, int type);
-
-  std::string directory_;
-  Database database_;
-  KeptStatement insert_;
-};
-
 class HandStore {
 public:
   // Opens the store that is in the directory. Requires: it has been filled.
@@ -87,7 +67,6 @@ private:
 
   Database database_;
   std::unique_ptr<Statements> sql_;
-  HandJournal journal_;
 };
 
 }  // namespace bench

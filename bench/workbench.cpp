@@ -12,7 +12,6 @@ namespace bench {
 namespace {
 
 constexpr const char* tasksFile = "tasks.db";
-constexpr const char* journalFile = "changes.db";
 constexpr const char* filesBeside[] = {"-wal", "-shm"};
 
 // On the disk, so that no later flush waits for it.
@@ -49,8 +48,7 @@ void Workbench::fill() {
     return;
   fillStore(master(), size_);
   for (const Side side : {Side::ours, Side::hand})
-    for (const char* file : {tasksFile, journalFile})
-      copyFile(master() / file, std::filesystem::path(directory(side)) / file);
+    copyFile(master() / tasksFile, std::filesystem::path(directory(side)) / tasksFile);
   isFilled_ = true;
 }
 
@@ -105,12 +103,11 @@ void Workbench::restore(Side side, const Uids& changed) {
 void Workbench::restoreAll(Side side) {
   close();
   fill();
-  for (const char* file : {tasksFile, journalFile})
-    copyFile(master() / file, std::filesystem::path(directory(side)) / file);
+  copyFile(master() / tasksFile, std::filesystem::path(directory(side)) / tasksFile);
 }
 
-std::string Workbench::lines(Side side, const char* file, const std::string& sql) {
-  const Database database = openDatabase(directory(side) + "/" + file);
+std::string Workbench::lines(Side side, const std::string& sql) {
+  const Database database = openDatabase(directory(side) + "/" + tasksFile);
   std::string result;
   const auto append = [](void* text, int columns, char** values, char**) {
     for (int i = 0; i < columns; ++i)
@@ -123,19 +120,16 @@ std::string Workbench::lines(Side side, const char* file, const std::string& sql
 }
 
 std::string Workbench::stored(Side side, unsigned int uid) {
-  return lines(side, tasksFile,
-               "SELECT UID, priority, status, note, summary, uuid, alarm, due, \"end\", "
-               "categoryUid FROM task_table_task WHERE UID = " +
-                   std::to_string(uid)) +
-         lines(side, journalFile,
-               "SELECT source, uid, type FROM changes ORDER BY entry DESC LIMIT 1");
+  return lines(side, "SELECT UID, priority, status, note, summary, uuid, alarm, due, \"end\", "
+                     "categoryUid FROM task_table_task WHERE UID = " +
+                         std::to_string(uid)) +
+         lines(side, "SELECT uid, type FROM ulo_changes ORDER BY entry DESC LIMIT 1");
 }
 
 std::string Workbench::removals(Side side) {
-  return lines(side, tasksFile, "SELECT count(*) FROM task_table_task") +
-         lines(side, journalFile,
-               "SELECT source, count(*), sum(uid), min(uid), max(uid) FROM changes WHERE type = 3 "
-               "GROUP BY source");
+  return lines(side, "SELECT count(*) FROM task_table_task") +
+         lines(side,
+               "SELECT count(*), sum(uid), min(uid), max(uid) FROM ulo_changes WHERE type = 3");
 }
 
 }  // namespace bench

@@ -56,7 +56,7 @@ private:
   [[nodiscard]] std::filesystem::path master() const { return directory_ / "filled"; }
   // The side's files, apart from the side's own connections.
   [[nodiscard]] Database tasksOf(Side side) const;
-  std::string lines(Side side, const char* file, const std::string& sql);
+  std::string lines(Side side, const std::string& sql);
 
   std::filesystem::path directory_;
   int size_;

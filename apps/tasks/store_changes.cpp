@@ -12,28 +12,23 @@ namespace tasks {
 
 namespace {
 
-constexpr char storeFile[] = "tasks.db";
 constexpr char storeLog[] = "tasks.db-wal";
 
 }  // namespace
 
 StoreChanges::StoreChanges(QObject* parent)
     : QObject(parent), directory_(ulo::dataDirectory()), channel_(TASK_ENG_SyncML::channel),
-      journalFiles_(directory_, ulo::ChangeJournal::fileName), storeFiles_(directory_, storeFile),
-      journal_(directory_), store_(storeState()) {
+      files_(directory_, ulo::ChangeJournal::fileName), journal_(directory_), store_(storeState()) {
   isJournalRead_ = journal_.lastEntry(entry_);
   quiet_.setSingleShot(true);
   connect(&quiet_, &QTimer::timeout, this, &StoreChanges::gathered);
   connect(&interval_, &QTimer::timeout, this, &StoreChanges::lookAround);
   interval_.start(interval);
   connect(&channel_, &QCopChannel::received, this, &StoreChanges::hear);
-  for (const ulo::DirectoryWatch* watch : {&journalFiles_, &storeFiles_}) {
-    if (watch->descriptor() >= 0)
-      notifiers_.push_back(
-          std::make_unique<QSocketNotifier>(watch->descriptor(), QSocketNotifier::Read));
+  if (files_.descriptor() >= 0) {
+    notifier_ = std::make_unique<QSocketNotifier>(files_.descriptor(), QSocketNotifier::Read);
+    connect(notifier_.get(), &QSocketNotifier::activated, this, &StoreChanges::sawFiles);
   }
-  for (const auto& notifier : notifiers_)
-    connect(notifier.get(), &QSocketNotifier::activated, this, &StoreChanges::sawFiles);
 }
 
 StoreChanges::~StoreChanges() = default;
@@ -46,9 +41,7 @@ void StoreChanges::hear(const QCString& message) {
 }
 
 void StoreChanges::sawFiles() {
-  const bool journal = journalFiles_.sawChange();
-  const bool store = storeFiles_.sawChange();
-  if (journal || store)
+  if (files_.sawChange())
     gather();
 }
 
@@ -100,7 +93,7 @@ StoreChanges::FileState StoreChanges::stateOf(const char* name) const {
 
 // What other files the database has says nothing: readers write them too.
 StoreChanges::StoreState StoreChanges::storeState() const {
-  return {stateOf(storeFile), stateOf(storeLog)};
+  return {stateOf(ulo::ChangeJournal::fileName), stateOf(storeLog)};
 }
 
 }  // namespace tasks

@@ -15,7 +15,6 @@
 #include <cstdint>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace tasks {
 
@@ -63,8 +62,7 @@ private:
 
   std::string directory_;
   QCopChannel channel_;
-  ulo::DirectoryWatch journalFiles_;
-  ulo::DirectoryWatch storeFiles_;
+  ulo::DirectoryWatch files_;
   ulo::ChangeJournal journal_;
   std::int64_t entry_ = 0;
   bool isJournalRead_ = true;
@@ -73,8 +71,8 @@ private:
   QTimer quiet_;
   QTimer interval_;
   QElapsedTimer gathering_;
-  bool isLate_ = false;                                      // it is not waited for quiet any more
-  std::vector<std::unique_ptr<QSocketNotifier>> notifiers_;  // go before their descriptors
+  bool isLate_ = false;                        // it is not waited for quiet any more
+  std::unique_ptr<QSocketNotifier> notifier_;  // goes before its descriptor
 };
 
 }  // namespace tasks

@@ -16,6 +16,7 @@ namespace {
 
 struct ChangesOptions {
   std::int64_t since = 0;
+  std::string generation;
   bool follow = false;
   bool net = false;
   bool json = false;
@@ -30,6 +31,7 @@ void printNet(Output& output, const ulo::NetChanges& net, bool json) {
       {ulo::ChangeType::updated, net.updated},
       {ulo::ChangeType::removed, net.removed}};
   QJsonObject object{{"lastEntry", static_cast<qint64>(net.lastEntry)},
+                     {"generation", QString::fromStdString(net.generation)},
                      {"incomplete", net.incomplete}};
   for (const auto& [type, uids] : lists) {
     QJsonArray array;
@@ -51,9 +53,10 @@ void changes(Session& session, const ChangesOptions& options) {
   Output& output = session.output;
 
   ulo::NetChanges net;
-  requireJournal(journal.changesSince(ZTASK_ENG_Model::identifier, options.since, net));
+  requireJournal(
+      journal.changesSince(ZTASK_ENG_Model::identifier, options.since, net, options.generation));
   if (net.incomplete)
-    output.notice("the journal doesn't tell all that happened behind entry " +
+    output.notice("the journal doesn't tell everything that happened after entry " +
                   std::to_string(options.since) + ": compare all tasks");
   if (options.net) {
     printNet(output, net, options.json);
@@ -77,17 +80,22 @@ void changes(Session& session, const ChangesOptions& options) {
 void addChangeVerbs(CLI::App& app, Session& session) {
   CLI::App* verb = app.add_subcommand("changes", "Show what was added, updated and removed");
   auto options = std::make_shared<ChangesOptions>();
-  verb->add_option("--since", options->since, "Only entries behind this one")
+  verb->add_option("--since", options->since, "Only entries after this one")
       ->type_name("ENTRY")
       ->check(CLI::Range(std::int64_t{0}, furthestEntry).description(""))
       ->capture_default_str();
+  verb->add_option("--generation", options->generation,
+                   "The journal that ENTRY belongs to, as --net --json prints it")
+      ->type_name("ID");
   CLI::Option* follow = verb->add_flag("--follow", options->follow,
                                        "Go on with new entries as they come, until interrupted");
   verb->add_flag("--net", options->net,
                  "One line for each task that is new, other or gone since then")
       ->excludes(follow);
   verb->add_flag("--json", options->json, "Print JSON objects, one to a line; one for --net");
-  verb->footer("A line has the number of the entry, the local time, the kind of change and the "
+  verb->footer("Entries of a store that was restored or replaced have another generation: then the "
+               "numbers of the\nearlier one mean nothing, and a program has to compare all tasks.\n"
+               "A line has the number of the entry, the local time, the kind of change and the "
                "UID.\n--follow looks when the journal's files change, and every " +
                std::to_string(ChangeWatch::longestWait) +
                " seconds.\n"

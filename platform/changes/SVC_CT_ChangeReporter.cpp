@@ -1,15 +1,15 @@
 #include "SVC_CT_ChangeReporter.h"
 
+#include "announcement.h"
 #include "change_journal.h"
-#include "module_log.h"
+#include "data_directory.h"
 
 #include <exception>
 #include <mutex>
 #include <new>
 #include <utility>
-#include <vector>
 
-// Collects changes, one at a time or a batch of them, and hands them to the journal.
+// Announces changes, one at a time or a batch of them at once.
 class SVC_CT_ChangeReporter::Batch {
 public:
   bool begin() {
@@ -18,37 +18,37 @@ public:
   }
   bool end() {
     const std::lock_guard<std::mutex> lock(mutex_);
-    return std::exchange(isOpen_, false) && write();
-  }
-  bool add(const SVC_CT_ChangeRecord* records, unsigned int count) {
-    const std::lock_guard<std::mutex> lock(mutex_);
-    const std::size_t before = changes_.size();
-    try {
-      for (unsigned int i = 0; i < count; ++i)
-        changes_.push_back({0, 0, records[i].source.toStdString(), records[i].uid,
-                            static_cast<ulo::ChangeType>(records[i].changeType)});
-    } catch (const std::exception& error) {
-      changes_.resize(before);
-      ULO_LOG_ERROR("A change can't be reported: %s", error.what());
+    if (!std::exchange(isOpen_, false))
       return false;
-    }
-    return isOpen_ || write();
+    if (std::exchange(isPending_, false))
+      announce();
+    return true;
+  }
+  void add() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (isOpen_)
+      isPending_ = true;
+    else
+      announce();
   }
 
 private:
-  bool write() {
-    const bool done = journal_.append(changes_);
-    changes_.clear();
-    return done;
+  static void announce() noexcept {
+    try {
+      const std::string directory = ulo::dataDirectory();
+      if (!directory.empty())
+        ulo::announceCommit(directory + '/' + ulo::ChangeJournal::fileName);
+    } catch (const std::exception&) {
+      // Without memory nothing is announced; who follows the journal looks from time to time.
+    }
   }
 
   std::mutex mutex_;
-  std::vector<ulo::Change> changes_;
-  ulo::ChangeJournal journal_;
   bool isOpen_ = false;
+  bool isPending_ = false;
 };
 
-// A store goes on without its reporter: short memory shows with the first report.
+// A store works without its announcements, too.
 SVC_CT_ChangeReporter::SVC_CT_ChangeReporter() : batch_(new (std::nothrow) Batch) {}
 
 SVC_CT_ChangeReporter::~SVC_CT_ChangeReporter() {
@@ -60,8 +60,10 @@ int SVC_CT_ChangeReporter::report(const SVC_CT_ChangeRecord& record, int handle)
   return SVC_CT_ChangeReporter::reportMany(&record, 1, handle);
 }
 
-int SVC_CT_ChangeReporter::reportMany(const SVC_CT_ChangeRecord* records, unsigned int count, int) {
-  return batch_ && batch_->add(records, count) ? 0 : 1;
+int SVC_CT_ChangeReporter::reportMany(const SVC_CT_ChangeRecord*, unsigned int count, int) {
+  if (batch_ && count > 0)
+    batch_->add();
+  return 0;
 }
 
 int SVC_CT_ChangeReporter::beginBatch(const char*) {

@@ -1,5 +1,5 @@
-// The change-tracking service: whoever stores something reports it here, and other programs ask
-// the journal (change_journal.h) later what has changed.
+// The change-tracking service: a program that stored something reports it here, and other programs
+// ask the journal (change_journal.h) later what has changed.
 #pragma once
 
 #include "export.h"
@@ -22,10 +22,10 @@ enum SVC_CT_ChangeType : int {
   SVC_CT_REMOVED = 3,
 };
 
-// Writes each change to the journal in the data directory. The journal is opened with the first
-// report. All operations give 0 on success and 1 when the journal could not be written, which is
-// logged (once for several in a row); what was to be written is dropped then, and the next report
-// tries again. Several threads may report through one object; reporting throws nothing.
+// Announces stored changes to the programs that follow the journal. The entries themselves are
+// already in the journal: the database writes each one in the transaction that changes the row, so
+// that neither a kill nor a full disk can separate them. Several threads may report through one
+// object; reporting throws nothing and never fails for want of memory or disk space.
 class ULO_EXPORT SVC_CT_ChangeReporter {
 public:
   SVC_CT_ChangeReporter();
@@ -34,18 +34,17 @@ public:
 
   // The four operations below come first in the table of virtual operations, in this order.
 
-  // Reports one change. `handle` is the reporter's own business; the store hands over -1.
+  // Announces one change. `handle` is the reporter's own business; the store passes -1. Returns 0.
   virtual int report(const SVC_CT_ChangeRecord& record, int handle);
-  // Reports `count` changes at once: all of them get into the journal, or none.
+  // Announces `count` changes at once. Returns 0.
   virtual int reportMany(const SVC_CT_ChangeRecord* records, unsigned int count, int handle);
-  // What is reported from here to endBatch, whatever its source, gets into the journal at once, at
-  // endBatch: a reader sees all of it or nothing. It is kept in memory until then; a killed process
-  // takes it along. A batch within a batch is refused with 1 and changes nothing.
+  // Changes reported from here to endBatch, whatever their source, are announced once, at endBatch.
+  // Returns 0, or 1 within a batch, which then continues.
   virtual int beginBatch(const char* source);
-  // Without a batch: 1.
+  // Returns 0, or 1 without a batch.
   virtual int endBatch(const char* source);
 
-  // Writes a batch that was not ended: its changes have been stored.
+  // Ends an open batch.
   virtual ~SVC_CT_ChangeReporter();
 
 private:

@@ -14,67 +14,70 @@ namespace ulo {
 enum class ChangeType : int { added = 1, updated = 2, removed = 3 };
 
 struct Change {
-  std::int64_t entry = 0;  // its number: from 1 on, never given twice, pruned ones included
+  std::int64_t entry = 0;  // its number: from 1 on, never used twice, not even after pruning
   std::int64_t time = 0;   // UTC seconds
   std::string source;      // who made it
   std::uint32_t uid = 0;
   ChangeType type = ChangeType::added;
 };
 
-// What became of the UIDs of a source, each in at most one of the lists, in the order in which
-// they first changed. Only what was there before and what is there now counts: added and updated
-// is added, removed and added again is updated, added and removed is in none.
+// The net effect on the UIDs of a source, each in at most one of the lists, in the order in which
+// they first changed. Only the states before and after count: added and updated is added, removed
+// and added again is updated, added and removed is in none.
 struct NetChanges {
   std::vector<std::uint32_t> added;
   std::vector<std::uint32_t> updated;
   std::vector<std::uint32_t> removed;
-  std::int64_t lastEntry = 0;  // ask on from here
-  // Entries behind the one asked for have been pruned, or the one asked for is of another journal:
-  // the lists don't tell everything, and whoever asked has to compare all its data.
+  std::int64_t lastEntry = 0;  // continue from here
+  std::string generation;      // with this generation
+  // The lists don't tell everything, and the reader has to compare all its data: entries after the
+  // one asked for have been pruned, or the one asked for belongs to another journal.
   bool incomplete = false;
 };
 
-// A file in the data directory. What was appended survives the death of the process; a power cut
-// can lose the last changes, but none that lastEntry or changesSince has told of. One thread at a
-// time uses an object; threads and processes may have one each.
+// Reads the journal, which lies in the store's file. An entry is committed together with the change
+// that it describes: whatever happens to a program or the power, a stored change has one entry, and
+// a change that was not stored has none. One thread at a time uses an object; threads and processes
+// may have one each.
 class ULO_EXPORT ChangeJournal {
 public:
-  // The file's name; SQLite's own files beside it begin with it.
-  static constexpr char fileName[] = "changes.db";
+  // The file's name; the names of SQLite's files beside it begin with it.
+  static constexpr char fileName[] = "tasks.db";
 
-  // The journal in `directory`, which has to exist; in the data directory when it is empty.
+  // The journal in `directory`, which has to exist; in the data directory if it is empty.
   // Nothing is opened yet.
   explicit ChangeJournal(std::string directory = {}) noexcept;
   ChangeJournal(const ChangeJournal&) = delete;
   ChangeJournal& operator=(const ChangeJournal&) = delete;
   ~ChangeJournal();
 
-  // All operations give false, and log why, when the journal can't be read or written. A journal
-  // that does not exist reads as an empty one; only append creates it, with mode 0600.
+  // All operations return false, and log why, if the journal can't be read or written. A journal
+  // that does not exist reads as an empty one; the store creates it with its tables.
 
-  // Adds changes, all or none, in the order given. Their `entry` and `time` are set here. Of
-  // several failures in a row the first one is logged.
-  [[nodiscard]] bool append(const std::vector<Change>& changes);
-  // Appends to `changes` everything with a higher number than `entry`, of all sources.
+  // Appends to `changes` everything with a higher number than `entry`.
   [[nodiscard]] bool entriesSince(std::int64_t entry, std::vector<Change>& changes);
-  // Sets `net` to what changed for a source behind `entry` (0: from the beginning).
-  [[nodiscard]] bool changesSince(const std::string& source, std::int64_t entry, NetChanges& net);
-  // Sets `entry` to the number of the last change ever made, 0 when there was none.
+  // Sets `net` to the changes of a source after `entry` (0: from the beginning). `generation` is
+  // the one that `entry` belongs to; if it is empty, `entry` is taken to belong to this journal.
+  [[nodiscard]] bool changesSince(const std::string& source, std::int64_t entry, NetChanges& net,
+                                  const std::string& generation = {});
+  // Sets `entry` to the number of the last change ever made, 0 if there was none.
   [[nodiscard]] bool lastEntry(std::int64_t& entry);
+  // Sets `generation` to the journal's identity, which changes when the store was restored from a
+  // backup, rescued or begun anew: entry numbers of different generations say nothing about each
+  // other. Empty if there is no journal.
+  [[nodiscard]] bool generation(std::string& generation);
   // Forgets the entries up to and including `entry`.
   [[nodiscard]] bool prune(std::int64_t entry);
 
 private:
   class Database;
-  template <typename Work> bool attempt(const char* what, bool log, Work work);
+  template <typename Work> bool attempt(const char* what, Work work);
   template <typename Work> bool read(Work work);
   [[nodiscard]] std::string path() const;
   Database* existing();
-  Database& created();
 
   std::string directory_;
   std::unique_ptr<Database> database_;
-  bool appendFails_ = false;
 };
 
 }  // namespace ulo

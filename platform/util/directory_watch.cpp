@@ -10,8 +10,8 @@ namespace ulo {
 
 DirectoryWatch::DirectoryWatch(const std::string& directory, std::string prefix)
     : prefix_(std::move(prefix)), files_(inotify_init1(IN_CLOEXEC | IN_NONBLOCK)) {
-  if (files_.isOpen() &&
-      inotify_add_watch(files_.get(), directory.c_str(), IN_MODIFY | IN_CREATE | IN_MOVED_TO) < 0)
+  if (files_.isOpen() && inotify_add_watch(files_.get(), directory.c_str(),
+                                           IN_MODIFY | IN_ATTRIB | IN_CREATE | IN_MOVED_TO) < 0)
     files_.reset();
 }
 

@@ -8,9 +8,9 @@
 
 namespace ulo {
 
-// Watches the files of a directory whose names begin with `prefix`: writing and cutting them,
-// creating them and moving them there, by any program. Nothing that only reads is seen, nor what is
-// written through a mapping. Some file systems, such as those of a network, tell nothing of what
+// Watches the files of a directory whose names begin with `prefix`: writing, truncating, touching
+// and creating them and moving them there, by any program. Reading is not seen, nor writing through
+// a mapping. Some file systems, such as those of a network, tell nothing of what
 // others do: whoever needs to know looks from time to time as well.
 class ULO_EXPORT DirectoryWatch {
 public:

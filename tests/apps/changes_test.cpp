@@ -22,7 +22,8 @@ protected:
     succeed({"rm", "2"});
   }
   void forgetEntriesTo(int entry) {
-    sql("DELETE FROM changes WHERE entry <= " + std::to_string(entry), "changes.db");
+    sql("UPDATE ulo_journal SET floor = " + std::to_string(entry));
+    sql("DELETE FROM ulo_changes WHERE entry <= " + std::to_string(entry));
   }
 };
 
@@ -70,10 +71,10 @@ TEST_F(Changes, SaysWhatThePrunedJournalDoesNotTell) {
   forgetEntriesTo(2);
   const Outcome run = ulotask({"changes", "--since", "1"});
   EXPECT_EQ(run.code, 0);
-  EXPECT_EQ(run.err, "ulotask: the journal doesn't tell all that happened behind entry 1: compare "
-                     "all tasks\n");
+  EXPECT_EQ(run.err, "ulotask: the journal doesn't tell everything that happened after entry 1: "
+                     "compare all tasks\n");
   EXPECT_THAT(run.out, testing::StartsWith("     3  "));
-  // Nothing behind entry 2 is missing.
+  // Nothing after entry 2 is missing.
   succeed({"changes", "--since", "2"});
   forgetEntriesTo(4);
   EXPECT_NE(ulotask({"changes", "--since", "3"}).err, "");
@@ -84,23 +85,42 @@ TEST_F(Changes, SaysThatAnEntryIsOfAnotherJournal) {
   changeSomething();
   const Outcome run = ulotask({"changes", "--since", "5"});
   EXPECT_EQ(run.code, 0);
-  EXPECT_THAT(run.err, HasSubstr("behind entry 5"));
+  EXPECT_THAT(run.err, HasSubstr("after entry 5"));
 }
 
 TEST_F(Changes, NetTellsWhatBecameOfEachTask) {
   changeSomething();
   EXPECT_EQ(succeed({"changes", "--net"}).out, "added 1\n");
   EXPECT_EQ(succeed({"changes", "--net", "--since", "2"}).out, "updated 1\nremoved 2\n");
-  EXPECT_EQ(succeed({"changes", "--net", "--since", "2", "--json"}).object(),
-            (QJsonObject{{"lastEntry", 4},
-                         {"incomplete", false},
-                         {"added", QJsonArray()},
-                         {"updated", QJsonArray{1}},
-                         {"removed", QJsonArray{2}}}));
+  const QJsonObject net = succeed({"changes", "--net", "--since", "2", "--json"}).object();
+  EXPECT_EQ(net["generation"].toString().length(), 32);
+  EXPECT_EQ(net, (QJsonObject{{"lastEntry", 4},
+                              {"generation", net["generation"]},
+                              {"incomplete", false},
+                              {"added", QJsonArray()},
+                              {"updated", QJsonArray{1}},
+                              {"removed", QJsonArray{2}}}));
   forgetEntriesTo(2);
   const Outcome run = ulotask({"changes", "--net", "--json"});
   EXPECT_TRUE(run.object()["incomplete"].toBool());
   EXPECT_NE(run.err, "");
+}
+
+TEST_F(Changes, TellsJournalsApartByTheirGeneration) {
+  changeSomething();
+  const auto generation = [this] {
+    return succeed({"changes", "--net", "--json"}).object()["generation"].toString().toStdString();
+  };
+  const std::string first = generation();
+  EXPECT_EQ(succeed({"changes", "--since", "4", "--generation", first}).out, "");
+  std::filesystem::remove_all(path("data"));
+  changeSomething();
+  add({"c"});
+  EXPECT_NE(generation(), first);
+  const Outcome run = ulotask({"changes", "--since", "4", "--generation", first, "--net"});
+  EXPECT_EQ(run.code, 0);
+  EXPECT_EQ(run.err, "ulotask: the journal doesn't tell everything that happened after entry 4: "
+                     "compare all tasks\n");
 }
 
 TEST_F(Changes, RefusesWhatMakesNoSense) {
@@ -119,7 +139,7 @@ TEST_F(Changes, RefusesWhatMakesNoSense) {
 
 TEST_F(Changes, SaysThatTheJournalCannotBeRead) {
   add({"one"});
-  file("data/changes.db", std::string(8192, 'x'));
+  sql("DROP TABLE ulo_changes");
   const Outcome run = ulotask({"changes"});
   EXPECT_EQ(run.code, 1);
   EXPECT_EQ(run.err, "ulotask: the change journal can't be read; the log says why\n");
@@ -157,7 +177,7 @@ TEST_F(Changes, FollowGoesOnFromAnEntryThatIsNotReached) {
   Running following(process, {"changes", "--follow", "--since", "100"});
   // It has looked at the journal when it complains.
   process.setReadChannel(QProcess::StandardError);
-  EXPECT_THAT(following.line(), HasSubstr("behind entry 100"));
+  EXPECT_THAT(following.line(), HasSubstr("after entry 100"));
   process.setReadChannel(QProcess::StandardOutput);
   add({"b"});
   EXPECT_THAT(following.line(), MatchesRegex("     2  .*added    2\n"));

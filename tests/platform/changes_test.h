@@ -3,11 +3,15 @@
 
 #include "SVC_CT_ChangeReporter.h"
 #include "change_journal.h"
+#include "journal_schema.h"
 #include "temporary_directory.h"
 
 #include <gmock/gmock.h>
+#include <sqlite3.h>
 
 #include <filesystem>
+#include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -20,10 +24,9 @@ using ulo::NetChanges;
 inline constexpr ChangeType allTypes[] = {ChangeType::added, ChangeType::updated,
                                           ChangeType::removed};
 
-inline Change changeOf(std::uint32_t uid, ChangeType type = ChangeType::added,
-                       const std::string& source = "engine") {
+inline Change changeOf(std::uint32_t uid, ChangeType type = ChangeType::added) {
   Change change;
-  change.source = source;
+  change.source = "engine";
   change.uid = uid;
   change.type = type;
   return change;
@@ -37,6 +40,39 @@ inline SVC_CT_ChangeRecord recordOf(unsigned uid, int type = SVC_CT_ADDED,
   record.changeType = type;
   return record;
 }
+
+// A file with a table that a journal follows, and a connection to it.
+class FollowedFile {
+public:
+  explicit FollowedFile(const fs::path& file, std::int64_t floor = 0) {
+    sqlite3* handle = nullptr;
+    const int result = sqlite3_open(file.c_str(), &handle);
+    handle_.reset(handle);
+    if (result != SQLITE_OK)
+      throw std::runtime_error("cannot open " + file.string());
+    run("PRAGMA journal_mode = WAL");
+    run("CREATE TABLE tasks (UID INTEGER PRIMARY KEY, x)");
+    for (const std::string& sql : ulo::createJournalSql({"tasks", "UID", "engine"}, floor))
+      run(sql);
+  }
+  void run(const std::string& sql) {
+    if (sqlite3_exec(handle_.get(), sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK)
+      throw std::runtime_error(sql + ": " + sqlite3_errmsg(handle_.get()));
+  }
+  // Entries without the changes that they tell of.
+  void append(const std::vector<Change>& changes) {
+    run("BEGIN");
+    for (const Change& change : changes)
+      run("INSERT INTO ulo_changes SELECT max((SELECT ifnull(max(entry), 0) FROM ulo_changes), "
+          "floor) + 1, unixepoch(), " +
+          std::to_string(change.uid) + ", " + std::to_string(static_cast<int>(change.type)) +
+          " FROM ulo_journal");
+    run("COMMIT");
+  }
+
+private:
+  std::unique_ptr<sqlite3, decltype(&sqlite3_close)> handle_{nullptr, sqlite3_close};
+};
 
 inline std::vector<Change> entriesOf(ChangeJournal& journal, std::int64_t since = 0) {
   std::vector<Change> changes;
@@ -64,15 +100,24 @@ inline NetChanges netOf(ChangeJournal& journal, std::int64_t since = 0,
   return net;
 }
 
+inline std::string generationOf(ChangeJournal& journal) {
+  std::string generation = "none";
+  EXPECT_TRUE(journal.generation(generation));
+  return generation;
+}
+
 class Journal : public testing::Test {
 protected:
-  [[nodiscard]] fs::path file() const { return directory_.path() / "changes.db"; }
+  [[nodiscard]] fs::path path() const { return directory_.path() / "tasks.db"; }
+  // Created at the first call.
+  FollowedFile& file() {
+    if (!file_)
+      file_ = std::make_unique<FollowedFile>(path());
+    return *file_;
+  }
+  void append(const std::vector<Change>& changes) { file().append(changes); }
 
   DataDirectory directory_;
   ChangeJournal journal_{directory_.path()};
-};
-
-class Reporter : public Journal {
-protected:
-  SVC_CT_ChangeReporter reporter_;
+  std::unique_ptr<FollowedFile> file_;
 };

@@ -3,8 +3,6 @@
 #include "changes_test.h"
 #include "log_capture.h"
 
-#include <sqlite3.h>
-
 #include <ctime>
 #include <fstream>
 #include <map>
@@ -17,39 +15,59 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::SizeIs;
-using testing::StartsWith;
 
-TEST_F(Journal, OneThatDoesNotExistIsEmptyAndStaysAway) {
+TEST_F(Journal, ReadsAsEmptyWithoutAStore) {
   LogCapture log;
   EXPECT_THAT(entriesOf(journal_), IsEmpty());
   EXPECT_EQ(lastOf(journal_), 0);
+  EXPECT_EQ(generationOf(journal_), "");
   const NetChanges net = netOf(journal_);
   EXPECT_TRUE(net.added.empty() && net.updated.empty() && net.removed.empty());
   EXPECT_EQ(net.lastEntry, 0);
   EXPECT_FALSE(net.incomplete);
+  EXPECT_TRUE(netOf(journal_, 1).incomplete);
   EXPECT_TRUE(journal_.prune(5));
-  EXPECT_TRUE(journal_.append({}));
   EXPECT_TRUE(fs::is_empty(directory_.path()));
   ChangeJournal nowhere(directory_.path() / "missing");
   EXPECT_THAT(entriesOf(nowhere), IsEmpty());
   EXPECT_EQ(log.text(), "");
 }
 
-TEST_F(Journal, KeepsWhatItWasGiven) {
+TEST_F(Journal, LeavesAnEmptyFileEmpty) {
+  std::ofstream(path()) << "";
+  EXPECT_EQ(netOf(journal_).lastEntry, 0);
+  EXPECT_TRUE(journal_.prune(1));
+  EXPECT_EQ(fs::file_size(path()), 0U);
+  // It is found when the store has created it.
+  fs::remove(path());
+  file().run("INSERT INTO tasks VALUES (1, 0)");
+  EXPECT_THAT(uidsIn(directory_.path()), ElementsAre(1));
+  EXPECT_EQ(lastOf(journal_), 1);
+}
+
+TEST_F(Journal, LiesInTheDataDirectoryByDefault) {
+  append({changeOf(1)});
+  ChangeJournal inDataDirectory;
+  EXPECT_EQ(lastOf(inDataDirectory), 1);
+}
+
+TEST_F(Journal, HasOneEntryForEachChangedRow) {
   const std::int64_t before = std::time(nullptr);
-  ASSERT_TRUE(journal_.append(
-      {changeOf(7, ChangeType::added, "a"), changeOf(0xFFFFFFFE, ChangeType::removed, "")}));
-  ASSERT_TRUE(journal_.append({changeOf(0, ChangeType::updated, "caf\xC3\xA9")}));
+  file().run("INSERT INTO tasks VALUES (7, 0), (4294967294, 0)");
+  file().run("UPDATE tasks SET x = 1");
+  file().run("UPDATE tasks SET x = 1 WHERE UID = 8");  // no such row
+  file().run("DELETE FROM tasks WHERE UID = 7");
+  file().run("DELETE FROM tasks");
   const std::int64_t after = std::time(nullptr);
-  ChangeJournal other(directory_.path());
-  const std::vector<Change> entries = entriesOf(other);
-  ASSERT_THAT(entries, SizeIs(3));
-  const Change expected[] = {changeOf(7, ChangeType::added, "a"),
-                             changeOf(0xFFFFFFFE, ChangeType::removed, ""),
-                             changeOf(0, ChangeType::updated, "caf\xC3\xA9")};
-  for (std::size_t i = 0; i < 3; ++i) {
+  const std::vector<Change> entries = entriesOf(journal_);
+  const Change expected[] = {
+      changeOf(7, ChangeType::added),   changeOf(0xFFFFFFFE, ChangeType::added),
+      changeOf(7, ChangeType::updated), changeOf(0xFFFFFFFE, ChangeType::updated),
+      changeOf(7, ChangeType::removed), changeOf(0xFFFFFFFE, ChangeType::removed)};
+  ASSERT_THAT(entries, SizeIs(std::size(expected)));
+  for (std::size_t i = 0; i < entries.size(); ++i) {
     EXPECT_EQ(entries[i].entry, static_cast<std::int64_t>(i) + 1);
-    EXPECT_EQ(entries[i].source, expected[i].source);
+    EXPECT_EQ(entries[i].source, "engine");
     EXPECT_EQ(entries[i].uid, expected[i].uid);
     EXPECT_EQ(entries[i].type, expected[i].type);
     EXPECT_GE(entries[i].time, before);
@@ -57,18 +75,107 @@ TEST_F(Journal, KeepsWhatItWasGiven) {
   }
 }
 
-TEST_F(Journal, IsTheOwnersAlone) {
-  ASSERT_TRUE(journal_.append({changeOf(1)}));
-  int files = 0;
-  for (const auto& entry : fs::directory_iterator(directory_.path())) {
-    ++files;
-    EXPECT_EQ(entry.status().permissions(), fs::perms(0600)) << entry.path();
-  }
-  EXPECT_GE(files, 1);
+TEST_F(Journal, DoesNotTellOfWhatWasRolledBack) {
+  file().run("INSERT INTO tasks VALUES (1, 0)");
+  file().run("BEGIN");
+  file().run("INSERT INTO tasks VALUES (2, 0)");
+  file().run("SAVEPOINT inner");
+  file().run("DELETE FROM tasks");
+  file().run("ROLLBACK TO inner");
+  EXPECT_EQ(lastOf(journal_), 1);  // nobody sees it before the commit
+  file().run("COMMIT");
+  EXPECT_THAT(uidsIn(directory_.path()), ElementsAre(1, 2));
+  file().run("BEGIN");
+  file().run("INSERT INTO tasks VALUES (3, 0)");
+  file().run("ROLLBACK");
+  EXPECT_THAT(uidsIn(directory_.path()), ElementsAre(1, 2));
+  // The number of the entry that was undone names no other change to those who may have seen it:
+  // nobody has.
+  file().run("INSERT INTO tasks VALUES (4, 0)");
+  EXPECT_EQ(lastOf(journal_), 3);
+}
+
+TEST_F(Journal, NeverUsesANumberTwice) {
+  append({changeOf(1), changeOf(2), changeOf(3)});
+  EXPECT_EQ(lastOf(journal_), 3);
+  ASSERT_TRUE(journal_.prune(1000));
+  EXPECT_THAT(entriesOf(journal_), IsEmpty());
+  EXPECT_EQ(lastOf(journal_), 3);
+  ChangeJournal reopened(directory_.path());
+  EXPECT_EQ(lastOf(reopened), 3);
+  file().run("INSERT INTO tasks VALUES (4, 0)");
+  EXPECT_EQ(entriesOf(reopened).at(0).entry, 4);
+  EXPECT_EQ(lastOf(journal_), 4);
+  // A journal that was damaged by hand still numbers its entries.
+  file().run("DELETE FROM ulo_journal");
+  file().run("INSERT INTO tasks VALUES (5, 0)");
+  EXPECT_EQ(lastOf(journal_), 5);
+}
+
+TEST_F(Journal, HasNoEntriesOfOtherSources) {
+  append({changeOf(1), changeOf(2)});
+  const NetChanges none = netOf(journal_, 0, "another");
+  EXPECT_TRUE(none.added.empty() && none.updated.empty() && none.removed.empty());
+  EXPECT_EQ(none.lastEntry, 2);
+  EXPECT_THAT(netOf(journal_).added, ElementsAre(1, 2));
+}
+
+TEST_F(Journal, TellsReadersOfAnotherJournal) {
+  append({changeOf(1)});
+  EXPECT_FALSE(netOf(journal_, 1).incomplete);
+  EXPECT_TRUE(netOf(journal_, 2).incomplete);
+  EXPECT_FALSE(netOf(journal_, -1).incomplete);
+
+  const std::string generation = generationOf(journal_);
+  EXPECT_THAT(generation, testing::MatchesRegex("[0-9a-f]{32}"));
+  NetChanges net;
+  ASSERT_TRUE(journal_.changesSince("engine", 1, net, generation));
+  EXPECT_FALSE(net.incomplete);
+  EXPECT_EQ(net.generation, generation);
+  ASSERT_TRUE(journal_.changesSince("engine", 1, net, std::string(32, '0')));
+  EXPECT_TRUE(net.incomplete);
+  ASSERT_TRUE(journal_.changesSince("engine", 0, net, std::string(32, '0')));
+  EXPECT_TRUE(net.incomplete);
+}
+
+TEST_F(Journal, BeginsAnewWithANewGeneration) {
+  append({changeOf(1), changeOf(2)});
+  const auto renew = [&](std::int64_t floor) {
+    for (const std::string& sql : ulo::renewJournalSql(floor))
+      file().run(sql);
+  };
+  std::string generation = generationOf(journal_);
+  renew(10);
+  EXPECT_NE(generationOf(journal_), generation);
+  EXPECT_THAT(entriesOf(journal_), IsEmpty());
+  EXPECT_EQ(lastOf(journal_), 10);
+  // Every number of before is told from the new ones.
+  for (const std::int64_t entry : {0, 1, 2, 9})
+    EXPECT_TRUE(netOf(journal_, entry).incomplete) << entry;
+  file().run("INSERT INTO tasks VALUES (3, 0)");
+  EXPECT_EQ(lastOf(journal_), 11);
+  // It never goes back.
+  generation = generationOf(journal_);
+  renew(5);
+  EXPECT_NE(generationOf(journal_), generation);
+  EXPECT_EQ(lastOf(journal_), 11);
+  EXPECT_TRUE(netOf(journal_, 10).incomplete);
+}
+
+TEST_F(Journal, DamagedPagesAreNotRead) {
+  append(std::vector<Change>(2000, changeOf(1)));
+  file_.reset();
+  std::fstream(path(), std::ios::in | std::ios::out | std::ios::binary).seekp(20480)
+      << std::string(12288, '\xFF');
+  LogCapture log;
+  std::vector<Change> changes{changeOf(7)};
+  EXPECT_FALSE(journal_.entriesSince(0, changes));
+  EXPECT_THAT(changes, SizeIs(1));  // nothing of what was read before it failed
+  EXPECT_THAT(log.text(), HasSubstr("can't be read: database disk image is malformed"));
 }
 
 TEST_F(Journal, EntriesSince) {
-  ASSERT_TRUE(journal_.append({changeOf(10), changeOf(20), changeOf(30)}));
+  append({changeOf(10), changeOf(20), changeOf(30)});
   std::vector<Change> changes{changeOf(1)};
   EXPECT_TRUE(journal_.entriesSince(1, changes));  // behind what is there
   ASSERT_THAT(changes, SizeIs(3));
@@ -80,31 +187,9 @@ TEST_F(Journal, EntriesSince) {
   EXPECT_THAT(entriesOf(journal_, -1), SizeIs(3));
 }
 
-TEST_F(Journal, NumbersAreNeverGivenTwice) {
-  ASSERT_TRUE(journal_.append({changeOf(1), changeOf(2), changeOf(3)}));
-  EXPECT_EQ(lastOf(journal_), 3);
-  ASSERT_TRUE(journal_.prune(1000));
-  EXPECT_THAT(entriesOf(journal_), IsEmpty());
-  EXPECT_EQ(lastOf(journal_), 3);
-  ChangeJournal reopened(directory_.path());
-  EXPECT_EQ(lastOf(reopened), 3);
-  ASSERT_TRUE(reopened.append({changeOf(4)}));
-  EXPECT_EQ(entriesOf(reopened).at(0).entry, 4);
-  EXPECT_EQ(lastOf(journal_), 4);
-}
-
-TEST_F(Journal, NumbersGoOnAfterAllAreClosedAndPruned) {
-  for (std::int64_t n = 1; n <= 4; ++n) {
-    ChangeJournal journal(directory_.path());
-    ASSERT_TRUE(journal.append({changeOf(1)}));
-    EXPECT_EQ(lastOf(journal), n);
-    ASSERT_TRUE(journal.prune(n));
-  }
-}
-
 TEST_F(Journal, Prune) {
   for (std::uint32_t uid = 1; uid <= 5; ++uid)
-    ASSERT_TRUE(journal_.append({changeOf(uid)}));
+    append({changeOf(uid)});
   for (const std::int64_t nothing : {0, -5}) {
     ASSERT_TRUE(journal_.prune(nothing));
     EXPECT_FALSE(netOf(journal_, 0).incomplete);
@@ -125,7 +210,7 @@ TEST_F(Journal, Prune) {
   ASSERT_TRUE(journal_.prune(1000));
   EXPECT_FALSE(netOf(journal_, 5).incomplete);
   EXPECT_TRUE(netOf(journal_, 4).incomplete);
-  ASSERT_TRUE(journal_.append({changeOf(6)}));
+  append({changeOf(6)});
   EXPECT_FALSE(netOf(journal_, 5).incomplete);
   EXPECT_THAT(netOf(journal_, 5).added, ElementsAre(6));
 }
@@ -150,7 +235,7 @@ TEST_F(Journal, NetEffect) {
     std::optional<bool> before;  // nobody can tell yet
     std::optional<bool> now;
     for (const ChangeType type : sequence) {
-      ASSERT_TRUE(journal_.append({changeOf(uid, type)}));
+      append({changeOf(uid, type)});
       shown += "?aur"[static_cast<int>(type)];
       if (!before)
         before = type != ChangeType::added;  // only what is there can be updated or removed
@@ -174,7 +259,7 @@ TEST_F(Journal, NetEffectInPlainWords) {
   constexpr auto add = ChangeType::added;
   constexpr auto update = ChangeType::updated;
   constexpr auto remove = ChangeType::removed;
-  ASSERT_TRUE(journal_.append({
+  append({
       changeOf(9, add),
       changeOf(3, update),
       changeOf(5, remove),
@@ -189,7 +274,7 @@ TEST_F(Journal, NetEffectInPlainWords) {
       changeOf(7, remove),
       changeOf(7, add),
       changeOf(3, update),
-  }));
+  });
   const NetChanges net = netOf(journal_);
   EXPECT_THAT(net.added, ElementsAre(9, 4));
   EXPECT_THAT(net.updated, ElementsAre(3, 6, 7));
@@ -199,116 +284,6 @@ TEST_F(Journal, NetEffectInPlainWords) {
   EXPECT_THAT(later.added, ElementsAre(4));
   EXPECT_THAT(later.updated, ElementsAre(9, 6, 7, 3));
   EXPECT_THAT(later.removed, ElementsAre(8, 2, 1));
-}
-
-TEST_F(Journal, SourcesAreKeptApart) {
-  ASSERT_TRUE(journal_.append(
-      {changeOf(1, ChangeType::added, "a"), changeOf(1, ChangeType::removed, "b"),
-       changeOf(2, ChangeType::updated, "A"), changeOf(3, ChangeType::updated, "")}));
-  EXPECT_THAT(netOf(journal_, 0, "a").added, ElementsAre(1));
-  EXPECT_THAT(netOf(journal_, 0, "a").updated, IsEmpty());
-  EXPECT_THAT(netOf(journal_, 0, "b").removed, ElementsAre(1));
-  EXPECT_THAT(netOf(journal_, 0, "A").updated, ElementsAre(2));
-  EXPECT_THAT(netOf(journal_, 0, "").updated, ElementsAre(3));
-  const NetChanges none = netOf(journal_, 0, "c");
-  EXPECT_TRUE(none.added.empty() && none.updated.empty() && none.removed.empty());
-  EXPECT_EQ(none.lastEntry, 4);  // of all sources
-}
-
-TEST_F(Journal, AnEmptyFileBecomesOne) {
-  std::ofstream(file()) << "";
-  EXPECT_THAT(entriesOf(journal_), IsEmpty());
-  EXPECT_EQ(lastOf(journal_), 0);
-  EXPECT_TRUE(journal_.append({changeOf(1)}));
-  EXPECT_THAT(uidsIn(directory_.path()), ElementsAre(1));
-}
-
-TEST_F(Journal, ReadersLeaveAnEmptyFileEmpty) {
-  std::ofstream(file()) << "";
-  EXPECT_EQ(netOf(journal_).lastEntry, 0);
-  EXPECT_TRUE(journal_.prune(1));
-  EXPECT_EQ(fs::file_size(file()), 0U);
-}
-
-// Its number comes from a journal that is no more.
-TEST_F(Journal, AReaderOfAnotherJournalIsTold) {
-  EXPECT_TRUE(netOf(journal_, 1).incomplete);
-  ASSERT_TRUE(journal_.append({changeOf(1)}));
-  EXPECT_FALSE(netOf(journal_, 1).incomplete);
-  EXPECT_TRUE(netOf(journal_, 2).incomplete);
-  EXPECT_FALSE(netOf(journal_, -1).incomplete);
-}
-
-TEST_F(Journal, UnknownTypesAreRefusedWithAllThatCameAlong) {
-  LogCapture log;
-  for (const int type : {0, 4, -1})
-    EXPECT_FALSE(journal_.append({changeOf(1), changeOf(2, static_cast<ChangeType>(type))}));
-  EXPECT_THAT(log.text(), HasSubstr("CHECK constraint failed"));
-  ASSERT_TRUE(journal_.append({changeOf(3)}));
-  EXPECT_THAT(uidsIn(directory_.path()), ElementsAre(3));
-  EXPECT_EQ(lastOf(journal_), 1);
-}
-
-TEST_F(Journal, ItsWriterNeedsNoDataDirectoryInItsName) {
-  ChangeJournal inDataDirectory;
-  ASSERT_TRUE(inDataDirectory.append({changeOf(1)}));
-  EXPECT_THAT(uidsIn(directory_.path()), ElementsAre(1));
-}
-
-// What is in the file itself, without its write-ahead log, has been flushed to the disk.
-TEST_F(Journal, APowerCutTakesNothingBackThatSomebodyWasToldOf) {
-  const TemporaryDirectory afterwards;
-  const auto flushed = [&] {
-    fs::copy_file(file(), afterwards.path() / "changes.db", fs::copy_options::overwrite_existing);
-    return uidsIn(afterwards.path()).size();
-  };
-  ASSERT_TRUE(journal_.append({changeOf(1)}));
-  EXPECT_EQ(flushed(), 0U);
-  EXPECT_EQ(lastOf(journal_), 1);
-  EXPECT_EQ(flushed(), 1U);
-  ASSERT_TRUE(journal_.append({changeOf(2)}));
-  EXPECT_EQ(netOf(journal_).lastEntry, 2);
-  EXPECT_EQ(flushed(), 2U);
-}
-
-TEST_F(Journal, DamagedPagesAreNotRead) {
-  {
-    ChangeJournal journal(directory_.path());
-    ASSERT_TRUE(journal.append(std::vector<Change>(2000, changeOf(1))));
-  }
-  std::fstream(file(), std::ios::in | std::ios::out | std::ios::binary).seekp(8192)
-      << std::string(12288, '\xFF');
-  LogCapture log;
-  std::vector<Change> changes{changeOf(7)};
-  EXPECT_FALSE(journal_.entriesSince(0, changes));
-  EXPECT_THAT(changes, SizeIs(1));  // nothing of what was read before it failed
-  EXPECT_THAT(log.text(), HasSubstr("can't be read: database disk image is malformed"));
-}
-
-std::vector<std::string> statementsRun;
-std::set<const void*> statementsPrepared;
-
-TEST_F(Journal, AChangeCostsOneStatement) {
-  const auto trace = +[](sqlite3* connection, const char**, const void*) {
-    return sqlite3_trace_v2(
-        connection, SQLITE_TRACE_STMT,
-        [](unsigned, void*, void* statement, void*) {
-          statementsRun.emplace_back(sqlite3_sql(static_cast<sqlite3_stmt*>(statement)));
-          statementsPrepared.insert(statement);
-          return 0;
-        },
-        nullptr);
-  };
-  sqlite3_auto_extension(reinterpret_cast<void (*)()>(trace));
-  ASSERT_TRUE(journal_.append({changeOf(1)}));
-  sqlite3_reset_auto_extension();
-  statementsRun.clear();
-  statementsPrepared.clear();
-  for (std::uint32_t uid = 2; uid < 12; ++uid)
-    ASSERT_TRUE(journal_.append({changeOf(uid)}));
-  EXPECT_THAT(statementsRun, SizeIs(10));
-  EXPECT_THAT(statementsRun, testing::Each(StartsWith("INSERT INTO changes")));
-  EXPECT_THAT(statementsPrepared, SizeIs(1));
 }
 
 }  // namespace

@@ -78,11 +78,17 @@ TEST_F(StoreReports, DoNotTellOfCategories) {
   EXPECT_THAT(reports(), ElementsAre());
 }
 
-// A journal that cannot be written takes nothing from the store.
-TEST_F(StoreReports, AreNotNeededForTheChange) {
-  store();
-  std::filesystem::create_directory(directory_.path() / "changes.db");
+// What can't be journaled is not stored.
+TEST_F(StoreReports, AreStoredWithTheChangeOrNeitherIs) {
   const unsigned int uid = add(task("a"));
+  reports();
+  RawDatabase(directory_.path()).run("DROP TABLE ulo_changes");
+  Task other = task("b");
+  EXPECT_EQ(store().addTask(other), databaseFailure);
+  EXPECT_EQ(store().removeTask(uid), databaseFailure);
+  EXPECT_EQ(count(), 1);
+  RawDatabase(directory_.path())
+      .run("CREATE TABLE ulo_changes (entry INTEGER PRIMARY KEY, time, uid, type)");
   EXPECT_EQ(store().removeTask(uid), ok);
   EXPECT_EQ(count(), 0);
 }

@@ -84,8 +84,8 @@ std::string_view localName(std::string_view name) {
 }
 
 Catalog::Catalog(sqlite3* database) {
-  SqlStatement names(database, "SELECT name FROM sqlite_schema WHERE type = 'table' AND "
-                               "name NOT LIKE 'sqlite\\_%' ESCAPE '\\' ORDER BY name");
+  SqlStatement names(database, "SELECT name FROM sqlite_schema WHERE " +
+                                   std::string(Catalog::tablesOfPrograms) + " ORDER BY name");
   while (names.step())
     tables_.push_back(std::make_shared<const Table>(readTable(database, names.text(0))));
 }

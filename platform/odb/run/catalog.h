@@ -48,6 +48,12 @@ std::string_view localName(std::string_view name);
 // The tables of a database as they stood when the catalog was made.
 class Catalog {
 public:
+  // What selects from SQLite's schema the tables that texts can name: neither SQLite's own nor
+  // those of the journal of changes.
+  static constexpr char tablesOfPrograms[] = "type = 'table' AND name NOT LIKE 'sqlite\\_%' ESCAPE "
+                                             "'\\' AND name NOT LIKE 'ulo\\_%' ESCAPE "
+                                             "'\\'";
+
   // Throws Failure.
   explicit Catalog(sqlite3* database);
 

@@ -1,6 +1,7 @@
 #include "interpreter.h"
 
 #include "sqlite/binding.h"
+#include "sqlite/journal.h"
 
 namespace ulo::odb {
 
@@ -49,10 +50,14 @@ void Executable::run(Run& run) {
   else if (program_->statement->kind == Statement::Kind::insert)
     runInsert(run);
   else
-    SqlStatement(database_, program_->statement->kind == Statement::Kind::createTable
-                                ? createTableSql(*program_->statement)
-                                : createIndexSql(*program_->statement))
-        .run();
+    runCreate(*program_->statement);
+}
+
+void Executable::runCreate(const Statement& statement) {
+  const bool isTable = statement.kind == Statement::Kind::createTable;
+  SqlStatement(database_, isTable ? createTableSql(statement) : createIndexSql(statement)).run();
+  if (isTable && isFollowed(statement.table))
+    createJournal(database_, 0);
 }
 
 void Executable::runInsert(Run& run) {
@@ -391,7 +396,8 @@ std::int64_t Executable::count(const Table& table) {
 bool Executable::tableExists(const std::string& name) {
   if (!tableExists_)
     tableExists_ = std::make_unique<SqlStatement>(
-        database_, "SELECT 1 FROM sqlite_schema WHERE type = 'table' AND name = ?");
+        database_,
+        "SELECT 1 FROM sqlite_schema WHERE name = ? AND " + std::string(Catalog::tablesOfPrograms));
   const ResetAtEnd reset(*tableExists_);
   bind(*tableExists_, 1, {Type::varchar, 0, localName(name)}, Type::varchar);
   return tableExists_->step();

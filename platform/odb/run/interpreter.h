@@ -55,6 +55,7 @@ private:
   };
 
   void runInsert(Run& run);
+  void runCreate(const Statement& statement);
   void execute(const Node& node);
   void executeBlock(const Node& node);
   void executeLoop(const Node& node);

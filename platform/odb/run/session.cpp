@@ -119,25 +119,30 @@ void Session::commit() {
   if (!inTransaction_)
     throw Failure(DB_TRANSACTION, "no transaction is open");
   inTransaction_ = false;
-  if (!connection_.inTransaction()) {
-    forgetIfSchemaChanged();
-    throw Failure(DB_TRANSACTION, "the transaction has failed before; nothing is kept");
-  }
+  const bool fills = connection_.isFilling();
   try {
+    if (!connection_.inTransaction())
+      throw Failure(DB_TRANSACTION, "the transaction has failed before; nothing is kept");
+    if (fillFailure_ != DB_OK)
+      throw Failure(fillFailure_, "a part of what fills the database has failed; nothing is kept");
     connection_.control(Connection::Control::commit);
-  } catch (const Failure&) {
+  } catch (const Failure& failure) {
+    if (fills)
+      unfilledBy_ = failure.code();
     if (connection_.inTransaction())
       connection_.control(Connection::Control::rollback);
     forgetIfSchemaChanged();
     throw;
   }
   connection_.committed();
+  connection_.announce();
 }
 
 void Session::abort() {
   if (!inTransaction_)
     throw Failure(DB_TRANSACTION, "no transaction is open");
   inTransaction_ = false;
+  fillFailure_ = DB_OK;
   if (connection_.inTransaction())
     connection_.control(Connection::Control::rollback);
   forgetIfSchemaChanged();
@@ -234,10 +239,23 @@ ResultBuffer Session::runPrepared(const Call& call, ParameterView parameters, in
   const Program& program = call.executable.program();
   ResultBuffer result = program.script ? ResultBuffer(program.script->buffer) : ResultBuffer();
   Executable::Run run{parameters, call.numbers, result, std::nullopt};
-  {
+  if (program.writes && unfilledBy_ != DB_OK)
+    throw Failure(unfilledBy_, "the database could not be filled; open it again");
+  const bool fills = program.writes && inTransaction_ && connection_.isFilling();
+  try {
     Scope scope(*this, program);
     call.executable.run(run);
+    if (inTransaction_ && (fills || (program.writes && program.script)))
+      connection_.writeOut();
     scope.keep();
+  } catch (const Failure& failure) {
+    if (fills)
+      fillFailure_ = failure.code();
+    throw;
+  } catch (const std::bad_alloc&) {
+    if (fills)
+      fillFailure_ = DB_NO_MEMORY;
+    throw;
   }
   if (program.writes && !inTransaction_)
     connection_.committed();

@@ -65,6 +65,12 @@ private:
   std::int64_t schemaVersion_ = -1;
   unsigned dataVersion_ = 0;
   bool inTransaction_ = false;  // the caller's; SQLite may have ended it
+  // Why a part of the open transaction, which fills the database, has failed. Callers may ignore
+  // the result of a single row; the rows are kept all or none.
+  DB_Result fillFailure_ = DB_OK;
+  // Why filling the database has failed: it accepts nothing more until it is opened again, which
+  // begins anew.
+  DB_Result unfilledBy_ = DB_OK;
   int reads_ = 0;               // begun and not ended
   bool readsTransact_ = false;  // they are a transaction of their own
 };

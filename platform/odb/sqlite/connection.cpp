@@ -1,9 +1,14 @@
 #include "connection.h"
 
+#include "announcement.h"
+#include "journal.h"
+
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <thread>
+#include <vector>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -46,25 +51,29 @@ int lockDirectory(const std::string& directory) {
 
 }  // namespace
 
-Connection::Connection(const std::string& directory, const std::string& name) {
+Connection::Connection(const std::string& directory, const std::string& name)
+    : path_(directory + "/" + name) {
   lock_.reset(lockDirectory(directory));
-  const std::string path = directory + "/" + name;
   // Made here and not by SQLite, so that it is the owner's alone; SQLite's other files follow it.
   // And without opening it: closing it would end the locks that this process has on it.
-  if (mknod(path.c_str(), S_IFREG | 0600, 0) != 0 && errno != EEXIST)
-    throw systemFailure(path);
+  if (mknod(path_.c_str(), S_IFREG | 0600, 0) != 0 && errno != EEXIST)
+    throw systemFailure(path_);
   sqlite3* opened = nullptr;
   const int result =
-      sqlite3_open_v2(path.c_str(), &opened,
+      sqlite3_open_v2(path_.c_str(), &opened,
                       SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
   handle_.reset(opened);
   if (opened == nullptr)
-    throw Failure(DB_NO_MEMORY, "no memory to open " + path);
+    throw Failure(DB_NO_MEMORY, "no memory to open " + path_);
   if (result != SQLITE_OK)
-    throw sqliteFailure(opened, "opening " + path);
+    throw sqliteFailure(opened, "opening " + path_);
   configure();
-  if (isFilled())
+  if (isFilled()) {
+    adoptJournal(opened, directory);
     lock_.reset();
+  } else {
+    dropTables();
+  }
 }
 
 void Connection::configure() {
@@ -97,6 +106,23 @@ bool Connection::isFilled() const {
   return rows.step();
 }
 
+void Connection::dropTables() {
+  sqlite3* database = handle_.get();
+  std::vector<std::string> tables;
+  {
+    SqlStatement names(database, "SELECT name FROM sqlite_schema WHERE type = 'table' AND "
+                                 "name NOT LIKE 'sqlite\\_%' ESCAPE '\\'");
+    while (names.step())
+      tables.push_back(names.text(0));
+  }
+  if (tables.empty())
+    return;
+  SqlStatement(database, "BEGIN IMMEDIATE").run();
+  for (const std::string& table : tables)
+    SqlStatement(database, "DROP TABLE " + quoteName(table)).run();
+  SqlStatement(database, "COMMIT").run();
+}
+
 void Connection::control(Control what) {
   const auto index = static_cast<std::size_t>(what);
   if (!controls_[index])
@@ -108,6 +134,46 @@ void Connection::control(Control what) {
 void Connection::committed() {
   if (lock_.get() >= 0 && isFilled())
     lock_.reset();
+}
+
+void Connection::announce() const {
+  announceCommit(path_);
+}
+
+void Connection::writeOut() {
+  // Pages that a statement still uses are written with the commit.
+  const int result = sqlite3_db_cacheflush(handle_.get());
+  if (result != SQLITE_OK && result != SQLITE_BUSY)
+    throw sqliteFailure(handle_.get(), result, "writing out a transaction");
+  reserveCommit();
+}
+
+// A commit appends at least one page to the write-ahead log, at the end of the file unless the log
+// began anew inside it. Zeros at the end are no pages to SQLite; while there are enough of them, no
+// more are needed.
+void Connection::reserveCommit() {
+  constexpr std::size_t frameHeader = 24;
+  constexpr std::size_t largestPage = 4096;
+  char tail[2 * (frameHeader + largestPage)];
+  sqlite3_file* log = nullptr;
+  sqlite3_file_control(handle_.get(), "main", SQLITE_FCNTL_JOURNAL_POINTER, &log);
+  if (log == nullptr || log->pMethods == nullptr)
+    return;
+  sqlite3_int64 size = 0;
+  int result = log->pMethods->xFileSize(log, &size);
+  if (result == SQLITE_OK && size >= static_cast<sqlite3_int64>(sizeof tail)) {
+    result = log->pMethods->xRead(log, tail, sizeof tail,
+                                  size - static_cast<sqlite3_int64>(sizeof tail));
+    if (result == SQLITE_OK &&
+        std::all_of(std::begin(tail), std::end(tail), [](char byte) { return byte == 0; }))
+      return;
+  }
+  if (result == SQLITE_OK) {
+    std::fill(std::begin(tail), std::end(tail), '\0');
+    result = log->pMethods->xWrite(log, tail, sizeof tail, size);
+  }
+  if (result != SQLITE_OK)
+    throw sqliteFailure(handle_.get(), result, "making room for a commit");
 }
 
 std::int64_t Connection::schemaVersion() {

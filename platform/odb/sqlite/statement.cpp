@@ -5,8 +5,9 @@
 namespace ulo::odb {
 namespace {
 
-DB_Result resultOf(sqlite3* database) {
-  switch (sqlite3_errcode(database)) {
+DB_Result resultOf(sqlite3* database, int code) {
+  constexpr int primary = 0xFF;
+  switch (code & primary) {
   case SQLITE_FULL:
     return DB_FULL;
   case SQLITE_BUSY:
@@ -34,7 +35,11 @@ DB_Result resultOf(sqlite3* database) {
 }  // namespace
 
 Failure sqliteFailure(sqlite3* database, const std::string& what) {
-  return {resultOf(database), what + ": " + sqlite3_errmsg(database)};
+  return {resultOf(database, sqlite3_errcode(database)), what + ": " + sqlite3_errmsg(database)};
+}
+
+Failure sqliteFailure(sqlite3* database, int result, const std::string& what) {
+  return {resultOf(database, result), what + ": " + sqlite3_errstr(result)};
 }
 
 SqlStatement::SqlStatement(sqlite3* database, const std::string& sql) {

@@ -13,6 +13,8 @@ namespace ulo::odb {
 
 // The failure that SQLite reports on this connection, as ours. `what` was being done.
 Failure sqliteFailure(sqlite3* database, const std::string& what);
+// The same for a result that SQLite returned without keeping it as the connection's last error.
+Failure sqliteFailure(sqlite3* database, int result, const std::string& what);
 
 // A prepared statement. Its parameters count from 1, its columns from 0.
 class SqlStatement {

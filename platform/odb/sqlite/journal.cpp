@@ -1,0 +1,86 @@
+#include "journal.h"
+
+#include "journal_schema.h"
+#include "statement.h"
+
+#include <memory>
+
+#include <unistd.h>
+
+namespace ulo::odb {
+namespace {
+
+constexpr FollowedTable followedTable{"task_table_task", "UID",
+                                      "{9a4cdb74-34ec-415e-ba36-b8c2a35d0071}"};
+
+// The journal of version 0.1.
+constexpr const char* separateJournal = "/changes.db";
+constexpr const char* filesBeside[] = {"", "-wal", "-shm"};
+
+void runAll(sqlite3* database, const std::vector<std::string>& statements) {
+  for (const std::string& sql : statements)
+    SqlStatement(database, sql).run();
+}
+
+std::int64_t number(sqlite3* database, const std::string& sql) {
+  SqlStatement statement(database, sql);
+  return statement.step() ? statement.integer(0) : 0;
+}
+
+bool hasTable(sqlite3* database, const std::string& name) {
+  return number(database,
+                "SELECT 1 FROM sqlite_schema WHERE type = 'table' AND name = '" + name + "'") != 0;
+}
+
+// The number of the last entry in the separate file, 0 if there is none. If the file can't be read,
+// a number that it can't have reached: that many entries take decades.
+std::int64_t lastOfSeparateJournal(sqlite3* database, const std::string& path) {
+  if (access(path.c_str(), F_OK) != 0)
+    return 0;
+  sqlite3* opened = nullptr;
+  const int result = sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READWRITE, nullptr);
+  const std::unique_ptr<sqlite3, decltype(&sqlite3_close)> file(opened, sqlite3_close);
+  try {
+    if (result == SQLITE_OK)
+      return number(opened, "SELECT seq FROM sqlite_sequence WHERE name = 'changes'");
+  } catch (const Failure&) {
+    // Damaged, or something else.
+  }
+  return number(database, "SELECT unixepoch()");
+}
+
+}  // namespace
+
+bool isFollowed(std::string_view table) {
+  return table == followedTable.name;
+}
+
+void createJournal(sqlite3* database, std::int64_t floor) {
+  runAll(database, createJournalSql(followedTable, floor));
+}
+
+void adoptJournal(sqlite3* database, const std::string& directory) {
+  if (!hasTable(database, followedTable.name) || hasTable(database, "ulo_journal"))
+    return;
+  const std::string path = directory + separateJournal;
+  // One number is left out: whoever read the file's last entry may still have missed a change that
+  // the file was not told of.
+  const std::int64_t floor = lastOfSeparateJournal(database, path) + 1;
+  SqlStatement(database, "BEGIN IMMEDIATE").run();
+  try {
+    createJournal(database, floor);
+    SqlStatement(database, "COMMIT").run();
+  } catch (const Failure&) {
+    if (sqlite3_get_autocommit(database) == 0)
+      sqlite3_exec(database, "ROLLBACK", nullptr, nullptr, nullptr);
+    throw;
+  }
+  for (const char* beside : filesBeside)
+    unlink((path + beside).c_str());
+}
+
+void renewJournal(sqlite3* database, std::int64_t floor) {
+  runAll(database, renewJournalSql(floor));
+}
+
+}  // namespace ulo::odb
