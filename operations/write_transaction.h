@@ -1,0 +1,41 @@
+#pragma once
+
+namespace ulo {
+
+// A write transaction on the store of this thread.
+//
+// All stores (ZTASK_ENG_Model) of a thread use one connection. What they store while a
+// WriteTransaction exists is committed as a whole by commit(), or discarded as a whole.
+// No other program writes between what is read within the transaction and what is stored.
+//
+// removeAll() and the creation of tables begin transactions themselves and fail within this one.
+// Must be used and destroyed in the thread that constructed it.
+class WriteTransaction {
+public:
+  // Opens the store's database for this thread and begins the transaction. Blocks while another
+  // program holds the write lock, at most for the busy timeout of the database.
+  WriteTransaction();
+  WriteTransaction(const WriteTransaction&) = delete;
+  WriteTransaction& operator=(const WriteTransaction&) = delete;
+  // Discards what was not committed.
+  ~WriteTransaction();
+
+  // True until commit() is called, if the transaction has begun.
+  explicit operator bool() const { return open_; }
+  // Returns DB_OK, or the result of the operation that failed to begin the transaction: DB_BUSY if
+  // another program kept the write lock, DB_TRANSACTION if this thread is in a transaction.
+  [[nodiscard]] int result() const { return result_; }
+
+  // Returns a DB_Result. Unless it is DB_OK, nothing was stored. Without an open transaction
+  // returns result(), or DB_TRANSACTION after an earlier commit().
+  [[nodiscard]] int commit();
+
+private:
+  void close();
+
+  int result_;
+  bool opened_ = false;
+  bool open_ = false;
+};
+
+}  // namespace ulo
