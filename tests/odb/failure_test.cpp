@@ -221,6 +221,33 @@ TEST_F(OdbFailure, ATransactionThatSqliteEndedRefusesEverything) {
   EXPECT_EQ(DB_AbortTransaction(), DB_OK) << "an abort after that is no failure";
 }
 
+TEST_F(OdbFailure, WritingThatSqliteEndedKeepsNothing) {
+  ASSERT_EQ(DB_BeginWrite(), DB_OK);
+  ASSERT_EQ(DB_BeginWrite(), DB_OK);
+  EXPECT_EQ(exec("insert into task_table_task (priority) values (1)"), DB_OK);
+  ASSERT_EQ(sqlite3_exec(lastConnection, "ROLLBACK", nullptr, nullptr, nullptr), SQLITE_OK);
+  EXPECT_EQ(exec("insert into task_table_task (priority) values (2)"), DB_TRANSACTION);
+  EXPECT_EQ(DB_EndWrite(1), DB_TRANSACTION);
+  EXPECT_EQ(DB_EndWrite(1), DB_TRANSACTION);
+  EXPECT_EQ(countRows(), 0);
+  ASSERT_EQ(DB_BeginWrite(), DB_OK);
+  ASSERT_EQ(sqlite3_exec(lastConnection, "ROLLBACK", nullptr, nullptr, nullptr), SQLITE_OK);
+  EXPECT_EQ(DB_EndWrite(0), DB_OK);
+}
+
+TEST_F(OdbFailure, WritingWhoseCommitFailsKeepsNothing) {
+  ASSERT_EQ(DB_BeginWrite(), DB_OK);
+  EXPECT_EQ(exec("insert into task_table_task (priority) values (1)"), DB_OK);
+  // A commit that the hook refuses fails like one that can't be written.
+  sqlite3_commit_hook(
+      lastConnection, [](void*) { return 1; }, nullptr);
+  EXPECT_NE(DB_EndWrite(1), DB_OK);
+  sqlite3_commit_hook(lastConnection, nullptr, nullptr);
+  EXPECT_EQ(countRows(), 0);
+  EXPECT_EQ(exec("insert into task_table_task (priority) values (1)"), DB_OK);
+  EXPECT_EQ(countRows(), 1);
+}
+
 // Tables that others change
 
 TEST_F(OdbFailure, ATableThatWasMadeAnewByAnother) {

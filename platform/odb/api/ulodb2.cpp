@@ -160,6 +160,14 @@ int DB_EndRead() {
   return quietly([] { session().endRead(); });
 }
 
+int DB_BeginWrite() {
+  return quietly([] { session().beginWrite(); });
+}
+
+int DB_EndWrite(int keep) {
+  return quietly([&] { session().endWrite(keep != 0); });
+}
+
 int DB_Exec(const char* text, ...) {
   va_list arguments;
   va_start(arguments, text);

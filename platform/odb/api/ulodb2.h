@@ -73,6 +73,17 @@ ULO_EXPORT int DB_BeginRead(void);
 /* Without a DB_BeginRead: DB_TRANSACTION, and nothing else happens. */
 ULO_EXPORT int DB_EndRead(void);
 
+/* Until the matching DB_EndWrite no other program and no other thread writes, and what this thread
+ * writes is one transaction. Blocks like DB_BeginTransaction. Calls nest: within a DB_BeginWrite or
+ * DB_BeginTransaction the call joins the open transaction, whose end alone decides what is kept.
+ * DB_CommitTransaction and DB_AbortTransaction do not end a transaction that DB_BeginWrite began.
+ * Fails with DB_TRANSACTION between DB_BeginRead and DB_EndRead. Logs nothing. */
+ULO_EXPORT int DB_BeginWrite(void);
+/* The outermost call commits if `keep` is not 0, and otherwise discards what was written. Unless it
+ * returns DB_OK, nothing is kept. An inner call with `keep` returns DB_TRANSACTION if the database
+ * has already discarded the transaction. Without a DB_BeginWrite: DB_TRANSACTION. Logs nothing. */
+ULO_EXPORT int DB_EndWrite(int keep);
+
 /* Runs a text. What it puts into its result buffer is dropped. */
 ULO_EXPORT int DB_Exec(const char* text, ...);
 /* The same with parameters. A parameter that the text doesn't use is fine. A null block makes it

@@ -115,9 +115,13 @@ void Session::begin(int mode) {
   inTransaction_ = true;
 }
 
-void Session::commit() {
-  if (!inTransaction_)
+void Session::requireTransactionOfCaller() const {
+  if (!inTransaction_ || writesTransact_)
     throw Failure(DB_TRANSACTION, "no transaction is open");
+}
+
+void Session::commit() {
+  requireTransactionOfCaller();
   inTransaction_ = false;
   const bool fills = connection_.isFilling();
   try {
@@ -139,8 +143,7 @@ void Session::commit() {
 }
 
 void Session::abort() {
-  if (!inTransaction_)
-    throw Failure(DB_TRANSACTION, "no transaction is open");
+  requireTransactionOfCaller();
   inTransaction_ = false;
   fillFailure_ = DB_OK;
   if (connection_.inTransaction())
@@ -164,6 +167,29 @@ void Session::endRead() {
   readsTransact_ = false;
   if (connection_.inTransaction())
     connection_.control(Connection::Control::commit);
+}
+
+void Session::beginWrite() {
+  if (!inTransaction_) {
+    begin(0);
+    writesTransact_ = true;
+  }
+  ++writes_;
+}
+
+void Session::endWrite(bool keep) {
+  if (writes_ == 0)
+    throw Failure(DB_TRANSACTION, "no writing has begun");
+  if (--writes_ > 0 || !writesTransact_) {
+    if (keep && inTransaction_ && !connection_.inTransaction())
+      throw Failure(DB_TRANSACTION, "the transaction has failed before; nothing is kept");
+    return;
+  }
+  writesTransact_ = false;
+  if (keep)
+    commit();
+  else
+    abort();
 }
 
 void Session::forgetPrograms() {
@@ -245,7 +271,8 @@ ResultBuffer Session::runPrepared(const Call& call, ParameterView parameters, in
   try {
     Scope scope(*this, program);
     call.executable.run(run);
-    if (inTransaction_ && (fills || (program.writes && program.script)))
+    // The end of such a transaction may not be examined; DB_EndWrite's always is.
+    if (inTransaction_ && !writesTransact_ && (fills || (program.writes && program.script)))
       connection_.writeOut();
     scope.keep();
   } catch (const Failure& failure) {

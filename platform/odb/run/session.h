@@ -34,6 +34,10 @@ public:
   void beginRead();
   void endRead();
 
+  // See DB_BeginWrite in ulodb2.h.
+  void beginWrite();
+  void endWrite(bool keep);
+
   // Runs a template with its arguments, all of it or nothing. Its rows go into a buffer of their
   // own; the tag it sets, if any, into *tag.
   ResultBuffer run(const char* text, va_list arguments, ParameterView parameters, int* tag);
@@ -56,6 +60,7 @@ private:
   bool forgetIfSchemaChanged();  // whether it had
   void forgetPrograms();
   ResultBuffer runPrepared(const Call& call, ParameterView parameters, int* tag);
+  void requireTransactionOfCaller() const;
 
   int database_;
   Connection connection_;
@@ -64,15 +69,17 @@ private:
   KnownTemplates templates_;
   std::int64_t schemaVersion_ = -1;
   unsigned dataVersion_ = 0;
-  bool inTransaction_ = false;  // the caller's; SQLite may have ended it
+  bool inTransaction_ = false;  // of the caller or of writes_; SQLite may have ended it
   // Why a part of the open transaction, which fills the database, has failed. Callers may ignore
   // the result of a single row; the rows are kept all or none.
   DB_Result fillFailure_ = DB_OK;
   // Why filling the database has failed: it accepts nothing more until it is opened again, which
   // begins anew.
   DB_Result unfilledBy_ = DB_OK;
-  int reads_ = 0;               // begun and not ended
-  bool readsTransact_ = false;  // they are a transaction of their own
+  int reads_ = 0;                // begun and not ended
+  bool readsTransact_ = false;   // they are a transaction of their own
+  int writes_ = 0;               // begun and not ended
+  bool writesTransact_ = false;  // they began the transaction
 };
 
 }  // namespace ulo::odb
