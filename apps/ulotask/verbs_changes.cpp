@@ -96,7 +96,7 @@ void addChangeVerbs(CLI::App& app, Session& session) {
   verb->footer("Entries of a store that was restored or replaced have another generation: then the "
                "numbers of the\nearlier one mean nothing, and a program has to compare all tasks.\n"
                "A line has the number of the entry, the local time, the kind of change and the "
-               "UID.\n--follow looks when the journal's files change, and every " +
+               "UID.\n--follow looks when the store's files change, and every " +
                std::to_string(ChangeWatch::longestWait) +
                " seconds.\n"
                "Examples:\n"

@@ -7,6 +7,9 @@
  *
  * Each statement and each script does all of its work or none. Within a transaction it joins it.
  * The database is one per thread: stores of one thread share it, threads have their own.
+ *
+ * Each change of a row of the task table has one entry in the journal of changes (change_journal.h),
+ * committed or discarded together with it.
  */
 #pragma once
 
@@ -54,7 +57,11 @@ typedef struct DB_ResultCursor* DB_CURSOR;
 
 /* Opens database number `database` (1 is the store's) for this thread; each successful call wants
  * a DB_Close. On a database that nobody has filled yet it waits for, and holds, the right to fill
- * it until rows are committed: two programs that start at once don't both create its tables. */
+ * it until rows are committed: two programs that start at once don't both create its tables. Tables
+ * without any row, left by a program that died in between, are dropped first. The transaction that
+ * commits the first rows is all or nothing: if one of its texts fails, so does its commit, whether
+ * or not the caller examined the text's result, and the database refuses to be written until it is
+ * opened again. */
 ULO_EXPORT int DB_Open(int database);
 /* The last close ends an open transaction without keeping its changes. */
 ULO_EXPORT int DB_Close(void);
@@ -62,6 +69,9 @@ ULO_EXPORT int DB_Close(void);
 /* Begins a transaction that may write. mode: 0. A transaction within a transaction is refused and
  * changes nothing. */
 ULO_EXPORT int DB_BeginTransaction(int mode);
+/* Unless it returns DB_OK, nothing is kept. Each script inside the transaction that changed
+ * something has already written it to the disk and made room for the commit, so a full disk is
+ * normally the script's result and not the commit's. Wakes programs that watch the file. */
 ULO_EXPORT int DB_CommitTransaction(void);
 /* Without a transaction: DB_TRANSACTION, and nothing else happens. */
 ULO_EXPORT int DB_AbortTransaction(void);
