@@ -217,6 +217,29 @@ TEST_F(Journal, ContinuesBeyondAnUnreadableJournalOfVersion01) {
   EXPECT_GT(last, 1'000'000'000);
 }
 
+TEST_F(Journal, BeginsAnewIfAPartOfItWasLost) {
+  ASSERT_EQ(DB_Exec(addText), DB_OK);
+  for (const char* part : {"TRIGGER ulo_after_UPDATE", "TABLE ulo_changes", "TABLE ulo_journal",
+                           "TABLE task_table_task"}) {
+    ulo::NetChanges before;
+    ASSERT_TRUE(ulo::ChangeJournal().changesSince(engine, 0, before));
+    DB_Close();
+    sql(file(), std::string("DROP ") + part);
+    ASSERT_EQ(DB_Open(1), DB_OK);
+    if (std::string(part) == "TABLE task_table_task") {
+      ASSERT_EQ(DB_Exec("%s", taskTableStatements[0].c_str()), DB_OK);
+    }
+    ulo::NetChanges after;
+    ASSERT_TRUE(ulo::ChangeJournal().changesSince(engine, before.lastEntry, after));
+    EXPECT_TRUE(after.incomplete) << part;
+    EXPECT_NE(after.generation, before.generation) << part;
+    EXPECT_GT(after.lastEntry, before.lastEntry) << part;
+    last_ = after.lastEntry;
+    ASSERT_EQ(DB_Exec(addText), DB_OK);
+    EXPECT_EQ(entries().size(), 1U) << part;
+  }
+}
+
 // Whoever fills the database first has it complete or not at all.
 class Filling : public testing::Test {
 protected:

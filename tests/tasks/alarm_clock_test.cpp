@@ -59,10 +59,11 @@ protected:
     task.setDateTime(Task::TASK_FIELD_ALARM, alarm);
     EXPECT_EQ(store_.updateTask(task), ok);
   }
-  // The same behind the back of the journal.
+  // The same without an entry in the journal.
   void setRawAlarm(unsigned int uid, const QDateTime& alarm) {
     raw_.run("update task_table_task set alarm = " + std::to_string(alarm.toSecsSinceEpoch()) +
              " where uid = " + std::to_string(uid));
+    raw_.run("delete from ulo_changes where entry = (select max(entry) from ulo_changes)");
   }
   // What `instance` tells until the alarm of a task of its own, which is the last one, at `time`.
   std::vector<std::string> toldUntil(Instance& instance, const QDateTime& time) {

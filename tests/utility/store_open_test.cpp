@@ -111,7 +111,8 @@ TEST_F(StoreTest, OpensWhenOnlyTheTaskTableCannotBeMade) {
   prepare();
   sql("DROP TABLE task_table_task");
   sql("DROP TABLE task_table_category");
-  sql("CREATE TABLE other (x)");
+  sql("CREATE TABLE other (UID INTEGER PRIMARY KEY AUTOINCREMENT, x)");
+  sql("INSERT INTO other (x) VALUES (1)");  // a database without rows would begin anew
   sql("CREATE INDEX task_index_alarm ON other (x)");
   EXPECT_THAT(logOf([&] { store(); }), Not(HasLine("Create task table failed!")));
   EXPECT_EQ(categories(), firstCategories);
@@ -121,6 +122,7 @@ TEST_F(StoreTest, OpensWhenOnlyTheTaskTableCannotBeMade) {
 
 TEST_F(StoreTest, IsClosedWhenTheCategoryIndexCannotBeMade) {
   prepare();
+  sql("INSERT INTO task_table_task (priority) VALUES (1)");
   sql("DROP TABLE task_table_category");
   sql("CREATE INDEX task_index_category ON task_table_task (status)");
   EXPECT_THAT(logOf([&] { store(); }), HasLine("Create task table failed! [ret=6]"));

@@ -8,8 +8,8 @@
  * Each statement and each script does all of its work or none. Within a transaction it joins it.
  * The database is one per thread: stores of one thread share it, threads have their own.
  *
- * Each change of a row of the task table has one entry in the journal of changes (change_journal.h),
- * committed or discarded together with it.
+ * Each change of a row of the task table has one entry in the journal of changes
+ * (change_journal.h), committed or discarded together with it.
  */
 #pragma once
 

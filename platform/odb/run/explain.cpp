@@ -2,6 +2,8 @@
 #include "script/printer.h"
 #include "session.h"
 
+#include <cstring>
+
 namespace ulo::odb {
 namespace {
 
@@ -58,7 +60,10 @@ public:
   ~Trace() { sqlite3_trace_v2(database_, 0, nullptr, nullptr); }
 
 private:
-  static int statement(unsigned, void* context, void* handle, void*) {
+  static int statement(unsigned, void* context, void* handle, void* text) {
+    // A statement that a trigger runs comes as a comment; the triggers are the journal's.
+    if (std::strncmp(static_cast<const char*>(text), "--", 2) == 0)
+      return 0;
     auto* statement = static_cast<sqlite3_stmt*>(handle);
     const auto& line = static_cast<Trace*>(context)->line_;
     line(std::string("sql: ") + sqlite3_sql(statement));

@@ -57,7 +57,7 @@ void Executable::runCreate(const Statement& statement) {
   const bool isTable = statement.kind == Statement::Kind::createTable;
   SqlStatement(database_, isTable ? createTableSql(statement) : createIndexSql(statement)).run();
   if (isTable && isFollowed(statement.table))
-    createJournal(database_, 0);
+    beginJournal(database_);
 }
 
 void Executable::runInsert(Run& run) {

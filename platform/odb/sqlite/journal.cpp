@@ -3,6 +3,7 @@
 #include "journal_schema.h"
 #include "statement.h"
 
+#include <algorithm>
 #include <memory>
 
 #include <unistd.h>
@@ -27,13 +28,35 @@ std::int64_t number(sqlite3* database, const std::string& sql) {
   return statement.step() ? statement.integer(0) : 0;
 }
 
-bool hasTable(sqlite3* database, const std::string& name) {
-  return number(database,
-                "SELECT 1 FROM sqlite_schema WHERE type = 'table' AND name = '" + name + "'") != 0;
+constexpr int partsOfWholeJournal = 5;
+
+// The names of the journal's tables ("table") or triggers ("trigger").
+std::vector<std::string> partsOfJournal(sqlite3* database, const std::string& type) {
+  SqlStatement statement(database, "SELECT name FROM sqlite_schema WHERE type = '" + type +
+                                       "' AND name LIKE 'ulo\\_%' ESCAPE '\\'");
+  std::vector<std::string> names;
+  while (statement.step())
+    names.push_back(statement.text(0));
+  return names;
+}
+
+// A number that no journal has reached: that many entries take decades. Higher than those of the
+// journal whose parts are there.
+std::int64_t unreachedEntry(sqlite3* database) {
+  std::int64_t entry = number(database, "SELECT unixepoch()");
+  for (const char* sql :
+       {"SELECT max(entry) + 1 FROM ulo_changes", "SELECT max(floor) + 1 FROM ulo_journal"}) {
+    try {
+      entry = std::max(entry, number(database, sql));
+    } catch (const Failure&) {
+      // That part is gone.
+    }
+  }
+  return entry;
 }
 
 // The number of the last entry in the separate file, 0 if there is none. If the file can't be read,
-// a number that it can't have reached: that many entries take decades.
+// a number that it can't have reached.
 std::int64_t lastOfSeparateJournal(sqlite3* database, const std::string& path) {
   if (access(path.c_str(), F_OK) != 0)
     return 0;
@@ -46,7 +69,7 @@ std::int64_t lastOfSeparateJournal(sqlite3* database, const std::string& path) {
   } catch (const Failure&) {
     // Damaged, or something else.
   }
-  return number(database, "SELECT unixepoch()");
+  return unreachedEntry(database);
 }
 
 }  // namespace
@@ -56,16 +79,33 @@ bool isFollowed(std::string_view table) {
 }
 
 void createJournal(sqlite3* database, std::int64_t floor) {
+  for (const char* type : {"trigger", "table"})
+    for (const std::string& name : partsOfJournal(database, type))
+      SqlStatement(database, std::string("DROP ") + type + ' ' + quoteName(name)).run();
   runAll(database, createJournalSql(followedTable, floor));
 }
 
+void beginJournal(sqlite3* database) {
+  createJournal(database, partsOfJournal(database, "table").empty() ? 0 : unreachedEntry(database));
+}
+
 void adoptJournal(sqlite3* database, const std::string& directory) {
-  if (!hasTable(database, followedTable.name) || hasTable(database, "ulo_journal"))
+  int parts = 0;
+  {
+    SqlStatement schema(database, "SELECT sum(name LIKE 'ulo\\_%' ESCAPE '\\'), "
+                                  "sum(type = 'table' AND name = '" +
+                                      std::string(followedTable.name) + "') FROM sqlite_schema");
+    if (!schema.step() || schema.integer(1) == 0)
+      return;
+    parts = static_cast<int>(schema.integer(0));
+  }
+  if (parts == partsOfWholeJournal)
     return;
   const std::string path = directory + separateJournal;
   // One number is left out: whoever read the file's last entry may still have missed a change that
   // the file was not told of.
-  const std::int64_t floor = lastOfSeparateJournal(database, path) + 1;
+  const std::int64_t floor =
+      parts > 0 ? unreachedEntry(database) : lastOfSeparateJournal(database, path) + 1;
   SqlStatement(database, "BEGIN IMMEDIATE").run();
   try {
     createJournal(database, floor);

@@ -45,19 +45,23 @@ TEST(VcalCorpus, EveryTextIsReadToItsEndOrRejectedForItsMissingOne) {
     const std::string text = contents(file);
     const ulo::TextReport report = ulo::examineFile(file);
     const auto todos = parseGuarded(text);
+    // Texts of iCalendar 2.0 are no vCalendar 1.0, though they look alike: reading them ends, and
+    // the guard knows how much it has handed over.
+    const bool isOther = file.string().find("/icalendar2/") != std::string::npos;
     switch (report.problem) {
     case ulo::TextProblem::none:
     case ulo::TextProblem::noTodo:
       ASSERT_TRUE(todos) << file;
       EXPECT_EQ(todos->size(), report.todos) << file;
-      EXPECT_EQ(todos->size(), count(text, "BEGIN:VTODO")) << file;
+      EXPECT_TRUE(isOther || todos->size() == count(text, "BEGIN:VTODO")) << file;
       break;
     case ulo::TextProblem::truncated:
       EXPECT_FALSE(todos) << file;
-      truncated.insert(file.filename());
+      if (!isOther)
+        truncated.insert(file.filename());
       break;
     default:
-      EXPECT_EQ(count(text, "BEGIN:VCALENDAR"), 0U) << file;
+      EXPECT_TRUE(isOther || count(text, "BEGIN:VCALENDAR") == 0) << file;
     }
   }
   // In each of these a component has no END on a line of its own.
