@@ -83,7 +83,6 @@ TEST_F(Sync, AFullStoreIsTold) {
 
 TEST_F(Sync, EveryWatcherHearsOfARunOnce) {
   const SessionBus bus;
-  ASSERT_FALSE(bus.address().isEmpty());
   environment_["DBUS_SESSION_BUS_ADDRESS"] = bus.address().toStdString();
   QProcess processes[2];
   prepare(processes[0]);

@@ -2,10 +2,14 @@
 
 #include "ulotask_runner.h"
 
-#include <clocale>
+#include <system_error>
+#include <utility>
+
+#include <sys/resource.h>
 
 namespace {
 
+using testing::AllOf;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -33,17 +37,17 @@ TEST_F(Terminal, LinesAreCutToItsWidth) {
 
 TEST_F(Terminal, ALineThatFitsIsNotCut) {
   add({std::string(23, 'x')});
-  EXPECT_THAT(lines(62)[1], testing::EndsWith(" " + std::string(23, 'x')));
-  EXPECT_THAT(lines(61)[1], testing::EndsWith(" " + std::string(21, 'x') + "…"));
+  EXPECT_THAT(lines(62).at(1), testing::EndsWith(" " + std::string(23, 'x')));
+  EXPECT_THAT(lines(61).at(1), testing::EndsWith(" " + std::string(21, 'x') + "…"));
 }
 
 TEST_F(Terminal, WideCharactersTakeTwoColumns) {
   add({"给妈妈打电话给妈妈打电话"});  // 24 columns
-  EXPECT_THAT(lines(63)[1], testing::EndsWith(" 给妈妈打电话给妈妈打电话"));
+  EXPECT_THAT(lines(63).at(1), testing::EndsWith(" 给妈妈打电话给妈妈打电话"));
   // 23 columns: eleven characters and the ellipsis.
-  EXPECT_THAT(lines(62)[1], testing::EndsWith(" 给妈妈打电话给妈妈打电…"));
+  EXPECT_THAT(lines(62).at(1), testing::EndsWith(" 给妈妈打电话给妈妈打电…"));
   // 22 columns: ten and the ellipsis, one column is left over.
-  EXPECT_THAT(lines(61)[1], testing::EndsWith(" 给妈妈打电话给妈妈打…"));
+  EXPECT_THAT(lines(61).at(1), testing::EndsWith(" 给妈妈打电话给妈妈打…"));
 }
 
 TEST_F(Terminal, CombiningMarksTakeNoColumn) {
@@ -51,22 +55,22 @@ TEST_F(Terminal, CombiningMarksTakeNoColumn) {
   for (int i = 0; i < 23; ++i)
     text += "a\u0308";
   add({text});
-  EXPECT_THAT(lines(62)[1], testing::EndsWith(" " + text));
+  EXPECT_THAT(lines(62).at(1), testing::EndsWith(" " + text));
 }
 
 TEST_F(Terminal, LongCategoriesLeaveRoomForTheSummary) {
   add({"Buy milk", "--category", "a category of many words"});
-  EXPECT_THAT(lines(62)[1], HasSubstr("  a category of m…  Buy milk"));
+  EXPECT_THAT(lines(62).at(1), HasSubstr("  a category of m…  Buy milk"));
 }
 
 TEST_F(Terminal, ANarrowOneStillShowsTenColumnsOfTheSummary) {
   add({std::string(200, 'x')});
-  EXPECT_THAT(lines(20)[1], testing::EndsWith(" " + std::string(9, 'x') + "…"));
+  EXPECT_THAT(lines(20).at(1), testing::EndsWith(" " + std::string(9, 'x') + "…"));
 }
 
 TEST_F(Terminal, UnknownWidthCountsAsEighty) {
   add({std::string(200, 'x')});
-  EXPECT_THAT(lines(0)[1], testing::EndsWith(" " + std::string(40, 'x') + "…"));
+  EXPECT_THAT(lines(0).at(1), testing::EndsWith(" " + std::string(40, 'x') + "…"));
 }
 
 TEST_F(Terminal, GetsNoControlCharacterOfATask) {
@@ -90,17 +94,31 @@ TEST_F(Terminal, GetsNoControlCharacterOfATask) {
                                                            {"done", "1"},
                                                            {"rm", "1"}}) {
     const std::string out = onTerminal(arguments, 80).out;
+    EXPECT_THAT(out, Not(testing::IsEmpty())) << arguments[0];
     EXPECT_THAT(out, Not(HasSubstr("\x1b"))) << arguments[0];
     EXPECT_THAT(out, Not(HasSubstr("\x07"))) << arguments[0];
     EXPECT_THAT(out, Not(HasSubstr("\u009b"))) << arguments[0];
   }
 }
 
+TEST_F(Terminal, ATestWithoutOneSaysSo) {
+  add({"a"});
+  rlimit files{};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &files), 0);
+  const rlim_t before = std::exchange(files.rlim_cur, 0);
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &files), 0);
+  EXPECT_THAT([this] { return onTerminal({"list"}, 80); },
+              testing::ThrowsMessage<std::system_error>(
+                  AllOf(HasSubstr("no pseudo-terminal is available"), HasSubstr("/dev/pts"))));
+  files.rlim_cur = before;
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &files), 0);
+}
+
 TEST_F(Terminal, AnyLocaleGetsUtf8) {
   add({"给妈妈打电话给妈妈打电话"});
   for (const char* locale : {"C", "POSIX", "de_DE.ISO-8859-1", "nonsense"}) {
     environment_["LC_ALL"] = locale;
-    EXPECT_THAT(lines(62)[1], testing::EndsWith(" 给妈妈打电话给妈妈打电…")) << locale;
+    EXPECT_THAT(lines(62).at(1), testing::EndsWith(" 给妈妈打电话给妈妈打电…")) << locale;
   }
 }
 

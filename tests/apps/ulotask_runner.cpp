@@ -9,6 +9,7 @@
 #include <sqlite3.h>
 #include <sstream>
 #include <sys/wait.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace {
@@ -53,7 +54,13 @@ std::string Running::line() {
 }
 
 int Running::endBy(int signal) {
-  ::kill(static_cast<pid_t>(process_.processId()), signal);
+  const auto process = static_cast<pid_t>(process_.processId());
+  // 0 and negative numbers name groups of processes, among them the test's.
+  if (process <= 0) {
+    ADD_FAILURE() << "cannot send signal " << signal << ": the program is not running";
+    return -1;
+  }
+  ::kill(process, signal);
   return code();
 }
 
@@ -122,6 +129,10 @@ Outcome UlotaskTest::startOnTerminal(const std::string& program, const Arguments
   size.ws_col = static_cast<unsigned short>(columns);
   int terminal = -1;
   const pid_t child = forkpty(&terminal, nullptr, nullptr, &size);
+  if (child < 0)
+    throw std::system_error(errno, std::generic_category(),
+                            "no pseudo-terminal is available (/dev/ptmx, and a devpts file system "
+                            "mounted on /dev/pts)");
   if (child == 0) {
     std::vector<char*> argv = {const_cast<char*>(program.c_str())};
     for (const std::string& argument : arguments)

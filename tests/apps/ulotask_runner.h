@@ -34,7 +34,8 @@ public:
 
   // The next line; empty when none comes.
   std::string line();
-  // The exit code after a signal.
+  // Sends a signal and returns the exit code. Fails the test and sends nothing if the program is
+  // not running.
   int endBy(int signal);
   int code();
 
@@ -57,7 +58,7 @@ protected:
   // Runs `ulotask arguments...` with `input` on standard input.
   Outcome ulotask(const Arguments& arguments, const std::string& input = {});
   // The same on a terminal of so many columns; `out` is what the terminal was sent.
-  // Texts are typed one after another.
+  // Texts are typed one after another. Throws if no pseudo-terminal is available.
   Outcome onTerminal(const Arguments& arguments, int columns, const std::vector<Typed>& typed = {});
   // The same for a line of the shell.
   Outcome shellOnTerminal(const std::string& line, int columns,

@@ -56,8 +56,6 @@ struct Receiver {
 
 class Channel : public testing::Test {
 protected:
-  void SetUp() override { ASSERT_FALSE(bus_.address().isEmpty()); }
-
   QCoreApplication application_{argumentCount, programArguments};
   SessionBus bus_;
 };

@@ -1,11 +1,17 @@
 #pragma once
 
+#include <cerrno>
+#include <system_error>
+
 #include <sys/wait.h>
 #include <unistd.h>
 
-// Runs `work` in a process of its own; its result becomes the exit code.
+// Runs `work` in a child process; its result becomes the exit code. Throws if the process cannot
+// be created, so that the returned id always names one process: kill(-1) would end all of them.
 template <typename Work> pid_t startProcess(Work work) {
   const pid_t child = fork();
+  if (child < 0)
+    throw std::system_error(errno, std::generic_category(), "cannot create a process");
   if (child == 0)
     _exit(work());
   return child;

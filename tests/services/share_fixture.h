@@ -49,10 +49,6 @@ protected:
     settings.push.farewell = std::chrono::seconds(20);
   }
 
-  void SetUp() override {
-    ASSERT_FALSE(system.address().isEmpty());
-    ASSERT_FALSE(session.address().isEmpty());
-  }
   void TearDown() override {
     EXPECT_TRUE(std::filesystem::is_empty(runtime.path())) << "something was left behind";
   }

@@ -8,6 +8,7 @@
 
 #include <csignal>
 #include <fstream>
+#include <stdexcept>
 
 #include <sys/prctl.h>
 
@@ -21,7 +22,8 @@ inline void endNow(QProcess& process) {
   process.waitForFinished();
 }
 
-// A D-Bus of the test's own that starts no services: there is on it only who comes.
+// A D-Bus of the test's own that starts no services: there is on it only who comes. Throws if it
+// does not start.
 class TestBus {
 public:
   TestBus() {
@@ -40,14 +42,14 @@ public:
     endWithThisProcess(daemon_);
     daemon_.start("dbus-daemon", {"--config-file=" + QString::fromStdString(configuration()),
                                   "--nofork", "--nopidfile", "--print-address"});
-    if (daemon_.waitForStarted() && daemon_.waitForReadyRead(20000))
-      address_ = QString::fromUtf8(daemon_.readLine().trimmed());
+    if (!daemon_.waitForStarted() || !daemon_.waitForReadyRead(20000))
+      throw std::runtime_error("cannot start dbus-daemon: " + daemon_.errorString().toStdString());
+    address_ = QString::fromUtf8(daemon_.readLine().trimmed());
   }
   TestBus(const TestBus&) = delete;
   TestBus& operator=(const TestBus&) = delete;
   ~TestBus() { end(); }
 
-  // Empty when it did not start.
   [[nodiscard]] const QString& address() const { return address_; }
   void end() { endNow(daemon_); }
 

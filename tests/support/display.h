@@ -1,4 +1,7 @@
 // A display of the test's own, with real keys and a real mouse.
+//
+// Needs Xvfb, xdotool and ImageMagick's import. What one of them cannot do because it is missing or
+// broken throws std::runtime_error with the reason, which fails the test.
 #pragma once
 
 #include <QDeadlineTimer>
@@ -11,6 +14,8 @@
 
 #include <csignal>
 #include <functional>
+#include <stdexcept>
+#include <string>
 
 #include <sys/prctl.h>
 
@@ -22,8 +27,11 @@ public:
     server_.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGTERM); });
     server_.start("Xvfb", {"-displayfd", "1", "-noreset", "-nolisten", "tcp", "-screen", "0",
                            QStringLiteral("%1x%2x24").arg(width).arg(height)});
-    if (server_.waitForStarted() && server_.waitForReadyRead(patience))
-      name_ = ":" + server_.readLine().trimmed();
+    if (!server_.waitForStarted())
+      throw missing("Xvfb", server_);
+    if (!server_.waitForReadyRead(patience))
+      throw std::runtime_error("Xvfb does not get ready");
+    name_ = ":" + server_.readLine().trimmed();
   }
   Display(const Display&) = delete;
   Display& operator=(const Display&) = delete;
@@ -36,7 +44,7 @@ public:
     }
   }
 
-  // For $DISPLAY; empty when it did not start.
+  // The value for $DISPLAY.
   [[nodiscard]] const QByteArray& name() const { return name_; }
 
   // Asks again and again until the condition holds. False when it doesn't for a long time.
@@ -91,23 +99,32 @@ public:
     return run(way + QStringList{"mouseup", "1"});
   }
 
-  // What is seen there, three bytes a pixel; empty when it can't be taken.
+  // The pixels of a part of the screen, three bytes each; never empty.
   [[nodiscard]] QByteArray picture(const QRect& part) const {
     QProcess tool;
-    if (!ends(tool, "import",
-              {"-silent", "-window", "root", "-depth", "8", "-crop",
-               QStringLiteral("%1x%2+%3+%4")
-                   .arg(part.width())
-                   .arg(part.height())
-                   .arg(part.x())
-                   .arg(part.y()),
-               "rgb:-"}))
-      return {};
-    return tool.readAllStandardOutput();
+    const bool taken = ends(tool, "import",
+                            {"-silent", "-window", "root", "-depth", "8", "-crop",
+                             QStringLiteral("%1x%2+%3+%4")
+                                 .arg(part.width())
+                                 .arg(part.height())
+                                 .arg(part.x())
+                                 .arg(part.y()),
+                             "rgb:-"});
+    QByteArray pixels = tool.readAllStandardOutput();
+    if (!taken || pixels.size() != qsizetype{3} * part.width() * part.height())
+      throw std::runtime_error("cannot take a picture of the display: " +
+                               tool.readAllStandardError().toStdString());
+    return pixels;
   }
 
 private:
   static constexpr int patience = 30'000;  // milliseconds
+
+  static std::runtime_error missing(const char* program, const QProcess& process) {
+    return std::runtime_error(std::string("cannot start ") + program + ": " +
+                              process.errorString().toStdString() +
+                              " (packaging/install-dependencies test installs it)");
+  }
 
   static QStringList to(const QPoint& point) {
     return {"mousemove", QString::number(point.x()), QString::number(point.y())};
@@ -118,13 +135,14 @@ private:
     return ends(tool, "xdotool", arguments);
   }
 
-  // Whether the program ends well.
-  [[nodiscard]] bool ends(QProcess& tool, const QString& program,
-                          const QStringList& arguments) const {
+  // Whether the program exits with 0.
+  [[nodiscard]] bool ends(QProcess& tool, const char* program, const QStringList& arguments) const {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("DISPLAY", QString::fromLatin1(name_));
     tool.setProcessEnvironment(environment);
     tool.start(program, arguments);
+    if (!tool.waitForStarted())
+      throw missing(program, tool);
     if (!tool.waitForFinished(patience)) {
       tool.kill();
       tool.waitForFinished();

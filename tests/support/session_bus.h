@@ -6,18 +6,21 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <stdexcept>
 
 #include <sys/prctl.h>
 
-// A session bus of the test's own, for this process and those that it starts while it lives.
+// A session bus of the test's own, for this process and those that it starts while it lives. Throws
+// if the bus does not start.
 class SessionBus {
 public:
   SessionBus() {
     daemon_.setStandardErrorFile(QProcess::nullDevice());
     daemon_.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
     daemon_.start("dbus-daemon", {"--session", "--nofork", "--nopidfile", "--print-address"});
-    if (daemon_.waitForStarted() && daemon_.waitForReadyRead(10000))
-      address_ = daemon_.readLine().trimmed();
+    if (!daemon_.waitForStarted() || !daemon_.waitForReadyRead(10000))
+      throw std::runtime_error("cannot start dbus-daemon: " + daemon_.errorString().toStdString());
+    address_ = daemon_.readLine().trimmed();
     setenv("DBUS_SESSION_BUS_ADDRESS", address_.constData(), 1);
   }
   SessionBus(const SessionBus&) = delete;
@@ -28,7 +31,6 @@ public:
     daemon_.waitForFinished();
   }
 
-  // Empty when it did not start.
   [[nodiscard]] const QByteArray& address() const { return address_; }
 
 private:
