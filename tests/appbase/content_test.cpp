@@ -244,6 +244,45 @@ TEST(Icons, AreThereByName) {
   EXPECT_EQ(log.text(), "");
 }
 
+// A point of each picture that tells it from all others, in sixteenths of its side.
+TEST(Icons, ShowWhatTheirNamesSay) {
+  struct Mark {
+    const char* name;
+    int x, y;
+    QColor color;
+  };
+  const Mark marks[] = {
+      {"todo_task_complete_small", 2, 8, QColor(0x2f, 0x9e, 0x44)},
+      {"todo_task_incomplete_small", 2, 8, QColor(0x7d, 0x88, 0x94)},
+      {"todo_task_incomplete_small", 8, 8, Qt::transparent},
+      {"todo_task_hi_pri_small", 8, 5, QColor(0xe0, 0x31, 0x31)},
+      {"todo_task_normal_pri_small", 8, 8, QColor(0x4c, 0x8b, 0xd0)},
+      {"todo_task_normal_pri_small", 8, 3, Qt::transparent},
+      {"todo_task_lo_pri_small", 8, 12, QColor(0x7d, 0x88, 0x94)},
+      {"alert_pop", 5, 13, QColor(0xf0, 0x8c, 0x00)},
+      {"save_pop", 3, 13, QColor(0x4c, 0x8b, 0xd0)},
+      {"save_pop", 8, 4, QColor(0x2f, 0x9e, 0x44)},
+      {"bluetooth_pop", 4, 8, QColor(0x1c, 0x7e, 0xd6)},
+      {"lock_pop", 4, 12, QColor(0xe0, 0xa1, 0x00)},
+  };
+  for (const Mark& mark : marks)
+    for (const int form : {1, 2, 4}) {
+      const QString file = QStringLiteral(":/ulo/icons/%1%2.gif")
+                               .arg(QLatin1String(mark.name),
+                                    form == 1 ? QString() : QStringLiteral("@%1x").arg(form));
+      const QImage picture(file);
+      ASSERT_EQ(picture.size(), QSize(16, 16) * form) << file.toStdString();
+      const QColor color = picture.pixelColor(QPoint(mark.x, mark.y) * form);
+      ASSERT_EQ(color.alpha(), mark.color.alpha()) << file.toStdString();
+      if (color.alpha() == 0)
+        continue;
+      constexpr int tolerance = 24;  // of a palette
+      EXPECT_NEAR(color.red(), mark.color.red(), tolerance) << file.toStdString();
+      EXPECT_NEAR(color.green(), mark.color.green(), tolerance) << file.toStdString();
+      EXPECT_NEAR(color.blue(), mark.color.blue(), tolerance) << file.toStdString();
+    }
+}
+
 TEST(Icons, GrowWithTheFont) {
   const QFont before = QApplication::font();
   QFont large = before;

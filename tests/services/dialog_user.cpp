@@ -26,6 +26,8 @@ bool DialogUser::eventFilter(QObject* watched, QEvent* event) {
              : qobject_cast<ulo::PushProgress*>(watched) != nullptr ? QStringLiteral("progress")
              : message != nullptr                                   ? message->text()
                                                                     : QStringLiteral("?"));
+    const auto* popup = qobject_cast<ZPopup*>(watched);
+    icons << (popup != nullptr ? popup->titleIcon() : QPixmap());
   }
   return QObject::eventFilter(watched, event);
 }

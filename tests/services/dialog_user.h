@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QList>
 #include <QObject>
+#include <QPixmap>
 #include <QStringList>
 #include <QTimer>
 
@@ -20,6 +22,8 @@ public:
 
   // "chooser", "progress" and the texts of messages, in the order in which they came up.
   QStringList seen;
+  // The icons in their titles, in the same order.
+  QList<QPixmap> icons;
 
   // What to do at each look. At first: take the marked device as soon as there is one, watch the
   // push, confirm messages.

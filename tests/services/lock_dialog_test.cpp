@@ -57,7 +57,7 @@ TEST_F(LockDialogTest, AsksWithoutShowingTheCode) {
   const LockDialog& asking = dialog();
   EXPECT_EQ(asking.windowTitle(), "Application Lock");
   EXPECT_EQ(asking.message(), "Enter the lock code:");
-  EXPECT_FALSE(asking.titleIcon().isNull());
+  EXPECT_TRUE(isIcon(asking.titleIcon(), "lock_pop.gif"));
   EXPECT_EQ(asking.keys()->text(ZSoftKey::left), "OK");
   EXPECT_EQ(asking.keys()->text(ZSoftKey::right), "Cancel");
   EXPECT_TRUE(asking.isModal());

@@ -1,6 +1,7 @@
 // Sharing over Bluetooth, with stand-ins for BlueZ and obexd on buses of the test's own.
 
 #include "device_chooser.h"
+#include "gui_test.h"
 #include "push_progress.h"
 #include "share_fixture.h"
 
@@ -47,6 +48,10 @@ TEST_F(ShareWithDevice, TheChosenDeviceGetsTheFile) {
               ElementsAre("CreateSession 00:00:00:00:00:01", "SendFile", "RemoveSession"));
   EXPECT_EQ(obexd.arguments, (QVariantMap{{"Target", "opp"}}));
   EXPECT_THAT(user.seen, ElementsAre("chooser", "progress", "Sent to Phone."));
+  EXPECT_THAT(user.icons, testing::AllOf(testing::SizeIs(3),
+                                         testing::Each(testing::Truly([](const QPixmap& icon) {
+                                           return isIcon(icon, "bluetooth_pop.gif");
+                                         }))));
   EXPECT_EQ(log.text(), "");
 }
 

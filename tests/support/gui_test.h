@@ -1,6 +1,7 @@
 // What tests of widgets share.
 #pragma once
 
+#include "RES_ICON_Reader.h"
 #include "ZApplication.h"
 
 #include <QMap>
@@ -18,6 +19,12 @@ inline ZApplication& application() {
 // Shows strings of Qt in the messages of a failed test.
 inline void PrintTo(const QString& text, std::ostream* out) {
   *out << '"' << text.toStdString() << '"';
+}
+
+// Whether a pixmap is the platform's icon of this name, as it is drawn beside text.
+inline bool isIcon(const QPixmap& pixmap, const char* name) {
+  const QPixmap icon = RES_ICON_Reader::getIcon(QLatin1String(name), true);
+  return !icon.isNull() && pixmap.toImage() == icon.toImage();
 }
 
 // While the object lives, each text is shown as its id.

@@ -1,6 +1,7 @@
 // The fields of the form, each alone.
 
 #include "category_field.h"
+#include "choice_field.h"
 #include "dialogs_test.h"
 #include "line_field.h"
 #include "name_dialog.h"
@@ -262,6 +263,29 @@ TEST_F(CategoryFields, ANameIsNotEmpty) {
   dialog.accept();
   EXPECT_EQ(dialog.result(), QDialog::Accepted);
   EXPECT_EQ(dialog.name(), "a");
+}
+
+TEST(ChoiceFields, EachChoiceHasItsIcon) {
+  QWidget window;
+  const auto icons = [](const QComboBox& field) {
+    std::vector<std::pair<int, std::string>> result;
+    for (int i = 0; i < field.count(); ++i) {
+      std::string found = "none";
+      for (const char* name : {"complete", "incomplete", "hi_pri", "normal_pri", "lo_pri"}) {
+        const std::string file = std::string("todo_task_") + name + "_small.gif";
+        const QIcon icon = field.itemIcon(i);
+        if (!icon.isNull() && isIcon(icon.pixmap(icon.availableSizes().at(0)), file.c_str()))
+          found = name;
+      }
+      result.emplace_back(field.itemData(i).toInt(), found);
+    }
+    return result;
+  };
+  using testing::Pair;
+  EXPECT_THAT(icons(*tasks::newStatusField(&window)),
+              ElementsAre(Pair(1, "incomplete"), Pair(0, "complete")));
+  EXPECT_THAT(icons(*tasks::newPriorityField(&window)),
+              ElementsAre(Pair(1, "hi_pri"), Pair(5, "normal_pri"), Pair(9, "lo_pri")));
 }
 
 TEST(ChoiceFields, ArrowsGoOnAndEnterOpensTheList) {

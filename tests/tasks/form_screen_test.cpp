@@ -374,7 +374,7 @@ TEST_F(Form, AFullStoreKeepsTheFormOpen) {
                           EXPECT_EQ(message.windowTitle(), "Memory Full");
                           EXPECT_TRUE(message.text().startsWith(
                               "Task cannot be created because phone memory is full."));
-                          EXPECT_FALSE(message.titleIcon().isNull());
+                          EXPECT_TRUE(isIcon(message.titleIcon(), "alert_pop.gif"));
                           message.keys()->click(ZSoftKey::left);
                         });
   expectStays();

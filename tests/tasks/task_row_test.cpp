@@ -40,6 +40,21 @@ protected:
     row_.paint(&painter, option, model_.index(0, 0));
     return image;
   }
+  // Pixels of a color that differ little from it.
+  static int pixels(const QImage& image, const QColor& wanted) {
+    constexpr int tolerance = 40;
+    int count = 0;
+    for (int y = above; y < image.height() - above; ++y)
+      for (int x = 0; x < image.width(); ++x) {
+        const QColor color = image.pixelColor(x, y);
+        count += std::abs(color.red() - wanted.red()) <= tolerance &&
+                         std::abs(color.green() - wanted.green()) <= tolerance &&
+                         std::abs(color.blue() - wanted.blue()) <= tolerance
+                     ? 1
+                     : 0;
+      }
+    return count;
+  }
   // Pixels that are clearly more red than anything else.
   static int redPixels(const QImage& image) {
     int count = 0;
@@ -78,6 +93,35 @@ TEST_F(Row, StatusPriorityAndChoiceAreSeen) {
   EXPECT_NE(unchosen, high);
   item_->setData(true, TaskListModel::ChosenRole);
   EXPECT_NE(painted(), unchosen);
+}
+
+TEST_F(Row, EachStatusAndPriorityHasItsIcon) {
+  const QColor green(0x2f, 0x9e, 0x44);  // complete
+  const QColor red(0xe0, 0x31, 0x31);    // high
+  const QColor blue(0x4c, 0x8b, 0xd0);   // normal
+  const QColor gray(0x7d, 0x88, 0x94);   // low
+  constexpr int some = 20;
+  // Letters are gray too.
+  item_->setText({});
+  item_->setData(5, TaskListModel::PriorityRole);
+  const QImage open = painted();
+  EXPECT_EQ(pixels(open, green), 0);
+  EXPECT_GT(pixels(open, gray), some);
+  item_->setData(true, TaskListModel::CompletedRole);
+  const QImage normal = painted();
+  EXPECT_GT(pixels(normal, green), some);
+  EXPECT_GT(pixels(normal, blue), some);
+  EXPECT_EQ(pixels(normal, gray), 0);
+  EXPECT_EQ(pixels(normal, red), 0);
+  item_->setData(1, TaskListModel::PriorityRole);
+  const QImage high = painted();
+  EXPECT_GT(pixels(high, red), some);
+  EXPECT_EQ(pixels(high, blue), 0);
+  item_->setData(9, TaskListModel::PriorityRole);
+  const QImage low = painted();
+  EXPECT_GT(pixels(low, gray), some);
+  EXPECT_EQ(pixels(low, red), 0);
+  EXPECT_EQ(pixels(low, blue), 0);
 }
 
 TEST_F(Row, NothingIsPaintedBesideIt) {

@@ -1,6 +1,7 @@
 // The window: which screen is seen, and what goes with the others.
 
 #include "TASK_UI_DetailView.h"
+#include "ZDetailView.h"
 #include "ZSoftKey.h"
 #include "form_screen.h"
 #include "import.h"
@@ -55,6 +56,35 @@ TEST_F(Window, ScreensComeAndGo) {
   EXPECT_EQ(window_->windowTitle(), "All Tasks");
   EXPECT_EQ(listed(), "b");
   EXPECT_EQ(QApplication::focusWidget(), window_->findChild<TaskListView*>());
+}
+
+TEST_F(Window, DetailsShowStatusAndPriorityAsIcons) {
+  struct Shown {
+    int status, priority;
+    const char *statusIcon, *priorityIcon;
+  };
+  for (const Shown& expected : {Shown{0, 1, "complete", "hi_pri"},
+                                {1, 5, "incomplete", "normal_pri"},
+                                {1, 9, "incomplete", "lo_pri"}}) {
+    Task task = stored(add("a"));
+    task.setStatus(expected.status);
+    task.setPriority(expected.priority);
+    ASSERT_EQ(store_.updateTask(task), ok);
+    open();
+    window_->openTask(task.getUINT32(Task::TASK_FIELD_UID));
+    const auto* details = current<TASK_UI_DetailView>();
+    ASSERT_NE(details, nullptr);
+    const auto* rows = details->findChild<ZDetailView*>();
+    ASSERT_NE(rows, nullptr);
+    constexpr int statusRow = 2;
+    const auto file = [](const char* state) {
+      return std::string("todo_task_") + state + "_small.gif";
+    };
+    EXPECT_TRUE(isIcon(rows->item(statusRow)->icon(), file(expected.statusIcon).c_str()))
+        << expected.statusIcon;
+    EXPECT_TRUE(isIcon(rows->item(statusRow + 1)->icon(), file(expected.priorityIcon).c_str()))
+        << expected.priorityIcon;
+  }
 }
 
 TEST_F(Window, ANewTaskIsTheCurrentOneOfTheList) {

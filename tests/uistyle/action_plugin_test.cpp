@@ -140,7 +140,7 @@ TEST_F(ActionPlugin, SavesAndSaysSo) {
   ASSERT_EQ(dialogs_.size(), 1U);
   EXPECT_EQ(dialogs_[0].title, "Saved to Task List");
   EXPECT_EQ(dialogs_[0].text, "Buy milk saved to Task List");
-  EXPECT_TRUE(dialogs_[0].hasIcon);
+  EXPECT_TRUE(isIcon(dialogs_[0].icon, "save_pop.gif"));
   EXPECT_THAT(shown(), ElementsAre());
   EXPECT_THAT(said(), ElementsAre("Entering invokeAction", "String passed to parser: \n" + milk,
                                   "Save a vTodo", "after add to db the vtodo is " + milk,
@@ -228,7 +228,7 @@ TEST_F(ActionPlugin, AFullStoreIsTold) {
   EXPECT_EQ(dialogs_[0].title, "Memory Full");
   EXPECT_EQ(dialogs_[0].text, "Task cannot be created because phone memory is full. Please delete "
                               "some files to create space in memory.");
-  EXPECT_TRUE(dialogs_[0].hasIcon);
+  EXPECT_TRUE(isIcon(dialogs_[0].icon, "alert_pop.gif"));
   EXPECT_THAT(said(), IsSupersetOf({"add VTodo failed! the ret is 2"}));
   const TextsAsIds ids;
   EXPECT_FALSE(invoke("TASK_SAVE", milk));

@@ -21,7 +21,7 @@ inline const std::string milk = calendar(todo("SUMMARY:Buy milk\r\nSTATUS:NEEDS 
 // A message dialog, as the user saw it before closing it.
 struct SeenDialog {
   std::string title, text;
-  bool hasIcon = false;
+  QPixmap icon;
 };
 
 class EntryPoint : public Screen {
@@ -59,7 +59,7 @@ protected:
     QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] {
       if (auto* dialog = qobject_cast<ZMessageDlg*>(QApplication::activeModalWidget())) {
         dialogs_.push_back({dialog->windowTitle().toStdString(), dialog->text().toStdString(),
-                            !dialog->titleIcon().isNull()});
+                            dialog->titleIcon()});
         dialog->keys()->click(ZSoftKey::left);
       }
     });
