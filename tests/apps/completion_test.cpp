@@ -99,12 +99,18 @@ TEST_F(Completion, OffersTheWordsThatAnOptionTakes) {
 
 TEST_F(Completion, WordsThatItOffersAreTaken) {
   add({"x"});
-  for (const std::string& status : values({"edit", "1", "--status", ""}))
-    succeed({"edit", "1", "--status", status});
-  for (const std::string& priority : values({"edit", "1", "--priority", ""}))
-    succeed({"edit", "1", "--priority", priority});
-  for (const std::string& view : values({"list", "--view", ""}))
-    succeed({"list", "--view", view});
+  for (Arguments words : {Arguments{"edit", "1", "--status"},
+                          {"edit", "1", "--priority"},
+                          {"list", "--view"},
+                          {"list", "--sort"}}) {
+    words.emplace_back();
+    const std::vector<std::string> offered = values(words);
+    EXPECT_GE(offered.size(), 2U) << words.end()[-2];
+    for (const std::string& value : offered) {
+      words.back() = value;
+      succeed(words);
+    }
+  }
 }
 
 TEST_F(Completion, OffersCategoryNames) {
@@ -171,7 +177,9 @@ TEST_F(Completion, AStoreThatCannotBeOpenedAddsNothing) {
 }
 
 TEST_F(Completion, OfNothingIsTheVerbs) {
-  EXPECT_EQ(succeed({"__complete"}).out, succeed({"__complete", ""}).out);
+  const std::string offered = succeed({"__complete"}).out;
+  EXPECT_THAT(offered, HasSubstr("list\t"));
+  EXPECT_EQ(offered, succeed({"__complete", ""}).out);
 }
 
 TEST_F(Completion, BashInsertsTheOneThatFits) {

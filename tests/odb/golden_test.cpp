@@ -142,6 +142,19 @@ TEST_P(Golden, GivesTheSameWithoutPushDown) {
   EXPECT_EQ(outcome(explain(input, DB_EXPLAIN_RUN)), outcome(walked));
 }
 
+// Otherwise both sides of the comparison could be the same way to run.
+TEST(PushDownSwitch, DecidesWhichSqlRuns) {
+  int differ = 0;
+  for (const std::string& name : caseNames()) {
+    const Case input = readCase(name);
+    ulo::odb::pushDownEnabled = false;
+    const std::string walked = explain(input, DB_EXPLAIN_SQL | DB_EXPLAIN_RUN);
+    ulo::odb::pushDownEnabled = true;
+    differ += explain(input, DB_EXPLAIN_SQL | DB_EXPLAIN_RUN) != walked ? 1 : 0;
+  }
+  EXPECT_GE(differ, 5);
+}
+
 INSTANTIATE_TEST_SUITE_P(Odb, Golden, testing::ValuesIn(caseNames()),
                          [](const auto& info) { return info.param; });
 

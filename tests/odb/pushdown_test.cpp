@@ -103,13 +103,18 @@ protected:
 };
 
 TEST_P(PushDown, GivesTheSameRows) {
-  for (int i = 0; i < 60; ++i) {
+  constexpr int scripts = 60;
+  int succeeded = 0;
+  for (int i = 0; i < scripts; ++i) {
     const std::string text = script();
     ulo::odb::pushDownEnabled = false;
     const std::vector<std::string> walked = rowsOf(text, 4, block_);
     ulo::odb::pushDownEnabled = true;
     EXPECT_EQ(rowsOf(text, 4, block_), walked) << text;
+    succeeded += !walked.empty() && walked[0].rfind("error ", 0) != 0 ? 1 : 0;
   }
+  // Two scripts that fail alike show nothing.
+  EXPECT_GT(succeeded, scripts / 2);
 }
 
 INSTANTIATE_TEST_SUITE_P(Odb, PushDown, testing::Range(1, 41));

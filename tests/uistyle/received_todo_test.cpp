@@ -46,13 +46,18 @@ TEST_F(ReceivedTodo, IsStoredAndShown) {
   EXPECT_THAT(lines(source), ElementsAre("after add to db the vtodo is " + milk));
 }
 
-TEST_F(ReceivedTodo, TheViewClosesItself) {
+TEST_F(ReceivedTodo, BackClosesAndDeletesTheView) {
   receive(milk);
+  std::vector<QPointer<TASK_UI_DetailView>> views;
   for (QWidget* window : QApplication::topLevelWidgets())
     if (auto* view = qobject_cast<TASK_UI_DetailView*>(window))
-      view->slotBack();
-  finishEvents();
+      views.emplace_back(view);
+  ASSERT_EQ(views.size(), 1U);
+  ASSERT_THAT(shown(), ElementsAre("Buy milk"));
+  views[0]->slotBack();
   EXPECT_THAT(shown(), ElementsAre());
+  finishEvents();
+  EXPECT_TRUE(views[0].isNull());
 }
 
 TEST_F(ReceivedTodo, OnlyTheFirstIsTaken) {
