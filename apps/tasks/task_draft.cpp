@@ -5,6 +5,8 @@
 #include "stored_tasks.h"
 #include "task_texts.h"
 
+#include "UTIL_TimeConversion.h"
+
 namespace tasks {
 
 namespace {
@@ -26,7 +28,7 @@ QString limited(QString text, qsizetype units) {
 
 std::optional<QDateTime> dateOf(const Task& task, Task::TASK_FIELD_T field) {
   const QDateTime stored = task.getDateTime(field);
-  return isDate(stored) ? std::optional(stored.toLocalTime()) : std::nullopt;
+  return isDate(stored) ? std::optional(UTIL_TimeConversion::toLocalTime(stored)) : std::nullopt;
 }
 
 // What the store does to the end date of a task that it updates, it leaves to whoever adds one.

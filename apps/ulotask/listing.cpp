@@ -41,7 +41,7 @@ Key keyOf(const ZTASK_ENG_Task& task, ZTASK_ENG_Model::TASK_SORT_FIELD sort) {
 
 // Seconds since 1970; what is due before is due.
 long endOfToday() {
-  return UTIL_TimeConversion::toUTC(QDateTime(QDate::currentDate(), QTime(23, 59, 59, 999)));
+  return UTIL_TimeConversion::toUTC(UTIL_TimeConversion::lastSecondOf(QDate::currentDate()));
 }
 
 bool shows(ZTASK_ENG_Model::TASK_CATEGORY view, const ZTASK_ENG_Task& task, long todayEnds) {

@@ -14,6 +14,8 @@ public:
     dateAndTime = 1,
   };
 
-  // In the short form of the user's language. An invalid date-time gives an empty text.
+  // Returns the local date and time in the short form of the user's language. A local time that
+  // daylight saving leaves out is shown as UTIL_TimeConversion::toUTC() stores it. Returns an empty
+  // text for an invalid date-time.
   static QString dateToString(const QDateTime& dateTime, int accuracy);
 };

@@ -100,17 +100,41 @@ std::optional<int> readZone(Reader& reader, bool& valid) {
   return east ? seconds : -seconds;
 }
 
-int offsetAt(qint64 seconds) {
-  return QDateTime::fromSecsSinceEpoch(seconds).offsetFromUtc();
+constexpr qint64 secondsOfDay = 86400;
+
+// What the clock shows, as the seconds at which a clock in UTC shows it.
+qint64 wallSeconds(const QDate& date, const QTime& time) {
+  return QDateTime(date, time, Qt::UTC).toSecsSinceEpoch();
+}
+
+// Seconds east of UTC. QDateTime::offsetFromUtc() is wrong in an hour that the clock shows twice
+// if daylight saving is the same in both, because it starts from the date and the time.
+qint64 offsetAt(qint64 seconds) {
+  const QDateTime local = QDateTime::fromSecsSinceEpoch(seconds);
+  return wallSeconds(local.date(), local.time()) - seconds;
+}
+
+// `local` is the local time that Qt returns for an instant. In an hour that the clock shows twice
+// Qt tells the two apart by daylight saving alone. Where that is the same in both, as when a zone
+// changes its standard time, the result keeps the instant by its offset from UTC instead.
+QDateTime keepingInstant(const QDateTime& local, qint64 milliseconds) {
+  if (!local.isValid() || local.toMSecsSinceEpoch() == milliseconds)
+    return local;
+  const qint64 wall = QDateTime(local.date(), local.time(), Qt::UTC).toMSecsSinceEpoch();
+  return QDateTime(local.date(), local.time(), Qt::OffsetFromUTC,
+                   static_cast<int>((wall - milliseconds) / 1000));
+}
+
+QDateTime localTimeOf(qint64 milliseconds) {
+  return keepingInstant(QDateTime::fromMSecsSinceEpoch(milliseconds), milliseconds);
 }
 
 // The instant of a local time. Neither Qt nor the C library says which one they take of a time
 // that the clock shows twice or never, so it is looked up from both sides of the change.
 qint64 localSeconds(const QDate& date, const QTime& time) {
-  constexpr qint64 day = 86400;
-  const qint64 wall = QDateTime(date, time, Qt::UTC).toSecsSinceEpoch();
-  const int before = offsetAt(wall - day);
-  const int after = offsetAt(wall + day);
+  const qint64 wall = wallSeconds(date, time);
+  const qint64 before = offsetAt(wall - secondsOfDay);
+  const qint64 after = offsetAt(wall + secondsOfDay);
   const bool isBefore = offsetAt(wall - before) == before;
   const bool isAfter = offsetAt(wall - after) == after;
   return wall - (isAfter && !isBefore ? after : before);
@@ -142,7 +166,32 @@ long UTIL_TimeConversion::toUTC(const QDateTime& dateTime) {
 }
 
 QDateTime UTIL_TimeConversion::fromUTC(long seconds) {
-  return QDateTime::fromSecsSinceEpoch(seconds);
+  const QDateTime local = QDateTime::fromSecsSinceEpoch(seconds);
+  return local.isValid() ? keepingInstant(local, qint64{seconds} * 1000) : local;
+}
+
+QDateTime UTIL_TimeConversion::toLocalTime(const QDateTime& dateTime) {
+  if (dateTime.isValid() && dateTime.timeSpec() == Qt::LocalTime)
+    return dateTime;
+  const std::optional<qint64> milliseconds = instantOf(dateTime);
+  return milliseconds ? localTimeOf(*milliseconds) : QDateTime();
+}
+
+QDateTime UTIL_TimeConversion::lastSecondOf(const QDate& day) {
+  const qint64 wall = wallSeconds(day, QTime(23, 59, 59));
+  const qint64 before = offsetAt(wall - secondsOfDay);
+  const qint64 after = offsetAt(wall + secondsOfDay);
+  qint64 last = wall - std::max(before, after);
+  qint64 beyond = wall - std::min(before, after);
+  if (beyond + offsetAt(beyond) == wall)
+    return localTimeOf(beyond * 1000);
+  // Otherwise the clock shows this second once, or leaves it out. Then the day ends where the
+  // clock is put forward, which is found between the two.
+  while (last + offsetAt(last) != wall && beyond - last > 1) {
+    const qint64 middle = last + (beyond - last) / 2;
+    (middle + offsetAt(middle) <= wall ? last : beyond) = middle;
+  }
+  return localTimeOf(last * 1000);
 }
 
 QCString UTIL_TimeConversion::toISO8601(const QDateTime& dateTime) {
@@ -173,5 +222,5 @@ QDateTime UTIL_TimeConversion::fromISO8601(const QCString& text) {
     return QDateTime();
   if (!zone)
     return fromUTC(localSeconds(date, time));
-  return QDateTime(date, time, Qt::UTC).addSecs(-*zone).toLocalTime();
+  return toLocalTime(QDateTime(date, time, Qt::UTC).addSecs(-*zone));
 }

@@ -15,8 +15,21 @@ public:
   // invalid.
   static long toUTC(const QDateTime& dateTime);
 
-  // The local date-time of that second.
+  // Returns the local date-time of that second: its date() and time() are those of the local
+  // calendar and clock, and toUTC() returns the same second. Its time specification is
+  // Qt::LocalTime, except in an hour that the clock shows twice with the same daylight saving, as
+  // when a zone changes its standard time: Qt cannot tell the two apart in local time, so it is
+  // Qt::OffsetFromUTC there.
   static QDateTime fromUTC(long seconds);
+
+  // Returns the same instant as fromUTC() would, for any year and with its milliseconds. A
+  // date-time in another time zone becomes a local one, and a local time that daylight saving
+  // leaves out the one that toUTC() stores. Returns an invalid date-time for an invalid one.
+  static QDateTime toLocalTime(const QDateTime& dateTime);
+
+  // Returns the last second of a local day, from 23:59:59 on its clock. If the clock shows that
+  // time twice it is the second one; if the clock leaves it out, the last second before that.
+  static QDateTime lastSecondOf(const QDate& day);
 
   // The basic format of vCalendar 1.0 (ISO 8601) in UTC: "20060305T120000Z". Empty for an invalid
   // date-time and, which is logged, for a year that has not four digits (0001 to 9999).

@@ -149,6 +149,26 @@ TEST(FromUtc, FollowsDaylightSaving) {
   EXPECT_EQ(shown(UTIL_TimeConversion::fromUTC(1793512800)), "2026-11-01 01:00:00");
 }
 
+// Almaty put its standard time back by an hour on 2024-03-01, with no daylight saving on either
+// side, so that the clock showed the last hour of February twice.
+TEST(FromUtc, KeepsInstantWhereStandardTimeIsPutBack) {
+  const TimeZone zone("Asia/Almaty");
+  const QDateTime first = UTIL_TimeConversion::fromUTC(1709227800);
+  const QDateTime second = UTIL_TimeConversion::fromUTC(1709231400);
+  EXPECT_EQ(shown(first), "2024-02-29 23:30:00");
+  EXPECT_EQ(shown(second), "2024-02-29 23:30:00");
+  EXPECT_EQ(UTIL_TimeConversion::toUTC(first), 1709227800);
+  EXPECT_EQ(UTIL_TimeConversion::toUTC(second), 1709231400);
+  EXPECT_TRUE(first < second);
+  EXPECT_EQ(second, UTIL_TimeConversion::fromUTC(1709231400));
+  EXPECT_NE(second, UTIL_TimeConversion::fromUTC(noDate));
+  EXPECT_EQ(UTIL_TimeConversion::toISO8601(second), "20240229T183000Z");
+  EXPECT_EQ(UTIL_TimeConversion::fromISO8601("20240229T183000Z"), second);
+  // Outside of those hours all dates are in local time.
+  EXPECT_EQ(UTIL_TimeConversion::fromUTC(1709233200).timeSpec(), Qt::LocalTime);
+  EXPECT_EQ(shown(UTIL_TimeConversion::fromUTC(1709233200)), "2024-03-01 00:00:00");
+}
+
 TEST(FromUtc, TakesAnyNumber) {
   for (const long seconds : {LONG_MAX, LONG_MIN, LONG_MAX / 1000, LONG_MIN / 1000}) {
     const QDateTime date = UTIL_TimeConversion::fromUTC(seconds);
@@ -158,6 +178,42 @@ TEST(FromUtc, TakesAnyNumber) {
                                : stored == noDate)
         << seconds;
   }
+}
+
+TEST(ToLocalTime, ShowsTheLocalCalendarAndClock) {
+  const TimeZone zone("Europe/Berlin");
+  const QDateTime local = UTIL_TimeConversion::toLocalTime(utc(2006, 3, 5, 23, 30).addMSecs(5));
+  EXPECT_EQ(local.timeSpec(), Qt::LocalTime);
+  EXPECT_EQ(local.toString("yyyy-MM-dd HH:mm:ss.zzz"), "2006-03-06 00:30:00.005");
+  EXPECT_EQ(shown(UTIL_TimeConversion::toLocalTime(utc(9999, 6, 1))), "9999-06-01 02:00:00");
+  const QDateTime east(QDate(2006, 3, 5), QTime(1, 0), Qt::OffsetFromUTC, 7200);
+  EXPECT_EQ(shown(UTIL_TimeConversion::toLocalTime(east)), "2006-03-05 00:00:00");
+  const QDateTime already(QDate(2006, 3, 5), QTime(1, 0));
+  EXPECT_EQ(UTIL_TimeConversion::toLocalTime(already), already);
+  // A time that is left out becomes the one that is stored.
+  const QDateTime skipped(QDate(2006, 3, 26), QTime(2, 30));
+  EXPECT_EQ(shown(UTIL_TimeConversion::toLocalTime(skipped)), "2006-03-26 03:30:00");
+  EXPECT_FALSE(UTIL_TimeConversion::toLocalTime(QDateTime()).isValid());
+  EXPECT_FALSE(UTIL_TimeConversion::toLocalTime(utc(2006, 2, 30)).isValid());
+}
+
+TEST(LastSecondOf, IsTheLastThatTheClockShows) {
+  const auto last = [](const char* name, QDate day) {
+    const TimeZone zone(name);
+    return UTIL_TimeConversion::toUTC(UTIL_TimeConversion::lastSecondOf(day));
+  };
+  EXPECT_EQ(last("Europe/Berlin", QDate(2006, 3, 5)), 1141599599);
+  EXPECT_EQ(last("Europe/Berlin", QDate(2006, 3, 26)), 1143410399);
+  EXPECT_EQ(last("Europe/Berlin", QDate(2006, 10, 29)), 1162162799);
+  // The hour before midnight comes twice: put back from 24:00 to 23:00.
+  EXPECT_EQ(last("America/Santiago", QDate(2024, 4, 6)), 1712462399);
+  EXPECT_EQ(last("Asia/Almaty", QDate(2024, 2, 29)), 1709233199);
+  // The hour after midnight comes twice.
+  EXPECT_EQ(last("America/Havana", QDate(2023, 11, 4)), 1699156799);
+  // Put forward from 23:00 to 24:00: the day ends at 22:59:59.
+  EXPECT_EQ(last("America/Nuuk", QDate(2024, 3, 30)), 1711846799);
+  const TimeZone zone("America/Nuuk");
+  EXPECT_EQ(shown(UTIL_TimeConversion::lastSecondOf(QDate(2024, 3, 30))), "2024-03-30 22:59:59");
 }
 
 // The text form
@@ -423,6 +479,28 @@ TEST_F(DateText, C) {
   QLocale::setDefault(QLocale::c());
   EXPECT_EQ(UTIL_DateTime::dateToString(date_, 0), "5 Mar 2006");
   EXPECT_EQ(UTIL_DateTime::dateToString(date_, 1), "5 Mar 2006 17:04:59");
+}
+
+TEST_F(DateText, ShowsSkippedTimesAsTheyAreStored) {
+  const TimeZone zone("Europe/Berlin");
+  QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+  const QDateTime skipped(QDate(2006, 3, 26), QTime(2, 30));
+  EXPECT_EQ(UTIL_DateTime::dateToString(skipped, 1), "26.03.06 03:30");
+  EXPECT_EQ(UTIL_DateTime::dateToString(skipped, 0), "26.03.06");
+  const TimeZone greenland("America/Nuuk");
+  const QDateTime beforeMidnight(QDate(2024, 3, 30), QTime(23, 30));
+  EXPECT_EQ(UTIL_DateTime::dateToString(beforeMidnight, 1), "31.03.24 00:30");
+  EXPECT_EQ(UTIL_DateTime::dateToString(beforeMidnight, 0), "31.03.24");
+}
+
+TEST_F(DateText, IsLocal) {
+  const TimeZone zone("Europe/Berlin");
+  QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+  EXPECT_EQ(UTIL_DateTime::dateToString(utc(2006, 3, 5, 23, 30), 1), "06.03.06 00:30");
+  EXPECT_EQ(UTIL_DateTime::dateToString(utc(2006, 3, 5, 23, 30), 0), "06.03.06");
+  const TimeZone almaty("Asia/Almaty");
+  EXPECT_EQ(UTIL_DateTime::dateToString(UTIL_TimeConversion::fromUTC(1709231400), 1),
+            "29.02.24 23:30");
 }
 
 TEST_F(DateText, InvalidIsEmpty) {
