@@ -11,7 +11,8 @@ struct VObject;
 
 // Reads and writes through the vObject library, which every object opens when it is made and
 // closes when it goes. Without the library nothing is read or written; that is logged. Used by
-// one thread of the process at a time: the library's parser is global.
+// one thread of the process at a time: the library's parser is global. Its parser would print its
+// steps if the environment variable YYDEBUG is set; they are dropped, and the variable stays.
 //
 // Text from outside is never handed to the library as it came when the library would not read
 // it right; what had to be left out or written in another form is logged.

@@ -4,6 +4,7 @@
 #include "EMAIL_Util.h"
 #include "UTIL_TimeConversion.h"
 #include "module_log.h"
+#include "quiet_parser.h"
 #include "vcal_guard.h"
 #include "vobject_library.h"
 
@@ -124,11 +125,13 @@ VObject* nextVObjectInList(VObject* object) {
 
 VObject* Parse_MIME_FromFileName(const char* fileName) {
   auto* function = require<VObject*(const char*)>("Parse_MIME_FromFileName");
+  const QuietParser quiet;
   return function == nullptr ? nullptr : function(fileName);
 }
 
 VObject* Parse_MIME(const char* text, std::size_t length) {
   auto* function = require<VObject*(const char*, unsigned long)>("Parse_MIME");
+  const QuietParser quiet;
   return function == nullptr ? nullptr : function(text, length);
 }
 
@@ -303,8 +306,6 @@ template <typename Visit> bool forEachTodo(VObject* first, Visit visit) {
 template <typename Parse, typename Visit>
 bool forEachTodo(ulo::GuardedText text, Parse parse, Visit visit) {
   ulo::keepVObjectLibrary();
-  if (std::getenv("YYDEBUG") != nullptr)  // the library's parser would print its steps
-    unsetenv("YYDEBUG");
   if (text.isClean()) {
     VObject* first = parse();
     forEachTodo(first, visit);
@@ -390,7 +391,7 @@ void addTodo(VObject* calendar, ZTASK_ENG_Task& task, const QString& charset) {
   addText(todo, "DESCRIPTION", wellFormed(task.getString(Task::TASK_FIELD_NOTE)));
   addText(todo, "CATEGORY", task.getString(Task::TASK_FIELD_CATEGORY));
   if (const QDateTime due = task.getDateTime(Task::TASK_FIELD_DUE); isSet(due))
-    vobject::addPropValue(todo, "DUE", dueValue(due.date()));
+    vobject::addPropValue(todo, "DUE", dueValue(UTIL_TimeConversion::toLocalTime(due).date()));
   if (const QDateTime end = task.getDateTime(Task::TASK_FIELD_END); isSet(end))
     vobject::addPropValue(todo, "COMPLETED", fullValue(end));
   // A year of five digits has no value; an empty DALARM would take the place of none.

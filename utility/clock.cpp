@@ -1,5 +1,7 @@
 #include "clock.h"
 
+#include "UTIL_TimeConversion.h"
+
 QDateTime engineNow() {
-  return QDateTime::currentDateTime();
+  return UTIL_TimeConversion::toLocalTime(QDateTime::currentDateTimeUtc());
 }

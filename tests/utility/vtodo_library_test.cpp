@@ -5,6 +5,7 @@
 #include "CAL_ENG_FileDirect.h"
 #include "vobject_library.h"
 
+#include "../platform/environment_variable.h"
 #include "export.h"
 #include "log_capture.h"
 #include "temporary_directory.h"
@@ -14,6 +15,8 @@
 
 #include <QFile>
 
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
 #include <fstream>
@@ -23,6 +26,7 @@
 #include <new>
 #include <set>
 #include <sstream>
+#include <thread>
 #include <utility>
 
 using testing::ElementsAre;
@@ -569,16 +573,51 @@ TEST_F(VObjectLibrary, StaysLoadedOnceItHasReadOrWritten) {
   EXPECT_TRUE(isLoaded());
 }
 
+// What the parser's stand-in prints, in its own thread and in another one.
+VObject* parseAndPrint(const char* bytes, unsigned long length) {
+  std::printf("of the parser");
+  std::thread([] { std::printf("of another thread"); }).join();
+  return realParse(bytes, length);
+}
+
 TEST_F(VObjectLibrary, ItsParserDoesNotPrintItsSteps) {
-  setenv("YYDEBUG", "9", 1);
+  const EnvironmentVariable variable("YYDEBUG", "9");
   ZVtodoParser parser;
   LogCapture log;
   QList<ZTASK_ENG_Task> tasks;
   tasks.setAutoDelete(true);
+  const QString name = QString::fromStdString(fileWith(text));
   testing::internal::CaptureStdout();
   parser.readVtodo(QCString(text.c_str()), tasks);
+  parser.readVtodo(name, tasks);
+  // The parser goes on to print when the variable is gone.
+  {
+    const EnvironmentVariable gone("YYDEBUG", nullptr);
+    parser.readVtodo(name, tasks);
+  }
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
   EXPECT_EQ(tasks.count(), 3U);
+}
+
+TEST_F(VObjectLibrary, LeavesTheEnvironmentAndOtherOutputAlone) {
+  const EnvironmentVariable variable("YYDEBUG", "9");
+  void* library = __real_dlopen("libicalvcal.so", RTLD_LAZY);
+  realParse = reinterpret_cast<decltype(realParse)>(__real_dlsym(library, "Parse_MIME"));
+  loader_.replaced["Parse_MIME"] = reinterpret_cast<void*>(&parseAndPrint);
+  ZVtodoParser parser;
+  LogCapture log;
+  QList<ZTASK_ENG_Task> tasks;
+  tasks.setAutoDelete(true);
+  std::FILE* const output = stdout;
+  testing::internal::CaptureStdout();
+  std::printf("before ");
+  parser.readVtodo(QCString(text.c_str()), tasks);
+  std::printf(" after");
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "before of another thread after");
+  EXPECT_EQ(stdout, output);
+  EXPECT_EQ(tasks.count(), 3U);
+  EXPECT_STREQ(std::getenv("YYDEBUG"), "9");
+  __real_dlclose(library);
 }
 
 }  // namespace

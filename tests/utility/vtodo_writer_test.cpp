@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <QFile>
+#include <QTimeZone>
 
 #include <fstream>
 #include <sstream>
@@ -136,6 +137,16 @@ TEST_F(VtodoWriter, TheDueDateIsTheLocalDayAtNoonUtc) {
   EXPECT_EQ(dueOf(QDateTime(QDate(987, 9, 10), QTime(0, 0))), "9870910T120000Z");
   EXPECT_EQ(dueOf(Task::noDate()), "none");
   EXPECT_EQ(dueOf(QDateTime()), "none");
+  // 2006-03-06 00:30 in Berlin.
+  EXPECT_EQ(dueOf(QDateTime(QDate(2006, 3, 5), QTime(23, 30), Qt::UTC)), "20060306T120000Z");
+  EXPECT_EQ(dueOf(QDateTime(QDate(2006, 3, 5), QTime(20, 30), Qt::OffsetFromUTC, -4 * 3600)),
+            "20060306T120000Z");
+  EXPECT_EQ(dueOf(QDateTime(QDate(2006, 3, 6), QTime(8, 0), QTimeZone("Asia/Tokyo"))),
+            "20060306T120000Z");
+  EXPECT_EQ(dueOf(QDateTime(QDate(2006, 3, 6), QTime(7, 0), QTimeZone("Asia/Tokyo"))),
+            "20060305T120000Z");
+  // A time that the clock leaves out.
+  EXPECT_EQ(dueOf(QDateTime(QDate(2006, 3, 26), QTime(2, 30))), "20060326T120000Z");
 }
 
 TEST_F(VtodoWriter, DatesThatAreNotSetAreNotWritten) {
