@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <ctime>
+#include <limits>
 #include <optional>
 #include <string_view>
 
@@ -114,15 +116,45 @@ qint64 offsetAt(qint64 seconds) {
   return wallSeconds(local.date(), local.time()) - seconds;
 }
 
+// The C library's view of the local time, which is faster to ask for.
+struct ClockState {
+  qint64 offset = 0;
+  bool isDaylightSaving = false;
+};
+ClockState stateAt(qint64 seconds) {
+  using Limits = std::numeric_limits<std::time_t>;
+  const auto time = static_cast<std::time_t>(
+      std::clamp<qint64>(seconds, qint64{Limits::min()}, qint64{Limits::max()}));
+  std::tm parts{};
+  if (localtime_r(&time, &parts) == nullptr)
+    return {};
+  return {parts.tm_gmtoff, parts.tm_isdst > 0};
+}
+
+// Whether the clock shows this second's time at another second too, with the same daylight saving.
+bool comesTwiceAlike(qint64 seconds) {
+  const ClockState here = stateAt(seconds);
+  for (const qint64 near : {seconds - secondsOfDay, seconds + secondsOfDay}) {
+    const qint64 offset = stateAt(near).offset;
+    if (offset == here.offset)
+      continue;
+    const ClockState other = stateAt(seconds + here.offset - offset);
+    if (other.offset == offset && other.isDaylightSaving == here.isDaylightSaving)
+      return true;
+  }
+  return false;
+}
+
 // `local` is the local time that Qt returns for an instant. In an hour that the clock shows twice
 // Qt tells the two apart by daylight saving alone. Where that is the same in both, as when a zone
-// changes its standard time, the result keeps the instant by its offset from UTC instead.
+// changes its standard time, it takes one or the other, which depends on what was converted
+// before; the result keeps the instant by its offset from UTC instead.
 QDateTime keepingInstant(const QDateTime& local, qint64 milliseconds) {
-  if (!local.isValid() || local.toMSecsSinceEpoch() == milliseconds)
+  const qint64 seconds = (milliseconds - local.time().msec()) / 1000;
+  if (!local.isValid() || !comesTwiceAlike(seconds))
     return local;
-  const qint64 wall = QDateTime(local.date(), local.time(), Qt::UTC).toMSecsSinceEpoch();
   return QDateTime(local.date(), local.time(), Qt::OffsetFromUTC,
-                   static_cast<int>((wall - milliseconds) / 1000));
+                   static_cast<int>(wallSeconds(local.date(), local.time()) - seconds));
 }
 
 QDateTime localTimeOf(qint64 milliseconds) {

@@ -99,8 +99,13 @@ TEST(Zones, EverySecondReadsBack) {
          {-25200L, -3601L, -3600L, -1L, 0L, 1799L, 3599L, 3600L, 10799L, 25199L}) {
       const long seconds = change + distance;
       const QDateTime local = UTIL_TimeConversion::fromUTC(seconds);
-      if (UTIL_TimeConversion::toUTC(local) != seconds)
-        return at(seconds, "another second");
+      // The C library takes one of two times that look alike by what it converted before.
+      for (const long before : {change - 20 * day, change + 20 * day}) {
+        tm parts = clockAt(before);
+        mktime(&parts);
+        if (UTIL_TimeConversion::toUTC(local) != seconds)
+          return at(seconds, "another second");
+      }
       if (local.date() != dateAt(seconds) || local.time() != timeAt(seconds))
         return at(seconds, "another date or time than the clock shows");
       const QCString text = UTIL_TimeConversion::toISO8601(local);
