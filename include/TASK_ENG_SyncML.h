@@ -16,7 +16,7 @@ enum TASK_SyncML_Result : int {
   TASK_SYNCML_NOMEMORY = 2,    // the store is full, or memory was short
   TASK_SYNCML_TOOLARGE = 3,    // the item is larger than the engine takes
   TASK_SYNCML_BADPARAM = 4,    // an argument makes no sense
-  TASK_SYNCML_OTHERERROR = 5,  // anything else; the log says what
+  TASK_SYNCML_OTHERERROR = 5,  // anything else; the log says what, or why the store did not open
 };
 
 // A store of its own, used in one thread. Items go over as text, through an open descriptor or in

@@ -22,9 +22,15 @@ enum ZTASK_ENG_Result : int {
 
 // Every user of the data makes an object of its own and uses it in the thread that made it. No
 // object keeps anything of what is stored: each operation asks the database, which programs share.
-// An operation that fails leaves the store as it was unless it says otherwise, and logs why.
+// An operation that fails leaves the store as it was unless it says otherwise. It logs why if the
+// database failed, memory was short, or no task has the UID or no category the name asked for. It
+// logs nothing if the store is not open, which the constructor logged; if a category exists, or its
+// UID is negative; if a range ends before it starts; and if a range, a category or the whole store
+// holds no task.
 //
-// Texts are 16-bit units up to the first unit 0, kept unit by unit, null and empty told apart.
+// Texts, names of categories among them, are 16-bit units up to the first unit 0, kept unit by
+// unit, null and empty told apart: a byte order mark at the beginning and half of a surrogate pair
+// come back as they were given.
 // Dates are kept in seconds since 1970 UTC, 32 bits of them, no-date as ZTASK_ENG_Task::noDate().
 // Each task that is added, updated or removed is reported once to the change reporter.
 // Lists that take results are appended to, never cleared, and stay as they were on failure.
@@ -41,7 +47,8 @@ public:
   // Which tasks a list shows. Any other value is taken as completed.
   enum TASK_CATEGORY : int {
     TASK_CATEGORY_ALL = 0,
-    TASK_CATEGORY_DUE = 1,         // due until the end of the local day, whatever the status
+    TASK_CATEGORY_DUE = 1,         // due until the end of the local day, whatever the status; if
+                                   // clocks show the day's last hour twice, until the second end
     TASK_CATEGORY_INCOMPLETE = 2,  // status 1
     TASK_CATEGORY_COMPLETED = 3,   // status 0
   };
@@ -86,7 +93,9 @@ public:
   // and those before it stay removed. TASK_ENG_BAD_PARAMETER for an empty list.
   int removeTasks(QValueList<unsigned int>& uids);
 
-  // Categories. Names are compared byte for byte in UTF-8; null is a name too.
+  // Categories. Names are stored and compared byte for byte in UTF-8; null is a name too. Half of a
+  // surrogate pair, which has no UTF-8, is kept as the three bytes that its code would have, so
+  // that no two names become one.
 
   // Adds a category and sets `uid` to its UID. TASK_ENG_MEMORY_FULL; TASK_ENG_EXISTS, and `uid`
   // as it was.
@@ -119,7 +128,8 @@ public:
   // Whole tasks. A store that is not open gives TASK_ENG_DATABASE_FAILURE in the first two.
 
   // Tasks dated from `from` to `to`, both included, in seconds since 1970 UTC: by due date for
-  // TASK_FIELD_DUE, else by end date; sorted by that date. TASK_ENG_MEMORY_FULL;
+  // TASK_FIELD_DUE, else by end date; sorted by that date. A task without that date is dated
+  // ZTASK_ENG_Task::noDateSeconds. No task is in a range beyond 32 bits. TASK_ENG_MEMORY_FULL;
   // TASK_ENG_BAD_PARAMETER when `from` is later than `to`; TASK_ENG_NOT_FOUND when there is none.
   int getTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task::TASK_FIELD_T field, long from,
                long to);

@@ -13,6 +13,7 @@
 #include <QFile>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <limits>
 #include <new>
@@ -25,10 +26,21 @@ bool hasDate(const QDateTime& dateTime) {
   return UTIL_TimeConversion::toUTC(dateTime) != ZTASK_ENG_Task::noDateSeconds;
 }
 
-int clampedTo32Bits(long value) {
-  return static_cast<int>(
-      std::clamp<long>(value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
-}
+// A range of stored dates, which have 32 bits. A range of which they can reach nothing ends before
+// it starts: no date is in it.
+struct StoredRange {
+  StoredRange(std::int64_t first, std::int64_t last) {
+    if (first > latest || last < earliest)
+      return;
+    from = static_cast<int>(std::max(first, earliest));
+    to = static_cast<int>(std::min(last, latest));
+  }
+
+  static constexpr std::int64_t earliest = std::numeric_limits<int>::min();
+  static constexpr std::int64_t latest = std::numeric_limits<int>::max();
+  int from = std::numeric_limits<int>::max();
+  int to = std::numeric_limits<int>::min();
+};
 
 }  // namespace
 
@@ -147,7 +159,10 @@ int ZTASK_ENG_Model::addTask(ZTASK_ENG_Task& task) {
   ParameterBlock block(10);
   if (!block)
     return noParameterBlock();
-  bindTask(block, 0, task, categoryUid);
+  bindPriorityToNote(block, 0, task);
+  bindText(block, 3, task.getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY));
+  bindText(block, 4, task.getString(ZTASK_ENG_Task::TASK_FIELD_UUID));
+  bindAlarmToRevision(block, 5, task, categoryUid);
   if (const int ret = block.exec(task_scripts::insertTask); ret != DB_OK) {
     ULO_LOG_ERROR("AddTask failed! [ret=%d]", ret);
     return changeFailed(ret);
@@ -199,14 +214,17 @@ int ZTASK_ENG_Model::updateTask(ZTASK_ENG_Task& task) {
     return noParameterBlock();
   const unsigned int uid = task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID);
   block.bindInteger(0, static_cast<int>(uid));
+  bindPriorityToNote(block, 1, task);
   if (task.getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY).isNull())
     ULO_LOG_ERROR("The summary isNull!!!");
+  bindText(block, 4, task.getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY));
   if (task.getString(ZTASK_ENG_Task::TASK_FIELD_UUID).isNull()) {
     task.setString(ZTASK_ENG_Task::TASK_FIELD_UUID, generateUuid());
     if (task.getString(ZTASK_ENG_Task::TASK_FIELD_UUID).isNull())
       ULO_LOG_ERROR("The uuid isNull!!!");
   }
-  bindTask(block, 1, task, categoryUid);
+  bindText(block, 5, task.getString(ZTASK_ENG_Task::TASK_FIELD_UUID));
+  bindAlarmToRevision(block, 6, task, categoryUid);
   ResultRows rows;
   if (const int ret = block.query(rows, task_scripts::updateTask); ret != DB_OK) {
     ULO_LOG_ERROR("UpdateTask failed! [ret=%d]", ret);
@@ -338,6 +356,7 @@ int ZTASK_ENG_Model::removeTasksWithCategoryId(int categoryUid) {
     return changeFailed(ret);
   }
   if (rows.boolean(Columns::flag)) {
+    rows.close();
     ULO_LOG_ERROR("No task with such category!");
     return TASK_ENG_OK;
   }
@@ -480,8 +499,9 @@ int ZTASK_ENG_Model::getTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task:
   ParameterBlock block(2);
   if (!block)
     return noParameterBlock();
-  block.bindInteger(0, clampedTo32Bits(from));
-  block.bindInteger(1, clampedTo32Bits(to));
+  const StoredRange range(from, to);
+  block.bindInteger(0, range.from);
+  block.bindInteger(1, range.to);
   const ReadSnapshot snapshot;
   ResultRows rows;
   if (const int ret = block.query(rows, task_scripts::tasksInRange, index, column, column);
@@ -529,9 +549,14 @@ int ZTASK_ENG_Model::getTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task&
   ParameterBlock block(filtered ? 5 : 4);
   if (!block)
     return noParameterBlock();
-  const bool byDue = sort == TASK_SORT_DUE;
-  block.bindDate(byDue ? 0 : 1, start.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE));
-  block.bindInteger(byDue ? 1 : 0, start.getPriorityValue());
+  const QDateTime due = start.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE);
+  if (sort == TASK_SORT_DUE) {
+    block.bindDate(0, due);
+    block.bindInteger(1, start.getPriorityValue());
+  } else {
+    block.bindInteger(0, start.getPriorityValue());
+    block.bindDate(1, due);
+  }
   block.bindInteger(2, static_cast<int>(start.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID)));
   block.bindInteger(3, count);
   bindFilter(block, 4, category);
@@ -546,6 +571,7 @@ int ZTASK_ENG_Model::getTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task&
     return TASK_ENG_DATABASE_FAILURE;
   }
   if (!rows.boolean(task_scripts::MarkedTask::flag)) {
+    rows.close();
     ULO_LOG_ERROR("Record not found!! [ret=%d]", ret);
     return TASK_ENG_NOT_FOUND;
   }

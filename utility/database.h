@@ -2,6 +2,7 @@
 #pragma once
 
 #include "UTIL_TimeConversion.h"
+#include "category_name.h"
 #include "ulodb2.h"
 
 #include <QByteArray>
@@ -53,7 +54,7 @@ public:
   }
   [[nodiscard]] QString varchar(int column) const {
     const char* bytes = DB_CSC_GetFieldAsChar(cursor_, column);
-    return bytes == nullptr ? QString() : QString::fromUtf8(bytes);
+    return bytes == nullptr ? QString() : categoryName(bytes);
   }
 
   [[nodiscard]] bool atEnd() const { return DB_CSC_Eof(cursor_) != 0; }
@@ -87,10 +88,10 @@ public:
   void bindUnicode(int index, const unsigned short* units) {
     DB_PARAM_BindUnicode(block_, index, units);
   }
-  // A null text binds the null value.
-  void bindVarchar(int index, const QString& text) {
-    const QByteArray bytes = text.toUtf8();
-    DB_PARAM_BindChar(block_, index, text.isNull() ? nullptr : bytes.constData());
+  // A null name binds the null value.
+  void bindVarchar(int index, const QString& name) {
+    const QByteArray bytes = categoryNameBytes(name);
+    DB_PARAM_BindChar(block_, index, name.isNull() ? nullptr : bytes.constData());
   }
 
   // Each of these runs a text and gives the database's result. The block is freed by then, so

@@ -2,25 +2,12 @@
 
 #include "clock.h"
 
-#include <QTime>
 #include <QVarLengthArray>
 
 namespace {
 
 // Units of most texts; only longer ones take memory from the heap to be bound.
 constexpr int usualText = 512;
-
-void bindText(ParameterBlock& block, int index, const QString& text, LogPlace place) {
-  QVarLengthArray<unsigned short, usualText + 1> units(text.length() + 1);
-  toExchangedUnits(text, units.data(), place);
-  block.bindUnicode(index, text.isNull() ? nullptr : units.constData());
-}
-
-QDateTime endOfToday() {
-  QDateTime today = engineNow();
-  today.setTime(QTime(23, 59, 59, 999));
-  return today;
-}
 
 }  // namespace
 
@@ -110,18 +97,29 @@ void toExchangedUnits(const QString& text, unsigned short* units, LogPlace place
   *units = 0;
 }
 
-void bindTask(ParameterBlock& block, int first, const ZTASK_ENG_Task& task,
-              unsigned int categoryUid, LogPlace place) {
+void bindText(ParameterBlock& block, int index, const QString& text) {
+  if (text.isNull()) {
+    block.bindUnicode(index, nullptr);
+    return;
+  }
+  QVarLengthArray<unsigned short, usualText + 1> units(text.length() + 1);
+  toExchangedUnits(text, units.data());
+  block.bindUnicode(index, units.constData());
+}
+
+void bindPriorityToNote(ParameterBlock& block, int first, const ZTASK_ENG_Task& task) {
   block.bindInteger(first, task.getPriorityValue());
   block.bindInteger(first + 1, task.getStatusValue());
-  bindText(block, first + 2, task.getString(ZTASK_ENG_Task::TASK_FIELD_NOTE), place);
-  bindText(block, first + 3, task.getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY), place);
-  bindText(block, first + 4, task.getString(ZTASK_ENG_Task::TASK_FIELD_UUID), place);
-  block.bindDate(first + 5, task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_ALARM));
-  block.bindDate(first + 6, task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE));
-  block.bindDate(first + 7, task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_END));
-  block.bindInteger(first + 8, static_cast<int>(categoryUid));
-  block.bindDate(first + 9, task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION));
+  bindText(block, first + 2, task.getString(ZTASK_ENG_Task::TASK_FIELD_NOTE));
+}
+
+void bindAlarmToRevision(ParameterBlock& block, int first, const ZTASK_ENG_Task& task,
+                         unsigned int categoryUid) {
+  block.bindDate(first, task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_ALARM));
+  block.bindDate(first + 1, task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE));
+  block.bindDate(first + 2, task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_END));
+  block.bindInteger(first + 3, static_cast<int>(categoryUid));
+  block.bindDate(first + 4, task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION));
 }
 
 void bindFilter(ParameterBlock& block, int index, ZTASK_ENG_Model::TASK_CATEGORY category) {
@@ -129,7 +127,7 @@ void bindFilter(ParameterBlock& block, int index, ZTASK_ENG_Model::TASK_CATEGORY
   case ZTASK_ENG_Model::TASK_CATEGORY_ALL:
     break;
   case ZTASK_ENG_Model::TASK_CATEGORY_DUE:
-    block.bindDate(index, endOfToday());
+    block.bindDate(index, UTIL_TimeConversion::lastSecondOf(engineNow().date()));
     break;
   case ZTASK_ENG_Model::TASK_CATEGORY_INCOMPLETE:
     block.bindInteger(index, 1);

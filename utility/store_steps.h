@@ -31,10 +31,14 @@ int findCategoryName(bool open, unsigned int uid, QString& name,
 void toExchangedUnits(const QString& text, unsigned short* units,
                       LogPlace place = LogPlace::current());
 
-// Binds the ten values of a task's row but its uid, in the order of the table, from parameter
-// `first` on.
-void bindTask(ParameterBlock& block, int first, const ZTASK_ENG_Task& task,
-              unsigned int categoryUid, LogPlace place = LogPlace::current());
+// Binds a text; a null one as the null value.
+void bindText(ParameterBlock& block, int index, const QString& text);
+// Binds a task's values in the order of the table. Between these two come the summary and the
+// uuid. From parameter `first` on: priority, status and note.
+void bindPriorityToNote(ParameterBlock& block, int first, const ZTASK_ENG_Task& task);
+// From parameter `first` on: alarm, due date, end, category and revision.
+void bindAlarmToRevision(ParameterBlock& block, int first, const ZTASK_ENG_Task& task,
+                         unsigned int categoryUid);
 // Binds what the filter compares with; nothing for all tasks.
 void bindFilter(ParameterBlock& block, int index, ZTASK_ENG_Model::TASK_CATEGORY category);
 // The index that has the tasks in that order.

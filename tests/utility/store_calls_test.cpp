@@ -2,6 +2,8 @@
 
 #include "store_calls.h"
 
+#include "../../utility/store_steps.h"
+
 #include <map>
 
 namespace {
@@ -73,17 +75,30 @@ TEST_F(StoreCalls, AddsATaskWithItsCategory) {
   task.setString(ZTASK_ENG_Task::TASK_FIELD_NOTE, QString());
   task.setString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY, QString());
   EXPECT_EQ(store.addTask(task), 0);
-  EXPECT_THAT(calls::list(),
-              ElementsAre("block 1", "0 = 'work'", "query category_uid_by_name by block",
-                          "free block", "log The category work is not exist!", "free rows",
-                          "log No such category!Add it to DB.", "block 1", "0 = 'work'",
-                          "query category_uid_by_name by block", "free block",
-                          "log The category work is not exist!", "free rows", "block 1",
-                          "0 = 'work'", "exec insert_category by block", "free block", "tag",
-                          "block 10", "0 = 3", "1 = 2", "log The qstring is null!", "2 = null",
-                          "log The qstring is null!", "3 = null", "4 = u'7500'", "5 = 11", "6 = 22",
-                          "7 = 2147483647", "8 = 8", "9 = 44", "exec insert_task by block",
-                          "free block", "tag", "report 31 1 -1 " + engine));
+  EXPECT_THAT(
+      calls::list(),
+      ElementsAre(
+          "block 1", "0 = 'work'", "query category_uid_by_name by block", "free block",
+          "log The category work is not exist!", "free rows", "log No such category!Add it to DB.",
+          "block 1", "0 = 'work'", "query category_uid_by_name by block", "free block",
+          "log The category work is not exist!", "free rows", "block 1", "0 = 'work'",
+          "exec insert_category by block", "free block", "tag", "block 10", "0 = 3", "1 = 2",
+          "2 = null", "3 = null", "4 = u'7500'", "5 = 11", "6 = 22", "7 = 2147483647", "8 = 8",
+          "9 = 44", "exec insert_task by block", "free block", "tag", "report 31 1 -1 " + engine));
+}
+
+TEST_F(StoreCalls, ExchangesBytesOfUnitsAndLogsNullText) {
+  open();
+  const LogPlace place{"utility/ZTASK_ENG_Model.cpp", 1};
+  unsigned short units[] = {7, 7, 7};
+  toExchangedUnits(QString(), units, place);
+  EXPECT_THAT(units, ElementsAre(7, 7, 7));
+  EXPECT_THAT(calls::list(), ElementsAre("log The qstring is null!"));
+  toExchangedUnits(QString(QChar(0x4f60)), units, place);
+  EXPECT_THAT(units, ElementsAre(0x604f, 0, 7));
+  toExchangedUnits(QString(""), units, place);
+  EXPECT_THAT(units, ElementsAre(0, 0, 7));
+  EXPECT_THAT(calls::list(), ElementsAre("log The qstring is null!"));
 }
 
 TEST_F(StoreCalls, StoresATaskWhoseCategoryCannotBeAddedWithoutOne) {
@@ -155,12 +170,11 @@ TEST_F(StoreCalls, UpdatesATask) {
   EXPECT_EQ(store.updateTask(task), 0);
   EXPECT_THAT(calls::list(),
               ElementsAre("block 1", "0 = 'work'", "query category_uid_by_name by block",
-                          "free block", "free rows", "block 11", "0 = 31",
-                          "log The summary isNull!!!", "1 = 3", "2 = 0", "3 = u''",
-                          "log The qstring is null!", "4 = null", "5 = u'7500'", "6 = 11", "7 = 22",
-                          "8 = " + std::to_string(noon), "9 = 7", "10 = " + std::to_string(noon),
-                          "query update_task by block", "free block", "report 31 2 -1 " + engine,
-                          "free rows"));
+                          "free block", "free rows", "block 11", "0 = 31", "1 = 3", "2 = 0",
+                          "3 = u''", "log The summary isNull!!!", "4 = null", "5 = u'7500'",
+                          "6 = 11", "7 = 22", "8 = " + std::to_string(noon), "9 = 7",
+                          "10 = " + std::to_string(noon), "query update_task by block",
+                          "free block", "report 31 2 -1 " + engine, "free rows"));
 }
 
 TEST_F(StoreCalls, UpdatesATaskForWhichNoUuidCanBeMade) {
@@ -169,7 +183,13 @@ TEST_F(StoreCalls, UpdatesATaskForWhichNoUuidCanBeMade) {
   ZTASK_ENG_Task task = milk();
   task.setString(ZTASK_ENG_Task::TASK_FIELD_UUID, QString());
   EXPECT_EQ(store.updateTask(task), 0);
-  EXPECT_THAT(calls::list(), testing::IsSupersetOf({"log The uuid isNull!!!", "5 = null"}));
+  EXPECT_THAT(calls::list(),
+              ElementsAre("block 1", "0 = 'work'", "query category_uid_by_name by block",
+                          "free block", "free rows", "block 11", "0 = -1", "1 = 3", "2 = 2",
+                          "3 = u''", "4 = u'604f6100'", "log The uuid isNull!!!", "5 = null",
+                          "6 = 11", "7 = 22", "8 = 2147483647", "9 = 7",
+                          "10 = " + std::to_string(noon), "query update_task by block",
+                          "free block", "report 4294967295 2 -1 " + engine, "free rows"));
 }
 
 TEST_F(StoreCalls, RemovesATask) {
@@ -219,6 +239,27 @@ TEST_F(StoreCalls, RenamesInLowerCase) {
   EXPECT_THAT(calls::list(), testing::IsSupersetOf({"0 = null", "1 = null"}));
 }
 
+// Half of a surrogate pair takes the three bytes that its code would have.
+TEST_F(StoreCalls, BindsNamesAsUtf8) {
+  const struct {
+    std::vector<QChar> units;
+    const char* bound;
+  } cases[] = {
+      {{QChar(0xFEFF), QChar(0xE4)}, "0 = '\xEF\xBB\xBF\xC3\xA4'"},
+      {{QChar(0xD83D), QChar(0xDE00)}, "0 = '\xF0\x9F\x98\x80'"},
+      {{QChar(0xD800), QChar('z')}, "0 = '\xED\xA0\x80z'"},
+      {{QChar('a'), QChar(0xDFFF)}, "0 = 'a\xED\xBF\xBF'"},
+      {{}, "0 = ''"},
+  };
+  for (const auto& one : cases) {
+    Store& store = open();
+    QString name =
+        QString("") + QString(one.units.data(), static_cast<qsizetype>(one.units.size()));
+    EXPECT_EQ(store.removeCategory(name, false), 0);
+    EXPECT_THAT(calls::list(), testing::Contains(one.bound));
+  }
+}
+
 TEST_F(StoreCalls, RemovesACategoryWithItsTasks) {
   Store& store = open({.answers = {{"category_uid_by_name", found7},
                                    {"remove_tasks_of_category", {0, {{0, 5}, {0, 3}, {1}}, 1}}}});
@@ -239,6 +280,25 @@ TEST_F(StoreCalls, ReportsTasksOfACategoryWithoutEndRow) {
               ElementsAre("block 1", "0 = 7", "query remove_tasks_of_category by block",
                           "free block", "report 5 3 -1 " + engine, "report 3 3 -1 " + engine,
                           "free rows"));
+}
+
+TEST_F(StoreCalls, ClosesCursorBeforeLoggingThatNothingWasFound) {
+  Store& store =
+      open({.answers = {{"remove_tasks_of_category", flagTrue},
+                        {"page_of_tasks", {0, {{0, 0, {}, {}, {}, 0, 0, 0, 0, 0, 0, 0}}, 1}}}});
+  EXPECT_EQ(store.removeTasksWithCategoryId(7), 0);
+  EXPECT_THAT(calls::list(),
+              ElementsAre("block 1", "0 = 7", "query remove_tasks_of_category by block",
+                          "free block", "free rows", "log No task with such category!"));
+  QValueList<ZTASK_ENG_Task> tasks;
+  ZTASK_ENG_Task start = milk();
+  EXPECT_EQ(store.getTasks(tasks, start, 1, ZTASK_ENG_Model::TASK_CATEGORY_ALL,
+                           ZTASK_ENG_Model::TASK_SORT_DUE),
+            3);
+  const std::vector<std::string> asked = calls::list();
+  ASSERT_GE(asked.size(), 2U);
+  EXPECT_EQ(asked.at(asked.size() - 2), "free rows");
+  EXPECT_EQ(asked.back(), "log Record not found!! [ret=0]");
 }
 
 TEST_F(StoreCalls, AbortsWhenTasksOfACategoryCannotBeRemoved) {
@@ -371,6 +431,41 @@ TEST_F(StoreCalls, AsksForARangeOfDates) {
   EXPECT_THAT(calls::list(), testing::IsSupersetOf({"0 = -2147483648", "1 = 2147483647"}));
 }
 
+// No stored date is in a range that 32 bits cannot reach, so the one that is asked for is empty.
+TEST_F(StoreCalls, AsksForNothingBeyondStoredDates) {
+  const calls::Answer none{0, {{0, 0, {}, {}, {}, 0, 0, 0, 0, 0, 0, 1}}, 1};
+  const struct {
+    std::int64_t from;
+    std::int64_t to;
+    std::vector<std::string> bound;
+  } cases[] = {
+      {3000000000, 4000000000, {"0 = 2147483647", "1 = -2147483648"}},
+      {2147483648, 2147483648, {"0 = 2147483647", "1 = -2147483648"}},
+      {-4000000000, -3000000000, {"0 = 2147483647", "1 = -2147483648"}},
+      {-2147483649, -2147483649, {"0 = 2147483647", "1 = -2147483648"}},
+      {2147483647, 2147483648, {"0 = 2147483647", "1 = 2147483647"}},
+      {2147483647, 2147483647, {"0 = 2147483647", "1 = 2147483647"}},
+      {-2147483649, -2147483648, {"0 = -2147483648", "1 = -2147483648"}},
+      {-3000000000, 5, {"0 = -2147483648", "1 = 5"}},
+      {5, 3000000000, {"0 = 5", "1 = 2147483647"}},
+  };
+  for (const auto& one : cases) {
+    if (one.from != static_cast<long>(one.from) || one.to != static_cast<long>(one.to))
+      continue;  // a long of 32 bits
+    Store& store = open({.answers = {{"tasks_in_range", none}}});
+    QValueList<ZTASK_ENG_Task> tasks;
+    EXPECT_EQ(store.getTasks(tasks, ZTASK_ENG_Task::TASK_FIELD_DUE, static_cast<long>(one.from),
+                             static_cast<long>(one.to)),
+              3);
+    std::vector<std::string> asked = calls::list();
+    ASSERT_GE(asked.size(), 3U);
+    EXPECT_EQ(asked.at(0), "block 2");
+    EXPECT_THAT(std::vector<std::string>(asked.begin() + 1, asked.begin() + 3),
+                ElementsAreArray(one.bound))
+        << one.from << " to " << one.to;
+  }
+}
+
 TEST_F(StoreCalls, AsksForAPage) {
   ZTASK_ENG_Task start = milk();
   start.setUINT32(ZTASK_ENG_Task::TASK_FIELD_UID, 31);
@@ -386,7 +481,7 @@ TEST_F(StoreCalls, AsksForAPage) {
     const std::string index = due ? " task_index_due by block" : " task_index_priority by block";
     const std::vector<std::string> key =
         due ? std::vector<std::string>{"0 = 22", "1 = 3", "2 = 31"}
-            : std::vector<std::string>{"1 = 22", "0 = 3", "2 = 31"};
+            : std::vector<std::string>{"0 = 3", "1 = 22", "2 = 31"};
     const struct {
       int category;
       std::vector<std::string> calls;

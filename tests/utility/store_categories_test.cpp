@@ -15,6 +15,11 @@ protected:
   }
   int rename(QString from, QString to) { return store().renameCategory(from, to); }
   int remove(QString name, bool withTasks) { return store().removeCategory(name, withTasks); }
+  // QString::fromStdU16String would drop a byte order mark.
+  static QString text(const std::u16string& units) {
+    return QString(reinterpret_cast<const QChar*>(units.data()),
+                   static_cast<qsizetype>(units.size()));
+  }
   int uidOf(const std::string& name) {
     return std::stoi(sql("SELECT UID FROM task_table_category WHERE name IS " + name).at(0));
   }
@@ -43,6 +48,52 @@ TEST_F(StoreCategories, NamesAreComparedByteForByte) {
     EXPECT_EQ(store().addCategory(text, uid), exists) << name;
     EXPECT_EQ(categories().back(), name);
   }
+}
+
+// Half of a surrogate pair has no UTF-8. It is kept all the same, so that names that differ only
+// there stay apart, also from one with the character that would replace it.
+TEST_F(StoreCategories, NamesAreKeptUnitByUnit) {
+  const std::u16string names[] = {u"\uFEFFa",
+                                  u"a",
+                                  u"\uFEFF",
+                                  u"\uFEFF\uFEFFa",
+                                  u"\xD800",
+                                  u"\xD801",
+                                  u"\xDC00",
+                                  u"\uFFFD",
+                                  u"?",
+                                  u"a\xDBFF",
+                                  u"a\xDBFFz",
+                                  u"\xDC00\xD800",
+                                  u"\xD83D\xDE00",
+                                  u"\xD83D\xDE00\xD83D",
+                                  u"\uD7FF\uE000",
+                                  u"\xDFFF\uFEFF",
+                                  u"\uD000"};
+  QValueList<QString> expected;
+  EXPECT_EQ(store().getAllCategories(expected), ok);
+  for (const std::u16string& units : names) {
+    const QString name = text(units);
+    const unsigned int uid = addCategory(name);
+    EXPECT_EQ(addTo(name), uid - 6);
+    EXPECT_EQ(get(uid - 6).getString(Task::TASK_FIELD_CATEGORY).toStdU16String(), units);
+    expected.append(name);
+  }
+  close();
+  QValueList<QString> found;
+  EXPECT_EQ(store().getAllCategories(found), ok);
+  EXPECT_EQ(std::vector<QString>(found.begin(), found.end()),
+            std::vector<QString>(expected.begin(), expected.end()));
+  for (const std::u16string& units : names) {
+    QString name = text(units);
+    QValueList<Task> tasks;
+    EXPECT_EQ(store().getTasks(tasks, name), ok);
+    ASSERT_EQ(tasks.count(), 1U);
+    EXPECT_EQ(tasks.at(0).getString(Task::TASK_FIELD_CATEGORY).toStdU16String(), units);
+    EXPECT_EQ(remove(name, true), ok);
+  }
+  EXPECT_EQ(categories().size(), 6U);
+  EXPECT_EQ(count(), 0);
 }
 
 TEST_F(StoreCategories, AddingTheNullNameIsLogged) {

@@ -2,6 +2,9 @@
 
 #include "store_test.h"
 
+#include "../platform/environment_variable.h"
+#include "UTIL_TimeConversion.h"
+
 namespace {
 
 using testing::ElementsAre;
@@ -84,6 +87,39 @@ TEST_F(StoreCounts, TheDayEndsByTheClockAlsoWhenItIsShorter) {
   add(task("tomorrow", 0, 1, QDateTime(QDate(2006, 3, 27), QTime(0, 0))));
   EXPECT_EQ(countOf(1), 1);
   EXPECT_EQ(listOf(1, 1).size(), 1U);
+}
+
+// The day ends at `last`, in UTC: the tasks up to then count, the next one does not.
+TEST_F(StoreCounts, DayEndsWithItsLastSecondInOddZones) {
+  const struct {
+    const char* zone;
+    QDate today;
+    long last;
+  } cases[] = {
+      // Put back from 24:00 to 23:00: the last hour comes twice.
+      {"America/Santiago", QDate(2024, 4, 6), 1712462399},
+      {"America/Asuncion", QDate(2024, 3, 23), 1711252799},
+      // The same with the same daylight saving on both sides.
+      {"Asia/Almaty", QDate(2024, 2, 29), 1709233199},
+      // Put back from 01:00 to 00:00: the first hour of the next day comes twice.
+      {"America/Havana", QDate(2023, 11, 4), 1699156799},
+      // Put forward from 23:00 to 24:00: the last hour is left out.
+      {"America/Nuuk", QDate(2024, 3, 30), 1711846799},
+  };
+  for (const auto& one : cases) {
+    const EnvironmentVariable zone("TZ", one.zone);
+    setEngineNow(QDateTime(one.today, QTime(12, 0)));
+    const auto at = [&](long seconds) {
+      return add(task("s", 0, 1, UTIL_TimeConversion::fromUTC(seconds)));
+    };
+    const unsigned int earlier = at(one.last - 3600);
+    const unsigned int before = at(one.last - 1);
+    at(one.last);
+    at(one.last + 1);
+    EXPECT_EQ(countOf(1), 3) << one.zone;
+    EXPECT_THAT(listOf(1, 0), ElementsAre(earlier, before)) << one.zone;
+    EXPECT_EQ(store().removeAll(), ok);
+  }
 }
 
 TEST_F(StoreCounts, SortsByEitherKeyThenTheOtherThenTheNewest) {

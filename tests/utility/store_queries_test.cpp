@@ -2,6 +2,8 @@
 
 #include "store_test.h"
 
+#include <climits>
+#include <cstdint>
 #include <limits>
 
 namespace {
@@ -86,6 +88,28 @@ TEST_F(StoreQueries, RangeFindsTasksWithoutDateOnlyAtTheFarEnd) {
   EXPECT_EQ(inRange(Task::TASK_FIELD_DUE, std::numeric_limits<long>::min(),
                     std::numeric_limits<long>::max()),
             Uids{never});
+}
+
+TEST_F(StoreQueries, FindsNothingInRangeBeyondStoredDates) {
+  const unsigned int never = add(task("never"));
+  const unsigned int earliest = add(task("earliest", 1, 1, QDateTime::fromSecsSinceEpoch(INT_MIN)));
+  const unsigned int latest = add(task("latest", 1, 1, QDateTime::fromSecsSinceEpoch(INT_MAX - 1)));
+  if constexpr (sizeof(long) > sizeof(int)) {
+    constexpr auto beyond = static_cast<long>(std::int64_t{INT_MAX} + 1);
+    constexpr auto before = static_cast<long>(std::int64_t{INT_MIN} - 1);
+    for (const auto field : {Task::TASK_FIELD_DUE, Task::TASK_FIELD_END}) {
+      EXPECT_EQ(inRange(field, beyond, beyond), Uids{});
+      EXPECT_EQ(inRange(field, beyond, LONG_MAX), Uids{});
+      EXPECT_EQ(inRange(field, before, before), Uids{});
+      EXPECT_EQ(inRange(field, LONG_MIN, before), Uids{});
+    }
+    EXPECT_EQ(inRange(Task::TASK_FIELD_DUE, before, INT_MIN), Uids{earliest});
+    EXPECT_EQ(inRange(Task::TASK_FIELD_DUE, INT_MAX, beyond), Uids{never});
+    EXPECT_EQ(inRange(Task::TASK_FIELD_DUE, INT_MAX - 1, beyond), (Uids{latest, never}));
+  }
+  EXPECT_EQ(inRange(Task::TASK_FIELD_DUE, INT_MIN, INT_MIN), Uids{earliest});
+  EXPECT_EQ(inRange(Task::TASK_FIELD_DUE, INT_MAX, INT_MAX), Uids{never});
+  EXPECT_EQ(inRange(Task::TASK_FIELD_DUE, INT_MAX - 1, INT_MAX - 1), Uids{latest});
 }
 
 TEST_F(StoreQueries, RangeThatIsNoneIsRefusedSilently) {
