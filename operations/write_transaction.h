@@ -8,12 +8,14 @@ namespace ulo {
 // WriteTransaction exists is committed as a whole by commit(), or discarded as a whole.
 // No other program writes between what is read within the transaction and what is stored.
 //
-// removeAll() and the creation of tables begin transactions themselves and fail within this one.
+// Transactions nest: an inner one joins the outer one, whose commit() alone decides. removeAll() of
+// the store and the creation of its tables begin transactions themselves and must stay outside.
 // Must be used and destroyed in the thread that constructed it.
 class WriteTransaction {
 public:
   // Opens the store's database for this thread and begins the transaction. Blocks while another
-  // program holds the write lock, at most for the busy timeout of the database.
+  // program holds the write lock, at most for the busy timeout of the database. A failure is
+  // logged.
   WriteTransaction();
   WriteTransaction(const WriteTransaction&) = delete;
   WriteTransaction& operator=(const WriteTransaction&) = delete;
@@ -23,11 +25,11 @@ public:
   // True until commit() is called, if the transaction has begun.
   explicit operator bool() const { return open_; }
   // Returns DB_OK, or the result of the operation that failed to begin the transaction: DB_BUSY if
-  // another program kept the write lock, DB_TRANSACTION if this thread is in a transaction.
+  // another program kept the write lock, DB_TRANSACTION while this thread reads (DB_BeginRead).
   [[nodiscard]] int result() const { return result_; }
 
   // Returns a DB_Result. Unless it is DB_OK, nothing was stored. Without an open transaction
-  // returns result(), or DB_TRANSACTION after an earlier commit().
+  // returns result(), or DB_TRANSACTION after an earlier commit(). A failure is logged.
   [[nodiscard]] int commit();
 
 private:
@@ -37,5 +39,9 @@ private:
   bool opened_ = false;
   bool open_ = false;
 };
+
+// The result of the store (ZTASK_ENG_Model) for a change that the database refused with
+// `databaseResult`.
+[[nodiscard]] int storeCode(int databaseResult);
 
 }  // namespace ulo

@@ -42,6 +42,11 @@ struct StoredRange {
   int to = std::numeric_limits<int>::min();
 };
 
+int taskNotAdded(int databaseResult, LogPlace place = LogPlace::current()) {
+  ULO_LOG_ERROR_AT(place, "AddTask failed! [ret=%d]", databaseResult);
+  return changeFailed(databaseResult);
+}
+
 }  // namespace
 
 ZTASK_ENG_Model::ZTASK_ENG_Model() {
@@ -144,11 +149,22 @@ void ZTASK_ENG_Model::report(unsigned int uid, int changeType) {
 int ZTASK_ENG_Model::addTask(ZTASK_ENG_Task& task) {
   if (!open_)
     return TASK_ENG_NOT_OPEN;
+  // Neither may another program add the category, nor remove it, before the task is stored.
+  WriteScope write;
+  if (write.result() != DB_OK)
+    return taskNotAdded(write.result());
   QString category = task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY);
   unsigned int categoryUid = 0;
   if (const int found = findCategory(category, categoryUid); found == TASK_ENG_NOT_FOUND) {
     ULO_LOG_ERROR("No such category!Add it to DB.");
-    addCategory(category, categoryUid);
+    if (const int added = addCategory(category, categoryUid); added != TASK_ENG_OK) {
+      // The failure may have ended the transaction. That of the caller can't be begun anew.
+      write.restart();
+      if (write.result() != DB_OK) {
+        taskNotAdded(write.result());
+        return added;
+      }
+    }
   } else if (found != TASK_ENG_OK) {
     ULO_LOG_ERROR("Get category id failed!");
     return found;
@@ -163,10 +179,11 @@ int ZTASK_ENG_Model::addTask(ZTASK_ENG_Task& task) {
   bindText(block, 3, task.getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY));
   bindText(block, 4, task.getString(ZTASK_ENG_Task::TASK_FIELD_UUID));
   bindAlarmToRevision(block, 5, task, categoryUid);
-  if (const int ret = block.exec(task_scripts::insertTask); ret != DB_OK) {
-    ULO_LOG_ERROR("AddTask failed! [ret=%d]", ret);
-    return changeFailed(ret);
-  }
+  int ret = block.exec(task_scripts::insertTask);
+  if (ret == DB_OK)
+    ret = write.keep();
+  if (ret != DB_OK)
+    return taskNotAdded(ret);
   const auto uid = static_cast<unsigned int>(DB_GetTag());
   task.setUINT32(ZTASK_ENG_Task::TASK_FIELD_UID, uid);
   report(uid, SVC_CT_ADDED);
@@ -279,6 +296,8 @@ int ZTASK_ENG_Model::removeTasks(QValueList<unsigned int>& uids) {
 int ZTASK_ENG_Model::addCategory(QString& name, unsigned int& uid) {
   if (!open_)
     return TASK_ENG_NOT_OPEN;
+  // Of several programs that add a name at once the first adds it, the others find it.
+  WriteScope write;
   unsigned int present = 0;
   const int found = findCategory(name, present);
   if (found == TASK_ENG_OK && static_cast<int>(present) > -1)
@@ -291,7 +310,10 @@ int ZTASK_ENG_Model::addCategory(QString& name, unsigned int& uid) {
   if (name.isNull())
     ULO_LOG_ERROR("the category is null");
   block.bindVarchar(0, name);
-  if (const int ret = block.exec(task_scripts::insertCategory); ret != DB_OK) {
+  int ret = write.result() == DB_OK ? block.exec(task_scripts::insertCategory) : write.result();
+  if (ret == DB_OK)
+    ret = write.keep();
+  if (ret != DB_OK) {
     ULO_LOG_ERROR("AddCategory failed! [ret=%d]", ret);
     return changeFailed(ret);
   }

@@ -25,6 +25,42 @@ private:
   bool begun_;
 };
 
+// While it lives, no other program writes, and what this thread writes is one transaction, or part
+// of the one that is open already. What was not kept by then is discarded.
+class WriteScope {
+public:
+  WriteScope() : result_(DB_BeginWrite()), open_(result_ == DB_OK) {}
+  WriteScope(const WriteScope&) = delete;
+  WriteScope& operator=(const WriteScope&) = delete;
+  ~WriteScope() { discard(); }
+
+  // The database's result of beginning.
+  [[nodiscard]] int result() const { return result_; }
+  // Commits. Unless the database's result is DB_OK, nothing was written.
+  [[nodiscard]] int keep() {
+    if (!open_)
+      return result_;
+    open_ = false;
+    return DB_EndWrite(1);
+  }
+  // Discards what was written and begins anew: a failed statement may have ended the transaction.
+  void restart() {
+    discard();
+    result_ = DB_BeginWrite();
+    open_ = result_ == DB_OK;
+  }
+
+private:
+  void discard() {
+    if (open_)
+      DB_EndWrite(0);
+    open_ = false;
+  }
+
+  int result_;
+  bool open_;
+};
+
 // The rows of a query. It stands on the first row; reading where there is no row gives 0, false
 // or a null text.
 class ResultRows {

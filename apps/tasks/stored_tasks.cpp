@@ -1,5 +1,7 @@
 #include "stored_tasks.h"
 
+#include "change_task.h"
+
 #include <algorithm>
 
 namespace tasks {
@@ -32,33 +34,9 @@ int readPage(ZTASK_ENG_Model& store, const Uids& uids, unsigned int from, int co
   return code == TASK_ENG_OK && same == 0 ? static_cast<int>(TASK_ENG_NOT_FOUND) : code;
 }
 
-int replaceTask(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task) {
-  int code = store.updateTask(task);
-  if (code != TASK_ENG_NOT_FOUND)
-    return code;
-  ZTASK_ENG_Task stored;
-  code = store.getTask(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID), stored);
-  if (code != TASK_ENG_OK)
-    return code;
-  // The task is there, so its category isn't.
-  QString category = task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY);
-  if (category == vanishedCategory)
-    category = QString();
-  unsigned int uid = 0;
-  code = store.addCategory(category, uid);
-  if (code != TASK_ENG_OK && code != TASK_ENG_EXISTS)
-    return code;
-  task.setString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY, category);
-  return store.updateTask(task);
-}
-
 int setCompleted(ZTASK_ENG_Model& store, unsigned int uid, bool completed) {
-  ZTASK_ENG_Task task;
-  const int code = store.getTask(uid, task);
-  if (code != TASK_ENG_OK)
-    return code;
-  task.setStatus(completed ? 0 : 1);
-  return replaceTask(store, task);
+  return ulo::changeTask(store, uid,
+                         [=](ZTASK_ENG_Task& task) { task.setStatus(completed ? 0 : 1); });
 }
 
 }  // namespace tasks

@@ -1,9 +1,10 @@
 #include "task_draft.h"
 
+#include "change_task.h"
 #include "foreign_text.h"
 #include "local_time.h"
-#include "stored_tasks.h"
 #include "task_texts.h"
+#include "write_transaction.h"
 
 #include "UTIL_TimeConversion.h"
 
@@ -144,6 +145,10 @@ void TaskDraft::applyTo(ZTASK_ENG_Task& task) const {
 int TaskDraft::save(ZTASK_ENG_Model& store) {
   if (!isChanged())
     return TASK_ENG_OK;
+  // A task that is not stored any more when it would be changed is added at the same moment.
+  ulo::WriteTransaction transaction;
+  if (!transaction)
+    return ulo::storeCode(transaction.result());
   Task task = wanted_;
   int code = isNew() ? static_cast<int>(TASK_ENG_NOT_FOUND) : replace(store, task);
   if (code == TASK_ENG_NOT_FOUND)
@@ -152,22 +157,20 @@ int TaskDraft::save(ZTASK_ENG_Model& store) {
     return code;
   // As the store keeps it: it counts in seconds.
   static_cast<void>(store.getTask(task.getUINT32(Task::TASK_FIELD_UID), task));
-  *this = TaskDraft(task);
+  code = ulo::storeCode(transaction.commit());
+  if (code == TASK_ENG_OK)
+    *this = TaskDraft(task);
   return code;
 }
 
 // TASK_ENG_NOT_FOUND, and the task as it was, when it is no longer stored.
 int TaskDraft::replace(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task) const {
-  Task stored;
-  int code = store.getTask(task.getUINT32(Task::TASK_FIELD_UID), stored);
-  if (code != TASK_ENG_OK)
-    return code;
-  applyTo(stored);
-  code = replaceTask(store, stored);
-  // Gone since it was read: saving once more stores it anew.
-  if (code == TASK_ENG_NOT_FOUND)
-    return TASK_ENG_DATABASE_FAILURE;
-  task = stored;
+  ulo::ChangeReport report;
+  const int code = ulo::changeTask(
+      store, task.getUINT32(Task::TASK_FIELD_UID), [this](Task& stored) { applyTo(stored); },
+      &report);
+  if (code == TASK_ENG_OK)
+    task = report.task;
   return code;
 }
 
@@ -176,9 +179,9 @@ int TaskDraft::add(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task) const {
   setEnd(task, now);
   task.setDateTime(Task::TASK_FIELD_REVISION, now);
   // The name that stands for a category that was removed must not become one.
-  if (task.getString(Task::TASK_FIELD_CATEGORY) == vanishedCategory)
+  if (task.getString(Task::TASK_FIELD_CATEGORY) == ulo::vanishedCategory)
     task.setString(Task::TASK_FIELD_CATEGORY, QString());
-  return store.addTask(task);
+  return ulo::addTask(store, task);
 }
 
 }  // namespace tasks

@@ -1,8 +1,8 @@
 #include "task_texts.h"
 
 #include "UTIL_DateTime.h"
+#include "change_task.h"
 #include "foreign_text.h"
-#include "stored_tasks.h"
 #include "texts.h"
 
 #include <algorithm>
@@ -35,7 +35,7 @@ QString titleText(const ZTASK_ENG_Task& task) {
 }
 
 bool isNoCategory(const QString& name) {
-  return name.isEmpty() || name == QLatin1String("none") || name == vanishedCategory;
+  return name.isEmpty() || name == QLatin1String("none") || name == ulo::vanishedCategory;
 }
 
 QString categoryText(const QString& name) {

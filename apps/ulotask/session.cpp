@@ -1,8 +1,10 @@
 #include "session.h"
 
+#include "change_task.h"
 #include "data_directory.h"
 #include "exit_codes.h"
 #include "task_format.h"
+#include "write_transaction.h"
 
 #include <QDateTime>
 
@@ -41,9 +43,15 @@ int Session::add(ZTASK_ENG_Task& task) {
     task.setStatus(statusNeedsAction);
   task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION, QDateTime::currentDateTime());
 
+  ZTASK_ENG_Model& opened = store();
+  ulo::WriteTransaction transaction;
+  if (!transaction)
+    return ulo::storeCode(transaction.result());
   // Adding a task would make its category too, but would go on without one when that fails.
-  const int code = makeCategory(task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY));
-  return code == TASK_ENG_OK ? store().addTask(task) : code;
+  int code = makeCategory(task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY));
+  if (code == TASK_ENG_OK)
+    code = opened.addTask(task);
+  return code == TASK_ENG_OK ? ulo::storeCode(transaction.commit()) : code;
 }
 
 bool Session::hasCategory(const QString& name) {
@@ -62,13 +70,10 @@ void Session::requireCategory(const QString& name) {
 int Session::makeCategory(const QString& name) {
   if (name.isNull() || knownCategories_.contains(name))
     return TASK_ENG_OK;
-  QString category = name;
-  unsigned int uid = 0;
-  const int code = store().addCategory(category, uid);
-  if (code != TASK_ENG_OK && code != TASK_ENG_EXISTS)
-    return code;
-  knownCategories_.insert(category);
-  return TASK_ENG_OK;
+  const int code = ulo::ensureCategory(store(), name);
+  if (code == TASK_ENG_OK)
+    knownCategories_.insert(name);
+  return code;
 }
 
 void require(int storeCode, const std::string& what) {

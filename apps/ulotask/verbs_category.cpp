@@ -5,6 +5,7 @@
 #include "store_questions.h"
 #include "text.h"
 #include "verbs.h"
+#include "write_transaction.h"
 
 #include <QJsonArray>
 
@@ -42,6 +43,15 @@ void listCategories(Session& session, bool json) {
   table.print(session.output);
 }
 
+// Runs `work`, which reads and then writes, while no other program writes.
+template <typename Work> void alone(Session& session, const std::string& what, const Work& work) {
+  session.store();
+  ulo::WriteTransaction transaction;
+  require(ulo::storeCode(transaction.result()), what);
+  work();
+  require(ulo::storeCode(transaction.commit()), what);
+}
+
 void addCategory(Session& session, const std::string& argument) {
   QString name = categoryName(argument);
   unsigned int uid = 0;
@@ -55,25 +65,31 @@ void addCategory(Session& session, const std::string& argument) {
 void renameCategory(Session& session, const std::string& from, const std::string& to) {
   QString oldName = categoryName(from);
   QString newName = categoryName(to).toLower();  // as the store keeps it
-  session.requireCategory(oldName);
-  // The store would rename the one in lower case, if there is one.
-  if (oldName != oldName.toLower())
-    throw Failure(Exit::usage, "the category " + quoted(oldName) +
-                                   " can't be renamed: the store renames names in lower case only");
-  if (session.hasCategory(newName))
-    throw Failure(Exit::exists, "there is a category " + quoted(newName) + " already");
-  require(session.store().renameCategory(oldName, newName),
-          "renaming the category " + quoted(oldName));
+  const std::string what = "renaming the category " + quoted(oldName);
+  alone(session, what, [&] {
+    session.requireCategory(oldName);
+    // The store would rename the one in lower case, if there is one.
+    if (oldName != oldName.toLower())
+      throw Failure(Exit::usage,
+                    "the category " + quoted(oldName) +
+                        " can't be renamed: the store renames names in lower case only");
+    if (session.hasCategory(newName))
+      throw Failure(Exit::exists, "there is a category " + quoted(newName) + " already");
+    require(session.store().renameCategory(oldName, newName), what);
+  });
   session.output.line("Renamed category " + quoted(oldName) + " to " + quoted(newName));
 }
 
 void removeCategory(Session& session, const std::string& argument, bool withTasks) {
   QString name = categoryName(argument);
-  session.requireCategory(name);
+  const std::string what = "removing the category " + quoted(name);
   int tasks = 0;
-  for (const StoreQuestions::Category& category : StoreQuestions().categories())
-    tasks += category.name == name && !category.name.isNull() ? category.tasks : 0;
-  require(session.store().removeCategory(name, withTasks), "removing the category " + quoted(name));
+  alone(session, what, [&] {
+    session.requireCategory(name);
+    for (const StoreQuestions::Category& category : StoreQuestions().categories())
+      tasks += category.name == name && !category.name.isNull() ? category.tasks : 0;
+    require(session.store().removeCategory(name, withTasks), what);
+  });
   std::string line = "Removed category " + quoted(name);
   if (tasks > 0)
     line += (withTasks ? " with " : "; now of category None: ") +

@@ -1,4 +1,5 @@
 #include "arguments.h"
+#include "change_task.h"
 #include "exit_codes.h"
 #include "for_each.h"
 #include "session.h"
@@ -7,6 +8,7 @@
 #include "text_limits.h"
 #include "verbs.h"
 
+#include <functional>
 #include <optional>
 
 namespace ulotask {
@@ -76,28 +78,28 @@ void add(Session& session, const TaskOptions& options) {
   print(session, "Added ", task, options.json);
 }
 
-// A task whose category was removed reads as of category "None", which can't be stored.
-void update(Session& session, ZTASK_ENG_Task& task) {
-  int code = session.store().updateTask(task);
-  if (code == TASK_ENG_NOT_FOUND) {
-    if (!session.hasCategory(task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY))) {
-      task.setString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY, QString());
-      code = session.store().updateTask(task);
-      if (code == TASK_ENG_OK)
-        session.output.notice("the category of " + named(task) +
-                              " is gone; the task is stored without one");
-    }
-  }
+Failure noTask(unsigned int uid) {
+  return {Exit::notFound, "no task has the UID " + std::to_string(uid)};
+}
+
+// Returns the task as it was stored.
+ZTASK_ENG_Task change(Session& session, unsigned int uid,
+                      const std::function<void(ZTASK_ENG_Task&)>& work) {
+  ulo::ChangeReport report;
+  const int code = ulo::changeTask(session.store(), uid, work, &report);
   if (code == TASK_ENG_NOT_FOUND)
-    throw Failure(Exit::notFound, named(task) + " has been removed meanwhile");
-  require(code, "storing " + named(task));
+    throw noTask(uid);
+  require(code, "storing task " + std::to_string(uid));
+  if (report.categoryVanished)
+    session.output.notice("the category of " + named(report.task) +
+                          " is gone; the task is stored without one");
+  return report.task;
 }
 
 void setStatus(Session& session, const std::vector<std::string>& arguments, int status) {
   forEach(session, argumentUids(arguments), [&](unsigned int uid) {
-    ZTASK_ENG_Task task = session.task(uid);
-    task.setStatus(status);
-    update(session, task);
+    const ZTASK_ENG_Task task =
+        change(session, uid, [&](ZTASK_ENG_Task& stored) { stored.setStatus(status); });
     session.output.line((status == statusCompleted ? "Done: " : "To do again: ") + named(task));
   });
 }
@@ -105,22 +107,22 @@ void setStatus(Session& session, const std::vector<std::string>& arguments, int 
 void edit(Session& session, const std::string& uid, const TaskOptions& options) {
   if (options.giveNothing())
     throw Failure(Exit::usage, "nothing to change is given; see ulotask edit --help");
-  ZTASK_ENG_Task task = session.task(argumentUid(uid));
-  apply(session, options, task);
-  if (options.category)
-    require(session.makeCategory(task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY)),
-            "making the category");
-  update(session, task);
+  const ZTASK_ENG_Task task = change(session, argumentUid(uid), [&](ZTASK_ENG_Task& stored) {
+    apply(session, options, stored);
+    if (options.category)
+      require(session.makeCategory(stored.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY)),
+              "making the category");
+  });
   print(session, "Changed ", task, options.json);
 }
 
 void remove(Session& session, const std::vector<std::string>& arguments) {
   forEach(session, argumentUids(arguments), [&](unsigned int uid) {
-    const ZTASK_ENG_Task task = session.task(uid);
-    const int code = session.store().removeTask(uid);
+    ZTASK_ENG_Task task;
+    const int code = ulo::removeTask(session.store(), uid, task);
     if (code == TASK_ENG_NOT_FOUND)
-      throw Failure(Exit::notFound, named(task) + " has been removed meanwhile");
-    require(code, "removing " + named(task));
+      throw noTask(uid);
+    require(code, "removing task " + std::to_string(uid));
     session.output.line("Removed " + named(task));
   });
 }

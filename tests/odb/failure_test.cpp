@@ -227,6 +227,7 @@ TEST_F(OdbFailure, WritingThatSqliteEndedKeepsNothing) {
   EXPECT_EQ(exec("insert into task_table_task (priority) values (1)"), DB_OK);
   ASSERT_EQ(sqlite3_exec(lastConnection, "ROLLBACK", nullptr, nullptr, nullptr), SQLITE_OK);
   EXPECT_EQ(exec("insert into task_table_task (priority) values (2)"), DB_TRANSACTION);
+  EXPECT_EQ(DB_BeginWrite(), DB_TRANSACTION);
   EXPECT_EQ(DB_EndWrite(1), DB_TRANSACTION);
   EXPECT_EQ(DB_EndWrite(1), DB_TRANSACTION);
   EXPECT_EQ(countRows(), 0);

@@ -50,18 +50,29 @@ TEST_F(WriteTransactionTest, OutlivesStores) {
   EXPECT_EQ(count(), 1);
 }
 
-TEST_F(WriteTransactionTest, RefusesSecondTransactionOfTheThread) {
+TEST_F(WriteTransactionTest, NestsAndOutermostDecides) {
   store();
-  ulo::WriteTransaction outer;
-  {
-    ulo::WriteTransaction inner;
-    EXPECT_FALSE(inner);
-    EXPECT_EQ(inner.result(), DB_TRANSACTION);
-    EXPECT_EQ(inner.commit(), DB_TRANSACTION);
+  for (const bool keep : {false, true}) {
+    ulo::WriteTransaction outer;
+    {
+      ulo::WriteTransaction inner;
+      ASSERT_TRUE(inner);
+      add(task("first"));
+      EXPECT_EQ(inner.commit(), DB_OK);
+    }
+    EXPECT_EQ(committedTasks(), 0);
+    if (keep) {
+      EXPECT_EQ(outer.commit(), DB_OK);
+    }
   }
-  add(task("first"));
-  EXPECT_EQ(outer.commit(), DB_OK);
   EXPECT_EQ(committedTasks(), 1);
+}
+
+TEST_F(WriteTransactionTest, ReportsThreadThatReads) {
+  store();
+  ASSERT_EQ(DB_BeginRead(), DB_OK);
+  EXPECT_EQ(ulo::WriteTransaction().result(), DB_TRANSACTION);
+  ASSERT_EQ(DB_EndRead(), DB_OK);
 }
 
 TEST_F(WriteTransactionTest, CommitsOnce) {

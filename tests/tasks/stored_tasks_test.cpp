@@ -1,9 +1,8 @@
-// Pages of a list, and tasks whose category isn't there.
+// Pages of a list, and completing tasks.
 
 #include "tasks_test.h"
 
 using tasks::readPage;
-using tasks::replaceTask;
 using testing::ElementsAre;
 
 namespace {
@@ -59,43 +58,14 @@ TEST_F(StoredTasks, APageEndsWhereTheStoreHasChanged) {
   EXPECT_THAT(page(uids, 3, 9), ElementsAre("d"));
 }
 
-TEST_F(StoredTasks, AReplacedTaskMakesItsCategory) {
-  Task task = stored(add("a"));
-  task.setString(Task::TASK_FIELD_CATEGORY, "Garden");
-  EXPECT_EQ(replaceTask(store_, task), ok);
-  EXPECT_EQ(stored(task.getUINT32(Task::TASK_FIELD_UID)).getString(Task::TASK_FIELD_CATEGORY),
-            "Garden");
-}
-
-TEST_F(StoredTasks, ACategoryThatVanishedBecomesNone) {
-  const unsigned int uid = add({.summary = "a", .category = "garden"});
-  QString name = "garden";
-  ASSERT_EQ(store_.removeCategory(name, false), ok);
-  Task task = stored(uid);
-  ASSERT_EQ(task.getString(Task::TASK_FIELD_CATEGORY), "None");
-  task.setString(Task::TASK_FIELD_SUMMARY, "b");
-  EXPECT_EQ(replaceTask(store_, task), ok);
-  EXPECT_EQ(stored(uid).getString(Task::TASK_FIELD_SUMMARY), "b");
-  EXPECT_TRUE(stored(uid).getString(Task::TASK_FIELD_CATEGORY).isNull());
-}
-
-TEST_F(StoredTasks, NoCategoryIsMadeAnewWhereItWasRenamed) {
-  Task task = stored(add("a"));
-  raw_.run("update task_table_category set name = 'renamed' where name is null");
-  task.setString(Task::TASK_FIELD_SUMMARY, "b");
-  EXPECT_EQ(replaceTask(store_, task), ok);
-  const unsigned int uid = task.getUINT32(Task::TASK_FIELD_UID);
-  EXPECT_EQ(stored(uid).getString(Task::TASK_FIELD_SUMMARY), "b");
-  EXPECT_TRUE(stored(uid).getString(Task::TASK_FIELD_CATEGORY).isNull());
-}
-
-TEST_F(StoredTasks, ARemovedTaskIsNotReplaced) {
-  Task task = stored(add("a"));
-  task.setString(Task::TASK_FIELD_CATEGORY, "Garden");
-  ASSERT_EQ(store_.removeTask(task.getUINT32(Task::TASK_FIELD_UID)), ok);
-  EXPECT_EQ(replaceTask(store_, task), notFound);
-  EXPECT_THAT(raw_.run("select count(*) from task_table_category where name = 'Garden'"),
-              ElementsAre("0"));
+TEST_F(StoredTasks, CompletesTaskAndTakesItBack) {
+  const unsigned int uid = add("a");
+  EXPECT_EQ(tasks::setCompleted(store_, uid, true), ok);
+  EXPECT_EQ(stored(uid).getStatusValue(), 0);
+  EXPECT_EQ(tasks::setCompleted(store_, uid, false), ok);
+  EXPECT_EQ(stored(uid).getStatusValue(), 1);
+  ASSERT_EQ(store_.removeTask(uid), ok);
+  EXPECT_EQ(tasks::setCompleted(store_, uid, true), notFound);
 }
 
 }  // namespace

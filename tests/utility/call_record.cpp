@@ -30,6 +30,8 @@ calls::Script script;
 std::vector<std::string> recorded;
 int heldHandles = 0;
 int openReadings = 0;
+int openWritings = 0;
+std::vector<std::string> runUnlocked;
 std::vector<std::string> alone;
 int tag = 0;
 
@@ -79,6 +81,8 @@ const calls::Answer& run(const char* verb, const char* text, bool withBlock, va_
   record(withBlock ? call + " by block" : call);
   if (openReadings == 0 && call.starts_with("query"))
     alone.push_back(name);
+  if (openWritings == 0)
+    runUnlocked.push_back(name);
   const auto answer = script.answers.find(name);
   const calls::Answer& result = answer == script.answers.end() ? success : answer->second;
   if (result.result == 0)
@@ -121,6 +125,7 @@ void begin(const Script& answers) {
   allocationsLeft = script.noMemory ? 0 : allAllocationsSucceed;
   recorded.clear();
   alone.clear();
+  runUnlocked.clear();
 }
 
 std::vector<std::string> list() {
@@ -133,6 +138,10 @@ int held() {
 
 std::vector<std::string> queriedAlone() {
   return alone;
+}
+
+std::vector<std::string> unlocked() {
+  return runUnlocked;
 }
 
 }  // namespace calls
@@ -167,6 +176,19 @@ int DB_EndRead() {
   --heldHandles;
   --openReadings;
   return 0;
+}
+
+int DB_BeginWrite() {
+  if (openWritings == 0 && script.beginWriteResult != 0)
+    return script.beginWriteResult;
+  ++heldHandles;
+  ++openWritings;
+  return 0;
+}
+int DB_EndWrite(int keep) {
+  --heldHandles;
+  --openWritings;
+  return openWritings == 0 && keep != 0 ? script.commitResult : 0;
 }
 
 int DB_Exec(const char* text, ...) {

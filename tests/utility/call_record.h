@@ -32,6 +32,9 @@ struct Script {
   bool noMemory = false;
   // No uuid can be made.
   bool noUuid = false;
+  // What DB_BeginWrite and the DB_EndWrite that commits answer.
+  int beginWriteResult = 0;
+  int commitResult = 0;
 };
 
 // From now on answers are those of `script`, and the list is empty.
@@ -49,10 +52,12 @@ void begin(const Script& script);
 // NAME is that of the file in tests/golden/store which holds the text to the byte.
 std::vector<std::string> list();
 
-// Blocks, cursors and readings that nobody freed or ended.
+// Blocks, cursors, readings and writings that nobody freed or ended.
 int held();
 
 // The texts queried since begin while no reading (DB_BeginRead) was open.
 std::vector<std::string> queriedAlone();
+// The texts run since begin while no writing (DB_BeginWrite) was open.
+std::vector<std::string> unlocked();
 
 }  // namespace calls

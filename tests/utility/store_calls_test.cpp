@@ -111,6 +111,63 @@ TEST_F(StoreCalls, StoresATaskWhoseCategoryCannotBeAddedWithoutOne) {
   EXPECT_THAT(calls::list(), testing::Contains("log AddCategory failed! [ret=12]"));
 }
 
+// Everything from the look-up on is one transaction.
+TEST_F(StoreCalls, LocksOutWritersFromLookupToInsert) {
+  Store& store = open({.answers = {{"category_uid_by_name", notFound}}});
+  ZTASK_ENG_Task task = milk();
+  EXPECT_EQ(store.addTask(task), 0);
+  QString name("work");
+  unsigned int uid = 0;
+  EXPECT_EQ(store.addCategory(name, uid), 0);
+  EXPECT_THAT(calls::unlocked(), ElementsAre());
+}
+
+TEST_F(StoreCalls, ReportsNoTaskWhoseCommitFails) {
+  for (const int result : {full, otherFailure}) {
+    Store& store = open({.answers = {{"category_uid_by_name", found7}}, .commitResult = result});
+    ZTASK_ENG_Task task = milk();
+    EXPECT_EQ(store.addTask(task), result == full ? 1 : 6);
+    EXPECT_EQ(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID), ZTASK_ENG_Task::notStored);
+    EXPECT_EQ(calls::list().back(), "log AddTask failed! [ret=" + std::to_string(result) + "]");
+  }
+}
+
+TEST_F(StoreCalls, ReportsCategoryWhoseCommitFails) {
+  for (const int result : {full, otherFailure}) {
+    Store& store = open({.answers = {{"category_uid_by_name", notFound}}, .commitResult = result});
+    QString name("work");
+    unsigned int uid = 55;
+    EXPECT_EQ(store.addCategory(name, uid), result == full ? 1 : 6);
+    EXPECT_EQ(uid, 55U);
+    EXPECT_EQ(calls::list().back(), "log AddCategory failed! [ret=" + std::to_string(result) + "]");
+  }
+}
+
+TEST_F(StoreCalls, AddsNothingWithoutWriteLock) {
+  Store& store = open({.beginWriteResult = otherFailure});
+  ZTASK_ENG_Task task = milk();
+  EXPECT_EQ(store.addTask(task), 6);
+  EXPECT_THAT(calls::list(), ElementsAre("log AddTask failed! [ret=9]"));
+
+  calls::begin({.answers = {{"category_uid_by_name", notFound}}, .beginWriteResult = full});
+  QString name("work");
+  unsigned int uid = 55;
+  EXPECT_EQ(store.addCategory(name, uid), 1);
+  EXPECT_EQ(uid, 55U);
+  EXPECT_THAT(calls::list(), testing::Not(testing::Contains("exec insert_category by block")));
+  EXPECT_THAT(calls::list(), testing::Contains("log AddCategory failed! [ret=12]"));
+}
+
+// Finding a category needs no lock.
+TEST_F(StoreCalls, FindsCategoryPresentWithoutWriteLock) {
+  Store& store =
+      open({.answers = {{"category_uid_by_name", found7}}, .beginWriteResult = otherFailure});
+  QString name("work");
+  unsigned int uid = 55;
+  EXPECT_EQ(store.addCategory(name, uid), 8);
+  EXPECT_EQ(uid, 55U);
+}
+
 TEST_F(StoreCalls, ReadsATask) {
   Store& store = open({.answers = {{"get_task", {0, {{3, 2, {}, u"s", u"", 11, 22, 33, 44, 7}}, 1}},
                                    {"category_name_by_uid", {0, {{"work"}}, 1}}}});

@@ -4,6 +4,7 @@
 
 #include "failing_new.h"
 #include "store_test.h"
+#include "ulodb2.h"
 
 #include <functional>
 
@@ -308,14 +309,27 @@ TEST_F(StoreFaults, ATaskWhoseCategoryDoesNotFitIsStoredWithoutOne) {
   EXPECT_THAT(reports(), ElementsAre("4 1"));
 }
 
-TEST_F(StoreFaults, ANewCategoryStaysWhenTheTaskDoesNotFit) {
+TEST_F(StoreFaults, AddsNoCategoryWhenTaskDoesNotFit) {
   fill();
   fillUp();
   Task added = task(large());
   added.setString(Task::TASK_FIELD_CATEGORY, "work");
   EXPECT_EQ(store().addTask(added), memoryFull);
-  EXPECT_EQ(categories().back(), "work");
+  EXPECT_EQ(categories().back(), "party");
   EXPECT_EQ(count(), 3);
+}
+
+// The caller's transaction is over when the database can't undo a single statement.
+TEST_F(StoreFaults, ReportsFullStoreWithinTransaction) {
+  fill();
+  fillUp();
+  Task added = task("small");
+  added.setString(Task::TASK_FIELD_CATEGORY, large());
+  ASSERT_EQ(DB_BeginWrite(), DB_OK);
+  EXPECT_EQ(store().addTask(added), memoryFull);
+  EXPECT_NE(DB_EndWrite(1), DB_OK);
+  EXPECT_EQ(count(), 3);
+  EXPECT_THAT(reports(), ElementsAre());
 }
 
 TEST_F(StoreFaults, AFileTooSmallForTheTablesIsNotOpened) {

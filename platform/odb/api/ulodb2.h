@@ -87,7 +87,8 @@ ULO_EXPORT int DB_EndRead(void);
  * writes is one transaction. Blocks like DB_BeginTransaction. Calls nest: within a DB_BeginWrite or
  * DB_BeginTransaction the call joins the open transaction, whose end alone decides what is kept.
  * DB_CommitTransaction and DB_AbortTransaction do not end a transaction that DB_BeginWrite began.
- * Fails with DB_TRANSACTION between DB_BeginRead and DB_EndRead. Logs nothing. */
+ * Fails with DB_TRANSACTION between DB_BeginRead and DB_EndRead, and if the database has already
+ * discarded the open transaction. Logs nothing. */
 ULO_EXPORT int DB_BeginWrite(void);
 /* The outermost call commits if `keep` is not 0, and otherwise discards what was written. Unless it
  * returns DB_OK, nothing is kept. An inner call with `keep` returns DB_TRANSACTION if the database

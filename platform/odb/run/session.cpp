@@ -173,6 +173,8 @@ void Session::beginWrite() {
   if (!inTransaction_) {
     begin(0);
     writesTransact_ = true;
+  } else if (!connection_.inTransaction()) {
+    throw Failure(DB_TRANSACTION, "the transaction has failed before; end it first");
   }
   ++writes_;
 }

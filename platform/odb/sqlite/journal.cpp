@@ -40,12 +40,12 @@ std::vector<std::string> partsOfJournal(sqlite3* database, const std::string& ty
   return names;
 }
 
-// A number that no journal has reached: that many entries take decades. Higher than those of the
-// journal whose parts are there.
+// A number that no journal has reached, not even the one whose parts are there: so many entries
+// take decades.
 std::int64_t unreachedEntry(sqlite3* database) {
   std::int64_t entry = number(database, "SELECT unixepoch()");
   for (const char* sql :
-       {"SELECT max(entry) + 1 FROM ulo_changes", "SELECT max(floor) + 1 FROM ulo_journal"}) {
+       {"SELECT max(entry) + 1 FROM ulo_changes", "SELECT max(floor) + 1000000 FROM ulo_journal"}) {
     try {
       entry = std::max(entry, number(database, sql));
     } catch (const Failure&) {

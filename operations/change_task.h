@@ -1,0 +1,45 @@
+// Reading and changing a task as one step that no other program can interrupt.
+#pragma once
+
+#include "ZTASK_ENG_Model.h"
+
+#include <QString>
+
+#include <functional>
+
+namespace ulo {
+
+// The category that getTask returns for a task whose category was removed. It cannot be stored.
+inline constexpr QLatin1String vanishedCategory("None");
+
+struct ChangeReport {
+  // As it was stored.
+  ZTASK_ENG_Task task;
+  // The category of the task had been removed; the task is stored without one.
+  bool categoryVanished = false;
+};
+
+// Reads the task, applies `change` and stores it, in one write transaction: what other programs
+// changed before is kept, and what they change at the same time follows. A category that does not
+// exist is added.
+//
+// Returns a result of the store. TASK_ENG_NOT_FOUND means that the task is not stored (any more).
+// Unless it is TASK_ENG_OK, nothing was stored and `report` is unchanged. An exception of `change`
+// passes through, and nothing is stored.
+int changeTask(ZTASK_ENG_Model& store, unsigned int uid,
+               const std::function<void(ZTASK_ENG_Task&)>& change, ChangeReport* report = nullptr);
+
+// Removes the task and sets `removed` to what was removed. Returns a result of the store; unless it
+// is TASK_ENG_OK, nothing was removed.
+int removeTask(ZTASK_ENG_Model& store, unsigned int uid, ZTASK_ENG_Task& removed);
+
+// Adds the category unless it exists. A null name is that of tasks without a category. Returns a
+// result of the store.
+int ensureCategory(ZTASK_ENG_Model& store, const QString& name);
+
+// Adds the task and, unless it exists, its category. Fails, unlike the store's own operation, if
+// the category cannot be added. Returns a result of the store; unless it is TASK_ENG_OK, nothing
+// was stored.
+int addTask(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task);
+
+}  // namespace ulo
