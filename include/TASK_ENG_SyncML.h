@@ -33,13 +33,19 @@ public:
   TASK_ENG_SyncML();
   ~TASK_ENG_SyncML();
 
-  // Writes the text of a task to `fd`, at its position. `size` is set to the length in bytes,
-  // also when that is more than `maxSize`: then TASK_SYNCML_TOOLARGE, nothing is written, and the
-  // text stays in the file UID.vtodo under /tmp. That file is made anew for each call; when the
-  // name can't be had, or the text did not get there whole, nothing is written.
-  // Whether all bytes went out is for the owner of `fd` to see.
+  // Writes the text of a task to `fd`, at its position. `size` is set to the length in bytes.
+  //
+  // TASK_SYNCML_OK means that the whole text was read and handed to `fd`; short writes are
+  // continued, and a descriptor that does not block is waited for. If `fd` refuses the bytes (a
+  // full disk, a closed pipe), the log says so, but the result stays TASK_SYNCML_OK: an error of
+  // `fd` is for its owner to see. With any other code the text did not go out as a whole.
+  //
+  // If the text is longer than `maxSize`, the operation returns TASK_SYNCML_TOOLARGE, writes
+  // nothing, and leaves the text in the file UID.vtodo under /tmp. The text always goes through
+  // that file. Any number of processes, and stores, may use the same UID at the same time: while
+  // one of them uses the file, the others use files with random names, which never stay.
   int getEvent(int fd, int& size, int maxSize, unsigned int uid);
-  // Appends the text of a task to `text`.
+  // Appends the text of a task to `text`; nothing unless it returns TASK_SYNCML_OK.
   int getEvent(std::string& text, unsigned int uid);
 
   // Adds the first to-do of the text in `fd`, read from its start; `uid` becomes that of the new

@@ -9,11 +9,13 @@
 
 #include <QFile>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
 #include <memory>
 #include <new>
+#include <poll.h>
 #include <unistd.h>
 
 #define LOG_TRACE(text, ...)                                                                       \
@@ -25,6 +27,7 @@ constexpr std::size_t chunkSize = 8192;
 
 constexpr char nameIsTaken[] = "the tmp file name is taken by another file!";
 constexpr char notWhole[] = "the tmp file is not whole!";
+constexpr char notTaken[] = "the file descriptor does not take the whole vtodo!";
 
 int syncCode(int storeCode) {
   switch (storeCode) {
@@ -48,13 +51,37 @@ struct FreeMemory {
   void operator()(char* memory) const { std::free(memory); }
 };
 
-// Copies what there is to read; false when not all of it was taken.
-bool copyAll(int from, int to) {
+// Waits for a descriptor that takes nothing at the moment. Returns false if it refuses.
+bool writeAll(int to, const char* bytes, std::size_t count) {
+  while (count > 0) {
+    const ssize_t taken = write(to, bytes, count);
+    if (taken > 0) {
+      bytes += taken;
+      count -= static_cast<std::size_t>(taken);
+    } else if (taken < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
+      pollfd wanted{to, POLLOUT, 0};
+      static_cast<void>(poll(&wanted, 1, -1));
+    } else if (taken == 0 || errno != EINTR) {
+      return false;
+    }
+  }
+  return true;
+}
+
+struct Copied {
+  off_t read = 0;     // bytes
+  bool taken = true;  // all of them were written
+};
+
+// Copies up to the end of `from`, or until a read or a write fails.
+Copied copyAll(int from, int to) {
   char chunk[chunkSize];
-  bool taken = true;
-  for (ssize_t got = 0; (got = read(from, chunk, sizeof chunk)) > 0;)
-    taken = write(to, chunk, static_cast<std::size_t>(got)) == got && taken;
-  return taken;
+  Copied copied;
+  for (ssize_t got = 0; copied.taken && (got = read(from, chunk, sizeof chunk)) > 0;) {
+    copied.read += got;
+    copied.taken = writeAll(to, chunk, static_cast<std::size_t>(got));
+  }
+  return copied;
 }
 
 }  // namespace
@@ -90,17 +117,17 @@ int TASK_ENG_SyncML::getEvent(int fd, int& size, int maxSize, unsigned int uid) 
   if (!outbound.make())
     return fail(nameIsTaken);
   ZVtodoParser parser;
-  parser.writeVtodo(name, &task);
+  parser.writeVtodo(outbound.nameForWriting(), &task);
   LOG_TRACE("Returned from p.writeVtodo");
-  if (!QFile::exists(name))
+  QFile file(outbound.name());
+  if (!file.exists())
     return fail("Tmp file does not exist!");
-  QFile file(name);
   if (!file.open(QIODevice::ReadOnly))
     return fail("temp file open failed!");
-  if (!outbound.isOwn())
+  if (!outbound.isSame(file.handle()))
     return fail(nameIsTaken);
   if (!outbound.isWhole()) {
-    file.remove();
+    outbound.remove();
     return fail(notWhole);
   }
   size = static_cast<int>(file.size());
@@ -111,13 +138,22 @@ int TASK_ENG_SyncML::getEvent(int fd, int& size, int maxSize, unsigned int uid) 
     return TASK_SYNCML_TOOLARGE;
   }
   file.close();
-  ulo::Descriptor text(open(QFile::encodeName(name).constData(), O_RDONLY));
+  ulo::Descriptor text(open(QFile::encodeName(outbound.name()).constData(), O_RDONLY));
   if (text.get() == -1)
     return fail("Could not obtain filedescriptor for temp file");
-  copyAll(text.get(), fd);
+  if (!outbound.isSame(text.get()))
+    return fail(nameIsTaken);
+  const Copied copied = copyAll(text.get(), fd);
+  if (copied.taken && copied.read != size) {
+    outbound.remove();
+    return fail(notWhole);
+  }
+  // An error of the descriptor is for its owner to see.
+  if (!copied.taken)
+    ULO_LOG_ERROR("%s", notTaken);
   LOG_TRACE("Copying to fd completed.");
   text.reset();
-  unlink(QFile::encodeName(name).constData());
+  outbound.remove();
   LOG_TRACE("Exiting getEvent successfully");
   return TASK_SYNCML_OK;
 }
@@ -136,9 +172,9 @@ int TASK_ENG_SyncML::getEvent(std::string& text, unsigned int uid) {
     return TASK_SYNCML_OTHERERROR;
   }
   ZVtodoParser parser;
-  parser.writeVtodo(name, &task);
+  parser.writeVtodo(outbound.nameForWriting(), &task);
   LOG_TRACE("Returned from p.writeVtodo");
-  QFile file(name);
+  QFile file(outbound.name());
   if (!file.exists()) {
     ULO_LOG_ERROR("temp file is not exist!");
     return TASK_SYNCML_OTHERERROR;
@@ -147,7 +183,7 @@ int TASK_ENG_SyncML::getEvent(std::string& text, unsigned int uid) {
     ULO_LOG_ERROR("temp file open failed!");
     return TASK_SYNCML_OTHERERROR;
   }
-  if (!outbound.isOwn()) {
+  if (!outbound.isSame(file.handle())) {
     ULO_LOG_ERROR("%s", nameIsTaken);
     return TASK_SYNCML_OTHERERROR;
   }
@@ -161,7 +197,7 @@ int TASK_ENG_SyncML::getEvent(std::string& text, unsigned int uid) {
   file.flush();
   const qint64 got = file.read(buffer.get(), size);
   const bool whole = outbound.isWhole();
-  file.remove();
+  outbound.remove();
   if (got < size) {
     ULO_LOG_ERROR("iReadSize < iFileSize");
     return TASK_SYNCML_OTHERERROR;
@@ -188,7 +224,7 @@ bool TASK_ENG_SyncML::fileToTask(int fd, ZTASK_ENG_Task& task) {
     ULO_LOG_ERROR("Could not create temporary file");
     return false;
   }
-  const bool whole = copyAll(fd, copy.get());
+  const bool whole = copyAll(fd, copy.get()).taken;
   copy.reset();
   QList<ZTASK_ENG_Task> tasks;
   tasks.setAutoDelete(true);

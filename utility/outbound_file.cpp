@@ -4,25 +4,118 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <fcntl.h>
 #include <string_view>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
-bool OutboundFile::make() {
-  const QByteArray name = QFile::encodeName(name_);
-  unlink(name.constData());
-  made_.reset(open(name.constData(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
-  return made_.isOpen() || errno != EEXIST;
+namespace {
+
+bool isSameFile(const struct stat& left, const struct stat& right) {
+  return left.st_dev == right.st_dev && left.st_ino == right.st_ino;
 }
 
-bool OutboundFile::isOwn() const {
+}  // namespace
+
+OutboundFile::~OutboundFile() {
+  if (name_ != wanted_)
+    remove();
+}
+
+bool OutboundFile::make() {
+  // Each attempt after the first follows one of another process on the same name.
+  constexpr int mostAttempts = 100;
+  for (int i = 0; i < mostAttempts; ++i) {
+    switch (create()) {
+    case Attempt::made:
+      return true;
+    case Attempt::again:
+      break;
+    case Attempt::inUse:
+      return makeOther();
+    case Attempt::blocked:
+      return false;
+    }
+  }
+  return makeOther();
+}
+
+OutboundFile::Attempt OutboundFile::create() {
+  const QByteArray name = QFile::encodeName(name_);
+  ulo::Descriptor file(
+      open(name.constData(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+  if (!file.isOpen())
+    return errno == EEXIST ? clear() : Attempt::made;
+  const bool isLocked = flock(file.get(), LOCK_EX | LOCK_NB) == 0;
+  if (!isLocked && errno != EWOULDBLOCK) {
+    // A file system without locks.
+    unlink(name.constData());
+    return Attempt::inUse;
+  }
+  // Another process that saw the file before it was locked takes it for a remnant and removes it.
+  if (!isLocked || !hasName(file.get()))
+    return Attempt::again;
+  made_ = std::move(file);
+  return Attempt::made;
+}
+
+// Removes what an earlier request left under the name. Only the process that holds the lock of a
+// file removes it.
+OutboundFile::Attempt OutboundFile::clear() const {
+  const QByteArray name = QFile::encodeName(name_);
   struct stat named {};
-  if (lstat(QFile::encodeName(name_).constData(), &named) != 0)
-    return errno == ENOENT;
+  if (lstat(name.constData(), &named) != 0)
+    return Attempt::again;
+  if (named.st_uid != geteuid())
+    return Attempt::inUse;
+  if (S_ISREG(named.st_mode)) {
+    const ulo::Descriptor file(
+        open(name.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+    if (!file.isOpen() && errno == ENOENT)
+      return Attempt::again;
+    if (!file.isOpen() || flock(file.get(), LOCK_EX | LOCK_NB) != 0)
+      return Attempt::inUse;
+    if (!hasName(file.get()))
+      return Attempt::again;
+    return unlink(name.constData()) == 0 ? Attempt::again : Attempt::blocked;
+  }
+  return unlink(name.constData()) == 0 ? Attempt::again : Attempt::blocked;
+}
+
+bool OutboundFile::makeOther() {
+  QByteArray name = QFile::encodeName(wanted_) + ".XXXXXX";
+  made_.reset(mkostemp(name.data(), O_CLOEXEC));
+  if (made_.isOpen())
+    name_ = QFile::decodeName(name);
+  return made_.isOpen();
+}
+
+QString OutboundFile::nameForWriting() const {
+  const QString link = QStringLiteral("/proc/self/fd/%1").arg(made_.get());
+  // Without a file, opening the link fails, which is what the caller is to see.
+  return made_.isOpen() && !QFile::exists(QStringLiteral("/proc/self/fd")) ? name_ : link;
+}
+
+bool OutboundFile::hasName(int descriptor) const {
+  struct stat named {};
+  struct stat opened {};
+  return lstat(QFile::encodeName(name_).constData(), &named) == 0 &&
+         fstat(descriptor, &opened) == 0 && isSameFile(named, opened);
+}
+
+bool OutboundFile::isSame(int descriptor) const {
+  struct stat opened {};
   struct stat made {};
-  return made_.isOpen() && fstat(made_.get(), &made) == 0 && made.st_dev == named.st_dev &&
-         made.st_ino == named.st_ino;
+  return fstat(descriptor, &opened) == 0 && fstat(made_.get(), &made) == 0 &&
+         isSameFile(opened, made);
+}
+
+void OutboundFile::remove() {
+  if (hasName(made_.get()))
+    unlink(QFile::encodeName(name_).constData());
 }
 
 bool OutboundFile::isWhole() const {

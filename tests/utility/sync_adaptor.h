@@ -23,8 +23,11 @@ struct Platform {
   bool noTemporaryFile = false;
   bool nothingCanBeRemoved = false;
   bool noMemory = false;
-  bool noDescriptor = false;  // for reading
+  bool noDescriptor = false;   // for reading
+  bool isAnotherUser = false;  // whom the files of this process do not belong to
+  // Called once each.
   std::function<void()> asAParserComes;
+  std::function<void()> asAFileIsReadAgain;
 };
 extern Platform* platform;
 

@@ -2,6 +2,9 @@
 
 #include "sync_adaptor.h"
 
+#include <sys/wait.h>
+#include <thread>
+
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -52,16 +55,44 @@ TEST_F(SyncAdaptor, WritesToAPipe) {
   EXPECT_EQ(got.substr(0, 15), "BEGIN:VCALENDAR");
 }
 
-// Whether all bytes went out is for the owner of the descriptor to see.
-TEST_F(SyncAdaptor, DoesNotLookAtWhatBecomesOfTheBytes) {
+// An error of the descriptor is for its owner to see.
+TEST_F(SyncAdaptor, LogsDescriptorThatRefusesTheText) {
   const unsigned int uid = add("Milk");
   close(fileWith("kept"));
   const int readOnly = ::open((scratch_.path() / "item").c_str(), O_RDONLY);
   int size = 0;
   EXPECT_EQ(adaptor_.getEvent(readOnly, size, 10000, uid), TASK_SYNCML_OK);
   EXPECT_GT(size, 0);
+  EXPECT_EQ(said(3), "the file descriptor does not take the whole vtodo!");
   close(readOnly);
   EXPECT_EQ(scratch(), "kept");
+}
+
+TEST_F(SyncAdaptor, WaitsForDescriptorThatDoesNotBlock) {
+  const unsigned int uid = add("Milk");
+  ZTASK_ENG_Task task;
+  ASSERT_EQ(adaptor_.getTask(uid, task), 0);
+  task.setString(ZTASK_ENG_Task::TASK_FIELD_NOTE, QString(ZTASK_ENG_Task::noteLimit, u'\u00e4'));
+  ASSERT_EQ(adaptor_.updateTask(task), 0);
+  int ends[2];
+  ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+  ASSERT_EQ(fcntl(ends[1], F_SETFL, O_NONBLOCK), 0);
+  const int room = fcntl(ends[1], F_SETPIPE_SZ, 4096);
+  std::string got;
+  std::thread reader([&] {
+    char bytes[1000];
+    for (ssize_t count = 0; (count = read(ends[0], bytes, sizeof bytes)) > 0;)
+      got.append(bytes, static_cast<std::size_t>(count));
+  });
+  int size = 0;
+  EXPECT_EQ(adaptor_.getEvent(ends[1], size, 100'000, uid), TASK_SYNCML_OK);
+  close(ends[1]);
+  reader.join();
+  close(ends[0]);
+  EXPECT_GT(size, room);
+  std::string text;
+  EXPECT_EQ(adaptor_.getEvent(text, uid), TASK_SYNCML_OK);
+  EXPECT_EQ(got, text);
 }
 
 TEST_F(SyncAdaptor, ALargeItemStaysInItsFile) {
@@ -190,17 +221,21 @@ TEST_F(SyncAdaptor, AFileThatCannotBeRemovedIsNeitherOverwrittenNorSent) {
 // Where a directory lets others remove files.
 TEST_F(SyncAdaptor, AFileThatTookTheNameMeanwhileIsNotSent) {
   const unsigned int uid = add("Milk");
-  platform_.asAParserComes = [&] {
+  const auto replace = [&] {
     std::filesystem::remove(outbound(uid));
     std::ofstream(outbound(uid)) << milk;
   };
   const int fd = fileWith("");
   int size = 77;
   std::string text = "kept";
+  platform_.asAParserComes = replace;
   EXPECT_EQ(adaptor_.getEvent(fd, size, 10000, uid), TASK_SYNCML_OTHERERROR);
   EXPECT_EQ(said(2), "the tmp file name is taken by another file!");
+  EXPECT_EQ(contents(outbound(uid)), milk);
+  platform_.asAParserComes = replace;
   EXPECT_EQ(adaptor_.getEvent(text, uid), TASK_SYNCML_OTHERERROR);
   EXPECT_EQ(said(1), "the tmp file name is taken by another file!");
+  EXPECT_EQ(contents(outbound(uid)), milk);
   close(fd);
   EXPECT_EQ(size, 77);
   EXPECT_EQ(text, "kept");
@@ -214,6 +249,136 @@ TEST_F(SyncAdaptor, ADirectoryOfThatNameIsInTheWay) {
   EXPECT_EQ(adaptor_.getEvent(text, uid), TASK_SYNCML_OTHERERROR);
   EXPECT_EQ(text, "");
   EXPECT_EQ(said(1), "the tmp file name is taken by another file!");
+}
+
+// The user's processes, and stores, that ask for one UID at the same time
+
+// Runs the second request at each place of the first one where others could get in its way.
+TEST_F(SyncAdaptor, RequestsForOneUidDoNotDisturbEachOther) {
+  const unsigned int uid = add("Milk");
+  const DataDirectory otherDirectory;
+  // All stores of one thread are the same one.
+  const auto inOtherStore = [&](const std::function<void(TASK_ENG_SyncML&)>& use) {
+    std::thread([&] {
+      TASK_ENG_SyncML other;
+      SyncAdaptorAccess::directory(other) = SyncAdaptorAccess::directory(adaptor_);
+      use(other);
+    }).join();
+  };
+  inOtherStore([&](TASK_ENG_SyncML& other) {
+    ZTASK_ENG_Task bread;
+    bread.setString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY, QStringLiteral("Bread"));
+    EXPECT_EQ(other.addTask(bread), 0);
+    EXPECT_EQ(bread.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID), uid);
+  });
+
+  int requests = 0;
+  const auto ask = [&] {
+    ++requests;
+    inOtherStore([&](TASK_ENG_SyncML& other) {
+      std::string text;
+      EXPECT_EQ(other.getEvent(text, uid), TASK_SYNCML_OK);
+      EXPECT_THAT(text, AllOf(HasSubstr("Bread"), testing::EndsWith("END:VCALENDAR\r\n\r\n")));
+    });
+  };
+  for (auto place : {&Platform::asAParserComes, &Platform::asAFileIsReadAgain}) {
+    const int fd = fileWith("");
+    int size = 0;
+    platform_.*place = ask;
+    EXPECT_EQ(adaptor_.getEvent(fd, size, 10000, uid), TASK_SYNCML_OK);
+    close(fd);
+    EXPECT_EQ(scratch().size(), static_cast<std::size_t>(size));
+    EXPECT_THAT(scratch(), AllOf(HasSubstr("Milk"), testing::EndsWith("END:VCALENDAR\r\n\r\n")));
+  }
+  platform_.asAParserComes = ask;
+  std::string text;
+  EXPECT_EQ(adaptor_.getEvent(text, uid), TASK_SYNCML_OK);
+  EXPECT_THAT(text, HasSubstr("Milk"));
+  EXPECT_EQ(requests, 3);
+  EXPECT_TRUE(std::filesystem::is_empty(temporary_.path()));
+}
+
+// Each process asks for the UID many times, in both ways. Returns how often it did not get `whole`.
+int failuresOfRacer(const QString& directory, const std::string& file, const std::string& whole) {
+  constexpr int rounds = 50;
+  TASK_ENG_SyncML adaptor;
+  SyncAdaptorAccess::directory(adaptor) = directory;
+  int failures = 0;
+  for (int round = 0; round < rounds; ++round) {
+    const int fd = ::open(file.c_str(), O_RDWR | O_CREAT | O_TRUNC, 0600);
+    int size = 0;
+    if (adaptor.getEvent(fd, size, 10000, 1) != TASK_SYNCML_OK || contents(file) != whole)
+      ++failures;
+    close(fd);
+    std::string text;
+    if (adaptor.getEvent(text, 1) != TASK_SYNCML_OK || text != whole)
+      ++failures;
+  }
+  return failures;
+}
+
+TEST(SyncAdaptorRaces, EveryProcessGetsTheWholeTextOfOneUid) {
+  const DataDirectory directory;
+  const TemporaryDirectory temporary;
+  const TemporaryDirectory scratch;
+  Platform nothingSpecial;
+  platform = &nothingSpecial;
+  const QString outbound = QString::fromStdString(temporary.path().string());
+  const std::string expected = scratch.path() / "expected";
+  int start[2];
+  ASSERT_EQ(pipe(start), 0);
+  // Before a store is open: a child must not use its parent's.
+  std::vector<pid_t> racers;
+  for (int i = 0; i < 4; ++i) {
+    const pid_t racer = fork();
+    ASSERT_GE(racer, 0);
+    if (racer == 0) {
+      close(start[1]);
+      char ignored = 0;
+      static_cast<void>(!read(start[0], &ignored, 1));  // until the parent closes it
+      const std::string own = scratch.path() / std::to_string(i);
+      _exit(std::min(failuresOfRacer(outbound, own, contents(expected)), 100));
+    }
+    racers.push_back(racer);
+  }
+  TASK_ENG_SyncML adaptor;
+  SyncAdaptorAccess::directory(adaptor) = outbound;
+  ZTASK_ENG_Task task;
+  task.setString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY, QStringLiteral("Milk"));
+  EXPECT_EQ(adaptor.addTask(task), 0);
+  EXPECT_EQ(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID), 1);
+  std::string whole;
+  EXPECT_EQ(adaptor.getEvent(whole, 1), TASK_SYNCML_OK);
+  std::ofstream(expected) << whole;
+  close(start[0]);
+  close(start[1]);
+  for (const pid_t racer : racers) {
+    int status = -1;
+    EXPECT_EQ(waitpid(racer, &status, 0), racer);
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+  }
+  EXPECT_TRUE(std::filesystem::is_empty(temporary.path()));
+  platform = nullptr;
+}
+
+TEST_F(SyncAdaptor, LeavesTheFileOfAnotherUserAlone) {
+  const unsigned int uid = add("Milk");
+  std::ofstream(outbound(uid)) << milk;
+  platform_.isAnotherUser = true;
+  std::string text;
+  EXPECT_EQ(adaptor_.getEvent(text, uid), TASK_SYNCML_OK);
+  EXPECT_THAT(text, HasSubstr("Milk"));
+  const int fd = fileWith("");
+  int size = 0;
+  EXPECT_EQ(adaptor_.getEvent(fd, size, 10000, uid), TASK_SYNCML_OK);
+  EXPECT_EQ(scratch(), text);
+  // There is no room for it under the name that it would stay under.
+  EXPECT_EQ(adaptor_.getEvent(fd, size, size - 1, uid), TASK_SYNCML_TOOLARGE);
+  close(fd);
+  EXPECT_EQ(contents(outbound(uid)), milk);
+  std::filesystem::remove(outbound(uid));
+  EXPECT_TRUE(std::filesystem::is_empty(temporary_.path()));
 }
 
 TEST_F(SyncAdaptor, FilesGoOutUnderTmp) {

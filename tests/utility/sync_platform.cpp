@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <cstdarg>
+#include <utility>
 
 Platform* platform = nullptr;
 
@@ -39,16 +40,24 @@ int __wrap_open(const char* name, int flags, ...) {
   va_start(more, flags);
   const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(more, mode_t) : 0;
   va_end(more);
+  if (platform != nullptr && platform->asAFileIsReadAgain && flags == O_RDONLY)
+    std::exchange(platform->asAFileIsReadAgain, {})();
   return platform != nullptr && platform->noDescriptor && flags == O_RDONLY
              ? -1
              : __real_open(name, flags, mode);
+}
+
+uid_t __real_geteuid();
+ULO_EXPORT uid_t __wrap_geteuid();
+uid_t __wrap_geteuid() {
+  return __real_geteuid() + (platform != nullptr && platform->isAnotherUser ? 1 : 0);
 }
 
 void* __real_dlopen(const char* name, int flags);
 ULO_EXPORT void* __wrap_dlopen(const char* name, int flags);
 void* __wrap_dlopen(const char* name, int flags) {
   if (platform != nullptr && platform->asAParserComes)
-    platform->asAParserComes();
+    std::exchange(platform->asAParserComes, {})();
   return __real_dlopen(name, flags);
 }
 
