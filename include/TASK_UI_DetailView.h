@@ -13,8 +13,8 @@ class ZSoftKey;
 
 // As one of the screens of the task list it offers to edit, share and delete the task, and gives
 // way by the signals of TASK_UI_View. Stand-alone, for a task that came from outside, it only goes
-// Back: then it closes and deletes itself. It closes too when a ZApplication asks to return to the
-// idle screen.
+// Back: then it closes and deletes itself, even if its close event is ignored. It also closes when
+// the application object emits askReturnToIdle(int), whatever its class.
 class ULO_EXPORT TASK_UI_DetailView : public TASK_UI_View {
   Q_OBJECT
 
@@ -38,7 +38,8 @@ public Q_SLOTS:
   void slotDeleteTask();
   // Attaches the task to a new message, as a file in the directory $ULO_LOCAL_APP_WRITE_PATH.
   void sendToMessage();
-  // Pushes the stored form of the task to another device.
+  // Pushes the stored form of the task to another device. Pushes nothing, and logs why, if the task
+  // can't be read from the store.
   void sendToBluetooth();
 
 private:

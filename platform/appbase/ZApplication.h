@@ -6,6 +6,14 @@
 #include <QApplication>
 #include <QTranslator>
 
+namespace ulo {
+
+// Connects the signal askReturnToIdle(int) of the application object to a slot. Any application
+// object may have the signal; without it nothing happens. Connecting twice is the same as once.
+ULO_EXPORT void connectReturnToIdle(QObject* receiver, const char* slot);
+
+}  // namespace ulo
+
 class ULO_EXPORT ZApplication : public QApplication {
   Q_OBJECT
 
@@ -14,8 +22,8 @@ public:
   // must outlive the object.
   ZApplication(int& count, char** arguments);
 
-  // Speaks the first of these languages ("de", "zh-CN", "en-GB") that there are texts for;
-  // English when there are none. Screens that stand keep their texts.
+  // Uses the first of these languages ("de", "zh-CN", "en-GB") that there are texts for, and its
+  // direction; English if there are none. Screens that are already built keep their texts.
   void setLanguages(const QStringList& languages);
 
   // Asks every screen to give way to the idle screen.

@@ -1,6 +1,7 @@
 #include "SETUP_SECURITY_Util.h"
 
 #include "LockDialog.h"
+#include "modal.h"
 #include "module_log.h"
 
 #include <QApplication>
@@ -19,8 +20,9 @@ bool askForCode(ulo::AppLock& lock, const char* application) {
     ULO_LOG_ERROR("The lock of %s can't be opened: there is no application to ask in", application);
     return false;
   }
-  LockDialog dialog(lock, QApplication::activeWindow());
-  if (dialog.exec() == QDialog::Accepted)
+  // The window below may be deleted while the user is asked; the dialog goes with it then.
+  ulo::Modal<LockDialog> dialog(lock, QApplication::activeWindow());
+  if (dialog.exec())
     return true;
   ULO_LOG_ERROR("The lock of %s was not opened", application);
   return false;

@@ -9,6 +9,7 @@
 
 #include <QDirIterator>
 #include <QRegularExpression>
+#include <QResource>
 
 namespace {
 
@@ -41,10 +42,23 @@ TEST_F(Languages, AreChosenInTheirOrder) {
 }
 
 TEST_F(Languages, DecideTheDirection) {
-  speak({"ar"});
+  ASSERT_TRUE(QResource::registerResource(QStringLiteral(ULO_HEBREW)));
+  speak({"he"});
+  EXPECT_EQ(back(), QString::fromUtf8("\u05d7\u05d6\u05e8\u05d4"));
   EXPECT_EQ(QApplication::layoutDirection(), Qt::RightToLeft);
   speak({"en"});
   EXPECT_EQ(QApplication::layoutDirection(), Qt::LeftToRight);
+  speak({"he"});
+  speak({"de"});
+  EXPECT_EQ(QApplication::layoutDirection(), Qt::LeftToRight);
+  QResource::unregisterResource(QStringLiteral(ULO_HEBREW));
+}
+
+TEST_F(Languages, WithoutTextsDoNotMirrorTheLayout) {
+  for (const QStringList& languages : {QStringList{"ar"}, {"fa", "de"}, {"he", "ar"}}) {
+    speak(languages);
+    EXPECT_EQ(QApplication::layoutDirection(), Qt::LeftToRight) << languages[0].toStdString();
+  }
 }
 
 TEST_F(Languages, AnUnknownTextIsEnglish) {

@@ -27,6 +27,8 @@ public:
       return std::nullopt;
     }
     application.setLanguages({words[3]});
+    // Also of a language without texts.
+    QApplication::setLayoutDirection(QLocale(words[3]).textDirection());
     QLocale::setDefault(QLocale(words[3]));
     if (words.size() > 4) {
       QFont font = QApplication::font();

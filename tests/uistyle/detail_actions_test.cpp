@@ -176,6 +176,51 @@ TEST_F(DetailActions, AloneReturningToIdleClosesAndDeletesTheView) {
   EXPECT_TRUE(view.isNull());
 }
 
+// Ignores the closing of a window.
+class KeepsOpen : public QObject {
+public:
+  bool eventFilter(QObject*, QEvent* event) override {
+    if (event->type() != QEvent::Close)
+      return false;
+    event->ignore();
+    return true;
+  }
+};
+
+TEST_F(DetailActions, AloneItGoesEvenIfItsCloseEventIsIgnored) {
+  for (const bool byKey : {true, false}) {
+    KeepsOpen filter;
+    QPointer<TASK_UI_DetailView> view = new TASK_UI_DetailView(nullptr, nullptr, 0);
+    view->openStandaloneView(task_);
+    view->installEventFilter(&filter);
+    view->show();
+    if (byKey)
+      view->slotBack();
+    else
+      application().returnToIdle();
+    finishEvents();
+    EXPECT_TRUE(view.isNull()) << byKey;
+  }
+}
+
+TEST_F(DetailActions, AloneItMayBeDeletedByItsCloseEvent) {
+  class Deletes : public QObject {
+  public:
+    using QObject::QObject;
+    bool eventFilter(QObject* watched, QEvent* event) override {
+      if (event->type() == QEvent::Close)
+        watched->deleteLater();
+      return false;
+    }
+  };
+  QPointer<TASK_UI_DetailView> view = new TASK_UI_DetailView(nullptr, nullptr, 0);
+  view->openStandaloneView(task_);
+  view->installEventFilter(new Deletes(view));
+  view->slotBack();
+  finishEvents();
+  EXPECT_TRUE(view.isNull());
+}
+
 TEST_F(DetailActions, AViewThatIsNotShownCanGoBackToo) {
   QPointer<TASK_UI_DetailView> view = new TASK_UI_DetailView(nullptr, nullptr, 0);
   view->openStandaloneView(task_);

@@ -108,6 +108,14 @@ TEST_F(Sharing, WithoutASummaryTheNameIsTheExtension) {
   EXPECT_EQ(platform_.sharedName, ".vcs");
 }
 
+TEST_F(Sharing, NothingOfATaskThatIsGoneIsPushed) {
+  const auto view = viewOf(QStringLiteral("Buy milk"));
+  ASSERT_EQ(store_.removeTask(task_.getUINT32(Task::TASK_FIELD_UID)), 0);
+  view->sendToBluetooth();
+  EXPECT_EQ(platform_.shares, 0);
+  EXPECT_THAT(lines(source), ElementsAre("the task can't be read, ret = 1; nothing is sent"));
+}
+
 TEST_F(Sharing, ARefusedPushIsLogged) {
   platform_.shareAnswer = false;
   viewOf(QStringLiteral("Buy milk"))->sendToBluetooth();

@@ -20,6 +20,7 @@
 #include "texts.h"
 
 #include <QFile>
+#include <QPointer>
 #include <QUuid>
 
 #include <algorithm>
@@ -129,8 +130,7 @@ int appLockCheck() {
 
 TASK_UI_DetailView::TASK_UI_DetailView(QWidget* parent, const char* name, unsigned int flags)
     : TASK_UI_View(parent, name, flags) {
-  if (const auto* application = qobject_cast<ZApplication*>(qApp))
-    connect(application, SIGNAL(askReturnToIdle(int)), this, SLOT(close()));
+  ulo::connectReturnToIdle(this, SLOT(close()));
 }
 
 TASK_UI_DetailView::~TASK_UI_DetailView() = default;
@@ -155,6 +155,8 @@ void TASK_UI_DetailView::openView(ZTASK_ENG_Task* task) {
 void TASK_UI_DetailView::openStandaloneView(ZTASK_ENG_Task& task) {
   standalone_ = true;
   setAttribute(Qt::WA_DeleteOnClose);
+  // Also if its close event is ignored.
+  ulo::connectReturnToIdle(this, SLOT(deleteLater()));
   icons_.clear();
   for (const char* file : iconFiles)
     icons_.append(RES_ICON_Reader::getIcon(QString::fromLatin1(file), true));
@@ -234,7 +236,10 @@ void TASK_UI_DetailView::addMenu(ZSoftKey& keys) {
 void TASK_UI_DetailView::slotBack() {
   traceEntry("slotBack");
   if (standalone_) {
+    const QPointer<TASK_UI_DetailView> self(this);
     close();
+    if (!self.isNull())
+      deleteLater();
   } else {
     Q_EMIT changeView(TASK_DETAIL_VIEW, TASK_LIST_VIEW, nullptr);
     Q_EMIT disposeView(TASK_DETAIL_VIEW);
@@ -299,7 +304,12 @@ void TASK_UI_DetailView::sendToBluetooth() {
   info.description = summary;
   std::string text;
   TASK_ENG_SyncML adaptor;
-  adaptor.getEvent(text, task_->getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID));
+  if (const int code = adaptor.getEvent(text, task_->getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID));
+      code != TASK_SYNCML_OK) {
+    ULO_LOG_ERROR("the task can't be read, ret = %d; nothing is sent", code);
+    traceExit("sendToBluetooth");
+    return;
+  }
   QArray<char> data;
   data.duplicate(text.data(), static_cast<uint>(text.size()));
   if (!SHARE_Tool::shareByBt(info, data))
