@@ -47,7 +47,21 @@ QVariantMap hintsOf(const ZTASK_ENG_Task& task) {
 
 AlarmNotifications::AlarmNotifications(QObject* parent) : QObject(parent) {}
 
-AlarmNotifications::~AlarmNotifications() = default;
+AlarmNotifications::~AlarmNotifications() {
+  const bool isAnyShown = std::any_of(shown_.begin(), shown_.end(),
+                                      [](const auto& each) { return each.second.id != 0; });
+  if (!isAnyShown || bus_ == nullptr || !bus_->isConnected())
+    return;
+  for (const auto& [uid, shown] : shown_)
+    close(shown.id);
+  // The bus answers once it has got all of them.
+  constexpr int patienceAtEndMs = 1000;
+  bus_->connection().call(QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
+                                                         QStringLiteral("/org/freedesktop/DBus"),
+                                                         QStringLiteral("org.freedesktop.DBus"),
+                                                         QStringLiteral("GetId")),
+                          QDBus::Block, patienceAtEndMs);
+}
 
 void AlarmNotifications::show(const ZTASK_ENG_Task& task) {
   if (!connectToBus()) {

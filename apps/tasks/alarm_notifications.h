@@ -17,7 +17,8 @@
 namespace tasks {
 
 // Shows alarms by the notification server of the session (Desktop Notifications Specification 1.2).
-// A notification stays until the user has seen it. Nothing waits for the server; where there is
+// A notification stays until the user has seen it or the object is destroyed. Nothing waits for the
+// server; where there is
 // none, or no bus, nothing is shown and one line is logged.
 class AlarmNotifications : public QObject {
   Q_OBJECT

@@ -29,7 +29,9 @@ void Alarms::show(const ZTASK_ENG_Task& task) {
 }
 
 void Alarms::complete(unsigned int uid) {
-  static_cast<void>(setCompleted(store_, uid, true));
+  const int code = setCompleted(store_, uid, true);
+  if (code != TASK_ENG_OK)
+    Q_EMIT notCompleted(code);
 }
 
 }  // namespace tasks

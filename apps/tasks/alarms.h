@@ -10,8 +10,8 @@
 
 namespace tasks {
 
-// While it lives, an alarm that comes is shown, and taken away again when its task is completed or
-// gone.
+// While it lives, an alarm that comes is shown. It is withdrawn when its task is completed or gone,
+// and when the object is destroyed.
 class Alarms : public QObject {
   Q_OBJECT
 
@@ -25,6 +25,8 @@ public Q_SLOTS:
 Q_SIGNALS:
   // The user wants to see the task.
   void opened(unsigned int uid);
+  // The task that the user completed could not be stored; a code of setCompleted.
+  void notCompleted(int code);
 
 private:
   void show(const ZTASK_ENG_Task& task);

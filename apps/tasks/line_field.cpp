@@ -9,14 +9,14 @@
 
 namespace tasks {
 
-namespace {
-
 // Cuts what is put in; refuses nothing.
 class Limit : public QValidator {
 public:
   Limit(qsizetype limit, QLineEdit* line) : QValidator(line), limit_(limit) {
     connect(line, &QLineEdit::textChanged, this, [this](const QString& text) { before_ = text; });
   }
+
+  void setLimit(qsizetype limit) { limit_ = limit; }
 
   State validate(QString& text, int& cursor) const override {
     const Span surplus = surplusOf(before_, text, cursor, limit_);
@@ -32,22 +32,26 @@ private:
   QString before_;
 };
 
-}  // namespace
-
-LineField::LineField(qsizetype limit, QWidget* parent) : QLineEdit(parent) {
+LineField::LineField(qsizetype limit, QWidget* parent)
+    : QLineEdit(parent), most_(limit), limit_(new Limit(limit, this)) {
   setMinimumHeight(ulo::touchHeight(this));
-  setValidator(new Limit(limit, this));
+  setValidator(limit_);
 }
 
 void LineField::setStored(const QString& text) {
   stored_ = text;
-  setText(text);
+  const QString beginning = ulo::wholeLetters(text, most_);
+  rest_ = text.sliced(beginning.size());
+  limit_->setLimit(most_);
+  setText(beginning);
   shown_ = this->text();
+  if (!rest_.isEmpty())
+    limit_->setLimit(shown_.size());
   home(false);
 }
 
 QString LineField::value() const {
-  return text() == shown_ ? stored_ : text();
+  return text() == shown_ ? stored_ : text() + rest_;
 }
 
 void LineField::keyPressEvent(QKeyEvent* event) {

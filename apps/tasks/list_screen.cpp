@@ -22,6 +22,7 @@
 #include <QVBoxLayout>
 
 #include <algorithm>
+#include <utility>
 
 namespace tasks {
 
@@ -212,7 +213,8 @@ void ListScreen::updateMenu() {
   for (const int item : {itemViewBy, itemCreate, itemSynchronize, itemSelectMultiple, itemSortBy})
     menu_->showItem(item, !choosing_);
   menu_->enableItem(itemSelectAll,
-                    any && model_.chosenCount() < static_cast<unsigned int>(model_.rowCount()));
+                    any && !model_.isChoosingAll() &&
+                        model_.chosenCount() < static_cast<unsigned int>(model_.rowCount()));
   menu_->enableItem(itemUnselectAll, model_.chosenCount() > 0);
   menu_->enableItem(itemEdit, count == 1);
   menu_->enableItem(itemShare, count == 1);
@@ -233,7 +235,7 @@ void ListScreen::updateKeys() {
     keys->setText(ZSoftKey::middle, ulo::text("TXT_RID_OPTION_DELETE", "Delete"));
     keys->setClickedSlot(ZSoftKey::middle, this, SLOT(removeTasks()));
     keys->setText(ZSoftKey::right, ulo::text("TXT_RID_SOFTKEY_DONE", "Done"));
-    keys->setKeyEnabled(ZSoftKey::middle, model_.chosenCount() > 0);
+    keys->setKeyEnabled(ZSoftKey::middle, model_.chosenCount() > 0 && !model_.isChoosingAll());
   } else {
     keys->setText(ZSoftKey::middle, ulo::text("TXT_RID_SOFTKEY_NEW", "New"));
     keys->setClickedSlot(ZSoftKey::middle, this, SLOT(createTask()));
@@ -321,15 +323,27 @@ void ListScreen::tell(const QString& message) {
 }
 
 std::vector<unsigned int> ListScreen::targets() const {
+  // Not a part of what the user has chosen.
   if (choosing_)
-    return model_.chosen();
+    return model_.isChoosingAll() ? std::vector<unsigned int>() : model_.chosen();
   if (list_->currentRow() < 0)
     return {};
   return {model_.uidAt(list_->currentRow())};
 }
 
 bool ListScreen::readMenuTask(ZTASK_ENG_Task& task) {
-  return menuTargets_.size() == 1 && store_.getTask(menuTargets_.front(), task) == TASK_ENG_OK;
+  if (menuTargets_.size() != 1)
+    return false;
+  const int code = store_.getTask(menuTargets_.front(), task);
+  if (code == TASK_ENG_OK)
+    return true;
+  tell(code == TASK_ENG_NOT_FOUND
+           ? ulo::text("TXT_RID_INSTRUCTIONALTXT_TASK_WAS_DELETED", "The task has been deleted.")
+           : ulo::text("TXT_RID_INSTRUCTIONALTXT_TASKS_NOT_READ",
+                       "The tasks can't be read.\n\nThe log says why.")
+                 .simplified());
+  refresh();
+  return false;
 }
 
 void ListScreen::openTask(int row) {
@@ -379,7 +393,13 @@ void ListScreen::shareByMessage() {
     shareTask(store_, task, ShareBy::message);
 }
 
+// The partner is to learn of everything that the user has deleted.
 void ListScreen::synchronize() {
+  syncWanted_ = true;
+  removal_.hasten();
+}
+
+void ListScreen::startSynchronizing() {
   tell(Synchroniser::start()
            ? ulo::text("TXT_RID_STANDARD_SYNCHRONIZING", "Synchronizing\xe2\x80\xa6")
            : ulo::text("TXT_RID_INSTRUCTIONALTXT_SYNCHRONIZING_FAILED",
@@ -389,7 +409,7 @@ void ListScreen::synchronize() {
 void ListScreen::setChoosing(bool choosing) {
   choosing_ = choosing;
   list_->setChoosing(choosing);
-  model_.chooseNone();
+  model_.setChoosing(choosing);
   updateState();
 }
 
@@ -430,6 +450,8 @@ void ListScreen::removalChanged() {
         ulo::text("FMT_RID_STANDARD_1_TASKS_DELETED", "%1 tasks deleted").arg(count));
   if (hadFocus && count == 0)
     setFocus();
+  if (removal_.isIdle() && std::exchange(syncWanted_, false))
+    startSynchronizing();
 }
 
 void ListScreen::rightKey() {

@@ -96,8 +96,10 @@ private:
   void readCategories();
   // The tasks that a key is for: the chosen ones, or the current one.
   [[nodiscard]] std::vector<unsigned int> targets() const;
-  // Reads the one task that the menu is for. False when there are none, several, or it is gone.
+  // Reads the one task that the menu is for. Returns false if there are none or several, and, after
+  // telling the user why, if it is gone or can't be read.
   bool readMenuTask(ZTASK_ENG_Task& task);
+  void startSynchronizing();
   [[nodiscard]] QString emptyText() const;
 
   ZTASK_ENG_Model& store_;
@@ -115,6 +117,7 @@ private:
   std::vector<unsigned int> menuTargets_;
   QTimer day_{this};
   bool choosing_ = false;
+  bool syncWanted_ = false;  // once nothing is left to remove
 };
 
 }  // namespace tasks

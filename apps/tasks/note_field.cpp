@@ -20,7 +20,8 @@ constexpr int linesSeen = 5;
 
 }  // namespace
 
-NoteEdit::NoteEdit(qsizetype limit, QWidget* parent) : QPlainTextEdit(parent), limit_(limit) {
+NoteEdit::NoteEdit(qsizetype limit, QWidget* parent)
+    : QPlainTextEdit(parent), most_(limit), limit_(limit) {
   setTabChangesFocus(true);
   setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
   ulo::makeTouchable(this);
@@ -30,9 +31,12 @@ NoteEdit::NoteEdit(qsizetype limit, QWidget* parent) : QPlainTextEdit(parent), l
 void NoteEdit::setStored(const QString& text) {
   const QSignalBlocker quietly(this);
   stored_ = text;
-  setPlainText(ulo::wholeLetters(text, limit_));
+  const QString beginning = ulo::wholeLetters(text, most_);
+  rest_ = text.sliced(beginning.size());
+  setPlainText(beginning);
   shown_ = content();
   before_ = shown_;
+  limit_ = rest_.isEmpty() ? most_ : shown_.size();
 }
 
 // Other than toPlainText it leaves blanks that keep words together as they are.
@@ -42,7 +46,7 @@ QString NoteEdit::content() const {
 
 QString NoteEdit::value() const {
   const QString now = content();
-  return now == shown_ ? stored_ : now;
+  return now == shown_ ? stored_ : now + rest_;
 }
 
 qsizetype NoteEdit::left() const {

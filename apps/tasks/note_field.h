@@ -14,9 +14,10 @@ class NoteEdit : public QPlainTextEdit {
 public:
   explicit NoteEdit(qsizetype limit, QWidget* parent = nullptr);
 
-  // Shows a text, its beginning where it is too long, without a signal.
+  // Shows a text, its beginning where it is too long, without a signal. The rest is kept.
   void setStored(const QString& text);
-  // The stored text, unit by unit, where the user has not changed what is shown.
+  // The text that is shown, followed by the rest of a stored one that is too long; the stored text,
+  // unit by unit, if the user has not changed what is shown.
   [[nodiscard]] QString value() const;
   // How many characters of 16 bits may still be put in.
   [[nodiscard]] qsizetype left() const;
@@ -31,8 +32,10 @@ private:
   [[nodiscard]] QString content() const;
   void limit();
 
-  qsizetype limit_;
-  QString before_;  // the content before the last change
+  const qsizetype most_;
+  qsizetype limit_;  // for what is shown; lower beside a rest
+  QString rest_;     // of the stored text, which is not shown
+  QString before_;   // the content before the last change
   QString stored_;
   QString shown_;  // what the lines made of it
 };

@@ -2,8 +2,10 @@
 
 #include "ZWrappedText.h"
 #include "look.h"
+#include "screen_reader.h"
 #include "texts.h"
 
+#include <QAccessibleWidget>
 #include <QBoxLayout>
 #include <QPainter>
 #include <QToolButton>
@@ -13,9 +15,20 @@
 
 namespace tasks {
 
+namespace {
+
+// Screen readers say what an alert contains when it is shown.
+QAccessibleInterface* alertOf(const QString&, QObject* object) {
+  auto* bar = qobject_cast<NoticeBar*>(object);
+  return bar == nullptr ? nullptr : new QAccessibleWidget(bar, QAccessible::AlertMessage);
+}
+
+}  // namespace
+
 NoticeBar::NoticeBar(QWidget* parent)
     : QWidget(parent), line_(new QBoxLayout(QBoxLayout::LeftToRight, this)),
       text_(new ZWrappedText(QString(), this)), undo_(new QToolButton(this)) {
+  QAccessible::installFactory(alertOf);
   const int gap = ulo::gap(this);
   line_->setContentsMargins(2 * gap, gap / 2, gap, gap / 2);
   line_->setSpacing(gap);
@@ -39,6 +52,8 @@ void NoticeBar::showText(const QString& text, bool isUndoable) {
   setAccessibleName(text);
   undo_->setVisible(isUndoable);
   arrange();
+  if (isVisible())
+    ulo::announce(this, text);
   show();
 }
 
@@ -76,6 +91,7 @@ void NoticeBar::showMessage(const QString& text) {
 // The screen that it is on may come later.
 void NoticeBar::showEvent(QShowEvent* event) {
   QWidget::showEvent(event);
+  ulo::announce(this, text_->text());
   if (undo_->isHidden() && !time_.isActive())
     time_.start();
 }

@@ -45,6 +45,11 @@ void PendingRemoval::commit() {
     work_.start();
 }
 
+void PendingRemoval::hasten() {
+  commit();
+  Q_EMIT changed();
+}
+
 void PendingRemoval::finish() {
   commit();
   while (removeNext()) {

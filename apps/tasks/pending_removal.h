@@ -27,11 +27,16 @@ public:
   void undo();
   // A task that is to be removed stays after all.
   void keep(unsigned int uid);
+  // Deletes everything that is scheduled without waiting for the undo period, in slices on the
+  // event loop. None of it can be restored any longer.
+  void hasten();
   // Removes everything now.
   void finish();
 
   // How many can be taken back.
   [[nodiscard]] std::size_t undoable() const { return undoable_.size(); }
+  // Whether nothing is scheduled or being deleted.
+  [[nodiscard]] bool isIdle() const { return undoable_.empty() && due_.empty(); }
   // All that is to be removed.
   [[nodiscard]] std::unordered_set<unsigned int> uids() const;
 

@@ -8,6 +8,8 @@
 
 #include "UTIL_TimeConversion.h"
 
+#include <algorithm>
+
 namespace tasks {
 
 namespace {
@@ -25,6 +27,11 @@ constexpr int normalPriority = 5;
 // The store would end a text at a character 0.
 QString limited(QString text, qsizetype units) {
   return ulo::wholeLetters(text.remove(QChar(u'\0')), units);
+}
+
+// A text that other programs stored may be longer.
+qsizetype most(const QString& stored, qsizetype limit) {
+  return std::max(stored.size(), limit);
 }
 
 std::optional<QDateTime> dateOf(const Task& task, Task::TASK_FIELD_T field) {
@@ -60,13 +67,13 @@ bool TaskDraft::isNew() const {
 void TaskDraft::setSummary(const QString& text) {
   const QString before = original_.getString(Task::TASK_FIELD_SUMMARY);
   wanted_.setString(Task::TASK_FIELD_SUMMARY,
-                    text == before ? before : limited(text, Task::summaryLimit));
+                    text == before ? before : limited(text, most(before, Task::summaryLimit)));
 }
 
 void TaskDraft::setNote(const QString& text) {
   const QString before = original_.getString(Task::TASK_FIELD_NOTE);
   wanted_.setString(Task::TASK_FIELD_NOTE,
-                    text == before ? before : limited(text, Task::noteLimit));
+                    text == before ? before : limited(text, most(before, Task::noteLimit)));
 }
 
 void TaskDraft::setDue(const std::optional<QDate>& day) {

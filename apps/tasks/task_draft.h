@@ -25,7 +25,8 @@ public:
   [[nodiscard]] const ZTASK_ENG_Task& original() const { return original_; }
   [[nodiscard]] bool isNew() const;
 
-  // Texts are cut, at a whole letter, to what a task holds.
+  // Texts are cut, at a whole letter, to what a task holds, or to the length of the stored text if
+  // that is longer.
   void setSummary(const QString& text);
   void setNote(const QString& text);
   // Local midnight of a day; the time of day that was stored where there was one. Nothing for a

@@ -114,6 +114,7 @@ std::vector<unsigned int> TaskListModel::readSlice(Listing& listing) {
 
 void TaskListModel::start() {
   coming_.reset();
+  choosingAll_ = false;
   isOld_ = false;
   Listing listing = begin();
   if (!isWhole(listing))
@@ -149,9 +150,12 @@ void TaskListModel::renewRows() {
 
 void TaskListModel::show(Listing listing) {
   beginResetModel();
+  if (choosingAll_)
+    chooseNewRows(listing);
   shown_ = std::move(listing);
   if (isWhole(shown_))
     dropLostChoices();
+  choosingAll_ = choosingAll_ && isReading();
   endResetModel();
   if (isReading())
     reading_.start();
@@ -186,10 +190,14 @@ void TaskListModel::fetchMore(const QModelIndex& parent) {
     const int rows = rowCount();
     beginInsertRows({}, rows, rows + static_cast<int>(found.size()) - 1);
     shown_.places.insert(shown_.places.end(), found.begin(), found.end());
+    if (choosingAll_)
+      for (const unsigned int place : found)
+        chosen_.insert(shown_.uids[place]);
     endInsertRows();
   }
   if (isWhole(shown_))
     dropLostChoices();
+  choosingAll_ = choosingAll_ && isReading();
   if (!isReading())
     reading_.stop();
   Q_EMIT stateChanged();
@@ -203,6 +211,17 @@ void TaskListModel::dropLostChoices() {
     if (chosen_.contains(shown_.uids[place]))
       kept.insert(shown_.uids[place]);
   chosen_ = std::move(kept);
+}
+
+// The rows that take the place of the shown ones and were not among them: whether one of those is
+// chosen is up to the user.
+void TaskListModel::chooseNewRows(const Listing& listing) {
+  std::unordered_set<unsigned int> before;
+  for (const unsigned int place : shown_.places)
+    before.insert(shown_.uids[place]);
+  for (const unsigned int place : listing.places)
+    if (!before.contains(listing.uids[place]))
+      chosen_.insert(listing.uids[place]);
 }
 
 unsigned int TaskListModel::uidAt(int row) const {
@@ -220,24 +239,29 @@ void TaskListModel::setChosen(int row, bool chosen) {
     chosen_.insert(uidAt(row));
   else
     chosen_.erase(uidAt(row));
-  Q_EMIT dataChanged(index(row), index(row), {ChosenRole});
+  Q_EMIT dataChanged(index(row), index(row), {ChosenRole, Qt::CheckStateRole});
   Q_EMIT stateChanged();
 }
 
 void TaskListModel::chooseAll() {
-  while (isReading())
-    goOn();
+  choosingAll_ = isReading();
   for (const unsigned int place : shown_.places)
     chosen_.insert(shown_.uids[place]);
   if (rowCount() > 0)
-    Q_EMIT dataChanged(index(0), index(rowCount() - 1), {ChosenRole});
+    Q_EMIT dataChanged(index(0), index(rowCount() - 1), {ChosenRole, Qt::CheckStateRole});
   Q_EMIT stateChanged();
 }
 
+void TaskListModel::setChoosing(bool choosing) {
+  choosing_ = choosing;
+  chooseNone();
+}
+
 void TaskListModel::chooseNone() {
+  choosingAll_ = false;
   chosen_.clear();
   if (rowCount() > 0)
-    Q_EMIT dataChanged(index(0), index(rowCount() - 1), {ChosenRole});
+    Q_EMIT dataChanged(index(0), index(rowCount() - 1), {ChosenRole, Qt::CheckStateRole});
   Q_EMIT stateChanged();
 }
 
@@ -253,11 +277,20 @@ int TaskListModel::rowCount(const QModelIndex& parent) const {
   return parent.isValid() ? 0 : static_cast<int>(shown_.places.size());
 }
 
+Qt::ItemFlags TaskListModel::flags(const QModelIndex& index) const {
+  return QAbstractListModel::flags(index) | (choosing_ ? Qt::ItemIsUserCheckable : Qt::NoItemFlags);
+}
+
 QVariant TaskListModel::data(const QModelIndex& index, int role) const {
   if (!index.isValid() || index.row() >= rowCount())
     return {};
-  if (role == ChosenRole)
-    return chosen_.contains(uidAt(index.row()));
+  const bool asksForCheck = role == Qt::CheckStateRole;
+  if (role == ChosenRole || (asksForCheck && choosing_)) {
+    const bool chosen = chosen_.contains(uidAt(index.row()));
+    return asksForCheck ? QVariant(chosen ? Qt::Checked : Qt::Unchecked) : QVariant(chosen);
+  }
+  if (asksForCheck)
+    return {};
   const ZTASK_ENG_Task* task = record(index.row());
   if (task == nullptr)
     return {};

@@ -64,9 +64,15 @@ public:
   // -1 for a task that has no row.
   [[nodiscard]] int rowOf(unsigned int uid) const;
 
+  // While the user chooses tasks, rows can be checked (Qt::CheckStateRole): the chosen ones are.
+  // Begins and ends with none chosen.
+  void setChoosing(bool choosing);
   // Tasks that the user has chosen. One that loses its row is no longer chosen.
   void setChosen(int row, bool chosen);
+  // Chooses all rows, and each row that is still to come until all are read.
   void chooseAll();
+  // Whether chooseAll waits for rows.
+  [[nodiscard]] bool isChoosingAll() const { return choosingAll_; }
   void chooseNone();
   [[nodiscard]] unsigned int chosenCount() const {
     return static_cast<unsigned int>(chosen_.size());
@@ -76,6 +82,7 @@ public:
 
   [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
   [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
+  [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& index) const override;
   [[nodiscard]] bool canFetchMore(const QModelIndex& parent) const override;
   // Reads pages for some milliseconds.
   void fetchMore(const QModelIndex& parent) override;
@@ -103,6 +110,7 @@ private:
   void renewRows();
   void dropHidden(Listing& listing) const;
   void dropLostChoices();
+  void chooseNewRows(const Listing& listing);
   [[nodiscard]] const ZTASK_ENG_Task* record(int row) const;
   void readRecords(unsigned int place) const;
 
@@ -112,6 +120,8 @@ private:
   ListFilter filter_;
   std::unordered_set<unsigned int> hidden_;
   std::unordered_set<unsigned int> chosen_;
+  bool choosing_ = false;
+  bool choosingAll_ = false;
   Listing shown_;
   std::optional<Listing> coming_;  // takes the place of the shown one when it is whole
   bool isOld_ = false;             // the store has changed since that was begun

@@ -4,6 +4,7 @@
 #include "task_list_model.h"
 #include "task_row.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QKeyEvent>
 #include <QScrollBar>
@@ -41,16 +42,37 @@ void TaskListView::goTo(int row) {
   scrollTo(currentIndex());
 }
 
+std::pair<int, int> TaskListView::visibleRows() const {
+  const int height = TaskRow::heightOf(this);
+  const int first = verticalScrollBar()->value() / height;
+  return {first, std::min(tasks_.rowCount(), first + viewport()->height() / height + 1)};
+}
+
+// A screen reader hears which of the rows that are seen were chosen, or no longer are.
+void TaskListView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
+                               const QList<int>& roles) {
+  QListView::dataChanged(topLeft, bottomRight, roles);
+  if (!QAccessible::isActive() || !roles.contains(Qt::CheckStateRole))
+    return;
+  const auto [first, last] = visibleRows();
+  QAccessible::State changed;
+  changed.checked = true;
+  for (int row = std::max(first, topLeft.row()); row < std::min(last, bottomRight.row() + 1);
+       ++row) {
+    QAccessibleStateChangeEvent event(this, changed);
+    event.setChild(row);
+    QAccessible::updateAccessibility(&event);
+  }
+}
+
 void TaskListView::notePlace() {
   place_ = {};
   place_.row = currentRow();
   if (place_.row >= 0)
     place_.uid = tasks_.uidAt(place_.row);
   place_.scrolled = verticalScrollBar()->value();
-  const int height = TaskRow::heightOf(this);
-  const int first = place_.scrolled / height;
-  place_.offset = place_.scrolled % height;
-  const int last = std::min(tasks_.rowCount(), first + viewport()->height() / height + 1);
+  place_.offset = place_.scrolled % TaskRow::heightOf(this);
+  const auto [first, last] = visibleRows();
   for (int row = first; row < last; ++row)
     place_.seen.push_back(tasks_.uidAt(row));
 }

@@ -5,6 +5,7 @@
 #include <QListView>
 
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace tasks {
@@ -35,6 +36,8 @@ Q_SIGNALS:
   void removalAsked();
 
 protected:
+  void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
+                   const QList<int>& roles) override;
   void keyPressEvent(QKeyEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
@@ -55,6 +58,8 @@ private:
   void notePlace();
   void takePlace();
   void letGo();
+  // The first row that is seen, and the one after the last.
+  [[nodiscard]] std::pair<int, int> visibleRows() const;
 
   TaskListModel& tasks_;
   TaskRow* row_;

@@ -74,10 +74,10 @@ TaskWindow::TaskWindow(ZTASK_ENG_Model& store)
   tidying_.setInterval(std::chrono::milliseconds(100));
   connect(&tidying_, &QTimer::timeout, this, &TaskWindow::tidy);
   connect(&alarms_, &Alarms::opened, this, &TaskWindow::openTask);
+  connect(&alarms_, &Alarms::notCompleted, this, &TaskWindow::tellNotCompleted);
   // Once the list is seen.
   QTimer::singleShot(0, &alarms_, SLOT(look()));
-  if (const auto* application = qobject_cast<ZApplication*>(qApp))
-    connect(application, &ZApplication::askReturnToIdle, this, &QWidget::close);
+  ulo::connectReturnToIdle(this, SLOT(close()));
 }
 
 void TaskWindow::follow(View& screen) {
@@ -223,6 +223,15 @@ void TaskWindow::openTask(unsigned int uid) {
   show();
   raise();
   activateWindow();
+}
+
+// The alarm was seen on the desktop; the window may be below others.
+void TaskWindow::tellNotCompleted(int code) {
+  list_->tell(
+      code == TASK_ENG_NOT_FOUND
+          ? ulo::text("TXT_RID_INSTRUCTIONALTXT_TASK_WAS_DELETED", "The task has been deleted.")
+          : ulo::text("TXT_RID_INSTRUCTIONALTXT_TASK_NOT_SAVED", "The task could not be saved."));
+  QApplication::alert(this);
 }
 
 void TaskWindow::import(const QStringList& paths) {

@@ -59,6 +59,7 @@ private:
   void showInList(unsigned int uid);
   void showScreen(TASK_UI_View::TASK_VIEW_TYPE type, TASK_UI_View* screen);
   [[nodiscard]] FormScreen* form() const;
+  void tellNotCompleted(int code);
   void importEnded(const ImportResult& result);
 
   ZTASK_ENG_Model& store_;

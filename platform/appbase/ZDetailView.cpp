@@ -1,13 +1,16 @@
 #include "ZDetailView.h"
 
 #include "ZWrappedText.h"
+#include "detail_interface.h"
 #include "look.h"
 
+#include <QAccessible>
 #include <QBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPainter>
 #include <QScrollBar>
+#include <QTimer>
 
 #include <algorithm>
 
@@ -101,6 +104,7 @@ void ZDetailItem::paintEvent(QPaintEvent*) {
 
 ZDetailView::ZDetailView(QWidget* parent, const char* name, int labelColumn)
     : QScrollArea(parent), labelColumn_(labelColumn) {
+  ulo::describeDetailViews();
   setObjectName(QString::fromLatin1(name));
   setFrameShape(NoFrame);
   setWidgetResizable(true);
@@ -143,6 +147,14 @@ void ZDetailView::markCurrent() {
     item(row)->setCurrent(row == current_ && hasFocus());
 }
 
+void ZDetailView::tellCurrent() {
+  ZDetailItem* row = item(current_);
+  if (row == nullptr || !hasFocus() || !QAccessible::isActive())
+    return;
+  QAccessibleEvent event(row, QAccessible::Focus);
+  QAccessible::updateAccessibility(&event);
+}
+
 void ZDetailView::resizeEvent(QResizeEvent* event) {
   arrange();
   QScrollArea::resizeEvent(event);
@@ -170,6 +182,7 @@ void ZDetailView::step(int by) {
     return;
   current_ += by;
   markCurrent();
+  tellCurrent();
   const QRect place = next->geometry();
   if (by > 0 && place.bottom() >= bottom)
     bar->setValue(std::min(place.y(), place.bottom() + 1 - viewport()->height()));
@@ -199,6 +212,8 @@ void ZDetailView::keyPressEvent(QKeyEvent* event) {
 void ZDetailView::focusInEvent(QFocusEvent* event) {
   QScrollArea::focusInEvent(event);
   markCurrent();
+  // After what Qt tells of the view itself.
+  QTimer::singleShot(0, this, [this] { tellCurrent(); });
 }
 
 void ZDetailView::focusOutEvent(QFocusEvent* event) {
@@ -213,6 +228,7 @@ bool ZDetailView::eventFilter(QObject* watched, QEvent* event) {
       current_ = static_cast<int>(found - items_.begin());
       setFocus(Qt::MouseFocusReason);
       markCurrent();
+      tellCurrent();
     }
   }
   return QScrollArea::eventFilter(watched, event);

@@ -39,7 +39,9 @@ public:
   // The label beside the content, in a column of so many pixels; above it for 0.
   void setLabelColumn(int width);
   [[nodiscard]] int labelWidth() const;
+  // The current row of a view that has the focus.
   void setCurrent(bool current);
+  [[nodiscard]] bool isCurrent() const { return current_; }
 
 protected:
   void paintEvent(QPaintEvent* event) override;
@@ -79,6 +81,8 @@ protected:
 private:
   void arrange();
   void markCurrent();
+  // Has screen readers know of the current row.
+  void tellCurrent();
   void step(int by);
 
   int labelColumn_;

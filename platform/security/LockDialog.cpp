@@ -4,6 +4,7 @@
 #include "ZSoftKey.h"
 #include "ZWrappedText.h"
 #include "look.h"
+#include "screen_reader.h"
 #include "texts.h"
 
 #include <QLineEdit>
@@ -80,6 +81,7 @@ void LockDialog::accept() {
     say(ulo::text("TXT_RID_INSTRUCTIONALTXT_LOCK_CODE_CANNOT_BE_CHECKED",
                   "The code cannot be checked."),
         milliseconds(0));
+    ulo::announce(message_, message());
     break;
   case ulo::AppLock::Answer::wrong:
   case ulo::AppLock::Answer::tooEarly:
@@ -88,12 +90,15 @@ void LockDialog::accept() {
     else
       say(ulo::text("TXT_RID_INSTRUCTIONALTXT_WRONG_LOCK_CODE", "Wrong code. Please try again."),
           milliseconds(0));
+    ulo::announce(message_, message());
     break;
   }
 }
 
 void LockDialog::say(const QString& text, milliseconds wait) {
   message_->setText(text);
+  // A screen reader says what changes about the field that has the focus.
+  code_->setAccessibleDescription(text == enterCode() ? QString() : text);
   keys()->setKeyEnabled(ZSoftKey::left, wait.count() == 0);
 }
 
@@ -101,6 +106,7 @@ void LockDialog::countDown() {
   const milliseconds wait = lock_.wait();
   if (wait.count() == 0) {
     say(enterCode(), wait);
+    ulo::announce(message_, message());
     return;
   }
   say(ulo::text("FMT_RID_INSTRUCTIONALTXT_TOO_MANY_WRONG_LOCK_CODES_1",

@@ -8,6 +8,7 @@
 #include "ZWrappedText.h"
 #include "gui_test.h"
 #include "log_capture.h"
+#include "screen_reader_probe.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -82,6 +83,29 @@ TEST_F(DetailRows, HoldWhatWasAppended) {
   EXPECT_EQ(rows_.item(0), item);
   EXPECT_EQ(rows_.item(1), nullptr);
   EXPECT_EQ(rows_.item(-1), nullptr);
+}
+
+TEST_F(DetailRows, TellScreenReadersWhichIsCurrent) {
+  const ScreenReader reader;
+  add(QStringLiteral("Title:"), QStringLiteral("Buy milk"));
+  add(QStringLiteral("Status:"), QStringLiteral("Incomplete"));
+  show(240, 320);
+  ASSERT_TRUE(
+      QTest::qWaitFor([&] { return reader.last(QAccessible::Focus).name == "Title: Buy milk"; }));
+  QTest::keyClick(&rows_, Qt::Key_Down);
+  EXPECT_EQ(reader.last(QAccessible::Focus).name, "Status: Incomplete");
+  EXPECT_EQ(reader.last(QAccessible::Focus).role, QAccessible::ListItem);
+  EXPECT_TRUE(reader.last(QAccessible::Focus).state.selected);
+
+  QAccessibleInterface* list = QAccessible::queryAccessibleInterface(&rows_);
+  EXPECT_EQ(list->role(), QAccessible::List);
+  ASSERT_EQ(list->childCount(), 2);
+  EXPECT_EQ(list->focusChild(), list->child(1));
+  EXPECT_EQ(list->indexOfChild(list->child(1)), 1);
+  EXPECT_EQ(list->child(1)->parent(), list);
+  EXPECT_TRUE(list->child(1)->state().focused);
+  EXPECT_FALSE(list->child(0)->state().focused);
+  EXPECT_FALSE(list->child(0)->state().selected);
 }
 
 TEST_F(DetailRows, AnIconStandsInTheMiddleOfItsTextOrAtItsTop) {

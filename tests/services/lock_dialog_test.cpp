@@ -8,8 +8,10 @@
 #include "ZSoftKey.h"
 #include "gui_test.h"
 #include "log_capture.h"
+#include "screen_reader_probe.h"
 
 #include <QLineEdit>
+#include <QPointer>
 #include <QSignalSpy>
 #include <QTest>
 #include <QToolButton>
@@ -167,6 +169,33 @@ TEST_F(LockDialogTest, ACodeThatCannotBeCheckedIsSaid) {
   EXPECT_EQ(asking.message(), "The code cannot be checked.");
 }
 
+TEST_F(LockDialogTest, TellsScreenReadersOfWrongCodesAndOfTheWait) {
+  const ScreenReader reader;
+  LockDialog& asking = dialog();
+  const auto alert = [&] { return reader.last(QAccessible::Alert).name; };
+  // What is said of the field that has the focus.
+  const auto description = [&] {
+    return QAccessible::queryAccessibleInterface(codeOf(asking))->text(QAccessible::Description);
+  };
+  EXPECT_EQ(alert(), "");
+  enter(asking, "1235");
+  EXPECT_EQ(alert(), "Wrong code. Please try again.");
+  EXPECT_EQ(description(), "Wrong code. Please try again.");
+  for (int i = 0; i < 3; ++i)
+    enter(asking, "wrong");
+  EXPECT_EQ(alert(), "Too many wrong codes. Next try in 0:02.");
+  now_.sinceBoot += seconds(1);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return description().endsWith("0:01."); }));
+  EXPECT_FALSE(reader.names(QAccessible::DescriptionChanged).empty());
+  now_.sinceBoot += seconds(1);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return alert() == "Enter the lock code:"; }));
+  EXPECT_EQ(description(), "");
+  write("damaged");
+  LogCapture log;
+  enter(asking, "1234");
+  EXPECT_EQ(alert(), "The code cannot be checked.");
+}
+
 TEST_F(LockDialogTest, SpeaksTheLanguageOfTheApplication) {
   application().setLanguages({"de"});
   EXPECT_EQ(dialog().message(), QString::fromUtf8("Geben Sie den Sperrcode ein:"));
@@ -218,6 +247,23 @@ TEST_F(LockCheckTest, WrongCodesAreKeptForTheNextCheck) {
   ASSERT_NE(text.find(one), std::string::npos) << text;
   write(text.replace(text.find(one), one.size(), "\"failures\": 30"));
   EXPECT_EQ(answerTo("1234", Qt::Key_Return), 0);
+}
+
+TEST_F(LockCheckTest, TheWindowBelowMayGoWhileTheCodeIsAskedFor) {
+  LogCapture log;
+  auto* window = new QWidget;
+  window->show();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(window));
+  QPointer<QWidget> asking;
+  QTimer::singleShot(0, &application(), [&] {
+    asking = QApplication::activeModalWidget();
+    ASSERT_FALSE(asking.isNull());
+    EXPECT_EQ(asking->parentWidget(), window);
+    delete window;
+  });
+  EXPECT_EQ(SETUP_SECURITY_Util_appLockCheck_modelUI("{}", 1), 0);
+  EXPECT_TRUE(asking.isNull());
+  EXPECT_THAT(log.text(), HasSubstr("The lock of {} was not opened"));
 }
 
 TEST_F(LockCheckTest, AnotherThreadIsRefused) {

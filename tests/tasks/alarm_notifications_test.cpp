@@ -206,6 +206,18 @@ TEST_F(Notifications, OfATaskThatIsDoneMeanwhileAreTakenAway) {
   EXPECT_THAT(server_->closed, ElementsAre(server_->notes.front().id));
 }
 
+TEST_F(Notifications, GoWithTheProgram) {
+  auto program = std::make_unique<AlarmNotifications>(nullptr);
+  program->show(task(7, "a"));
+  program->show(task(8, "b"));
+  EXPECT_TRUE(waitUntil([&] { return server_->notes.size() == 2; }));
+  settle();
+  const std::uint32_t ids[] = {server_->notes[0].id, server_->notes[1].id};
+  program.reset();
+  EXPECT_TRUE(waitUntil([&] { return server_->closed.size() == 2; }));
+  EXPECT_THAT(server_->closed, testing::UnorderedElementsAreArray(ids));
+}
+
 TEST_F(Notifications, ANewServerKnowsNothingOfTheOldOne) {
   const std::uint32_t id = shown(task(7, "a")).id;
   server_.reset();

@@ -76,6 +76,19 @@ TEST(LineFields, GiveBackWhatWasStoredUnitByUnit) {
   }
 }
 
+TEST(LineFields, KeepWhatTheyDoNotShow) {
+  LineField line(10);
+  line.setStored(times(9) + bicycle + "rest");
+  QTest::keyClick(&line, Qt::Key_Delete);
+  EXPECT_EQ(line.value(), times(9).sliced(1) + bicycle + "rest");
+  QTest::keyClicks(&line, "xy");
+  EXPECT_EQ(line.value(), 'x' + times(9).sliced(1) + bicycle + "rest");
+  line.setStored("short");
+  line.end(false);
+  QTest::keyClicks(&line, "123456");
+  EXPECT_EQ(line.value(), "short12345");
+}
+
 class NoteFields : public testing::Test {
 protected:
   NoteFields() {
@@ -131,6 +144,26 @@ TEST_F(NoteFields, GiveBackWhatWasStoredUnitByUnit) {
     EXPECT_EQ(field_.value(), text);
     spy_.clear();
   }
+}
+
+// Other programs may store more than the form takes.
+TEST_F(NoteFields, KeepWhatTheyDoNotShow) {
+  const QString text = times(999) + bicycle + times(5000);
+  field_.setStored(text);
+  field_.edit()->moveCursor(QTextCursor::Start);
+  QTest::keyClick(field_.edit(), Qt::Key_Delete);
+  EXPECT_EQ(field_.value(), text.sliced(1));
+  QTest::keyClicks(field_.edit(), "xy");
+  EXPECT_EQ(field_.value(), 'x' + text.sliced(1));
+  field_.edit()->selectAll();
+  paste("new");
+  EXPECT_EQ(field_.value(), "new" + text.sliced(999));
+  paste(times(2000));
+  EXPECT_EQ(field_.value(), "new" + times(996) + text.sliced(999));
+  field_.setStored("short");
+  field_.edit()->moveCursor(QTextCursor::End);
+  paste(times(995));
+  EXPECT_EQ(field_.value(), "short" + times(995));
 }
 
 TEST_F(NoteFields, LeaveTheRestOfAnEditedTextAlone) {

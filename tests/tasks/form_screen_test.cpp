@@ -240,6 +240,24 @@ TEST_F(Form, TextsEndAtTheirLimits) {
   EXPECT_EQ(only().getString(Task::TASK_FIELD_NOTE), QString(Task::noteLimit - 1, u'n') + 'x');
 }
 
+TEST_F(Form, LongTextsAreNotCutByAnEdit) {
+  Task task;
+  task.setString(Task::TASK_FIELD_SUMMARY, QString(600, u's'));
+  task.setString(Task::TASK_FIELD_NOTE, QString(6000, u'n'));
+  ASSERT_EQ(store_.addTask(task), ok);
+  open(&task);
+  title()->home(false);
+  note()->moveCursor(QTextCursor::Start);
+  for (QWidget* field : {static_cast<QWidget*>(title()), static_cast<QWidget*>(note())}) {
+    QTest::keyClick(field, Qt::Key_Delete);
+    QTest::keyClick(field, Qt::Key_Delete);
+    QTest::keyClicks(field, "x");
+  }
+  EXPECT_TRUE(form_->save());
+  EXPECT_EQ(only().getString(Task::TASK_FIELD_SUMMARY), 'x' + QString(598, u's'));
+  EXPECT_EQ(only().getString(Task::TASK_FIELD_NOTE), 'x' + QString(5998, u'n'));
+}
+
 TEST_F(Form, TheSoftKeysWorkInEveryField) {
   open();
   const auto* menu = form_->findChild<ZOptionsMenu*>();

@@ -4,6 +4,7 @@
 #include "list_settings.h"
 #include "list_test.h"
 #include "notice_bar.h"
+#include "screen_reader_probe.h"
 
 #include <QComboBox>
 #include <QLineEdit>
@@ -256,6 +257,113 @@ TEST_F(List, AllAreSelectedAndUnselected) {
   key(Qt::Key_F3);
   EXPECT_EQ(screen_->appTitle(), "All Tasks");
   EXPECT_EQ(model_->chosenCount(), 0);
+}
+
+// What is found later would be left out.
+TEST_F(List, NothingIsDeletedWhileAllAreStillBeingSelected) {
+  raw_.run("with recursive n(i) as (select 1 union all select i + 1 from n where i < 30000) "
+           "insert into task_table_task (summary, note, status, priority, due, alarm, \"end\", "
+           "revision, categoryUid) select printf('task %05d', i), '', 1, 5, 1000000 + i, "
+           "2147483647, 2147483647, 0, 1 from n");
+  open();
+  model_->setFilter({{"9"}, {}});
+  ASSERT_TRUE(model_->isReading());
+  take(11);
+  take(15);
+  ASSERT_TRUE(model_->isChoosingAll());
+  const auto* deleteKey = screen_->cstWidget()->findChild<QToolButton*>(
+      QStringLiteral("softkey%1").arg(ZSoftKey::middle));
+  EXPECT_FALSE(deleteKey->isEnabled());
+  openMenu();
+  EXPECT_FALSE(menu()->item(17)->isEnabled());
+  QTest::keyClick(list_, Qt::Key_Delete);
+  EXPECT_GT(model_->chosenCount(), 0);
+  EXPECT_TRUE(waitFor([this] { return !model_->isReading(); }));
+  EXPECT_TRUE(deleteKey->isEnabled());
+  EXPECT_EQ(screen_->appTitle(), "10316 Selected");
+}
+
+TEST_F(List, ScreenReadersHearWhichRowsAreChosen) {
+  add("b");
+  add("a");
+  open();
+  const ScreenReader reader;
+  const auto heard = [&] { return reader.last(QAccessible::StateChanged); };
+  take(11);
+  EXPECT_TRUE(heard().state.checkable);
+  EXPECT_FALSE(heard().state.checked);
+  key(Qt::Key_Space);
+  EXPECT_EQ(heard().name, rows()[0]);
+  EXPECT_TRUE(heard().state.checked);
+  key(Qt::Key_Space);
+  EXPECT_EQ(heard().name, rows()[0]);
+  EXPECT_FALSE(heard().state.checked);
+  reader.forget();
+  take(15);
+  EXPECT_THAT(reader.names(QAccessible::StateChanged), ElementsAre(rows()[0], rows()[1]));
+  EXPECT_TRUE(heard().state.checked);
+  key(Qt::Key_F3);
+  EXPECT_FALSE(heard().state.checkable);
+  EXPECT_FALSE(heard().state.checked);
+}
+
+TEST_F(List, NoticesReachScreenReaders) {
+  add("b");
+  add("a");
+  open();
+  const ScreenReader reader;
+  key(Qt::Key_Delete);
+  EXPECT_EQ(reader.last(QAccessible::Alert).name, "Task deleted");
+  EXPECT_EQ(reader.last(QAccessible::Alert).role, QAccessible::AlertMessage);
+  key(Qt::Key_Z, Qt::ControlModifier);
+  screen_->tell("first");
+  EXPECT_EQ(reader.last(QAccessible::Alert).name, "first");
+  screen_->tell("second");
+  EXPECT_EQ(reader.last(QAccessible::Alert).name, "second");
+}
+
+TEST_F(List, SharingATaskThatIsGoneSaysSo) {
+  const auto notice = [this] {
+    open();
+    return screen_->findChild<NoticeBar*>();
+  };
+  for (const int way : {9, 10}) {
+    const unsigned int a = add("a");
+    const auto* shown = notice();
+    openMenu();
+    ASSERT_EQ(store_.removeTask(a), ok);
+    menu()->item(way)->trigger();
+    EXPECT_TRUE(shown->isVisible());
+    EXPECT_EQ(shown->accessibleName(), "The task has been deleted.");
+    EXPECT_THAT(rows(), ElementsAre());
+  }
+  add("a");
+  const auto* shown = notice();
+  openMenu();
+  raw_.run("drop table task_table_task");
+  menu()->item(9)->trigger();
+  EXPECT_EQ(shown->accessibleName(), "The tasks can't be read. The log says why.");
+}
+
+TEST_F(List, SynchronizeFirstMakesTheRemovalsThatWerePutOff) {
+  const std::filesystem::path settings = directory_.path() / "settings";
+  std::filesystem::create_directories(settings / "ulo");
+  setenv("XDG_CONFIG_HOME", settings.c_str(), 1);
+  std::ofstream(settings / "ulo/applications.conf")
+      << '[' << AM_ActionData::synchroniser << "]\nExec=/bin/true\n";
+  add("b");
+  add("a");
+  open();
+  const std::string kept = rows()[1];
+  key(Qt::Key_Delete);
+  ASSERT_EQ(allUids().size(), 2);
+  take(18);
+  const auto* notice = screen_->findChild<NoticeBar*>();
+  EXPECT_TRUE(waitFor([&] { return notice->accessibleName() == u"Synchronizing\u2026"; }));
+  ASSERT_EQ(allUids().size(), 1);
+  EXPECT_EQ(summary(stored(allUids().front())), kept);
+  EXPECT_THAT(rows(), ElementsAre(kept));
+  unsetenv("XDG_CONFIG_HOME");
 }
 
 TEST_F(List, EachModeHasItsMenu) {

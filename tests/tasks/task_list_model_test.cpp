@@ -252,12 +252,59 @@ TEST_F(Model, AllMeansAllThatAreShownOrComing) {
   model_.setFilter({{"9"}, {}});
   ASSERT_TRUE(model_.isReading());
   model_.chooseAll();
+  // It does not wait for them.
+  EXPECT_TRUE(model_.isReading());
+  EXPECT_TRUE(model_.isChoosingAll());
+  EXPECT_EQ(static_cast<int>(model_.chosenCount()), model_.rowCount());
+  EXPECT_TRUE(waitFor([this] { return !model_.isReading(); }));
+  EXPECT_FALSE(model_.isChoosingAll());
   EXPECT_EQ(model_.chosenCount(), 10'317);
   EXPECT_EQ(model_.rowCount(), 10'317);
   // What the filter no longer shows is no longer chosen.
   model_.setFilter({{"29999"}, {}});
   EXPECT_TRUE(waitFor([this] { return !model_.isReading(); }));
   EXPECT_EQ(model_.chosenCount(), 1);
+}
+
+TEST_F(Model, WhatTheUserUnchoosesWhileAllAreChosenStaysSo) {
+  addMany(30'000);
+  model_.setOrder({});
+  model_.setFilter({{"9"}, {}});
+  const auto finish = [this] {
+    ASSERT_TRUE(model_.isReading());
+    ASSERT_TRUE(waitFor([this] { return !model_.isReading(); }));
+  };
+  model_.chooseAll();
+  model_.setChosen(0, false);
+  finish();
+  EXPECT_EQ(model_.chosenCount(), 10'316);
+
+  // The same while the list is read anew, with tasks that come with it.
+  addMany(10);
+  model_.refresh();
+  model_.chooseAll();
+  model_.setChosen(1, false);
+  finish();
+  EXPECT_EQ(model_.chosenCount(), 10'317);
+
+  model_.refresh();
+  model_.chooseAll();
+  model_.chooseNone();
+  finish();
+  EXPECT_EQ(model_.chosenCount(), 0);
+}
+
+TEST_F(Model, ANewFilterEndsTheChoosingOfAll) {
+  addMany(30'000);
+  model_.setOrder({});
+  model_.setFilter({{"9"}, {}});
+  ASSERT_TRUE(model_.isReading());
+  const int known = model_.rowCount();
+  model_.chooseAll();
+  model_.setFilter({{"task"}, {}});
+  EXPECT_FALSE(model_.isChoosingAll());
+  EXPECT_TRUE(waitFor([this] { return !model_.isReading(); }));
+  EXPECT_EQ(static_cast<int>(model_.chosenCount()), known);
 }
 
 TEST_F(Model, AStoreThatAnswersWithAnErrorIsAnEmptyList) {

@@ -8,6 +8,7 @@
 #include "line_field.h"
 #include "list_screen.h"
 #include "messages.h"
+#include "notice_bar.h"
 #include "ulotask_process.h"
 #include "window_test.h"
 
@@ -214,6 +215,24 @@ TEST_F(Window, AnAlarmChecksItsTaskOff) {
   ASSERT_TRUE(waitFor([&] { return !server.notes.empty(); }));
   server.invoke(server.notes[0].id, "done");
   EXPECT_TRUE(waitFor([this] { return only().getStatusValue() == 0; }));
+}
+
+TEST_F(Window, AnAlarmWhoseTaskCannotBeCheckedOffSaysSo) {
+  NotificationServer server(bus_);
+  Task task;
+  task.setString(Task::TASK_FIELD_SUMMARY, "wake up");
+  task.setStatus(1);
+  task.setDateTime(Task::TASK_FIELD_ALARM, QDateTime::currentDateTime().addSecs(2));
+  ASSERT_EQ(store_.addTask(task), ok);
+  open();
+  ASSERT_TRUE(waitFor([&] { return !server.notes.empty(); }));
+  raw_.run("create trigger refusing before update on task_table_task "
+           "begin select raise(abort, 'no'); end");
+  server.invoke(server.notes[0].id, "done");
+  const auto* notice = window_->findChild<tasks::NoticeBar*>();
+  EXPECT_TRUE(waitFor([&] { return notice->accessibleName() == "The task could not be saved."; }));
+  EXPECT_TRUE(notice->isVisible());
+  EXPECT_EQ(only().getStatusValue(), 1);
 }
 
 TEST_F(Window, ATaskThatIsGoneIsNotOpened) {

@@ -94,6 +94,25 @@ TEST_F(Changes, DetailsFollowTheStore) {
   expectFocusAndTitle();
 }
 
+TEST_F(Changes, SharingFromDetailsOfATaskThatIsGoneSaysSo) {
+  const unsigned int a = add("a");
+  open();
+  key(Qt::Key_Return);
+  ASSERT_EQ(details(), "a");
+  bool asked = false;
+  QTimer::singleShot(0, window_.get(), [&] {
+    if (auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget())) {
+      asked = true;
+      dialog->reject();
+    }
+  });
+  ASSERT_EQ(store_.removeTask(a), ok);
+  current<TASK_UI_DetailView>()->sendToBluetooth();
+  EXPECT_TRUE(waitFor([this] { return told() == "The task has been deleted."; }));
+  EXPECT_FALSE(asked);
+  EXPECT_NE(current<ListScreen>(), nullptr);
+}
+
 TEST_F(Changes, AMenuIsNotTakenAway) {
   const unsigned int a = add("a");
   open();

@@ -1,0 +1,16 @@
+// What screen readers learn beyond what Qt tells them.
+#pragma once
+
+#include "export.h"
+
+#include <QString>
+
+class QWidget;
+
+namespace ulo {
+
+// Has a screen reader say a text that has appeared in `widget`, wherever the focus is. Does nothing
+// if accessibility is not in use.
+ULO_EXPORT void announce(QWidget* widget, const QString& text);
+
+}  // namespace ulo
