@@ -76,6 +76,10 @@ private:
                                         QAccessible::StateChanged, QAccessible::DescriptionChanged};
     if (std::find(std::begin(kinds), std::end(kinds), event->type()) == std::end(kinds))
       return;
+    // Keys that are enabled or not are not what tests look for.
+    if (event->type() == QAccessible::StateChanged &&
+        !static_cast<QAccessibleStateChangeEvent*>(event)->changedStates().checked)
+      return;
     QAccessibleInterface* about = event->accessibleInterface();
     if (about != nullptr)
       heard().push_back({event->type(), about->text(QAccessible::Name).toStdString(),

@@ -280,7 +280,7 @@ TEST_F(List, NothingIsDeletedWhileAllAreStillBeingSelected) {
   EXPECT_GT(model_->chosenCount(), 0);
   EXPECT_TRUE(waitFor([this] { return !model_->isReading(); }));
   EXPECT_TRUE(deleteKey->isEnabled());
-  EXPECT_EQ(screen_->appTitle(), "10316 Selected");
+  EXPECT_EQ(screen_->appTitle(), "10317 Selected");
 }
 
 TEST_F(List, ScreenReadersHearWhichRowsAreChosen) {

@@ -321,6 +321,7 @@ TEST(SyncAdaptorRaces, EveryProcessGetsTheWholeTextOfOneUid) {
   const DataDirectory directory;
   const TemporaryDirectory temporary;
   const TemporaryDirectory scratch;
+  const LogCapture log;
   Platform nothingSpecial;
   platform = &nothingSpecial;
   const QString outbound = QString::fromStdString(temporary.path().string());
