@@ -1,7 +1,9 @@
 #include "connection.h"
 
 #include "announcement.h"
+#include "files/store_file.h"
 #include "journal.h"
+#include "journal_schema.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -54,6 +56,7 @@ int lockDirectory(const std::string& directory) {
 Connection::Connection(const std::string& directory, const std::string& name)
     : path_(directory + "/" + name) {
   lock_.reset(lockDirectory(directory));
+  requireNotLost({directory, name});
   // Made here and not by SQLite, so that it is the owner's alone; SQLite's other files follow it.
   // And without opening it: closing it would end the locks that this process has on it.
   if (mknod(path_.c_str(), S_IFREG | 0600, 0) != 0 && errno != EEXIST)
@@ -117,6 +120,11 @@ void Connection::dropTables() {
   }
   if (tables.empty())
     return;
+  // A table with rows has lost its numbering: the file is damaged and must not lose the rows, too.
+  for (const std::string& table : tables)
+    if (table.rfind(journalPrefix, 0) != 0 &&
+        SqlStatement(database, "SELECT 1 FROM " + quoteName(table) + " LIMIT 1").step())
+      throw Failure(DB_CORRUPT, "the numbering of the rows of " + table + " is lost");
   SqlStatement(database, "BEGIN IMMEDIATE").run();
   for (const std::string& table : tables)
     SqlStatement(database, "DROP TABLE " + quoteName(table)).run();

@@ -1,0 +1,292 @@
+#include "files/store_file.h"
+
+#include "data_directory.h"
+#include "file_lock.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <filesystem>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace ulo::odb {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int storeNumber = 1;
+constexpr const char* storeName = "tasks.db";
+// The journal of version 0.1.
+constexpr const char* oldJournal = "/changes.db";
+
+constexpr int busyTimeoutMs = 10000;
+constexpr std::chrono::seconds directoryPatience{10};
+
+// Where SQLite locks a database file: a connection that is open holds a read lock in this range.
+constexpr off_t lockRangeStart = 0x40000000;
+constexpr off_t lockRangeLength = 512;
+
+Failure systemFailure(const std::string& what) {
+  const DB_Result code = errno == ENOSPC || errno == EDQUOT ? DB_FULL : DB_IO;
+  return {code, what + ": " + std::strerror(errno)};
+}
+
+bool exists(const std::string& path) {
+  struct stat status {};
+  return lstat(path.c_str(), &status) == 0;
+}
+
+// The newest store that was set aside, or an empty name.
+std::string setAside(const StorePlace& place) {
+  const std::string prefix = place.name + ".";
+  std::string newest;
+  std::error_code error;
+  for (fs::directory_iterator entry(place.directory, error), end; !error && entry != end;
+       entry.increment(error)) {
+    const std::string name = entry->path().filename().string();
+    const bool dated = name.size() > prefix.size() && name.compare(0, prefix.size(), prefix) == 0 &&
+                       std::isdigit(static_cast<unsigned char>(name[prefix.size()])) != 0;
+    if (dated && name.find("-wal") == std::string::npos)
+      newest = std::max(newest, name);
+  }
+  return newest;
+}
+
+void syncDirectory(const std::string& directory) {
+  const Descriptor descriptor(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (descriptor.isOpen())
+    static_cast<void>(fsync(descriptor.get()));
+}
+
+std::string directoryOf(const std::string& path) {
+  const std::string parent = fs::path(path).parent_path().string();
+  return parent.empty() ? "." : parent;
+}
+
+void rename(const std::string& from, const std::string& to) {
+  if (std::rename(from.c_str(), to.c_str()) != 0)
+    throw systemFailure(to);
+}
+
+// Renames unless there is a file of the new name.
+void renameToNew(const std::string& from, const std::string& to) {
+  if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
+    return;
+  if (errno == EEXIST)
+    throw Failure(DB_CONSTRAINT, to + ": " + std::strerror(errno));
+  // Not every file system can.
+  if (errno != EINVAL && errno != ENOSYS)
+    throw systemFailure(to);
+  if (exists(to))
+    throw Failure(DB_CONSTRAINT, to + ": " + std::strerror(EEXIST));
+  rename(from, to);
+}
+
+// A name beside the store that says when it was set aside.
+std::string keptName(const StorePlace& place) {
+  const std::time_t now = std::time(nullptr);
+  std::tm local{};
+  localtime_r(&now, &local);
+  std::array<char, 32> text{};
+  std::strftime(text.data(), text.size(), ".%Y%m%d-%H%M%S", &local);
+  const std::string base = place.path() + text.data();
+  std::string name = base;
+  for (int i = 2; exists(name) || exists(name + "-wal"); ++i)
+    name = base + "." + std::to_string(i);
+  return name;
+}
+
+}  // namespace
+
+Handle openFile(const std::string& path, int flags) {
+  sqlite3* opened = nullptr;
+  const int result = sqlite3_open_v2(path.c_str(), &opened,
+                                     flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_URI, nullptr);
+  Handle handle(opened);
+  if (opened == nullptr)
+    throw Failure(DB_NO_MEMORY, "no memory to open " + path);
+  if (result != SQLITE_OK)
+    throw sqliteFailure(opened, path);
+  sqlite3_busy_timeout(opened, busyTimeoutMs);
+  return handle;
+}
+
+void execute(sqlite3* database, const std::string& sql) {
+  SqlStatement(database, sql).run();
+}
+
+std::int64_t numberOf(sqlite3* database, const std::string& sql) {
+  SqlStatement statement(database, sql);
+  return statement.step() ? statement.integer(0) : 0;
+}
+
+StorePlace placeOf(int database) {
+  if (database != storeNumber)
+    throw Failure(DB_BAD_ARGUMENT, "there is no database " + std::to_string(database));
+  std::string directory = dataDirectory();
+  if (directory.empty())
+    throw Failure(DB_IO, std::string("there is no data directory: ") + std::strerror(errno));
+  return {std::move(directory), storeName};
+}
+
+bool hasContent(const std::string& path) {
+  struct stat status {};
+  return stat(path.c_str(), &status) == 0 && status.st_size > 0;
+}
+
+void requireNotLost(const StorePlace& place) {
+  const std::string path = place.path();
+  if (hasContent(path))
+    return;
+  std::string remains;
+  if (hasContent(place.log()))
+    remains = place.name + "-wal with changes to it";
+  else if (hasContent(place.directory + oldJournal))
+    remains = "a journal of its changes";
+  else if (const std::string kept = setAside(place); !kept.empty())
+    remains = kept + ", which was set aside,";
+  if (!remains.empty())
+    throw Failure(DB_CORRUPT, path + " is " + (exists(path) ? "empty" : "missing") + ", but " +
+                                  remains + " is there");
+}
+
+StoreLock::StoreLock(const StorePlace& place)
+    : directory_(open(place.directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
+  if (!directory_.isOpen())
+    throw systemFailure(place.directory);
+  // Held by every program while it opens the store.
+  if (!lockWithin(directory_.get(), directoryPatience))
+    throw Failure(DB_BUSY, "another program is opening the store in " + place.directory);
+  file_.reset(open(place.path().c_str(), O_RDWR | O_CLOEXEC));
+  if (!file_.isOpen()) {
+    if (errno == ENOENT)
+      return;
+    throw systemFailure(place.path());
+  }
+  struct flock range {};
+  range.l_type = F_WRLCK;
+  range.l_whence = SEEK_SET;
+  range.l_start = lockRangeStart;
+  range.l_len = lockRangeLength;
+  if (fcntl(file_.get(), F_OFD_SETLK, &range) == 0)
+    return;
+  const int reason = errno;
+  // If it is this process that has the store open, closing would release SQLite's own locks.
+  file_.release();
+  errno = reason;
+  if (reason == EAGAIN || reason == EACCES)
+    throw Failure(DB_BUSY, "another program has the store in " + place.directory + " open");
+  throw systemFailure("locking " + place.path());
+}
+
+FreshFile::FreshFile(const std::string& prefix) : path_(prefix + "XXXXXX") {
+  const Descriptor made(mkostemp(path_.data(), O_CLOEXEC));
+  if (!made.isOpen())
+    throw systemFailure(path_);
+}
+
+FreshFile::~FreshFile() {
+  if (path_.empty())
+    return;
+  for (const char* suffix : {"", "-journal", "-wal", "-shm"})
+    unlink((path_ + suffix).c_str());
+}
+
+void FreshFile::moveTo(const std::string& target, bool overwrite) {
+  {
+    const Descriptor file(open(path_.c_str(), O_RDWR | O_CLOEXEC));
+    if (!file.isOpen() || fsync(file.get()) != 0)
+      throw systemFailure(path_);
+  }
+  if (overwrite)
+    rename(path_, target);
+  else
+    renameToNew(path_, target);
+  path_.clear();
+  syncDirectory(directoryOf(target));
+}
+
+std::string freshPrefix(const StorePlace& place) {
+  const std::string name = place.name + ".new-";
+  std::error_code error;
+  for (fs::directory_iterator entry(place.directory, error), end; !error && entry != end;
+       entry.increment(error)) {
+    const std::string found = entry->path().filename().string();
+    if (found.compare(0, name.size(), name) == 0)
+      unlink(entry->path().c_str());
+  }
+  return place.directory + "/" + name;
+}
+
+std::string putInPlace(const StorePlace& place, FreshFile& fresh) {
+  const std::string path = place.path();
+  const std::string log = place.log();
+  std::string kept;
+  if (exists(path) || hasContent(log)) {
+    kept = keptName(place);
+    // Without a log one rename replaces the store: there is always a whole one. With a log there is
+    // none for a moment; a program that opens it then says so (requireNotLost).
+    const bool linked = !hasContent(log) && exists(path) && link(path.c_str(), kept.c_str()) == 0;
+    if (!linked && exists(path))
+      rename(path, kept);
+    if (hasContent(log))
+      rename(log, kept + "-wal");
+    else
+      unlink(log.c_str());
+    unlink((path + "-shm").c_str());
+    syncDirectory(place.directory);
+  }
+  fresh.moveTo(path, true);
+  return kept;
+}
+
+void foldLog(const StorePlace& place) {
+  if (!hasContent(place.path()) || !hasContent(place.log()))
+    return;
+  try {
+    const Handle handle = openFile(place.path());
+    sqlite3_busy_timeout(handle.get(), 0);
+    execute(handle.get(), "PRAGMA wal_checkpoint(TRUNCATE)");
+  } catch (const Failure&) {
+    // The log is kept beside the file then.
+  }
+}
+
+std::string contentOf(const std::string& path) {
+  const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  struct stat status {};
+  if (!file.isOpen() || fstat(file.get(), &status) != 0)
+    throw systemFailure(path);
+  std::string content(static_cast<std::size_t>(status.st_size), '\0');
+  std::size_t got = 0;
+  while (got < content.size()) {
+    const ssize_t count = read(file.get(), content.data() + got, content.size() - got);
+    if (count < 0 && errno != EINTR)
+      throw systemFailure(path);
+    if (count == 0)
+      break;
+    got += count > 0 ? static_cast<std::size_t>(count) : 0;
+  }
+  content.resize(got);
+  return content;
+}
+
+void writeContent(const std::string& path, const std::string& content) {
+  const Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
+  if (!file.isOpen())
+    throw systemFailure(path);
+  for (std::size_t done = 0; done < content.size();) {
+    const ssize_t count = write(file.get(), content.data() + done, content.size() - done);
+    if (count < 0 && errno != EINTR)
+      throw systemFailure(path);
+    done += count > 0 ? static_cast<std::size_t>(count) : 0;
+  }
+}
+
+}  // namespace ulo::odb
