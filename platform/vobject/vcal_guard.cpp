@@ -233,7 +233,7 @@ Verdict examine(ByteSource& source) {
       ++report.todos;
       break;
     case TodoScanner::Event::broken:
-      report = {scanner.problem(), scanner.problemLine(), 0};
+      report = {scanner.problem(), scanner.problemLine(), 0, {}};
       more = false;
       break;
     case TodoScanner::Event::end:
@@ -243,13 +243,16 @@ Verdict examine(ByteSource& source) {
       verdict.clean = scanner.isClean() && scanner.hasObjects();
       more = false;
       break;
-    case TodoScanner::Event::beginTodo:
     case TodoScanner::Event::property:
+      if (const Property& property = scanner.property(); property.tooLong)
+        report.tooLarge.push_back({property.header.name, property.line});
+      break;
+    case TodoScanner::Event::beginTodo:
       break;
     }
   }
   if (source.failed()) {
-    report = {TextProblem::unreadable, 0, 0};
+    report = {TextProblem::unreadable, 0, 0, {}};
     verdict.clean = false;
   }
   verdict.rejected = !verdict.clean && report.problem != TextProblem::none &&
@@ -257,7 +260,7 @@ Verdict examine(ByteSource& source) {
   return verdict;
 }
 
-constexpr Verdict unreadable{{TextProblem::unreadable, 0, 0}, false, true};
+const Verdict unreadable{{TextProblem::unreadable, 0, 0, {}}, false, true};
 
 const char* describe(TextProblem problem) {
   switch (problem) {

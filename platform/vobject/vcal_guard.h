@@ -27,10 +27,17 @@ enum class TextProblem {
   malformed,    // components nested deeper than `nestingLimit`
 };
 
+// A property beyond propertyLimit, which is left out.
+struct LargeProperty {
+  std::string name;
+  std::size_t line = 0;  // from 1
+};
+
 struct TextReport {
   TextProblem problem = TextProblem::none;
   std::size_t line = 0;   // the line to blame, from 1; 0 when it is not a single line
   std::size_t todos = 0;  // to-dos that can be read; 0 for a text that is not read at all
+  std::vector<LargeProperty> tooLarge;  // of the to-dos
 };
 
 // Limits of what is read. Texts beyond them are read without the part that is too large.
