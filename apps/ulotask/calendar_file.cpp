@@ -3,6 +3,7 @@
 #include "ZVtodoParser.h"
 #include "arguments.h"
 #include "exit_codes.h"
+#include "store_files.h"
 #include "text.h"
 #include "vcal_guard.h"
 
@@ -85,7 +86,7 @@ std::string readFile(const std::string& name, std::size_t limit) {
   }
 }
 
-void readCalendar(const std::string& name, QList<ZTASK_ENG_Task>& tasks) {
+std::vector<std::string> readCalendar(const std::string& name, QList<ZTASK_ENG_Task>& tasks) {
   std::string text = readFile(name, largestCalendar);
   if (text.empty())
     throw Failure(Exit::notCalendar, shownName(name) + " is empty");
@@ -108,6 +109,12 @@ void readCalendar(const std::string& name, QList<ZTASK_ENG_Task>& tasks) {
                                     counted(report.todos, "to-do") +
                                     " can be read; the log says why");
   }
+  std::vector<std::string> notices;
+  for (const ulo::LargeProperty& property : report.tooLarge)
+    notices.push_back(shownName(name) + ": a " + property.name + " of more than " +
+                      std::to_string(ulo::propertyLimit) + " bytes is left out (line " +
+                      std::to_string(property.line) + ")");
+  return notices;
 }
 
 std::string calendarText(QList<ZTASK_ENG_Task>& tasks) {
@@ -130,23 +137,28 @@ void writeFile(const std::string& name, const std::string& bytes) {
   const QString path = argumentText(name, "file name");
   const QByteArray data = QByteArray::fromStdString(bytes);
   const QFileInfo existing(path);
-  const auto require = [&](bool success, const QFileDevice& file) {
+  const auto require = [&](bool success, const std::string& reason) {
     if (!success)
-      throw Failure(Exit::notWritten,
-                    name + " can't be written: " + file.errorString().toStdString());
+      throw Failure(Exit::notWritten, name + " can't be written: " + reason);
   };
+  refuseStoreFile(name);
   if (existing.exists() && !existing.isFile() && !existing.isDir()) {
     // A device or a pipe is written, not replaced.
     QFile file(path);
-    require(file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
-                file.write(data) == data.size(),
-            file);
+    const bool written =
+        file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(data) == data.size();
+    require(written, file.errorString().toStdString());
     return;
   }
-  QSaveFile file(path);
-  require(file.open(QIODevice::WriteOnly), file);
-  file.write(data);
-  require(file.commit(), file);
+  const std::string target = targetOf(name);
+  QSaveFile file(argumentText(target, "file name"));
+  const bool written =
+      file.open(QIODevice::WriteOnly) && file.write(data) == data.size() && file.flush();
+  require(written, file.errorString().toStdString());
+  // A file system may report only now that there is no room.
+  require(::fsync(file.handle()) == 0, std::strerror(errno));
+  require(file.commit(), file.errorString().toStdString());
+  syncDirectoryOf(target);
 }
 
 }  // namespace ulotask

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 namespace ulotask {
 
@@ -17,14 +18,15 @@ inline constexpr std::size_t largestCalendar = 64UL * 1024 * 1024;
 std::string readFile(const std::string& name, std::size_t limit);
 
 // Puts the to-dos of a file, or of standard input for "-", into `tasks`. A Failure that names the
-// file and the reason when there are none or the text isn't whole; `tasks` is empty then.
-void readCalendar(const std::string& name, QList<ZTASK_ENG_Task>& tasks);
+// file and the reason when there are none or the text isn't whole; `tasks` is empty then. Returns a
+// sentence for each property that is too large and left out.
+std::vector<std::string> readCalendar(const std::string& name, QList<ZTASK_ENG_Task>& tasks);
 
 // The tasks as one vCalendar text.
 std::string calendarText(QList<ZTASK_ENG_Task>& tasks);
 
-// Writes the bytes into a file. A file that was there before is replaced when all is written, or
-// stays as it is.
+// Writes the bytes to a file. An existing file is replaced after all bytes have reached the disk;
+// if that fails, it is left unchanged. A file of the data directory is refused (see store_files.h).
 void writeFile(const std::string& name, const std::string& bytes);
 
 // How messages name a file.

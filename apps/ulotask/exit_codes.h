@@ -25,6 +25,9 @@ enum class Exit : int {
   malformed = 14,
   exists = 15,
   refused = 16,
+  inUse = 17,
+  fileExists = 18,
+  notStore = 19,
 };
 
 struct ExitMeaning {
@@ -45,11 +48,14 @@ inline constexpr ExitMeaning exitMeanings[] = {
     {Exit::storeFull, "the store is full"},
     {Exit::storeClosed, "the store can't be opened"},
     {Exit::storeUnsound, "db check found something wrong"},
-    {Exit::notWritten, "the output can't be written"},
+    {Exit::notWritten, "the output can't be written, or would go into the data directory"},
     {Exit::badScript, "a script or statement is wrong"},
     {Exit::malformed, "a vCalendar is not well formed"},
     {Exit::exists, "a category has this name already"},
     {Exit::refused, "the code of the lock is wrong, or it is too early to try again"},
+    {Exit::inUse, "another program has the store open"},
+    {Exit::fileExists, "a file exists already"},
+    {Exit::notStore, "a file is not a sound store, or nothing can be read from it"},
 };
 
 // Ends the program with `code` after `message`, which names what failed and why.

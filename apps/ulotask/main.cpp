@@ -5,11 +5,13 @@
 #include "log_sink.h"
 #include "output.h"
 #include "session.h"
+#include "time_zone.h"
 #include "verbs.h"
 
 #include <clocale>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <langinfo.h>
 #include <sstream>
@@ -42,6 +44,11 @@ std::string helpFooter() {
 }
 
 int run(int argc, char** argv) {
+  const bool completes = argc > 1 && std::strcmp(argv[1], ulotask::completeVerb) == 0;
+  const char* zone = std::getenv("TZ");
+  if (!completes && zone != nullptr && !ulotask::namesTimeZone(zone))
+    ulotask::printError(std::string("the time zone TZ=\"") + zone +
+                        "\" is unknown: times are in UTC");
   ulotask::Session session;
   CLI::App app("Keeps a to-do list and exchanges it as vCalendar 1.0 texts.", "ulotask");
   app.set_version_flag("--version", "ulotask " ULOTASK_VERSION);
@@ -65,7 +72,7 @@ int run(int argc, char** argv) {
   };
   try {
     try {
-      if (argc > 1 && std::strcmp(argv[1], ulotask::completeVerb) == 0)
+      if (completes)
         ulotask::complete(app, session, {argv + 2, argv + argc});
       else
         app.parse(argc, argv);

@@ -3,27 +3,70 @@
 #include "change_task.h"
 #include "data_directory.h"
 #include "exit_codes.h"
+#include "store_files.h"
 #include "task_format.h"
+#include "ulodb2.h"
+#include "ulodb2_files.h"
 #include "write_transaction.h"
 
 #include <QDateTime>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 
 namespace ulotask {
 namespace {
 
+constexpr int storeDatabase = 1;
 constexpr int statusNone = -1;
 
+void keepLine(void* text, const char* line) {
+  *static_cast<std::string*>(text) = line;
+}
+
+std::string reasonOf(int result) {
+  switch (result) {
+  case DB_CORRUPT:
+    return ": the file is damaged or not a store; try \"ulotask db rescue\", or \"ulotask db "
+           "restore FILE\" with a backup";
+  case DB_BUSY:
+    return ": another program keeps it locked";
+  case DB_FULL:
+    return ": the disk is full";
+  case DB_OK:
+    return "; \"ulotask db check\" examines it";
+  default:
+    return "; the log says why";
+  }
+}
+
 }  // namespace
+
+Failure closedStore() {
+  const std::string name = storeDirectoryName();
+  if (name.empty())
+    return {Exit::storeClosed, "cannot open the store: HOME is not set and ULO_DATA_DIR is empty"};
+  const std::string closed = "the store in \"" + name + "\" can't be opened";
+  if (ulo::dataDirectory().empty())
+    return {Exit::storeClosed, closed + ": " + std::strerror(errno)};
+  std::string lost;
+  if (DB_FindLost(storeDatabase, keepLine, &lost) == DB_CORRUPT)
+    return {Exit::storeClosed, closed + ": " + lost +
+                                   "; try \"ulotask db rescue\", or \"ulotask db restore FILE\" "
+                                   "with a backup"};
+  const int result = DB_Open(storeDatabase);
+  if (result == DB_OK)
+    DB_Close();
+  return {Exit::storeClosed, closed + reasonOf(result)};
+}
 
 ZTASK_ENG_Model& Session::store() {
   if (store_ == nullptr) {
     auto store = std::make_unique<ZTASK_ENG_Model>();
     int count = 0;
     if (store->getCount(count) == TASK_ENG_NOT_OPEN)
-      throw Failure(Exit::storeClosed, "the store in \"" + ulo::dataDirectory() +
-                                           "\" can't be opened; the log says why");
+      throw closedStore();
     store_ = std::move(store);
   }
   return *store_;
@@ -36,6 +79,22 @@ ZTASK_ENG_Task Session::task(unsigned int uid) {
     throw Failure(Exit::notFound, "no task has the UID " + std::to_string(uid));
   require(code, "reading task " + std::to_string(uid));
   return task;
+}
+
+void Session::inTransaction(const std::string& what, const std::function<void()>& work) {
+  store();
+  ulo::WriteTransaction transaction;
+  requireDatabase(transaction.result(), what);
+  try {
+    work();
+  } catch (...) {
+    knownCategories_.clear();
+    throw;
+  }
+  if (const int result = transaction.commit(); result != DB_OK) {
+    knownCategories_.clear();
+    requireDatabase(result, what);
+  }
 }
 
 int Session::add(ZTASK_ENG_Task& task) {
@@ -83,6 +142,20 @@ void require(int storeCode, const std::string& what) {
     throw Failure(Exit::storeFull, what + " failed: the store is full");
   throw Failure(Exit::failed, what + " failed: the store answers " + std::to_string(storeCode) +
                                   "; the log says why");
+}
+
+void requireDatabase(int result, const std::string& what) {
+  switch (result) {
+  case DB_OK:
+    return;
+  case DB_FULL:
+    throw Failure(Exit::storeFull, what + " failed: the store is full");
+  case DB_BUSY:
+    throw Failure(Exit::failed, what + " failed: another program keeps the store locked");
+  default:
+    throw Failure(Exit::failed, what + " failed: the database returns " + std::to_string(result) +
+                                    "; the log says why");
+  }
 }
 
 }  // namespace ulotask

@@ -2,8 +2,10 @@
 #pragma once
 
 #include "ZTASK_ENG_Model.h"
+#include "exit_codes.h"
 #include "output.h"
 
+#include <functional>
 #include <memory>
 #include <set>
 #include <string>
@@ -19,6 +21,11 @@ public:
 
   // The task with this UID; a Failure when there is none.
   ZTASK_ENG_Task task(unsigned int uid);
+  // Runs `work` in one write transaction: everything that it stores is committed, or nothing. An
+  // exception of `work` discards the transaction and is thrown on. A Failure if the transaction
+  // can't be begun or committed; its message begins with `what`.
+  void inTransaction(const std::string& what, const std::function<void()>& work);
+
   // Stores a new task as this program does: the change is dated now, and a task of no status
   // needs action. Gives the store's code; on success the task has its UID.
   int add(ZTASK_ENG_Task& task);
@@ -35,7 +42,12 @@ private:
   std::set<QString> knownCategories_;
 };
 
+// Why the store can't be opened, and which verb may help.
+Failure closedStore();
+
 // Throws the Failure that a store's answer other than 0 stands for; `what` is what was tried.
 void require(int storeCode, const std::string& what);
+// Does the same for a result of the database.
+void requireDatabase(int result, const std::string& what);
 
 }  // namespace ulotask

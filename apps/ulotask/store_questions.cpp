@@ -22,7 +22,7 @@ struct First {
 };
 
 constexpr const char* categoriesScript =
-    "sml:declare schema categories (name varchar, tasks integer);\n"
+    "sml:declare schema categories (uid integer, name varchar, flag bool, tasks integer);\n"
     "declare buffer schema categories;\n"
     "cursor $category = open_cursor('task_table_category');\n"
     "cursor $task = open_cursor('task_index_categoryId');\n"
@@ -37,12 +37,14 @@ constexpr const char* categoriesScript =
     "$tasks = $tasks + 1;\n"
     "$more = $task->move_next_in_dup();\n"
     "};\n"
+    "buffer_put(uid, $category->get_field('UID'));\n"
     "buffer_put(name, $category->get_field('name'));\n"
+    "buffer_put(flag, $category->get_field('flag'));\n"
     "buffer_put(tasks, $tasks);\n"
     "buffer_move_next();\n"
     "};";
 struct Categories {
-  enum Column { name, tasks };
+  enum Column { uid, name, flag, tasks };
 };
 
 constexpr const char* orphansScript = "sml:declare schema orphans (uid integer);\n"
@@ -61,7 +63,7 @@ struct Orphans {
   enum Column { uid };
 };
 
-void requireDatabase(int code, const char* what) {
+void requireRows(int code, const char* what) {
   if (code != DB_OK)
     throw Failure(Exit::failed, std::string(what) + " failed; the log says why");
 }
@@ -79,10 +81,10 @@ StoreQuestions::~StoreQuestions() {
 
 std::optional<unsigned int> StoreQuestions::firstTask(ZTASK_ENG_Model::TASK_SORT_FIELD sort) const {
   ResultRows rows;
-  requireDatabase(rows.query(firstScript, sort == ZTASK_ENG_Model::TASK_SORT_DUE
-                                              ? "task_index_due"
-                                              : "task_index_priority"),
-                  "looking for the first task");
+  requireRows(rows.query(firstScript, sort == ZTASK_ENG_Model::TASK_SORT_DUE
+                                          ? "task_index_due"
+                                          : "task_index_priority"),
+              "looking for the first task");
   if (rows.atEnd())
     return std::nullopt;
   return rows.uid(First::uid);
@@ -90,16 +92,17 @@ std::optional<unsigned int> StoreQuestions::firstTask(ZTASK_ENG_Model::TASK_SORT
 
 std::vector<StoreQuestions::Category> StoreQuestions::categories() const {
   ResultRows rows;
-  requireDatabase(rows.query(categoriesScript), "counting the tasks of the categories");
+  requireRows(rows.query(categoriesScript), "counting the tasks of the categories");
   std::vector<Category> found;
   for (; !rows.atEnd(); rows.next())
-    found.push_back({rows.varchar(Categories::name), rows.integer(Categories::tasks)});
+    found.push_back({rows.uid(Categories::uid), rows.varchar(Categories::name),
+                     rows.boolean(Categories::flag), rows.integer(Categories::tasks)});
   return found;
 }
 
 std::vector<unsigned int> StoreQuestions::tasksWithoutCategory() const {
   ResultRows rows;
-  requireDatabase(rows.query(orphansScript), "looking for categories that are gone");
+  requireRows(rows.query(orphansScript), "looking for categories that are gone");
   std::vector<unsigned int> uids;
   for (; !rows.atEnd(); rows.next())
     uids.push_back(rows.uid(Orphans::uid));

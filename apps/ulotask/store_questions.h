@@ -25,7 +25,9 @@ public:
   [[nodiscard]] std::optional<unsigned int> firstTask(ZTASK_ENG_Model::TASK_SORT_FIELD sort) const;
 
   struct Category {
-    QString name;  // null for the category of tasks without one
+    unsigned int uid;
+    QString name;     // null for the category of tasks without one
+    bool isOriginal;  // made at the first start
     int tasks;
   };
   // All categories in the order of their UIDs.

@@ -23,9 +23,12 @@ std::optional<std::string> cutToLimit(ZTASK_ENG_Task& task, ZTASK_ENG_Task::TASK
   const QString text = task.getString(field);
   if (entry == std::end(limited) || text.length() <= entry->limit)
     return std::nullopt;
-  task.setString(field, text.left(entry->limit));
+  const bool splits =
+      text[entry->limit - 1].isHighSurrogate() && text[entry->limit].isLowSurrogate();
+  const int kept = splits ? entry->limit - 1 : entry->limit;
+  task.setString(field, text.left(kept));
   return std::string("a ") + entry->name + " of " + std::to_string(text.length()) +
-         " characters is cut to its first " + std::to_string(entry->limit);
+         " characters is cut to its first " + std::to_string(kept);
 }
 
 std::vector<std::string> cutToLimits(ZTASK_ENG_Task& task) {

@@ -17,6 +17,6 @@ void addChangeVerbs(CLI::App& app, Session& session);    // changes
 void addSyncVerbs(CLI::App& app, Session& session);      // sync-item get, put, replace, rm, ids
 void addWatchVerb(CLI::App& app, Session& session);      // watch
 void addLockVerbs(CLI::App& app, Session& session);      // lock set, clear, status
-void addDatabaseVerbs(CLI::App& app, Session& session);  // db explain, db check
+void addDatabaseVerbs(CLI::App& app, Session& session);  // db explain, check, backup, ...
 
 }  // namespace ulotask

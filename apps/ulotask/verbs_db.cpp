@@ -2,10 +2,14 @@
 #include "change_journal.h"
 #include "data_directory.h"
 #include "exit_codes.h"
+#include "sample_store.h"
 #include "session.h"
+#include "store_files.h"
 #include "store_questions.h"
+#include "store_repair.h"
 #include "text.h"
 #include "ulodb2.h"
+#include "ulodb2_files.h"
 #include "verbs.h"
 
 #include <algorithm>
@@ -13,6 +17,8 @@
 
 namespace ulotask {
 namespace {
+
+constexpr int storeDatabase = 1;
 
 void printLine(void* output, const char* utf8) {
   static_cast<Output*>(output)->line(severalLines(QString::fromUtf8(utf8), 0));
@@ -35,44 +41,197 @@ void explain(Session& session, const std::string& argument) {
     throw Failure(Exit::badScript, "the text is refused with code " + std::to_string(code));
 }
 
-void check(Session& session) {
+void keepLine(void* text, const char* utf8) {
+  *static_cast<std::string*>(text) = utf8;
+}
+
+// Whether the file is sound; its defects are printed. A Failure if it can't be examined.
+bool isSound(Output& output, const SampleStore& sample) {
+  const int result = DB_Inspect(storeDatabase, sample.file().c_str(), printLine, &output);
+  if (result != DB_OK && result != DB_ERROR)
+    throw closedStore();
+  return result == DB_OK;
+}
+
+std::string named(const DoubledCategory& doubled) {
+  return '"' + oneLine(doubled.name) + "\" stored " + std::to_string(doubled.uids.size()) +
+         " times";
+}
+
+std::set<unsigned int> storedUids(Session& session) {
+  QValueList<unsigned int> uids;
+  require(session.store().getAllIDs(uids, ZTASK_ENG_Model::TASK_CATEGORY_ALL,
+                                    ZTASK_ENG_Model::TASK_SORT_DUE),
+          "listing the tasks");
+  return {uids.begin(), uids.end()};
+}
+
+class Judgement {
+public:
+  explicit Judgement(Output& output) : output_(output) {}
+  void on(const std::string& subject, const std::string& defect) {
+    output_.line(subject + ": " + (defect.empty() ? "sound" : defect));
+    defects_ += defect.empty() ? 0 : 1;
+  }
+  [[nodiscard]] std::size_t defects() const { return defects_; }
+
+private:
+  Output& output_;
+  std::size_t defects_ = 0;
+};
+
+// Returns whether there is something to repair.
+bool judgeCategories(Judgement& judgement, const StoreQuestions& database) {
+  const std::vector<StoreQuestions::Category> categories = database.categories();
+  std::string doubles;
+  std::size_t nullNames = std::count_if(categories.begin(), categories.end(),
+                                        [](const auto& each) { return each.name.isNull(); });
+  for (const DoubledCategory& doubled : doubledCategories(categories)) {
+    if (!doubled.name.isNull())
+      doubles += (doubles.empty() ? "" : ", ") + named(doubled);
+  }
+  judgement.on("category of tasks without one",
+               nullNames == 1 ? "" : "stored " + std::to_string(nullNames) + " times");
+  judgement.on("categories", doubles);
+  const bool lacks = lacksOriginalCategories(categories);
+  judgement.on("default categories", lacks ? "missing; the first start was interrupted" : "");
+  return nullNames > 1 || !doubles.empty() || lacks;
+}
+
+void check(Session& session, bool repair) {
   Output& output = session.output;
-  int defects = 0;
-  const auto judge = [&](const std::string& subject, const std::string& defect) {
-    output.line(subject + ": " + (defect.empty() ? "sound" : defect));
-    defects += defect.empty() ? 0 : 1;
-  };
+  Judgement judgement(output);
+  const bool sound = isSound(output, SampleStore());
+  judgement.on("database file", sound ? "" : "damaged");
+  if (!sound)
+    throw Failure(Exit::storeUnsound,
+                  "the database file is damaged; try \"ulotask db rescue\", which keeps the old "
+                  "file");
 
   session.store();
+  if (repair) {
+    for (const std::string& done : repairCategories(session))
+      output.line("repaired: " + done);
+  }
   const StoreQuestions database;
-  const int fileCode = DB_CheckFile(printLine, &output);
-  judge("database file", fileCode == DB_OK ? "" : "damaged, code " + std::to_string(fileCode));
-  if (fileCode != DB_OK)
-    throw Failure(Exit::storeUnsound, "the database file is damaged");
-
-  QValueList<QString> names;
-  require(session.store().getAllCategories(names), "reading the categories");
-  const auto nullNames =
-      std::count_if(names.begin(), names.end(), [](const QString& name) { return name.isNull(); });
-  judge("category of tasks without one",
-        nullNames == 1 ? "" : "stored " + std::to_string(nullNames) + " times");
-
-  std::int64_t lastEntry = 0;
-  const bool journalReads = ulo::ChangeJournal(ulo::dataDirectory()).lastEntry(lastEntry);
-  judge("change journal", journalReads ? "" : "can't be read; the log says why");
+  const bool isRepairable = judgeCategories(judgement, database);
+  ulo::ChangeJournal journal(ulo::dataDirectory());
+  judgement.on("change journal", compareJournal(journal, storedUids(session)));
 
   const std::vector<unsigned int> orphans = database.tasksWithoutCategory();
   if (!orphans.empty())
     output.line("note: " + counted(orphans.size(), "task") +
                 " of a category that was removed: they read as of category None");
+  for (const std::string& note : foreignAccess())
+    output.line("note: " + note);
 
   int count = 0;
   require(session.store().getCount(count), "counting the tasks");
   output.line(counted(static_cast<std::size_t>(count), "task") + ", " +
-              std::to_string(names.count()) + " categories");
-  if (defects > 0)
+              std::to_string(database.categories().size()) + " categories");
+  if (judgement.defects() > 0)
     throw Failure(Exit::storeUnsound,
-                  counted(static_cast<std::size_t>(defects), "defect") + " in the store");
+                  counted(judgement.defects(), "defect") + " in the store" +
+                      (isRepairable ? "; try \"ulotask db check --repair\"" : ""));
+}
+
+// How a result of the maintenance functions ends the program.
+struct MaintenanceFailure {
+  int result;
+  Exit code;
+  const char* hint;
+};
+
+void requireDone(int result, const std::string& reason,
+                 std::initializer_list<MaintenanceFailure> failures) {
+  if (result == DB_OK)
+    return;
+  for (const MaintenanceFailure& failure : failures) {
+    if (failure.result == result)
+      throw Failure(failure.code, reason + failure.hint);
+  }
+  if (result == DB_FULL)
+    throw Failure(Exit::storeFull, reason);
+  if (result == DB_BUSY)
+    throw Failure(Exit::inUse, reason + "; close it and try again");
+  throw Failure(Exit::failed, reason);
+}
+
+std::string shownFile(const std::string& file) {
+  return oneLine(std::string_view(file));
+}
+
+// What the store holds now.
+std::string content(Session& session) {
+  int count = 0;
+  require(session.store().getCount(count), "counting the tasks");
+  return counted(static_cast<std::size_t>(count), "task") + " and " +
+         std::to_string(StoreQuestions().categories().size()) + " categories";
+}
+
+void backUp(Session& session, const std::string& file, bool force) {
+  refuseStoreFile(file);
+  const std::string saved = content(session);
+  std::string reason;
+  const int result =
+      DB_Backup(storeDatabase, targetOf(file).c_str(), force ? 1 : 0, keepLine, &reason);
+  requireDone(result, reason,
+              {{DB_CONSTRAINT, Exit::fileExists, "; --force replaces it"},
+               {DB_CORRUPT, Exit::storeUnsound, "; try \"ulotask db rescue\""},
+               {DB_IO, Exit::notWritten, ""},
+               {DB_FULL, Exit::notWritten, ""}});
+  session.output.line("Saved the store in " + shownFile(file) + " (" + saved + ")");
+}
+
+// Lines of a maintenance function: results if it succeeds, else the reasons.
+struct Lines {
+  std::vector<std::string> texts;
+
+  static void add(void* lines, const char* utf8) {
+    static_cast<Lines*>(lines)->texts.emplace_back(utf8);
+  }
+  [[nodiscard]] std::string reason() {
+    const std::string last = texts.empty() ? "failed" : texts.back();
+    if (!texts.empty())
+      texts.pop_back();
+    return last;
+  }
+  void print(Output& output) const {
+    for (const std::string& text : texts)
+      output.line(severalLines(QString::fromStdString(text), 0));
+  }
+};
+
+void restore(Session& session, const std::string& file) {
+  Lines lines;
+  const SampleStore sample;
+  const int result =
+      DB_Restore(storeDatabase, file.c_str(), sample.file().c_str(), Lines::add, &lines);
+  const std::string reason = result == DB_OK ? "" : lines.reason();
+  lines.print(session.output);
+  requireDone(result, reason,
+              {{DB_CORRUPT, Exit::notStore, ""},
+               {DB_BAD_ARGUMENT, Exit::usage, ""},
+               {DB_IO, Exit::unreadable, ""}});
+  session.output.line("Restored the store from " + shownFile(file) + " (" + content(session) + ")");
+}
+
+void rescue(Session& session) {
+  Output& output = session.output;
+  const SampleStore sample;
+  Lines defects;
+  if (DB_Inspect(storeDatabase, sample.file().c_str(), Lines::add, &defects) == DB_OK) {
+    output.line("The database file is sound: there is nothing to rescue.");
+    return;
+  }
+  Lines lines;
+  const int result = DB_Rescue(storeDatabase, sample.file().c_str(), Lines::add, &lines);
+  const std::string reason = result == DB_OK ? "" : lines.reason();
+  lines.print(output);
+  requireDone(
+      result, reason,
+      {{DB_CORRUPT, Exit::notStore, "; \"ulotask db restore FILE\" puts a backup in its place"}});
+  output.line("Rescued " + content(session));
 }
 
 }  // namespace
@@ -91,9 +250,46 @@ void addDatabaseVerbs(CLI::App& app, Session& session) {
   verb->callback([script, &session] { explain(session, *script); });
 
   verb = group->add_subcommand("check", "Check that the store is sound");
-  verb->footer("Example:\n"
-               "  ulotask db check");
-  verb->callback([&session] { check(session); });
+  auto repair = std::make_shared<bool>(false);
+  verb->add_flag("--repair", *repair,
+                 "Merge categories of the same name and add missing default categories");
+  verb->footer("Ends with 11 if something is wrong. Nothing is changed without --repair.\n"
+               "Examples:\n"
+               "  ulotask db check\n"
+               "  ulotask db check --repair");
+  verb->callback([repair, &session] { check(session, *repair); });
+
+  struct Backup {
+    std::string file;
+    bool force = false;
+  };
+  auto backup = std::make_shared<Backup>();
+  verb = group->add_subcommand("backup", "Save the store in a file, while other programs use it");
+  verb->add_option("FILE", backup->file, "The file to write, readable by its owner only")
+      ->required();
+  verb->add_flag("--force", backup->force, "Replace the file if it exists");
+  verb->footer("The file appears when it is complete and checked. It is a database of its own.\n"
+               "Example:\n"
+               "  ulotask db backup tasks-$(date +%F).db");
+  verb->callback([backup, &session] { backUp(session, backup->file, backup->force); });
+
+  verb = group->add_subcommand("restore", "Replace the store by a backup");
+  auto source = std::make_shared<std::string>();
+  verb->add_option("FILE", *source, "A file that db backup has written, or an old store")
+      ->required();
+  verb->footer(
+      "No other program may have the store open. The replaced store is kept beside it, as\n"
+      "tasks.db with the date and time.\n"
+      "Example:\n"
+      "  ulotask db restore tasks-2026-11-22.db");
+  verb->callback([source, &session] { restore(session, *source); });
+
+  verb = group->add_subcommand("rescue", "Replace a damaged store by what can be read of it");
+  verb->footer("No other program may have the store open. Tasks keep their UIDs. The damaged store "
+               "is\nkept beside it, as tasks.db with the date and time.\n"
+               "Example:\n"
+               "  ulotask db rescue");
+  verb->callback([&session] { rescue(session); });
 }
 
 }  // namespace ulotask

@@ -41,67 +41,67 @@ std::string shownUids(const std::vector<unsigned int>& uids) {
   return text;
 }
 
+// What has failed if an import stores nothing.
+constexpr const char* nothingStored = "nothing was stored: the import";
+
 using Calendars = std::vector<std::unique_ptr<Calendar>>;
 
-// What an import has stored so far.
+// Reports of an import, which are true only after everything has been committed.
 struct Stored {
-  std::size_t tasks = 0;
-  std::size_t total = 0;
-  int code = TASK_ENG_OK;
+  std::vector<std::string> notices;
+  std::vector<std::string> lines;
   QJsonArray json;
 };
 
-// Stores the tasks of a calendar until one can't be.
+// Stores the tasks of a calendar, or fails.
 void store(Session& session, Calendar& calendar, bool json, Progress& progress, Stored& stored) {
+  const std::string name = shownName(calendar.name);
   std::vector<unsigned int> uids;
   for (uint i = 0; i < calendar.tasks.count(); ++i) {
     ZTASK_ENG_Task& task = *calendar.tasks.at(i);
     const std::vector<std::string> cuts = cutToLimits(task);
-    stored.code = session.add(task);
-    if (stored.code != TASK_ENG_OK)
-      break;
-    ++stored.tasks;
+    require(session.add(task), nothingStored);
     uids.push_back(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID));
     if (json)
       stored.json.append(toJson(task));
     progress.advance();
-    if (!cuts.empty())
-      progress.hide();
     for (const std::string& cut : cuts)
-      session.output.notice(shownName(calendar.name) + ", task " + std::to_string(uids.back()) +
-                            ": " + cut);
+      stored.notices.push_back(name + ", task " + std::to_string(uids.back()) + ": " + cut);
   }
   if (!json && !uids.empty())
-    session.output.line(counted(uids.size(), "task") + " imported from " +
-                        oneLine(std::string_view(shownName(calendar.name))) + ": UID " +
-                        shownUids(uids));
+    stored.lines.push_back(counted(uids.size(), "task") + " imported from " +
+                           oneLine(std::string_view(name)) + ": UID " + shownUids(uids));
 }
 
 void import(Session& session, const ImportOptions& options) {
-  // Nothing is stored before everything is read.
+  // The store is locked only after everything has been read.
   Calendars calendars;
   Stored stored;
+  std::size_t total = 0;
   for (const std::string& name : options.files) {
     auto calendar = std::make_unique<Calendar>();
     calendar->name = name;
     calendar->tasks.setAutoDelete(true);
-    readCalendar(name, calendar->tasks);
-    stored.total += calendar->tasks.count();
+    for (std::string& notice : readCalendar(name, calendar->tasks))
+      stored.notices.push_back(std::move(notice));
+    total += calendar->tasks.count();
     calendars.push_back(std::move(calendar));
   }
 
   session.store();
-  Progress progress("importing", stored.total);
-  for (const std::unique_ptr<Calendar>& calendar : calendars) {
-    if (stored.code == TASK_ENG_OK)
-      store(session, *calendar, options.json, progress, stored);
+  {
+    Progress progress("importing", total);
+    session.inTransaction(nothingStored, [&] {
+      for (const std::unique_ptr<Calendar>& calendar : calendars)
+        store(session, *calendar, options.json, progress, stored);
+    });
   }
+  for (const std::string& notice : stored.notices)
+    session.output.notice(notice);
+  for (const std::string& line : stored.lines)
+    session.output.line(line);
   if (options.json)
     session.output.json(stored.json);
-  if (stored.code != TASK_ENG_OK)
-    require(stored.code, "import stopped, " + counted(stored.tasks, "task") + " stored and " +
-                             std::to_string(stored.total - stored.tasks) +
-                             " not: adding the next one");
 }
 
 struct ExportOptions {
@@ -143,10 +143,12 @@ void addExchangeVerbs(CLI::App& app, Session& session) {
   verb->add_option("FILE", importOptions->files, "A vCalendar file, or - for standard input")
       ->required();
   verb->add_flag("--json", importOptions->json, "Print the stored tasks as a JSON array");
-  verb->footer("All files are read before anything is stored: one that is wrong stores nothing.\n"
-               "Examples:\n"
-               "  ulotask import phone.vcs\n"
-               "  ulotask import - < phone.vcs");
+  verb->footer(
+      "Stores all to-dos of all files, or none: nothing is stored if a file is wrong, the store\n"
+      "gets full, or the program is stopped.\n"
+      "Examples:\n"
+      "  ulotask import phone.vcs\n"
+      "  ulotask import - < phone.vcs");
   verb->callback([importOptions, &session] { import(session, *importOptions); });
 
   verb = app.add_subcommand("export", "Write tasks as a vCalendar 1.0 text");

@@ -61,6 +61,8 @@ TEST_F(DatabaseVerbs, ExplainTakesNoLongerTextThanTheDatabase) {
 TEST_F(DatabaseVerbs, CheckFindsAFreshStoreSound) {
   EXPECT_EQ(succeed({"db", "check"}).out, "database file: sound\n"
                                           "category of tasks without one: sound\n"
+                                          "categories: sound\n"
+                                          "default categories: sound\n"
                                           "change journal: sound\n"
                                           "0 tasks, 6 categories\n");
 }
@@ -71,7 +73,7 @@ TEST_F(DatabaseVerbs, CheckFindsTheCategoryOfTasksWithoutOneTwice) {
   const Outcome run = ulotask({"db", "check"});
   EXPECT_EQ(run.code, 11);
   EXPECT_THAT(run.out, HasSubstr("category of tasks without one: stored 2 times\n"));
-  EXPECT_EQ(run.err, "ulotask: 1 defect in the store\n");
+  EXPECT_EQ(run.err, "ulotask: 1 defect in the store; try \"ulotask db check --repair\"\n");
 }
 
 TEST_F(DatabaseVerbs, CheckFindsADamagedFile) {

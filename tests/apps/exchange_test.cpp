@@ -108,6 +108,45 @@ TEST_F(Import, CutsLongTextsAndSaysSo) {
   succeed({"import", "-"}, withTexts(512, 4002));
 }
 
+TEST_F(Import, NeverSplitsASurrogatePair) {
+  const std::string over =
+      file("long.vcs", calendar(todo("SUMMARY:" + std::string(511, 's') + "\U0001F6B2\r\n")));
+  const Outcome run = ulotask({"import", over});
+  EXPECT_THAT(run.err, HasSubstr("a summary of 513 characters is cut to its first 511"));
+  EXPECT_EQ(succeed({"show", "1", "--json"}).object()["summary"].toString().toStdString(),
+            std::string(511, 's'));
+}
+
+TEST_F(Import, TellsOfAPropertyThatIsTooLarge) {
+  const std::string large =
+      file("large.vcs",
+           calendar(todo("SUMMARY:a\r\nDESCRIPTION:" + std::string(5U << 20U, 'n') + "\r\n")));
+  const Outcome run = ulotask({"import", large});
+  EXPECT_EQ(run.code, 0);
+  EXPECT_EQ(run.err, "ulotask: " + large +
+                         ": a DESCRIPTION of more than 4194304 bytes is left out (line 5)\n");
+  EXPECT_EQ(succeed({"show", "1", "--json"}).object()["summary"].toString(), "a");
+}
+
+// The last of several tasks fails; then the commit.
+TEST_F(Import, StoresAllFilesOrNothing) {
+  add({"first"});
+  const std::string one = file("one.vcs", calendar(milk));
+  const std::string two = file("two.vcs", calendar(bread + todo("SUMMARY:refused\r\n")));
+  sql("CREATE TRIGGER refuse AFTER INSERT ON task_table_task WHEN NEW.UID = 4 BEGIN SELECT "
+      "RAISE(ABORT, 'refused'); END");
+  const Outcome run = ulotask({"import", one, two});
+  EXPECT_EQ(run.code, 1);
+  EXPECT_EQ(run.out, "");
+  EXPECT_THAT(run.err, testing::StartsWith("ulotask: nothing was stored: the import failed: "));
+  EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
+  EXPECT_EQ(uids({"list"}), std::vector<int>{1});
+  EXPECT_THAT(succeed({"category", "list"}).out, Not(HasSubstr("Einkauf")));
+  sql("DROP TRIGGER refuse");
+  succeed({"import", one, two});
+  EXPECT_EQ(uids({"list"}).size(), 4U);
+}
+
 TEST_F(Import, MakesCategories) {
   succeed({"import", "-"}, calendar(todo("SUMMARY:a\r\nCATEGORIES:garden\r\n")));
   EXPECT_EQ(succeed({"show", "1", "--json"}).object()["category"].toString(), "garden");
@@ -263,6 +302,45 @@ TEST_F(Export, ReplacesAFileWholeOrNotAtAll) {
   EXPECT_EQ(readWhole(name), "precious");
   succeed({"export", "-o", name});
   EXPECT_EQ(readWhole(name), succeed({"export"}).out);
+}
+
+TEST_F(Export, KeepsTheOldFileOnAFullDisk) {
+  add({"one"});
+  const std::string name = file("out.vcs", "precious");
+  environment_["LD_PRELOAD"] = ULOTASK_FULL_OUTPUT;
+  environment_["ASAN_OPTIONS"] = "verify_asan_link_order=0";
+  environment_["ULO_TEST_FULL_OUTPUT"] = name;
+  for (const char* call : {"write", "fsync"}) {
+    environment_["ULO_TEST_FULL_AT"] = call;
+    const Outcome run = ulotask({"export", "-o", name});
+    EXPECT_EQ(run.code, 12) << call;
+    EXPECT_EQ(run.err, "ulotask: " + name + " can't be written: No space left on device\n");
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(readWhole(name), "precious") << call;
+  }
+  for (const auto& entry : std::filesystem::directory_iterator(path("")))
+    EXPECT_NE(entry.path().filename().string().rfind("out.vcs.", 0), 0U);
+}
+
+TEST_F(Export, RefusesFilesOfTheStore) {
+  add({"one"});
+  std::filesystem::create_directory(path("sub"));
+  std::filesystem::create_symlink(path("data/tasks.db"), path("link.vcs"));
+  std::filesystem::create_symlink(path("data/none.vcs"), path("dangling.vcs"));
+  std::filesystem::create_symlink("link.vcs", path("second.vcs"));
+  std::filesystem::create_directory_symlink(path("data"), path("alias"));
+  std::filesystem::create_hard_link(path("data/tasks.db"), path("hard.vcs"));
+  const std::string before = succeed({"list", "--json"}).out;
+  for (const char* name :
+       {"data/tasks.db", "data/new.vcs", "data/tasks.db-wal", "sub/../data/tasks.db", "link.vcs",
+        "dangling.vcs", "second.vcs", "alias/new.vcs", "hard.vcs", "data/../data/./x"}) {
+    const Outcome run = ulotask({"export", "-o", path(name)});
+    EXPECT_EQ(run.code, 12) << name;
+    EXPECT_THAT(run.err, HasSubstr("it belongs to the store in \"" + path("data") + "\"")) << name;
+  }
+  EXPECT_FALSE(std::filesystem::exists(path("data/new.vcs")));
+  EXPECT_EQ(succeed({"list", "--json"}).out, before);
+  succeed({"export", "-o", path("sub/out.vcs")});
 }
 
 TEST_F(Export, SaysWhenTheFileCannotBeWritten) {

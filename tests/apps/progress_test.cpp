@@ -98,7 +98,7 @@ TEST_F(ProgressLine, GoesAwayWhenTheImportFails) {
   EXPECT_EQ(run.code, 9);
   EXPECT_THAT(run.out, HasSubstr(" of 100, "));
   EXPECT_THAT(screen(run.out),
-              ElementsAre(HasSubstr(" imported from "), StartsWith("ulotask: import stopped, ")));
+              ElementsAre(StartsWith("ulotask: nothing was stored: the import failed: ")));
 }
 
 TEST_F(ProgressLine, MakesRoomForMessages) {

@@ -1,0 +1,49 @@
+#include "sample_store.h"
+
+#include "ZTASK_ENG_Model.h"
+#include "exit_codes.h"
+
+#include <QFile>
+
+#include <cstdlib>
+#include <optional>
+
+namespace ulotask {
+namespace {
+
+constexpr const char* directoryVariable = "ULO_DATA_DIR";
+
+// The data directory is another one while the object lives. This program has one thread.
+class DataDirectoryElsewhere {
+public:
+  explicit DataDirectoryElsewhere(const char* path) {
+    if (const char* value = std::getenv(directoryVariable))
+      before_ = value;
+    setenv(directoryVariable, path, 1);
+  }
+  DataDirectoryElsewhere(const DataDirectoryElsewhere&) = delete;
+  DataDirectoryElsewhere& operator=(const DataDirectoryElsewhere&) = delete;
+  ~DataDirectoryElsewhere() {
+    if (before_)
+      setenv(directoryVariable, before_->c_str(), 1);
+    else
+      unsetenv(directoryVariable);
+  }
+
+private:
+  std::optional<std::string> before_;
+};
+
+}  // namespace
+
+SampleStore::SampleStore() {
+  const std::string path = QFile::encodeName(directory_.path()).toStdString();
+  const DataDirectoryElsewhere elsewhere(path.c_str());
+  ZTASK_ENG_Model store;
+  int count = 0;
+  if (!directory_.isValid() || store.getCount(count) != TASK_ENG_OK)
+    throw Failure(Exit::failed, "no store can be made in a temporary directory; the log says why");
+  file_ = path + "/tasks.db";
+}
+
+}  // namespace ulotask

@@ -1,0 +1,24 @@
+// A new, empty store for comparison.
+#pragma once
+
+#include <QTemporaryDir>
+
+#include <string>
+
+namespace ulotask {
+
+// A store as this program makes it, in a temporary directory that is deleted with the object. A
+// Failure if it can't be made. Requires: the store of this thread is closed.
+class SampleStore {
+public:
+  SampleStore();
+
+  // The name of its database file.
+  [[nodiscard]] const std::string& file() const { return file_; }
+
+private:
+  QTemporaryDir directory_;
+  std::string file_;
+};
+
+}  // namespace ulotask
