@@ -9,6 +9,7 @@
 
 #include <QScreen>
 
+#include <csignal>
 #include <string>
 
 namespace {
@@ -37,6 +38,8 @@ void chooseAttachmentDirectory() {
 }  // namespace
 
 int main(int count, char** arguments) {
+  // A limit on the size of files shows as a failed write.
+  std::signal(SIGXFSZ, SIG_IGN);
   ZApplication application(count, arguments);
   QApplication::setDesktopFileName(QStringLiteral("ulo-tasks"));
   ulo::openLogSink("ulo-tasks");

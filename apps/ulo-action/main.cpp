@@ -8,6 +8,7 @@
 #include <QWidget>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <dlfcn.h>
 #include <memory>
@@ -50,6 +51,8 @@ bool showsWindow() {
 }  // namespace
 
 int main(int count, char** arguments) {
+  // A limit on the size of files shows as a failed write.
+  std::signal(SIGXFSZ, SIG_IGN);
   ZApplication application(count, arguments);
   ulo::openLogSink("ulo-action");
   const QStringList words = QApplication::arguments();

@@ -97,6 +97,8 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
   // A reader that goes away early shows as a failed write.
   std::signal(SIGPIPE, SIG_IGN);
+  // So does a limit on the size of files.
+  std::signal(SIGXFSZ, SIG_IGN);
   try {
     useUtf8();
     ulo::openLogSink("ulotask");

@@ -81,16 +81,12 @@ void makeRoom(Sink& sink, std::size_t size) {
   sink.descriptor = fresh;
 }
 
-ssize_t writeMessage(void* cookie, const char* text, std::size_t size) {
-  auto& sink = *static_cast<Sink*>(cookie);
-  const auto taken = static_cast<ssize_t>(size);
-  if (sink.kind == Sink::Kind::none)
-    return taken;
+void writeLine(Sink& sink, const char* text, std::size_t size) {
   const std::string message = (sink.goesOn ? "... " : "") + printable(text, size);
   sink.goesOn = size % messageBuffer == 0;
   if (sink.kind == Sink::Kind::systemLog) {
     syslog(LOG_NOTICE, "%s", message.c_str());
-    return taken;
+    return;
   }
   const std::string line =
       timeStamp() + " " + sink.program + "[" + std::to_string(getpid()) + "] " + message + "\n";
@@ -98,8 +94,18 @@ ssize_t writeMessage(void* cookie, const char* text, std::size_t size) {
     makeRoom(sink, line.size());
   // One write, so that lines of several processes don't mix. A full disk loses the line.
   if (write(sink.descriptor, line.data(), line.size()) < 0)
-    return taken;
-  return taken;
+    return;
+}
+
+// Called by the C library, which an exception must not pass: without memory the line is lost too.
+ssize_t writeMessage(void* cookie, const char* text, std::size_t size) {
+  auto& sink = *static_cast<Sink*>(cookie);
+  try {
+    if (sink.kind != Sink::Kind::none)
+      writeLine(sink, text, size);
+  } catch (const std::exception&) {
+  }
+  return static_cast<ssize_t>(size);
 }
 
 }  // namespace

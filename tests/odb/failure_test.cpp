@@ -79,6 +79,13 @@ TEST_F(OdbFailure, TextLength) {
   const std::string text = "sml:";
   EXPECT_EQ(exec(text + std::string(DB_MAX_TEXT - text.size(), ' ')), DB_OK);
   EXPECT_EQ(exec(text + std::string(DB_MAX_TEXT - text.size() + 1, ' ')), DB_LIMIT);
+  // A number counts as two bytes, whatever it is.
+  const std::string number = "sml:int $i=%d;";
+  for (const int value : {1, INT32_MIN}) {
+    const std::string full = number + std::string(DB_MAX_TEXT - number.size(), ' ');
+    EXPECT_EQ(DB_Exec(full.c_str(), value), DB_OK);
+    EXPECT_EQ(DB_Exec((full + ' ').c_str(), value), DB_LIMIT);
+  }
 }
 
 TEST_F(OdbFailure, Nesting) {
@@ -138,6 +145,21 @@ TEST_F(OdbFailure, Variables) {
 TEST_F(OdbFailure, Names) {
   EXPECT_EQ(exec("sml:int $" + repeated("n", DB_MAX_NAME) + "=0;"), DB_OK);
   EXPECT_EQ(exec("sml:int $" + repeated("n", DB_MAX_NAME + 1) + "=0;"), DB_LIMIT);
+  const std::string longest = repeated("n", DB_MAX_NAME);
+  EXPECT_EQ(exec("create table " + longest + " (UID integer auto, " + longest + " integer)"),
+            DB_OK);
+  EXPECT_EQ(exec("create table " + longest + "n (UID integer auto)"), DB_LIMIT);
+  EXPECT_EQ(exec("create table t (UID integer auto, " + longest + "n integer)"), DB_LIMIT);
+  EXPECT_EQ(exec("create index i" + longest + " on " + longest + " (UID)"), DB_LIMIT);
+  EXPECT_EQ(exec("sml:cursor $c=open_cursor('main." + longest + "');"), DB_OK);
+  for (const std::string& name : {longest + "n", "main." + longest + "n"}) {
+    EXPECT_EQ(exec("sml:cursor $c=open_cursor('" + name + "');"), DB_LIMIT);
+    EXPECT_EQ(exec("sml:bool $b=check_table_exist('" + name + "');"), DB_LIMIT);
+  }
+  const std::string key = "sml:cursor $c=open_cursor('" + longest +
+                          "');tuple $k=$c->new_empty_key_tuple();$k->set_field('";
+  EXPECT_EQ(exec(key + "UID', 1);"), DB_OK);
+  EXPECT_EQ(exec(key + longest + "n', 1);"), DB_LIMIT);
 }
 
 TEST_F(OdbFailure, Parameters) {
@@ -303,6 +325,55 @@ TEST_F(OdbFailure, ADamagedFileIsSeen) {
       },
       &defects);
   EXPECT_THAT(defects, Contains(HasSubstr("2nd reference to page")));
+}
+
+TEST_F(OdbFailure, ALineThatThrowsEndsAnExplanation) {
+  const char* text = "sml:int $i=0;cursor $c=open_cursor('task_table_task');"
+                     "while($c->move_next()){$c->del();};";
+  const auto explain = [&](int lines, bool standard) {
+    struct Sink {
+      int left;
+      bool standard;
+    } sink{lines, standard};
+    return DB_Explain(
+        text, DB_EXPLAIN_TREE | DB_EXPLAIN_RUN, nullptr,
+        [](void* context, const char*) {
+          auto& counted = *static_cast<Sink*>(context);
+          if (counted.left-- > 0)
+            return;
+          if (counted.standard)
+            throw std::runtime_error("the sink is full");
+          throw 5;
+        },
+        &sink);
+  };
+  ASSERT_EQ(exec("insert into task_table_task (priority) values (1)"), DB_OK);
+  int lines = 0;
+  for (; lines < 1000; ++lines) {
+    const int result = explain(lines, lines % 2 == 0);
+    if (result == DB_OK)
+      break;
+    EXPECT_EQ(result, DB_ERROR);
+    EXPECT_EQ(countRows(), 1) << "what ran is undone, at line " << lines;
+    EXPECT_EQ(DB_AbortTransaction(), DB_TRANSACTION);
+  }
+  EXPECT_GT(lines, 5);
+  EXPECT_EQ(countRows(), 0);
+  // The line that tells of a mistake may throw as well.
+  EXPECT_NE(
+      DB_Explain(
+          "sml:nonsense", DB_EXPLAIN_TREE, nullptr, [](void*, const char*) { throw 5; }, nullptr),
+      DB_OK);
+}
+
+TEST_F(OdbFailure, TheReasonOfAFailureIsKept) {
+  EXPECT_EQ(exec("sml:nonsense"), DB_SYNTAX);
+  EXPECT_THAT(DB_LastFailure(), HasSubstr("line 1, column 5"));
+  EXPECT_EQ(exec("sml:"), DB_OK);
+  EXPECT_THAT(DB_LastFailure(), HasSubstr("line 1, column 5"));
+  EXPECT_EQ(exec("sml:cursor $c=open_cursor('" + std::string(100, 'n') + "');"), DB_UNKNOWN_NAME);
+  EXPECT_EQ(DB_Explain("sml:", DB_EXPLAIN_TREE, nullptr, nullptr, nullptr), DB_BAD_ARGUMENT);
+  EXPECT_THAT(DB_LastFailure(), HasSubstr("null"));
 }
 
 TEST(OdbFiles, WhatIsNoDatabaseIsRefused) {

@@ -6,11 +6,15 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <set>
 #include <thread>
 
+#include <fcntl.h>
+#include <sqlite3.h>
+#include <sys/file.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -154,23 +158,176 @@ TEST(OdbSharing, ATagBelongsToItsThread) {
 TEST(OdbSharing, WhatAnotherProcessMadeIsSeen) {
   const DataDirectory directory;
   ASSERT_EQ(startLikeTheStore(), 0);
+  // The process is made before the database is open here, and begins at the word of this one.
+  int word[2];
+  ASSERT_EQ(pipe(word), 0);
+  const pid_t child = startProcess([&] {
+    char byte = 0;
+    close(word[1]);
+    const bool done = read(word[0], &byte, 1) == 1 && DB_Open(1) == DB_OK &&
+                      DB_Exec("create table later (UID integer auto)") == DB_OK;
+    return done && DB_Close() == DB_OK ? 0 : 1;
+  });
   ASSERT_EQ(DB_Open(1), DB_OK);
   LogCapture log;
   EXPECT_EQ(DB_Exec("sml:cursor $c=open_cursor('later');"), DB_UNKNOWN_NAME);
+  ASSERT_EQ(write(word[1], "x", 1), 1);
+  EXPECT_EQ(waitFor(child), 0);
+  close(word[0]);
+  close(word[1]);
+  EXPECT_EQ(DB_Exec("sml:cursor $c=open_cursor('later');"), DB_OK);
+  DB_Close();
+}
+
+// Whether another connection could write at once.
+bool isUnlocked(const DataDirectory& directory) {
+  sqlite3* database = nullptr;
+  sqlite3_open((directory.path() / "tasks.db").c_str(), &database);
+  const bool result =
+      sqlite3_exec(database, "BEGIN IMMEDIATE; ROLLBACK", nullptr, nullptr, nullptr) == SQLITE_OK;
+  sqlite3_close(database);
+  return result;
+}
+
+// The log's size, and a reader of another connection that holds a state of the database.
+std::uintmax_t logSize(const DataDirectory& directory) {
+  std::error_code none;
+  const auto size = std::filesystem::file_size(directory.path() / "tasks.db-wal", none);
+  return none ? 0 : size;
+}
+class HeldReader {
+public:
+  explicit HeldReader(const DataDirectory& directory) {
+    sqlite3_open((directory.path() / "tasks.db").c_str(), &database_);
+  }
+  HeldReader(const HeldReader&) = delete;
+  HeldReader& operator=(const HeldReader&) = delete;
+  ~HeldReader() { sqlite3_close(database_); }
+  void hold() { run("BEGIN; SELECT count(*) FROM task_table_task"); }
+  void letGo() { run("ROLLBACK"); }
+
+private:
+  void run(const char* sql) {
+    EXPECT_EQ(sqlite3_exec(database_, sql, nullptr, nullptr, nullptr), SQLITE_OK);
+  }
+  sqlite3* database_ = nullptr;
+};
+
+constexpr std::uintmax_t megabyte = 1024 * 1024;
+const std::string largeRow =
+    "insert into task_table_task (note) values ('" + std::string(60000, 'x') + "')";
+const std::string removeAll =
+    "sml:cursor $c=open_cursor('task_table_task');while($c->move_next()){$c->del();};";
+
+void writeMegabytes(int count) {
+  for (int i = 0; i < count * 8; ++i) {
+    ASSERT_EQ(DB_Exec("%s", largeRow.c_str()), DB_OK);
+    if (i % 8 == 7) {
+      ASSERT_EQ(DB_Exec("%s", removeAll.c_str()), DB_OK);
+    }
+  }
+}
+
+TEST(OdbSharing, OverlappingReadersKeepTheLogShort) {
+  const DataDirectory directory;
+  ASSERT_EQ(startLikeTheStore(), 0);
+  ASSERT_EQ(DB_Open(1), DB_OK);
+  // One of them is held at any time, and none for long.
+  std::atomic<bool> goesOn{true};
+  std::thread readers([&] {
+    HeldReader first(directory);
+    HeldReader second(directory);
+    first.hold();
+    while (goesOn) {
+      second.hold();
+      first.letGo();
+      first.hold();
+      second.letGo();
+    }
+    first.letGo();
+  });
+  std::uintmax_t longest = 0;
+  for (int i = 0; i < 24; ++i) {
+    writeMegabytes(1);
+    longest = std::max(longest, logSize(directory));
+  }
+  goesOn = false;
+  readers.join();
+  EXPECT_LE(longest, 14 * megabyte);
+  DB_Close();
+}
+
+TEST(OdbSharing, TheLogShrinksWhenAHeldReaderGoes) {
+  const DataDirectory directory;
+  ASSERT_EQ(startLikeTheStore(), 0);
+  ASSERT_EQ(DB_Open(1), DB_OK);
+  HeldReader reader(directory);
+  reader.hold();
+  writeMegabytes(10);
+  EXPECT_GT(logSize(directory), 9 * megabyte) << "what the reader sees is kept";
+  reader.letGo();
+  writeMegabytes(2);
+  EXPECT_LE(logSize(directory), 5 * megabyte);
+  DB_Close();
+}
+
+TEST(OdbSharing, AForkedChildLeavesTheParentsDatabaseAlone) {
+  const DataDirectory directory;
+  ASSERT_EQ(startLikeTheStore(), 0);
+  ASSERT_EQ(DB_Open(1), DB_OK);
+  ASSERT_EQ(DB_BeginTransaction(0), DB_OK);
+  const int uid = addRow();
+  LogCapture log;
   EXPECT_EQ(waitFor(startProcess([] {
-              // A forked connection is not to be used: this is a new one, in a new thread.
-              int result = 1;
-              std::thread([&] {
-                result =
-                    DB_Open(1) == DB_OK && DB_Exec("create table later (UID integer auto)") == DB_OK
-                        ? 0
-                        : 1;
-                DB_Close();
-              }).join();
-              return result;
+              if (DB_Exec("sml:") != DB_NOT_OPEN || DB_Open(1) != DB_NOT_OPEN ||
+                  DB_CommitTransaction() != DB_NOT_OPEN)
+                return 1;
+              if (std::string(DB_LastFailure()).find("forked") == std::string::npos)
+                return 2;
+              // As a static object of the parent's does in the child.
+              return DB_Close() == DB_OK && DB_Close() == DB_NOT_OPEN ? 0 : 3;
             })),
             0);
-  EXPECT_EQ(DB_Exec("sml:cursor $c=open_cursor('later');"), DB_OK);
+  EXPECT_FALSE(isUnlocked(directory)) << "the child has ended the parent's lock";
+  EXPECT_EQ(DB_CommitTransaction(), DB_OK);
+  EXPECT_EQ(rowsOf(uids, 1), std::vector<std::string>{std::to_string(uid)});
+  EXPECT_EQ(DB_Close(), DB_OK);
+  // Closed before, nothing is shared.
+  EXPECT_EQ(waitFor(startProcess([] { return DB_Open(1) == DB_OK && addRow() > 0 ? 0 : 1; })), 0);
+}
+
+TEST(OdbSharing, AForkedChildHoldsNoLockOfANewDatabase) {
+  const DataDirectory directory;
+  ASSERT_EQ(DB_Open(1), DB_OK);
+  int word[2];
+  ASSERT_EQ(pipe(word), 0);
+  const pid_t child = startProcess([&] {
+    char byte = 0;
+    close(word[1]);
+    return read(word[0], &byte, 1) == 0 ? 0 : 1;
+  });
+  createTaskTables();
+  const int lock = open(directory.path().c_str(), O_RDONLY | O_DIRECTORY);
+  EXPECT_EQ(flock(lock, LOCK_EX | LOCK_NB), 0);
+  close(lock);
+  close(word[0]);
+  close(word[1]);
+  EXPECT_EQ(waitFor(child), 0);
+  DB_Close();
+}
+
+TEST(OdbSharing, AThreadThatEndsClosesItsDatabase) {
+  const DataDirectory directory;
+  ASSERT_EQ(startLikeTheStore(), 0);
+  std::thread([] {
+    EXPECT_EQ(DB_Open(1), DB_OK);
+    EXPECT_EQ(DB_BeginTransaction(0), DB_OK);
+    EXPECT_GT(addRow(), 0);
+  }).join();
+  EXPECT_TRUE(isUnlocked(directory));
+  EXPECT_FALSE(std::filesystem::exists(directory.path() / "tasks.db-wal"));
+  ASSERT_EQ(DB_Open(1), DB_OK);
+  EXPECT_EQ(rowsOf(uids, 1), std::vector<std::string>{});
   DB_Close();
 }
 

@@ -5,10 +5,13 @@
 #include "module_log.h"
 #include "run/session.h"
 
+#include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <cstring>
 #include <memory>
 #include <new>
+#include <pthread.h>
 
 using namespace ulo::odb;
 
@@ -29,6 +32,59 @@ namespace {
 thread_local Session* threadSession = nullptr;
 thread_local int threadOpens = 0;
 thread_local int threadTag = 0;
+// Without memory it can be told all the same; a longer one is cut.
+thread_local char lastFailure[512] = "";
+
+// Sessions of all threads.
+std::atomic<int> openSessions{0};
+// Whether this process was forked while there were any: SQLite's state in it is the parent's.
+bool isForked = false;
+
+// What happens by itself when a thread ends, and in a child after a fork.
+class ProcessHooks {
+public:
+  ProcessHooks() : keyIsMade_(pthread_key_create(&key_, &ProcessHooks::endOfThread) == 0) {
+    pthread_atfork(nullptr, nullptr, [] { isForked = isForked || openSessions > 0; });
+  }
+  // Whether the end of this thread closes what it has opened.
+  void closeAtEnd(bool yes) const {
+    if (keyIsMade_)
+      pthread_setspecific(key_, yes ? &threadOpens : nullptr);
+  }
+
+private:
+  // Not called for the main thread when the process ends.
+  static void endOfThread(void*);
+
+  pthread_key_t key_{};
+  bool keyIsMade_;
+};
+
+// Never destroyed: static objects close the database too.
+const ProcessHooks& processHooks() {
+  static const auto* const hooks = new ProcessHooks;
+  return *hooks;
+}
+
+void closeSession() {
+  delete threadSession;
+  threadSession = nullptr;
+  threadOpens = 0;
+  --openSessions;
+  processHooks().closeAtEnd(false);
+}
+
+void ProcessHooks::endOfThread(void*) {
+  if (threadSession != nullptr && !isForked)
+    closeSession();
+}
+
+int failed(int code, const char* why) {
+  const std::size_t size = std::min(std::strlen(why), sizeof lastFailure - 1);
+  std::memcpy(lastFailure, why, size);
+  lastFailure[size] = '\0';
+  return code;
+}
 
 // Runs `work`; a failure of any kind is said by `say` and becomes its code.
 template <typename Work, typename Say> int guarded(Work work, Say say) {
@@ -37,13 +93,17 @@ template <typename Work, typename Say> int guarded(Work work, Say say) {
     return DB_OK;
   } catch (const Failure& failure) {
     say(failure.what());
-    return failure.code();
+    return failed(failure.code(), failure.reason());
   } catch (const std::bad_alloc&) {
     say("no memory");
-    return DB_NO_MEMORY;
+    return failed(DB_NO_MEMORY, "no memory");
   } catch (const std::exception& failure) {
     say(failure.what());
-    return DB_ERROR;
+    return failed(DB_ERROR, failure.what());
+  } catch (...) {
+    // A caller's function threw it.
+    say("an exception of an unknown type");
+    return failed(DB_ERROR, "an exception of an unknown type");
   }
 }
 template <typename Work> int guarded(Work work) {
@@ -53,7 +113,13 @@ template <typename Work> int quietly(Work work) {
   return guarded(work, [](const char*) {});
 }
 
+void requireNoFork() {
+  if (isForked)
+    throw Failure(DB_NOT_OPEN, "the process was forked while the database was open");
+}
+
 Session& session() {
+  requireNoFork();
   if (threadSession == nullptr)
     throw Failure(DB_NOT_OPEN, "the database is not open");
   return *threadSession;
@@ -89,7 +155,10 @@ int query(DB_CURSOR* cursor, ParameterView parameters, bool blockIsThere, const 
     require(cursor != nullptr, "there is no place for the cursor");
     if (!blockIsThere)
       throw Failure(DB_BAD_PARAMETER, "there is no parameter block");
-    *cursor = new DB_ResultCursor{runText(parameters, text, arguments)};
+    // Allocated first: what has been done must not fail afterwards.
+    auto result = std::make_unique<DB_ResultCursor>();
+    result->buffer = runText(parameters, text, arguments);
+    *cursor = result.release();
   });
 }
 
@@ -122,21 +191,26 @@ LineSink sinkTo(void (*line)(void*, const char*), void* context) {
 
 int DB_Open(int database) {
   return guarded([&] {
-    if (threadSession == nullptr)
+    requireNoFork();
+    if (threadSession == nullptr) {
+      const ProcessHooks& hooks = processHooks();
       threadSession = new Session(database);
-    else
+      ++openSessions;
+      hooks.closeAtEnd(true);
+    } else {
       require(database == threadSession->database(), "another database is open in this thread");
+    }
     ++threadOpens;
   });
 }
 
 int DB_Close() {
   return guarded([] {
-    session();
-    if (--threadOpens == 0) {
-      delete threadSession;
-      threadSession = nullptr;
-    }
+    // After a fork it is the parent's, with its locks; the memory stays until the process ends.
+    if (!isForked || threadOpens == 0)
+      session();
+    if (--threadOpens == 0 && !isForked)
+      closeSession();
   });
 }
 
@@ -253,15 +327,17 @@ int DB_CSC_GetFieldAsBool(DB_CURSOR cursor, int column) {
 }
 
 const unsigned short* DB_CSC_GetFieldAsUnicode(DB_CURSOR cursor, int column) {
-  return hasField(cursor, column)
-             ? cursor->buffer.units(cursor->row, static_cast<std::size_t>(column))
-             : nullptr;
+  const unsigned short* text = nullptr;
+  if (hasField(cursor, column))
+    guarded([&] { text = cursor->buffer.units(cursor->row, static_cast<std::size_t>(column)); });
+  return text;
 }
 
 const char* DB_CSC_GetFieldAsChar(DB_CURSOR cursor, int column) {
-  return hasField(cursor, column)
-             ? cursor->buffer.bytes(cursor->row, static_cast<std::size_t>(column))
-             : nullptr;
+  const char* text = nullptr;
+  if (hasField(cursor, column))
+    guarded([&] { text = cursor->buffer.bytes(cursor->row, static_cast<std::size_t>(column)); });
+  return text;
 }
 
 int DB_CSC_MoveNext(DB_CURSOR cursor) {
@@ -281,20 +357,25 @@ int DB_CSC_Close(DB_CURSOR cursor) {
   return DB_OK;
 }
 
+const char* DB_LastFailure() {
+  return lastFailure;
+}
+
 int DB_Explain(const char* text, int what, DB_PARAM block,
                void (*line)(void* context, const char* utf8), void* context) {
   if (text == nullptr || line == nullptr)
-    return DB_BAD_ARGUMENT;
-  const LineSink sink = sinkTo(line, context);
-  try {
-    session().explain(text, what, viewOf(block), sink);
-    return DB_OK;
-  } catch (const Failure& failure) {
-    sink(failure.what());
-    return failure.code();
-  } catch (const std::bad_alloc&) {
-    return DB_NO_MEMORY;
-  }
+    return failed(DB_BAD_ARGUMENT, "the text or the place for the lines is null");
+  int result = DB_OK;
+  const int told = guarded([&] {
+    const LineSink sink = sinkTo(line, context);
+    try {
+      session().explain(text, what, viewOf(block), sink);
+    } catch (const Failure& failure) {
+      result = failed(failure.code(), failure.reason());
+      sink(failure.what());
+    }
+  });
+  return result != DB_OK ? result : told;
 }
 
 int DB_CheckFile(void (*line)(void* context, const char* utf8), void* context) {

@@ -6,7 +6,18 @@
  * are an error. ":0", ":1", ... are the parameters of the parameter block.
  *
  * Each statement and each script does all of its work or none. Within a transaction it joins it.
- * The database is one per thread: stores of one thread share it, threads have their own.
+ * The database is one per thread: stores of one thread share it, threads have their own. A thread
+ * that ends closes what it has opened; an open transaction is undone. Parameter blocks and cursors
+ * belong to the thread that made them.
+ *
+ * A process must not fork while the database is open and go on in the child: there every call
+ * fails with DB_NOT_OPEN, except DB_Close, which succeeds and leaves the parent's database and
+ * locks alone. A child that runs another program is not affected; neither is a child of a process
+ * that had closed the database in all of its threads.
+ *
+ * No operation throws. All that return int log why they fail, with these exceptions: DB_BeginRead,
+ * DB_EndRead, DB_BeginWrite, DB_EndWrite and DB_CSC_MoveNext don't log, and DB_Explain passes the
+ * reason to `line`.
  *
  * Each change of a row of the task table has one entry in the journal of changes
  * (change_journal.h), committed or discarded together with it.
@@ -14,6 +25,12 @@
 #pragma once
 
 #include "export.h"
+
+#if defined(__GNUC__)
+#define DB_PRINTF(text, first) __attribute__((format(printf, text, first)))
+#else
+#define DB_PRINTF(text, first)
+#endif
 
 #ifdef __cplusplus
 extern "C" {
@@ -33,8 +50,8 @@ enum DB_Result {
   DB_IO = 9,            /* the file can't be read or written */
   DB_NO_MEMORY = 10,    /* memory of this process */
   DB_CORRUPT = 11,      /* the file is no database, or damaged */
-  DB_FULL = 12,         /* the disk or the database is full */
-  DB_NOT_OPEN = 13,     /* this thread has not opened the database */
+  DB_FULL = 12,         /* the disk, the user's quota of it or the database is full */
+  DB_NOT_OPEN = 13,     /* this thread has not opened the database, or the process was forked */
   DB_TRANSACTION = 14,  /* a transaction is open already, or none is */
   DB_LIMIT = 15,        /* one of the limits below was reached */
   DB_END = 16           /* there is no further row */
@@ -42,14 +59,15 @@ enum DB_Result {
 
 /* Limits. What goes beyond is refused with DB_LIMIT and leaves everything as it was. */
 enum DB_Limit {
-  DB_MAX_TEXT = 65536,          /* bytes of a text after formatting */
+  DB_MAX_TEXT = 65536,          /* bytes of a text after formatting; numbers count as two each */
   DB_MAX_NESTING = 64,          /* blocks and parentheses inside one another */
   DB_MAX_PARAMETERS = 256,      /* parameters of a block */
   DB_MAX_COLUMNS = 64,          /* columns of a table or a buffer schema */
   DB_MAX_VARIABLES = 64,        /* variables of a script */
   DB_MAX_NAME = 128,            /* bytes of a name */
   DB_MAX_ROWS = 4194304,        /* rows of a result */
-  DB_MAX_LOOP_PASSES = 16777216 /* passes through all loops of one run of a script */
+  DB_MAX_LOOP_PASSES = 16777216 /* passes through all loops of one run of a script; rows that the
+                                   database leaves out, counts or deletes by itself are none */
 };
 
 typedef struct DB_ParamBlock* DB_PARAM;
@@ -96,20 +114,22 @@ ULO_EXPORT int DB_BeginWrite(void);
 ULO_EXPORT int DB_EndWrite(int keep);
 
 /* Runs a text. What it puts into its result buffer is dropped. */
-ULO_EXPORT int DB_Exec(const char* text, ...);
+ULO_EXPORT int DB_Exec(const char* text, ...) DB_PRINTF(1, 2);
 /* The same with parameters. A parameter that the text doesn't use is fine. A null block makes it
  * fail. */
-ULO_EXPORT int DB_ExecWithParam(DB_PARAM block, const char* text, ...);
+ULO_EXPORT int DB_ExecWithParam(DB_PARAM block, const char* text, ...) DB_PRINTF(2, 3);
 /* Runs a text and gives its result buffer, standing on the first row. On failure *cursor is null.
  */
-ULO_EXPORT int DB_Query(DB_CURSOR* cursor, const char* text, ...);
-ULO_EXPORT int DB_QueryWithParam(DB_CURSOR* cursor, DB_PARAM block, const char* text, ...);
+ULO_EXPORT int DB_Query(DB_CURSOR* cursor, const char* text, ...) DB_PRINTF(2, 3);
+ULO_EXPORT int DB_QueryWithParam(DB_CURSOR* cursor, DB_PARAM block, const char* text, ...)
+    DB_PRINTF(3, 4);
 
 /* This thread's tag: what its last successful script set with set_session_tag, or the UID of its
  * last successful insert that ended in returnuid. 0 at the start. */
 ULO_EXPORT int DB_GetTag(void);
 
-/* A block of `count` parameters (1 to DB_MAX_PARAMETERS), none bound. Null when memory is short. */
+/* A block of `count` parameters, none bound. Null when `count` is not from 1 to DB_MAX_PARAMETERS,
+ * or memory is short. */
 ULO_EXPORT DB_PARAM DB_PARAM_Open(int count);
 ULO_EXPORT int DB_PARAM_Close(DB_PARAM block);
 ULO_EXPORT int DB_PARAM_BindInteger(DB_PARAM block, int index, int value);
@@ -120,7 +140,8 @@ ULO_EXPORT int DB_PARAM_BindUnicode(DB_PARAM block, int index, const unsigned sh
 ULO_EXPORT int DB_PARAM_BindChar(DB_PARAM block, int index, const char* utf8);
 
 /* Fields of the current row, by the order of the columns in the buffer's schema. A row or column
- * that is not there, and a null, gives 0, false or null. */
+ * that is not there, and a null, gives 0, false or null. So does a text whose conversion to the
+ * other form finds no memory, which is logged. */
 ULO_EXPORT int DB_CSC_GetFieldAsInteger(DB_CURSOR cursor, int column);
 ULO_EXPORT int DB_CSC_GetFieldAsBool(DB_CURSOR cursor, int column);
 /* Zero-terminated units in the machine's byte order. Valid until the cursor is closed. */
@@ -134,7 +155,12 @@ ULO_EXPORT int DB_CSC_Eof(DB_CURSOR cursor);
 /* Closing null does nothing. */
 ULO_EXPORT int DB_CSC_Close(DB_CURSOR cursor);
 
-/* Tools for people. */
+/* Why the last operation of this thread that failed did so, for the user of a program. Never null;
+ * empty if none failed. Valid until the next operation of the thread. */
+ULO_EXPORT const char* DB_LastFailure(void);
+
+/* Tools for people. A `line` that throws ends them with DB_ERROR: no further line follows, and what
+ * was running is undone. */
 
 enum DB_ExplainWhat {
   DB_EXPLAIN_TOKENS = 1, /* the words of the text with their places */

@@ -7,12 +7,12 @@
 namespace ulo::odb {
 
 void Tuple::set(int column, const Value& value) {
-  const auto place = std::lower_bound(columns_.begin(), columns_.end(), column);
-  if (place == columns_.end() || *place != column)
-    columns_.insert(place, column);
   if (values_.size() <= static_cast<std::size_t>(column))
     values_.resize(static_cast<std::size_t>(column) + 1);
   values_[static_cast<std::size_t>(column)].assign(value);
+  const auto place = std::lower_bound(columns_.begin(), columns_.end(), column);
+  if (place == columns_.end() || *place != column)
+    columns_.insert(place, column);
 }
 
 SqlStatement& Cursor::prepared(std::unique_ptr<SqlStatement>& statement, const std::string& sql) {
@@ -72,16 +72,15 @@ void Cursor::deleteAll() {
 
 bool Cursor::find(const Tuple& key) {
   close();
-  std::unique_ptr<SqlStatement>& slot = finds_[key.columns()];
-  if (!slot)
-    slot = std::make_unique<SqlStatement>(database_, findSql(plan_, key.columns()));
+  SqlStatement& statement =
+      preparedIn(finds_, key.columns(), database_, [&] { return findSql(plan_, key.columns()); });
   int parameter = 0;
   for (const KeyColumn& part : plan_.source.key)
     if (key.has(part.column))
-      bind(*slot, ++parameter, key.value(part.column), typeOf(part.column));
-  if (!slot->step())
+      bind(statement, ++parameter, key.value(part.column), typeOf(part.column));
+  if (!statement.step())
     return false;
-  row_ = live_ = slot.get();
+  row_ = live_ = &statement;
   liveIsSameKey_ = key.columns().size() == plan_.source.key.size();
   where_ = Where::found;
   return true;
@@ -125,19 +124,18 @@ bool Cursor::startNextStretch() {
   const Stretch stretch = ahead_.back();
   ahead_.pop_back();
   const bool filtered = filter_ != nullptr && !filter_->empty();
-  std::unique_ptr<SqlStatement>& slot = stretches_[{stretch.level, stretch.behind, filtered}];
-  if (!slot)
-    slot = std::make_unique<SqlStatement>(
-        database_, behindSql(plan_, stretch.level, stretch.behind, filtered));
-  slot->reset();
+  SqlStatement& statement =
+      preparedIn(stretches_, {stretch.level, stretch.behind, filtered}, database_,
+                 [&] { return behindSql(plan_, stretch.level, stretch.behind, filtered); });
+  statement.reset();
   const int bound = stretch.level + (stretch.behind == Behind::value ? 1 : 0);
   for (int i = 0; i < bound; ++i) {
     const auto place = static_cast<std::size_t>(i);
-    bind(*slot, i + 1, position_[place].view(), typeOf(plan_.order[place].column));
+    bind(statement, i + 1, position_[place].view(), typeOf(plan_.order[place].column));
   }
   if (filtered)
-    bindFilter(*slot, bound + 1);
-  live_ = slot.get();
+    bindFilter(statement, bound + 1);
+  live_ = &statement;
   // Behind the last column of the key only the UID differs.
   liveIsSameKey_ = stretch.level == static_cast<int>(plan_.source.key.size());
   return true;
@@ -248,16 +246,15 @@ void Cursor::update(const Tuple& data) {
   requireRow("update");
   if (data.columns().empty())
     return;
-  std::unique_ptr<SqlStatement>& slot = updates_[data.columns()];
-  if (!slot)
-    slot = std::make_unique<SqlStatement>(database_, updateSql(plan_, data.columns()));
-  const ResetAtEnd reset(*slot);
+  SqlStatement& statement = preparedIn(updates_, data.columns(), database_,
+                                       [&] { return updateSql(plan_, data.columns()); });
+  const ResetAtEnd reset(statement);
   int parameter = 0;
   for (const int column : data.columns())
-    bind(*slot, ++parameter, data.value(column), typeOf(column));
+    bind(statement, ++parameter, data.value(column), typeOf(column));
   const std::int64_t uid = field(0).number;
-  bind(*slot, ++parameter, Value::integer(uid), Type::integer);
-  slot->run();
+  bind(statement, ++parameter, Value::integer(uid), Type::integer);
+  statement.run();
   // The row shows what was written.
   if (plan_.fetched.size() > 1)
     row_ = fetchRow(uid);

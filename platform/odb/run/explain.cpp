@@ -3,6 +3,8 @@
 #include "session.h"
 
 #include <cstring>
+#include <exception>
+#include <memory>
 
 namespace ulo::odb {
 namespace {
@@ -49,7 +51,8 @@ void listSql(const CursorPlan& plan, const std::string& name, const LineSink& li
     line("$" + name + " update: the fields that were set");
 }
 
-// Gives every SQL statement that runs to `line` while it lives.
+// Gives every SQL statement that runs to `line` while it lives. An exception of `line` must not
+// pass through SQLite: it interrupts the run, and `check` throws it.
 class Trace {
 public:
   Trace(sqlite3* database, const LineSink& line) : database_(database), line_(line) {
@@ -59,23 +62,39 @@ public:
   Trace& operator=(const Trace&) = delete;
   ~Trace() { sqlite3_trace_v2(database_, 0, nullptr, nullptr); }
 
+  void check() const {
+    if (thrown_)
+      std::rethrow_exception(thrown_);
+  }
+
 private:
   static int statement(unsigned, void* context, void* handle, void* text) {
+    auto& trace = *static_cast<Trace*>(context);
     // A statement that a trigger runs comes as a comment; the triggers are the journal's.
-    if (std::strncmp(static_cast<const char*>(text), "--", 2) == 0)
+    if (trace.thrown_ || std::strncmp(static_cast<const char*>(text), "--", 2) == 0)
       return 0;
-    auto* statement = static_cast<sqlite3_stmt*>(handle);
-    const auto& line = static_cast<Trace*>(context)->line_;
-    line(std::string("sql: ") + sqlite3_sql(statement));
-    if (sqlite3_bind_parameter_count(statement) > 0) {
-      char* expanded = sqlite3_expanded_sql(statement);
-      line(std::string("  as: ") + (expanded == nullptr ? "" : expanded));
-      sqlite3_free(expanded);
+    try {
+      trace.tell(static_cast<sqlite3_stmt*>(handle));
+    } catch (...) {
+      trace.thrown_ = std::current_exception();
+      sqlite3_interrupt(trace.database_);
     }
     return 0;
   }
 
+  void tell(sqlite3_stmt* statement) const {
+    line_(std::string("sql: ") + sqlite3_sql(statement));
+    if (sqlite3_bind_parameter_count(statement) == 0)
+      return;
+    struct Free {
+      void operator()(char* text) const { sqlite3_free(text); }
+    };
+    const std::unique_ptr<char, Free> expanded(sqlite3_expanded_sql(statement));
+    line_(std::string("  as: ") + (expanded == nullptr ? "" : expanded.get()));
+  }
+
   sqlite3* database_;
+  std::exception_ptr thrown_;
   const LineSink& line_;
 };
 
@@ -116,7 +135,12 @@ void Session::explain(const std::string& text, int what, ParameterView parameter
     const Trace trace(connection_.handle(), line);
     constexpr int untouched = -1;
     tag = untouched;
-    result = runPrepared({*executable, {}}, parameters, &tag);
+    try {
+      result = runPrepared({*executable, {}}, parameters, &tag, [&] { trace.check(); });
+    } catch (const Failure&) {
+      trace.check();
+      throw;
+    }
     tagIsSet = tag != untouched;
   }
   forgetIfSchemaChanged();

@@ -386,11 +386,9 @@ Value Executable::arithmetic(const Node& node) {
 }
 
 std::int64_t Executable::count(const Table& table) {
-  std::unique_ptr<SqlStatement>& slot = counts_[&table];
-  if (!slot)
-    slot = std::make_unique<SqlStatement>(database_, countSql(table));
-  const ResetAtEnd reset(*slot);
-  return slot->step() ? slot->integer(0) : 0;
+  SqlStatement& statement = preparedIn(counts_, &table, database_, [&] { return countSql(table); });
+  const ResetAtEnd reset(statement);
+  return statement.step() ? statement.integer(0) : 0;
 }
 
 bool Executable::tableExists(const std::string& name) {

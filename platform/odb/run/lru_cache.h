@@ -23,10 +23,13 @@ public:
     return &entries_.front().second;
   }
 
-  // Requires: there is none of this key. Valid until something is added.
+  // Requires: there is none of this key. Valid until something is added. Changes nothing if it
+  // throws.
   Value& add(std::string key, Value value) {
-    entries_.emplace_front(std::move(key), std::move(value));
-    places_[entries_.front().first] = entries_.begin();
+    Entries added;
+    added.emplace_front(std::move(key), std::move(value));
+    places_.emplace(added.front().first, added.begin());
+    entries_.splice(entries_.begin(), added);
     if (entries_.size() > capacity_) {
       places_.erase(entries_.back().first);
       entries_.pop_back();

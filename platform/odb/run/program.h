@@ -5,6 +5,7 @@
 #include "catalog.h"
 #include "script/ast.h"
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -91,6 +92,11 @@ struct Program {
   // It asks SQLite more than once, and all answers have to show the same state.
   bool needsSnapshot = false;
   int arguments = 0;  // numbers of the template that it wants
+
+  [[nodiscard]] bool removes() const {
+    return std::any_of(cursors.begin(), cursors.end(),
+                       [](const CursorPlan& cursor) { return cursor.deletes; });
+  }
 
   // Of an insert: the types of its columns, by the order of the statement.
   std::vector<Type> insertTypes;

@@ -39,6 +39,7 @@ std::string existingDataDirectory() {
 class Session::Scope {
 public:
   Scope(Session& session, const Program& program) : session_(session) {
+    session.endStaleTransaction();
     const bool single = program.statement && program.statement->kind == Statement::Kind::insert;
     if (session.inTransaction_) {
       if (!session.connection_.inTransaction())
@@ -65,18 +66,8 @@ public:
   }
 
   ~Scope() {
-    if (!isOpen_ || !session_.connection_.inTransaction())
-      return;
-    try {
-      if (isSavepoint()) {
-        session_.connection_.control(Connection::Control::rollbackToSave);
-        session_.connection_.control(Connection::Control::release);
-      } else {
-        session_.connection_.control(Connection::Control::rollback);
-      }
-    } catch (const Failure&) {
-      // SQLite rolls back what it can't even undo when the connection ends.
-    }
+    if (isOpen_)
+      session_.connection_.undo(isSavepoint());
   }
 
 private:
@@ -97,13 +88,14 @@ Session::Session(int database)
       executables_(executablesKept) {}
 
 Session::~Session() {
-  if (inTransaction_ && connection_.inTransaction()) {
-    try {
-      connection_.control(Connection::Control::rollback);
-    } catch (const Failure&) {
-      // Closing the connection does the same.
-    }
-  }
+  if (inTransaction_)
+    connection_.undo(false);
+}
+
+// One whose undoing failed, for lack of memory, must not take up what comes next.
+void Session::endStaleTransaction() {
+  if (!inTransaction_ && !readsTransact_ && connection_.inTransaction())
+    connection_.control(Connection::Control::rollback);
 }
 
 void Session::begin(int mode) {
@@ -111,6 +103,7 @@ void Session::begin(int mode) {
     throw Failure(DB_BAD_ARGUMENT, "there is no transaction mode " + std::to_string(mode));
   if (inTransaction_ || readsTransact_)
     throw Failure(DB_TRANSACTION, "a transaction is open already");
+  endStaleTransaction();
   connection_.control(Connection::Control::beginWrite);
   inTransaction_ = true;
 }
@@ -133,9 +126,14 @@ void Session::commit() {
   } catch (const Failure& failure) {
     if (fills)
       unfilledBy_ = failure.code();
-    if (connection_.inTransaction())
-      connection_.control(Connection::Control::rollback);
-    forgetIfSchemaChanged();
+    connection_.undo(false);
+    checkSchema();
+    throw;
+  } catch (const std::bad_alloc&) {
+    if (fills)
+      unfilledBy_ = DB_NO_MEMORY;
+    connection_.undo(false);
+    checkSchema();
     throw;
   }
   connection_.committed();
@@ -146,13 +144,15 @@ void Session::abort() {
   requireTransactionOfCaller();
   inTransaction_ = false;
   fillFailure_ = DB_OK;
+  connection_.undo(false);
+  checkSchema();
   if (connection_.inTransaction())
-    connection_.control(Connection::Control::rollback);
-  forgetIfSchemaChanged();
+    throw Failure(DB_NO_MEMORY, "no memory to undo the transaction; the next operation does");
 }
 
 void Session::beginRead() {
   if (reads_ == 0 && !inTransaction_) {
+    endStaleTransaction();
     connection_.control(Connection::Control::beginRead);
     readsTransact_ = true;
   }
@@ -165,8 +165,14 @@ void Session::endRead() {
   if (--reads_ > 0 || !readsTransact_)
     return;
   readsTransact_ = false;
-  if (connection_.inTransaction())
+  if (!connection_.inTransaction())
+    return;
+  try {
     connection_.control(Connection::Control::commit);
+  } catch (const std::exception&) {
+    connection_.undo(false);
+    throw;
+  }
 }
 
 void Session::beginWrite() {
@@ -209,6 +215,15 @@ bool Session::forgetIfSchemaChanged() {
   schemaVersion_ = version;
   dataVersion_ = connection_.dataVersion();
   return changed;
+}
+
+// After a transaction has ended: whatever happens here, it has.
+void Session::checkSchema() noexcept {
+  try {
+    forgetIfSchemaChanged();
+  } catch (const std::exception&) {
+    forgetPrograms();
+  }
 }
 
 std::shared_ptr<const Program> Session::programOf(const std::string& text) {
@@ -255,16 +270,21 @@ ResultBuffer Session::run(const char* text, va_list arguments, ParameterView par
   const TemplateArguments given = templates_.entry(text).pattern.read(arguments);
   try {
     return runPrepared(prepare(text, given), parameters, tag);
-  } catch (const Failure&) {
+  } catch (const Failure& failure) {
     // SQLite may only have seen now that another program changed a table.
-    if (!forgetIfSchemaChanged())
+    if (failure.code() == DB_FULL ? inTransaction_ || !connection_.makeRoom(lastRunRemoves_)
+                                  : !forgetIfSchemaChanged())
       throw;
   }
   return runPrepared(prepare(text, given), parameters, tag);
 }
 
-ResultBuffer Session::runPrepared(const Call& call, ParameterView parameters, int* tag) {
+ResultBuffer Session::runPrepared(const Call& call, ParameterView parameters, int* tag,
+                                  const std::function<void()>& beforeKeeping) {
   const Program& program = call.executable.program();
+  lastRunRemoves_ = program.removes();
+  if (lastRunRemoves_ && inTransaction_)
+    connection_.makeRoomAhead();
   ResultBuffer result = program.script ? ResultBuffer(program.script->buffer) : ResultBuffer();
   Executable::Run run{parameters, call.numbers, result, std::nullopt};
   if (program.writes && unfilledBy_ != DB_OK)
@@ -273,6 +293,8 @@ ResultBuffer Session::runPrepared(const Call& call, ParameterView parameters, in
   try {
     Scope scope(*this, program);
     call.executable.run(run);
+    if (beforeKeeping)
+      beforeKeeping();
     // The end of such a transaction may not be examined; DB_EndWrite's always is.
     if (inTransaction_ && !writesTransact_ && (fills || (program.writes && program.script)))
       connection_.writeOut();

@@ -58,8 +58,12 @@ private:
   std::shared_ptr<Executable> prepare(const std::string& text);
   std::shared_ptr<const Program> programOf(const std::string& text);
   bool forgetIfSchemaChanged();  // whether it had
+  void checkSchema() noexcept;
+  void endStaleTransaction();
   void forgetPrograms();
-  ResultBuffer runPrepared(const Call& call, ParameterView parameters, int* tag);
+  // `beforeKeeping` may throw: then nothing is kept.
+  ResultBuffer runPrepared(const Call& call, ParameterView parameters, int* tag,
+                           const std::function<void()>& beforeKeeping = {});
   void requireTransactionOfCaller() const;
 
   int database_;
@@ -80,6 +84,7 @@ private:
   bool readsTransact_ = false;   // they are a transaction of their own
   int writes_ = 0;               // begun and not ended
   bool writesTransact_ = false;  // they began the transaction
+  bool lastRunRemoves_ = false;  // rows
 };
 
 }  // namespace ulo::odb

@@ -17,7 +17,10 @@ struct Position {
 // interface turns it into its code and a line of the log.
 class Failure : public std::runtime_error {
 public:
-  Failure(DB_Result code, const std::string& message) : std::runtime_error(message), code_(code) {}
+  Failure(DB_Result code, const std::string& message) : Failure(code, message, message) {}
+  // `reason` says the same to the user of a program, without texts of the database's languages.
+  Failure(DB_Result code, const std::string& message, const std::string& reason)
+      : std::runtime_error(message), code_(code), reason_(reason) {}
   Failure(DB_Result code, Position at, const std::string& message)
       : Failure(code, "line " + std::to_string(at.line) + ", column " + std::to_string(at.column) +
                           ": " + message) {
@@ -25,13 +28,19 @@ public:
   }
 
   [[nodiscard]] DB_Result code() const { return code_; }
+  [[nodiscard]] const char* reason() const { return reason_.what(); }
   // The same failure with the place where it happened, unless it names one already.
   [[nodiscard]] Failure at(Position place) const {
-    return hasPlace_ ? *this : Failure(code_, place, what());
+    if (hasPlace_)
+      return *this;
+    Failure placed(code_, place, what());
+    placed.reason_ = reason_;
+    return placed;
   }
 
 private:
   DB_Result code_;
+  std::runtime_error reason_;  // which copies without memory
   bool hasPlace_ = false;
 };
 

@@ -352,20 +352,29 @@ private:
       node.operands.push_back(variableNode());
       break;
     case Argument::quoted:
-      node.text = tokens_.expect(TokenKind::text, "a name in quotes").text;
+      node.text = quotedName("a name in quotes");
       break;
     case Argument::field:
       if (tokens_.at(TokenKind::number)) {
         node.fieldByNumber = true;
         node.number = tokens_.take().number;
       } else {
-        node.text = tokens_.expect(TokenKind::text, "a column's name in quotes or a number").text;
+        node.text = quotedName("a column's name in quotes or a number");
       }
       break;
     case Argument::plainName:
       node.text = tokens_.expect(TokenKind::name, "the name of a buffer column").text;
       break;
     }
+  }
+
+  // With or without the database's name before it.
+  std::string quotedName(const char* what) {
+    const Token& token = tokens_.expect(TokenKind::text, what);
+    if (token.text.substr(token.text.find('.') + 1).size() > DB_MAX_NAME)
+      throw Failure(DB_LIMIT, token.at,
+                    "a name is longer than " + std::to_string(DB_MAX_NAME) + " bytes");
+    return token.text;
   }
 
   std::map<std::string, std::vector<ColumnDeclaration>> schemas_;

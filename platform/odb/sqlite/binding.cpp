@@ -85,8 +85,9 @@ Value columnValue(const SqlStatement& statement, int column, Type type) {
   const int size = stored == SQLITE_BLOB || type == Type::varchar
                        ? sqlite3_column_bytes(handle, column)
                        : sqlite3_column_bytes16(handle, column);
-  if (text == nullptr && size > 0)
-    throw Failure(DB_NO_MEMORY, "no memory for a text of " + std::to_string(size) + " bytes");
+  // An empty text is there all the same; only an empty blob has no pointer.
+  if (text == nullptr && (size > 0 || stored != SQLITE_BLOB))
+    throw Failure(DB_NO_MEMORY, "no memory for a text of the database");
   return {type, 0, {static_cast<const char*>(text), static_cast<std::size_t>(size)}};
 }
 

@@ -4,11 +4,14 @@
 #include "files/store_file.h"
 #include "journal.h"
 #include "journal_schema.h"
+#include "wal_limit.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <exception>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -20,8 +23,6 @@
 namespace ulo::odb {
 namespace {
 
-// How long a statement waits for another process that writes.
-constexpr int busyTimeoutMs = 10000;
 // How long an open waits for a program that fills a new database.
 constexpr std::chrono::seconds fillPatience{10};
 constexpr std::chrono::milliseconds fillPoll{2};
@@ -31,7 +32,34 @@ constexpr const char* controlSql[] = {
     "SAVEPOINT ulodb", "RELEASE ulodb",   "ROLLBACK TO ulodb"};
 
 Failure systemFailure(const std::string& what) {
-  return {DB_IO, what + ": " + std::strerror(errno)};
+  const int error = errno;
+  const std::string message = what + ": " + std::strerror(error);
+  return {isFull(error) ? DB_FULL : DB_IO, message,
+          isFull(error) ? fullReason(what, error) : message};
+}
+
+bool mayWrite(const std::string& path) {
+  return access(path.c_str(), W_OK) == 0;
+}
+
+// Whether all that was committed is in the database's own file.
+bool logIsEmpty(const std::string& path) {
+  struct stat log {};
+  return stat((path + "-wal").c_str(), &log) != 0 ? errno == ENOENT : log.st_size == 0;
+}
+
+// The path as an URI; SQLite takes neither lock nor log for what does not change.
+std::string immutableUri(const std::string& path) {
+  constexpr char hex[] = "0123456789ABCDEF";
+  std::string uri = "file:";
+  for (const char c : path) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (c == '%' || c == '?' || c == '#')
+      uri += {'%', hex[byte >> 4U], hex[byte & 15U]};
+    else
+      uri += c;
+  }
+  return uri + "?immutable=1";
 }
 
 // The lock is the directory's own: it needs no file, and a killed process leaves none behind.
@@ -54,32 +82,77 @@ int lockDirectory(const std::string& directory) {
 }  // namespace
 
 Connection::Connection(const std::string& directory, const std::string& name)
-    : path_(directory + "/" + name) {
+    : path_(directory + "/" + name), reserve_(directory) {
   lock_.reset(lockDirectory(directory));
   requireNotLost({directory, name});
+  const auto attempt = [&](Opening how) -> std::optional<Failure> {
+    try {
+      open(how);
+      return {};
+    } catch (const Failure& failure) {
+      handle_.reset();
+      return failure;
+    }
+  };
+  std::optional<Failure> failure = attempt(Opening::shared);
+  const auto isFullDisk = [&] { return failure && failure->code() == DB_FULL; };
+  if (isFullDisk() && reserve_.release())
+    failure = attempt(Opening::shared);
+  if (isFullDisk() && !attempt(Opening::exclusive))
+    failure.reset();
+  const bool isLockedUp =
+      failure && failure->code() == DB_IO && !(mayWrite(path_) && mayWrite(directory));
+  if ((isFullDisk() || isLockedUp) && logIsEmpty(path_) && !attempt(Opening::readOnly))
+    failure.reset();
+  if (failure)
+    throw *failure;
+  reserve_.keep();
+}
+
+void Connection::open(Opening how) {
   // Made here and not by SQLite, so that it is the owner's alone; SQLite's other files follow it.
   // And without opening it: closing it would end the locks that this process has on it.
   if (mknod(path_.c_str(), S_IFREG | 0600, 0) != 0 && errno != EEXIST)
     throw systemFailure(path_);
+  const bool readOnly = how == Opening::readOnly;
   sqlite3* opened = nullptr;
   const int result =
-      sqlite3_open_v2(path_.c_str(), &opened,
-                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+      sqlite3_open_v2(readOnly ? immutableUri(path_).c_str() : path_.c_str(), &opened,
+                      SQLITE_OPEN_NOMUTEX | (readOnly ? SQLITE_OPEN_READONLY | SQLITE_OPEN_URI
+                                                      : SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE),
+                      nullptr);
   handle_.reset(opened);
   if (opened == nullptr)
     throw Failure(DB_NO_MEMORY, "no memory to open " + path_);
   if (result != SQLITE_OK)
     throw sqliteFailure(opened, "opening " + path_);
-  configure();
+  configure(how);
   if (isFilled()) {
-    adoptJournal(opened, directory);
-    lock_.reset();
-  } else {
+    if (!readOnly)
+      adoptJournal(opened, path_.substr(0, path_.rfind('/')));
+    unlock();
+  } else if (!readOnly) {
     dropTables();
   }
 }
 
-void Connection::configure() {
+Connection::~Connection() {
+  for (auto& statement : controls_)
+    statement.reset();
+  schemaVersion_.reset();
+  handle_.reset();
+  reserve_.restore();
+  unlock();
+}
+
+// Closing would not do: a child of a fork may share the descriptor.
+void Connection::unlock() {
+  if (lock_.get() >= 0)
+    flock(lock_.get(), LOCK_UN);
+  lock_.reset();
+}
+
+void Connection::configure(Opening how) {
   sqlite3* database = handle_.get();
   sqlite3_busy_timeout(database, busyTimeoutMs);
   // A name that is not there is an error, not a text.
@@ -87,11 +160,17 @@ void Connection::configure() {
   sqlite3_db_config(database, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
   // In this encoding every 16-bit unit comes back, half of a surrogate pair too.
   SqlStatement(database, "PRAGMA encoding = 'UTF-16'").run();
-  SqlStatement journal(database, "PRAGMA journal_mode = WAL");
-  if (!journal.step() || journal.text(0) != "wal")
-    throw Failure(DB_IO, "the file system can't hold the database's write-ahead log");
-  journal.run();
+  // Then the index of the log is in this process's memory.
+  if (how == Opening::exclusive)
+    SqlStatement(database, "PRAGMA locking_mode = EXCLUSIVE").run();
+  if (how != Opening::readOnly) {
+    SqlStatement journal(database, "PRAGMA journal_mode = WAL");
+    if (!journal.step() || journal.text(0) != "wal")
+      throw Failure(DB_IO, "the file system can't hold the database's write-ahead log");
+    journal.run();
+  }
   SqlStatement(database, "PRAGMA synchronous = FULL").run();
+  limitWal(database);
   SqlStatement encoding(database, "PRAGMA encoding");
   if (!encoding.step() || encoding.text(0).rfind("UTF-16", 0) != 0)
     throw Failure(DB_CORRUPT, "the file is a database of something else");
@@ -131,17 +210,55 @@ void Connection::dropTables() {
   SqlStatement(database, "COMMIT").run();
 }
 
-void Connection::control(Control what) {
+SqlStatement& Connection::prepared(Control what) {
   const auto index = static_cast<std::size_t>(what);
   if (!controls_[index])
     controls_[index] = std::make_unique<SqlStatement>(handle_.get(), controlSql[index]);
-  const ResetAtEnd reset(*controls_[index]);
-  controls_[index]->run();
+  return *controls_[index];
 }
 
-void Connection::committed() {
-  if (lock_.get() >= 0 && isFilled())
-    lock_.reset();
+void Connection::control(Control what) {
+  if (what == Control::beginRead || what == Control::beginWrite || what == Control::save)
+    for (const Control end :
+         {Control::commit, Control::rollback, Control::release, Control::rollbackToSave})
+      prepared(end);
+  SqlStatement& statement = prepared(what);
+  const ResetAtEnd reset(statement);
+  statement.run();
+}
+
+void Connection::undo(bool toSavepoint) noexcept {
+  if (toSavepoint && inTransaction()) {
+    try {
+      control(Control::rollbackToSave);
+      control(Control::release);
+      return;
+    } catch (const std::exception&) {
+      // The whole transaction then.
+    }
+  }
+  // A second time, for a changed schema makes SQLite prepare the statement anew.
+  for (int attempt = 0; attempt < 2 && inTransaction(); ++attempt) {
+    try {
+      control(Control::rollback);
+    } catch (const std::exception&) {
+    }
+  }
+}
+
+bool Connection::makeRoom(bool removes) noexcept {
+  int pages = 0;
+  const bool isCopied = sqlite3_wal_checkpoint_v2(handle_.get(), "main", SQLITE_CHECKPOINT_TRUNCATE,
+                                                  &pages, nullptr) == SQLITE_OK;
+  return (removes && reserve_.release()) || (isCopied && !removes);
+}
+
+void Connection::committed() noexcept {
+  try {
+    if (lock_.get() >= 0 && isFilled())
+      unlock();
+  } catch (const std::exception&) {
+  }
 }
 
 void Connection::announce() const {

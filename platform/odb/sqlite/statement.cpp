@@ -14,9 +14,9 @@ DB_Result resultOf(sqlite3* database, int code) {
   case SQLITE_LOCKED:
     return DB_BUSY;
   case SQLITE_IOERR:
-    // A full disk also shows where SQLite sizes its shared memory.
-    return sqlite3_system_errno(database) == ENOSPC ? DB_FULL : DB_IO;
   case SQLITE_CANTOPEN:
+    // A full disk also shows where SQLite sizes its shared memory, or makes a file.
+    return isFull(sqlite3_system_errno(database)) ? DB_FULL : DB_IO;
   case SQLITE_READONLY:
   case SQLITE_PERM:
     return DB_IO;
@@ -32,14 +32,35 @@ DB_Result resultOf(sqlite3* database, int code) {
   }
 }
 
+Failure sqliteFailure(sqlite3* database, int error, const std::string& what, const char* message) {
+  const DB_Result result = resultOf(database, error);
+  const char* file = sqlite3_db_filename(database, "main");
+  const std::string reason =
+      result == DB_FULL ? fullReason(file == nullptr ? "" : file, sqlite3_system_errno(database))
+                        : message;
+  return {result, what + ": " + reason, reason};
+}
+
 }  // namespace
 
+bool isFull(int systemError) {
+  return systemError == ENOSPC || systemError == EDQUOT || systemError == EFBIG;
+}
+
+std::string fullReason(const std::string& file, int systemError) {
+  if (systemError == EFBIG)
+    return "the process may not write files as large as " + file;
+  if (systemError == EDQUOT)
+    return "the disk quota of " + file + " is used up";
+  return "the file system of " + file + " is full";
+}
+
 Failure sqliteFailure(sqlite3* database, const std::string& what) {
-  return {resultOf(database, sqlite3_errcode(database)), what + ": " + sqlite3_errmsg(database)};
+  return sqliteFailure(database, sqlite3_errcode(database), what, sqlite3_errmsg(database));
 }
 
 Failure sqliteFailure(sqlite3* database, int result, const std::string& what) {
-  return {resultOf(database, result), what + ": " + sqlite3_errstr(result)};
+  return sqliteFailure(database, result, what, sqlite3_errstr(result));
 }
 
 SqlStatement::SqlStatement(sqlite3* database, const std::string& sql) {
@@ -58,8 +79,12 @@ void SqlStatement::stepFailed() {
 }
 
 std::string SqlStatement::text(int column) const {
+  if (sqlite3_column_type(handle_.get(), column) == SQLITE_NULL)
+    return {};
   const auto* bytes = sqlite3_column_text(handle_.get(), column);
-  return bytes == nullptr ? std::string() : reinterpret_cast<const char*>(bytes);
+  if (bytes == nullptr)
+    throw Failure(DB_NO_MEMORY, "no memory for a text of the database");
+  return reinterpret_cast<const char*>(bytes);
 }
 
 std::string quoteName(const std::string& name) {

@@ -16,6 +16,12 @@ Failure sqliteFailure(sqlite3* database, const std::string& what);
 // The same for a result that SQLite returned without keeping it as the connection's last error.
 Failure sqliteFailure(sqlite3* database, int result, const std::string& what);
 
+// Whether an error of the system means that there is no room: on the disk, in the user's quota of
+// it, or within the largest size of a file.
+bool isFull(int systemError);
+// The same for people.
+std::string fullReason(const std::string& file, int systemError);
+
 // A prepared statement. Its parameters count from 1, its columns from 0.
 class SqlStatement {
 public:
@@ -46,6 +52,7 @@ public:
   [[nodiscard]] std::int64_t integer(int column) const {
     return sqlite3_column_int64(handle_.get(), column);
   }
+  // Empty for a null. Throws Failure when there is no memory for it.
   [[nodiscard]] std::string text(int column) const;
 
 private:
@@ -57,6 +64,17 @@ private:
   std::unique_ptr<sqlite3_stmt, Finalize> handle_;
   bool stepped_ = false;  // since it was reset
 };
+
+// The statement of `key`, prepared the first time from `makeSql()`. If that fails, `slots` is left
+// without the key: every statement that it holds can be used. Throws Failure.
+template <typename Slots, typename MakeSql>
+SqlStatement& preparedIn(Slots& slots, const typename Slots::key_type& key, sqlite3* database,
+                         MakeSql makeSql) {
+  auto found = slots.find(key);
+  if (found == slots.end())
+    found = slots.emplace(key, std::make_unique<SqlStatement>(database, makeSql())).first;
+  return *found->second;
+}
 
 // Resets a statement that was stepped, however its use ends.
 class ResetAtEnd {
