@@ -21,6 +21,12 @@ namespace {
 constexpr int storeDatabase = 1;
 constexpr int statusNone = -1;
 
+// Why the database refused, in its own words: the log may lie on the same full disk.
+std::string reason() {
+  const std::string said = DB_LastFailure();
+  return said.empty() ? "; the log says why" : ": " + said;
+}
+
 void keepLine(void* text, const char* line) {
   *static_cast<std::string*>(text) = line;
 }
@@ -32,12 +38,10 @@ std::string reasonOf(int result) {
            "restore FILE\" with a backup";
   case DB_BUSY:
     return ": another program keeps it locked";
-  case DB_FULL:
-    return ": the disk is full";
   case DB_OK:
     return "; \"ulotask db check\" examines it";
   default:
-    return "; the log says why";
+    return reason();
   }
 }
 
@@ -139,9 +143,9 @@ void require(int storeCode, const std::string& what) {
   if (storeCode == TASK_ENG_OK)
     return;
   if (storeCode == TASK_ENG_MEMORY_FULL)
-    throw Failure(Exit::storeFull, what + " failed: the store is full");
-  throw Failure(Exit::failed, what + " failed: the store answers " + std::to_string(storeCode) +
-                                  "; the log says why");
+    throw Failure(Exit::storeFull, what + " failed: the store is full" + reason());
+  throw Failure(Exit::failed,
+                what + " failed: the store answers " + std::to_string(storeCode) + reason());
 }
 
 void requireDatabase(int result, const std::string& what) {
@@ -149,7 +153,7 @@ void requireDatabase(int result, const std::string& what) {
   case DB_OK:
     return;
   case DB_FULL:
-    throw Failure(Exit::storeFull, what + " failed: the store is full");
+    throw Failure(Exit::storeFull, what + " failed: the store is full" + reason());
   case DB_BUSY:
     throw Failure(Exit::failed, what + " failed: another program keeps the store locked");
   default:
