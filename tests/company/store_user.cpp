@@ -1,0 +1,86 @@
+// A program on the public headers, for what `ulotask` has no verb for.
+//   store_user remove-all         removes all tasks; prints a line when they are gone
+//   store_user add-due SECONDS... adds a task for each time, due then (UTC seconds)
+//   store_user hold               keeps the store open until descriptor 9 reaches its end
+// It ends like ulotask does: 0, 9 when the store is full, 10 when it can't be opened, else 1.
+
+#include "ZTASK_ENG_Model.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+#include <unistd.h>
+
+namespace {
+
+constexpr int gateNumber = 9;
+
+enum Exit { ok = 0, failed = 1, usage = 2, storeFull = 9, storeClosed = 10 };
+
+int exitFor(int code) {
+  switch (code) {
+  case TASK_ENG_OK:
+    return ok;
+  case TASK_ENG_MEMORY_FULL:
+    return storeFull;
+  case TASK_ENG_NOT_OPEN:
+    return storeClosed;
+  default:
+    return failed;
+  }
+}
+
+// Subclasses may remove all tasks.
+class Store : public ZTASK_ENG_Model {
+public:
+  using ZTASK_ENG_Model::removeAll;
+};
+
+int removeAll(Store& store) {
+  const int code = store.removeAll();
+  if (code == TASK_ENG_OK)
+    std::puts("Removed all");
+  return code;
+}
+
+int addDue(ZTASK_ENG_Model& store, char** first, char** last) {
+  for (char** seconds = first; seconds != last; ++seconds) {
+    ZTASK_ENG_Task task;
+    task.setString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY, *seconds);
+    task.setStatus(1);
+    task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE,
+                     QDateTime::fromSecsSinceEpoch(std::atoll(*seconds)));
+    if (const int code = store.addTask(task); code != TASK_ENG_OK)
+      return code;
+  }
+  return TASK_ENG_OK;
+}
+
+int hold(ZTASK_ENG_Model& store) {
+  int count = 0;
+  const int code = store.getCount(count);
+  char byte = 0;
+  if (write(gateNumber, &byte, 1) == 1)
+    while (read(gateNumber, &byte, 1) > 0)
+      continue;
+  return code;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::string_view verb = argc > 1 ? argv[1] : "";
+  Store store;
+  int code = TASK_ENG_OK;
+  if (verb == "remove-all")
+    code = removeAll(store);
+  else if (verb == "add-due")
+    code = addDue(store, argv + 2, argv + argc);
+  else if (verb == "hold")
+    code = hold(store);
+  else
+    return usage;
+  if (code != TASK_ENG_OK)
+    std::fprintf(stderr, "store_user: the store answers %d\n", code);
+  return exitFor(code);
+}
