@@ -41,7 +41,10 @@ std::string shortened(std::string text) {
 }  // namespace
 
 bool Verdict::require(bool kept, const std::string& promise, const std::string& detail) {
-  if (!kept)
+  const bool isKnown =
+      std::any_of(complaints_.begin(), complaints_.end(),
+                  [&](const Complaint& complaint) { return complaint.promise == promise; });
+  if (!kept && !isKnown)
     complaints_.push_back({promise, detail});
   return kept;
 }

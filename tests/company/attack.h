@@ -19,7 +19,8 @@ using Random = std::mt19937_64;
 // What a case has to say: nothing when all promises were kept.
 class Verdict {
 public:
-  // `promise` names in a few words what was promised; failures are counted by it.
+  // `promise` names in a few words what was promised; failures are counted by it, each promise
+  // once for a case.
   bool require(bool kept, const std::string& promise, const std::string& detail);
   // What holds for every program under attack, whatever is done to it: it neither crashes nor
   // hangs, and it ends with a documented exit code and, unless that is 0, with a message.

@@ -16,6 +16,7 @@ namespace company {
 namespace {
 
 constexpr int storeFull = 9;
+constexpr int storeClosed = 10;
 constexpr int notWritten = 12;
 constexpr std::int64_t block = 4096;
 constexpr std::int64_t mostRoom = 64 * 1024;
@@ -89,7 +90,9 @@ private:
       verdict.require(outcome.code == 0, "reading needs no room", what);
       return;
     }
-    verdict.require(outcome.code == 0 || outcome.code == storeFull,
+    // Without room for a first store there is none to be opened.
+    const bool hasNoStore = scenario.store.empty() && outcome.code == storeClosed;
+    verdict.require(outcome.code == 0 || outcome.code == storeFull || hasNoStore,
                     "a full disk ends with the code for a full store", what);
     if (removes(scenario) && room >= removalRoom)
       verdict.require(outcome.code == 0, "a removal needs little room", what);

@@ -164,7 +164,8 @@ void judge(const Scenario& scenario, const Launch& launch, const Outcome& outcom
     return found.storeDifferenceTo(each).empty();
   });
   if (!verdict.require(state != states.end(), "an operation is stored whole or not at all",
-                       what + found.storeDifferenceTo(states.back())))
+                       what + "\nbefore: " + found.storeDifferenceTo(states.front()) +
+                           "\nafter: " + found.storeDifferenceTo(states.back())))
     return;
   const std::string journal = found.differenceTo(*state);
   verdict.require(journal.empty(), "the journal holds each stored change once and no other",

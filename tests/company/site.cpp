@@ -262,7 +262,7 @@ std::string shown(const Launch& launch) {
   if (const auto zone = launch.environment.find("TZ");
       zone != launch.environment.end() && zone->second != "UTC")
     text += "TZ=" + zone->second + ' ';
-  text += launch.program == ULOTASK_PROGRAM ? "ulotask" : "store_user";
+  text += fs::path(launch.program).filename();
   for (const std::string& argument : launch.arguments) {
     const bool plain = !argument.empty() && argument.find_first_of(" \n\"'%") == std::string::npos;
     text += plain ? ' ' + argument : " '" + argument + '\'';

@@ -5,6 +5,7 @@
 // It ends like ulotask does: 0, 9 when the store is full, 10 when it can't be opened, else 1.
 
 #include "ZTASK_ENG_Model.h"
+#include "log_sink.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -70,6 +71,7 @@ int hold(ZTASK_ENG_Model& store) {
 
 int main(int argc, char** argv) {
   const std::string_view verb = argc > 1 ? argv[1] : "";
+  ulo::openLogSink("store_user");
   Store store;
   int code = TASK_ENG_OK;
   if (verb == "remove-all")
