@@ -79,19 +79,26 @@ Tally conduct(const Attack& attack, const Scenarios& scenarios, const Settings& 
     cases = attack.cases({scenarios, settings.isWhole, random, site});
   }
 
+  std::vector<std::size_t> all(cases.size());
+  std::iota(all.begin(), all.end(), 0);
+  std::vector<std::size_t> chosen;
+  if (settings.onlyCase < 0)
+    std::sample(all.begin(), all.end(), std::back_inserter(chosen), settings.mostCases, random);
+  else
+    chosen.push_back(static_cast<std::size_t>(settings.onlyCase));
+
   std::mutex mutex;
   Tally tally;
   std::map<std::string, int> broken;  // by promise
   std::atomic<std::size_t> next = 0;
   const auto work = [&](int worker) {
     Site site(settings.directory / (name + "-" + std::to_string(worker)));
-    for (std::size_t i = next++; i < cases.size(); i = next++) {
-      if (settings.onlyCase >= 0 && i != static_cast<std::size_t>(settings.onlyCase))
-        continue;
+    for (std::size_t n = next++; n < chosen.size(); n = next++) {
+      const std::size_t i = chosen[n];
       Random own = seeded(settings.seed, name, i + 1);
       Verdict verdict;
       try {
-        cases[i].run(site, own, verdict);
+        cases.at(i).run(site, own, verdict);
       } catch (const std::exception& error) {
         verdict.require(false, "the case can be judged", error.what());
       }
@@ -101,7 +108,7 @@ Tally conduct(const Attack& attack, const Scenarios& scenarios, const Settings& 
       for (const Verdict::Complaint& complaint : verdict.complaints())
         if (++broken[complaint.promise] <= casesTold)
           std::printf("%s, case %zu (%s): broken: %s\n  %s\n", name.c_str(), i,
-                      cases[i].name.c_str(), complaint.promise.c_str(),
+                      cases.at(i).name.c_str(), complaint.promise.c_str(),
                       shortened(complaint.detail).c_str());
     }
   };

@@ -72,6 +72,7 @@ void addKills(Attacks& attacks);
 void addRaces(Attacks& attacks);
 void addFailingCalls(Attacks& attacks);
 void addFullDisks(Attacks& attacks);
+void addMaintenance(Attacks& attacks);
 void addDamage(Attacks& attacks);
 void addZones(Attacks& attacks);
 
@@ -79,7 +80,8 @@ struct Settings {
   std::uint64_t seed = 1;
   int jobs = 2;
   bool isWhole = true;
-  int onlyCase = -1;  // a case's number; -1 for all
+  int onlyCase = -1;              // a case's number; -1 for all
+  int mostCases = 1'000'000'000;  // of each attack, chosen at random
   std::filesystem::path directory;
 };
 

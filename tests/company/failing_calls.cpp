@@ -31,11 +31,14 @@ public:
   [[nodiscard]] std::string name() const override { return "failing-calls"; }
 
   [[nodiscard]] std::vector<Case> cases(const Plan& plan) const override {
-    constexpr std::int64_t sampledCalls = 2;  // of each scenario
+    // Of each scenario.
+    constexpr std::int64_t mostCalls = 60;
+    constexpr std::int64_t sampledCalls = 2;
     std::vector<Case> result;
-    for (const Scenario& scenario : plan.scenarios.all()) {
+    for (const Scenario* each : plan.scenarios.all()) {
+      const Scenario& scenario = *each;
       const auto last = static_cast<std::int64_t>(scenario.calls.size());
-      for (const std::int64_t call : plan.numbers(last, plan.isWhole ? last : sampledCalls)) {
+      for (const std::int64_t call : plan.numbers(last, plan.isWhole ? mostCalls : sampledCalls)) {
         const char kind = scenario.calls[static_cast<std::size_t>(call - 1)];
         std::vector<Case> ways;
         for (const std::string& error : errorsOf().at(kind))
@@ -74,8 +77,9 @@ public:
 
   [[nodiscard]] std::vector<Case> cases(const Plan& plan) const override {
     std::vector<Case> result;
-    for (const Scenario& scenario : plan.scenarios.all())
-      for (const std::int64_t allocation : plan.numbers(scenario.allocations, plan.amount(100, 1)))
+    for (const Scenario* each : plan.scenarios.all()) {
+      const Scenario& scenario = *each;
+      for (const std::int64_t allocation : plan.numbers(scenario.allocations, plan.amount(60, 1)))
         result.push_back({scenario.name, [&scenarios = plan.scenarios, &scenario,
                                           allocation](Site& site, Random&, Verdict& verdict) {
                             site.reset(scenarios.store(scenario.store));
@@ -85,6 +89,7 @@ public:
                             // The message about a stored change needs memory too.
                             judge(scenario, launch, outcome, site.look(), true, verdict);
                           }});
+    }
     return result;
   }
 };

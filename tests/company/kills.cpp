@@ -14,11 +14,14 @@ public:
   [[nodiscard]] std::string name() const override { return "kills-at-calls"; }
 
   [[nodiscard]] std::vector<Case> cases(const Plan& plan) const override {
-    constexpr std::int64_t sampledCalls = 2;  // of each scenario
+    // Of each scenario.
+    constexpr std::int64_t mostCalls = 120;
+    constexpr std::int64_t sampledCalls = 2;
     std::vector<Case> result;
-    for (const Scenario& scenario : plan.scenarios.all()) {
+    for (const Scenario* each : plan.scenarios.all()) {
+      const Scenario& scenario = *each;
       const auto last = static_cast<std::int64_t>(scenario.calls.size());
-      for (const std::int64_t call : plan.numbers(last, plan.isWhole ? last : sampledCalls))
+      for (const std::int64_t call : plan.numbers(last, plan.isWhole ? mostCalls : sampledCalls))
         for (const auto moment : {Sabotage::Moment::before, Sabotage::Moment::after})
           result.push_back({scenario.name, [&scenarios = plan.scenarios, &scenario,
                                             sabotage = Sabotage::kill(moment, call)](
@@ -40,7 +43,8 @@ public:
 
   [[nodiscard]] std::vector<Case> cases(const Plan& plan) const override {
     std::vector<Case> result;
-    for (const Scenario& scenario : plan.scenarios.all()) {
+    for (const Scenario* each : plan.scenarios.all()) {
+      const Scenario& scenario = *each;
       if (!scenario.writes() && !scenario.store.empty())
         continue;
       for (int i = 0; i < plan.amount(100, 1); ++i)

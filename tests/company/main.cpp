@@ -24,6 +24,7 @@ Attacks allAttacks() {
   company::addRaces(attacks);
   company::addFailingCalls(attacks);
   company::addFullDisks(attacks);
+  company::addMaintenance(attacks);
   company::addDamage(attacks);
   company::addZones(attacks);
   return attacks;
@@ -59,6 +60,7 @@ void print(const std::vector<Row>& rows) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
   const Attacks attacks = allAttacks();
   company::Settings settings;
   settings.seed = std::random_device{}();
@@ -74,6 +76,8 @@ int main(int argc, char** argv) {
   app.add_option("--seed", settings.seed, "Repeats the run that printed this seed");
   app.add_option("--jobs", settings.jobs, "Attacks at a time")->check(CLI::Range(1, 64));
   app.add_option("--case", settings.onlyCase, "Runs one case only, by its number");
+  app.add_option("--most", settings.mostCases, "Runs at most so many cases of each attack")
+      ->check(CLI::PositiveNumber);
   app.add_flag("--sample", isSample, "Runs a small part of the cases");
   CLI11_PARSE(app, argc, argv);
   settings.isWhole = !isSample;

@@ -50,6 +50,7 @@ Scenarios::Scenarios(const fs::path& directory)
                            "CATEGORIES:party\r\nEND:VTODO\r\nEND:VCALENDAR\r\n";
 
   add({"list", "small", {"list"}});
+  add({"list large", "large", {"list"}});
   add({"show", "small", {"show", "1"}});
   add({"search", "small", {"search", "t"}});
   add({"export", "small", {"export"}});
@@ -66,6 +67,7 @@ Scenarios::Scenarios(const fs::path& directory)
   add({"done", "small", {"done", "1", "2", "3"}},
       {{"done", "1"}, {"done", "1", "2"}, {"done", "1", "2", "3"}});
   add({"undone", "small", {"undone", "5"}});
+  add({"rm one", "small", {"rm", "2"}});
   add({"rm", "small", {"rm", "1", "2", "3"}},
       {{"rm", "1"}, {"rm", "1", "2"}, {"rm", "1", "2", "3"}});
   add({"import", "small", {"import", "-"}, calendarOf(importedTasks, "imported ")});
@@ -108,15 +110,35 @@ fs::path Scenarios::store(const std::string& name) const {
   return name.empty() ? fs::path() : directory_ / name;
 }
 
+std::vector<const Scenario*> Scenarios::all() const {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  std::vector<const Scenario*> result;
+  for (Entry& entry : entries_)
+    result.push_back(&filled(entry));
+  return result;
+}
+
 const Scenario& Scenarios::named(const std::string& name) const {
-  const auto found = std::find_if(all_.begin(), all_.end(),
-                                  [&](const Scenario& each) { return each.name == name; });
-  if (found == all_.end())
+  const std::lock_guard<std::mutex> lock(mutex_);
+  const auto found = std::find_if(entries_.begin(), entries_.end(),
+                                  [&](const Entry& entry) { return entry.scenario.name == name; });
+  if (found == entries_.end())
     throw std::logic_error("no scenario " + name);
-  return *found;
+  return filled(*found);
 }
 
 void Scenarios::add(Scenario scenario, const std::vector<Arguments>& steps) {
+  entries_.push_back({std::move(scenario), steps});
+}
+
+const Scenario& Scenarios::filled(Entry& entry) const {
+  if (!entry.isFilled)
+    fill(entry.scenario, entry.steps);
+  entry.isFilled = true;
+  return entry.scenario;
+}
+
+void Scenarios::fill(Scenario& scenario, const std::vector<Arguments>& steps) const {
   site_.reset(store(scenario.store));
   const std::string trace = site_.elsewhere("trace");
   // The state before; the first start has none of its own.
@@ -146,7 +168,6 @@ void Scenarios::add(Scenario scenario, const std::vector<Arguments>& steps) {
   for (const Snapshot& state : scenario.states)
     if (!state.trouble.empty())
       throw std::runtime_error(scenario.name + " undisturbed: " + state.trouble);
-  all_.push_back(std::move(scenario));
 }
 
 void judge(const Scenario& scenario, const Launch& launch, const Outcome& outcome,

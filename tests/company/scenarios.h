@@ -4,6 +4,9 @@
 
 #include "attack.h"
 
+#include <deque>
+#include <mutex>
+
 namespace company {
 
 struct Scenario {
@@ -24,6 +27,7 @@ struct Scenario {
   [[nodiscard]] Launch launch(const Site& site, const Sabotage& sabotage = {}) const;
 };
 
+// Any thread may ask for scenarios.
 class Scenarios {
 public:
   // Makes the stores in `directory` with undisturbed runs.
@@ -31,16 +35,26 @@ public:
 
   // A data directory to copy; empty for "".
   [[nodiscard]] std::filesystem::path store(const std::string& name) const;
-  [[nodiscard]] const std::vector<Scenario>& all() const { return all_; }
+  [[nodiscard]] std::vector<const Scenario*> all() const;
   [[nodiscard]] const Scenario& named(const std::string& name) const;
 
 private:
+  // A scenario is filled when it is first asked for.
+  struct Entry {
+    Scenario scenario;
+    std::vector<Arguments> steps;  // what leads to the states after the first
+    bool isFilled = false;
+  };
+
   void makeStores();
   void add(Scenario scenario, const std::vector<Arguments>& steps = {});
+  const Scenario& filled(Entry& entry) const;
+  void fill(Scenario& scenario, const std::vector<Arguments>& steps) const;
 
   std::filesystem::path directory_;
-  Site site_;
-  std::vector<Scenario> all_;
+  mutable std::mutex mutex_;
+  mutable Site site_;
+  mutable std::deque<Entry> entries_;
 };
 
 // A calendar of `count` to-dos whose summaries begin with `prefix`.
