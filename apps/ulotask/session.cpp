@@ -157,8 +157,8 @@ void requireDatabase(int result, const std::string& what) {
   case DB_BUSY:
     throw Failure(Exit::failed, what + " failed: another program keeps the store locked");
   default:
-    throw Failure(Exit::failed, what + " failed: the database returns " + std::to_string(result) +
-                                    "; the log says why");
+    throw Failure(Exit::failed,
+                  what + " failed: the database returns " + std::to_string(result) + reason());
   }
 }
 
