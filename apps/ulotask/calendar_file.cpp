@@ -156,7 +156,8 @@ void writeFile(const std::string& name, const std::string& bytes) {
       file.open(QIODevice::WriteOnly) && file.write(data) == data.size() && file.flush();
   require(written, file.errorString().toStdString());
   // A file system may report only now that there is no room.
-  require(::fsync(file.handle()) == 0, std::strerror(errno));
+  const bool synced = ::fsync(file.handle()) == 0;
+  require(synced, std::strerror(errno));
   require(file.commit(), file.errorString().toStdString());
   syncDirectoryOf(target);
 }

@@ -45,11 +45,32 @@ void keepLine(void* text, const char* utf8) {
   *static_cast<std::string*>(text) = utf8;
 }
 
+// Lines of a maintenance function: results if it succeeds, else the reasons.
+struct Lines {
+  std::vector<std::string> texts;
+
+  static void add(void* lines, const char* utf8) {
+    static_cast<Lines*>(lines)->texts.emplace_back(utf8);
+  }
+  [[nodiscard]] std::string reason() {
+    const std::string last = texts.empty() ? "failed" : texts.back();
+    if (!texts.empty())
+      texts.pop_back();
+    return last;
+  }
+  void print(Output& output) const {
+    for (const std::string& text : texts)
+      output.line(severalLines(QString::fromStdString(text), 0));
+  }
+};
+
 // Whether the file is sound; its defects are printed. A Failure if it can't be examined.
 bool isSound(Output& output, const SampleStore& sample) {
-  const int result = DB_Inspect(storeDatabase, sample.file().c_str(), printLine, &output);
+  Lines defects;
+  const int result = DB_Inspect(storeDatabase, sample.file().c_str(), Lines::add, &defects);
   if (result != DB_OK && result != DB_ERROR)
     throw closedStore();
+  defects.print(output);
   return result == DB_OK;
 }
 
@@ -182,25 +203,6 @@ void backUp(Session& session, const std::string& file, bool force) {
                {DB_FULL, Exit::notWritten, ""}});
   session.output.line("Saved the store in " + shownFile(file) + " (" + saved + ")");
 }
-
-// Lines of a maintenance function: results if it succeeds, else the reasons.
-struct Lines {
-  std::vector<std::string> texts;
-
-  static void add(void* lines, const char* utf8) {
-    static_cast<Lines*>(lines)->texts.emplace_back(utf8);
-  }
-  [[nodiscard]] std::string reason() {
-    const std::string last = texts.empty() ? "failed" : texts.back();
-    if (!texts.empty())
-      texts.pop_back();
-    return last;
-  }
-  void print(Output& output) const {
-    for (const std::string& text : texts)
-      output.line(severalLines(QString::fromStdString(text), 0));
-  }
-};
 
 void restore(Session& session, const std::string& file) {
   Lines lines;

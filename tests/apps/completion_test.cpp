@@ -70,7 +70,7 @@ TEST_F(Completion, OffersTheVerbsOfTheHelp) {
   }
   EXPECT_THAT(offered({"cat"}), ElementsAre("category\tList and change the categories"));
   EXPECT_THAT(values({"category", "r"}), ElementsAre("rename", "rm"));
-  EXPECT_THAT(values({"db", ""}), ElementsAre("explain", "check"));
+  EXPECT_THAT(values({"db", ""}), ElementsAre("explain", "check", "backup", "restore", "rescue"));
   EXPECT_THAT(help, Not(HasSubstr("__complete")));
 }
 

@@ -94,7 +94,7 @@ TEST_F(DatabaseVerbs, CheckFindsADamagedJournal) {
   sql("ALTER TABLE ulo_changes RENAME COLUMN entry TO away");
   const Outcome run = ulotask({"db", "check"});
   EXPECT_EQ(run.code, 11);
-  EXPECT_THAT(run.out, HasSubstr("change journal: can't be read; the log says why\n"));
+  EXPECT_THAT(run.out, HasSubstr("the table ulo_changes is missing\n"));
 }
 
 TEST_F(DatabaseVerbs, AFileThatIsNoDatabaseCannotBeOpened) {

@@ -73,9 +73,10 @@ TEST_F(Failures, ImportIntoFullStoreStoresNothing) {
 
   // What fits is stored.
   succeed({"import", "-"}, calendar(todo("SUMMARY:small\r\n")));
-  for (int i = 0; i < 10; ++i)
-    ulotask({"add", "x", "--note", std::string(4000, 'n')});
-  EXPECT_EQ(ulotask({"add", "x", "--note", std::string(4000, 'n')}).code, 9);
+  int code = 0;
+  for (int i = 0; i < 40 && code == 0; ++i)
+    code = ulotask({"add", "x", "--note", std::string(4000, 'n')}).code;
+  EXPECT_EQ(code, 9);
   EXPECT_THAT(succeed({"db", "check"}).out, HasSubstr("database file: sound"));
   // What is there can still be removed.
   succeed({"rm", "1"});

@@ -80,6 +80,11 @@ protected:
     file("data/tasks.db", bytes);
   }
 
+  // The page, counted from 0, that holds the task in the middle of 100.
+  std::size_t middlePage() {
+    const std::string note("n\0005\0000\000", 6);
+    return readWhole(storeFile()).find(note) / pageSize;
+  }
   // Overwrites the first page of a table or an index.
   void corruptRoot(const std::string& name) {
     std::size_t page = 0;
@@ -104,13 +109,6 @@ TEST_F(Recovery, CheckReportsWhatTheDatabaseComplainsOf) {
   EXPECT_THAT(run.out, HasSubstr("the index task_index_due is missing"));
   EXPECT_THAT(run.out, HasSubstr("database file: damaged\n"));
   EXPECT_THAT(run.err, HasSubstr("try \"ulotask db rescue\""));
-}
-
-TEST_F(Recovery, CheckReportsAnIndexThatLacksRows) {
-  fill(10);
-  sql("PRAGMA writable_schema = 1; UPDATE sqlite_schema SET rootpage = (SELECT rootpage FROM "
-      "sqlite_schema WHERE name = 'task_index_end') WHERE name = 'task_index_alarm'");
-  EXPECT_EQ(ulotask({"db", "check"}).code, 11);
 }
 
 TEST_F(Recovery, CheckReportsUidsAboveTheCounter) {
@@ -211,18 +209,23 @@ TEST_F(Recovery, CheckTellsOfFilesThatOthersMayRead) {
               HasSubstr("note: " + path("data") + " is writable by other users (mode 0777)\n"));
 }
 
+constexpr int damagesOfEach = 40;
+
+class Damage : public Recovery, public testing::WithParamInterface<int> {};
+INSTANTIATE_TEST_SUITE_P(Seeds, Damage, testing::Range(1, 6));
+
 // Flips one bit in each of 200 copies of a store of 100 tasks. Damage is reported, or the tasks are
 // unchanged; only what the file holds once and nothing else tells, a text, a status or a time of
 // change, may differ in one task.
-TEST_F(Recovery, DamageIsReportedOrHarmless) {
+TEST_P(Damage, IsReportedOrHarmless) {
   fill(100);
   const std::string sound = readWhole(storeFile());
   const QJsonArray before = succeed({"list", "--json"}).array();
-  std::mt19937 random(20261122);
+  std::mt19937 random(static_cast<unsigned int>(GetParam()));
   int reported = 0;
   int harmless = 0;
   int once = 0;
-  for (int i = 0; i < 200; ++i) {
+  for (int i = 0; i < damagesOfEach; ++i) {
     std::string damaged = sound;
     const std::size_t at = random() % damaged.size();
     damaged[at] = static_cast<char>(damaged[at] ^ 1 << random() % 8);
@@ -393,14 +396,7 @@ TEST_F(Recovery, RescueReadsAroundTheRootOfTheTable) {
 TEST_F(Recovery, RescueReadsAroundDamagedRows) {
   fill(100);
   const QJsonArray before = succeed({"list", "--json"}).array();
-  // The page in the middle of the rows.
-  const std::size_t middle = readWhole(storeFile())
-                                 .find(std::string("n\0"
-                                                   "5\0"
-                                                   "0\0",
-                                                   6)) /
-                             pageSize;
-  corrupt(middle * pageSize, pageSize);
+  corrupt(middlePage() * pageSize, pageSize);
   EXPECT_EQ(ulotask({"db", "check"}).code, 11);
   succeed({"db", "rescue"});
   const QJsonArray after = succeed({"list", "--json"}).array();
@@ -476,25 +472,26 @@ TEST_F(Recovery, AStoreThatWasNeverFilledIsNotLost) {
 }
 
 TEST_F(Recovery, RescueReadsTheWriteAheadLog) {
-  add({"one"});
+  fill(100);
   QProcess process;
   prepare(process);
   Running follower(process, {"changes", "--follow"});
   follower.line();
-  fill(30);
-  const std::string before = list();
+  for (int i = 0; i < 3; ++i)
+    add({"in the log"});
   const std::string log = readWhole(path("data/tasks.db-wal"));
-  std::string head = readWhole(storeFile());
+  const std::string head = readWhole(storeFile());
   follower.endBy(SIGINT);
   ASSERT_FALSE(log.empty());
   for (const std::string& old : files("tasks.db"))
     fs::remove(old);
-  std::fill_n(head.begin(), 100, 'x');
   file("data/tasks.db", head);
+  corrupt(middlePage() * pageSize, pageSize);
   file("data/tasks.db-wal", log);
   EXPECT_NE(ulotask({"db", "check"}).code, 0);
-  EXPECT_THAT(succeed({"db", "rescue"}).out, HasSubstr("Rescued 31 tasks"));
-  EXPECT_EQ(list(), before);
+  succeed({"db", "rescue"});
+  EXPECT_THAT(uids({"list"}), testing::IsSupersetOf({1, 99, 101, 102, 103}));
+  succeed({"db", "check"});
 }
 
 }  // namespace

@@ -142,8 +142,14 @@ bool hasContent(const std::string& path) {
 
 void requireNotLost(const StorePlace& place) {
   const std::string path = place.path();
-  if (hasContent(path))
+  if (hasContent(path)) {
+    // SQLite takes the shortest of these for an empty database.
+    constexpr off_t smallestDatabase = 512;
+    struct stat status {};
+    if (stat(path.c_str(), &status) == 0 && status.st_size < smallestDatabase)
+      throw Failure(DB_CORRUPT, path + " is cut off");
     return;
+  }
   std::string remains;
   if (hasContent(place.log()))
     remains = place.name + "-wal with changes to it";

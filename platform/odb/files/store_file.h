@@ -39,9 +39,10 @@ StorePlace placeOf(int database);
 // Whether there is a file of this name that is not empty.
 bool hasContent(const std::string& path);
 
-// Throws a Failure that says what remains if the file of a store is missing or empty although
-// other files show that there was a store: a write-ahead log with content, the journal of an older
-// version, or a store that was set aside. Opening would begin an empty store instead.
+// Throws a Failure if the file of a store is shorter than any database, or if it is missing or
+// empty although other files show that there was a store: a write-ahead log with content, the
+// journal of an older version, or a store that was set aside. The failure names them. Opening would
+// begin an empty store instead.
 void requireNotLost(const StorePlace& place);
 
 // Keeps all programs out of a store while the object lives: none has it open, and none can open
