@@ -74,9 +74,12 @@ Tally conduct(const Attack& attack, const Scenarios& scenarios, const Settings& 
   const std::string name = attack.name();
   Random random = seeded(settings.seed, name, 0);
   std::vector<Case> cases;
-  {
+  try {
     Site site(settings.directory / (name + "-plan"));
     cases = attack.cases({scenarios, settings.isWhole, random, site});
+  } catch (const std::exception& error) {
+    std::printf("%s: can't begin: %s\n", name.c_str(), shortened(error.what()).c_str());
+    return {1, 1};
   }
 
   std::vector<std::size_t> all(cases.size());
