@@ -9,6 +9,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <string_view>
 #include <unistd.h>
 
@@ -67,9 +68,7 @@ int hold(ZTASK_ENG_Model& store) {
   return code;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
   const std::string_view verb = argc > 1 ? argv[1] : "";
   ulo::openLogSink("store_user");
   Store store;
@@ -85,4 +84,15 @@ int main(int argc, char** argv) {
   if (code != TASK_ENG_OK)
     std::fprintf(stderr, "store_user: the store answers %d\n", code);
   return exitFor(code);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return run(argc, argv);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "store_user: %s\n", error.what());
+    return failed;
+  }
 }
