@@ -215,7 +215,14 @@ void restore(Session& session, const std::string& file) {
               {{DB_CORRUPT, Exit::notStore, ""},
                {DB_BAD_ARGUMENT, Exit::usage, ""},
                {DB_IO, Exit::unreadable, ""}});
-  session.output.line("Restored the store from " + shownFile(file) + " (" + content(session) + ")");
+  // The store is in its place already: whatever fails from here on doesn't undo that.
+  std::string counted;
+  try {
+    counted = content(session);
+  } catch (const Failure& failure) {
+    counted = std::string("not counted: ") + failure.what();
+  }
+  session.output.line("Restored the store from " + shownFile(file) + " (" + counted + ")");
 }
 
 void rescue(Session& session) {

@@ -464,6 +464,23 @@ TEST_F(Recovery, AStoreThatWasCutIsNotReplacedByAnEmptyOne) {
   }
 }
 
+// Nothing else is left when the last program closed the store.
+TEST_F(Recovery, AStoreThatWasEmptiedIsNotReplacedByAnEmptyOne) {
+  fill(3);
+  for (const bool isThere : {true, false}) {
+    if (isThere)
+      file("data/tasks.db", "");
+    else
+      fs::remove(storeFile());
+    const Outcome run = ulotask({"list"});
+    EXPECT_EQ(run.code, 10);
+    EXPECT_THAT(run.err, HasSubstr("but tasks.reserve of a store"));
+    EXPECT_EQ(fs::exists(storeFile()), isThere);
+  }
+  fs::remove(path("data/tasks.reserve"));
+  succeed({"list"});
+}
+
 TEST_F(Recovery, AStoreThatWasNeverFilledIsNotLost) {
   fs::create_directory(path("data"));
   file("data/tasks.db", "");

@@ -2,6 +2,7 @@
 
 #include "data_directory.h"
 #include "file_lock.h"
+#include "sqlite/reserve.h"
 
 #include <array>
 #include <cerrno>
@@ -157,6 +158,8 @@ void requireNotLost(const StorePlace& place) {
     remains = "a journal of its changes";
   else if (const std::string kept = setAside(place); !kept.empty())
     remains = kept + ", which was set aside,";
+  else if (exists(place.directory + '/' + Reserve::fileName))
+    remains = std::string(Reserve::fileName) + " of a store (delete it to begin an empty store)";
   if (!remains.empty())
     throw Failure(DB_CORRUPT, path + " is " + (exists(path) ? "empty" : "missing") + ", but " +
                                   remains + " is there");

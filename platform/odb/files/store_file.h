@@ -41,8 +41,8 @@ bool hasContent(const std::string& path);
 
 // Throws a Failure if the file of a store is shorter than any database, or if it is missing or
 // empty although other files show that there was a store: a write-ahead log with content, the
-// journal of an older version, or a store that was set aside. The failure names them. Opening would
-// begin an empty store instead.
+// journal of an older version, a store that was set aside, or the reserve. The failure names them.
+// Opening would begin an empty store instead.
 void requireNotLost(const StorePlace& place);
 
 // Keeps all programs out of a store while the object lives: none has it open, and none can open

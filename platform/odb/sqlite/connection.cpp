@@ -23,8 +23,8 @@
 namespace ulo::odb {
 namespace {
 
-// How long an open waits for a program that fills a new database.
-constexpr std::chrono::seconds fillPatience{10};
+// How long an open waits for programs that fill a new database, one after another on a busy disk.
+constexpr std::chrono::seconds fillPatience{30};
 constexpr std::chrono::milliseconds fillPoll{2};
 
 constexpr const char* controlSql[] = {

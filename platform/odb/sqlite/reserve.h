@@ -9,8 +9,10 @@ namespace ulo::odb {
 // for the pages that it changes.
 class Reserve {
 public:
+  static constexpr char fileName[] = "tasks.reserve";
+
   explicit Reserve(const std::string& directory)
-      : directory_(directory), path_(directory + "/tasks.reserve") {}
+      : directory_(directory), path_(directory + '/' + fileName) {}
 
   // Makes it when it is missing and the disk has plenty of room. Never fails.
   void keep() const noexcept;

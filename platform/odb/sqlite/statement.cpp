@@ -5,6 +5,26 @@
 namespace ulo::odb {
 namespace {
 
+int lastErrorOf(sqlite3_file* file) {
+  int error = 0;
+  if (file != nullptr && file->pMethods != nullptr)
+    file->pMethods->xFileControl(file, SQLITE_FCNTL_LAST_ERRNO, &error);
+  return error;
+}
+
+// Why the system refused a file operation of this connection. SQLite asks for the reason when it
+// reports a failure; by then the rollback may have replaced it, but each file keeps its own.
+int systemErrorOf(sqlite3* database) {
+  sqlite3_file* log = nullptr;
+  sqlite3_file* file = nullptr;
+  sqlite3_file_control(database, "main", SQLITE_FCNTL_JOURNAL_POINTER, &log);
+  sqlite3_file_control(database, "main", SQLITE_FCNTL_FILE_POINTER, &file);
+  for (sqlite3_file* each : {log, file})
+    if (const int error = lastErrorOf(each); isFull(error))
+      return error;
+  return sqlite3_system_errno(database);
+}
+
 DB_Result resultOf(sqlite3* database, int code) {
   constexpr int primary = 0xFF;
   switch (code & primary) {
@@ -16,7 +36,7 @@ DB_Result resultOf(sqlite3* database, int code) {
   case SQLITE_IOERR:
   case SQLITE_CANTOPEN:
     // A full disk also shows where SQLite sizes its shared memory, or makes a file.
-    return isFull(sqlite3_system_errno(database)) ? DB_FULL : DB_IO;
+    return isFull(systemErrorOf(database)) ? DB_FULL : DB_IO;
   case SQLITE_READONLY:
   case SQLITE_PERM:
     return DB_IO;
@@ -35,9 +55,9 @@ DB_Result resultOf(sqlite3* database, int code) {
 Failure sqliteFailure(sqlite3* database, int error, const std::string& what, const char* message) {
   const DB_Result result = resultOf(database, error);
   const char* file = sqlite3_db_filename(database, "main");
-  const std::string reason =
-      result == DB_FULL ? fullReason(file == nullptr ? "" : file, sqlite3_system_errno(database))
-                        : message;
+  const std::string reason = result == DB_FULL
+                                 ? fullReason(file == nullptr ? "" : file, systemErrorOf(database))
+                                 : message;
   return {result, what + ": " + reason, reason};
 }
 
