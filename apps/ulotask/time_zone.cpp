@@ -1,9 +1,10 @@
 #include "time_zone.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
-#include <regex>
 
 namespace ulotask {
 namespace {
@@ -19,13 +20,13 @@ bool isZoneFile(const std::string& path) {
 
 // The format of POSIX.1-2017, 8.3.
 bool isRule(const std::string& value) {
-  const std::string name = "([A-Za-z]{3,}|<[A-Za-z0-9+-]{3,}>)";
-  const std::string offset = "[+-]?[0-9]{1,3}(:[0-9]{1,2}){0,2}";
-  const std::string date =
-      ",(J[0-9]{1,3}|[0-9]{1,3}|M[0-9]{1,2}\\.[1-5]\\.[0-6])(/" + offset + ")?";
-  static const std::regex pattern(name + offset + "(" + name + "(" + offset + ")?(" + date + date +
-                                  ")?)?");
-  return std::regex_match(value, pattern);
+  const QString name = "([A-Za-z]{3,}|<[A-Za-z0-9+-]{3,}>)";
+  const QString offset = "[+-]?[0-9]{1,3}(:[0-9]{1,2}){0,2}";
+  const QString date = ",(J[0-9]{1,3}|[0-9]{1,3}|M[0-9]{1,2}\\.[1-5]\\.[0-6])(/" + offset + ")?";
+  const QString rule = name + offset + "(" + name + "(" + offset + ")?(" + date + date + ")?)?";
+  return QRegularExpression(QRegularExpression::anchoredPattern(rule))
+      .match(QString::fromStdString(value))
+      .hasMatch();
 }
 
 }  // namespace
