@@ -7,8 +7,13 @@
 #include <gmock/gmock.h>
 #include <sqlite3.h>
 
+#include <csignal>
 #include <cstdint>
 #include <fstream>
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -269,6 +274,53 @@ TEST_F(OdbFailure, WritingWhoseCommitFailsKeepsNothing) {
   EXPECT_EQ(countRows(), 0);
   EXPECT_EQ(exec("insert into task_table_task (priority) values (1)"), DB_OK);
   EXPECT_EQ(countRows(), 1);
+}
+
+enum class Outcome { kept, refused, lostByCommit, notBegun };
+
+// Runs a text in a transaction, in a process whose files may not grow beyond a size from then on.
+// Requires: the database is closed here.
+Outcome runWithin(rlim_t size, const std::string& text) {
+  const pid_t process = fork();
+  if (process == 0) {
+    const auto end = [](Outcome outcome) { _exit(static_cast<int>(outcome)); };
+    signal(SIGXFSZ, SIG_IGN);
+    const rlimit limit{size, size};
+    if (DB_Open(1) != DB_OK || setrlimit(RLIMIT_FSIZE, &limit) != 0 ||
+        DB_BeginTransaction(0) != DB_OK)
+      end(Outcome::notBegun);
+    if (DB_Exec("%s", text.c_str()) != DB_OK)
+      end(DB_AbortTransaction() == DB_OK ? Outcome::refused : Outcome::notBegun);
+    end(DB_CommitTransaction() == DB_OK ? Outcome::kept : Outcome::lostByCommit);
+  }
+  int status = 0;
+  waitpid(process, &status, 0);
+  return WIFEXITED(status) ? static_cast<Outcome>(WEXITSTATUS(status)) : Outcome::notBegun;
+}
+
+// Callers may leave the result of the commit unexamined: a script in their transaction succeeds
+// only if the log has room for all of it and for the commit.
+TEST_F(OdbFailure, AScriptWhoseCommitHasNoRoomIsRefused) {
+  // So few that SQLite keeps what it needs to undo the script in memory, not in a limited file.
+  constexpr int rows = 50;
+  constexpr rlim_t step = 2048;  // half a page of the log
+  ASSERT_EQ(DB_BeginTransaction(0), DB_OK);
+  for (int i = 0; i < rows; ++i)
+    ASSERT_EQ(DB_Exec("insert into task_table_task (due) values (%d)", i), DB_OK);
+  ASSERT_EQ(DB_CommitTransaction(), DB_OK);
+  const std::string removeAll = "sml:cursor $c = open_cursor('task_table_task');"
+                                "while($c->move_next()){$c->del();};";
+  Outcome outcome = Outcome::refused;
+  int refusals = 0;
+  for (rlim_t size = step; outcome == Outcome::refused && size < 500 * step; size += step) {
+    DB_Close();
+    outcome = runWithin(size, removeAll);
+    ASSERT_EQ(DB_Open(1), DB_OK);
+    ASSERT_EQ(countRows(), outcome == Outcome::kept ? 0 : rows) << size;
+    refusals += outcome == Outcome::refused ? 1 : 0;
+  }
+  EXPECT_EQ(outcome, Outcome::kept);
+  EXPECT_GT(refusals, 2);
 }
 
 // Tables that others change
