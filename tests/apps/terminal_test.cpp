@@ -107,7 +107,7 @@ TEST_F(Terminal, ATestWithoutOneSaysSo) {
   ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &files), 0);
   const rlim_t before = std::exchange(files.rlim_cur, 0);
   ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &files), 0);
-  // Checked below: the sanitizers need descriptors of their own.
+  // Checked after the limit is lifted: the sanitizers open descriptors, too.
   std::string message;
   try {
     onTerminal({"list"}, 80);

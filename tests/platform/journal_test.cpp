@@ -82,15 +82,14 @@ TEST_F(Journal, DoesNotTellOfWhatWasRolledBack) {
   file().run("SAVEPOINT inner");
   file().run("DELETE FROM tasks");
   file().run("ROLLBACK TO inner");
-  EXPECT_EQ(lastOf(journal_), 1);  // nobody sees it before the commit
+  EXPECT_EQ(lastOf(journal_), 1);  // not visible before the commit
   file().run("COMMIT");
   EXPECT_THAT(uidsIn(directory_.path()), ElementsAre(1, 2));
   file().run("BEGIN");
   file().run("INSERT INTO tasks VALUES (3, 0)");
   file().run("ROLLBACK");
   EXPECT_THAT(uidsIn(directory_.path()), ElementsAre(1, 2));
-  // The number of the entry that was undone names no other change to those who may have seen it:
-  // nobody has.
+  // No reader has seen the entry that was undone, so its number is free.
   file().run("INSERT INTO tasks VALUES (4, 0)");
   EXPECT_EQ(lastOf(journal_), 3);
 }

@@ -45,8 +45,8 @@ TEST(VcalCorpus, EveryTextIsReadToItsEndOrRejectedForItsMissingOne) {
     const std::string text = contents(file);
     const ulo::TextReport report = ulo::examineFile(file);
     const auto todos = parseGuarded(text);
-    // Texts of iCalendar 2.0 are no vCalendar 1.0, though they look alike: reading them ends, and
-    // the guard knows how much it has handed over.
+    // iCalendar 2.0 looks like vCalendar 1.0 but is another format. Reading such a text must end,
+    // and the guard must know how many to-dos it has passed on.
     const bool isOther = file.string().find("/icalendar2/") != std::string::npos;
     switch (report.problem) {
     case ulo::TextProblem::none:
