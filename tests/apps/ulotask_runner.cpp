@@ -1,6 +1,8 @@
 #include "ulotask_runner.h"
 
 #include <QJsonDocument>
+#include <cstring>
+#include <stdexcept>
 
 #include <cerrno>
 #include <cstdlib>
@@ -130,9 +132,9 @@ Outcome UlotaskTest::startOnTerminal(const std::string& program, const Arguments
   int terminal = -1;
   const pid_t child = forkpty(&terminal, nullptr, nullptr, &size);
   if (child < 0)
-    throw std::system_error(errno, std::generic_category(),
-                            "no pseudo-terminal is available (/dev/ptmx, and a devpts file system "
-                            "mounted on /dev/pts)");
+    throw std::runtime_error(std::string("no pseudo-terminal is available (/dev/ptmx, and a devpts "
+                                         "file system mounted on /dev/pts): ") +
+                             std::strerror(errno));
   if (child == 0) {
     std::vector<char*> argv = {const_cast<char*>(program.c_str())};
     for (const std::string& argument : arguments)
