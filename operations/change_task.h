@@ -29,7 +29,7 @@ struct ChangeReport {
 int changeTask(ZTASK_ENG_Model& store, unsigned int uid,
                const std::function<void(ZTASK_ENG_Task&)>& change, ChangeReport* report = nullptr);
 
-// Removes the task and sets `removed` to what was removed. Returns a result of the store; unless it
+// Removes the task and sets `removed` to its last state. Returns a result of the store; unless it
 // is TASK_ENG_OK, nothing was removed.
 int removeTask(ZTASK_ENG_Model& store, unsigned int uid, ZTASK_ENG_Task& removed);
 

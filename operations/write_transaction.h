@@ -6,7 +6,7 @@ namespace ulo {
 //
 // All stores (ZTASK_ENG_Model) of a thread use one connection. What they store while a
 // WriteTransaction exists is committed as a whole by commit(), or discarded as a whole.
-// No other program writes between what is read within the transaction and what is stored.
+// No other program can write between a read and a write within the transaction.
 //
 // Transactions nest: an inner one joins the outer one, whose commit() alone decides. removeAll() of
 // the store and the creation of its tables begin transactions themselves and must stay outside.

@@ -19,7 +19,7 @@ public:
   // kept.
   void setStored(const QString& text);
   // The text that is shown, followed by the rest of a stored one that is too long; the stored text,
-  // unit by unit, if the user has not changed what is shown.
+  // unit by unit, if the user has not edited the visible text.
   [[nodiscard]] QString value() const;
 
 protected:

@@ -17,7 +17,7 @@ public:
   // Shows a text, its beginning where it is too long, without a signal. The rest is kept.
   void setStored(const QString& text);
   // The text that is shown, followed by the rest of a stored one that is too long; the stored text,
-  // unit by unit, if the user has not changed what is shown.
+  // unit by unit, if the user has not edited the visible text.
   [[nodiscard]] QString value() const;
   // How many characters of 16 bits may still be put in.
   [[nodiscard]] qsizetype left() const;
@@ -33,7 +33,7 @@ private:
   void limit();
 
   const qsizetype most_;
-  qsizetype limit_;  // for what is shown; lower beside a rest
+  qsizetype limit_;  // for the visible text; lower if a rest is kept
   QString rest_;     // of the stored text, which is not shown
   QString before_;   // the content before the last change
   QString stored_;

@@ -28,7 +28,7 @@ bool lacksOriginalCategories(const std::vector<StoreQuestions::Category>& catego
 
 // Moves the tasks of doubled categories to the first one of each name, removes the others, and adds
 // the original categories if they are missing. All of it in one transaction, or nothing and a
-// Failure. Returns what was done, in sentences.
+// Failure. Returns a description of each repair.
 std::vector<std::string> repairCategories(Session& session);
 
 // Compares the journal with the tasks that are stored: a task whose last entry tells of its

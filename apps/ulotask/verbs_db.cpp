@@ -277,7 +277,7 @@ void addDatabaseVerbs(CLI::App& app, Session& session) {
   verb->add_option("FILE", backup->file, "The file to write, readable by its owner only")
       ->required();
   verb->add_flag("--force", backup->force, "Replace the file if it exists");
-  verb->footer("The file appears when it is complete and checked. It is a database of its own.\n"
+  verb->footer("The file appears when it is complete and checked. It needs no other file.\n"
                "Example:\n"
                "  ulotask db backup tasks-$(date +%F).db");
   verb->callback([backup, &session] { backUp(session, backup->file, backup->force); });
