@@ -41,6 +41,52 @@ if(ULO_COVERAGE)
   add_link_options(--coverage)
 endif()
 
+option(ULO_PRECOMPILED_HEADERS
+  "Compile common headers once: about half the build time, but a missing #include goes unnoticed"
+  OFF)
+
+# ulo_precompile(NAME HEADERS) compiles cmake/precompiled/HEADERS.h for the sources of NAME, or uses
+# what ulo_share_precompiled has compiled.
+function(ulo_precompile name headers)
+  if(NOT ULO_PRECOMPILED_HEADERS)
+    return()
+  endif()
+  # A compiler cache needs it to tell what a source includes.
+  target_compile_options(${name} PRIVATE -fpch-preprocess)
+  # GCC 12 warns of overflows in std::string that cannot happen. It hides that in system headers, but
+  # not once they are precompiled. Builds without precompiled headers keep these warnings.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    target_compile_options(${name} PRIVATE
+      -Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread)
+  endif()
+  if(TARGET ulo_precompiled_${headers} AND NOT name STREQUAL ulo_precompiled_${headers})
+    target_precompile_headers(${name} REUSE_FROM ulo_precompiled_${headers})
+  else()
+    target_precompile_headers(${name} PRIVATE
+      $<$<COMPILE_LANGUAGE:CXX>:${CMAKE_SOURCE_DIR}/cmake/precompiled/${headers}.h>)
+  endif()
+endfunction()
+
+# ulo_share_precompiled(HEADERS LIBRARIES x y [EXECUTABLES] [OPTIONS ...]) compiles HEADERS once for
+# all libraries (or executables) that name them after this. These must have the same compiler
+# options and may define more macros than LIBRARIES do, but not fewer.
+function(ulo_share_precompiled headers)
+  if(NOT ULO_PRECOMPILED_HEADERS)
+    return()
+  endif()
+  cmake_parse_arguments(arg "EXECUTABLES" "" "LIBRARIES;OPTIONS" ${ARGN})
+  set(holder ulo_precompiled_${headers})
+  set(source ${CMAKE_SOURCE_DIR}/cmake/precompiled/holder.cpp)
+  if(arg_EXECUTABLES)
+    add_executable(${holder} EXCLUDE_FROM_ALL ${source})
+  else()
+    add_library(${holder} OBJECT EXCLUDE_FROM_ALL ${source})
+  endif()
+  target_link_libraries(${holder} PRIVATE ulo_build_flags ${arg_LIBRARIES})
+  target_compile_options(${holder} PRIVATE ${arg_OPTIONS})
+  ulo_precompile(${holder} ${headers})
+endfunction()
+
 # ulo_library(NAME) makes NAME_objects, to which the rooms add their sources with
 # target_sources, and the shared library NAME made of them. Tests link NAME_objects when they
 # look at something that NAME keeps hidden.

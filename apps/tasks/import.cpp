@@ -2,7 +2,7 @@
 
 #include "ZVtodoParser.h"
 #include "descriptor.h"
-#include "foreign_text.h"
+#include "take_in.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -18,9 +18,6 @@
 namespace tasks {
 
 namespace {
-
-constexpr int statusNone = -1;
-constexpr int statusNeedsAction = 1;
 
 // The bytes of a file; none for one that is too large, no regular file, or can't be read.
 std::optional<QByteArray> readFile(const QString& path) {
@@ -45,20 +42,6 @@ std::optional<QByteArray> readFile(const QString& path) {
       return {};
   }
   return {};
-}
-
-void cutTo(ZTASK_ENG_Task& task, ZTASK_ENG_Task::TASK_FIELD_T field, int limit) {
-  if (const QString text = task.getString(field); text.size() > limit)
-    task.setString(field, ulo::wholeLetters(text, limit));
-}
-
-int storeTask(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task) {
-  cutTo(task, ZTASK_ENG_Task::TASK_FIELD_SUMMARY, ZTASK_ENG_Task::summaryLimit);
-  cutTo(task, ZTASK_ENG_Task::TASK_FIELD_NOTE, ZTASK_ENG_Task::noteLimit);
-  if (task.getStatusValue() == statusNone)
-    task.setStatus(statusNeedsAction);
-  task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION, QDateTime::currentDateTime());
-  return store.addTask(task);
 }
 
 // To-dos that the file holds; none where it can't be read.
@@ -118,7 +101,7 @@ bool Import::storeNext() {
     return false;
   }
   ZTASK_ENG_Task& task = waiting_[next_++];
-  const int code = storeTask(store_, task);
+  const int code = ulo::takeIn(store_, task);
   if (code == TASK_ENG_OK) {
     ++result_.imported;
     result_.lastUid = task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID);

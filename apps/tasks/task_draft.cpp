@@ -3,6 +3,7 @@
 #include "change_task.h"
 #include "foreign_text.h"
 #include "local_time.h"
+#include "take_in.h"
 #include "task_texts.h"
 #include "write_transaction.h"
 
@@ -182,7 +183,7 @@ int TaskDraft::replace(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task) const {
 }
 
 int TaskDraft::add(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task) const {
-  const QDateTime now = QDateTime::currentDateTime();
+  const QDateTime now = ulo::currentLocalTime();
   setEnd(task, now);
   task.setDateTime(Task::TASK_FIELD_REVISION, now);
   // The name that stands for a category that was removed must not become one.

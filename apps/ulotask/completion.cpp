@@ -7,6 +7,8 @@
 #include "task_format.h"
 #include "text.h"
 
+#include <CLI/CLI.hpp>
+
 #include <algorithm>
 
 namespace ulotask {

@@ -1,10 +1,12 @@
 // What a shell can offer for the word that is being typed.
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include <string>
 #include <vector>
+
+namespace CLI {
+class App;
+}
 
 namespace ulotask {
 

@@ -8,6 +8,8 @@
 #include "time_zone.h"
 #include "verbs.h"
 
+#include <CLI/CLI.hpp>
+
 #include <clocale>
 #include <csignal>
 #include <cstdio>
@@ -54,16 +56,17 @@ int run(int argc, char** argv) {
   app.set_version_flag("--version", "ulotask " ULOTASK_VERSION);
   app.require_subcommand(1);
   app.footer(helpFooter());
-  ulotask::addListVerbs(app, session);
-  ulotask::addEditVerbs(app, session);
-  ulotask::addExchangeVerbs(app, session);
-  ulotask::addCategoryVerbs(app, session);
-  ulotask::addStatsVerb(app, session);
-  ulotask::addChangeVerbs(app, session);
-  ulotask::addSyncVerbs(app, session);
-  ulotask::addWatchVerb(app, session);
-  ulotask::addLockVerbs(app, session);
-  ulotask::addDatabaseVerbs(app, session);
+  ulotask::Verb program(app);
+  ulotask::addListVerbs(program, session);
+  ulotask::addEditVerbs(program, session);
+  ulotask::addExchangeVerbs(program, session);
+  ulotask::addCategoryVerbs(program, session);
+  ulotask::addStatsVerb(program, session);
+  ulotask::addChangeVerbs(program, session);
+  ulotask::addSyncVerbs(program, session);
+  ulotask::addWatchVerb(program, session);
+  ulotask::addLockVerbs(program, session);
+  ulotask::addDatabaseVerbs(program, session);
 
   Exit code = Exit::ok;
   const auto fail = [&](Exit with, const std::string& message) {

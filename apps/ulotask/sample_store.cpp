@@ -2,6 +2,7 @@
 
 #include "ZTASK_ENG_Model.h"
 #include "exit_codes.h"
+#include "session.h"
 
 #include <QFile>
 
@@ -42,7 +43,8 @@ SampleStore::SampleStore() {
   ZTASK_ENG_Model store;
   int count = 0;
   if (!directory_.isValid() || store.getCount(count) != TASK_ENG_OK)
-    throw Failure(Exit::failed, "no store can be made in a temporary directory; the log says why");
+    throw Failure(Exit::failed,
+                  std::string("no store can be made in a temporary directory") + databaseReason());
   file_ = path + "/tasks.db";
 }
 

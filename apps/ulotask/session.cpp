@@ -1,15 +1,11 @@
 #include "session.h"
 
-#include "change_task.h"
 #include "data_directory.h"
 #include "exit_codes.h"
 #include "store_files.h"
-#include "task_format.h"
 #include "ulodb2.h"
 #include "ulodb2_files.h"
 #include "write_transaction.h"
-
-#include <QDateTime>
 
 #include <algorithm>
 #include <cerrno>
@@ -19,13 +15,6 @@ namespace ulotask {
 namespace {
 
 constexpr int storeDatabase = 1;
-constexpr int statusNone = -1;
-
-// Why the database refused, in its own words: the log may lie on the same full disk.
-std::string reason() {
-  const std::string said = DB_LastFailure();
-  return said.empty() ? "; the log says why" : ": " + said;
-}
 
 void keepLine(void* text, const char* line) {
   *static_cast<std::string*>(text) = line;
@@ -41,11 +30,16 @@ std::string reasonOf(int result) {
   case DB_OK:
     return "; \"ulotask db check\" examines it";
   default:
-    return reason();
+    return databaseReason();
   }
 }
 
 }  // namespace
+
+std::string databaseReason() {
+  const std::string said = DB_LastFailure();
+  return said.empty() ? "; the log says why" : ": " + said;
+}
 
 Failure closedStore() {
   const std::string name = storeDirectoryName();
@@ -89,32 +83,8 @@ void Session::inTransaction(const std::string& what, const std::function<void()>
   store();
   ulo::WriteTransaction transaction;
   requireDatabase(transaction.result(), what);
-  try {
-    work();
-  } catch (...) {
-    knownCategories_.clear();
-    throw;
-  }
-  if (const int result = transaction.commit(); result != DB_OK) {
-    knownCategories_.clear();
-    requireDatabase(result, what);
-  }
-}
-
-int Session::add(ZTASK_ENG_Task& task) {
-  if (task.getStatusValue() == statusNone)
-    task.setStatus(statusNeedsAction);
-  task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION, QDateTime::currentDateTime());
-
-  ZTASK_ENG_Model& opened = store();
-  ulo::WriteTransaction transaction;
-  if (!transaction)
-    return ulo::storeCode(transaction.result());
-  // Adding a task would make its category too, but would go on without one when that fails.
-  int code = makeCategory(task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY));
-  if (code == TASK_ENG_OK)
-    code = opened.addTask(task);
-  return code == TASK_ENG_OK ? ulo::storeCode(transaction.commit()) : code;
+  work();
+  requireDatabase(transaction.commit(), what);
 }
 
 bool Session::hasCategory(const QString& name) {
@@ -130,22 +100,13 @@ void Session::requireCategory(const QString& name) {
     throw Failure(Exit::notFound, "no category has the name \"" + name.toStdString() + "\"");
 }
 
-int Session::makeCategory(const QString& name) {
-  if (name.isNull() || knownCategories_.contains(name))
-    return TASK_ENG_OK;
-  const int code = ulo::ensureCategory(store(), name);
-  if (code == TASK_ENG_OK)
-    knownCategories_.insert(name);
-  return code;
-}
-
 void require(int storeCode, const std::string& what) {
   if (storeCode == TASK_ENG_OK)
     return;
   if (storeCode == TASK_ENG_MEMORY_FULL)
-    throw Failure(Exit::storeFull, what + " failed: the store is full" + reason());
-  throw Failure(Exit::failed,
-                what + " failed: the store answers " + std::to_string(storeCode) + reason());
+    throw Failure(Exit::storeFull, what + " failed: the store is full" + databaseReason());
+  throw Failure(Exit::failed, what + " failed: the store answers " + std::to_string(storeCode) +
+                                  databaseReason());
 }
 
 void requireDatabase(int result, const std::string& what) {
@@ -153,12 +114,12 @@ void requireDatabase(int result, const std::string& what) {
   case DB_OK:
     return;
   case DB_FULL:
-    throw Failure(Exit::storeFull, what + " failed: the store is full" + reason());
+    throw Failure(Exit::storeFull, what + " failed: the store is full" + databaseReason());
   case DB_BUSY:
     throw Failure(Exit::failed, what + " failed: another program keeps the store locked");
   default:
-    throw Failure(Exit::failed,
-                  what + " failed: the database returns " + std::to_string(result) + reason());
+    throw Failure(Exit::failed, what + " failed: the database returns " + std::to_string(result) +
+                                    databaseReason());
   }
 }
 

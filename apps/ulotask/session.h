@@ -7,7 +7,6 @@
 
 #include <functional>
 #include <memory>
-#include <set>
 #include <string>
 
 namespace ulotask {
@@ -26,21 +25,18 @@ public:
   // can't be begun or committed; its message begins with `what`.
   void inTransaction(const std::string& what, const std::function<void()>& work);
 
-  // Stores a new task as this program does: the change is dated now, and a task of no status
-  // needs action. Gives the store's code; on success the task has its UID.
-  int add(ZTASK_ENG_Task& task);
-
   // Null is a name too, and another one than the empty text.
   bool hasCategory(const QString& name);
   // A Failure unless there is a category of this name.
   void requireCategory(const QString& name);
-  // Makes a category unless it is there. Gives the store's code.
-  int makeCategory(const QString& name);
 
 private:
   std::unique_ptr<ZTASK_ENG_Model> store_;
-  std::set<QString> knownCategories_;
 };
+
+// Why the database failed, for the end of a message. It is in the message because the log may be on
+// the same full disk.
+std::string databaseReason();
 
 // Why the store can't be opened, and which verb may help.
 Failure closedStore();

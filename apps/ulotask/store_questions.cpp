@@ -2,6 +2,7 @@
 
 #include "database.h"
 #include "exit_codes.h"
+#include "session.h"
 #include "ulodb2.h"
 
 namespace ulotask {
@@ -65,14 +66,14 @@ struct Orphans {
 
 void requireRows(int code, const char* what) {
   if (code != DB_OK)
-    throw Failure(Exit::failed, std::string(what) + " failed; the log says why");
+    throw Failure(Exit::failed, std::string(what) + " failed" + databaseReason());
 }
 
 }  // namespace
 
 StoreQuestions::StoreQuestions() {
   if (DB_Open(storeDatabase) != DB_OK)
-    throw Failure(Exit::storeClosed, "the store can't be opened; the log says why");
+    throw Failure(Exit::storeClosed, std::string("the store can't be opened") + databaseReason());
 }
 
 StoreQuestions::~StoreQuestions() {

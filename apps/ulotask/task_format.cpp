@@ -105,6 +105,12 @@ void printTask(Output& output, const ZTASK_ENG_Task& task) {
   printField(output, task, noteField);
 }
 
+std::string sentence(const ulo::ShortenedText& text) {
+  const char* field = text.field == ZTASK_ENG_Task::TASK_FIELD_NOTE ? "note" : "summary";
+  return std::string("a ") + field + " of " + std::to_string(text.length) +
+         " characters is cut to its first " + std::to_string(text.kept);
+}
+
 Table taskTable() {
   constexpr int widestCategory = 16;
   return Table({{"UID", Table::Align::right, 0},

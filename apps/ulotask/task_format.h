@@ -3,6 +3,7 @@
 
 #include "ZTASK_ENG_Task.h"
 #include "output.h"
+#include "take_in.h"
 
 #include <QJsonObject>
 
@@ -35,6 +36,9 @@ QJsonObject toJson(const ZTASK_ENG_Task& task);
 
 // All fields, one to a line.
 void printTask(Output& output, const ZTASK_ENG_Task& task);
+
+// What happened to a text that was too long.
+std::string sentence(const ulo::ShortenedText& text);
 
 // One line for each task, as `list` prints it.
 Table taskTable();

@@ -1,22 +1,22 @@
 // The verbs of the command line, a source file for each group.
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include "verb.h"
 
 namespace ulotask {
 
 class Session;
 
-// Each adds its verbs to `app`; a verb works on `session` when the command line names it.
-void addListVerbs(CLI::App& app, Session& session);      // list, search, show
-void addEditVerbs(CLI::App& app, Session& session);      // add, edit, done, undone, rm
-void addExchangeVerbs(CLI::App& app, Session& session);  // import, export
-void addCategoryVerbs(CLI::App& app, Session& session);  // category list, add, rename, rm
-void addStatsVerb(CLI::App& app, Session& session);      // stats
-void addChangeVerbs(CLI::App& app, Session& session);    // changes
-void addSyncVerbs(CLI::App& app, Session& session);      // sync-item get, put, replace, rm, ids
-void addWatchVerb(CLI::App& app, Session& session);      // watch
-void addLockVerbs(CLI::App& app, Session& session);      // lock set, clear, status
-void addDatabaseVerbs(CLI::App& app, Session& session);  // db explain, check, backup, ...
+// Each adds its verbs to `program`; a verb works on `session` when the command line names it.
+void addListVerbs(Verb& program, Session& session);      // list, search, show
+void addEditVerbs(Verb& program, Session& session);      // add, edit, done, undone, rm
+void addExchangeVerbs(Verb& program, Session& session);  // import, export
+void addCategoryVerbs(Verb& program, Session& session);  // category list, add, rename, rm
+void addStatsVerb(Verb& program, Session& session);      // stats
+void addChangeVerbs(Verb& program, Session& session);    // changes
+void addSyncVerbs(Verb& program, Session& session);      // sync-item get, put, replace, rm, ids
+void addWatchVerb(Verb& program, Session& session);      // watch
+void addLockVerbs(Verb& program, Session& session);      // lock set, clear, status
+void addDatabaseVerbs(Verb& program, Session& session);  // db explain, check, backup, ...
 
 }  // namespace ulotask

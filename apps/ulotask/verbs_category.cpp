@@ -9,6 +9,10 @@
 
 #include <QJsonArray>
 
+#include <memory>
+#include <string>
+#include <vector>
+
 namespace ulotask {
 namespace {
 
@@ -99,24 +103,23 @@ void removeCategory(Session& session, const std::string& argument, bool withTask
 
 }  // namespace
 
-void addCategoryVerbs(CLI::App& app, Session& session) {
-  CLI::App* group = app.add_subcommand("category", "List and change the categories");
-  group->require_subcommand(1);
+void addCategoryVerbs(Verb& program, Session& session) {
+  Verb group = program.addGroup("category", "List and change the categories");
 
-  CLI::App* verb = group->add_subcommand("list", "List the categories with their numbers of tasks");
+  Verb verb = group.addVerb("list", "List the categories with their numbers of tasks");
   auto json = std::make_shared<bool>(false);
-  verb->add_flag("--json", *json, "Print a JSON array for programs");
-  verb->footer("Example:\n"
-               "  ulotask category list");
-  verb->callback([json, &session] { listCategories(session, *json); });
+  verb.flag("--json", *json, "Print a JSON array for programs");
+  verb.footer("Example:\n"
+              "  ulotask category list");
+  verb.run([json, &session] { listCategories(session, *json); });
 
   auto names = std::make_shared<std::vector<std::string>>();
-  verb = group->add_subcommand("add", "Add categories");
-  verb->add_option("NAME", *names, "Names of new categories")->required();
-  verb->footer("Names that differ in upper and lower case are different names.\n"
-               "Example:\n"
-               "  ulotask category add garden \"spare time\"");
-  verb->callback([names, &session] {
+  verb = group.addVerb("add", "Add categories");
+  verb.option("NAME", *names, "Names of new categories").required();
+  verb.footer("Names that differ in upper and lower case are different names.\n"
+              "Example:\n"
+              "  ulotask category add garden \"spare time\"");
+  verb.run([names, &session] {
     forEach(session, *names, [&](const std::string& name) { addCategory(session, name); });
   });
 
@@ -125,27 +128,27 @@ void addCategoryVerbs(CLI::App& app, Session& session) {
     std::string to;
   };
   auto rename = std::make_shared<Rename>();
-  verb = group->add_subcommand("rename", "Rename a category; its tasks stay its tasks");
-  verb->add_option("CATEGORY", rename->from, "The name it has, in lower case")->required();
-  verb->add_option("NAME", rename->to, "The new name, which is stored in lower case")->required();
-  verb->footer("Example:\n"
-               "  ulotask category rename party feast");
-  verb->callback([rename, &session] { renameCategory(session, rename->from, rename->to); });
+  verb = group.addVerb("rename", "Rename a category; its tasks stay its tasks");
+  verb.option("CATEGORY", rename->from, "The name it has, in lower case").required();
+  verb.option("NAME", rename->to, "The new name, which is stored in lower case").required();
+  verb.footer("Example:\n"
+              "  ulotask category rename party feast");
+  verb.run([rename, &session] { renameCategory(session, rename->from, rename->to); });
 
   struct Removal {
     std::vector<std::string> names;
     bool withTasks = false;
   };
   auto removal = std::make_shared<Removal>();
-  verb = group->add_subcommand("rm", "Remove categories");
-  verb->add_option("CATEGORY", removal->names, "Names of categories")->required();
-  verb->add_flag("--with-tasks", removal->withTasks, "Remove their tasks too");
-  verb->footer("Tasks of a removed category stay and read as of category None; the next change of "
-               "one\nstores it without a category.\n"
-               "Examples:\n"
-               "  ulotask category rm garden\n"
-               "  ulotask category rm \"spare time\" --with-tasks");
-  verb->callback([removal, &session] {
+  verb = group.addVerb("rm", "Remove categories");
+  verb.option("CATEGORY", removal->names, "Names of categories").required();
+  verb.flag("--with-tasks", removal->withTasks, "Remove their tasks too");
+  verb.footer("Tasks of a removed category stay and read as of category None; the next change of "
+              "one\nstores it without a category.\n"
+              "Examples:\n"
+              "  ulotask category rm garden\n"
+              "  ulotask category rm \"spare time\" --with-tasks");
+  verb.run([removal, &session] {
     forEach(session, removal->names,
             [&](const std::string& name) { removeCategory(session, name, removal->withTasks); });
   });

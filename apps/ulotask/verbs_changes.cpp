@@ -10,6 +10,10 @@
 #include <QDateTime>
 
 #include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace ulotask {
 namespace {
@@ -77,34 +81,33 @@ void changes(Session& session, const ChangesOptions& options) {
 
 }  // namespace
 
-void addChangeVerbs(CLI::App& app, Session& session) {
-  CLI::App* verb = app.add_subcommand("changes", "Show what was added, updated and removed");
+void addChangeVerbs(Verb& program, Session& session) {
+  Verb verb = program.addVerb("changes", "Show what was added, updated and removed");
   auto options = std::make_shared<ChangesOptions>();
-  verb->add_option("--since", options->since, "Only entries after this one")
-      ->type_name("ENTRY")
-      ->check(CLI::Range(std::int64_t{0}, furthestEntry).description(""))
-      ->capture_default_str();
-  verb->add_option("--generation", options->generation,
-                   "The journal that ENTRY belongs to, as --net --json prints it")
-      ->type_name("ID");
-  CLI::Option* follow = verb->add_flag("--follow", options->follow,
-                                       "Go on with new entries as they come, until interrupted");
-  verb->add_flag("--net", options->net,
-                 "One line for each task that is new, other or gone since then")
-      ->excludes(follow);
-  verb->add_flag("--json", options->json, "Print JSON objects, one to a line; one for --net");
-  verb->footer("Entries of a store that was restored or replaced have another generation: then the "
-               "numbers of the\nearlier one mean nothing, and a program has to compare all tasks.\n"
-               "A line has the number of the entry, the local time, the kind of change and the "
-               "UID.\n--follow looks when the store's files change, and every " +
-               std::to_string(ChangeWatch::longestWait) +
-               " seconds.\n"
-               "Examples:\n"
-               "  ulotask changes --since 120\n"
-               "  ulotask changes --since 120 --net --json\n"
-               "  ulotask changes --follow | while read entry day time kind uid; do echo $uid; "
-               "done");
-  verb->callback([options, &session] { changes(session, *options); });
+  verb.option("--since", options->since, "Only entries after this one")
+      .valueName("ENTRY")
+      .range(std::int64_t{0}, furthestEntry)
+      .showDefault();
+  verb.option("--generation", options->generation,
+              "The journal that ENTRY belongs to, as --net --json prints it")
+      .valueName("ID");
+  const Argument follow = verb.flag("--follow", options->follow,
+                                    "Go on with new entries as they come, until interrupted");
+  verb.flag("--net", options->net, "One line for each task that is new, other or gone since then")
+      .excludes(follow);
+  verb.flag("--json", options->json, "Print JSON objects, one to a line; one for --net");
+  verb.footer("Entries of a store that was restored or replaced have another generation: then the "
+              "numbers of the\nearlier one mean nothing, and a program has to compare all tasks.\n"
+              "A line has the number of the entry, the local time, the kind of change and the "
+              "UID.\n--follow looks when the store's files change, and every " +
+              std::to_string(ChangeWatch::longestWait) +
+              " seconds.\n"
+              "Examples:\n"
+              "  ulotask changes --since 120\n"
+              "  ulotask changes --since 120 --net --json\n"
+              "  ulotask changes --follow | while read entry day time kind uid; do echo $uid; "
+              "done");
+  verb.run([options, &session] { changes(session, *options); });
 }
 
 }  // namespace ulotask

@@ -14,6 +14,10 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
 
 namespace ulotask {
 namespace {
@@ -245,60 +249,56 @@ void rescue(Session& session) {
 
 }  // namespace
 
-void addDatabaseVerbs(CLI::App& app, Session& session) {
-  CLI::App* group = app.add_subcommand("db", "Look into the database");
-  group->require_subcommand(1);
+void addDatabaseVerbs(Verb& program, Session& session) {
+  Verb group = program.addGroup("db", "Look into the database");
 
-  CLI::App* verb = group->add_subcommand("explain", "Show how a script or statement is understood");
+  Verb verb = group.addVerb("explain", "Show how a script or statement is understood");
   auto script = std::make_shared<std::string>();
-  verb->add_option("SCRIPT", *script, "The text, a file that holds it, or - for standard input")
-      ->required();
-  verb->footer("Prints its words, its checked tree and the SQL that it leads to.\n"
-               "Example:\n"
-               "  ulotask db explain \"sml:cursor \\$c = open_cursor('task_index_due');\"");
-  verb->callback([script, &session] { explain(session, *script); });
+  verb.option("SCRIPT", *script, "The text, a file that holds it, or - for standard input")
+      .required();
+  verb.footer("Prints its words, its checked tree and the SQL that it leads to.\n"
+              "Example:\n"
+              "  ulotask db explain \"sml:cursor \\$c = open_cursor('task_index_due');\"");
+  verb.run([script, &session] { explain(session, *script); });
 
-  verb = group->add_subcommand("check", "Check that the store is sound");
+  verb = group.addVerb("check", "Check that the store is sound");
   auto repair = std::make_shared<bool>(false);
-  verb->add_flag("--repair", *repair,
-                 "Merge categories of the same name and add missing default categories");
-  verb->footer("Ends with 11 if something is wrong. Nothing is changed without --repair.\n"
-               "Examples:\n"
-               "  ulotask db check\n"
-               "  ulotask db check --repair");
-  verb->callback([repair, &session] { check(session, *repair); });
+  verb.flag("--repair", *repair,
+            "Merge categories of the same name and add missing default categories");
+  verb.footer("Ends with 11 if something is wrong. Nothing is changed without --repair.\n"
+              "Examples:\n"
+              "  ulotask db check\n"
+              "  ulotask db check --repair");
+  verb.run([repair, &session] { check(session, *repair); });
 
   struct Backup {
     std::string file;
     bool force = false;
   };
   auto backup = std::make_shared<Backup>();
-  verb = group->add_subcommand("backup", "Save the store in a file, while other programs use it");
-  verb->add_option("FILE", backup->file, "The file to write, readable by its owner only")
-      ->required();
-  verb->add_flag("--force", backup->force, "Replace the file if it exists");
-  verb->footer("The file appears when it is complete and checked. It needs no other file.\n"
-               "Example:\n"
-               "  ulotask db backup tasks-$(date +%F).db");
-  verb->callback([backup, &session] { backUp(session, backup->file, backup->force); });
+  verb = group.addVerb("backup", "Save the store in a file, while other programs use it");
+  verb.option("FILE", backup->file, "The file to write, readable by its owner only").required();
+  verb.flag("--force", backup->force, "Replace the file if it exists");
+  verb.footer("The file appears when it is complete and checked. It needs no other file.\n"
+              "Example:\n"
+              "  ulotask db backup tasks-$(date +%F).db");
+  verb.run([backup, &session] { backUp(session, backup->file, backup->force); });
 
-  verb = group->add_subcommand("restore", "Replace the store by a backup");
+  verb = group.addVerb("restore", "Replace the store by a backup");
   auto source = std::make_shared<std::string>();
-  verb->add_option("FILE", *source, "A file that db backup has written, or an old store")
-      ->required();
-  verb->footer(
-      "No other program may have the store open. The replaced store is kept beside it, as\n"
-      "tasks.db with the date and time.\n"
-      "Example:\n"
-      "  ulotask db restore tasks-2026-11-22.db");
-  verb->callback([source, &session] { restore(session, *source); });
+  verb.option("FILE", *source, "A file that db backup has written, or an old store").required();
+  verb.footer("No other program may have the store open. The replaced store is kept beside it, as\n"
+              "tasks.db with the date and time.\n"
+              "Example:\n"
+              "  ulotask db restore tasks-2026-11-22.db");
+  verb.run([source, &session] { restore(session, *source); });
 
-  verb = group->add_subcommand("rescue", "Replace a damaged store by what can be read of it");
-  verb->footer("No other program may have the store open. Tasks keep their UIDs. The damaged store "
-               "is\nkept beside it, as tasks.db with the date and time.\n"
-               "Example:\n"
-               "  ulotask db rescue");
-  verb->callback([&session] { rescue(session); });
+  verb = group.addVerb("rescue", "Replace a damaged store by what can be read of it");
+  verb.footer("No other program may have the store open. Tasks keep their UIDs. The damaged store "
+              "is\nkept beside it, as tasks.db with the date and time.\n"
+              "Example:\n"
+              "  ulotask db rescue");
+  verb.run([&session] { rescue(session); });
 }
 
 }  // namespace ulotask

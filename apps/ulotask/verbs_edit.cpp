@@ -3,13 +3,16 @@
 #include "exit_codes.h"
 #include "for_each.h"
 #include "session.h"
+#include "take_in.h"
 #include "task_format.h"
 #include "text.h"
-#include "text_limits.h"
 #include "verbs.h"
 
 #include <functional>
+#include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace ulotask {
 namespace {
@@ -38,8 +41,8 @@ struct TaskOptions {
 void setText(Session& session, ZTASK_ENG_Task& task, ZTASK_ENG_Task::TASK_FIELD_T field,
              const QString& text) {
   task.setString(field, text);
-  if (const std::optional<std::string> cut = cutToLimit(task, field))
-    session.output.notice(*cut);
+  if (const std::optional<ulo::ShortenedText> shortened = ulo::shortenToLimit(task, field))
+    session.output.notice(sentence(*shortened));
 }
 
 // Sets the fields that are given; the others stay.
@@ -74,7 +77,7 @@ void print(Session& session, const char* what, const ZTASK_ENG_Task& task, bool 
 void add(Session& session, const TaskOptions& options) {
   ZTASK_ENG_Task task;
   apply(session, options, task);
-  require(session.add(task), "adding the task");
+  require(ulo::takeIn(session.store(), task), "adding the task");
   print(session, "Added ", task, options.json);
 }
 
@@ -110,7 +113,8 @@ void edit(Session& session, const std::string& uid, const TaskOptions& options) 
   const ZTASK_ENG_Task task = change(session, argumentUid(uid), [&](ZTASK_ENG_Task& stored) {
     apply(session, options, stored);
     if (options.category)
-      require(session.makeCategory(stored.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY)),
+      require(ulo::ensureCategory(session.store(),
+                                  stored.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY)),
               "making the category");
   });
   print(session, "Changed ", task, options.json);
@@ -128,68 +132,67 @@ void remove(Session& session, const std::vector<std::string>& arguments) {
 }
 
 // The options that add and edit share.
-void addTaskOptions(CLI::App& verb, TaskOptions& options) {
-  verb.add_option("--due", options.due,
-                  "Local date or date and time: 2026-03-05, \"2026-03-05 18:00\"; none for none")
-      ->type_name("DATE");
-  verb.add_option("--alarm", options.alarm, "When to remind, written like --due")
-      ->type_name("DATE");
-  verb.add_option("--priority", options.priority,
-                  "1 (highest) to 9 (lowest), 0 for none, or high, normal, low")
-      ->type_name("PRIORITY");
-  verb.add_option("--category", options.category,
-                  "Name of a category, made when missing; \"\" for none")
-      ->type_name("CATEGORY");
-  verb.add_option("--note", options.note, "The text of the task");
+void addTaskOptions(Verb& verb, TaskOptions& options) {
+  verb.option("--due", options.due,
+              "Local date or date and time: 2026-03-05, \"2026-03-05 18:00\"; none for none")
+      .valueName("DATE");
+  verb.option("--alarm", options.alarm, "When to remind, written like --due").valueName("DATE");
+  verb.option("--priority", options.priority,
+              "1 (highest) to 9 (lowest), 0 for none, or high, normal, low")
+      .valueName("PRIORITY");
+  verb.option("--category", options.category,
+              "Name of a category, made when missing; \"\" for none")
+      .valueName("CATEGORY");
+  verb.option("--note", options.note, "The text of the task");
 }
 
-void addAdd(CLI::App& app, Session& session) {
-  CLI::App* verb = app.add_subcommand("add", "Add a task");
+void addAdd(Verb& program, Session& session) {
+  Verb verb = program.addVerb("add", "Add a task");
   auto options = std::make_shared<TaskOptions>();
-  verb->add_option("SUMMARY", options->summary, "The title")->required();
-  addTaskOptions(*verb, *options);
-  verb->add_flag("--json", options->json, "Print the stored task as a JSON object");
-  verb->footer("Examples:\n"
-               "  ulotask add \"Buy milk\"\n"
-               "  ulotask add \"Call the bank\" --due \"2026-03-05 18:00\" --priority high\n"
-               "  ulotask add --category work -- \"-5 degrees: order heating oil\"");
-  verb->callback([options, &session] { add(session, *options); });
+  verb.option("SUMMARY", options->summary, "The title").required();
+  addTaskOptions(verb, *options);
+  verb.flag("--json", options->json, "Print the stored task as a JSON object");
+  verb.footer("Examples:\n"
+              "  ulotask add \"Buy milk\"\n"
+              "  ulotask add \"Call the bank\" --due \"2026-03-05 18:00\" --priority high\n"
+              "  ulotask add --category work -- \"-5 degrees: order heating oil\"");
+  verb.run([options, &session] { add(session, *options); });
 }
 
-void addEdit(CLI::App& app, Session& session) {
-  CLI::App* verb = app.add_subcommand("edit", "Change fields of a task");
+void addEdit(Verb& program, Session& session) {
+  Verb verb = program.addVerb("edit", "Change fields of a task");
   auto uid = std::make_shared<std::string>();
   auto options = std::make_shared<TaskOptions>();
-  verb->add_option("UID", *uid, "The task's number, as list prints it")->required();
-  verb->add_option("--summary", options->summary, "The title");
-  addTaskOptions(*verb, *options);
-  verb->add_option("--status", options->status,
-                   "A status word, such as completed, needs-action, accepted or delegated")
-      ->type_name("STATUS");
-  verb->add_flag("--json", options->json, "Print the stored task as a JSON object");
-  verb->footer("What isn't given stays as it is, but for the time of the change. The end follows "
-               "the\nstatus: a task that becomes completed gets it, one that needs action loses "
-               "it.\n"
-               "Examples:\n"
-               "  ulotask edit 7 --due \"2026-03-06 09:00\" --priority high\n"
-               "  ulotask edit 7 --due none --category \"\" --note \"\"\n"
-               "  ulotask edit 7 --status delegated");
-  verb->callback([uid, options, &session] { edit(session, *uid, *options); });
+  verb.option("UID", *uid, "The task's number, as list prints it").required();
+  verb.option("--summary", options->summary, "The title");
+  addTaskOptions(verb, *options);
+  verb.option("--status", options->status,
+              "A status word, such as completed, needs-action, accepted or delegated")
+      .valueName("STATUS");
+  verb.flag("--json", options->json, "Print the stored task as a JSON object");
+  verb.footer("What isn't given stays as it is, but for the time of the change. The end follows "
+              "the\nstatus: a task that becomes completed gets it, one that needs action loses "
+              "it.\n"
+              "Examples:\n"
+              "  ulotask edit 7 --due \"2026-03-06 09:00\" --priority high\n"
+              "  ulotask edit 7 --due none --category \"\" --note \"\"\n"
+              "  ulotask edit 7 --status delegated");
+  verb.run([uid, options, &session] { edit(session, *uid, *options); });
 }
 
 }  // namespace
 
-void addEditVerbs(CLI::App& app, Session& session) {
-  addAdd(app, session);
-  addEdit(app, session);
+void addEditVerbs(Verb& program, Session& session) {
+  addAdd(program, session);
+  addEdit(program, session);
 
   const auto addUidVerb = [&](const char* name, const char* description, const char* example,
                               auto work) {
-    CLI::App* uidVerb = app.add_subcommand(name, description);
+    Verb uidVerb = program.addVerb(name, description);
     auto uids = std::make_shared<std::vector<std::string>>();
-    uidVerb->add_option("UID", *uids, "Numbers of tasks, as list prints them")->required();
-    uidVerb->footer(std::string("Example:\n  ") + example);
-    uidVerb->callback([uids, work, &session] { work(session, *uids); });
+    uidVerb.option("UID", *uids, "Numbers of tasks, as list prints them").required();
+    uidVerb.footer(std::string("Example:\n  ") + example);
+    uidVerb.run([uids, work, &session] { work(session, *uids); });
   };
   using Arguments = std::vector<std::string>;
   addUidVerb("done", "Mark tasks as completed", "ulotask done 7 8",

@@ -4,15 +4,17 @@
 #include "listing.h"
 #include "progress.h"
 #include "session.h"
+#include "take_in.h"
 #include "task_format.h"
 #include "text.h"
-#include "text_limits.h"
 #include "verbs.h"
 
 #include <QJsonArray>
 
 #include <algorithm>
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace ulotask {
 namespace {
@@ -59,14 +61,15 @@ void store(Session& session, Calendar& calendar, bool json, Progress& progress, 
   std::vector<unsigned int> uids;
   for (uint i = 0; i < calendar.tasks.count(); ++i) {
     ZTASK_ENG_Task& task = *calendar.tasks.at(i);
-    const std::vector<std::string> cuts = cutToLimits(task);
-    require(session.add(task), nothingStored);
+    std::vector<ulo::ShortenedText> shortened;
+    require(ulo::takeIn(session.store(), task, &shortened), nothingStored);
     uids.push_back(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID));
     if (json)
       stored.json.append(toJson(task));
     progress.advance();
-    for (const std::string& cut : cuts)
-      stored.notices.push_back(name + ", task " + std::to_string(uids.back()) + ": " + cut);
+    for (const ulo::ShortenedText& text : shortened)
+      stored.notices.push_back(name + ", task " + std::to_string(uids.back()) + ": " +
+                               sentence(text));
   }
   if (!json && !uids.empty())
     stored.lines.push_back(counted(uids.size(), "task") + " imported from " +
@@ -137,31 +140,30 @@ void exportTasks(Session& session, const ExportOptions& options) {
 
 }  // namespace
 
-void addExchangeVerbs(CLI::App& app, Session& session) {
-  CLI::App* verb = app.add_subcommand("import", "Add the to-dos of vCalendar 1.0 files");
+void addExchangeVerbs(Verb& program, Session& session) {
+  Verb verb = program.addVerb("import", "Add the to-dos of vCalendar 1.0 files");
   auto importOptions = std::make_shared<ImportOptions>();
-  verb->add_option("FILE", importOptions->files, "A vCalendar file, or - for standard input")
-      ->required();
-  verb->add_flag("--json", importOptions->json, "Print the stored tasks as a JSON array");
-  verb->footer(
+  verb.option("FILE", importOptions->files, "A vCalendar file, or - for standard input").required();
+  verb.flag("--json", importOptions->json, "Print the stored tasks as a JSON array");
+  verb.footer(
       "Stores all to-dos of all files, or none: nothing is stored if a file is wrong, the store\n"
       "gets full, or the program is stopped.\n"
       "Examples:\n"
       "  ulotask import phone.vcs\n"
       "  ulotask import - < phone.vcs");
-  verb->callback([importOptions, &session] { import(session, *importOptions); });
+  verb.run([importOptions, &session] { import(session, *importOptions); });
 
-  verb = app.add_subcommand("export", "Write tasks as a vCalendar 1.0 text");
+  verb = program.addVerb("export", "Write tasks as a vCalendar 1.0 text");
   auto exportOptions = std::make_shared<ExportOptions>();
-  verb->add_option("UID", exportOptions->uids, "Numbers of tasks; all tasks without one");
-  verb->add_option("-o,--output", exportOptions->file, "The file to write; - is standard output")
-      ->type_name("FILE")
-      ->capture_default_str();
-  verb->footer("The text carries no UID, and its category isn't read back by import.\n"
-               "Examples:\n"
-               "  ulotask export -o tasks.vcs\n"
-               "  ulotask export 7 8 > two.vcs");
-  verb->callback([exportOptions, &session] { exportTasks(session, *exportOptions); });
+  verb.option("UID", exportOptions->uids, "Numbers of tasks; all tasks without one");
+  verb.option("-o,--output", exportOptions->file, "The file to write; - is standard output")
+      .valueName("FILE")
+      .showDefault();
+  verb.footer("The text carries no UID, and its category isn't read back by import.\n"
+              "Examples:\n"
+              "  ulotask export -o tasks.vcs\n"
+              "  ulotask export 7 8 > two.vcs");
+  verb.run([exportOptions, &session] { exportTasks(session, *exportOptions); });
 }
 
 }  // namespace ulotask

@@ -9,8 +9,11 @@
 
 #include <algorithm>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <set>
+#include <string>
+#include <vector>
 
 namespace ulotask {
 namespace {
@@ -128,79 +131,79 @@ void show(Session& session, const ShowOptions& options) {
     printTask(session.output, task);
 }
 
-void addList(CLI::App& app, Session& session) {
-  CLI::App* verb = app.add_subcommand("list", "List tasks, one to a line");
+void addList(Verb& program, Session& session) {
+  Verb verb = program.addVerb("list", "List tasks, one to a line");
   auto options = std::make_shared<ListOptions>();
   std::vector<std::string> viewWords;
   for (const View& view : views)
     viewWords.emplace_back(view.word);
-  verb->add_option("--view", options->view,
-                   "due: due until the end of today, done or not; incomplete: needs action; "
-                   "completed")
-      ->type_name("VIEW")
-      ->check(CLI::IsMember(viewWords))
-      ->capture_default_str();
-  verb->add_option("--category", options->category,
-                   "Only tasks of this category; \"\" for those without one")
-      ->type_name("CATEGORY");
-  verb->add_option("--sort", options->sort,
-                   "due: by due date, then priority; priority: "
-                   "by priority, then due date")
-      ->type_name("ORDER")
-      ->check(CLI::IsMember({"due", "priority"}))
-      ->capture_default_str();
-  verb->add_option("--limit", options->limit, "At most so many tasks")
-      ->type_name("NUMBER")
-      ->check(CLI::Range(1, std::numeric_limits<int>::max()).description(""));
-  verb->add_option("--after", options->after, "Only tasks that come behind this one in the order")
-      ->type_name("UID");
-  verb->add_flag("--json", options->json, "Print a JSON array for programs");
-  verb->footer("The last UID of a page is the --after of the next one.\n"
-               "Examples:\n"
-               "  ulotask list\n"
-               "  ulotask list --view incomplete --sort priority --limit 10\n"
-               "  ulotask list --view incomplete --sort priority --limit 10 --after 42\n"
-               "  ulotask list --category shop --json | jq '.[].summary'");
-  verb->callback([options, &session] { list(session, *options); });
+  verb.option("--view", options->view,
+              "due: due until the end of today, done or not; incomplete: needs action; "
+              "completed")
+      .valueName("VIEW")
+      .oneOf(viewWords)
+      .showDefault();
+  verb.option("--category", options->category,
+              "Only tasks of this category; \"\" for those without one")
+      .valueName("CATEGORY");
+  verb.option("--sort", options->sort,
+              "due: by due date, then priority; priority: "
+              "by priority, then due date")
+      .valueName("ORDER")
+      .oneOf({"due", "priority"})
+      .showDefault();
+  verb.option("--limit", options->limit, "At most so many tasks")
+      .valueName("NUMBER")
+      .range(1, std::numeric_limits<int>::max());
+  verb.option("--after", options->after, "Only tasks that come behind this one in the order")
+      .valueName("UID");
+  verb.flag("--json", options->json, "Print a JSON array for programs");
+  verb.footer("The last UID of a page is the --after of the next one.\n"
+              "Examples:\n"
+              "  ulotask list\n"
+              "  ulotask list --view incomplete --sort priority --limit 10\n"
+              "  ulotask list --view incomplete --sort priority --limit 10 --after 42\n"
+              "  ulotask list --category shop --json | jq '.[].summary'");
+  verb.run([options, &session] { list(session, *options); });
 }
 
-void addSearch(CLI::App& app, Session& session) {
-  CLI::App* verb = app.add_subcommand("search", "List the tasks that match");
+void addSearch(Verb& program, Session& session) {
+  Verb verb = program.addVerb("search", "List the tasks that match");
   auto options = std::make_shared<SearchOptions>();
-  verb->add_option("TEXT", options->text,
-                   "In the summary, note, category or UUID, upper and lower case told apart");
-  verb->add_option("--summary", options->summary, "In the summary, in any case")->type_name("TEXT");
-  verb->add_option("--note", options->note, "In the note, in any case")->type_name("TEXT");
-  verb->add_option("--status", options->status, "A status word, such as completed or needs-action")
-      ->type_name("STATUS");
-  verb->add_option("--priority", options->priority, "Exactly this one, 1 to 9")
-      ->type_name("NUMBER")
-      ->check(CLI::Range(1, 9).description(""));
-  verb->add_flag("--json", options->json, "Print a JSON array for programs");
-  verb->footer("A task has to match all that is given. Sorted by due date, then priority.\n"
-               "Examples:\n"
-               "  ulotask search Milk\n"
-               "  ulotask search --summary milk --status needs-action\n"
-               "  ulotask search bank --priority 1 --json");
-  verb->callback([options, &session] { search(session, *options); });
+  verb.option("TEXT", options->text,
+              "In the summary, note, category or UUID, upper and lower case told apart");
+  verb.option("--summary", options->summary, "In the summary, in any case").valueName("TEXT");
+  verb.option("--note", options->note, "In the note, in any case").valueName("TEXT");
+  verb.option("--status", options->status, "A status word, such as completed or needs-action")
+      .valueName("STATUS");
+  verb.option("--priority", options->priority, "Exactly this one, 1 to 9")
+      .valueName("NUMBER")
+      .range(1, 9);
+  verb.flag("--json", options->json, "Print a JSON array for programs");
+  verb.footer("A task has to match all that is given. Sorted by due date, then priority.\n"
+              "Examples:\n"
+              "  ulotask search Milk\n"
+              "  ulotask search --summary milk --status needs-action\n"
+              "  ulotask search bank --priority 1 --json");
+  verb.run([options, &session] { search(session, *options); });
 }
 
-void addShow(CLI::App& app, Session& session) {
-  CLI::App* verb = app.add_subcommand("show", "Show all fields of a task");
+void addShow(Verb& program, Session& session) {
+  Verb verb = program.addVerb("show", "Show all fields of a task");
   auto options = std::make_shared<ShowOptions>();
-  verb->add_option("UID", options->uid, "The task's number, as list prints it")->required();
-  verb->add_flag("--json", options->json, "Print a JSON object for programs");
-  verb->footer("Example:\n"
-               "  ulotask show 7");
-  verb->callback([options, &session] { show(session, *options); });
+  verb.option("UID", options->uid, "The task's number, as list prints it").required();
+  verb.flag("--json", options->json, "Print a JSON object for programs");
+  verb.footer("Example:\n"
+              "  ulotask show 7");
+  verb.run([options, &session] { show(session, *options); });
 }
 
 }  // namespace
 
-void addListVerbs(CLI::App& app, Session& session) {
-  addList(app, session);
-  addSearch(app, session);
-  addShow(app, session);
+void addListVerbs(Verb& program, Session& session) {
+  addList(program, session);
+  addSearch(program, session);
+  addShow(program, session);
 }
 
 }  // namespace ulotask

@@ -5,6 +5,8 @@
 #include "text.h"
 #include "verbs.h"
 
+#include <string>
+
 namespace ulotask {
 namespace {
 
@@ -88,30 +90,28 @@ void showLock(Session& session) {
 
 }  // namespace
 
-void addLockVerbs(CLI::App& app, Session& session) {
-  CLI::App* group = app.add_subcommand("lock", "Lock the task application with a code");
-  group->require_subcommand(1);
+void addLockVerbs(Verb& program, Session& session) {
+  Verb group = program.addGroup("lock", "Lock the task application with a code");
 
-  CLI::App* verb = group->add_subcommand("set", "Set the lock, or give it another code");
-  verb->footer(
-      "Asks for the code on a terminal; elsewhere it is the first line of standard "
-      "input.\nA lock that is set asks for its present code first. A code has " +
-      std::to_string(ulo::LockCode::fewest) + " to " + std::to_string(ulo::LockCode::most) +
-      "\ncharacters. After three wrong codes each further one makes the next wait longer.\n"
-      "Example:\n"
-      "  ulotask lock set");
-  verb->callback([&session] { setLock(session); });
+  Verb verb = group.addVerb("set", "Set the lock, or give it another code");
+  verb.footer("Asks for the code on a terminal; elsewhere it is the first line of standard "
+              "input.\nA lock that is set asks for its present code first. A code has " +
+              std::to_string(ulo::LockCode::fewest) + " to " + std::to_string(ulo::LockCode::most) +
+              "\ncharacters. After three wrong codes each further one makes the next wait longer.\n"
+              "Example:\n"
+              "  ulotask lock set");
+  verb.run([&session] { setLock(session); });
 
-  verb = group->add_subcommand("clear", "Remove the lock");
-  verb->footer("Asks for the present code as set does.\n"
-               "Example:\n"
-               "  ulotask lock clear");
-  verb->callback([&session] { clearLock(session); });
+  verb = group.addVerb("clear", "Remove the lock");
+  verb.footer("Asks for the present code as set does.\n"
+              "Example:\n"
+              "  ulotask lock clear");
+  verb.run([&session] { clearLock(session); });
 
-  verb = group->add_subcommand("status", "Show whether the lock is set");
-  verb->footer("Example:\n"
-               "  ulotask lock status");
-  verb->callback([&session] { showLock(session); });
+  verb = group.addVerb("status", "Show whether the lock is set");
+  verb.footer("Example:\n"
+              "  ulotask lock status");
+  verb.run([&session] { showLock(session); });
 }
 
 }  // namespace ulotask

@@ -7,8 +7,12 @@
 #include "verbs.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <filesystem>
 #include <map>
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace ulotask {
 namespace {
@@ -79,14 +83,14 @@ void stats(Session& session, bool json) {
 
 }  // namespace
 
-void addStatsVerb(CLI::App& app, Session& session) {
-  CLI::App* verb = app.add_subcommand("stats", "Count tasks, categories, bytes and changes");
+void addStatsVerb(Verb& program, Session& session) {
+  Verb verb = program.addVerb("stats", "Count tasks, categories, bytes and changes");
   auto json = std::make_shared<bool>(false);
-  verb->add_flag("--json", *json, "Print a JSON object for programs");
-  verb->footer("Counts each view of list; a task can be in several.\n"
-               "Example:\n"
-               "  ulotask stats");
-  verb->callback([json, &session] { stats(session, *json); });
+  verb.flag("--json", *json, "Print a JSON object for programs");
+  verb.footer("Counts each view of list; a task can be in several.\n"
+              "Example:\n"
+              "  ulotask stats");
+  verb.run([json, &session] { stats(session, *json); });
 }
 
 }  // namespace ulotask

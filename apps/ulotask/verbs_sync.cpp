@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 #include <functional>
+#include <memory>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -49,7 +50,7 @@ void requireSync(int code, const std::string& what) {
   case TASK_SYNCML_BADPARAM:
     throw Failure(Exit::usage, what + ": a parameter is wrong");
   default:
-    throw Failure(Exit::failed, what + " failed; the log says why");
+    throw Failure(Exit::failed, what + " failed" + databaseReason());
   }
 }
 
@@ -67,13 +68,13 @@ private:
 
 using Work = std::function<void(Session&, TASK_ENG_SyncML&, unsigned int)>;
 
-void addItemVerb(CLI::App& app, Session& session, const char* name, const char* description,
+void addItemVerb(Verb& group, Session& session, const char* name, const char* description,
                  bool wantsUid, const Work& work) {
-  CLI::App* verb = app.add_subcommand(name, description);
+  Verb verb = group.addVerb(name, description);
   auto uid = std::make_shared<std::string>();
   if (wantsUid)
-    verb->add_option("UID", *uid, "The task's number, as ids prints it")->required();
-  verb->callback([uid, wantsUid, work, &session] {
+    verb.option("UID", *uid, "The task's number, as ids prints it").required();
+  verb.run([uid, wantsUid, work, &session] {
     const unsigned int number = wantsUid ? argumentUid(*uid) : 0;
     // A store that can't be opened is told as for the other verbs.
     session.store();
@@ -85,39 +86,37 @@ void addItemVerb(CLI::App& app, Session& session, const char* name, const char* 
 
 }  // namespace
 
-void addSyncVerbs(CLI::App& app, Session& session) {
-  CLI::App* verb = app.add_subcommand(
+void addSyncVerbs(Verb& program, Session& session) {
+  Verb verb = program.addGroup(
       "sync-item", "Exchange single to-dos as vCalendar 1.0 text, as a synchronisation does");
-  verb->require_subcommand(1);
-  verb->footer(
-      "Texts are read from standard input and written to standard output. What changed is\n"
-      "broadcast at the end; ulotask watch shows that.\n"
-      "Examples:\n"
-      "  ulotask sync-item ids\n"
-      "  ulotask sync-item get 7 > item.vcs\n"
-      "  ulotask sync-item put < item.vcs\n"
-      "  ulotask sync-item replace 7 < item.vcs");
-  addItemVerb(*verb, session, "get", "Write the text of a task", true,
+  verb.footer("Texts are read from standard input and written to standard output. What changed is\n"
+              "broadcast at the end; ulotask watch shows that.\n"
+              "Examples:\n"
+              "  ulotask sync-item ids\n"
+              "  ulotask sync-item get 7 > item.vcs\n"
+              "  ulotask sync-item put < item.vcs\n"
+              "  ulotask sync-item replace 7 < item.vcs");
+  addItemVerb(verb, session, "get", "Write the text of a task", true,
               [](Session& s, TASK_ENG_SyncML& adaptor, unsigned int uid) {
                 std::string text;
                 requireSync(adaptor.getEvent(text, uid), "reading the task");
                 s.output.write(text);
               });
-  addItemVerb(*verb, session, "put", "Add the first to-do of a text; prints its UID", false,
+  addItemVerb(verb, session, "put", "Add the first to-do of a text; prints its UID", false,
               [](Session& s, TASK_ENG_SyncML& adaptor, unsigned int) {
                 unsigned int uid = 0;
                 requireSync(adaptor.addEvent(standardInput(), uid), "adding the item");
                 s.output.line(std::to_string(uid));
               });
-  addItemVerb(*verb, session, "replace", "Store the first to-do of a text over a task", true,
+  addItemVerb(verb, session, "replace", "Store the first to-do of a text over a task", true,
               [](Session&, TASK_ENG_SyncML& adaptor, unsigned int uid) {
                 requireSync(adaptor.updateEvent(standardInput(), uid), "replacing the task");
               });
-  addItemVerb(*verb, session, "rm", "Remove a task", true,
+  addItemVerb(verb, session, "rm", "Remove a task", true,
               [](Session&, TASK_ENG_SyncML& adaptor, unsigned int uid) {
                 requireSync(adaptor.removeEvent(uid), "removing the task");
               });
-  addItemVerb(*verb, session, "ids", "Print the UID of every task", false,
+  addItemVerb(verb, session, "ids", "Print the UID of every task", false,
               [](Session& s, TASK_ENG_SyncML& adaptor, unsigned int) {
                 std::vector<unsigned int> ids;
                 requireSync(adaptor.getAllIDs(ids), "listing the tasks");

@@ -9,7 +9,9 @@
 
 #include <QDateTime>
 
+#include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace ulotask {
@@ -54,17 +56,16 @@ void watch(Session& session, const WatchOptions& options) {
 
 }  // namespace
 
-void addWatchVerb(CLI::App& app, Session& session) {
-  CLI::App* verb =
-      app.add_subcommand("watch", "Show broadcasts and changes as they happen, until interrupted");
+void addWatchVerb(Verb& program, Session& session) {
+  Verb verb =
+      program.addVerb("watch", "Show broadcasts and changes as they happen, until interrupted");
   auto options = std::make_shared<WatchOptions>();
-  verb->add_option("--channel", options->channels, "Listen on this channel instead")
-      ->capture_default_str();
-  verb->add_flag("--json", options->json, "Print JSON objects, one to a line");
-  verb->footer("A line has the number of a journal entry, or the word broadcast, in front.\n"
-               "Example:\n"
-               "  ulotask watch");
-  verb->callback([options, &session] { watch(session, *options); });
+  verb.option("--channel", options->channels, "Listen on this channel instead").showDefault();
+  verb.flag("--json", options->json, "Print JSON objects, one to a line");
+  verb.footer("A line has the number of a journal entry, or the word broadcast, in front.\n"
+              "Example:\n"
+              "  ulotask watch");
+  verb.run([options, &session] { watch(session, *options); });
 }
 
 }  // namespace ulotask

@@ -13,7 +13,6 @@ __attribute__((constructor)) void setTestEnvironment() {
 }  // namespace
 
 // What Qt itself never frees: QScroller makes a recognizer for each grab and forgets it.
-// Weak, for some programs have this source twice.
-extern "C" __attribute__((weak, visibility("default"))) const char* __lsan_default_suppressions() {
+extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
   return "leak:QScroller::grabGesture\n";
 }

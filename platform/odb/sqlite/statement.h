@@ -65,14 +65,14 @@ private:
   bool stepped_ = false;  // since it was reset
 };
 
-// The statement of `key`, prepared the first time from `makeSql()`. If that fails, `slots` is left
-// without the key: every statement that it holds can be used. Throws Failure.
-template <typename Slots, typename MakeSql>
-SqlStatement& preparedIn(Slots& slots, const typename Slots::key_type& key, sqlite3* database,
-                         MakeSql makeSql) {
-  auto found = slots.find(key);
-  if (found == slots.end())
-    found = slots.emplace(key, std::make_unique<SqlStatement>(database, makeSql())).first;
+// The statement of `key`, prepared the first time from `makeSql()`. If that fails, `statements` is
+// left without the key: every statement that it holds can be used. Throws Failure.
+template <typename Statements, typename MakeSql>
+SqlStatement& preparedIn(Statements& statements, const typename Statements::key_type& key,
+                         sqlite3* database, MakeSql makeSql) {
+  auto found = statements.find(key);
+  if (found == statements.end())
+    found = statements.emplace(key, std::make_unique<SqlStatement>(database, makeSql())).first;
   return *found->second;
 }
 

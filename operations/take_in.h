@@ -1,0 +1,38 @@
+// Storing a to-do that comes from outside: from a file, a message or another device.
+#pragma once
+
+#include "ZTASK_ENG_Model.h"
+
+#include <QDateTime>
+
+#include <optional>
+#include <vector>
+
+namespace ulo {
+
+// The current time for a record: local time, and the right one of the two when the clocks show an
+// hour twice.
+QDateTime currentLocalTime();
+
+// A text that was longer than the store accepts (ZTASK_ENG_Task::summaryLimit, noteLimit).
+struct ShortenedText {
+  ZTASK_ENG_Task::TASK_FIELD_T field;
+  // In characters of 16 bits.
+  qsizetype length;
+  qsizetype kept;
+};
+
+// Shortens the field if its text is too long. Keeps whole letters: a surrogate pair, or a letter
+// and its combining marks, is kept or dropped as one. Fields without a limit are left alone.
+std::optional<ShortenedText> shortenToLimit(ZTASK_ENG_Task& task,
+                                            ZTASK_ENG_Task::TASK_FIELD_T field);
+
+// Adds the task as a new one, with its category, in one transaction. Shortens texts that are too
+// long and reports that in `shortened`, gives a task without a status the status "needs action",
+// and dates the change now.
+//
+// Returns a result of the store; unless it is TASK_ENG_OK, nothing was stored.
+int takeIn(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task,
+           std::vector<ShortenedText>* shortened = nullptr);
+
+}  // namespace ulo
