@@ -87,7 +87,8 @@ TEST_F(TakeIn, LeavesTheReportAloneIfNothingWasStored) {
   other.setString(Task::TASK_FIELD_SUMMARY, QString(513, 's'));
   std::vector<ulo::ShortenedText> shortened;
   store();
-  sql("CREATE TRIGGER refuse BEFORE INSERT ON task BEGIN SELECT RAISE(ABORT, 'refused'); END");
+  sql("CREATE TRIGGER refuse BEFORE INSERT ON task_table_task BEGIN SELECT RAISE(ABORT, "
+      "'refused'); END");
   EXPECT_NE(ulo::takeIn(store(), other, &shortened), TASK_ENG_OK);
   EXPECT_TRUE(shortened.empty());
 }
