@@ -18,9 +18,11 @@ if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE RelWithDebInfo)
 endif()
 
+option(ULO_WARNINGS_AS_ERRORS "Treat warnings as errors" OFF)
+
 add_library(ulo_build_flags INTERFACE)
 target_compile_options(ulo_build_flags INTERFACE
-  -Wall -Wextra -Wpedantic -Werror
+  -Wall -Wextra -Wpedantic $<$<BOOL:${ULO_WARNINGS_AS_ERRORS}>:-Werror>
   # Log lines name sources relative to the tree, wherever it was built.
   -fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=
   # GCC 12 sees overlaps in "text" + std::string at -O3 that are not there.
