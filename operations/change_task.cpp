@@ -1,5 +1,6 @@
 #include "change_task.h"
 
+#include "ulodb2.h"
 #include "write_transaction.h"
 
 namespace ulo {
@@ -22,6 +23,14 @@ int update(ZTASK_ENG_Model& store, ChangeReport& report) {
   return store.updateTask(report.task);
 }
 
+// Reads the task. getTask returns a task without its category if the database cannot read that, and
+// storing it would lose the category.
+int readWhole(ZTASK_ENG_Model& store, unsigned int uid, ZTASK_ENG_Task& task) {
+  const unsigned int failures = DB_FailureCount();
+  const int code = store.getTask(uid, task);
+  return code == TASK_ENG_OK && DB_FailureCount() != failures ? storeCode(DB_LastResult()) : code;
+}
+
 }  // namespace
 
 int changeTask(ZTASK_ENG_Model& store, unsigned int uid,
@@ -30,7 +39,7 @@ int changeTask(ZTASK_ENG_Model& store, unsigned int uid,
   if (!transaction)
     return storeCode(transaction.result());
   ChangeReport changed;
-  if (const int code = store.getTask(uid, changed.task); code != TASK_ENG_OK)
+  if (const int code = readWhole(store, uid, changed.task); code != TASK_ENG_OK)
     return code;
   change(changed.task);
   if (const int code = update(store, changed); code != TASK_ENG_OK)

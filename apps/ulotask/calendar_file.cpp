@@ -3,6 +3,7 @@
 #include "ZVtodoParser.h"
 #include "arguments.h"
 #include "exit_codes.h"
+#include "scratch_directory.h"
 #include "store_files.h"
 #include "text.h"
 #include "vcal_guard.h"
@@ -10,7 +11,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
-#include <QTemporaryDir>
 
 #include <algorithm>
 #include <cerrno>
@@ -118,11 +118,10 @@ std::vector<std::string> readCalendar(const std::string& name, QList<ZTASK_ENG_T
 }
 
 std::string calendarText(QList<ZTASK_ENG_Task>& tasks) {
-  const QTemporaryDir directory;
-  const QString name = directory.filePath("tasks.vcs");
-  if (!directory.isValid())
-    throw Failure(Exit::notWritten,
-                  "no temporary directory can be made: " + directory.errorString().toStdString());
+  const ScratchDirectory directory;
+  if (directory.path().empty())
+    throw Failure(Exit::notWritten, "no temporary directory can be made: " + directory.error());
+  const QString name = QFile::decodeName((directory.path() + "/tasks.vcs").c_str());
   ZVtodoParser().writeVtodo(name, tasks);
   QFile file(name);
   const QByteArray text = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();

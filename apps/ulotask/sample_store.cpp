@@ -4,8 +4,6 @@
 #include "exit_codes.h"
 #include "session.h"
 
-#include <QFile>
-
 #include <cstdlib>
 #include <optional>
 
@@ -38,11 +36,13 @@ private:
 }  // namespace
 
 SampleStore::SampleStore() {
-  const std::string path = QFile::encodeName(directory_.path()).toStdString();
+  const std::string& path = directory_.path();
+  if (path.empty())
+    throw Failure(Exit::failed, "no temporary directory can be made: " + directory_.error());
   const DataDirectoryElsewhere elsewhere(path.c_str());
   ZTASK_ENG_Model store;
   int count = 0;
-  if (!directory_.isValid() || store.getCount(count) != TASK_ENG_OK)
+  if (store.getCount(count) != TASK_ENG_OK)
     throw Failure(Exit::failed,
                   std::string("no store can be made in a temporary directory") + databaseReason());
   file_ = path + "/tasks.db";

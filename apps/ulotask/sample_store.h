@@ -1,7 +1,7 @@
 // A new, empty store for comparison.
 #pragma once
 
-#include <QTemporaryDir>
+#include "scratch_directory.h"
 
 #include <string>
 
@@ -17,7 +17,7 @@ public:
   [[nodiscard]] const std::string& file() const { return file_; }
 
 private:
-  QTemporaryDir directory_;
+  ScratchDirectory directory_;
   std::string file_;
 };
 

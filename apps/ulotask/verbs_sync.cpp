@@ -2,6 +2,7 @@
 #include "arguments.h"
 #include "exit_codes.h"
 #include "session.h"
+#include "ulodb2.h"
 #include "verbs.h"
 
 #include <cerrno>
@@ -50,7 +51,8 @@ void requireSync(int code, const std::string& what) {
   case TASK_SYNCML_BADPARAM:
     throw Failure(Exit::usage, what + ": a parameter is wrong");
   default:
-    throw Failure(Exit::failed, what + " failed" + databaseReason());
+    throw Failure(DB_LastResult() == DB_FULL ? Exit::storeFull : Exit::failed,
+                  what + " failed" + databaseReason());
   }
 }
 

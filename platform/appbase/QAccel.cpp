@@ -7,7 +7,7 @@
 
 namespace {
 
-// Qt 2 numbered the function keys from here.
+// Qt 2's code of F1.
 constexpr int firstFunctionKey = 0x1030;
 constexpr int functionKeys = 35;
 

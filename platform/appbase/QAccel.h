@@ -1,4 +1,4 @@
-// Keyboard accelerators with Qt 2's key codes, over Qt 6's shortcuts.
+// Keyboard accelerators with Qt 2 key codes, implemented with Qt 6 shortcuts.
 #pragma once
 
 #include "export.h"
@@ -11,11 +11,11 @@ class ULO_EXPORT QAccel : public QObject {
   Q_OBJECT
 
 public:
-  // Works while the window of `parent`, which owns it, is active.
+  // Active while the window of `parent` is active. `parent` becomes the owner.
   explicit QAccel(QWidget* parent);
 
-  // Adds a key by its Qt 2 code: a function key (0x1030, which is F1, to 0x1052, F35) or the code
-  // of a character. Gives the id that `activated` carries: `id`, or a new one for -1.
+  // Adds a key by its Qt 2 code: a function key (0x1030, which is F1, to 0x1052, F35) or a
+  // character code. Returns the ID passed to `activated`: `id`, or a new one if `id` is -1.
   int insertItem(int key, int id = -1);
 
 Q_SIGNALS:

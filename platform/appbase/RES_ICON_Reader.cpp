@@ -10,9 +10,9 @@
 
 namespace {
 
-// Points of the side of an icon at the smallest font.
+// Side of an icon in points, at the smallest font.
 constexpr int side = 16;
-// Pixels to the point of the forms that are kept.
+// Pixels per point of the available images.
 constexpr int forms[] = {1, 2, 4};
 
 QString fileOf(const QString& name, int form) {
@@ -22,7 +22,7 @@ QString fileOf(const QString& name, int form) {
   return file;
 }
 
-// How many points a point of the icon takes beside text.
+// Factor by which icons grow with the font.
 int growth() {
   return std::max(1, (QFontMetrics(QApplication::font()).height() + side / 2) / side);
 }
@@ -32,7 +32,7 @@ int growth() {
 QPixmap RES_ICON_Reader::getIcon(const QString& name, bool scaled) {
   const int points = side * (scaled ? growth() : 1);
   const qreal ratio = qApp->devicePixelRatio();
-  // The smallest form that needs no enlarging.
+  // The smallest image that need not be enlarged.
   const auto* const form = std::find_if(std::begin(forms), std::end(forms) - 1, [&](int candidate) {
     return side * candidate >= points * ratio;
   });

@@ -1,4 +1,4 @@
-// The pictures of the platform, by the names of their files.
+// Loads the platform's icons by file name.
 #pragma once
 
 #include "export.h"
@@ -8,8 +8,8 @@
 
 class ULO_EXPORT RES_ICON_Reader {
 public:
-  // The icon of that name, drawn for a line of text; for displays with two pixels to the point its
-  // larger form. `scaled`: grows with the application's font. A null pixmap, which is logged, when
-  // there is none of the name.
+  // Returns the icon with that name, in the size of a line of text; high-density displays get a
+  // larger image. With `scaled` the icon grows with the application's font. Returns a null pixmap
+  // and logs it if the icon does not exist.
   static QPixmap getIcon(const QString& name, bool scaled);
 };

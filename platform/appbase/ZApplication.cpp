@@ -22,7 +22,7 @@ ZApplication::ZApplication(int& count, char** arguments) : QApplication(count, a
 
 void ZApplication::setLanguages(const QStringList& languages) {
   removeTranslator(&translator_);
-  // The texts in the sources are English.
+  // The texts in the sources are in English.
   setLayoutDirection(Qt::LeftToRight);
   for (const QString& language : languages) {
     const QLocale locale(language);

@@ -1,4 +1,4 @@
-// An application of the phone: its look, its language, and the wish to return to the idle screen.
+// The application object: its look, its language, and requests to return to the idle screen.
 #pragma once
 
 #include "export.h"
@@ -8,8 +8,8 @@
 
 namespace ulo {
 
-// Connects the signal askReturnToIdle(int) of the application object to a slot. Any application
-// object may have the signal; without it nothing happens. Connecting twice is the same as once.
+// Connects the signal askReturnToIdle(int) of the application object to a slot. Does nothing if the
+// application object has no such signal or is already connected to the slot.
 ULO_EXPORT void connectReturnToIdle(QObject* receiver, const char* slot);
 
 }  // namespace ulo
@@ -18,15 +18,15 @@ class ULO_EXPORT ZApplication : public QApplication {
   Q_OBJECT
 
 public:
-  // Takes the palette of the preferred theme and the texts of the user's language. The arguments
-  // must outlive the object.
+  // Sets the palette of the preferred theme and loads the texts of the user's language. The
+  // arguments must outlive the object.
   ZApplication(int& count, char** arguments);
 
-  // Uses the first of these languages ("de", "zh-CN", "en-GB") that there are texts for, and its
-  // direction; English if there are none. Screens that are already built keep their texts.
+  // Uses the first of these languages ("de", "zh-CN", "en-GB") for which texts exist, and its text
+  // direction; English if there are none. Screens that already exist keep their texts.
   void setLanguages(const QStringList& languages);
 
-  // Asks every screen to give way to the idle screen.
+  // Asks every screen to return to the idle screen.
   void returnToIdle(int reason = 0) { Q_EMIT askReturnToIdle(reason); }
 
 Q_SIGNALS:

@@ -132,7 +132,8 @@ ZDetailItem* ZDetailView::item(int index) const {
   return index >= 0 && index < count() ? items_[static_cast<std::size_t>(index)] : nullptr;
 }
 
-// Labels take the column that they were given, or more where they are longer, up to two fifths.
+// Labels get the requested column, or a wider one if they are longer, up to two fifths of the
+// width.
 void ZDetailView::arrange() {
   int widest = ulo::scaled(this, labelColumn_);
   for (const ZDetailItem* item : items_)
@@ -160,7 +161,7 @@ void ZDetailView::resizeEvent(QResizeEvent* event) {
   QScrollArea::resizeEvent(event);
 }
 
-// To the next row once all of the current one was seen.
+// Scrolls to the end of the current row first, and then moves to the next one.
 void ZDetailView::step(int by) {
   const ZDetailItem* row = item(current_);
   if (row == nullptr)
@@ -212,7 +213,7 @@ void ZDetailView::keyPressEvent(QKeyEvent* event) {
 void ZDetailView::focusInEvent(QFocusEvent* event) {
   QScrollArea::focusInEvent(event);
   markCurrent();
-  // After what Qt tells of the view itself.
+  // After Qt's own notification for the view.
   QTimer::singleShot(0, this, [this] { tellCurrent(); });
 }
 

@@ -1,5 +1,5 @@
-// A list of labelled rows, to be read. Up and Down go from row to row and scroll through long
-// ones; the current row is marked while the list has the focus.
+// A read-only list of labeled rows. Up and Down move between rows and scroll through long ones;
+// the current row is highlighted while the list has the focus.
 #pragma once
 
 #include "export.h"
@@ -12,7 +12,7 @@
 class QLabel;
 class ZWrappedText;
 
-// One row: a label and what it labels.
+// One row: a label and its content.
 class ULO_EXPORT ZDetailItem : public QWidget {
   Q_OBJECT
 
@@ -24,22 +24,22 @@ public:
 
   ZDetailItem(int kind, const QString& label, QWidget* parent = nullptr);
 
-  // Appends a line of content; the icon stands before its text.
+  // Appends a line of content; the icon precedes its text.
   void appendTextIconRow(const QString& text);
-  // `centred`: icon and text stand on one middle line, else their upper edges do.
+  // `centred` aligns icon and text vertically at their middle instead of their top edges.
   void appendTextIconRow(const QString& text, const QPixmap& icon, bool centred);
 
   [[nodiscard]] int kind() const { return kind_; }
   [[nodiscard]] QString label() const;
-  // All lines of the content, with line feeds between them.
+  // All lines of the content, separated by line feeds.
   [[nodiscard]] QString content() const;
-  // Of the last line that has one.
+  // The icon of the last line that has one.
   [[nodiscard]] QPixmap icon() const { return icon_; }
 
-  // The label beside the content, in a column of so many pixels; above it for 0.
+  // Puts the label beside the content in a column `width` pixels wide, or above the content for 0.
   void setLabelColumn(int width);
   [[nodiscard]] int labelWidth() const;
-  // The current row of a view that has the focus.
+  // Marks the row as the current one of a view with focus.
   void setCurrent(bool current);
   [[nodiscard]] bool isCurrent() const { return current_; }
 
@@ -60,14 +60,14 @@ class ULO_EXPORT ZDetailView : public QScrollArea {
   Q_OBJECT
 
 public:
-  // `labelColumn`: width of the column of labels on the narrow screen, in pixels. Where the labels
-  // don't fit beside their contents, they stand above them.
+  // `labelColumn` is the width of the label column on the narrow screen, in pixels. If the labels
+  // do not fit beside their contents, they are placed above them.
   ZDetailView(QWidget* parent, const char* name, int labelColumn);
 
-  // Takes the row.
+  // Appends the row and takes ownership of it.
   void addItem(ZDetailItem* item);
   [[nodiscard]] int count() const { return static_cast<int>(items_.size()); }
-  // Null beyond the last.
+  // Returns null if there is no such row.
   [[nodiscard]] ZDetailItem* item(int index) const;
   [[nodiscard]] int currentRow() const { return current_; }
 
@@ -81,7 +81,7 @@ protected:
 private:
   void arrange();
   void markCurrent();
-  // Has screen readers know of the current row.
+  // Notifies screen readers of the current row.
   void tellCurrent();
   void step(int by);
 

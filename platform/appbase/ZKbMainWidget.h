@@ -1,4 +1,4 @@
-// A screen: a title, a content, a bar of soft keys.
+// A screen: title, content and soft key bar.
 #pragma once
 
 #include "export.h"
@@ -18,10 +18,11 @@ public:
   explicit ZKbMainWidget(QWidget* parent = nullptr, const char* name = nullptr,
                          unsigned int flags = 0);
 
-  // One line, elided where it is too long. The window's title as well.
+  // One line, elided if too long. Also sets the window title.
   void setAppTitle(const QString& title);
   [[nodiscard]] QString appTitle() const { return title_; }
-  // The screen owns what it shows; one that is replaced is deleted.
+  // The screen owns its content widget and its soft keys. Setting another one deletes the previous
+  // one.
   void setContentWidget(QWidget* content);
   [[nodiscard]] QWidget* contentWidget() const { return content_; }
   void setCSTWidget(ZSoftKey* keys);

@@ -8,8 +8,8 @@ class ULO_EXPORT ZMessageDlg : public ZPopup {
 
 public:
   enum Type : int {
-    message = 2,   // one key
-    question = 3,  // a key for yes, one for no
+    message = 2,   // one key, to confirm
+    question = 3,  // two keys, yes and no
   };
 
   // Title and text are plain text of any length.

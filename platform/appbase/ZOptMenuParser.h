@@ -1,4 +1,4 @@
-// What an options menu holds.
+// The items of an options menu.
 #pragma once
 
 #include "export.h"
@@ -8,8 +8,8 @@
 
 struct ZOptMenuItem {
   QString text;    // the English default
-  int id = 0;      // of its own within the menu
-  int parent = 0;  // 0, or the id of the item under which it stands
+  int id = 0;      // unique within the menu
+  int parent = 0;  // 0, or the ID of the parent item
   int reserved = 0;
 
   bool operator==(const ZOptMenuItem&) const = default;
@@ -22,7 +22,7 @@ public:
   ZOptMenuParser& operator=(const ZOptMenuParser&) = delete;
   virtual ~ZOptMenuParser();
 
-  // Appends the items of the menu of this name, in the order in which they are shown, each behind
-  // the item under which it stands. Appends nothing for a name that it doesn't know.
+  // Appends the items of the menu with this name in display order, each after its parent item.
+  // Appends nothing if the name is unknown.
   virtual void fillItems(QValueList<ZOptMenuItem>& items, const QString& menu) = 0;
 };

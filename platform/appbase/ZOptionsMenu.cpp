@@ -9,14 +9,14 @@
 
 namespace {
 
-// Menu items as high as a finger needs them.
+// Menu items have the height of a touch target.
 const char menuStyle[] = "QMenu { border: 1px solid palette(mid); background: palette(base); }"
                          "QMenu::item { min-height: %1px; padding: 0 %3px 0 %2px; }"
                          "QMenu::item:selected { background: palette(highlight);"
                          " color: palette(highlighted-text); }"
                          "QMenu::item:disabled { color: palette(placeholder-text); }";
 
-// What the soft keys' keys mean while a menu is open.
+// Handles the function keys of soft keys while a menu is open.
 class KeysInMenu : public QObject {
 public:
   using QObject::QObject;
@@ -130,7 +130,7 @@ bool ZOptionsMenu::changeItem(int id, const QString& text) {
   QAction* action = item(id);
   if (action == nullptr)
     return false;
-  // An ampersand would mark a letter for the keyboard.
+  // An ampersand would mark a mnemonic.
   action->setText(QString(text).replace(u'&', QStringLiteral("&&")));
   return true;
 }
@@ -142,7 +142,7 @@ void ZOptionsMenu::openAbove(const QWidget* anchor) {
   if (layoutDirection() == Qt::RightToLeft)
     corner.rx() += anchor->width() - size.width();
   popup(corner - QPoint(0, size.height()));
-  // Whoever came by keyboard goes on by keyboard.
+  // Select the first item for keyboard users.
   const QList<QAction*> all = actions();
   const auto first = std::find_if(all.begin(), all.end(), [](const QAction* action) {
     return action->isVisible() && action->isEnabled();
@@ -150,7 +150,7 @@ void ZOptionsMenu::openAbove(const QWidget* anchor) {
   if (first == all.end())
     return;
   setActiveAction(*first);
-  // Its sub-menu waits until it is asked for.
+  // Do not open its sub-menu yet.
   if (QMenu* under = (*first)->menu())
     under->hide();
 }

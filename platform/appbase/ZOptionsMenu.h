@@ -1,5 +1,5 @@
-// The menu behind a soft key, with sub-menus. Arrow keys, Enter and touch work as in every menu;
-// F1 takes the current item, F3 goes back.
+// The menu of a soft key, with sub-menus. Arrow keys, Enter and touch work as in any menu; F1
+// activates the current item, F3 goes back.
 #pragma once
 
 #include "ZOptMenuParser.h"
@@ -17,32 +17,33 @@ public:
   // The widget class of the options menus of screens.
   static constexpr int screenClass = 54;
 
-  // Takes its items from `parser`, which it keeps. The widget class numbers the look of a menu;
-  // there is one look.
+  // Reads its items from `parser` and takes ownership of it. The widget class selects the look of a
+  // menu; there is only one look.
   ZOptionsMenu(QWidget* parent, const char* name, unsigned int flags, int widgetClass,
                std::unique_ptr<ZOptMenuParser> parser, const QString& menu);
   ~ZOptionsMenu() override;
 
-  // In the order of the items.
+  // In display order.
   [[nodiscard]] QValueList<int> getAllItemIds() const;
-  // Calls SLOT(member()) when the item is taken. False for an unknown id.
+  // Connects activation of the item to SLOT(member()). Returns false for an unknown ID.
   bool connectItem(int id, const QObject* receiver, const char* member);
-  // Replaces the text. False for an unknown id.
+  // Replaces the item's text. Returns false for an unknown ID.
   bool changeItem(int id, const QString& text);
-  // These do nothing for an unknown id.
+  // The following functions ignore unknown IDs.
   void showItem(int id, bool shown);
-  // A greyed item can't be taken; `why` stands below it, or nothing when it is empty.
+  // A disabled item is grayed; `why`, unless empty, is shown below it.
   void enableItem(int id, bool enabled, const QString& why = {});
-  // Marks an item as one of which others can be taken in its place.
+  // Makes the item checkable and checks or unchecks it.
   void checkItem(int id, bool checked);
-  // Null for an unknown id; the heading's own for an item that others stand under.
+  // Returns the item's action, which is the sub-menu's heading if the item has children, or null
+  // for an unknown ID.
   [[nodiscard]] QAction* item(int id) const;
 
-  // Shows the menu with its lower edge at the upper one of `anchor`.
+  // Shows the menu with its bottom edge at the top edge of `anchor`.
   void openAbove(const QWidget* anchor);
 
 Q_SIGNALS:
-  // It is about to be shown: the time to bring its items up to date.
+  // Emitted before the menu is shown, to let its owner update the items.
   void opening();
 
 private:

@@ -53,7 +53,8 @@ void ZPopup::setKeys(const QString& accept, const QString& reject) {
   keys_->setText(ZSoftKey::right, reject);
 }
 
-// As wide as its screen or 26 characters, whichever is less; as high as it needs to be.
+// As wide as its parent window or the screen allows, up to 320 pixels of the narrow screen, and as
+// high as necessary.
 void ZPopup::place() {
   const QWidget* behind = parentWidget() != nullptr ? parentWidget()->window() : nullptr;
   const QRect room = behind != nullptr ? behind->geometry() : screen()->availableGeometry();
@@ -65,7 +66,7 @@ void ZPopup::place() {
     const QLayout* inside = scroll->widget()->layout();
     height += inside->hasHeightForWidth() ? inside->totalHeightForWidth(width - 2)
                                           : scroll->widget()->sizeHint().height();
-    // A bar takes room from a text that would fit without it.
+    // A scroll bar would take space from a text that fits without it.
     scroll->setVerticalScrollBarPolicy(height <= most ? Qt::ScrollBarAlwaysOff
                                                       : Qt::ScrollBarAsNeeded);
   }

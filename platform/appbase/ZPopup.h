@@ -1,4 +1,4 @@
-// Dialogs: a title with an icon, a content, soft keys. As wide as the screen where that is narrow.
+// Dialogs: a title with an icon, content and soft keys. As wide as the screen if that is narrow.
 #pragma once
 
 #include "export.h"
@@ -12,7 +12,7 @@ namespace ulo {
 class TitleBar;
 }
 
-// The frame that all dialogs share. F1 or Enter accepts, F3 or Escape rejects.
+// The base of all dialogs. F1 or Enter accepts, F3 or Escape rejects.
 class ULO_EXPORT ZPopup : public QDialog {
   Q_OBJECT
 
@@ -21,13 +21,13 @@ public:
 
   void setTitleIcon(const QPixmap& icon);
   [[nodiscard]] QPixmap titleIcon() const;
-  // What the dialog is about, between title and keys; scrolls where it is too high. Taken over.
+  // Sets the content between title and keys and takes ownership of it. It scrolls if too high.
   void setContent(QWidget* content);
-  // Empty for a key that does nothing.
+  // A key with an empty text is disabled.
   void setKeys(const QString& accept, const QString& reject);
   [[nodiscard]] ZSoftKey* keys() const { return keys_; }
 
-  // Shows the dialog and returns once the user is done with it.
+  // Shows the dialog and returns when the user closes it.
   int exec() override;
 
 protected:

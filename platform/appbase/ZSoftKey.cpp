@@ -13,7 +13,7 @@
 
 namespace {
 
-// A flat key in the colours of the bar, its text elided, its focus underlined.
+// A flat key in the bar's colors, with elided text and a frame when it has the focus.
 class Key : public QToolButton {
 public:
   using QToolButton::QToolButton;
@@ -47,7 +47,7 @@ protected:
   }
 
 private:
-  // Smaller where the text needs it, as long as it can be read.
+  // Returns a smaller font if the text needs it, as long as it remains legible.
   [[nodiscard]] QFont fittingFont(int room) const {
     constexpr double least = 0.7;
     QFont fitting = font();
@@ -148,7 +148,7 @@ void ZSoftKey::paintEvent(QPaintEvent*) {
   QPainter(this).fillRect(rect(), palette().color(QPalette::Shadow));
 }
 
-// Each key takes the part of the bar that its text needs.
+// Gives each key a share of the bar in proportion to its text.
 void ZSoftKey::fitKeys() {
   for (QToolButton* key : keys_)
     if (key != nullptr)

@@ -1,5 +1,5 @@
-// The bar of two or three keys at the bottom of a screen. Each answers to touch and to its key of
-// the keyboard: F1 on the left, F2 in the middle, F3 on the right.
+// The bar of two or three keys at the bottom of a screen. Each key responds to touch and to a
+// function key of the keyboard: F1 on the left, F2 in the middle, F3 on the right.
 #pragma once
 
 #include "export.h"
@@ -15,23 +15,24 @@ class ULO_EXPORT ZSoftKey : public QWidget {
   Q_OBJECT
 
 public:
-  // Where a key is, by its position number.
+  // Position numbers of the keys.
   enum Position : int { left = 0, right = 1, middle = 2 };
 
-  // `style` is "CST_2" or, with a key in the middle, "CST_3". A key without a text can't be used.
+  // `style` is "CST_2", or "CST_3" for a middle key. A key without text is disabled.
   ZSoftKey(const QString& style, QWidget* parent, const char* name = nullptr);
 
   // Positions that the style does not have are ignored.
   void setText(int position, const QString& text);
   [[nodiscard]] QString text(int position) const;
-  // What a click calls, as SLOT(member()), in place of what it called before.
+  // Connects clicks to SLOT(member()), replacing the previous connection.
   void setClickedSlot(int position, const QObject* receiver, const char* member);
-  // A click opens the menu above the key. The menu stays its owner's.
+  // A click opens the menu above the key. Does not take ownership of the menu.
   void setOptMenu(int position, ZOptionsMenu* menu);
   void setKeyEnabled(int position, bool enabled);
   void click(int position);
 
-  // Takes the function keys that the window's other widgets left; false for any other key.
+  // Clicks the key that a function key belongs to. Returns false for any other keyboard key. Called
+  // for keys that the window's other widgets ignored.
   bool handleKey(int key);
 
 protected:

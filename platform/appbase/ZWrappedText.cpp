@@ -8,7 +8,7 @@
 
 namespace {
 
-// Line ends of all kinds become line separators, what can't be seen becomes a blank.
+// Converts all kinds of line ends to line separators and control characters to blanks.
 QString presentable(const QString& text) {
   QString result;
   result.reserve(text.size());
@@ -55,7 +55,7 @@ void ZWrappedText::layOut(int width) const {
   QTextOption option;
   option.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
   option.setTextDirection(layout_.text().isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
-  // A text in the other direction is set on the side where it begins.
+  // Align the text at the side where its direction begins.
   option.setAlignment(option.textDirection() == Qt::RightToLeft ? Qt::AlignRight : Qt::AlignLeft);
   layout_.setTextOption(option);
   layout_.setFont(font());

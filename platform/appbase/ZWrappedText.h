@@ -1,5 +1,6 @@
-// Plain text over as many lines as it needs, wrapped between words and, where a word is too long,
-// inside it. Markup and control characters have no meaning. Its direction is that of its letters.
+// Plain text on as many lines as it needs, wrapped between words, or within a word that is too
+// long. Markup and control characters are not interpreted. The text direction is that of its
+// letters.
 #pragma once
 
 #include "export.h"
@@ -19,7 +20,7 @@ public:
   [[nodiscard]] QSize minimumSizeHint() const override;
   [[nodiscard]] bool hasHeightForWidth() const override { return true; }
   [[nodiscard]] int heightForWidth(int width) const override;
-  // What the text would take on one line, in pixels.
+  // Width of the text on a single line, in pixels.
   [[nodiscard]] int widthOnOneLine() const;
 
 protected:
@@ -32,6 +33,6 @@ private:
   QString text_;
   QPalette::ColorRole colour_ = QPalette::WindowText;
   mutable QTextLayout layout_;
-  mutable int width_ = -1;  // that the layout is for
+  mutable int width_ = -1;  // the width that `layout_` is valid for
   mutable int height_ = 0;
 };

@@ -21,7 +21,7 @@ public:
     state.selected = item_->isCurrent();
     return state;
   }
-  // The view, not the widgets that scroll.
+  // The view, not its scrolling widgets.
   [[nodiscard]] QAccessibleInterface* parent() const override {
     for (QWidget* above = item_->parentWidget(); above != nullptr; above = above->parentWidget())
       if (qobject_cast<ZDetailView*>(above) != nullptr)

@@ -1,10 +1,10 @@
-// Detail views as screen readers see them.
+// Accessibility of detail views.
 #pragma once
 
 namespace ulo {
 
-// Has screen readers see every detail view as a list of its rows, one of them the current one. Only
-// the first call has an effect.
+// Presents every detail view to screen readers as a list of rows with a current row. Only the first
+// call has an effect.
 void describeDetailViews();
 
 }  // namespace ulo

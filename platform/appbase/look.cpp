@@ -11,7 +11,7 @@ namespace ulo {
 
 namespace {
 
-constexpr int narrowLine = 13;  // pixels of a line of the narrow screen's font
+constexpr int narrowLine = 13;  // line height of the narrow screen's font in pixels
 constexpr int iconUnit = 16;
 
 constexpr char thinScrollBar[] =
@@ -56,7 +56,7 @@ QPalette themePalette(Theme theme) {
     palette.setColor(role, colours.text);
   palette.setColor(QPalette::ToolTipBase, colours.base);
   palette.setColor(QPalette::PlaceholderText, colours.weak);
-  // Bars wear the accent, the current row the light form of it.
+  // Bars have the accent color, the current row a light form of it.
   palette.setColor(QPalette::Highlight, colours.selected);
   palette.setColor(QPalette::Link, colours.link);
   palette.setColor(QPalette::Mid, colours.weak);

@@ -1,4 +1,4 @@
-// The look that screens and dialogs share: colours by palette, measures by font.
+// The look of screens and dialogs: colors from the palette, measures from the font.
 #pragma once
 
 #include "export.h"
@@ -12,21 +12,24 @@ namespace ulo {
 
 enum class Theme { light, dark };
 
-// $ULO_THEME ("light" or "dark"); without it, what the desktop's own palette is.
+// Returns the theme in $ULO_THEME ("light" or "dark"), or else the theme that the desktop's palette
+// matches.
 [[nodiscard]] ULO_EXPORT Theme preferredTheme(const QPalette& desktop);
 [[nodiscard]] ULO_EXPORT QPalette themePalette(Theme theme);
 
-// Pixels. All measures grow with the font.
-// A blank between things.
+// The following measures are in pixels and grow with the font.
+
+// The space between elements.
 [[nodiscard]] ULO_EXPORT int gap(const QWidget* widget);
-// What a finger hits: about nine millimetres on a phone.
+// The height of a touch target: about nine millimeters on a phone.
 [[nodiscard]] ULO_EXPORT int touchHeight(const QWidget* widget);
-// The side of an icon, in multiples of the 16 that icons are drawn for.
+// The side of an icon, a multiple of the 16 pixels that icons are drawn for.
 [[nodiscard]] ULO_EXPORT int iconSize(const QWidget* widget);
-// What a measure of the narrow screen's font (13 pixels a line) is in the widget's.
+// Converts a measure for the narrow screen's font (13 pixels per line) to the widget's font.
 [[nodiscard]] ULO_EXPORT int scaled(const QWidget* widget, int pixels);
 
-// Gives the area a thin scroll bar, which shows the place: fingers drag the content itself.
+// Makes the area scroll by dragging its content, with a thin scroll bar that only shows the
+// position.
 ULO_EXPORT void makeTouchable(QAbstractScrollArea* area);
 
 }  // namespace ulo

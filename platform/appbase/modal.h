@@ -7,11 +7,11 @@
 
 namespace ulo {
 
-// A dialog that goes with this object, or before with its parent, which may be closed and deleted
-// while the dialog is open.
+// Owns a dialog. The dialog's parent may be closed and deleted while the dialog is open, which
+// deletes the dialog, too.
 template <typename Dialog> class Modal {
 public:
-  // Takes what a Dialog is made of.
+  // Passes the arguments to the constructor of Dialog.
   template <typename... Arguments>
   explicit Modal(Arguments&&... arguments)
       : dialog_(new Dialog(std::forward<Arguments>(arguments)...)) {}
@@ -19,12 +19,12 @@ public:
   Modal& operator=(const Modal&) = delete;
   ~Modal() { delete dialog_.data(); }
 
-  // Shows the dialog until the user is done. False when it was rejected or is gone; when gone,
-  // nothing of its parent may be touched.
+  // Shows the dialog until the user closes it. Returns false if it was rejected or deleted; if it
+  // was deleted, its parent must not be used any more.
   bool exec() { return dialog_->exec() == QDialog::Accepted && isThere(); }
   [[nodiscard]] bool isThere() const { return !dialog_.isNull(); }
   Dialog* operator->() const { return dialog_; }
-  // Null when it is gone.
+  // Null if it was deleted.
   [[nodiscard]] Dialog* get() const { return dialog_; }
 
 private:

@@ -1,4 +1,4 @@
-// What screen readers learn beyond what Qt tells them.
+// Announcements to screen readers.
 #pragma once
 
 #include "export.h"
@@ -9,8 +9,8 @@ class QWidget;
 
 namespace ulo {
 
-// Has a screen reader say a text that has appeared in `widget`, wherever the focus is. Does nothing
-// if accessibility is not in use.
+// Makes a screen reader speak a text that has appeared in `widget`, wherever the focus is. Does
+// nothing if accessibility is not in use.
 ULO_EXPORT void announce(QWidget* widget, const QString& text);
 
 }  // namespace ulo

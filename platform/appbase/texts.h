@@ -1,4 +1,4 @@
-// Texts that people read, by their ids.
+// Texts of the user interface, by ID.
 #pragma once
 
 #include "export.h"
@@ -7,7 +7,8 @@
 
 namespace ulo {
 
-// The text of an id in the language of the application; `english`, in UTF-8, where that has none.
+// Returns the text with this ID in the application's language, or `english`, in UTF-8, if the
+// language lacks it.
 [[nodiscard]] ULO_EXPORT QString text(const char* id, const char* english);
 
 }  // namespace ulo

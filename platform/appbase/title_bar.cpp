@@ -35,7 +35,7 @@ void TitleBar::paintEvent(QPaintEvent*) {
     const QSize size = icon_.deviceIndependentSize().toSize();
     const QRect place =
         QStyle::alignedRect(layoutDirection(), Qt::AlignLeft | Qt::AlignVCenter, size, inside);
-    // Icons are drawn for the ground of lists.
+    // Icons are drawn for the background of lists.
     painter.fillRect(place.adjusted(-2, -2, 2, 2), palette().color(QPalette::Base));
     painter.drawPixmap(place.topLeft(), icon_);
     const int taken = size.width() + 2 * margin;

@@ -5,7 +5,7 @@
 
 namespace ulo {
 
-// The top of screens and dialogs: an icon and one line of text, elided where it is too long.
+// The title bar of screens and dialogs: an icon and one line of text, elided if too long.
 class TitleBar : public QWidget {
 public:
   explicit TitleBar(QWidget* parent);

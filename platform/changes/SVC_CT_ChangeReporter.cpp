@@ -9,7 +9,7 @@
 #include <new>
 #include <utility>
 
-// Announces changes, one at a time or a batch of them at once.
+// Announces changes, one at a time or once per batch.
 class SVC_CT_ChangeReporter::Batch {
 public:
   bool begin() {
@@ -39,7 +39,7 @@ private:
       if (!directory.empty())
         ulo::announceCommit(directory + '/' + ulo::ChangeJournal::fileName);
     } catch (const std::exception&) {
-      // Without memory nothing is announced; who follows the journal looks from time to time.
+      // Without memory nothing is announced; followers of the journal also poll from time to time.
     }
   }
 
@@ -48,7 +48,7 @@ private:
   bool isPending_ = false;
 };
 
-// A store works without its announcements, too.
+// A store works without announcements, too.
 SVC_CT_ChangeReporter::SVC_CT_ChangeReporter() : batch_(new (std::nothrow) Batch) {}
 
 SVC_CT_ChangeReporter::~SVC_CT_ChangeReporter() {

@@ -1,5 +1,5 @@
-// The change-tracking service: a program that stored something reports it here, and other programs
-// ask the journal (change_journal.h) later what has changed.
+// The change-tracking service. A program that has stored changes reports them here; other programs
+// later query the journal (change_journal.h) for what has changed.
 #pragma once
 
 #include "export.h"
@@ -7,7 +7,7 @@
 
 #include <memory>
 
-// One change. `source` names who made it, as QUuid::toString() writes it.
+// One change. `source` identifies who made it, in the form of QUuid::toString().
 struct SVC_CT_ChangeRecord {
   int reserved0 = 0;
   QCString source;
@@ -22,26 +22,26 @@ enum SVC_CT_ChangeType : int {
   SVC_CT_REMOVED = 3,
 };
 
-// Announces stored changes to the programs that follow the journal. The entries themselves are
-// already in the journal: the database writes each one in the transaction that changes the row, so
-// that neither a kill nor a full disk can separate them. Several threads may report through one
-// object; reporting throws nothing and never fails for want of memory or disk space.
+// Announces stored changes to the programs that follow the journal. The journal entries already
+// exist at that point: the database writes each entry in the transaction that changes the row, so
+// that neither a killed process nor a full disk can separate them. Thread-safe. Reporting never
+// throws and never fails for lack of memory or disk space.
 class ULO_EXPORT SVC_CT_ChangeReporter {
 public:
   SVC_CT_ChangeReporter();
   SVC_CT_ChangeReporter(const SVC_CT_ChangeReporter&) = delete;
   SVC_CT_ChangeReporter& operator=(const SVC_CT_ChangeReporter&) = delete;
 
-  // The four operations below come first in the table of virtual operations, in this order.
+  // The following four functions are the first entries of the vtable, in this order.
 
-  // Announces one change. `handle` is the reporter's own business; the store passes -1. Returns 0.
+  // Announces one change. `handle` is ignored; the store passes -1. Returns 0.
   virtual int report(const SVC_CT_ChangeRecord& record, int handle);
   // Announces `count` changes at once. Returns 0.
   virtual int reportMany(const SVC_CT_ChangeRecord* records, unsigned int count, int handle);
-  // Changes reported from here to endBatch, whatever their source, are announced once, at endBatch.
-  // Returns 0, or 1 within a batch, which then continues.
+  // Changes reported until endBatch, whatever their source, are announced once, by endBatch.
+  // Returns 0, or 1 if a batch is already open, which then continues.
   virtual int beginBatch(const char* source);
-  // Returns 0, or 1 without a batch.
+  // Returns 0, or 1 if no batch is open.
   virtual int endBatch(const char* source);
 
   // Ends an open batch.

@@ -7,9 +7,9 @@
 
 namespace ulo {
 
-// Tells programs that watch `file` (DirectoryWatch) that a change was committed to it. A commit
-// becomes visible to readers only after its last write, of which the system tells them nothing.
-// Does nothing if the file cannot be touched: programs also look from time to time.
+// Notifies programs that watch `file` (DirectoryWatch) that a change was committed to it. A commit
+// becomes visible to readers only after its last write, which the system does not report to them.
+// Does nothing if the file cannot be touched; programs also poll from time to time.
 ULO_EXPORT void announceCommit(const std::string& file) noexcept;
 
 }  // namespace ulo

@@ -40,12 +40,12 @@ struct CloseDatabase {
   void operator()(sqlite3* database) const { sqlite3_close_v2(database); }
 };
 
-// Resets a statement, however its run ends.
+// Resets a statement at the end of a scope.
 using Reset = std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_reset)>;
 
 }  // namespace
 
-// A connection to an existing file, which may still be empty. What fails throws.
+// A connection to an existing file, which may be empty. Failures are thrown.
 class ChangeJournal::Database {
 public:
   explicit Database(const std::string& path) {
@@ -58,10 +58,10 @@ public:
   }
 
   [[nodiscard]] bool hasJournal() { return number(existsSql) != 0; }
-  // Of the last change ever made.
+  // Returns the number of the last change ever recorded.
   [[nodiscard]] std::int64_t lastEntry() { return std::max(number(highestSql), number(floorSql)); }
 
-  // Runs a statement, calling `row` for each of its rows. It is kept for the next time.
+  // Runs a statement and calls `row` for each result row. The prepared statement is kept.
   template <typename Row>
   void run(const char* sql, std::initializer_list<std::int64_t> values, Row row) {
     const Reset prepared(statement(sql), sqlite3_reset);
@@ -76,13 +76,13 @@ public:
   void run(const char* sql, std::initializer_list<std::int64_t> values = {}) {
     run(sql, values, [](sqlite3_stmt*) {});
   }
-  // The number that a statement returns, 0 for none.
+  // Returns the integer that a statement returns, or 0 if it returns no row.
   std::int64_t number(const char* sql) {
     std::int64_t result = 0;
     run(sql, {}, [&](sqlite3_stmt* row) { result = sqlite3_column_int64(row, 0); });
     return result;
   }
-  // The text that a statement returns, empty for none.
+  // Returns the text that a statement returns, or an empty string if it returns no row.
   std::string text(const char* sql) {
     std::string result;
     run(sql, {}, [&](sqlite3_stmt* row) { result = columnText(row, 0); });
@@ -94,7 +94,7 @@ public:
             static_cast<std::size_t>(sqlite3_column_bytes(row, column))};
   }
 
-  // Runs `work` in a transaction: all of it or nothing, and on one state of the file.
+  // Runs `work` in a transaction: all or nothing, and on a single state of the file.
   template <typename Work> void inTransaction(const char* begin, Work work) {
     run(begin);
     try {
@@ -130,7 +130,7 @@ ChangeJournal::ChangeJournal(std::string directory) noexcept : directory_(std::m
 
 ChangeJournal::~ChangeJournal() = default;
 
-// The file's name.
+// Returns the file's path.
 std::string ChangeJournal::path() const {
   const std::string directory = directory_.empty() ? dataDirectory() : directory_;
   if (directory.empty())
@@ -138,7 +138,7 @@ std::string ChangeJournal::path() const {
   return directory + "/" + fileName;
 }
 
-// Null while there is no journal.
+// Returns null while there is no journal.
 ChangeJournal::Database* ChangeJournal::existing() {
   if (database_)
     return database_.get();
@@ -160,7 +160,7 @@ template <typename Work> bool ChangeJournal::attempt(const char* what, Work work
   }
 }
 
-// Calls `work` with the database on one state of it, unless there is none.
+// Calls `work` with a snapshot of the database, if there is a journal.
 template <typename Work> bool ChangeJournal::read(Work work) {
   return attempt("read", [&] {
     if (Database* const database = existing())
@@ -230,7 +230,7 @@ bool ChangeJournal::changesSince(const std::string& source, std::int64_t entry, 
 
   net.incomplete = std::max<std::int64_t>(entry, 0) < floor || entry > net.lastEntry ||
                    (!generation.empty() && generation != net.generation);
-  // Whether a UID existed before and whether it exists now says it all.
+  // Only whether a UID existed before and whether it exists now matters.
   for (const Fate& fate : fates) {
     const bool existed = fate.first != ChangeType::added;
     const bool exists = fate.last != ChangeType::removed;

@@ -1,5 +1,5 @@
-// The journal of changes: what was added, updated and removed, in the order it happened, shared
-// by all programs of the data directory.
+// The journal of changes: the tasks that were added, updated and removed, in chronological order,
+// shared by all programs that use the data directory.
 #pragma once
 
 #include "export.h"
@@ -14,59 +14,60 @@ namespace ulo {
 enum class ChangeType : int { added = 1, updated = 2, removed = 3 };
 
 struct Change {
-  std::int64_t entry = 0;  // its number: from 1 on, never used twice, not even after pruning
+  std::int64_t entry = 0;  // the entry's number, from 1; never reused, even after pruning
   std::int64_t time = 0;   // UTC seconds
   std::string source;      // who made it
   std::uint32_t uid = 0;
   ChangeType type = ChangeType::added;
 };
 
-// The net effect on the UIDs of a source, each in at most one of the lists, in the order in which
-// they first changed. Only the states before and after count: added and updated is added, removed
-// and added again is updated, added and removed is in none.
+// The net effect on the UIDs of a source. Each UID is in at most one of the lists, in order of its
+// first change. Only the states before and after count: added then updated is added, removed then
+// added again is updated, added then removed is in no list.
 struct NetChanges {
   std::vector<std::uint32_t> added;
   std::vector<std::uint32_t> updated;
   std::vector<std::uint32_t> removed;
   std::int64_t lastEntry = 0;  // continue from here
   std::string generation;      // with this generation
-  // The lists don't tell everything, and the reader has to compare all its data: entries after the
-  // one asked for have been pruned, or the one asked for belongs to another journal.
+  // The lists are incomplete and the reader must compare all of its data: entries after the
+  // requested one have been pruned, or the requested entry belongs to another journal.
   bool incomplete = false;
 };
 
-// Reads the journal, which lies in the store's file. An entry is committed together with the change
-// that it describes: whatever happens to a program or the power, a stored change has one entry, and
-// a change that was not stored has none. One thread at a time uses an object; threads and processes
-// may have one each.
+// Reads the journal, which is part of the store's file. An entry is committed together with the
+// change that it describes. Whatever happens to a program or the power, every stored change has
+// exactly one entry, and a change that was not stored has none. An object must not be used by
+// several threads at once; threads and processes may each have their own.
 class ULO_EXPORT ChangeJournal {
 public:
-  // The file's name; the names of SQLite's files beside it begin with it.
+  // The file's name. The names of SQLite's auxiliary files begin with it.
   static constexpr char fileName[] = "tasks.db";
 
-  // The journal in `directory`, which has to exist; in the data directory if it is empty.
-  // Nothing is opened yet.
+  // Uses the journal in `directory`, which must exist, or in the data directory if `directory` is
+  // empty. Does not open anything yet.
   explicit ChangeJournal(std::string directory = {}) noexcept;
   ChangeJournal(const ChangeJournal&) = delete;
   ChangeJournal& operator=(const ChangeJournal&) = delete;
   ~ChangeJournal();
 
-  // All operations return false, and log why, if the journal can't be read or written. A journal
-  // that does not exist reads as an empty one; the store creates it with its tables.
+  // All operations return false and log the reason if the journal cannot be read or written. A
+  // journal that does not exist reads as empty; the store creates it along with its tables.
 
-  // Appends to `changes` everything with a higher number than `entry`.
+  // Appends to `changes` all entries with numbers greater than `entry`.
   [[nodiscard]] bool entriesSince(std::int64_t entry, std::vector<Change>& changes);
   // Sets `net` to the changes of a source after `entry` (0: from the beginning). `generation` is
-  // the one that `entry` belongs to; if it is empty, `entry` is taken to belong to this journal.
+  // the generation that `entry` belongs to; if it is empty, `entry` is assumed to belong to this
+  // journal.
   [[nodiscard]] bool changesSince(const std::string& source, std::int64_t entry, NetChanges& net,
                                   const std::string& generation = {});
-  // Sets `entry` to the number of the last change ever made, 0 if there was none.
+  // Sets `entry` to the number of the last change ever recorded, or 0 if there was none.
   [[nodiscard]] bool lastEntry(std::int64_t& entry);
-  // Sets `generation` to the journal's identity, which changes when the store was restored from a
-  // backup, rescued or begun anew: entry numbers of different generations say nothing about each
-  // other. Empty if there is no journal.
+  // Sets `generation` to the journal's identity, or to an empty string if there is no journal. It
+  // changes when the store is restored from a backup, rescued or recreated; entry numbers of
+  // different generations are not comparable.
   [[nodiscard]] bool generation(std::string& generation);
-  // Forgets the entries up to and including `entry`.
+  // Deletes the entries up to and including `entry`.
   [[nodiscard]] bool prune(std::int64_t entry);
 
 private:

@@ -8,7 +8,7 @@ namespace ulo {
 namespace {
 
 constexpr const char* newGeneration = "lower(hex(randomblob(16)))";
-// Numbers continue after pruning, too: the floor is the last one that was forgotten.
+// Numbers continue after pruning: the floor is the last number deleted.
 constexpr const char* nextEntry =
     "max((SELECT ifnull(max(entry), 0) FROM ulo_changes), (SELECT floor FROM ulo_journal)) + 1";
 

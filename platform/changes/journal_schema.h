@@ -1,4 +1,4 @@
-// The tables of the journal of changes, which lies in the file of the table that it follows.
+// The tables of the journal of changes, which is in the same file as the table it follows.
 #pragma once
 
 #include "export.h"
@@ -9,7 +9,7 @@
 
 namespace ulo {
 
-// Names of the journal's tables and triggers begin with this.
+// Prefix of the names of the journal's tables and triggers.
 inline constexpr char journalPrefix[] = "ulo_";
 
 // The table whose rows the journal follows.
@@ -19,15 +19,15 @@ struct FollowedTable {
   const char* source;  // the source of its entries
 };
 
-// The SQL statements that create the journal of `table` and its triggers. From then on each row
-// that is inserted, updated or deleted is one entry, written in the transaction of that change by
-// whichever program makes it. The first entry is number `floor` + 1. The journal gets a generation
-// that no other journal has.
+// Returns the SQL statements that create the journal of `table` and its triggers. From then on
+// every row that is inserted, updated or deleted adds one entry, written in the transaction of that
+// change by whichever program makes it. The first entry is number `floor` + 1. The journal gets a
+// new, unique generation.
 [[nodiscard]] ULO_EXPORT std::vector<std::string> createJournalSql(const FollowedTable& table,
                                                                    std::int64_t floor);
 
-// The SQL statements that begin a new generation: all entries are forgotten, and the next one is
-// number `floor` + 1, or higher if the journal was already beyond it.
+// Returns the SQL statements that begin a new generation: all entries are deleted, and the next one
+// is number `floor` + 1, or higher if the journal had already passed it.
 [[nodiscard]] ULO_EXPORT std::vector<std::string> renewJournalSql(std::int64_t floor);
 
 }  // namespace ulo

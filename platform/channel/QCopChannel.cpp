@@ -11,7 +11,7 @@ namespace {
 constexpr char path[] = "/ulo/channel";
 constexpr char interface[] = "ulo.platform.Channel";
 constexpr char signal[] = "Message";
-// What a bus that answers at all takes longest.
+// Timeout for the bus.
 constexpr int patienceMs = 2000;
 
 }  // namespace
@@ -36,7 +36,7 @@ bool QCopChannel::isConnected() const {
   return bus_ != nullptr && bus_->isConnected();
 }
 
-// The bus could choose by the channel, but QtDBus writes no rule for names beyond Latin-1.
+// The bus could filter by channel, but QtDBus does not write match rules for names beyond Latin-1.
 void QCopChannel::deliver(const QString& channel, const QString& message, const QByteArray& data) {
   if (channel == QString::fromUtf8(channel_.constData()))
     Q_EMIT received(QCString(message.toUtf8()), data);
@@ -52,7 +52,7 @@ bool QCopChannel::send(const QCString& channel, const QCString& message, const Q
                                                       QLatin1String(signal));
   broadcast << QString::fromUtf8(channel.constData()) << QString::fromUtf8(message.constData())
             << data;
-  // The bus answers in the order in which it was asked: behind the answer the signal has gone out.
+  // The bus replies in order: once this reply arrives, the signal has been sent.
   const QDBusMessage question = QDBusMessage::createMethodCall(
       QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
       QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetId"));

@@ -1,4 +1,4 @@
-// Broadcasts between programs, by named channels.
+// Broadcasts between programs over named channels.
 #pragma once
 
 #include "export.h"
@@ -13,27 +13,27 @@ namespace ulo {
 class PrivateBus;
 }
 
-// A receiver of what is sent on a channel, by this program or another one of the same session. It
-// needs an event loop in the thread that made it.
+// Receives the messages sent on a channel by this or another program of the same session. Requires
+// an event loop in the thread that created it.
 //
-// Messages are signals on the session's D-Bus (D-Bus Specification 0.38), found as its programs
-// find it: $DBUS_SESSION_BUS_ADDRESS, else the socket "bus" in $XDG_RUNTIME_DIR. Where there is
-// none, none is started.
+// Messages are signals on the D-Bus session bus (D-Bus Specification 0.38), which is found in the
+// usual way: $DBUS_SESSION_BUS_ADDRESS, or else the socket "bus" in $XDG_RUNTIME_DIR. A missing bus
+// is never started.
 class ULO_EXPORT QCopChannel : public QObject {
   Q_OBJECT
 
 public:
-  // Listens from now on. Without a bus nothing is ever received; that is logged.
+  // Starts listening. Without a bus nothing is ever received, which is logged.
   explicit QCopChannel(const QCString& channel, QObject* parent = nullptr);
   ~QCopChannel() override;
 
   [[nodiscard]] const QCString& channel() const { return channel_; }
-  // Whether it listens.
+  // Returns true if the object is listening.
   [[nodiscard]] bool isConnected() const;
 
-  // Sends a message to everyone who listens on the channel. False, and a line in the log, when
-  // there is no bus: at once, nothing waits. True: the bus has the message, which reaches its
-  // receivers even if this process ends now.
+  // Sends a message to all listeners of the channel. Returns false and logs it if there is no bus,
+  // without waiting, or if the bus does not respond. If it returns true, the bus has accepted the
+  // message and delivers it even if this process exits now.
   static bool send(const QCString& channel, const QCString& message,
                    const QByteArray& data = QByteArray());
 

@@ -10,7 +10,7 @@ namespace {
 
 std::atomic<int> made = 0;
 
-// Empty when the session has no bus. Asking the D-Bus library itself might start one.
+// Empty if the session has no bus. Asking the D-Bus library might start one.
 QString sessionAddress() {
   QString named = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
   if (!named.isEmpty())
@@ -24,10 +24,10 @@ QString sessionAddress() {
 }  // namespace
 
 PrivateBus::PrivateBus(Kind kind) : name_(QStringLiteral("ulo-bus-%1").arg(++made)) {
-  // The D-Bus library itself would remember the first address that it saw in the environment.
+  // The D-Bus library would remember the first address that it saw in the environment.
   const QString address =
       kind == Kind::session ? sessionAddress() : qEnvironmentVariable("DBUS_SYSTEM_BUS_ADDRESS");
-  // The first question to the D-Bus library starts its thread: without a bus there is none.
+  // The first call to the D-Bus library starts its thread; without a bus this is avoided.
   isNamed_ = kind == Kind::system || !address.isEmpty();
   if (!address.isEmpty())
     connection_ = QDBusConnection::connectToBus(address, name_);

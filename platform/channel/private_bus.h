@@ -7,16 +7,16 @@
 
 namespace ulo {
 
-// A connection to a D-Bus of its owner's own: what it is closed with doesn't belong to anybody
-// else's, and what the bus keeps for a caller ends with it.
+// A D-Bus connection that is not shared: closing it affects no other user, and whatever the bus
+// keeps for the caller is released with it.
 class ULO_EXPORT PrivateBus {
 public:
   enum class Kind {
     session,  // $DBUS_SESSION_BUS_ADDRESS, else the socket "bus" in $XDG_RUNTIME_DIR
-    system,   // $DBUS_SYSTEM_BUS_ADDRESS, else where the system keeps it
+    system,   // $DBUS_SYSTEM_BUS_ADDRESS, else the system's default address
   };
 
-  // Where there is no bus, none is started.
+  // Does not start a bus if there is none.
   explicit PrivateBus(Kind kind);
   PrivateBus(const PrivateBus&) = delete;
   PrivateBus& operator=(const PrivateBus&) = delete;
@@ -27,7 +27,7 @@ public:
 
 private:
   QString name_;
-  bool isNamed_ = false;  // the D-Bus library knows the name, connected or not
+  bool isNamed_ = false;  // the name is registered with the D-Bus library, connected or not
   QDBusConnection connection_{QString()};
 };
 

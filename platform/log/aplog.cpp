@@ -7,7 +7,7 @@ FILE* libaplog_to_module_ptr = nullptr;
 
 namespace {
 
-// Open ports, by their handles. Never destroyed: ports are closed by static objects too.
+// Open ports, by handle. Never destroyed: static objects may still close ports.
 struct Ports {
   std::mutex mutex;
   std::set<int> open;

@@ -1,5 +1,5 @@
-// The platform log: one stream for the whole process, and named ports that programs open to be
-// told apart in it.
+// The platform log: one stream per process, and named ports that programs open to identify
+// themselves.
 #pragma once
 
 #include "export.h"
@@ -8,16 +8,16 @@
 
 extern "C" {
 
-// Where log messages go. Null until a program opens a sink: messages then go to standard
-// output. The stream belongs to whoever set it.
+// The stream for log messages. Null until a program opens a sink; until then messages go to
+// standard output. Owned by whoever set it.
 ULO_EXPORT extern FILE* libaplog_to_module_ptr;
 
-// Opens the log port `name`. Gives a handle other than 0; each one is to be closed once.
+// Opens the log port `name`. Returns a nonzero handle, which must be closed once.
 ULO_EXPORT int _aplog_port_open_orig(const char* name, int flags);
 
-// Closes a port. Closing 0 or a port that is not open does nothing.
+// Closes a port. Ignores 0 and ports that are not open.
 ULO_EXPORT void _aplog_port_close_orig(int port);
 
-// How many ports are open in this process.
+// Returns the number of open ports in this process.
 ULO_EXPORT int ulo_log_open_ports(void);
 }

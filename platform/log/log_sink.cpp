@@ -20,7 +20,7 @@
 namespace ulo {
 namespace {
 
-// A message up to this length is one line; a longer one goes on in lines that say so.
+// Messages up to this length are one line; longer ones continue in lines marked as such.
 constexpr std::size_t messageBuffer = 64UL * 1024;
 
 struct Sink {
@@ -28,12 +28,12 @@ struct Sink {
   std::string program;
   std::string path;
   int descriptor = -1;
-  char buffer[messageBuffer];  // the C library makes none of the size that it is told
-  bool goesOn = false;         // the next piece belongs to the same message
+  char buffer[messageBuffer];  // the C library does not allocate one of the requested size
+  bool goesOn = false;         // the next piece continues the same message
 };
 
-// The message with its control characters as "\xNN", those beyond ASCII (U+0080 to U+009F in
-// UTF-8) too: they would forge lines, or drive the terminal of whoever reads them.
+// Returns the message with control characters as "\xNN", including those beyond ASCII (U+0080 to
+// U+009F in UTF-8): they could forge lines, or control the reader's terminal.
 std::string printable(const char* text, std::size_t size) {
   constexpr char hex[] = "0123456789ABCDEF";
   std::string result;
@@ -42,7 +42,7 @@ std::string printable(const char* text, std::size_t size) {
     const auto byte = static_cast<unsigned char>(text[i]);
     if (byte >= ' ' && byte != 0x7F && !(afterC2 && byte >= 0x80 && byte < 0xA0))
       result += text[i];
-    else if (i + 1 < size || byte != '\n')  // a line end of the message's own is not doubled
+    else if (i + 1 < size || byte != '\n')  // the message's final line end is dropped
       result += std::string("\\x") + hex[byte >> 4U] + hex[byte & 15U];
     afterC2 = byte == 0xC2;
   }
@@ -59,9 +59,9 @@ int openFile(const std::string& path) {
   return open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
 }
 
-// Sets a full file aside. Of several processes the first one renames it; the others find that
-// theirs is not the file of that name any more. Both go on with a new one, and so does a process
-// whose file somebody removed. While a new one can't be opened the old one serves.
+// Renames a full file. Of several processes the first one renames it; the others notice that the
+// file name no longer refers to their file. All continue with a new file, as does a process whose
+// file was deleted. If a new file cannot be opened, the old one remains in use.
 void makeRoom(Sink& sink, std::size_t size) {
   struct stat own {};
   if (fstat(sink.descriptor, &own) != 0 || !S_ISREG(own.st_mode) ||
@@ -73,7 +73,7 @@ void makeRoom(Sink& sink, std::size_t size) {
   if (stat(sink.path.c_str(), &named) == 0 && named.st_ino == own.st_ino)
     rename(sink.path.c_str(), (sink.path + ".1").c_str());
   const int fresh = openFile(sink.path);
-  // Closing would not do: a child process may share the lock.
+  // Closing is not enough: a child process may share the lock.
   flock(sink.descriptor, LOCK_UN);
   if (fresh < 0)
     return;
@@ -92,12 +92,13 @@ void writeLine(Sink& sink, const char* text, std::size_t size) {
       timeStamp() + " " + sink.program + "[" + std::to_string(getpid()) + "] " + message + "\n";
   if (sink.kind == Sink::Kind::file)
     makeRoom(sink, line.size());
-  // One write, so that lines of several processes don't mix. A full disk loses the line.
+  // A single write, so that lines of several processes do not mix. On a full disk the line is lost.
   if (write(sink.descriptor, line.data(), line.size()) < 0)
     return;
 }
 
-// Called by the C library, which an exception must not pass: without memory the line is lost too.
+// Called by the C library, through which no exception may propagate: without memory the line is
+// lost, too.
 ssize_t writeMessage(void* cookie, const char* text, std::size_t size) {
   auto& sink = *static_cast<Sink*>(cookie);
   try {
@@ -111,7 +112,7 @@ ssize_t writeMessage(void* cookie, const char* text, std::size_t size) {
 }  // namespace
 
 bool openLogSink(const char* program) {
-  // They live as long as the process: static objects log at its end.
+  // Never destroyed: static objects may log at process exit.
   auto* sink = new Sink;
   sink->program = program;
   const char* setting = std::getenv("ULO_LOG");
@@ -125,7 +126,7 @@ bool openLogSink(const char* program) {
     openlog(sink->program.c_str(), LOG_PID, LOG_USER);
   } else if (where != "none") {
     const std::string directory = userDirectory("XDG_STATE_HOME", ".local/state");
-    // Absolute, for the program may go to another directory before the file is full.
+    // Absolute, because the program may change its directory before the file is full.
     std::error_code ignored;
     sink->path = std::filesystem::absolute(
         where.empty() ? directory + "/" + program + ".log" : where, ignored);

@@ -1,5 +1,5 @@
-// The log function. It has internal linkage: each source that includes this header has a copy
-// of its own.
+// The log function. It has internal linkage, so each source that includes this header gets its own
+// copy.
 #pragma once
 
 #include "aplog.h"
@@ -7,18 +7,18 @@
 #include <cstdarg>
 #include <cstdio>
 
-// NOLINTBEGIN(misc-definitions-in-headers): a copy for each source is what is wanted.
+// NOLINTBEGIN(misc-definitions-in-headers): each source needs its own copy.
 namespace {
 
 enum LogLevel : int {
-  logError = 3,  // failures, and the few milestones that were always logged with them
+  logError = 3,  // failures, and the few milestones logged at the same level
   logDump = 7,   // bulky traces
   logTrace = 8,  // entry and exit; never written
 };
 constexpr int highestWrittenLevel = 7;
 
-// Writes a printf-style message to the platform's log stream, or to standard output when no
-// program opened a sink. Nothing is added: no line end, no time.
+// Writes a printf-style message to the platform's log stream, or to standard output if no program
+// has opened a sink. Adds neither a line end nor a time.
 [[maybe_unused]] __attribute__((format(printf, 2, 3))) void moduleLog(int level, const char* format,
                                                                       ...) {
   if (level > highestWrittenLevel)
@@ -27,7 +27,7 @@ constexpr int highestWrittenLevel = 7;
   FILE* const stream = opened != nullptr ? opened : stdout;
   va_list arguments;
   va_start(arguments, format);
-  // Locked and flushed, a message reaches the stream whole and by itself.
+  // Lock and flush, so that messages of several threads do not mix.
   flockfile(stream);
   std::vfprintf(stream, format, arguments);
   std::fflush(stream);
@@ -38,6 +38,6 @@ constexpr int highestWrittenLevel = 7;
 }  // namespace
 // NOLINTEND(misc-definitions-in-headers)
 
-// An error line: `text` is the part after "(file:line)".
+// Logs an error line; `text` follows "(file:line)".
 #define ULO_LOG_ERROR(text, ...)                                                                   \
   moduleLog(logError, "(%s:%d)" text, __FILE__, __LINE__ __VA_OPT__(, ) __VA_ARGS__)

@@ -1,4 +1,4 @@
 #pragma once
 
-// Marks what a shared library of this project offers to others; everything else is hidden.
+// Marks the exported symbols of a shared library; all others are hidden.
 #define ULO_EXPORT __attribute__((visibility("default")))

@@ -1,5 +1,5 @@
-// The Qt 2 types of the engine's interface that Qt 6 no longer has, as thin as they can be.
-// QString, QDateTime, QFile, QUuid and the rest are Qt 6's own.
+// Minimal versions of the Qt 2 types in the engine's interface that Qt 6 no longer provides.
+// QString, QDateTime, QFile, QUuid and others are those of Qt 6.
 #pragma once
 
 #include <QByteArray>
@@ -17,18 +17,18 @@ public:
   QCString() = default;
   QCString(const char* text) : QByteArray(text) {}
   QCString(const QByteArray& bytes) : QByteArray(bytes) {}
-  // Takes at most maxSizeWithTerminator - 1 characters of `text`, fewer if a zero byte comes
-  // first. A null `text` or a size of 0 gives a null string.
+  // Copies at most maxSizeWithTerminator - 1 characters of `text`, up to the first zero byte. A
+  // null `text` or a size of 0 results in a null string.
   QCString(const char* text, uint maxSizeWithTerminator)
       : QByteArray(text == nullptr || maxSizeWithTerminator == 0
                        ? QByteArray()
                        : QByteArray(text, static_cast<qsizetype>(
                                               strnlen(text, maxSizeWithTerminator - 1)))) {}
 
-  // ASCII letters in upper case.
+  // Returns a copy with ASCII letters in upper case.
   [[nodiscard]] QCString upper() const { return toUpper(); }
 
-  // Number of occurrences of `word`, overlapping ones included; 0 for an empty word.
+  // Returns the number of occurrences of `word`, including overlapping ones; 0 for an empty word.
   [[nodiscard]] int contains(const char* word, bool caseSensitive = true) const {
     if (word == nullptr || *word == '\0')
       return 0;
@@ -37,7 +37,7 @@ public:
   }
 };
 
-// A list of values in the order they were appended.
+// A list of values, in the order in which they were appended.
 template <typename T> class QValueList {
 public:
   using iterator = typename std::vector<T>::iterator;
@@ -46,21 +46,21 @@ public:
   void append(T value) { items_.push_back(std::move(value)); }
   [[nodiscard]] uint count() const { return static_cast<uint>(items_.size()); }
   [[nodiscard]] bool isEmpty() const { return items_.empty(); }
-  // Requires: index < count(). Valid until the list is changed.
+  // Requires: index < count(). The reference is valid until the list changes.
   [[nodiscard]] T& at(uint index) { return items_[index]; }
   [[nodiscard]] const T& at(uint index) const { return items_[index]; }
   T& operator[](uint index) { return items_[index]; }
   const T& operator[](uint index) const { return items_[index]; }
 
-  // Takes one item out; gives the place of the item after it.
+  // Removes an item. Returns an iterator to the following one.
   iterator remove(iterator position) { return items_.erase(position); }
-  // Takes out every item equal to `value`; gives how many there were.
+  // Removes all items equal to `value`. Returns their number.
   uint remove(const T& value) { return static_cast<uint>(std::erase(items_, value)); }
-  // Takes out every item for which `unwanted` holds; the others keep their order.
+  // Removes all items for which `unwanted` returns true; the others keep their order.
   template <typename Predicate> void removeIf(Predicate unwanted) {
     std::erase_if(items_, unwanted);
   }
-  // Drops what is behind the first `count` items.
+  // Removes all items after the first `count`.
   void truncate(uint count) {
     if (count < items_.size())
       items_.erase(items_.begin() + static_cast<std::ptrdiff_t>(count), items_.end());
@@ -79,8 +79,8 @@ private:
   std::vector<T> items_;
 };
 
-// An array of plain values, shared by nobody. Behind its last one there is always a value of zero,
-// so that bytes can be read as a text.
+// An array of plain values, not shared. A zero value always follows the last one, so that bytes can
+// be read as a C string.
 template <typename T> class QArray {
 public:
   QArray() = default;
@@ -89,7 +89,7 @@ public:
   [[nodiscard]] uint size() const { return static_cast<uint>(items_.size() - 1); }
   [[nodiscard]] uint count() const { return size(); }
   [[nodiscard]] bool isEmpty() const { return size() == 0; }
-  // New values are zero. False, and nothing done, for a negative size.
+  // New values are zero. Returns false and does nothing if `size` is negative.
   bool resize(int size) {
     if (size < 0)
       return false;
@@ -98,7 +98,7 @@ public:
     items_.back() = T();
     return true;
   }
-  // Takes a copy of `size` values.
+  // Replaces the content with a copy of `size` values.
   QArray& duplicate(const T* values, uint size) {
     items_.assign(values, values + size);
     items_.push_back(T());
@@ -116,8 +116,8 @@ private:
   std::vector<T> items_ = std::vector<T>(1);
 };
 
-// A list of pointers. It deletes the items that it drops only while auto-delete is set; else
-// they are the caller's.
+// A list of pointers. Deletes the items it removes only while auto-delete is on; otherwise the
+// caller owns them.
 template <typename T> class QPtrListOf {
 public:
   QPtrListOf() = default;
@@ -128,10 +128,10 @@ public:
   void append(const T* item) { items_.push_back(const_cast<T*>(item)); }
   [[nodiscard]] uint count() const { return static_cast<uint>(items_.size()); }
   [[nodiscard]] bool isEmpty() const { return items_.empty(); }
-  // Null beyond the end.
+  // Returns null if there is no such item.
   [[nodiscard]] T* at(uint index) const { return index < items_.size() ? items_[index] : nullptr; }
   [[nodiscard]] T* first() const { return at(0); }
-  // False on an empty list.
+  // Returns false if the list is empty.
   bool removeFirst() {
     if (items_.empty())
       return false;

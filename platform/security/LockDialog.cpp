@@ -20,7 +20,7 @@ QString enterCode() {
   return ulo::text("TXT_RID_INSTRUCTIONALTXT_ENTER_LOCK_CODE", "Enter the lock code:");
 }
 
-// Minutes and seconds, the begun second counted as a whole one.
+// Returns minutes and seconds, rounded up to a full second.
 QString shown(milliseconds wait) {
   const auto seconds = (wait + second - milliseconds(1)) / second;
   return QStringLiteral("%1:%2").arg(seconds / 60).arg(seconds % 60, 2, 10, QLatin1Char('0'));
@@ -41,7 +41,7 @@ LockDialog::LockDialog(ulo::AppLock& lock, QWidget* parent)
   code_->setContextMenuPolicy(Qt::NoContextMenu);
   code_->setMinimumHeight(ulo::touchHeight(code_));
   code_->setAccessibleName(enterCode());
-  // The dialog keeps its size whatever it says.
+  // The dialog keeps its size whatever the message.
   constexpr int lines = 2;
   message_->setMinimumHeight(lines * message_->fontMetrics().lineSpacing());
 
@@ -97,7 +97,7 @@ void LockDialog::accept() {
 
 void LockDialog::say(const QString& text, milliseconds wait) {
   message_->setText(text);
-  // A screen reader says what changes about the field that has the focus.
+  // Screen readers speak changes of the field that has the focus.
   code_->setAccessibleDescription(text == enterCode() ? QString() : text);
   keys()->setKeyEnabled(ZSoftKey::left, wait.count() == 0);
 }
@@ -113,6 +113,6 @@ void LockDialog::countDown() {
                 "Too many wrong codes. Next try in %1.")
           .arg(shown(wait)),
       wait);
-  // When the next second begins.
+  // Update when the next second begins.
   second_.start((wait - milliseconds(1)) % second + milliseconds(1));
 }

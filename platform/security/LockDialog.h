@@ -1,4 +1,4 @@
-// Asks for the code of the application lock.
+// Asks for the application lock's code.
 #pragma once
 
 #include "ZPopup.h"
@@ -9,8 +9,8 @@
 class QLineEdit;
 class ZWrappedText;
 
-// Accepted once the right code was given. While a wrong one makes the next wait, the dialog counts
-// the seconds and its OK key is dead.
+// Accepted when the right code is entered. While the next attempt is delayed after a wrong one, the
+// dialog counts down the seconds and its OK key is disabled.
 class LockDialog : public ZPopup {
   Q_OBJECT
 
@@ -18,11 +18,11 @@ public:
   // The lock must outlive the dialog.
   explicit LockDialog(ulo::AppLock& lock, QWidget* parent = nullptr);
 
-  // What the dialog says above the code.
+  // The message above the code field.
   [[nodiscard]] QString message() const;
 
 public Q_SLOTS:
-  // Looks at the code; the dialog stays open unless it is the right one.
+  // Checks the code. The dialog stays open unless the code is right.
   void accept() override;
 
 private:

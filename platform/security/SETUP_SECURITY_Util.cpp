@@ -14,13 +14,13 @@ bool canShowDialogs() {
   return application != nullptr && application->thread() == QThread::currentThread();
 }
 
-// False, which is logged, unless the user gives the code.
+// Returns false and logs it unless the user enters the code.
 bool askForCode(ulo::AppLock& lock, const char* application) {
   if (!canShowDialogs()) {
     ULO_LOG_ERROR("The lock of %s can't be opened: there is no application to ask in", application);
     return false;
   }
-  // The window below may be deleted while the user is asked; the dialog goes with it then.
+  // The parent window may be deleted while the dialog is open, which deletes the dialog, too.
   ulo::Modal<LockDialog> dialog(lock, QApplication::activeWindow());
   if (dialog.exec())
     return true;

@@ -26,28 +26,28 @@ using std::chrono::milliseconds;
 struct AppLock::Record {
   std::string hash;
   int failures = 0;  // since the last right code
-  LockTime last;     // when the last of them was given
+  LockTime last;     // when the last of them was entered
 };
 
 namespace {
 
-// Cost of a hash, as libsodium recommends it for people who wait. Constants of our own: a file
-// with other ones is damaged, so nobody can make the check take all the memory.
+// Cost of a hash, as libsodium recommends for interactive use. They are fixed: a file with other
+// values counts as damaged, so that it cannot make a check use up all memory.
 constexpr unsigned long long passes = 2;
 constexpr std::size_t memory = 64UL * 1024 * 1024;
 
-constexpr std::size_t largestFile = 4096;  // a sound one has some 250 bytes
-constexpr double largestTime = 1e15;       // milliseconds that a JSON number holds exactly
+constexpr std::size_t largestFile = 4096;  // a valid one has about 250 bytes
+constexpr double largestTime = 1e15;       // in milliseconds; a JSON number holds it exactly
 constexpr int mostFailures = 1'000'000;
 
-// How long another process may keep the directory before it counts as broken.
+// How long to wait for another process that locks the directory.
 constexpr milliseconds patience{2000};
 
 void logFailure(const char* what, const std::string& path, const char* why) {
   ULO_LOG_ERROR("The application lock %s can't be %s: %s", path.c_str(), what, why);
 }
 
-// The directory, locked against other processes; none when it can't be.
+// Returns the directory, locked against other processes, or a closed descriptor, which is logged.
 Descriptor lockedDirectory(const std::string& directory) {
   Descriptor opened(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!opened.isOpen() || !lockWithin(opened.get(), patience)) {
@@ -57,8 +57,8 @@ Descriptor lockedDirectory(const std::string& directory) {
   return opened;
 }
 
-// The bytes of a regular file of at most largestFile bytes. `reason` says why there are none, an
-// errno.
+// Returns the bytes of a regular file of at most largestFile bytes. Otherwise sets `reason` to an
+// errno value.
 std::optional<QByteArray> fileBytes(const std::string& path, int& reason) {
   const Descriptor file(open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
   struct stat status {};
@@ -82,7 +82,7 @@ bool isHash(const std::string& text) {
          crypto_pwhash_str_needs_rehash(text.c_str(), passes, memory) == 0;
 }
 
-// A whole number from 0 to `largest`.
+// Returns true for an integer from 0 to `largest`.
 bool isCount(const QJsonValue& value, double largest) {
   const double number = value.toDouble(-1);
   return number >= 0 && number <= largest && number == std::floor(number);
@@ -131,7 +131,7 @@ bool AppLock::write(const Record& record) const {
                            {"boot", QString::fromStdString(record.last.boot)},
                            {"last", static_cast<qint64>(record.last.sinceBoot.count())}};
   QSaveFile file(QFile::decodeName(path().c_str()));
-  // By itself a commit takes a buffer that the disk has no room for as written.
+  // Flush explicitly: a commit alone treats a buffer that did not fit on the disk as written.
   const bool written = file.open(QIODevice::WriteOnly) &&
                        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner) &&
                        file.write(QJsonDocument(object).toJson()) > 0 && file.flush() &&
@@ -143,7 +143,7 @@ bool AppLock::write(const Record& record) const {
 
 milliseconds AppLock::waitOf(const Record& record) const {
   const LockTime now = clock_();
-  // After a new start the last wrong code counts as given at that.
+  // After a restart the last wrong code counts as entered at system start.
   const bool sameRun = now.boot == record.last.boot && now.sinceBoot >= record.last.sinceBoot;
   const milliseconds passed = sameRun ? now.sinceBoot - record.last.sinceBoot : now.sinceBoot;
   return std::max(milliseconds(0), waitAfter(record.failures) - passed);
@@ -159,7 +159,8 @@ milliseconds AppLock::wait() const {
   return read(record) == State::locked ? waitOf(record) : milliseconds(0);
 }
 
-// Counts the attempt as a wrong one and gives the hash to compare with, or else the answer.
+// Counts the attempt as wrong and sets `hash` to the hash to compare with; otherwise returns the
+// result.
 std::optional<AppLock::Result> AppLock::beginAttempt(std::string& hash) {
   const Descriptor lock = lockedDirectory(directory_);
   if (!lock.isOpen())
@@ -185,7 +186,7 @@ milliseconds AppLock::endAttempt(bool right) {
   Record record;
   if (lock.isOpen() && read(record) == State::locked) {
     record.failures = 0;
-    // Not written, the wrong ones count on: a nuisance, no danger.
+    // If this fails, earlier wrong codes still count, which is harmless.
     static_cast<void>(write(record));
   }
   return milliseconds(0);

@@ -1,4 +1,4 @@
-// The lock that asks for a code before an application opens.
+// The application lock, which asks for a code before an application opens.
 #pragma once
 
 #include "data_directory.h"
@@ -10,29 +10,28 @@
 
 namespace ulo {
 
-// One lock for all applications of the user, in the file "lock.json" of the data directory, which
-// only the user can read. It keeps a hash of the code (argon2id) and how often a wrong one was
-// given since the last right one.
+// One lock guards all of the user's applications. It is kept in the file "lock.json" in the data
+// directory, readable only by the user, which holds a hash of the code (argon2id) and the number of
+// wrong codes since the last right one.
 //
-// Three wrong codes are free. Each one after them makes the next code wait: 2 seconds, 4, 8 and so
-// on, 15 minutes at most. The waiting counts in time since the system's start, so no change of the
-// clock shortens it; when the system was started meanwhile, it begins anew with that. A code
-// counts as wrong from the moment on in which its check begins: nobody saves it by ending the
-// program.
+// Three wrong codes are free. Each further one delays the next attempt: by 2 seconds, 4, 8 and so
+// on, up to 15 minutes. The delay is measured in time since system start, so changing the clock
+// does not shorten it; if the system is restarted, the delay starts again at that moment. An
+// attempt is counted as wrong as soon as its check begins: killing the program does not refund it.
 //
-// What can't be read or written is logged and never lets anybody in.
+// Read and write errors are logged and never grant access.
 class AppLock {
 public:
   enum class State { open, locked, damaged };
   enum class Answer {
-    right,  // also when there is no lock
+    right,  // also if there is no lock
     wrong,
-    tooEarly,  // not looked at
-    failed,    // can't be said: the file is damaged or can't be written, no memory
+    tooEarly,  // the code was not checked
+    failed,    // unknown: the file is damaged or cannot be written, or memory is exhausted
   };
   struct Result {
     Answer answer;
-    std::chrono::milliseconds wait;  // until the next code is looked at
+    std::chrono::milliseconds wait;  // until the next code is accepted for checking
   };
   using Clock = std::function<LockTime()>;
 
@@ -41,18 +40,19 @@ public:
   static constexpr std::chrono::seconds firstWait{2};
   static constexpr std::chrono::seconds longestWait{15 * 60};
 
-  // In the data directory; `directory` is empty where there is none, and the lock is damaged then.
+  // Uses the lock in `directory`. If `directory` is empty because there is no data directory, the
+  // lock counts as damaged.
   explicit AppLock(std::string directory = dataDirectory(), Clock clock = lockTime)
       : directory_(std::move(directory)), clock_(std::move(clock)) {}
 
   [[nodiscard]] State state() const;
-  // Until the next code is looked at; 0 when there is no lock.
+  // Time until the next attempt is possible; 0 if there is no lock.
   [[nodiscard]] std::chrono::milliseconds wait() const;
   // Takes about a tenth of a second.
   [[nodiscard]] Result check(const LockCode& code);
 
-  // Both leave the lock as it was when they answer false. Asking for the code that it has is up to
-  // the caller.
+  // Both return false and leave the lock unchanged on failure. Neither asks for the current code;
+  // that is the caller's responsibility.
   [[nodiscard]] bool set(const LockCode& code);
   [[nodiscard]] bool clear();
 

@@ -7,18 +7,18 @@
 
 namespace ulo {
 
-// Overwrites the characters of a text and empties it. Copies that share them are left alone.
+// Overwrites the characters of a text and empties it. Does not affect copies that share them.
 void wipe(QString& text);
 
-// A code as the lock compares it: UTF-8 in the composed normal form, so that it is the same from
-// each keyboard. Overwritten when the object goes.
+// A code in the form that the lock compares: UTF-8 in composed normal form, so that it does not
+// depend on the keyboard. The destructor overwrites it.
 class LockCode {
 public:
-  // Characters of 16 bits that a new code may have.
+  // Length of a new code, in 16-bit characters.
   static constexpr int fewest = 4;
   static constexpr int most = 64;
 
-  // Wipes `text`. The object is empty for a text that has more than `most` characters.
+  // Wipes `text`. The object is empty if the text has more than `most` characters.
   explicit LockCode(QString& text);
   LockCode(const LockCode&) = delete;
   LockCode& operator=(const LockCode&) = delete;
@@ -31,7 +31,7 @@ public:
   friend bool operator==(const LockCode& one, const LockCode& other);
 
 private:
-  static constexpr std::size_t bytesOfUnit = 3;  // the most that UTF-8 takes for 16 bits
+  static constexpr std::size_t bytesOfUnit = 3;  // maximum in UTF-8 for 16 bits
   std::array<char, most * bytesOfUnit> bytes_{};
   std::size_t size_ = 0;
   int characters_ = 0;

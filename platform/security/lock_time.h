@@ -5,9 +5,9 @@
 
 namespace ulo {
 
-// A moment that nobody can set: the time since the system was started, with the time it slept.
+// A time that cannot be changed by the user: the time since system start, including sleep.
 struct LockTime {
-  std::string boot;  // which start of the system; empty when it doesn't tell
+  std::string boot;  // identifies the system start; empty if unknown
   std::chrono::milliseconds sinceBoot{};
 };
 

@@ -14,7 +14,7 @@ bool AM_ActionData::invoke(bool wait) {
   files.removeOld();
   const ulo::LaunchValues values{values_.value(QStringLiteral("Files")),
                                  values_.value(QStringLiteral("Subject"))};
-  // Noted before anything can go wrong, so that it goes in any case.
+  // Recorded before anything can fail, so that the file is deleted in any case.
   std::optional<ulo::TemporaryFiles::Note> temporary;
   if (values_.value(QStringLiteral("AutoDelete")) == QLatin1String("Yes"))
     temporary = files.note(values.file);

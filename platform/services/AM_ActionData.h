@@ -1,4 +1,4 @@
-// Asks another application to do something.
+// Requests to other applications.
 #pragma once
 
 #include "export.h"
@@ -6,28 +6,30 @@
 #include <QMap>
 #include <QString>
 
-// A request: which application, what it is to do, and named values for that.
+// A request: the application to start, the action, and named values for it.
 //
-// Applications are known by UUID. The launch table is $XDG_CONFIG_HOME/ulo/applications.conf, in
-// the form of desktop entries (Desktop Entry Specification 1.5):
+// Applications are identified by UUID. The launch table maps them to commands. It is the file
+// $XDG_CONFIG_HOME/ulo/applications.conf, in desktop entry format (Desktop Entry Specification
+// 1.5):
 //
 //   [{220072c6-9008-468e-9968-11f3c50fa95e}]
 //   Exec=thunderbird -compose attachment=%f
 //   Wait=true
 //
-// In Exec, %f stands for the path in the value "Files" and %s for the value "Subject", each one
-// argument whatever is in it; %% for %. No shell is involved. Wait says that the command runs until
-// the user has done with the request. The message composer is known without an entry: it is
-// `xdg-email --utf8 --attach %f`, which does not wait. The synchroniser, which brings the tasks in
-// line with those of other devices when it is started, is there only with an entry.
+// In Exec, %f is replaced with the path in the value "Files", %s with the value "Subject", each
+// within a single argument whatever it contains, and %% with %. No shell is involved. Wait=true
+// means that the command runs until the user has finished with the request. The message composer
+// needs no entry: its default is `xdg-email --utf8 --attach %f`, which does not wait. The sync
+// engine, which synchronizes the tasks with other devices when it is started, is available only
+// with an entry.
 //
-// A command has a session of its own, without standard input and output, and lives on when this
-// program ends.
+// A command runs in its own session, without standard input and output, and survives the end of
+// this program.
 //
-// With the value "AutoDelete" set to "Yes" the file of "Files" is temporary. It goes when a command
-// with Wait has ended and the event loop of this program's main thread, which asked, sees it;
-// otherwise, since the application may still read it, with the first request of any program that
-// comes a day or more later.
+// If "AutoDelete" is "Yes", the file named by "Files" is temporary. It is deleted when a command
+// with Wait exits, provided that this program sees it: invoke() is waiting for it, or was called in
+// the main thread, whose event loop is running. Otherwise the application may still be reading the
+// file, so it is deleted by the first request made at least a day later, from any program.
 class ULO_EXPORT AM_ActionData {
 public:
   // The message composer.
@@ -40,17 +42,16 @@ public:
   void setValue(const QString& name, const QString& value) { values_[name] = value; }
   [[nodiscard]] QString openAppUuid() const { return application_; }
   [[nodiscard]] QString action() const { return action_; }
-  // Null for a name without a value.
+  // Returns null for a name without a value.
   [[nodiscard]] QString value(const QString& name) const { return values_.value(name); }
 
-  // Whether there is such an application: a well-formed entry of the launch table, or one that is
-  // known without. Of a wrong entry the log says why it doesn't count. Whether its program can be
-  // started shows when it is.
+  // Returns true if the application has a well-formed entry in the launch table or is known without
+  // one. The defect of a malformed entry is logged. Does not check that the program can be started.
   [[nodiscard]] bool isAvailable() const;
 
-  // Starts the application; with `wait`, returns when its command has ended, and until then takes
-  // no input in the main thread. False when there is no such application, it can't be started, or,
-  // after waiting, it failed; the log says which.
+  // Starts the application. If `wait` is set, blocks until its command exits, during which the main
+  // thread ignores user input. Returns false if the application is unknown, cannot be started, or,
+  // when waiting, failed; the log says which.
   bool invoke(bool wait);
 
 private:

@@ -1,4 +1,4 @@
-// What an action framework calls of a plug-in.
+// The interface of a plug-in that an action framework calls.
 #pragma once
 
 #include "QUnknownInterface.h"
@@ -10,9 +10,9 @@ public:
   static constexpr QUuid uuid{0xefc3a030, 0xdd82, 0x45b8, 0x8e, 0x1e, 0x42,
                               0x38,       0x39,   0x51,   0xa4, 0xa7};
 
-  // Whether the action was done. Names are told apart by case.
+  // Returns true if the action was performed. Names are case-sensitive.
   virtual bool invokeAction(const QString& action, const SDData& data) = 0;
   virtual QUuid getUuid() = 0;
-  // Null for a plug-in without more to say.
+  // An optional description; null if there is none.
   virtual QString describe() { return {}; }
 };

@@ -1,5 +1,5 @@
-// Interfaces of plug-ins: an object is asked for an interface by its UUID and lives while
-// references to it are held.
+// Plug-in interfaces. An object is queried for an interface by UUID and lives as long as references
+// to it are held.
 #pragma once
 
 #include <QUuid>
@@ -16,17 +16,17 @@ public:
   static constexpr QUuid uuid{0x1d8518cd, 0xe8f5, 0x4366, 0x99, 0xe8, 0x87,
                               0x9f,       0xd7,   0xe4,   0x82, 0xde};
 
-  // Sets `answer` to the interface of that UUID and adds a reference: QS_OK. Where there is none,
-  // null and QE_NOINTERFACE.
+  // Sets `answer` to the interface with that UUID, adds a reference and returns QS_OK. If the
+  // object does not implement it, sets `answer` to null and returns QE_NOINTERFACE.
   virtual unsigned long queryInterface(const QUuid& wanted, QUnknownInterface** answer) = 0;
-  // Both count references; the object deletes itself when `release` leaves none. What they give
-  // is each object's own affair.
+  // Reference counting. The object deletes itself when `release` removes the last reference. The
+  // return values are specific to the object.
   virtual unsigned long addRef() = 0;
   virtual unsigned long release() = 0;
   virtual ~QUnknownInterface() = default;
 };
 
-// What a plug-in library exports: gives its object with one reference, or null.
+// The function that a plug-in library exports. Returns its object with one reference, or null.
 extern "C" {
 using ucm_instantiate_t = QUnknownInterface* (*)();
 }

@@ -1,4 +1,4 @@
-// What an action is about.
+// The subject of an action.
 #pragma once
 
 #include <QString>

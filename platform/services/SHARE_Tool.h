@@ -1,4 +1,4 @@
-// Gives objects to other devices.
+// Sends objects to other devices.
 #pragma once
 
 #include "export.h"
@@ -9,15 +9,15 @@
 class ULO_EXPORT SHARE_Tool {
 public:
   struct OBJECT_INFO {
-    QString name;         // as the receiver shall see it: any text, at best with an extension
-    QString mimeType;     // of the object, such as "text/x-vCalendar"
-    QString description;  // for people; may be empty
+    QString name;         // shown to the receiver: any text, preferably with an extension
+    QString mimeType;     // for example "text/x-vCalendar"
+    QString description;  // shown to the user; may be empty
   };
 
-  // Lets the user choose a device in reach and pushes the object to it over Bluetooth (OBEX Object
-  // Push Profile) through the obexd of BlueZ, on the session's D-Bus. A dialog shows how far it is
-  // and can cancel; messages say what went wrong. True once the object has been handed over, or
-  // the transfer was under way and the user has been told of its end; false when it did not come to
-  // a transfer: no adapter, no obexd, no device chosen, no connection. Each is logged.
+  // Lets the user choose a nearby device and pushes the object to it over Bluetooth (OBEX Object
+  // Push Profile) through the obexd of BlueZ, on the D-Bus session bus. A dialog shows the progress
+  // and can cancel; messages report errors. Returns true if the object was sent, or if a transfer
+  // had started and the user has been told how it ended. Returns false if no transfer took place:
+  // no adapter, no obexd, no device chosen, no connection. Each of these is logged.
   static bool shareByBt(const OBJECT_INFO& info, const QArray<char>& data);
 };

@@ -19,7 +19,7 @@ constexpr QLatin1String deviceInterface("org.bluez.Device1");
 constexpr QLatin1String objectManager("org.freedesktop.DBus.ObjectManager");
 constexpr QLatin1String properties("org.freedesktop.DBus.Properties");
 
-// What a device may call itself, by the Bluetooth specification in bytes.
+// Maximum length of a device name in bytes, according to the Bluetooth specification.
 constexpr qsizetype nameLimit = 248;
 
 bool isAddress(const QString& text) {
@@ -41,7 +41,8 @@ bool isAddress(const QString& text) {
 BluetoothDevices::BluetoothDevices(const QDBusConnection& systemBus,
                                    std::chrono::milliseconds patience)
     : bus_(systemBus) {
-  // From any sender: for a name QtDBus would ask the bus, and abort where that has just gone.
+  // Matches any sender: for a name QtDBus would query the bus, and abort if the bus has just
+  // disconnected.
   bus_.connect(QString(), QString(), objectManager, QStringLiteral("InterfacesAdded"), this,
                SLOT(interfacesAdded(QDBusMessage)));
   bus_.connect(QString(), QString(), objectManager, QStringLiteral("InterfacesRemoved"), this,
@@ -58,7 +59,7 @@ BluetoothDevices::BluetoothDevices(const QDBusConnection& systemBus,
 }
 
 void BluetoothDevices::ask(std::chrono::milliseconds patience) {
-  // QtDBus does not always answer for a bus that it never reached.
+  // QtDBus does not always reply for a bus that it never reached.
   if (!bus_.isConnected()) {
     ULO_LOG_ERROR("There is no system bus");
     QMetaObject::invokeMethod(this, "serviceLost", Qt::QueuedConnection);
@@ -83,7 +84,7 @@ void BluetoothDevices::ask(std::chrono::milliseconds patience) {
 }
 
 void BluetoothDevices::startDiscovery() {
-  // What is in reach by Low Energy alone takes no objects.
+  // Devices reachable only through Low Energy do not accept objects.
   callAdapter(QStringLiteral("SetDiscoveryFilter"),
               {QVariantMap{{QStringLiteral("Transport"), QStringLiteral("bredr")}}});
   callAdapter(QStringLiteral("StartDiscovery"), {});

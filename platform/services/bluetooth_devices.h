@@ -14,38 +14,39 @@ namespace ulo {
 
 struct BluetoothDevice {
   QString address;  // "AA:BB:CC:DD:EE:FF"
-  QString name;     // one line for people, from outside
+  QString name;     // a single line for display, set by the device
   bool paired = false;
 
   bool operator==(const BluetoothDevice&) const = default;
 };
 
-// The Bluetooth devices that BlueZ knows of, followed as they come and go (ObjectManager,
-// org.bluez.Adapter1 and Device1 on the system's D-Bus). Nothing here waits: what becomes known is
-// told by signals.
+// The Bluetooth devices known to BlueZ, updated as they appear and disappear (ObjectManager,
+// org.bluez.Adapter1 and Device1 on the D-Bus system bus). No function blocks; results are reported
+// by signals.
 class BluetoothDevices : public QObject {
   Q_OBJECT
 
 public:
   enum class Adapter {
-    unknown,  // not answered yet
-    missing,  // no BlueZ, or it has no adapter
-    off,      // there is one, without power
+    unknown,  // no reply yet
+    missing,  // BlueZ is not running, or has no adapter
+    off,      // the adapter is not powered
     ready,
   };
 
-  // Asks at once. Without an answer after `patience` there is no adapter.
+  // Queries BlueZ immediately. If there is no reply within `patience`, the adapter is missing.
   BluetoothDevices(const QDBusConnection& systemBus, std::chrono::milliseconds patience);
 
-  // Once it is ready, it is about that one adapter; what was missing or off may become ready.
+  // Once an adapter has been ready, reports the state of that adapter only. A missing or unpowered
+  // adapter may become ready later.
   [[nodiscard]] Adapter adapter() const { return adapter_; }
-  // Of the adapter, paired ones first, then by name.
+  // The adapter's devices: paired ones first, then by name.
   [[nodiscard]] const std::vector<BluetoothDevice>& devices() const { return devices_; }
 
-  // Looks for devices in reach until stopped; ends by itself with the connection.
+  // Searches for nearby devices until stopped. Discovery ends with the connection.
   void startDiscovery();
   void stopDiscovery();
-  // False, too, where the adapter refused; that is logged.
+  // Also false if the adapter refused to search, which is logged.
   [[nodiscard]] bool isDiscovering() const { return discovering_; }
 
 Q_SIGNALS:
@@ -72,9 +73,9 @@ private:
   void setDiscovering(bool discovering);
 
   QDBusConnection bus_;
-  QString bluez_;  // its own name on the bus, once it has answered
+  QString bluez_;  // BlueZ's unique bus name, once it has replied
   Objects objects_;
-  QDBusObjectPath path_;  // of the adapter; empty until one is ready
+  QDBusObjectPath path_;  // the adapter's object path; empty until one is ready
   Adapter adapter_ = Adapter::unknown;
   std::vector<BluetoothDevice> devices_;
   bool discovering_ = false;

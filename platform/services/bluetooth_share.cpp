@@ -26,10 +26,10 @@ namespace ulo {
 
 namespace {
 
-// Characters of a device's name in a message.
+// Maximum length of a device name in a message, in characters.
 constexpr qsizetype nameLimit = 60;
 
-// One share, from the look at the adapter to the word of its end.
+// A share, from the check of the adapter to the final message.
 class BluetoothShare {
 public:
   explicit BluetoothShare(const ShareSettings& settings)
@@ -41,7 +41,7 @@ public:
   [[nodiscard]] bool run(const SHARE_Tool::OBJECT_INFO& info, QByteArrayView content);
 
 private:
-  // Whether there will be an obexd. One that does not answer in time may still be starting.
+  // Whether obexd is available. One that does not reply in time may still be starting.
   enum class Obexd { unknown, expected, refused };
 
   [[nodiscard]] Obexd awaitServices();
@@ -52,7 +52,7 @@ private:
   void tell(const QString& message, std::optional<std::chrono::milliseconds> goesAfter = {});
 
   const ShareSettings& settings_;
-  // Asked for once: while one dialog follows another there is no active window.
+  // Determined once: between two dialogs there is no active window.
   QPointer<QWidget> window_;
   PrivateBus system_{PrivateBus::Kind::system};
   PrivateBus session_{PrivateBus::Kind::session};
@@ -79,7 +79,7 @@ void BluetoothShare::tellAdapter() {
                   "Bluetooth cannot be used: no adapter was found."));
 }
 
-// Runs the event loop until both have answered, which they do within the patience.
+// Runs the event loop until both have replied or the timeout has passed.
 BluetoothShare::Obexd BluetoothShare::awaitServices() {
   Obexd obexd = session_.isConnected() ? Obexd::unknown : Obexd::refused;
   QEventLoop loop;
@@ -87,7 +87,7 @@ BluetoothShare::Obexd BluetoothShare::awaitServices() {
     if (obexd != Obexd::unknown && devices_.adapter() != BluetoothDevices::Adapter::unknown)
       loop.quit();
   };
-  // Whoever may be started for being called is.
+  // The call starts obexd if the bus can activate it.
   const QDBusMessage ping = QDBusMessage::createMethodCall(
       QStringLiteral("org.bluez.obex"), QStringLiteral("/org/bluez/obex"),
       QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping"));
@@ -103,14 +103,14 @@ BluetoothShare::Obexd BluetoothShare::awaitServices() {
     look();
   });
   QObject::connect(&devices_, &BluetoothDevices::adapterChanged, &loop, look);
-  // Whatever becomes of the calls.
+  // Ends the wait even if the calls get no reply.
   QTimer::singleShot(settings_.patience, &loop, SLOT(quit()));
-  // What the user types meanwhile is for the dialog to come.
+  // User input during the wait is meant for the next dialog.
   loop.exec(QEventLoop::ExcludeUserInputEvents);
   return obexd;
 }
 
-// The device that the user chose; none, which is logged, when that did not come about.
+// Returns the device that the user chose, or nothing, which is logged.
 std::optional<BluetoothDevice> BluetoothShare::chooseDevice() {
   Modal<DeviceChooser> chooser(window_);
   const auto showDevices = [&] { chooser->setDevices(devices_.devices()); };
@@ -121,7 +121,7 @@ std::optional<BluetoothDevice> BluetoothShare::chooseDevice() {
   showDevices();
   devices_.startDiscovery();
   const bool accepted = chooser.exec();
-  // An adapter that looks for devices is slow to connect to one.
+  // An adapter that is searching is slow to connect.
   devices_.stopDiscovery();
   if (devices_.adapter() != BluetoothDevices::Adapter::ready) {
     tellAdapter();
@@ -134,7 +134,7 @@ std::optional<BluetoothDevice> BluetoothShare::chooseDevice() {
   return chooser->chosen();
 }
 
-// Shows the push until it is over.
+// Shows the progress of the push until it ends.
 void BluetoothShare::showPush(ObjectPush& push, const QString& object, const QString& device) {
   {
     Modal<PushProgress> progress(object, device, window_);
@@ -158,7 +158,7 @@ void BluetoothShare::showPush(ObjectPush& push, const QString& object, const QSt
   }
   if (push.state() == ObjectPush::State::over)
     return;
-  // The window went, and the dialog with it: there is nobody left to watch it.
+  // The window was closed, and the dialog with it, so cancel the push and wait for its end.
   QEventLoop loop;
   QObject::connect(&push, &ObjectPush::ended, &loop, &QEventLoop::quit);
   push.cancel();
@@ -214,7 +214,7 @@ bool BluetoothShare::run(const SHARE_Tool::OBJECT_INFO& info, QByteArrayView con
 
 bool shareByBluetooth(const SHARE_Tool::OBJECT_INFO& info, QByteArrayView content,
                       const ShareSettings& settings) {
-  // The event loop runs in here: somebody might ask again.
+  // The event loop runs during the share, so another request may arrive.
   static bool busy = false;
   if (busy) {
     ULO_LOG_ERROR("Something is being sent already");

@@ -10,18 +10,19 @@
 
 namespace ulo {
 
-// What a share takes from outside.
+// Parameters of a share.
 struct ShareSettings {
-  // What BlueZ and obexd may take to say that they are there.
+  // Timeout for the first reply of BlueZ and obexd.
   std::chrono::milliseconds patience{800};
   ObjectPush::Limits push;
-  // How long the word of success stays for one who doesn't confirm it.
+  // How long the success message is shown unless the user confirms it.
   std::chrono::milliseconds confirmation{3000};
-  // For obexd's session, beside the target: a "Channel" (byte) spares it asking the device.
+  // Arguments for obexd's session in addition to the target. A "Channel" (byte) saves querying the
+  // device for it.
   QVariantMap session;
 };
 
-// SHARE_Tool::shareByBt with settings.
+// SHARE_Tool::shareByBt with explicit settings.
 [[nodiscard]] bool shareByBluetooth(const SHARE_Tool::OBJECT_INFO& info, QByteArrayView content,
                                     const ShareSettings& settings);
 

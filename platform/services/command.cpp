@@ -34,7 +34,7 @@ bool logFailedStart(const QProcess& process) {
   return false;
 }
 
-// Whether a command that has ended did what it was for.
+// Returns true if a command that has exited was successful; logs a failure.
 bool succeeded(const QProcess& process) {
   if (process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0)
     return true;
@@ -44,20 +44,20 @@ bool succeeded(const QProcess& process) {
   return false;
 }
 
-// Commands that are under way. An object that goes ends its process, so they stay until that has
-// ended, when this program ends too.
+// Running commands. Destroying a QProcess kills its process, so the objects are kept until their
+// processes have exited, even if this program exits first.
 std::set<QProcess*>& underWay() {
   static auto* const processes = new std::set<QProcess*>;
   return *processes;
 }
 
-// Later: it may be the sender of the signal that is being handled.
+// Deleted later: it may be the sender of the current signal.
 void forget(QProcess* process) {
   underWay().erase(process);
   process->deleteLater();
 }
 
-// Started, and when it has ended, `ended` called. Null when it can't be started.
+// Starts a command and calls `ended` when it exits. Returns null if it cannot be started.
 QProcess* follow(const QStringList& command, const std::function<void(const QProcess&)>& ended) {
   auto* const process = new QProcess;
   underWay().insert(process);
@@ -108,7 +108,7 @@ bool followCommand(const QStringList& command, const std::function<void()>& ende
 bool runCommand(const QStringList& command, const std::function<void()>& ended) {
   if (!hasEventLoop())
     return runBlocking(command, ended);
-  // Outlives this call when the application quits meanwhile.
+  // Outlives this call if the application quits while waiting.
   struct Result {
     QEventLoop* loop = nullptr;
     bool hasEnded = false;

@@ -1,4 +1,4 @@
-// Starts the programs of others.
+// Starts external programs.
 #pragma once
 
 #include <QStringList>
@@ -7,21 +7,20 @@
 
 namespace ulo {
 
-// Commands run in a session of their own, without standard input and output, and outlive this
-// program. A program is looked for in PATH unless its name has a slash; one that can't be started
-// is logged.
+// Commands run in their own session, without standard input and output, and survive the end of this
+// program. A program name without a slash is searched in PATH. A failure to start is logged.
 
-// Starts a command and forgets it.
+// Starts a command without tracking it. Returns false if it cannot be started.
 [[nodiscard]] bool startCommand(const QStringList& command);
 
-// Starts a command and returns; `ended` is called from the event loop of the main thread when it
-// has ended, and never if there is no such loop or this isn't its thread. A failure of the command
-// is logged.
+// Starts a command and returns. `ended` is called from the main thread's event loop when the
+// command exits, and never if there is no such loop or this is not the main thread. A failure of
+// the command is logged.
 [[nodiscard]] bool followCommand(const QStringList& command, const std::function<void()>& ended);
 
-// Runs a command until it has ended, calls `ended`, and says whether it succeeded, which else is
-// logged. In the main thread of an application events go on, but for the user's input; false, with
-// the command followed on, when the application quits meanwhile.
+// Runs a command until it exits, calls `ended`, and returns whether it succeeded; a failure is
+// logged. In the main thread of an application it processes all events except user input while
+// waiting. If the application quits first, returns false and continues to track the command.
 [[nodiscard]] bool runCommand(const QStringList& command, const std::function<void()>& ended);
 
 }  // namespace ulo

@@ -18,12 +18,13 @@ namespace ulo {
 
 namespace {
 
-// Rows that are seen at a time: what half a screen takes.
+// Number of visible rows, limited to half of the screen.
 constexpr int leastRows = 4;
 constexpr int mostRows = 8;
 constexpr int detailRole = Qt::UserRole;
 
-// The name, and below it, weaker, what tells two devices of one name apart. Each on one line.
+// Shows the name and below it, in a weaker color, details that tell apart devices with the same
+// name, each on one line.
 class DeviceRow : public QStyledItemDelegate {
 public:
   using QStyledItemDelegate::QStyledItemDelegate;
@@ -65,7 +66,7 @@ private:
   }
 };
 
-// As high as its visible rows, whatever it holds: rows come while it is looked at.
+// The height is that of its visible rows, whatever the content: rows appear while it is open.
 class DeviceList : public QListWidget {
 public:
   explicit DeviceList(int screenHeight) : screenHeight_(screenHeight) {}

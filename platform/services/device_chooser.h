@@ -10,19 +10,20 @@ class ZWrappedText;
 
 namespace ulo {
 
-// Asks to which device. It is accepted with one chosen only; devices may come and go meanwhile.
+// Asks the user for a device. Can be accepted only with a device selected. Devices may appear and
+// disappear while it is open.
 class DeviceChooser : public ZPopup {
   Q_OBJECT
 
 public:
   explicit DeviceChooser(QWidget* parent = nullptr);
 
-  // In the order given. The chosen one stays chosen while it is there.
+  // Shows the devices in the given order. The selected device stays selected while it is listed.
   void setDevices(const std::vector<BluetoothDevice>& devices);
-  // Whether more devices may come.
+  // Tells the user whether more devices may appear.
   void setSearching(bool searching);
 
-  // The row that is marked; without an address when there is none.
+  // The selected device; its address is empty if there is none.
   [[nodiscard]] BluetoothDevice chosen() const;
 
 public Q_SLOTS:

@@ -21,7 +21,7 @@ struct KnownApplication {
 constexpr KnownApplication known[] = {
     {AM_ActionData::composer, "xdg-email --utf8 --attach %f", false}};
 
-// Null for none.
+// Returns null if the application is not known without an entry.
 const KnownApplication* knownWithout(const QUuid& uuid) {
   const auto* const found =
       std::find_if(std::begin(known), std::end(known), [&](const KnownApplication& entry) {
@@ -30,8 +30,8 @@ const KnownApplication* knownWithout(const QUuid& uuid) {
   return found == std::end(known) ? nullptr : found;
 }
 
-// The characters that an escape stands for. Another backslash stands for itself: the quoting of
-// words has a meaning for some.
+// Replaces escape sequences. Other backslashes are kept, because the quoting of arguments gives
+// some of them a meaning.
 QString unescaped(const QString& value) {
   QString result;
   for (qsizetype i = 0; i < value.size(); ++i) {
@@ -47,12 +47,12 @@ QString unescaped(const QString& value) {
   return result;
 }
 
-// The words of a command line, one after another.
+// Reads the words of a command line one by one.
 class Words {
 public:
   explicit Words(const QString& text) : text_(text) {}
 
-  // False at the end, and with a reason where the line is wrong.
+  // Returns false at the end of the line, and on an error with the reason in `why`.
   bool next(QString& word, QString& why) {
     while (at_ < text_.size() && text_[at_] == u' ')
       ++at_;
@@ -96,7 +96,8 @@ private:
   qsizetype at_ = 0;
 };
 
-// The word with its field codes replaced; null, with a reason, for a code that there isn't.
+// Returns the word with its field codes replaced, or null, with a reason in `why`, for an unknown
+// code.
 QString filled(const QString& word, const LaunchValues& values, QString& why) {
   QString result = QStringLiteral("");
   for (qsizetype i = 0; i < word.size(); ++i) {
@@ -164,7 +165,7 @@ LaunchTable LaunchTable::ofUser() {
   QFile file(QFile::decodeName(path.c_str()));
   if (!file.exists())
     return LaunchTable({});
-  // Of what is no file, a pipe for one, reading might never end.
+  // Reading something other than a regular file, such as a pipe, might block forever.
   if (!QFileInfo(file).isFile() || file.size() > largest || !file.open(QIODevice::ReadOnly)) {
     ULO_LOG_ERROR("The launch table %s can't be read", path.c_str());
     return LaunchTable({});

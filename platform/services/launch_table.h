@@ -1,4 +1,4 @@
-// Which command stands for an application.
+// Maps applications to commands.
 #pragma once
 
 #include <QHash>
@@ -9,7 +9,7 @@
 
 namespace ulo {
 
-// What a request fills into a command.
+// Values that a request inserts into a command.
 struct LaunchValues {
   QString file;     // for %f
   QString subject;  // for %s
@@ -17,26 +17,27 @@ struct LaunchValues {
 
 struct Launch {
   QStringList command;  // the program and its arguments
-  bool waits = false;   // it runs until the user has done with the request
+  bool waits = false;   // the command runs until the user has finished with the request
 };
 
-// The launch table, whose form AM_ActionData.h describes. Of groups and keys that come twice the
-// first counts. What isn't UTF-8, no group, key or comment, or belongs to no application, is
-// passed over.
+// The launch table in the format described in AM_ActionData.h. Of duplicate groups and keys the
+// first one counts. Lines that are not a group header, key or comment are ignored, and so are
+// groups that are not named by a UUID.
 class LaunchTable {
 public:
-  // Larger files count as none.
+  // Size limit of the file in bytes; a larger file is not read.
   static constexpr qint64 largest = 1024L * 1024;
 
   explicit LaunchTable(const QByteArray& text);
-  // $XDG_CONFIG_HOME/ulo/applications.conf; empty, which is logged, when it is there and can't be
-  // read.
+  // Reads $XDG_CONFIG_HOME/ulo/applications.conf. Returns an empty table if the file does not exist
+  // or, which is logged, cannot be read.
   static LaunchTable ofUser();
 
-  // Whether the application is in the table or known without it; its entry may be wrong.
+  // Returns true if the application is in the table or known without an entry. Its entry may still
+  // be malformed.
   [[nodiscard]] bool knows(const QString& application) const;
-  // None, which is logged with the reason, for an application that is in neither the table nor the
-  // ones that are known without it, and for an entry that is wrong.
+  // Returns nothing and logs the reason if the application is neither in the table nor known
+  // without an entry, or if its entry is malformed.
   [[nodiscard]] std::optional<Launch> launch(const QString& application,
                                              const LaunchValues& values) const;
 
@@ -45,10 +46,11 @@ private:
   QHash<QUuid, Group> groups_;
 };
 
-// The words of an Exec line, by the quoting rules of desktop entries: words stand between blanks;
-// in double quotes, which enclose a whole word, a backslash makes " ` $ and \ plain. Field codes
-// are replaced in each word, quoted or not. Empty, with a reason in `why`, for a line that breaks
-// the rules, such as one with a character outside of quotes that a shell would take as its own.
+// Splits an Exec line into arguments by the quoting rules of desktop entries: arguments are
+// separated by blanks; within double quotes, which must enclose a whole argument, a backslash
+// escapes " ` $ and \. Field codes are replaced in every argument, quoted or not. Returns an empty
+// list and sets `why` if the line violates the rules, for example by an unquoted character that is
+// special to a shell.
 [[nodiscard]] QStringList commandOf(const QString& exec, const LaunchValues& values, QString& why);
 
 }  // namespace ulo

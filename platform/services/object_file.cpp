@@ -13,11 +13,11 @@ namespace ulo {
 namespace {
 
 constexpr qsizetype nameLimit = 255;
-// What is longer behind a dot is part of the name.
+// A longer suffix is part of the name, not an extension.
 constexpr qsizetype extensionLimit = 32;
 
-// The longest beginning of `text`, which is valid UTF-16, that takes at most `limit` bytes of
-// UTF-8.
+// Returns the longest beginning of `text`, which is valid UTF-16, that needs at most `limit` bytes
+// of UTF-8 and does not split a letter.
 QString beginning(const QString& text, qsizetype limit) {
   qsizetype units = 0;
   qsizetype bytes = 0;
@@ -48,7 +48,7 @@ std::unique_ptr<QTemporaryDir> makeDirectory() {
 }  // namespace
 
 QString objectFileName(const QString& name) {
-  // Half a surrogate pair has no place in a file's name.
+  // A file name must not contain an unpaired surrogate.
   QString safe = name.isValidUtf16() ? name : QString::fromUtf8(name.toUtf8());
   std::replace_if(
       safe.begin(), safe.end(),

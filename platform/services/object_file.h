@@ -8,20 +8,20 @@
 
 namespace ulo {
 
-// The file name under which an object called `name` is sent: `name` as it is, but for "/" and
-// control characters, which become "_". Never ".", ".." or empty. At most 255 bytes of UTF-8, what
-// any Linux file system takes: a longer name loses the end of its stem, whole characters of it,
-// and keeps its extension.
+// Returns the file name under which an object called `name` is sent: `name` with "/" and control
+// characters replaced by "_". Never ".", ".." or empty. At most 255 bytes of UTF-8, the limit of
+// Linux file systems: a longer name keeps its extension and loses whole characters from the end of
+// its stem.
 [[nodiscard]] QString objectFileName(const QString& name);
 
-// An object as a file that is read by name, alone in a directory that no other user can enter.
-// Both are gone with this.
+// Stores an object in a file, alone in a directory that no other user can access. The destructor
+// deletes both.
 class ObjectFile {
 public:
-  // In $XDG_RUNTIME_DIR, which is kept in memory, else where temporary files are.
+  // Uses $XDG_RUNTIME_DIR, which is in memory, or else the directory for temporary files.
   ObjectFile(const QString& name, QByteArrayView content);
 
-  // Empty when it could not be written, which is logged.
+  // Empty if the file could not be written, which is logged.
   [[nodiscard]] const QString& path() const { return path_; }
 
 private:

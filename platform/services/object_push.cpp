@@ -17,7 +17,8 @@ constexpr QLatin1String clientInterface("org.bluez.obex.Client1");
 constexpr QLatin1String pushInterface("org.bluez.obex.ObjectPush1");
 constexpr QLatin1String transferInterface("org.bluez.obex.Transfer1");
 
-// The object path that a reply begins with; empty for an error or any other reply.
+// Returns the object path at the beginning of a reply, or an empty string for an error or another
+// reply.
 QString pathIn(const QDBusMessage& reply) {
   const QVariantList arguments = reply.arguments();
   return reply.type() == QDBusMessage::ReplyMessage && !arguments.isEmpty()
@@ -44,8 +45,9 @@ ObjectPush::ObjectPush(const QDBusConnection& sessionBus, const QString& address
 }
 
 void ObjectPush::watchObexd() {
-  // From the beginning: a small file may be through before the answer that says where. From any
-  // sender: for a name QtDBus would ask the bus, and abort where that has just gone.
+  // Connected from the beginning: a small file may be finished before the reply that names its
+  // transfer. Matches any sender: for a name QtDBus would query the bus, and abort if the bus has
+  // just disconnected.
   bus_.connect(QString(), QString(), QStringLiteral("org.freedesktop.DBus.Properties"),
                QStringLiteral("PropertiesChanged"), {transferInterface}, QString(), this,
                SLOT(propertiesChanged(QDBusMessage)));
@@ -170,7 +172,7 @@ void ObjectPush::leave(End end) {
 void ObjectPush::closeSession() {
   if (state_ != State::leaving)
     return;
-  // A session that is still being made goes with the connection.
+  // A session that is still being created ends with the connection.
   if (session_.isEmpty() || lost_)
     finish();
   else

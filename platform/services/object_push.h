@@ -13,46 +13,49 @@
 
 namespace ulo {
 
-// One file on its way to a device, by obexd (org.bluez.obex on the session's D-Bus). Nothing here
-// waits; ended() comes once, whatever happens to the peer, to obexd or to the bus.
+// Sends one file to a device through obexd (org.bluez.obex on the D-Bus session bus). No function
+// blocks. ended() is emitted exactly once, whatever happens to the peer, to obexd or to the bus.
 class ObjectPush : public QObject {
   Q_OBJECT
 
 public:
   enum class State {
     connecting,  // no session with the device yet
-    offering,    // the device has not accepted it yet
+    offering,    // the device has not accepted the file yet
     sending,
-    leaving,  // the end is known, obexd is being told
+    leaving,  // the outcome is known; closing obexd's session
     over,
   };
   enum class End { sent, cancelled, failed };
   struct Limits {
-    // Without a sign of life for so long, it failed. Somebody may have to accept at the other end.
+    // The push fails after this time without progress. A person may have to accept at the other
+    // end.
     std::chrono::milliseconds stall = std::chrono::seconds(60);
-    // What obexd may take to hear of the end.
+    // Timeout for obexd's reply to the end of the push.
     std::chrono::milliseconds farewell = std::chrono::seconds(2);
   };
 
-  // Starts. The file must be there until the end, and the connection open: obexd drops what a
-  // caller that went had begun. `session` goes to obexd beside the target.
+  // Starts the push. The file must exist and the connection stay open until the end: obexd drops
+  // the work of a caller that disconnects. `session` holds arguments for obexd's session in
+  // addition to the target.
   ObjectPush(const QDBusConnection& sessionBus, const QString& address, const QString& path,
              const QVariantMap& session, Limits limits);
 
-  // Ends it soon, with obexd's session closed. Does nothing when it is about to end.
+  // Cancels the push and closes obexd's session, asynchronously. Does nothing if it is already
+  // ending.
   void cancel();
 
   [[nodiscard]] State state() const { return state_; }
   // Requires: the state is leaving or over.
   [[nodiscard]] End end() const { return end_; }
-  // Whether obexd had taken the file over.
+  // Returns true if obexd has accepted the file.
   [[nodiscard]] bool hasBegun() const { return !transfer_.isEmpty(); }
-  // Bytes; a size of 0 where nothing is known.
+  // In bytes. The size is 0 if unknown.
   [[nodiscard]] quint64 transferred() const { return transferred_; }
   [[nodiscard]] quint64 size() const { return size_; }
 
 Q_SIGNALS:
-  // The state or a number of bytes is new.
+  // Emitted when the state or the number of bytes has changed.
   void progressed();
   void ended();
 
@@ -81,13 +84,13 @@ private:
   State state_ = State::connecting;
   End end_ = End::failed;
   bool lost_ = false;
-  QString obexd_;  // its own name on the bus, once it has answered
-  // Paths of obexd's objects, empty until there are any.
+  QString obexd_;  // obexd's unique bus name, once it has replied
+  // Object paths in obexd; empty until they exist.
   QString session_;
   QString transfer_;
   quint64 transferred_ = 0;
   quint64 size_ = 0;
-  // What transfers told of themselves before the answer that says which one is ours.
+  // Properties of transfers received before the reply that identifies ours.
   QMap<QString, QVariantMap> early_;
 };
 

@@ -17,7 +17,7 @@ namespace ulo {
 
 namespace {
 
-// Characters of a name that a dialog shows.
+// Maximum length of a name in a dialog, in characters.
 constexpr qsizetype nameLimit = 60;
 constexpr int wholeBar = 1000;
 

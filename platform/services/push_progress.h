@@ -7,27 +7,27 @@ class ZWrappedText;
 
 namespace ulo {
 
-// How far a push is. Its one key, and everything else that closes a dialog, asks to cancel; it
-// stays until it is told that the push has ended.
+// Shows the progress of a push. Its key, and any other way to close a dialog, only requests to
+// cancel; the dialog stays open until end() is called.
 class PushProgress : public ZPopup {
   Q_OBJECT
 
 public:
-  // Names from outside: of any length.
+  // The names may have any length.
   PushProgress(const QString& object, const QString& device, QWidget* parent = nullptr);
 
   void showConnecting();
   void showOffering();
-  // Bytes. Where the size is 0 it isn't known.
+  // In bytes. A size of 0 means unknown.
   void showSending(quint64 transferred, quint64 size);
-  // The end is on its way; nothing is left to cancel.
+  // The push is ending and can no longer be canceled.
   void showLeaving();
 
 public Q_SLOTS:
   void accept() override {}
   void reject() override { Q_EMIT cancelWanted(); }
 
-  // Closes it.
+  // Closes the dialog.
   void end() { done(Accepted); }
 
 Q_SIGNALS:

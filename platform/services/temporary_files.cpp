@@ -20,14 +20,15 @@ namespace {
 
 using Note = TemporaryFiles::Note;
 
-// A request waits no longer for other programs.
+// Longest wait for other programs.
 constexpr std::chrono::milliseconds patience{100};
 
 void logFailure(const char* what, const char* path, const char* why) {
   ULO_LOG_ERROR("The temporary file %s can't be %s: %s", path, what, why);
 }
 
-// What is at `path` now, as a note of `time`; none, with errno, unless it is a regular file.
+// Returns a record of the file at `path`, with the time `time`. Returns nothing and sets errno
+// unless it is a regular file.
 std::optional<Note> noteOf(const QByteArray& path, std::int64_t time) {
   struct statx status {};
   if (statx(AT_FDCWD, path.constData(), AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS | STATX_BTIME,
@@ -48,7 +49,8 @@ bool isSameFile(const Note& one, const Note& other) {
   return one.device == other.device && one.inode == other.inode && one.birth == other.birth;
 }
 
-// False, with errno, when the file is there, is the noted one and can't be removed.
+// Deletes the recorded file. Returns false and sets errno only if it still exists and cannot be
+// deleted.
 bool removed(const Note& note) {
   const std::optional<Note> found = noteOf(note.path, note.time);
   if (!found || !isSameFile(*found, note))
@@ -64,7 +66,7 @@ QByteArray lineOf(const Note& note) {
          note.path.toPercentEncoding("/") + '\n';
 }
 
-// None for a line that no program of ours has written.
+// Returns nothing for a malformed line.
 std::optional<Note> noteFrom(const QByteArray& line) {
   const QList<QByteArray> fields = line.split(' ');
   if (fields.size() != 5)
@@ -84,10 +86,10 @@ std::optional<Note> noteFrom(const QByteArray& line) {
 
 }  // namespace
 
-// The file of notes, kept from other programs while the object lives.
+// The record file, locked against other programs while the object exists.
 class TemporaryFiles::NoteFile {
 public:
-  // `flags` are those of open.
+  // `flags` are additional flags for open().
   NoteFile(const std::string& directory, int flags)
       : path_(directory + '/' + fileName),
         file_(::open(path_.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | flags, 0600)) {
@@ -115,7 +117,7 @@ public:
     return notes;
   }
 
-  // In place, so that it stays the file that others wait for.
+  // Written in place, so that it remains the file that others wait for.
   bool write(const std::vector<Note>& notes) {
     QByteArray bytes;
     for (const Note& note : notes)
@@ -128,7 +130,7 @@ public:
     return written;
   }
 
-  // Needs no lock. A program that writes at the same time may lose the note.
+  // Needs no lock, but a program that writes at the same time may lose the record.
   bool append(const Note& note) {
     const QByteArray line = lineOf(note);
     return lseek(file_.get(), 0, SEEK_END) >= 0 &&
@@ -175,7 +177,7 @@ void TemporaryFiles::remove(const Note& note) {
     return;
   }
   NoteFile file(directory_, 0);
-  // A note that stays is dropped when it is old.
+  // A record that remains is removed when it is old.
   if (!file.isLocked())
     return;
   std::vector<Note> notes = file.read();

@@ -1,4 +1,4 @@
-// Files that were handed to applications and are nobody's afterwards.
+// Deletes temporary files that were handed to other applications.
 #pragma once
 
 #include "data_directory.h"
@@ -15,36 +15,38 @@
 
 namespace ulo {
 
-// Notes such files in "temporary-files" of the state directory and removes them when they are a
-// day old. Programs that do so at the same time don't lose each other's notes. A noted file that
-// was replaced by another one is no longer ours and stays.
+// Records such files in "temporary-files" in the state directory and deletes them when they are a
+// day old. A lock keeps concurrent programs from losing each other's records; a record added
+// without the lock, after a timeout, may be lost. A file that has been replaced since is not
+// deleted.
 class TemporaryFiles {
 public:
   struct Note {
     std::int64_t time;  // seconds since 1970
-    // What tells a file from one that takes its place.
+    // Identify the file, to detect a replacement.
     std::uint64_t device;
     std::uint64_t inode;
-    std::int64_t birth;  // nanoseconds; 0 where the file system doesn't tell
+    std::int64_t birth;  // nanoseconds; 0 if the file system does not report it
     QByteArray path;     // absolute
   };
 
   static constexpr char fileName[] = "temporary-files";
   static constexpr std::chrono::hours keptFor{24};
-  // Bytes of the file of notes; room for some thousand. What is larger isn't ours.
+  // Size limit of the record file in bytes, enough for a few thousand records. A larger file is not
+  // used.
   static constexpr std::int64_t largest = 1024L * 1024;
 
   explicit TemporaryFiles(std::string directory = userDirectory("XDG_STATE_HOME", ".local/state"),
                           std::int64_t now = std::time(nullptr))
       : directory_(std::move(directory)), now_(now) {}
 
-  // Notes a regular file, in place of an earlier note of the same path. None, which is logged, for
-  // anything else and when it can't be noted: the file stays then.
+  // Records a regular file, replacing an earlier record of the same path. Returns nothing and logs
+  // it if this is not a regular file or cannot be recorded; the file is then not deleted.
   [[nodiscard]] std::optional<Note> note(const QString& path);
-  // Removes a file that is no longer needed, and its note.
+  // Deletes a file that is no longer needed, and its record.
   void remove(const Note& note);
-  // Removes the files that were noted a day ago or earlier, and notes of files that are gone. A
-  // note from the future is one of now.
+  // Deletes the files recorded a day or more ago, and the records of files that no longer exist. A
+  // record with a time in the future is treated as one of now.
   void removeOld();
 
 private:

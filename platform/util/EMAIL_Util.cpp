@@ -16,8 +16,8 @@
 
 namespace {
 
-// The character sets, and what the C library calls the ones that read and write them. Programs
-// that declare GB2312, GBK or BIG5 use characters of the successors, so those read it.
+// The character sets, and the C library's names for reading and writing them. Programs that declare
+// GB2312, GBK or BIG5 use characters of the successors, which are therefore used for reading.
 struct CharsetEntry {
   int code;
   const char* name;
@@ -39,10 +39,10 @@ const CharsetEntry* entryOf(int code) {
   return found == std::end(charsets) ? nullptr : found;
 }
 
-// The units of a QString. The C library's UTF-8 would let numbers beyond Unicode pass.
+// The encoding of a QString. The C library's UTF-8 would accept numbers beyond Unicode.
 constexpr const char* nativeUtf16 = Q_BYTE_ORDER == Q_LITTLE_ENDIAN ? "UTF-16LE" : "UTF-16BE";
 
-// Converts through the C library, which reports what it can't convert; Qt's codecs hide it.
+// Converts with the C library, which reports what it cannot convert; Qt's codecs hide it.
 class Conversion {
 public:
   Conversion(const char* to, const char* from) : handle_(iconv_open(to, from)) {}
@@ -54,8 +54,8 @@ public:
   }
   [[nodiscard]] bool isOpen() const { return reinterpret_cast<std::intptr_t>(handle_) != -1; }
 
-  // Appends `bytes` converted to `result`. Gives how many of them it took: fewer than all when
-  // what follows is not valid, not complete, or not in the other character set.
+  // Appends the converted `bytes` to `result`. Returns how many of them were consumed: fewer than
+  // all if the rest is invalid, incomplete, or not in the target character set.
   std::size_t run(QByteArray& result, std::string_view bytes) {
     char* in = const_cast<char*>(bytes.data());  // iconv only reads it
     std::size_t left = bytes.size();
@@ -71,7 +71,7 @@ public:
     }
     return bytes.size() - left;
   }
-  // What ends the text, where the character set has states.
+  // Appends the final shift sequence of a stateful character set.
   void finish(QByteArray& result) {
     char buffer[64];
     char* out = buffer;
@@ -84,7 +84,7 @@ private:
   iconv_t handle_;
 };
 
-// The text with U+FFFD for each half of a surrogate pair that lacks the other.
+// Returns the text with each unpaired surrogate replaced by U+FFFD.
 QString wellFormed(QString text) {
   for (qsizetype i = 0; i < text.size(); ++i) {
     const QChar unit = std::as_const(text)[i];
@@ -98,7 +98,7 @@ QString wellFormed(QString text) {
 }
 
 bool isLiteral(char c) {
-  // A semicolon would separate fields for some readers of vCalendar texts.
+  // Some readers of vCalendar texts treat a semicolon as a field separator.
   return c >= ' ' && c <= '~' && c != '=' && c != ';';
 }
 
@@ -119,7 +119,7 @@ bool EMAIL_Util::encWithCharset(QCString& bytes, const QString& text, int charse
     return true;
   const QString clean = wellFormed(text);
   const QByteArray utf8 = clean.toUtf8();
-  // Every text fits; only its order mark would not come back.
+  // UTF-8 can encode every text, but an initial byte order mark would be lost when reading.
   if (charset == charsetUtf8 && !text.startsWith(QChar::ByteOrderMark)) {
     bytes = utf8.isNull() ? QByteArray("") : utf8;
     return clean == text;
@@ -133,7 +133,7 @@ bool EMAIL_Util::encWithCharset(QCString& bytes, const QString& text, int charse
   bool fits = clean == text;
   std::string_view left(utf8.constData(), static_cast<std::size_t>(utf8.size()));
   left.remove_prefix(conversion.run(result, left));
-  // Behind the first character that the set lacks it goes one by one: on a failure the C library
+  // After the first character that the set lacks, convert one by one: on a failure the C library
   // converts much of what follows again.
   while (!left.empty()) {
     std::size_t size = 1;
@@ -147,7 +147,7 @@ bool EMAIL_Util::encWithCharset(QCString& bytes, const QString& text, int charse
   }
   conversion.finish(result);
   bytes = result;
-  // The C library leaves some characters out without a word; reading tells.
+  // The C library silently drops some characters; reading the result detects that.
   QString readBack;
   return fits && decFromCharset(bytes, readBack, charset) && readBack == text;
 }
@@ -172,7 +172,7 @@ bool EMAIL_Util::decFromCharset(const QByteArray& bytes, QString& text, int char
     ULO_LOG_ERROR("This system can't read the character set %s", entry->name);
     return false;
   }
-  // The line feed shows what is cut short where UTF-7 would drop it silently.
+  // The added line feed reveals a truncated text, which UTF-7 would drop silently.
   const std::string_view given(bytes.constData(), static_cast<std::size_t>(bytes.size()));
   QByteArray units;
   const std::size_t valid = conversion.run(units, given);
@@ -188,7 +188,7 @@ bool EMAIL_Util::decFromCharset(const QByteArray& bytes, QString& text, int char
 }
 
 QCString EMAIL_Util::encQp(const char* bytes, unsigned long length, int) {
-  constexpr int lineLimit = 76;  // RFC 2045, 6.7 (5), the "=" of a soft break included
+  constexpr int lineLimit = 76;  // RFC 2045, 6.7 (5), including the "=" of a soft break
   constexpr char hex[] = "0123456789ABCDEF";
   std::string result;
   result.reserve(length + length / 2);
@@ -196,7 +196,7 @@ QCString EMAIL_Util::encQp(const char* bytes, unsigned long length, int) {
   bool atLineStart = true;
   for (unsigned long i = 0; i < length; ++i) {
     const char c = bytes[i];
-    // A blank at either end of a line would be taken for a fold, or be lost on the way.
+    // A blank at either end of a line would be read as a fold, or be lost in transport.
     const bool blankAtEdge = c == ' ' && (atLineStart || i + 1 == length);
     const bool literal = isLiteral(c) && !blankAtEdge;
     const int size = literal ? 1 : 3;

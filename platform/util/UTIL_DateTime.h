@@ -1,4 +1,4 @@
-// Date-times as people read them.
+// Formats date-times for display.
 #pragma once
 
 #include "export.h"
@@ -8,14 +8,14 @@
 
 class ULO_EXPORT UTIL_DateTime {
 public:
-  // How much of a date-time is shown.
+  // The part of a date-time to show.
   enum DateAccuracy : int {
     dateOnly = 0,
     dateAndTime = 1,
   };
 
-  // Returns the local date and time in the short form of the user's language. A local time that
-  // daylight saving leaves out is shown as UTIL_TimeConversion::toUTC() stores it. Returns an empty
-  // text for an invalid date-time.
+  // Returns the local date and time in the short format of the user's locale. A local time skipped
+  // by daylight saving is shown as UTIL_TimeConversion::toUTC() stores it. Returns an empty string
+  // for an invalid date-time.
   static QString dateToString(const QDateTime& dateTime, int accuracy);
 };

@@ -15,7 +15,7 @@ constexpr qint64 noDateSeconds = INT32_MAX;
 constexpr qint64 latestSeconds = INT32_MAX - 1;
 constexpr qint64 earliestSeconds = INT32_MIN;
 
-// Reads the parts of a date-time off the front of a text.
+// Reads the parts of a date-time from the beginning of a text.
 class Reader {
 public:
   explicit Reader(std::string_view text) : text_(text) {}
@@ -30,7 +30,7 @@ public:
   [[nodiscard]] bool atDigit() const {
     return !text_.empty() && text_.front() >= '0' && text_.front() <= '9';
   }
-  // A number of exactly so many digits; clears `good` when there is none.
+  // Reads a number with exactly `digits` digits; clears `good_` if there is none.
   int number(int digits) {
     int value = 0;
     for (int i = 0; i < digits; ++i) {
@@ -85,8 +85,8 @@ QTime readTime(Reader& reader) {
   return reader.good() ? QTime(hour, minute, second) : QTime();
 }
 
-// Seconds east of UTC; nothing when the text says local time. `valid` tells whether it could be
-// read.
+// Reads an optional UTC offset. Returns seconds east of UTC, or nothing for local time. Sets
+// `valid` to false if the offset is malformed.
 std::optional<int> readZone(Reader& reader, bool& valid) {
   if (reader.take('Z') || reader.take('z'))
     return 0;
@@ -104,19 +104,19 @@ std::optional<int> readZone(Reader& reader, bool& valid) {
 
 constexpr qint64 secondsOfDay = 86400;
 
-// What the clock shows, as the seconds at which a clock in UTC shows it.
+// Returns the time on a local clock as the seconds at which a UTC clock shows it.
 qint64 wallSeconds(const QDate& date, const QTime& time) {
   return QDateTime(date, time, Qt::UTC).toSecsSinceEpoch();
 }
 
-// Seconds east of UTC. QDateTime::offsetFromUtc() is wrong in an hour that the clock shows twice
-// if daylight saving is the same in both, because it starts from the date and the time.
+// Returns seconds east of UTC. QDateTime::offsetFromUtc() is wrong in an hour that the clock shows
+// twice if daylight saving is the same in both, because it starts from the date and the time.
 qint64 offsetAt(qint64 seconds) {
   const QDateTime local = QDateTime::fromSecsSinceEpoch(seconds);
   return wallSeconds(local.date(), local.time()) - seconds;
 }
 
-// The C library's view of the local time, which is faster to ask for.
+// The local time according to the C library, which is faster.
 struct ClockState {
   qint64 offset = 0;
   bool isDaylightSaving = false;
@@ -131,7 +131,8 @@ ClockState stateAt(qint64 seconds) {
   return {parts.tm_gmtoff, parts.tm_isdst > 0};
 }
 
-// Whether the clock shows this second's time at another second too, with the same daylight saving.
+// Returns true if the clock shows the same time at another second, too, with the same daylight
+// saving.
 bool comesTwiceAlike(qint64 seconds) {
   const ClockState here = stateAt(seconds);
   for (const qint64 near : {seconds - secondsOfDay, seconds + secondsOfDay}) {
@@ -145,10 +146,10 @@ bool comesTwiceAlike(qint64 seconds) {
   return false;
 }
 
-// `local` is the local time that Qt returns for an instant. In an hour that the clock shows twice
-// Qt tells the two apart by daylight saving alone. Where that is the same in both, as when a zone
-// changes its standard time, it takes one or the other, which depends on what was converted
-// before; the result keeps the instant by its offset from UTC instead.
+// `local` is the local time that Qt returns for an instant. In an hour that the clock shows twice,
+// Qt distinguishes the two only by daylight saving. If that is the same in both, as when a zone
+// changes its standard time, Qt chooses one depending on earlier conversions; the result then keeps
+// the instant by its offset from UTC instead.
 QDateTime keepingInstant(const QDateTime& local, qint64 milliseconds) {
   const qint64 seconds = (milliseconds - local.time().msec()) / 1000;
   if (!local.isValid() || !comesTwiceAlike(seconds))
@@ -161,8 +162,8 @@ QDateTime localTimeOf(qint64 milliseconds) {
   return keepingInstant(QDateTime::fromMSecsSinceEpoch(milliseconds), milliseconds);
 }
 
-// The instant of a local time. Neither Qt nor the C library says which one they take of a time
-// that the clock shows twice or never, so it is looked up from both sides of the change.
+// Returns the instant of a local time. Neither Qt nor the C library specifies its choice for a time
+// that the clock shows twice or never, so this looks at both sides of the change.
 qint64 localSeconds(const QDate& date, const QTime& time) {
   const qint64 wall = wallSeconds(date, time);
   const qint64 before = offsetAt(wall - secondsOfDay);
@@ -172,8 +173,8 @@ qint64 localSeconds(const QDate& date, const QTime& time) {
   return wall - (isAfter && !isBefore ? after : before);
 }
 
-// Milliseconds since 1970 in UTC. Qt calls a local time that the clock leaves out invalid, but it
-// is somebody's date.
+// Returns milliseconds since 1970 in UTC. Also converts local times that the clock skips, which Qt
+// considers invalid.
 std::optional<qint64> instantOf(const QDateTime& dateTime) {
   if (dateTime.isValid())
     return dateTime.toMSecsSinceEpoch();
@@ -217,8 +218,8 @@ QDateTime UTIL_TimeConversion::lastSecondOf(const QDate& day) {
   qint64 beyond = wall - std::min(before, after);
   if (beyond + offsetAt(beyond) == wall)
     return localTimeOf(beyond * 1000);
-  // Otherwise the clock shows this second once, or leaves it out. Then the day ends where the
-  // clock is put forward, which is found between the two.
+  // Otherwise the clock shows this second once, or skips it. If skipped, the day ends where the
+  // clock is put forward, which a binary search between the two finds.
   while (last + offsetAt(last) != wall && beyond - last > 1) {
     const qint64 middle = last + (beyond - last) / 2;
     (middle + offsetAt(middle) <= wall ? last : beyond) = middle;

@@ -9,13 +9,13 @@
 namespace ulo {
 namespace {
 
-// An empty variable counts as none, as the XDG base directory specification has it.
+// An empty variable counts as unset (XDG base directory specification).
 const char* setting(const char* name) {
   const char* value = std::getenv(name);
   return value == nullptr || *value == '\0' ? nullptr : value;
 }
 
-// Creates what is missing of the path, for the owner alone. False, with errno, on failure.
+// Creates the missing parts of the path with mode 0700. Returns false and sets errno on failure.
 bool makeDirectories(const std::filesystem::path& path) {
   std::error_code error;
   if (std::filesystem::is_directory(path, error))
@@ -25,7 +25,7 @@ bool makeDirectories(const std::filesystem::path& path) {
     return false;
   if (mkdir(path.c_str(), 0700) == 0)
     return true;
-  // Another program may have made it in the meantime.
+  // Another program may have just created it.
   const int reason = errno;
   if (reason == EEXIST && std::filesystem::is_directory(path, error))
     return true;

@@ -6,7 +6,7 @@
 
 namespace ulo {
 
-// A file descriptor with one owner; -1 for none.
+// Owns a file descriptor; -1 means none.
 class Descriptor {
 public:
   explicit Descriptor(int number = -1) : number_(number) {}
@@ -23,7 +23,7 @@ public:
     if (const int old = std::exchange(number_, number); old >= 0)
       close(old);
   }
-  // The caller closes it then.
+  // Returns the descriptor without closing it; the caller becomes its owner.
   int release() { return std::exchange(number_, -1); }
 
 private:

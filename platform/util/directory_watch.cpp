@@ -22,7 +22,7 @@ bool DirectoryWatch::sawChange() {
   while ((size = read(files_.get(), events, sizeof events)) > 0) {
     for (const char* place = events; place < events + size;) {
       const auto* event = reinterpret_cast<const inotify_event*>(place);
-      // An overflow names no file.
+      // An overflow event has no file name.
       changed = changed || event->len == 0 ||
                 std::string_view(event->name).substr(0, prefix_.size()) == prefix_;
       place += sizeof(inotify_event) + event->len;

@@ -1,4 +1,4 @@
-// Sees that files of a directory change.
+// Watches a directory for changed files.
 #pragma once
 
 #include "descriptor.h"
@@ -8,17 +8,17 @@
 
 namespace ulo {
 
-// Watches the files of a directory whose names begin with `prefix`: writing, truncating, touching
-// and creating them and moving them there, by any program. Reading is not seen, nor writing through
-// a mapping. Some file systems, such as those of a network, tell nothing of what
-// others do: whoever needs to know looks from time to time as well.
+// Watches the files of a directory whose names begin with `prefix`. Detects writing, truncating,
+// touching, creating and moving into the directory, by any program. Does not detect reading or
+// writes through a mapping. Some file systems, such as network file systems, do not report changes
+// made by other machines, so callers that depend on changes must also poll.
 class ULO_EXPORT DirectoryWatch {
 public:
   DirectoryWatch(const std::string& directory, std::string prefix);
 
-  // Can be read when there may be something to see; -1 when the system refuses.
+  // Becomes readable when there may be a change; -1 if the system provides no watch.
   [[nodiscard]] int descriptor() const { return files_.get(); }
-  // Takes what the system tells; whether one of the files changed since the last call.
+  // Consumes pending events. Returns true if one of the files has changed since the last call.
   bool sawChange();
 
 private:

@@ -7,8 +7,9 @@
 
 namespace ulo {
 
-// Keeps other processes, and other openings of the same file, out until the descriptor is closed.
-// False when another one keeps it for longer than `patience`, or the file can't be locked.
+// Locks a file exclusively, against other processes and other open descriptions of the same file,
+// until the descriptor is closed. Returns false if another holder keeps the lock for longer than
+// `patience`, or if the file cannot be locked.
 inline bool lockWithin(int descriptor, std::chrono::milliseconds patience) {
   constexpr std::chrono::milliseconds step{5};
   const auto end = std::chrono::steady_clock::now() + patience;

@@ -1,4 +1,4 @@
-// Text from outside on its way to people and files.
+// Makes untrusted text safe for display and for files.
 #pragma once
 
 #include "export.h"
@@ -7,13 +7,13 @@
 
 namespace ulo {
 
-// The beginning of a text, of at most `units` characters of 16 bits, that ends with a whole letter:
-// its accents and both halves of a surrogate pair stay with it. Only where a single letter is
-// longer than that it is cut between its parts.
+// Returns the longest beginning of a text that has at most `units` 16-bit characters and does not
+// split a letter from its accents or a surrogate pair. If the first letter alone is longer, it is
+// cut between its parts.
 [[nodiscard]] ULO_EXPORT QString wholeLetters(const QString& text, qsizetype units);
 
-// A text as a part of one line: no control characters, nothing that turns the direction of what
-// stands beside it, and a "…" for what is behind `limit` characters of 16 bits.
+// Returns a text for use within a line: without control characters and directional formatting
+// characters, and with "…" in place of what exceeds `limit` 16-bit characters.
 [[nodiscard]] ULO_EXPORT QString oneLine(const QString& text, qsizetype limit);
 
 }  // namespace ulo

@@ -14,12 +14,12 @@ namespace ulo {
 
 namespace {
 
-// What the library's parser bears: it goes one level deeper with each item of a calendar, each
-// property of the item, each parameter, two with each calendar and three with each field of a
-// value, and gives up at 490.
+// Parser stack depth of the library: it needs one level for each item of a calendar, each property
+// of the item and each parameter, two for each calendar and three for each field of a value, and
+// fails at 490.
 constexpr std::size_t libraryDepth = 450;
 constexpr std::size_t depthOfCalendar = 2;
-// A piece is handed over when it has this many to-dos or bytes.
+// A piece is complete when it has this many to-dos or bytes.
 constexpr std::size_t pieceTodos = 100;
 constexpr std::size_t pieceBytes = std::size_t{1} << 20;
 
@@ -28,7 +28,7 @@ constexpr char pieceEnd[] = "END:VCALENDAR\r\n";
 constexpr char todoStart[] = "BEGIN:VTODO\r\n";
 constexpr char todoEnd[] = "END:VTODO\r\n";
 
-// The components that have a meaning of their own for the library.
+// The components that the library knows.
 constexpr std::array<std::string_view, 4> knownComponents = {"VCALENDAR", "VCARD", "VEVENT",
                                                              "VTODO"};
 
@@ -37,7 +37,7 @@ bool isKnown(std::string_view name) {
                      [name](std::string_view known) { return sameWord(known, name); });
 }
 
-// Logs what is done to a text, up to loggedLimit lines.
+// Logs the changes made to a text, up to loggedLimit lines.
 class RepairLog {
 public:
   void note(std::size_t line, const char* what) {
@@ -55,8 +55,8 @@ private:
   std::size_t count_ = 0;
 };
 
-// Walks through the components of a text. To-dos are those that stand in a calendar directly;
-// components that the library does not know count as part of the calendar, as they do for it.
+// Iterates over the components of a text. To-dos are those directly within a calendar; components
+// unknown to the library count as part of the calendar, as they do in the library.
 class TodoScanner {
 public:
   enum class Event { end, broken, calendar, beginTodo, property, endTodo };
@@ -64,15 +64,15 @@ public:
   explicit TodoScanner(ByteSource& source, RepairLog* log) : reader_(source), log_(log) {}
 
   Event next();
-  // Valid after `property` until the next step.
+  // Valid after the event `property` until the next call.
   [[nodiscard]] const Property& property() const { return property_; }
   [[nodiscard]] std::size_t line() const { return property_.line; }
-  // Everything so far is what the library reads right.
+  // Returns true if the library reads everything so far correctly.
   [[nodiscard]] bool isClean() const { return clean_; }
-  // After `broken`: what is wrong, and where.
+  // After the event `broken`: the problem, and its line.
   [[nodiscard]] TextProblem problem() const { return problem_; }
   [[nodiscard]] std::size_t problemLine() const { return problemLine_; }
-  // Calendars or vCards were seen.
+  // Returns true if calendars or vCards were found.
   [[nodiscard]] bool hasObjects() const { return objects_ > 0; }
 
 private:
@@ -80,7 +80,7 @@ private:
     std::string name;
     std::size_t line;
   };
-  // Places of `open_`: a calendar or vCard, its items, and what is nested in those.
+  // Indexes into `open_`: a calendar or vCard, its items, and components nested in those.
   static constexpr std::size_t itemPlace = 1;
 
   [[nodiscard]] bool inCalendar() const { return !open_.empty() && open_[0].name == "VCALENDAR"; }
@@ -108,7 +108,7 @@ private:
   std::vector<Component> open_;
   bool version2_ = false;
   bool clean_ = true;
-  std::size_t stray_ = 0;       // bytes outside of calendars
+  std::size_t stray_ = 0;       // bytes outside calendars
   std::size_t objects_ = 0;     // calendars and vCards
   std::size_t items_ = 0;       // of the calendar
   std::size_t properties_ = 0;  // of the item
@@ -191,7 +191,7 @@ std::optional<TodoScanner::Event> TodoScanner::take() {
     return takeStray();
   if (open_.size() == itemPlace) {
     ++items_;
-    // It would pass for a component of that name.
+    // The library would read it as a component with that name.
     clean_ = clean_ && !isKnown(property_.header.name);
     if (sameWord(property_.header.name, "VERSION"))
       version2_ = property_.value.find_first_not_of(" \t") == property_.value.find('2');
@@ -293,10 +293,10 @@ struct GuardedText::State {
   Verdict verdict;
   std::vector<std::string> properties;
   RepairLog log;
-  std::optional<TodoScanner> scanner;  // of the pieces
+  std::optional<TodoScanner> scanner;  // scanner of the pieces
   bool finished = false;
   bool hasPiece = false;
-  std::size_t todoStart = 0;       // where the properties of the to-do begin in their piece
+  std::size_t todoStart = 0;       // offset of the to-do's properties in the piece
   std::size_t todoProperties = 0;  // properties of the to-do so far
 };
 
@@ -375,7 +375,7 @@ bool GuardedText::nextPiece(std::string& piece) {
 
   piece = pieceStart;
   std::size_t todos = 0;
-  std::size_t whole = piece.size();  // up to the end of the last to-do
+  std::size_t whole = piece.size();  // size up to the end of the last to-do
   while (!state.finished && todos < pieceTodos && whole < pieceBytes) {
     switch (state.scanner->next()) {
     case TodoScanner::Event::beginTodo:

@@ -1,10 +1,10 @@
-// Guard of the vObject library. The library never ends, crashes or gives up on many ordinary
-// texts; the guard reads them by the rules of vCalendar 1.0 and RFC 2045 and offers the library
-// only text that it reads right. It changes the form of a text, never the names, values or
-// declared character sets of what the text says.
+// Guard of the vObject library. On many ordinary texts the library hangs, crashes or gives up. The
+// guard reads them by the rules of vCalendar 1.0 and RFC 2045 and passes only text to the library
+// that the library reads correctly. It changes the form of a text only, never a name, a value or a
+// declared character set.
 //
-// The library keeps one parser state for the whole process: two threads in it crash. Callers see
-// to it that one thread at a time parses or writes.
+// The library has one parser state per process and crashes if two threads use it. Callers must
+// ensure that only one thread at a time parses or writes.
 #pragma once
 
 #include "export.h"
@@ -17,17 +17,17 @@
 
 namespace ulo {
 
-// Why no to-do can be read from a text.
+// Why a text has no readable to-do.
 enum class TextProblem {
-  none,         // it holds at least one
-  unreadable,   // no regular file, or it cannot be opened or read
-  notCalendar,  // no VCALENDAR in it
-  noTodo,       // a whole calendar without a VTODO
-  truncated,    // a BEGIN without its END: the text was cut
+  none,         // at least one to-do is readable
+  unreadable,   // not a regular file, or it cannot be opened or read
+  notCalendar,  // contains no VCALENDAR
+  noTodo,       // a complete calendar without a VTODO
+  truncated,    // a BEGIN without its END: the text is truncated
   malformed,    // components nested deeper than `nestingLimit`
 };
 
-// A property beyond propertyLimit, which is left out.
+// A property larger than propertyLimit, which is omitted.
 struct LargeProperty {
   std::string name;
   std::size_t line = 0;  // from 1
@@ -35,49 +35,50 @@ struct LargeProperty {
 
 struct TextReport {
   TextProblem problem = TextProblem::none;
-  std::size_t line = 0;   // the line to blame, from 1; 0 when it is not a single line
-  std::size_t todos = 0;  // to-dos that can be read; 0 for a text that is not read at all
-  std::vector<LargeProperty> tooLarge;  // of the to-dos
+  std::size_t line = 0;   // the line with the problem, from 1; 0 if it is not a single line
+  std::size_t todos = 0;  // readable to-dos; 0 if the text is not read at all
+  std::vector<LargeProperty> tooLarge;  // among the properties of to-dos
 };
 
-// Limits of what is read. Texts beyond them are read without the part that is too large.
-// A property with everything that belongs to it, as it stands in the text. The longest note that
-// is stored needs 36 kB.
+// Limits. Texts that exceed them are read without the part that is too large.
+
+// Bytes of a property with all of its lines, as they are in the text. The longest note that is
+// stored needs 36 kB.
 constexpr std::size_t propertyLimit = std::size_t{4} << 20;
-// The name of a property with its parameters.
+// Bytes of a property's name and parameters.
 constexpr std::size_t headerLimit = 8192;
-// All that one to-do hands to the library.
+// Bytes of one to-do passed to the library.
 constexpr std::size_t todoLimit = std::size_t{16} << 20;
-// Properties of one to-do that are read; the library takes 490 in all.
+// Properties read per to-do; the library accepts 490 in total.
 constexpr std::size_t todoPropertyLimit = 200;
-// Components in one another; calendars in use have three.
+// Nesting depth of components; real calendars have three levels.
 constexpr std::size_t nestingLimit = 32;
-// Bytes outside any calendar, as of a mail around it, until a text counts as noise.
+// Bytes outside any calendar, such as those of an enclosing mail, before a text is rejected.
 constexpr std::size_t strayLimit = std::size_t{1} << 20;
-// Lines of the log that one text may cause; the rest are counted.
+// Log lines per text; further ones are only counted.
 constexpr std::size_t loggedLimit = 20;
 
-// What the text of a file, or a text in memory, holds. Nothing is logged.
+// Reports what a file, or a text in memory, contains. Logs nothing.
 [[nodiscard]] ULO_EXPORT TextReport examineFile(const std::string& path);
 [[nodiscard]] ULO_EXPORT TextReport examineText(std::string_view text);
 
-// One text on its way to the library.
+// A text prepared for the library.
 class ULO_EXPORT GuardedText {
 public:
-  // `properties` names the properties of a to-do that the caller reads: only these are in the
-  // pieces. Memory texts must outlive the object.
+  // `properties` lists the to-do properties that the caller reads; the pieces contain no others. A
+  // text in memory must outlive the object.
   static GuardedText fromFile(const std::string& path, std::vector<std::string> properties);
   static GuardedText fromMemory(std::string_view text, std::vector<std::string> properties);
   GuardedText(GuardedText&& other) noexcept;
   ~GuardedText();
 
   [[nodiscard]] const TextReport& report() const;
-  // The library reads the whole text right as it is.
+  // Returns true if the library reads the whole text correctly without changes.
   [[nodiscard]] bool isClean() const;
-  // For a text that is not clean: sets `piece` to the next calendar for the library. All pieces
-  // together hold every to-do of the text in its order; a calendar without any gives one piece.
-  // False at the end, and at once for a text that must not be read at all. What was left out or
-  // written anew is logged with its line.
+  // For a text that is not clean: sets `piece` to the next calendar for the library. Together the
+  // pieces contain every to-do of the text in order; a calendar without to-dos results in one
+  // piece. Returns false at the end, and immediately for a text that must not be read. Everything
+  // omitted or rewritten is logged with its line number.
   bool nextPiece(std::string& piece);
 
 private:
@@ -86,8 +87,8 @@ private:
   std::unique_ptr<State> state_;
 };
 
-// Keeps the vObject library loaded to the end of the process, once somebody has opened it: each
-// time it is unloaded it leaves the memory of its name table behind.
+// Keeps the vObject library loaded until the process exits, if it has been loaded: each unload
+// leaks its name table.
 ULO_EXPORT void keepVObjectLibrary();
 
 }  // namespace ulo

@@ -53,7 +53,7 @@ std::size_t ByteSource::read(char* into, std::size_t size) {
     if (got < 0 && errno == EINTR)
       continue;
     failed_ = failed_ || got < 0;
-    // A regular file gives less than asked for at its end only.
+    // A regular file returns fewer bytes than requested only at its end.
     ended_ = got < static_cast<ssize_t>(size - count);
     count += got > 0 ? static_cast<std::size_t>(got) : 0;
   }
@@ -84,8 +84,8 @@ int LineReader::byte() {
   return result;
 }
 
-// Reads the rest of a line end that began with CR. A run of CR is the end of one line when LF
-// follows, else each of them ends one.
+// Reads the rest of a line end that began with CR. A run of CRs followed by LF ends one line;
+// otherwise each CR ends one.
 bool LineReader::finishCarriageReturn() {
   std::size_t run = 1;
   for (; peekByte() == '\r'; ++run)
@@ -98,7 +98,7 @@ bool LineReader::finishCarriageReturn() {
   return true;
 }
 
-// Takes what stands in the buffer up to a byte that wants to be looked at.
+// Consumes the bytes in the buffer up to the first special one.
 void LineReader::takePlain(Line& line) {
   const char* const first = buffer_.get() + position_;
   const char* const last = std::find_if(first, static_cast<const char*>(buffer_.get() + size_),
@@ -127,7 +127,7 @@ bool LineReader::read(Line& line) {
       return true;
     if (isSpecial(static_cast<char>(c)))
       line.odd = true;
-    // A byte that stands behind the end of the buffer is as plain as those before it.
+    // A byte read after refilling the buffer may also be an ordinary one.
     if (const char plain = static_cast<char>(c); c != 0)
       line.add({&plain, 1});
   }

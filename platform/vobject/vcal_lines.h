@@ -1,5 +1,4 @@
-// The lines of a vCalendar text: physical lines with every kind of line end, and properties that
-// run over several of them.
+// The physical lines of a vCalendar text, with any kind of line end.
 #pragma once
 
 #include "descriptor.h"
@@ -12,16 +11,17 @@
 
 namespace ulo {
 
-// Opens a regular file for reading; closed for anything else. Never waits (as for a pipe).
+// Opens a regular file for reading. Returns a closed descriptor for anything else. Never blocks (as
+// on a pipe).
 Descriptor openRegularFile(const std::string& path);
 
-// The bytes of a file or of a text in memory, as often as wanted.
+// The bytes of a file or of a text in memory. Can be read repeatedly.
 class ByteSource {
 public:
   explicit ByteSource(std::string_view text) : text_(text) {}
   explicit ByteSource(Descriptor file) : file_(std::move(file)) {}
 
-  // Number of bytes read; 0 at the end and after a failure.
+  // Returns the number of bytes read; 0 at the end and after a failure.
   std::size_t read(char* into, std::size_t size);
   void rewind();
   [[nodiscard]] bool failed() const { return failed_; }
@@ -34,28 +34,28 @@ private:
   bool failed_ = false;
 };
 
-// One line without its end and without zero bytes; beyond propertyLimit it is cut.
+// One line without its line end and without zero bytes, truncated at propertyLimit.
 struct Line {
   std::string bytes;
   std::size_t number = 0;
-  bool odd = false;      // zero bytes, 0xFF, or a line end other than LF and CR LF
-  bool tooLong = false;  // cut
+  bool odd = false;      // contains zero bytes or 0xFF, or ends in something other than LF or CR LF
+  bool tooLong = false;  // truncated
 
-  // Empties it, with the memory kept.
+  // Clears the line but keeps its memory.
   void clear();
-  // Appends what there is room for.
+  // Appends as much as fits.
   void add(std::string_view more);
 };
 
-// Takes LF, CR LF, CR CR LF (what a text that was converted twice has) and CR as line ends.
+// Accepts LF, CR LF, CR CR LF (found in texts that were converted twice) and CR as line ends.
 class LineReader {
 public:
   explicit LineReader(ByteSource& source)
       : source_(source), buffer_(std::make_unique_for_overwrite<char[]>(bufferSize)) {}
 
-  // False at the end of the text.
+  // Returns false at the end of the text.
   bool next(Line& line);
-  // The line that `next` will give; null at the end. Valid until the next call.
+  // Returns the line that `next` will return, or null at the end. Valid until the next call.
   const Line* peek();
 
 private:
@@ -71,7 +71,7 @@ private:
   std::size_t position_ = 0;
   std::size_t size_ = 0;
   std::size_t number_ = 0;
-  std::size_t pendingEnds_ = 0;  // line ends of a run of CR that were read ahead
+  std::size_t pendingEnds_ = 0;  // line ends of a run of CRs that were read ahead
   Line peeked_;
   bool hasPeeked_ = false;
 };

@@ -13,18 +13,18 @@ namespace ulo {
 namespace {
 
 constexpr char byteOrderMark[] = "\xEF\xBB\xBF";
-// Parameters of one property that are handed over unchanged; each costs the library a level.
+// Parameters per property that are passed on unchanged; each costs the library one level.
 constexpr std::size_t parameterLimit = 16;
-// Fields of one value that are handed over; each costs the library three levels.
+// Fields per value that are passed on; each costs the library three levels.
 constexpr std::size_t fieldLimit = 40;
-// Characters of a component's name that count; the library gives up at 32.
+// Significant characters of a component name; the library fails at 32.
 constexpr std::size_t componentLimit = 30;
 
-// Properties whose value the library splits into fields of their own names.
+// Properties whose value the library splits into named fields.
 constexpr std::array<std::string_view, 7> fieldedProperties = {
     "AALARM", "DALARM", "MALARM", "PALARM", "ADR", "N", "ORG"};
 
-// Parameters, or values of parameters, that tell the library how a value is encoded.
+// Parameters, or parameter values, that tell the library how a value is encoded.
 struct EncodingName {
   std::string_view name;
   Encoding encoding;
@@ -70,15 +70,15 @@ bool isComponentWord(std::string_view text) {
   return sameWord(text, "BEGIN") || sameWord(text, "END");
 }
 
-// The library keeps words beyond the text they came with. It may then give a later CHARSET in the
-// letters of an earlier word that differs in case.
+// The library keeps words after the text they came with. It may then return a later CHARSET in the
+// case of an earlier word.
 bool spoilsCharset(std::string_view text) {
   constexpr std::string_view charset = "CHARSET";
   return text != charset && sameWord(text, charset);
 }
 
-// What the library takes as one word, wherever it stands. It looks for components even among the
-// parameters.
+// Returns true if the library accepts the text as one word anywhere. It looks for components even
+// among parameters.
 bool isWord(std::string_view text) {
   return !text.empty() && isLetter(text.front()) && !isComponentWord(text) &&
          !spoilsCharset(text) && std::all_of(text.begin(), text.end(), [](char c) {
@@ -87,7 +87,7 @@ bool isWord(std::string_view text) {
          });
 }
 
-// Words with dots between them: the groups of a property and its name.
+// Words separated by dots: the groups of a property and its name.
 bool isGroupedWord(std::string_view text) {
   for (std::size_t dot = text.find('.'); dot != text.npos; dot = text.find('.')) {
     if (!isWord(text.substr(0, dot)))
@@ -102,7 +102,7 @@ bool isFielded(std::string_view name) {
                      [name](std::string_view fielded) { return sameWord(fielded, name); });
 }
 
-// The value of a hexadecimal digit of either case; -1 for anything else.
+// Returns the value of a hexadecimal digit of either case, or -1 for anything else.
 int hexDigit(char c) {
   if (isDigit(c))
     return c - '0';
@@ -114,7 +114,7 @@ bool isUpperHexDigit(char c) {
   return isDigit(c) || (c >= 'A' && c <= 'F');
 }
 
-// The byte that "=XX" at `at` stands for; -1 when it stands for none.
+// Returns the byte encoded by "=XX" at `at`, or -1 if it is not valid.
 int escapedByte(std::string_view text, std::size_t at) {
   if (at + 2 >= text.size())
     return -1;
@@ -123,7 +123,7 @@ int escapedByte(std::string_view text, std::size_t at) {
   return high < 0 || low < 0 ? -1 : high * 16 + low;
 }
 
-// RFC 2045, 6.7. "=" with no meaning stands for itself; lower-case digits are accepted.
+// RFC 2045, 6.7. An invalid "=" is kept literally; lower-case digits are accepted.
 std::string decodeQuotedPrintable(std::string_view text) {
   std::string bytes;
   bytes.reserve(text.size());
@@ -142,7 +142,7 @@ std::string decodeQuotedPrintable(std::string_view text) {
   return bytes;
 }
 
-// RFC 2045, 6.8: what is not of the alphabet is passed over, the padding ends the data.
+// RFC 2045, 6.8: bytes outside the alphabet are skipped; padding ends the data.
 std::string decodeBase64(std::string_view text) {
   text = text.substr(0, text.find('='));
   return QByteArray::fromBase64(
@@ -165,8 +165,8 @@ void appendQuotedPrintable(std::string& text, std::string_view bytes) {
   }
 }
 
-// The library reads the value of a quoted-printable property right: "=XX" is upper-case and no zero
-// byte, and there is something besides soft breaks.
+// Returns true if the library reads the value of a quoted-printable property correctly: "=XX" is
+// upper case and not a zero byte, and the value is not empty or only soft breaks.
 bool readsQuotedPrintableRight(std::string_view value) {
   if (value.empty() || value.front() == ';')
     return false;
@@ -190,8 +190,8 @@ bool readsQuotedPrintableRight(std::string_view value) {
   return !empty;
 }
 
-// The library reads a plain value right: it drops the blanks of each field's start and fields
-// that are empty.
+// Returns true if the library reads a plain value correctly. It drops leading blanks of each field,
+// and empty fields.
 bool readsPlainRight(std::string_view value, bool fielded) {
   value = trimLeft(value);
   if (value.empty())
@@ -223,7 +223,7 @@ std::size_t fieldCount(std::string_view value) {
 }
 
 // Finds the colon that ends a header, looking at each byte once however the header is folded.
-// Colons in a quoted value of a parameter belong to that value.
+// Ignores colons in quoted parameter values.
 class ColonFinder {
 public:
   std::size_t find(std::string_view text) {
@@ -239,7 +239,7 @@ public:
     }
     return std::string_view::npos;
   }
-  // The first colon of a header whose quotation has no end.
+  // The first colon, which ends the header if a quotation is not closed.
   [[nodiscard]] std::size_t first() const { return first_; }
 
 private:
@@ -248,14 +248,15 @@ private:
   bool quoted_ = false;
 };
 
-// Takes the name or the next parameter from the front of a header; false when it was the last.
+// Removes the name or the next parameter from the front of a header. Returns false for the last
+// one.
 bool takeToken(std::string_view& text, std::string_view& token) {
   bool quoted = false;
   std::size_t end = 0;
   for (; end < text.size() && (quoted || text[end] != ';'); ++end)
     if (text[end] == '"' && (quoted || (end > 0 && text[end - 1] == '=')))
       quoted = !quoted;
-  if (quoted)  // a quotation without an end is none
+  if (quoted)  // an unclosed quotation does not count
     end = std::min(text.find(';'), text.size());
   const bool more = end < text.size();
   token = text.substr(0, end);
@@ -287,13 +288,13 @@ void takeParameter(Header& header, std::string_view token) {
     if (!sameWord(name, known.name) && !sameWord(value, known.name))
       continue;
     tellsEncoding = true;
-    // Told twice, the library goes on to decode the next property.
+    // If told twice, the library also decodes the next property.
     header.clean = header.clean && header.encoding == Encoding::plain;
     header.encoding = std::max(header.encoding, known.encoding);
   }
   if (name == "CHARSET")
     header.charset = isWord(value) && !tellsEncoding ? value : std::string_view();
-  // The library keeps it as an 8-bit text where the field of an alarm is a wide one.
+  // The library keeps it as an 8-bit text, but the field of an alarm is a wide one.
   if (sameWord(name, "RUNTIME"))
     header.clean = false;
 }
@@ -343,11 +344,11 @@ std::size_t Property::weight() const {
   return 1 + std::max(header.parameters, split ? 3 * fieldCount(value) : 0);
 }
 
-// The lines of one property on their way together.
+// Assembles the lines of one property.
 struct PropertyReader::Assembly {
   Property& property;
   std::string text;                       // all lines so far
-  std::size_t colon = std::string::npos;  // where the header ends; npos until it is known
+  std::size_t colon = std::string::npos;  // end of the header; npos until known
   ColonFinder finder;
 
   void append(std::string_view bytes) {
@@ -366,7 +367,7 @@ struct PropertyReader::Assembly {
     if (colon == std::string::npos)
       return;
     property.header = parseHeader(std::string_view(text).substr(0, colon));
-    // The library takes the first line after the colon that is not empty for the value.
+    // The library uses the first nonempty line after the colon as the value.
     property.clean = property.clean && colon + 1 < text.size();
   }
   [[nodiscard]] bool isComponent() const { return property.isBegin() || property.isEnd(); }
@@ -374,8 +375,8 @@ struct PropertyReader::Assembly {
 
 namespace {
 
-// The part of a line of quoted-printable before its soft break, "=" included; nothing when the
-// line has none. Blanks behind the "=" were added on the way.
+// Returns the part of a quoted-printable line up to and including the "=" of its soft break, or
+// nothing if it has none. Blanks after the "=" were added in transport.
 std::string_view softBroken(std::string_view line) {
   line = trimRight(line);
   return !line.empty() && line.back() == '=' ? line : std::string_view();
@@ -389,8 +390,8 @@ bool isBase64Line(std::string_view line) {
 
 }  // namespace
 
-// The data goes on while lines are folded or, without a fold, hold nothing but data; an empty
-// line ends it.
+// The data continues while lines are folded or, if not folded, contain only data. An empty line
+// ends it.
 void PropertyReader::joinBase64(Assembly& assembly) {
   Line line;
   while (const Line* following = lines_.peek()) {
@@ -451,7 +452,8 @@ bool PropertyReader::next(Property& property, bool foldsVanish) {
       assembly.append(line, line.bytes);
     } else if (following != nullptr && !following->bytes.empty() &&
                isBlank(following->bytes.front())) {
-      // In a header, in quoted-printable and in iCalendar 2.0 the library's blank is wrong.
+      // The blank that the library inserts is wrong in a header, in quoted-printable and in
+      // iCalendar 2.0.
       property.clean = property.clean && known && !quotedPrintable && !foldsVanish;
       lines_.next(line);
       if (!foldsVanish)

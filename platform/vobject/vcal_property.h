@@ -1,5 +1,5 @@
-// Properties of a vCalendar text: taken from its lines, judged by what the vObject library makes
-// of them, and written so that it reads them right.
+// The properties of a vCalendar text: assembled from its lines, checked for whether the vObject
+// library reads them correctly, and written in a form that it does.
 #pragma once
 
 #include "vcal_lines.h"
@@ -12,36 +12,36 @@ namespace ulo {
 
 enum class Encoding { plain, quotedPrintable, base64 };
 
-// What stands before the colon of a property.
+// The part of a property before the colon.
 struct Header {
-  std::string name;     // without its groups; empty when it is none
-  std::string charset;  // of the last CHARSET; empty without one and when it is no word
+  std::string name;     // without its groups; empty if invalid
+  std::string charset;  // of the last CHARSET; empty if there is none or it is not a valid word
   Encoding encoding = Encoding::plain;
   std::size_t parameters = 0;
-  bool clean = true;  // the library reads it right
+  bool clean = true;  // the library reads it correctly
 };
 [[nodiscard]] Header parseHeader(std::string_view text);
 
-// Both are equal but for the case of ASCII letters.
+// Compares two words, ignoring the case of ASCII letters.
 [[nodiscard]] bool sameWord(std::string_view one, std::string_view other);
 
 // One property with all lines that belong to it.
 struct Property {
   Header header;
-  // Unfolded; soft breaks of quoted-printable stand in it as "=" and line feed, BASE64 has no
+  // Unfolded. Soft breaks of quoted-printable are kept as "=" and line feed; BASE64 has no line
   // breaks.
   std::string value;
-  std::size_t line = 0;  // the first of its lines
-  std::size_t size = 0;  // bytes of all its lines
-  bool blank = false;    // an empty line; nothing else is set
-  bool tooLong = false;  // the value is cut
-  bool clean = true;     // the library reads all of it right
+  std::size_t line = 0;  // number of its first line
+  std::size_t size = 0;  // bytes of all of its lines
+  bool blank = false;    // an empty line; `value` and `header` are empty
+  bool tooLong = false;  // the value is truncated
+  bool clean = true;     // the library reads all of it correctly
 
   [[nodiscard]] bool isBegin() const;
   [[nodiscard]] bool isEnd() const;
-  // Of BEGIN and END: the name of the component, in upper case.
+  // The component name of a BEGIN or END, in upper case.
   [[nodiscard]] std::string component() const;
-  // How deep the library's parser goes for the property alone.
+  // Parser stack depth that the property needs in the library.
   [[nodiscard]] std::size_t weight() const;
 };
 
@@ -49,8 +49,8 @@ class PropertyReader {
 public:
   explicit PropertyReader(ByteSource& source) : lines_(source) {}
 
-  // False at the end of the text. A fold stands for one blank in vCalendar 1.0 and for nothing in
-  // iCalendar 2.0.
+  // Returns false at the end of the text. `foldsVanish`: a fold is removed, as in iCalendar 2.0,
+  // instead of replaced with one blank, as in vCalendar 1.0.
   bool next(Property& property, bool foldsVanish);
 
 private:
@@ -60,10 +60,10 @@ private:
 };
 
 enum class Written {
-  asItIs,  // the library reads it as it stands in the text
-  anew,    // in another form
-  empty,   // left out: no value, which the library would take from the next line
-  unfit,   // left out: the library has no form for it
+  asItIs,  // unchanged; the library reads it correctly
+  anew,    // rewritten in another form
+  empty,   // omitted: without a value, for which the library would use the next line
+  unfit,   // omitted: the library has no form for it
 };
 // Appends the property to a text for the library.
 Written appendProperty(std::string& text, const Property& property);

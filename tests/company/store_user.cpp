@@ -6,6 +6,7 @@
 
 #include "ZTASK_ENG_Model.h"
 #include "log_sink.h"
+#include "ulodb2.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -40,6 +41,9 @@ public:
 
 int removeAll(Store& store) {
   const int code = store.removeAll();
+  // The store does not look at the result of the commit; the database tells.
+  if (code == TASK_ENG_OK && DB_LastResult() != DB_OK)
+    return TASK_ENG_DATABASE_FAILURE;
   if (code == TASK_ENG_OK)
     std::puts("Removed all");
   return code;

@@ -475,4 +475,23 @@ TEST(OdbFiles, TheFileIsTheOwnersAlone) {
   DB_Close();
 }
 
+// Otherwise a first start that failed would look like a lost store to the next one.
+TEST(OdbFiles, ReserveAppearsOnceTheStoreIsComplete) {
+  const DataDirectory directory;
+  const auto reserve = directory.path() / "tasks.reserve";
+  ASSERT_EQ(DB_Open(1), DB_OK);
+  EXPECT_FALSE(std::filesystem::exists(reserve));
+  ASSERT_EQ(DB_BeginTransaction(0), DB_OK);
+  createTaskTables();
+  EXPECT_FALSE(std::filesystem::exists(reserve));
+  ASSERT_EQ(DB_CommitTransaction(), DB_OK);
+  EXPECT_TRUE(std::filesystem::exists(reserve));
+  DB_Close();
+
+  std::filesystem::remove(reserve);
+  ASSERT_EQ(DB_Open(1), DB_OK);
+  EXPECT_TRUE(std::filesystem::exists(reserve));
+  DB_Close();
+}
+
 }  // namespace

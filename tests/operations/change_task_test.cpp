@@ -1,5 +1,6 @@
 #include "change_task.h"
 
+#include "failing_new.h"
 #include "store_test.h"
 #include "ulodb2.h"
 
@@ -173,6 +174,23 @@ TEST_F(ChangeTask, EnsuresCategoryOnce) {
   EXPECT_EQ(ulo::ensureCategory(store(), QString()), ok);
   EXPECT_THAT(categories(), ElementsAre("(null)", "none", "meeting", "vacation", "appointment",
                                         "party", "Garden"));
+}
+
+// The store returns such a task without its category.
+TEST_F(ChangeTask, KeepsCategoryThatCannotBeRead) {
+  const unsigned int uid = addOf("garden");
+  int refused = 0;
+  for (int left = 0; left < 8; ++left) {
+    allocationsLeft = left;
+    const int code = ulo::changeTask(store(), uid, [](Task& task) {
+      allocationsLeft = allAllocationsSucceed;
+      setSummary(task);
+    });
+    allocationsLeft = allAllocationsSucceed;
+    refused += code == ok ? 0 : 1;
+    EXPECT_EQ(category(uid), "garden") << left;
+  }
+  EXPECT_GE(refused, 2);
 }
 
 }  // namespace

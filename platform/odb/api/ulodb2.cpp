@@ -1,4 +1,4 @@
-// The C interface: turns failures into result codes and lines of the log.
+// The C interface: converts failures to result codes and log lines.
 
 #include "ulodb2.h"
 
@@ -27,40 +27,42 @@ struct DB_ResultCursor {
 
 namespace {
 
-// A thread's use of the database. Trivially destructible: it can still be closed by a static
-// object that goes after the thread's own.
+// A thread's state. Trivially destructible, so that static objects destroyed after the thread's own
+// can still close the database.
 thread_local Session* threadSession = nullptr;
 thread_local int threadOpens = 0;
 thread_local int threadTag = 0;
-// Without memory it can be told all the same; a longer one is cut.
+// A fixed buffer, available even without memory; longer messages are truncated.
 thread_local char lastFailure[512] = "";
+thread_local int lastResult = DB_OK;
+thread_local unsigned int failureCount = 0;
 
-// Sessions of all threads.
+// Number of sessions of all threads.
 std::atomic<int> openSessions{0};
-// Whether this process was forked while there were any: SQLite's state in it is the parent's.
+// True if this process was forked while any were open: SQLite's state then belongs to the parent.
 bool isForked = false;
 
-// What happens by itself when a thread ends, and in a child after a fork.
+// Actions at the end of a thread, and in the child after a fork.
 class ProcessHooks {
 public:
   ProcessHooks() : keyIsMade_(pthread_key_create(&key_, &ProcessHooks::endOfThread) == 0) {
     pthread_atfork(nullptr, nullptr, [] { isForked = isForked || openSessions > 0; });
   }
-  // Whether the end of this thread closes what it has opened.
+  // Sets whether the end of this thread closes what it has opened.
   void closeAtEnd(bool yes) const {
     if (keyIsMade_)
       pthread_setspecific(key_, yes ? &threadOpens : nullptr);
   }
 
 private:
-  // Not called for the main thread when the process ends.
+  // Not called for the main thread at process exit.
   static void endOfThread(void*);
 
   pthread_key_t key_{};
   bool keyIsMade_;
 };
 
-// Never destroyed: static objects close the database too.
+// Never destroyed: static objects may still close the database.
 const ProcessHooks& processHooks() {
   static const auto* const hooks = new ProcessHooks;
   return *hooks;
@@ -80,13 +82,15 @@ void ProcessHooks::endOfThread(void*) {
 }
 
 int failed(int code, const char* why) {
+  lastResult = code;
+  ++failureCount;
   const std::size_t size = std::min(std::strlen(why), sizeof lastFailure - 1);
   std::memcpy(lastFailure, why, size);
   lastFailure[size] = '\0';
   return code;
 }
 
-// Runs `work`; a failure of any kind is said by `say` and becomes its code.
+// Runs `work`. Reports any failure through `say` and returns its code.
 template <typename Work, typename Say> int guarded(Work work, Say say) {
   try {
     work();
@@ -101,7 +105,7 @@ template <typename Work, typename Say> int guarded(Work work, Say say) {
     say(failure.what());
     return failed(DB_ERROR, failure.what());
   } catch (...) {
-    // A caller's function threw it.
+    // Thrown by a function of the caller.
     say("an exception of an unknown type");
     return failed(DB_ERROR, "an exception of an unknown type");
   }
@@ -155,7 +159,7 @@ int query(DB_CURSOR* cursor, ParameterView parameters, bool blockIsThere, const 
     require(cursor != nullptr, "there is no place for the cursor");
     if (!blockIsThere)
       throw Failure(DB_BAD_PARAMETER, "there is no parameter block");
-    // Allocated first: what has been done must not fail afterwards.
+    // Allocate first: once the text has run, nothing may fail.
     auto result = std::make_unique<DB_ResultCursor>();
     result->buffer = runText(parameters, text, arguments);
     *cursor = result.release();
@@ -171,7 +175,7 @@ int bindParameter(DB_PARAM block, int index, const Value& value) {
   });
 }
 
-// A negative column is larger than any there is.
+// A negative column becomes larger than any valid index.
 bool hasField(DB_CURSOR cursor, int column) {
   return cursor != nullptr && cursor->row < cursor->buffer.rows() &&
          static_cast<unsigned int>(column) < cursor->buffer.columns();
@@ -206,7 +210,7 @@ int DB_Open(int database) {
 
 int DB_Close() {
   return guarded([] {
-    // After a fork it is the parent's, with its locks; the memory stays until the process ends.
+    // After a fork the session and its locks are the parent's; its memory is leaked.
     if (!isForked || threadOpens == 0)
       session();
     if (--threadOpens == 0 && !isForked)
@@ -282,11 +286,17 @@ DB_PARAM DB_PARAM_Open(int count) {
   if (count < 1 || count > DB_MAX_PARAMETERS)
     return nullptr;
   std::unique_ptr<DB_ParamBlock> block(new (std::nothrow) DB_ParamBlock);
-  if (!block)
+  if (!block) {
+    failed(DB_NO_MEMORY, "no memory");
     return nullptr;
+  }
   block->count = static_cast<std::size_t>(count);
   block->parameters.reset(new (std::nothrow) Parameter[block->count]);
-  return block->parameters ? block.release() : nullptr;
+  if (!block->parameters) {
+    failed(DB_NO_MEMORY, "no memory");
+    return nullptr;
+  }
+  return block.release();
 }
 
 int DB_PARAM_Close(DB_PARAM block) {
@@ -359,6 +369,14 @@ int DB_CSC_Close(DB_CURSOR cursor) {
 
 const char* DB_LastFailure() {
   return lastFailure;
+}
+
+int DB_LastResult() {
+  return lastResult;
+}
+
+unsigned int DB_FailureCount() {
+  return failureCount;
 }
 
 int DB_Explain(const char* text, int what, DB_PARAM block,

@@ -1,26 +1,27 @@
 /* The embedded database: tables, statements and scripts in one file of the data directory.
  *
- * Texts come in two languages: SQL-like statements, and scripts, which begin with "sml:". Every
- * operation that takes a text takes either. A text is a printf template: %s puts a text in, %d,
- * %i, %u, %ld, %li and %lu a number (at most 32 bits of it), %% a percent sign; other conversions
- * are an error. ":0", ":1", ... are the parameters of the parameter block.
+ * Texts are written in one of two languages: SQL-like statements, and scripts, which begin with
+ * "sml:". Every function that accepts a text accepts both. A text is a printf template: %s inserts
+ * a string; %d, %i, %u, %ld, %li and %lu insert a number, truncated to 32 bits; %% inserts a
+ * percent sign. Any other conversion is an error. ":0", ":1", ... refer to the parameters of the
+ * parameter block.
  *
- * Each statement and each script does all of its work or none. Within a transaction it joins it.
- * The database is one per thread: stores of one thread share it, threads have their own. A thread
- * that ends closes what it has opened; an open transaction is undone. Parameter blocks and cursors
- * belong to the thread that made them.
+ * Each statement and each script is atomic. Inside a transaction it becomes part of that
+ * transaction. Each thread opens the database for itself, and all stores of a thread share that
+ * connection. When a thread exits, everything it has opened is closed and an open transaction is
+ * rolled back. Parameter blocks and cursors belong to the thread that created them.
  *
- * A process must not fork while the database is open and go on in the child: there every call
- * fails with DB_NOT_OPEN, except DB_Close, which succeeds and leaves the parent's database and
- * locks alone. A child that runs another program is not affected; neither is a child of a process
- * that had closed the database in all of its threads.
+ * A process must not fork while the database is open and continue in the child. In the child every
+ * call that uses the database fails with DB_NOT_OPEN, except DB_Close, which succeeds and does not
+ * touch the parent's database and locks. A child that executes another program is not affected, nor
+ * is a child of a process that had closed the database in all of its threads.
  *
- * No operation throws. All that return int log why they fail, with these exceptions: DB_BeginRead,
- * DB_EndRead, DB_BeginWrite, DB_EndWrite and DB_CSC_MoveNext don't log, and DB_Explain passes the
- * reason to `line`.
+ * No function throws. Functions that return int log the reason for a failure, with these
+ * exceptions: DB_BeginRead, DB_EndRead, DB_BeginWrite, DB_EndWrite and DB_CSC_MoveNext do not log,
+ * and DB_Explain passes the reason to `line`.
  *
- * Each change of a row of the task table has one entry in the journal of changes
- * (change_journal.h), committed or discarded together with it.
+ * Each change of a row of the task table adds one entry to the journal of changes
+ * (change_journal.h), which is committed or discarded together with the row.
  */
 #pragma once
 
@@ -36,144 +37,159 @@
 extern "C" {
 #endif
 
-/* Results of all operations that return int and say nothing else. */
+/* Result codes of the functions that return int, unless documented otherwise. */
 enum DB_Result {
   DB_OK = 0,
-  DB_ERROR = 1,         /* none of the others */
+  DB_ERROR = 1,         /* any other failure */
   DB_BAD_ARGUMENT = 2,  /* a null pointer, an index out of range, an unknown mode or database */
-  DB_SYNTAX = 3,        /* the text is not of the language; the log says where and why */
-  DB_UNKNOWN_NAME = 4,  /* the text names a table, index or column that is not there */
-  DB_BAD_PARAMETER = 5, /* a parameter of the text is not bound, or there is no block */
-  DB_BAD_TYPE = 6,      /* a value of another type than its place wants */
-  DB_CONSTRAINT = 7,    /* the table exists, a key is taken, the UIDs are used up */
-  DB_BUSY = 8,          /* another process kept the database locked for longer than we wait */
-  DB_IO = 9,            /* the file can't be read or written */
-  DB_NO_MEMORY = 10,    /* memory of this process */
-  DB_CORRUPT = 11,      /* the file is no database, or damaged */
-  DB_FULL = 12,         /* the disk, the user's quota of it or the database is full */
+  DB_SYNTAX = 3,        /* the text is malformed; the log says where and why */
+  DB_UNKNOWN_NAME = 4,  /* the text names a table, index or column that does not exist */
+  DB_BAD_PARAMETER = 5, /* a parameter of the text is not bound, or the block is missing */
+  DB_BAD_TYPE = 6,      /* a value does not fit the type of its target */
+  DB_CONSTRAINT = 7,    /* the table exists, a key is not unique, or no UID is left */
+  DB_BUSY = 8,          /* another process held the lock for longer than the timeout */
+  DB_IO = 9,            /* the file cannot be read or written */
+  DB_NO_MEMORY = 10,    /* this process is out of memory */
+  DB_CORRUPT = 11,      /* the file is damaged or not a database */
+  DB_FULL = 12,         /* the disk, the user's disk quota or the database is full */
   DB_NOT_OPEN = 13,     /* this thread has not opened the database, or the process was forked */
-  DB_TRANSACTION = 14,  /* a transaction is open already, or none is */
-  DB_LIMIT = 15,        /* one of the limits below was reached */
-  DB_END = 16           /* there is no further row */
+  DB_TRANSACTION = 14,  /* a transaction is already open, or none is open */
+  DB_LIMIT = 15,        /* one of the limits below was exceeded */
+  DB_END = 16           /* there are no more rows */
 };
 
-/* Limits. What goes beyond is refused with DB_LIMIT and leaves everything as it was. */
+/* Limits. An operation that exceeds one fails with DB_LIMIT and changes nothing. */
 enum DB_Limit {
-  DB_MAX_TEXT = 65536,          /* bytes of a text after formatting; numbers count as two each */
-  DB_MAX_NESTING = 64,          /* blocks and parentheses inside one another */
-  DB_MAX_PARAMETERS = 256,      /* parameters of a block */
-  DB_MAX_COLUMNS = 64,          /* columns of a table or a buffer schema */
-  DB_MAX_VARIABLES = 64,        /* variables of a script */
-  DB_MAX_NAME = 128,            /* bytes of a name */
-  DB_MAX_ROWS = 4194304,        /* rows of a result */
-  DB_MAX_LOOP_PASSES = 16777216 /* passes through all loops of one run of a script; rows that the
-                                   database leaves out, counts or deletes by itself are none */
+  DB_MAX_TEXT = 65536,     /* bytes of a formatted text; a number outside quotes counts as two */
+  DB_MAX_NESTING = 64,     /* nesting depth of blocks and parentheses */
+  DB_MAX_PARAMETERS = 256, /* parameters of a block */
+  DB_MAX_COLUMNS = 64,     /* columns of a table or a buffer schema */
+  DB_MAX_VARIABLES = 64,   /* variables of a script */
+  DB_MAX_NAME = 128,       /* bytes of a name */
+  DB_MAX_ROWS = 4194304,   /* rows of a result */
+  DB_MAX_LOOP_PASSES = 16777216 /* loop passes of one run of a script, all loops together; rows
+                                   that the database skips, counts or deletes itself do not count */
 };
 
 typedef struct DB_ParamBlock* DB_PARAM;
 typedef struct DB_ResultCursor* DB_CURSOR;
 
-/* Opens database number `database` (1 is the store's) for this thread; each successful call wants
- * a DB_Close. On a database that nobody has filled yet it waits for, and holds, the right to fill
- * it until rows are committed: two programs that start at once don't both create its tables. Tables
- * without any row, left by a program that died in between, are dropped first. The transaction that
- * commits the first rows is all or nothing: if one of its texts fails, so does its commit, whether
- * or not the caller examined the text's result, and the database refuses to be written until it is
- * opened again. */
+/* Opens database number `database` (1 is the store's) for this thread. Each successful call must be
+ * matched by a DB_Close.
+ *
+ * If the database has not been filled yet, the call waits for the exclusive right to fill it and
+ * keeps that right until rows are committed, so that two programs started at the same time do not
+ * both create its tables. Empty tables left by a program that died while creating them are dropped
+ * first. The transaction that commits the first rows is all or nothing: if one of its texts fails,
+ * so does its commit, whether or not the caller checked the text's result, and the database rejects
+ * writes until it is reopened. */
 ULO_EXPORT int DB_Open(int database);
-/* The last close ends an open transaction without keeping its changes. */
+/* Closes the database for this thread. The last close rolls back an open transaction. */
 ULO_EXPORT int DB_Close(void);
 
-/* Begins a transaction that may write. mode: 0. A transaction within a transaction is refused and
- * changes nothing. */
+/* Begins a write transaction. `mode` must be 0. Transactions do not nest: fails with DB_TRANSACTION
+ * and changes nothing if one is open. */
 ULO_EXPORT int DB_BeginTransaction(int mode);
-/* Unless it returns DB_OK, nothing is kept. Each script inside the transaction that changed
- * something has already written it to the disk and made room for the commit, so a full disk is
- * normally the script's result and not the commit's. Wakes programs that watch the file. */
+/* Commits the open transaction. Unless it returns DB_OK, nothing is kept. Each script of the
+ * transaction has already written its changes to disk and reserved room for the commit, so a full
+ * disk is normally reported by the script and not by the commit. Wakes programs that watch the
+ * file. */
 ULO_EXPORT int DB_CommitTransaction(void);
-/* Without a transaction: DB_TRANSACTION, and nothing else happens. */
+/* Rolls back the open transaction. Does nothing and returns DB_TRANSACTION if none is open. */
 ULO_EXPORT int DB_AbortTransaction(void);
 
-/* Until the matching DB_EndRead all that this thread reads shows the database in one state, and
- * many short queries cost less. They nest; within a transaction they change nothing. Meanwhile
- * DB_BeginTransaction and texts that write are refused with DB_TRANSACTION. Nothing is logged. */
+/* Begins a read snapshot: until the matching DB_EndRead, all reads of this thread see the same
+ * state of the database, and many short queries are cheaper. Calls nest. Has no effect within a
+ * transaction; otherwise DB_BeginTransaction and texts that write fail with DB_TRANSACTION until
+ * the snapshot ends. Logs nothing. */
 ULO_EXPORT int DB_BeginRead(void);
-/* Without a DB_BeginRead: DB_TRANSACTION, and nothing else happens. */
+/* Ends a read snapshot. Returns DB_TRANSACTION if there is no matching DB_BeginRead. Logs nothing.
+ */
 ULO_EXPORT int DB_EndRead(void);
 
-/* Until the matching DB_EndWrite no other program and no other thread writes, and what this thread
+/* Until the matching DB_EndWrite no other program or thread can write, and everything this thread
  * writes is one transaction. Blocks like DB_BeginTransaction. Calls nest: within a DB_BeginWrite or
- * DB_BeginTransaction the call joins the open transaction, whose end alone decides what is kept.
- * DB_CommitTransaction and DB_AbortTransaction do not end a transaction that DB_BeginWrite began.
- * Fails with DB_TRANSACTION between DB_BeginRead and DB_EndRead, and if the database has already
- * discarded the open transaction. Logs nothing. */
+ * DB_BeginTransaction the call joins the open transaction, and only the outermost end decides what
+ * is kept. DB_CommitTransaction and DB_AbortTransaction do not end a transaction that DB_BeginWrite
+ * began. Fails with DB_TRANSACTION between DB_BeginRead and DB_EndRead, and if the database has
+ * already discarded the open transaction. Logs nothing. */
 ULO_EXPORT int DB_BeginWrite(void);
-/* The outermost call commits if `keep` is not 0, and otherwise discards what was written. Unless it
- * returns DB_OK, nothing is kept. An inner call with `keep` returns DB_TRANSACTION if the database
- * has already discarded the transaction. Without a DB_BeginWrite: DB_TRANSACTION. Logs nothing. */
+/* Ends a write. The outermost call commits if `keep` is not 0, and otherwise discards what was
+ * written. Unless it returns DB_OK, nothing is kept. An inner call with `keep` returns
+ * DB_TRANSACTION if the database has already discarded the transaction. Returns DB_TRANSACTION if
+ * there is no matching DB_BeginWrite. Logs nothing. */
 ULO_EXPORT int DB_EndWrite(int keep);
 
-/* Runs a text. What it puts into its result buffer is dropped. */
+/* Runs a text and discards its result rows. */
 ULO_EXPORT int DB_Exec(const char* text, ...) DB_PRINTF(1, 2);
-/* The same with parameters. A parameter that the text doesn't use is fine. A null block makes it
- * fail. */
+/* Like DB_Exec, with parameters. Parameters that the text does not use are ignored. Fails with
+ * DB_BAD_PARAMETER if `block` is null. */
 ULO_EXPORT int DB_ExecWithParam(DB_PARAM block, const char* text, ...) DB_PRINTF(2, 3);
-/* Runs a text and gives its result buffer, standing on the first row. On failure *cursor is null.
- */
+/* Runs a text and sets *cursor to a cursor on the first of its result rows. Sets *cursor to null on
+ * failure. */
 ULO_EXPORT int DB_Query(DB_CURSOR* cursor, const char* text, ...) DB_PRINTF(2, 3);
 ULO_EXPORT int DB_QueryWithParam(DB_CURSOR* cursor, DB_PARAM block, const char* text, ...)
     DB_PRINTF(3, 4);
 
-/* This thread's tag: what its last successful script set with set_session_tag, or the UID of its
- * last successful insert that ended in returnuid. 0 at the start. */
+/* Returns this thread's tag: the value that its last successful script set with set_session_tag, or
+ * the UID of its last successful insert with returnuid, whichever came last. Initially 0. */
 ULO_EXPORT int DB_GetTag(void);
 
-/* A block of `count` parameters, none bound. Null when `count` is not from 1 to DB_MAX_PARAMETERS,
- * or memory is short. */
+/* Creates a block of `count` unbound parameters. Returns null if `count` is not in the range 1 to
+ * DB_MAX_PARAMETERS, or if memory is exhausted. */
 ULO_EXPORT DB_PARAM DB_PARAM_Open(int count);
 ULO_EXPORT int DB_PARAM_Close(DB_PARAM block);
 ULO_EXPORT int DB_PARAM_BindInteger(DB_PARAM block, int index, int value);
-/* Copies a zero-terminated text of 16-bit units whose two bytes are exchanged. Null binds the null
- * value. */
+/* Binds a copy of a zero-terminated text of byte-swapped 16-bit units. A null pointer binds the
+ * null value. */
 ULO_EXPORT int DB_PARAM_BindUnicode(DB_PARAM block, int index, const unsigned short* units);
-/* Copies a zero-terminated text of bytes, meant to be UTF-8. Null binds the null value. */
+/* Binds a copy of a zero-terminated text of bytes, which should be UTF-8. A null pointer binds the
+ * null value. */
 ULO_EXPORT int DB_PARAM_BindChar(DB_PARAM block, int index, const char* utf8);
 
-/* Fields of the current row, by the order of the columns in the buffer's schema. A row or column
- * that is not there, and a null, gives 0, false or null. So does a text whose conversion to the
- * other form finds no memory, which is logged. */
+/* Fields of the current row. `column` is the column's index in the buffer's schema. Return 0, false
+ * or null if there is no such row or column and if the field is null. The text functions also
+ * return null, and log it, if there is no memory to convert the text to the other form. */
 ULO_EXPORT int DB_CSC_GetFieldAsInteger(DB_CURSOR cursor, int column);
 ULO_EXPORT int DB_CSC_GetFieldAsBool(DB_CURSOR cursor, int column);
-/* Zero-terminated units in the machine's byte order. Valid until the cursor is closed. */
+/* Returns zero-terminated 16-bit units in native byte order, valid until the cursor is closed. */
 ULO_EXPORT const unsigned short* DB_CSC_GetFieldAsUnicode(DB_CURSOR cursor, int column);
-/* Zero-terminated bytes. Valid until the cursor is closed. */
+/* Returns zero-terminated bytes, valid until the cursor is closed. */
 ULO_EXPORT const char* DB_CSC_GetFieldAsChar(DB_CURSOR cursor, int column);
-/* DB_OK when the cursor stands on a row afterwards, DB_END when there was no further one. */
+/* Moves to the next row. Returns DB_OK if there is one, DB_END if not, and DB_BAD_ARGUMENT for a
+ * null cursor. */
 ULO_EXPORT int DB_CSC_MoveNext(DB_CURSOR cursor);
-/* 1 behind the last row (at once on an empty buffer) and for a null cursor, else 0. */
+/* Returns 1 if the cursor is past the last row, which an empty result is from the start, or is
+ * null; otherwise 0. */
 ULO_EXPORT int DB_CSC_Eof(DB_CURSOR cursor);
-/* Closing null does nothing. */
+/* Frees the cursor. Null is ignored. */
 ULO_EXPORT int DB_CSC_Close(DB_CURSOR cursor);
 
-/* Why the last operation of this thread that failed did so, for the user of a program. Never null;
- * empty if none failed. Valid until the next operation of the thread. */
+/* Returns the reason for this thread's most recent failure, as a message for the user. Never null;
+ * empty if nothing has failed. Valid until the thread's next operation. */
 ULO_EXPORT const char* DB_LastFailure(void);
+/* Returns the result of that failure; DB_OK if nothing has failed. */
+ULO_EXPORT int DB_LastResult(void);
+/* Returns how many operations of this thread have failed. Some operations of the store do not look
+ * at the result of each step: a caller that must know compares the count before and after. */
+ULO_EXPORT unsigned int DB_FailureCount(void);
 
-/* Tools for people. A `line` that throws ends them with DB_ERROR: no further line follows, and what
- * was running is undone. */
+/* Diagnostics. If `line` throws, the function stops calling it, rolls back what was running and
+ * returns DB_ERROR. */
 
 enum DB_ExplainWhat {
-  DB_EXPLAIN_TOKENS = 1, /* the words of the text with their places */
-  DB_EXPLAIN_TREE = 2,   /* the checked tree */
-  DB_EXPLAIN_SQL = 4,    /* the SQL that each cursor leads to */
-  DB_EXPLAIN_RUN = 8     /* run it: the SQL as it happened, with its values, and the result rows */
+  DB_EXPLAIN_TOKENS = 1, /* the tokens of the text with their positions */
+  DB_EXPLAIN_TREE = 2,   /* the syntax tree */
+  DB_EXPLAIN_SQL = 4,    /* the SQL of each cursor, or of the statement */
+  DB_EXPLAIN_RUN = 8     /* run the text: the SQL executed, with its values, and the result rows */
 };
-/* Explains a text, taken as it stands and not as a template. Gives each line to `line`. What is
- * wrong with the text is a line too: "line L, column C: ...". Needs an open database. `block` may
- * be null where the text has no parameters or is not run. */
+/* Explains a text, which is not treated as a template. `what` is a combination of DB_ExplainWhat.
+ * Passes each line of output to `line`, including an error in the text ("line L, column C: ...").
+ * Requires an open database. `block` may be null if the text has no parameters or is not run. */
 ULO_EXPORT int DB_Explain(const char* text, int what, DB_PARAM block,
                           void (*line)(void* context, const char* utf8), void* context);
-/* Checks the file's structure. Gives each defect to `line`; none and DB_OK means it is sound. */
+/* Checks the file's structure and passes each defect to `line`. The file is sound if the function
+ * returns DB_OK without calling `line`. */
 ULO_EXPORT int DB_CheckFile(void (*line)(void* context, const char* utf8), void* context);
 
 #ifdef __cplusplus

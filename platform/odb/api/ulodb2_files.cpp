@@ -13,7 +13,8 @@ namespace {
 
 using Line = void (*)(void* context, const char* utf8);
 
-// Runs `work` with a place for its lines; a failure is the last line, and its code is returned.
+// Runs `work` with a sink for its messages. On failure passes the reason to the sink and returns
+// the code.
 template <typename Work> int reported(Line line, void* context, Work work) {
   if (line == nullptr)
     return DB_BAD_ARGUMENT;

@@ -1,4 +1,5 @@
-/* Maintenance of database files: check, backup, restore and rescue. Results are those of ulodb2.h.
+/* Maintenance of database files: check, backup, restore and rescue. Result codes are those of
+ * ulodb2.h.
  */
 #pragma once
 
@@ -8,34 +9,35 @@
 extern "C" {
 #endif
 
-/* Maintenance of the file of database number `database`. No thread of this process may have it
- * open. `line` receives texts for the user; the last one says why a function failed. `sample` names
- * the file of a sound database with the same tables. */
+/* All functions operate on the file of database number `database`, which no thread of this process
+ * may have open. `line` receives messages for the user; if a function fails, the last one is the
+ * reason. `sample` names the file of a sound database with the same tables. */
 
-/* Checks the file without changing it: its structure, its tables, indexes and triggers compared
- * with those of `sample`, and that no UID is above the counter. Each defect is a line. Returns
- * DB_ERROR if there is one, another code if the file can't be examined at all, and DB_OK if there
- * is no file yet. */
+/* Checks the file without changing it: its structure, that its tables, indexes and triggers match
+ * those of `sample`, and that no UID exceeds the UID counter. Passes each defect to `line`. Returns
+ * DB_ERROR if there are any, another code if the file cannot be examined at all, and DB_OK if the
+ * file is sound or does not exist yet. */
 ULO_EXPORT int DB_Inspect(int database, const char* sample,
                           void (*line)(void* context, const char* utf8), void* context);
-/* Returns DB_CORRUPT, and says what is left, if the file is missing or empty although there was a
- * store: DB_Open fails then. */
+/* Detects a lost store. Returns DB_CORRUPT if the file is missing or empty although other files
+ * show that there was a store, and passes their names to `line`. DB_Open fails in that case. */
 ULO_EXPORT int DB_FindLost(int database, void (*line)(void* context, const char* utf8),
                            void* context);
 
-/* Copies the database, in one state while other programs write, to `file`, which is readable by the
- * owner only. The file appears when it is complete, checked and on the disk. Returns DB_CONSTRAINT
- * if `file` exists and `overwrite` is 0. */
+/* Copies the database to `file`, which only its owner can read. The copy is a consistent snapshot
+ * even while other programs write. The file appears only when it is complete, checked and flushed
+ * to disk. Returns DB_CONSTRAINT if `file` exists and `overwrite` is 0. */
 ULO_EXPORT int DB_Backup(int database, const char* file, int overwrite,
                          void (*line)(void* context, const char* utf8), void* context);
-/* Replaces the database by a copy of `file`, which must be sound. The replaced file is kept beside
- * it under a name with the time, which is a line. Returns DB_BUSY if a program has the database
- * open, and DB_CORRUPT if `file` is not sound; both leave the database unchanged. */
+/* Replaces the database with a copy of `file`, which must be sound. Keeps the replaced file in the
+ * same directory under a name that contains the time, and passes that name to `line`. Returns
+ * DB_BUSY if a program has the database open, and DB_CORRUPT if `file` is not sound; both leave the
+ * database unchanged. */
 ULO_EXPORT int DB_Restore(int database, const char* file, const char* sample,
                           void (*line)(void* context, const char* utf8), void* context);
-/* Replaces a damaged database by a sound one with all rows that can be read, with their UIDs, and
- * counters that are not lower. The damaged file is kept like that of DB_Restore. Returns DB_CORRUPT
- * and changes nothing if no row can be read. */
+/* Replaces a damaged database with a sound one that holds all readable rows with their UIDs, and
+ * UID counters that are not lower than before. Keeps the damaged file as DB_Restore does. Returns
+ * DB_CORRUPT and changes nothing if no row can be read. */
 ULO_EXPORT int DB_Rescue(int database, const char* sample,
                          void (*line)(void* context, const char* utf8), void* context);
 

@@ -41,7 +41,7 @@ public:
   int defects() const { return defects_; }
 
   void checkStructure() {
-    // Without its list of tables nothing can be examined.
+    // Nothing can be examined without the list of tables.
     numberOf(database_, "SELECT count(*) FROM sqlite_schema");
     try {
       SqlStatement check(database_, "PRAGMA integrity_check");
@@ -51,7 +51,7 @@ public:
           found(line);
       }
     } catch (const Failure& failure) {
-      // Some damage ends the check.
+      // Some damage aborts the check.
       if (failure.code() != DB_CORRUPT)
         throw;
       found(failure.what());
@@ -76,7 +76,7 @@ public:
       }
     }
     for (const auto& [name, entry] : present) {
-      // SQLite's own, such as the statistics of its ANALYZE.
+      // Ignore SQLite's own tables, such as the statistics of ANALYZE.
       if (wanted.count(name) == 0 && name.rfind("sqlite_", 0) != 0)
         found("the " + entry.type + " " + name + " is unknown");
     }

@@ -18,7 +18,7 @@
 namespace ulo::odb {
 namespace {
 
-// Added to the highest UID that is left if the counter of UIDs can't be read.
+// Added to the highest remaining UID if the UID counter cannot be read.
 constexpr std::int64_t counterMargin = 10000;
 
 constexpr std::size_t headerSize = 100;
@@ -43,7 +43,7 @@ bool isSameFile(const std::string& one, const std::string& other) {
   return a && b && a->device == b->device && a->inode == b->inode;
 }
 
-// A copy of all rows in one state, packed, its indexes built anew.
+// Copies a consistent snapshot of all rows, compacted and with rebuilt indexes.
 void copyRows(sqlite3* database, const std::string& to) {
   SqlStatement copy(database, "VACUUM INTO ?");
   sqlite3_bind_text(copy.handle(), 1, to.c_str(), -1, SQLITE_STATIC);
@@ -71,7 +71,7 @@ void copyFrom(const std::string& file, const std::string& to) {
     const Handle handle = openFile(uriOf(file, "?mode=ro"), SQLITE_OPEN_READONLY);
     copyRows(handle.get(), to);
   } catch (const Failure& failure) {
-    // A file that was copied while it had a write-ahead log can't be opened where none can be made.
+    // A file copied while it had a write-ahead log cannot be opened where no log can be created.
     if (failure.code() != DB_IO || access((file + "-wal").c_str(), F_OK) == 0)
       throw;
     const Handle handle = openFile(uriOf(file, "?immutable=1"), SQLITE_OPEN_READONLY);
@@ -98,7 +98,7 @@ std::string sentenceOfKept(const std::string& kept) {
   return kept.empty() ? std::string() : "the old file is kept as " + kept;
 }
 
-// The content of a damaged file, in a place where trying out does no harm.
+// A working copy of a damaged file.
 class Scratch {
 public:
   Scratch(const StorePlace& place, const std::string& prefix, const std::string& sample)
@@ -112,7 +112,7 @@ public:
     content.resize(std::max(content.size(), headerSize));
     writeContent(path(), content);
     if (!isDatabase()) {
-      // What does not depend on the rows: the format, but neither sizes nor places.
+      // Header fields that do not depend on the rows: the format, but neither sizes nor positions.
       content.replace(0, 24, sound, 0, 24);
       content.replace(44, 4, sound, 44, 4);
       content.replace(encodingAt, 4, sound, encodingAt, 4);
@@ -137,7 +137,7 @@ private:
   FreshFile file_;
 };
 
-// What the pages of a damaged file still hold.
+// The data that the pages of a damaged file still hold.
 class Remains {
 public:
   Remains(const Scratch& scratch, const std::vector<TableShape>& shapes)
@@ -189,7 +189,7 @@ private:
     }
   }
 
-  // A row of SQLite's table of counters: a name and a number.
+  // Reads a row of SQLite's table of UID counters: a name and a number.
   void noteCounter(const SalvagedRow& row) {
     if (row.values.size() != 2 || row.values[0].kind != SalvagedValue::Kind::text ||
         row.values[1].kind != SalvagedValue::Kind::integer)
@@ -208,7 +208,7 @@ private:
     }
   }
 
-  // A row of the journal: the number of the entry, a time, a UID and the kind of change.
+  // Reads a row of the journal: the entry's number, a time, a UID and the type of change.
   void noteChange(const SalvagedRow& row) {
     constexpr std::size_t columns = 4;
     constexpr std::int64_t removed = 3;
@@ -224,7 +224,7 @@ private:
       fate = {row.rowid, row.values[3].integer == removed};
   }
 
-  // Pages that are no longer used still hold rows that were removed.
+  // Unused pages still hold deleted rows.
   void forgetRemoved() {
     for (Table& table : tables_) {
       if (!isFollowed(table.shape.name))
@@ -246,7 +246,7 @@ private:
         if (counter > 0)
           table.counter = std::max(table.counter.value_or(0), counter);
       } catch (const Failure&) {
-        // The one from the pages, if there is one.
+        // Use the counter found in the pages, if any.
       }
       std::int64_t highest = table.rows.empty() ? 0 : table.rows.rbegin()->first;
       if (isFollowed(table.shape.name) && !fates_.empty())
@@ -259,7 +259,7 @@ private:
   }
 
 public:
-  // The UIDs of new rows are above this.
+  // New rows get UIDs above this.
   [[nodiscard]] std::int64_t counterOf(const Table& table) const {
     return std::min<std::int64_t>(lowest_.at(table.shape.name), INT32_MAX);
   }
@@ -276,7 +276,7 @@ private:
   std::map<std::string, std::int64_t> lowest_;
 };
 
-// Tries a plain copy of all rows. Fails unless it is sound and has all rows that remain.
+// Tries a plain copy of all rows. Returns false unless it is sound and has all the remaining rows.
 bool copyWhole(const Scratch& scratch, const Remains& remains, const std::string& sample,
                const std::string& to) {
   try {
@@ -321,7 +321,7 @@ public:
   }
 
 private:
-  // They would take what is rescued for changes.
+  // The triggers would record the rescued rows as changes.
   std::vector<std::string> dropTriggers() {
     std::vector<std::string> names;
     std::vector<std::string> sql;
@@ -388,10 +388,22 @@ int inspectStore(const StorePlace& place, const std::string& sample, const Repor
   requireNotLost(place);
   if (!hasContent(place.path()))
     return 0;
-  const Handle handle = openFile(place.path());
-  // A damaged file is left as it is.
-  sqlite3_db_config(handle.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
-  return inspect(handle.get(), sample, report);
+  const auto attempt = [&](bool alone) {
+    const Handle handle = openFile(place.path());
+    if (alone)
+      execute(handle.get(), "PRAGMA locking_mode = EXCLUSIVE");
+    // Do not modify a damaged file.
+    sqlite3_db_config(handle.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    return inspect(handle.get(), sample, report);
+  };
+  try {
+    return attempt(false);
+  } catch (const Failure& failure) {
+    // A full disk has no room for the index of the log that programs share.
+    if (failure.code() != DB_FULL)
+      throw;
+  }
+  return attempt(true);
 }
 
 void backUp(const StorePlace& place, const std::string& file, bool overwrite) {
@@ -414,7 +426,7 @@ void restore(const StorePlace& place, const std::string& file, const std::string
   foldLog(place);
   const std::int64_t floor = lastEntryOf(place.path());
   const StoreLock lock(place);
-  // What is checked is the copy: it is what becomes the store.
+  // Check the copy, since it is what becomes the store.
   FreshFile fresh(freshPrefix(place));
   copyFrom(file, fresh.path());
   if (inspect(openFile(fresh.path()).get(), sample, report) > 0)

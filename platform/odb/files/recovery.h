@@ -7,9 +7,9 @@
 
 namespace ulo::odb {
 
-// All throw Failure. `sample` is a sound, empty database file of the same tables.
+// All functions throw Failure. `sample` is a sound, empty database file with the same tables.
 
-// Reports everything that is wrong with the file of a store; see DB_Inspect.
+// Reports every defect of a store's file; see DB_Inspect.
 int inspectStore(const StorePlace& place, const std::string& sample, const Report& report);
 
 // See DB_Backup, DB_Restore and DB_Rescue.

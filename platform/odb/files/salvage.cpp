@@ -25,7 +25,7 @@ std::uint64_t bigEndian(std::string_view bytes, std::size_t at, std::size_t size
   return value;
 }
 
-// Reads numbers of variable length; fails at the end of the bytes.
+// Reads variable-length integers. Fails at the end of the bytes.
 class Numbers {
 public:
   Numbers(std::string_view bytes, std::size_t at) : bytes_(bytes), at_(at) {}
@@ -61,7 +61,7 @@ public:
     markFree();
   }
 
-  // The header names a page size that can be.
+  // The header has a valid page size.
   [[nodiscard]] bool areValid() const {
     return size_ >= smallestPage && size_ <= largestPage && (size_ & (size_ - 1)) == 0;
   }
@@ -79,7 +79,7 @@ private:
     if (!areValid())
       return;
     std::uint64_t trunk = bigEndian(file_, freeListAt, 4);
-    // A list that is damaged ends where it stops making sense.
+    // A damaged list ends where it becomes invalid.
     while (has(trunk) && !isFree_[trunk]) {
       const std::string_view bytes = page(trunk);
       const std::uint64_t leaves = bigEndian(bytes, 4, 4);
@@ -101,7 +101,7 @@ private:
   std::vector<bool> isFree_;
 };
 
-// How many bytes of a payload lie in the leaf page itself.
+// Returns the number of payload bytes stored in the leaf page itself.
 std::uint64_t localBytes(std::uint64_t payload, std::size_t usable) {
   const std::uint64_t most = usable - 35;
   if (payload <= most)
@@ -125,11 +125,11 @@ std::optional<std::string> payloadOf(const Pages& pages, std::string_view page, 
     payload += overflow.substr(4, size - payload.size());
     next = bigEndian(overflow, 0, 4);
   }
-  // The last page of a payload names no further one.
+  // The last page of a payload has no successor.
   return next == 0 ? std::optional(std::move(payload)) : std::nullopt;
 }
 
-// The bytes of a value of this serial type; none for a type that does not exist.
+// Returns the size of a value with this serial type, or nothing if the type does not exist.
 std::optional<std::size_t> sizeOf(std::uint64_t type) {
   constexpr std::size_t sizes[] = {0, 1, 2, 3, 4, 6, 8, 8, 0, 0};
   constexpr std::uint64_t firstOfAnyLength = 12;

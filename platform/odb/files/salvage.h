@@ -1,4 +1,4 @@
-// Reads the rows of a damaged database file from its pages, without the tree above them.
+// Reads the rows of a damaged database file directly from its pages, without the tree above them.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,7 @@ struct SalvagedValue {
   enum class Kind { null, integer, text, other };
   Kind kind = Kind::null;
   std::int64_t integer = 0;
-  std::string text;  // bytes in the encoding of the database
+  std::string text;  // bytes in the database's encoding
 };
 
 struct SalvagedRow {
@@ -21,10 +21,10 @@ struct SalvagedRow {
   std::vector<SalvagedValue> values;
 };
 
-// Passes each whole row in the table pages of `file` to `take`, in the order of the pages. Rows of
-// all tables come mixed. Pages in the list of free pages are left out, as far as it can be read;
-// rows whose values are cut off or inconsistent are left out, too.
-// Requires: the first 100 bytes of `file` are a valid header.
+// Passes each complete row in the table pages of `file` to `take`, in page order. The rows of all
+// tables are mixed. Pages on the free list are skipped, as far as the list can be read, and so are
+// rows with truncated or inconsistent values. Requires: the first 100 bytes of `file` are a valid
+// header.
 void salvageRows(std::string_view file, const std::function<void(SalvagedRow&&)>& take);
 
 }  // namespace ulo::odb

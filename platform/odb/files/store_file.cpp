@@ -29,7 +29,7 @@ constexpr const char* oldJournal = "/changes.db";
 constexpr int busyTimeoutMs = 10000;
 constexpr std::chrono::seconds directoryPatience{10};
 
-// Where SQLite locks a database file: a connection that is open holds a read lock in this range.
+// The byte range that SQLite locks in a database file: an open connection holds a read lock in it.
 constexpr off_t lockRangeStart = 0x40000000;
 constexpr off_t lockRangeLength = 512;
 
@@ -43,7 +43,7 @@ bool exists(const std::string& path) {
   return lstat(path.c_str(), &status) == 0;
 }
 
-// The newest store that was set aside, or an empty name.
+// Returns the name of the most recently replaced store, or an empty name.
 std::string setAside(const StorePlace& place) {
   const std::string prefix = place.name + ".";
   std::string newest;
@@ -75,13 +75,13 @@ void rename(const std::string& from, const std::string& to) {
     throw systemFailure(to);
 }
 
-// Renames unless there is a file of the new name.
+// Renames a file unless the new name exists.
 void renameToNew(const std::string& from, const std::string& to) {
   if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
     return;
   if (errno == EEXIST)
     throw Failure(DB_CONSTRAINT, to + ": " + std::strerror(errno));
-  // Not every file system can.
+  // Not every file system supports this.
   if (errno != EINVAL && errno != ENOSYS)
     throw systemFailure(to);
   if (exists(to))
@@ -89,7 +89,7 @@ void renameToNew(const std::string& from, const std::string& to) {
   rename(from, to);
 }
 
-// A name beside the store that says when it was set aside.
+// Returns a name next to the store that contains the current time.
 std::string keptName(const StorePlace& place) {
   const std::time_t now = std::time(nullptr);
   std::tm local{};
@@ -144,7 +144,7 @@ bool hasContent(const std::string& path) {
 void requireNotLost(const StorePlace& place) {
   const std::string path = place.path();
   if (hasContent(path)) {
-    // SQLite takes the shortest of these for an empty database.
+    // SQLite treats the shortest of these as an empty database.
     constexpr off_t smallestDatabase = 512;
     struct stat status {};
     if (stat(path.c_str(), &status) == 0 && status.st_size < smallestDatabase)
@@ -169,7 +169,7 @@ StoreLock::StoreLock(const StorePlace& place)
     : directory_(open(place.directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
   if (!directory_.isOpen())
     throw systemFailure(place.directory);
-  // Held by every program while it opens the store.
+  // Every program holds this lock while it opens the store.
   if (!lockWithin(directory_.get(), directoryPatience))
     throw Failure(DB_BUSY, "another program is opening the store in " + place.directory);
   file_.reset(open(place.path().c_str(), O_RDWR | O_CLOEXEC));
@@ -186,7 +186,7 @@ StoreLock::StoreLock(const StorePlace& place)
   if (fcntl(file_.get(), F_OFD_SETLK, &range) == 0)
     return;
   const int reason = errno;
-  // If it is this process that has the store open, closing would release SQLite's own locks.
+  // If this process itself has the store open, closing the file would release SQLite's locks.
   file_.release();
   errno = reason;
   if (reason == EAGAIN || reason == EACCES)
@@ -239,8 +239,8 @@ std::string putInPlace(const StorePlace& place, FreshFile& fresh) {
   std::string kept;
   if (exists(path) || hasContent(log)) {
     kept = keptName(place);
-    // Without a log one rename replaces the store: there is always a whole one. With a log there is
-    // none for a moment; a program that opens it then says so (requireNotLost).
+    // Without a log a single rename replaces the store, so there is always a complete one. With a
+    // log there is none for a moment; a program that opens it then reports that (requireNotLost).
     const bool linked = !hasContent(log) && exists(path) && link(path.c_str(), kept.c_str()) == 0;
     if (!linked && exists(path))
       rename(path, kept);
@@ -263,7 +263,7 @@ void foldLog(const StorePlace& place) {
     sqlite3_busy_timeout(handle.get(), 0);
     execute(handle.get(), "PRAGMA wal_checkpoint(TRUNCATE)");
   } catch (const Failure&) {
-    // The log is kept beside the file then.
+    // The log is then kept with the file.
   }
 }
 

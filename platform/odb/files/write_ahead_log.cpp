@@ -16,7 +16,7 @@ constexpr std::size_t saltSize = 8;
 constexpr std::size_t headerSumAt = 24;
 constexpr std::size_t frameSaltAt = 8;
 constexpr std::size_t frameSumAt = 16;
-constexpr std::uint32_t magic = 0x377f0682;  // the last bit: sums of big-endian words
+constexpr std::uint32_t magic = 0x377f0682;  // last bit set: checksums of big-endian words
 constexpr std::uint32_t largestPage = 65536;
 
 std::uint32_t word(std::string_view bytes, std::size_t at, bool bigEndian) {
@@ -28,7 +28,7 @@ std::uint32_t word(std::string_view bytes, std::size_t at, bool bigEndian) {
   return value;
 }
 
-// The running check sum of a log.
+// The running checksum of a log.
 struct Sum {
   bool bigEndian;
   std::uint32_t first = 0;
@@ -56,7 +56,7 @@ void applyLog(std::string& file, std::string_view log) {
   if (!sum.isAt(log, headerSumAt) || pageSize == 0 || pageSize > largestPage)
     return;
 
-  std::vector<std::size_t> frames;  // of the transaction that is being read
+  std::vector<std::size_t> frames;  // of the current transaction
   for (std::size_t at = headerSize; at + frameHeaderSize + pageSize <= log.size();
        at += frameHeaderSize + pageSize) {
     if (log.substr(at + frameSaltAt, saltSize) != log.substr(saltAt, saltSize))

@@ -1,4 +1,4 @@
-// Reads SQLite's write-ahead log where SQLite can't, because the database beside it is damaged.
+// Reads SQLite's write-ahead log when SQLite cannot, because the database itself is damaged.
 #pragma once
 
 #include <string>
@@ -6,8 +6,8 @@
 
 namespace ulo::odb {
 
-// Writes the pages of all transactions that the log holds whole into `file`, the content of the
-// database file. A log that is damaged is applied up to the damage.
+// Writes the pages of all complete transactions in the log into `file`, the content of the database
+// file. A damaged log is applied up to the damage.
 void applyLog(std::string& file, std::string_view log);
 
 }  // namespace ulo::odb

@@ -9,8 +9,8 @@
 namespace ulo::odb {
 namespace {
 
-// How the file declares a column. The words behind ours give SQLite's storage class: "unicode"
-// alone would make a number of the text "007".
+// Column declarations in the file. The added words determine SQLite's type affinity: "UNICODE"
+// alone would turn the text "007" into a number.
 struct Declaration {
   Type type;
   const char* sql;
@@ -34,7 +34,7 @@ Type typeOf(const std::string& declaration) {
   return found == std::end(declarations) ? Type::integer : found->type;
 }
 
-// A column of the statement by its name. Throws Failure.
+// Returns a column of the statement by name. Throws Failure.
 const TableColumn& columnOf(const Statement& statement, const ColumnDeclaration& wanted) {
   for (const TableColumn& column : statement.columns)
     if (column.name == wanted.name)
@@ -125,7 +125,7 @@ std::string createTableSql(const Statement& statement) {
     if (&column != &statement.columns.front())
       sql += ", ";
     sql += quoteName(column.name) + " " + declarationOf(column.type);
-    // Numbers are never given twice, and stay within what the interface's int can say.
+    // Numbers are never reused, and fit into the int of the C interface.
     if (column.automatic)
       sql += " PRIMARY KEY AUTOINCREMENT CHECK (" + quoteName(column.name) +
              " <= " + std::to_string(INT32_MAX) + ")";

@@ -29,27 +29,27 @@ struct Index {
 struct Table {
   std::string name;
   std::vector<Column> columns;
-  int uid = 0;  // the column that the database numbers; the table's key
+  int uid = 0;  // the column that the database numbers, which is the table's key
   std::vector<Index> indexes;
 
-  // Place of the column, -1 when there is none of that name.
+  // Returns the index of the column, or -1 if there is none with that name.
   [[nodiscard]] int find(std::string_view column) const;
 };
 
-// What a cursor walks over: a table in the order of its UIDs, or an index in its own order.
+// The rows that a cursor traverses: a table in the order of its UIDs, or an index in its own order.
 struct Source {
   std::shared_ptr<const Table> table;
   std::vector<KeyColumn> key;
 };
 
-// A name without the qualifier "main.", which means this database.
+// Returns a name without the qualifier "main.", which means this database.
 std::string_view localName(std::string_view name);
 
-// The tables of a database as they stood when the catalog was made.
+// A snapshot of the tables of a database.
 class Catalog {
 public:
-  // What selects from SQLite's schema the tables that texts can name: neither SQLite's own nor
-  // those of the journal of changes.
+  // SQL condition that selects the tables available to texts from SQLite's schema: neither SQLite's
+  // own tables nor those of the journal of changes.
   static constexpr char tablesOfPrograms[] = "type = 'table' AND name NOT LIKE 'sqlite\\_%' ESCAPE "
                                              "'\\' AND name NOT LIKE 'ulo\\_%' ESCAPE "
                                              "'\\'";
@@ -57,16 +57,16 @@ public:
   // Throws Failure.
   explicit Catalog(sqlite3* database);
 
-  // Null when there is no table of that name.
+  // Returns null if there is no table with that name.
   [[nodiscard]] std::shared_ptr<const Table> table(std::string_view name) const;
-  // Of a table or an index; `table` is null when there is neither.
+  // Returns the source for a table or an index. Its `table` is null if neither exists.
   [[nodiscard]] Source source(std::string_view name) const;
 
 private:
   std::vector<std::shared_ptr<const Table>> tables_;
 };
 
-// The SQL of a create statement. Throws Failure.
+// Return the SQL of a create statement. Throw Failure.
 std::string createTableSql(const Statement& statement);
 std::string createIndexSql(const Statement& statement);
 

@@ -17,7 +17,8 @@ bool isValue(Type type) {
   return isNumber(type) || isText(type) || type == Type::null || type == Type::any;
 }
 
-// Whether a value of type `given` can stand where `wanted` is. Parameters show it when they run.
+// Returns true if a value of type `given` may be used where `wanted` is expected. Parameters are
+// checked at run time.
 bool fits(Type wanted, Type given) {
   if (given == Type::null || given == Type::any)
     return true;
@@ -158,7 +159,7 @@ private:
   }
 
   void addVariable(Node& node, Variable variable) {
-    // A name may be declared again in an inner or a later block.
+    // A name can be declared again only after the block that declares it.
     for (std::size_t i = 0; i < visible_.size(); ++i)
       if (variableAt(visible_[i]).name == variable.name)
         throw Failure(DB_SYNTAX, node.at, "variable $" + variable.name + " is declared twice");
@@ -183,7 +184,7 @@ private:
     throw Failure(DB_UNKNOWN_NAME, node.at, "no variable $" + node.text + " is declared here");
   }
 
-  // The variable that the operation is asked of; its slot goes into the node.
+  // Returns the target variable of the operation and stores its slot in the node.
   const Variable& target(Node& node, Type type) {
     Node& asked = *node.operands[0];
     asked.slot = node.slot = slotOf(asked);
@@ -199,7 +200,7 @@ private:
     return program_.cursors[static_cast<std::size_t>(variable.cursor)];
   }
 
-  // The tuple that is the argument of find or update has to belong to the cursor's table.
+  // The tuple passed to find or update must belong to the cursor's table.
   void tupleArgument(Node& node, bool key, const CursorPlan& plan) {
     Node& argument = *node.operands[1];
     argument.slot = slotOf(argument);
@@ -376,8 +377,8 @@ private:
     operands(node, found->type);
   }
 
-  // Once the whole script is known: what a cursor has to fetch to go on from where it stands, and
-  // whether the script's own updates would lead it astray.
+  // Called when the whole script is known. Determines which columns the cursor must fetch to
+  // continue from its position, and whether the script's own updates would disturb its order.
   void finish(CursorPlan& plan) {
     plan.order = plan.source.key;
     const int uid = plan.source.table->uid;
@@ -400,9 +401,9 @@ private:
   Program& program_;
   const Catalog& catalog_;
   std::vector<int> visible_;
-  std::vector<std::pair<const Table*, int>> changed_;  // columns that data tuples set
-  int loops_ = 0;                                      // around the node that is looked at
-  int queries_ = 0;  // that the script makes, or 2 where it may make more than one
+  std::vector<std::pair<const Table*, int>> changed_;  // columns set by data tuples
+  int loops_ = 0;                                      // number of loops around the current node
+  int queries_ = 0;  // number of queries; a query in a loop counts as 2
 };
 
 }  // namespace

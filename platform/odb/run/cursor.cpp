@@ -86,15 +86,15 @@ bool Cursor::find(const Tuple& key) {
   return true;
 }
 
-// Remembers where the current row stands in the order.
+// Saves the position of the current row in the order.
 void Cursor::keepPosition() {
   position_.clear();
   for (const int place : plan_.orderFetched)
     position_.emplace_back(field(place));
 }
 
-// From the kept position on: the rest of the live statement when it holds the same key, then all
-// rows behind that key; else all rows behind the position.
+// Continues after the saved position. If the live statement holds rows with the same key, reads the
+// rest of it and then all rows after that key; otherwise all rows after the position.
 void Cursor::goOnAfterKey() {
   if (row_ != nullptr)
     keepPosition();
@@ -105,11 +105,11 @@ void Cursor::goOnAfterKey() {
     live_ = nullptr;
     level = static_cast<int>(plan_.order.size()) - 1;
   }
-  // Lowest level last in the walk, so first in the list.
+  // The lowest level is read last, so it is first in the list.
   for (int i = 0; i <= level; ++i) {
     const KeyColumn& column = plan_.order[static_cast<std::size_t>(i)];
     const bool isNull = position_[static_cast<std::size_t>(i)].view().isNull();
-    // Nulls come first, with "desc" last.
+    // Nulls come first, or last with "desc".
     if (column.descending && !isNull && column.column != plan_.source.table->uid)
       ahead_.push_back({i, Behind::null});
     if (!column.descending || !isNull)
@@ -136,7 +136,7 @@ bool Cursor::startNextStretch() {
   if (filtered)
     bindFilter(statement, bound + 1);
   live_ = &statement;
-  // Behind the last column of the key only the UID differs.
+  // After the last column of the key only the UID differs.
   liveIsSameKey_ = stretch.level == static_cast<int>(plan_.source.key.size());
   return true;
 }
@@ -178,7 +178,7 @@ bool Cursor::advance(bool sameKeyOnly) {
     liveIsSameKey_ = sameKeyOnly;
     std::reverse(listed_->begin(), listed_->end());
   }
-  // A row may have been deleted since.
+  // A listed row may have been deleted since.
   while (row_ == nullptr && !listed_->empty()) {
     row_ = fetchRow(listed_->back());
     listed_->pop_back();
@@ -211,7 +211,7 @@ bool Cursor::moveNextInDup() {
   if (where_ == Where::found) {
     goOnAfterKey();
   } else if (where_ == Where::walking && !liveIsSameKey_ && (row_ != nullptr || rowIsDeleted_)) {
-    // A row that the walk came to: its key is the one to stay in.
+    // The row was reached by walking; stay within its key.
     listed_.reset();
     goOnAfterKey();
   } else if (where_ != Where::walking) {
@@ -255,7 +255,7 @@ void Cursor::update(const Tuple& data) {
   const std::int64_t uid = field(0).number;
   bind(statement, ++parameter, Value::integer(uid), Type::integer);
   statement.run();
-  // The row shows what was written.
+  // Read the row again to show the update.
   if (plan_.fetched.size() > 1)
     row_ = fetchRow(uid);
 }

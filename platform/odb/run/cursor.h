@@ -14,13 +14,13 @@
 
 namespace ulo::odb {
 
-// The fields that a script set in a tuple, by their table columns.
+// The fields that a script has set in a tuple, by table column.
 class Tuple {
 public:
   void clear() { columns_.clear(); }
   void set(int column, const Value& value);
 
-  // Those that are set, ascending.
+  // The columns that are set, in ascending order.
   [[nodiscard]] const std::vector<int>& columns() const { return columns_; }
   [[nodiscard]] bool has(int column) const {
     return std::binary_search(columns_.begin(), columns_.end(), column);
@@ -32,29 +32,30 @@ public:
 
 private:
   std::vector<int> columns_;
-  std::vector<OwnedValue> values_;  // by column; they keep their memory
+  std::vector<OwnedValue> values_;  // by column; clear() keeps their memory
 };
 
-// A cursor of a running script. It keeps its statements for the next run.
+// A cursor of a running script. Keeps its statements for the next run.
 class Cursor {
 public:
   // Both must outlive the cursor.
   Cursor(sqlite3* database, const CursorPlan& plan) : database_(database), plan_(plan) {}
 
-  // Before the first row.
+  // Opens the cursor before the first row.
   void open();
-  // Ends all reading; the cursor stands on no row.
+  // Ends all reading. The cursor is then not on a row.
   void close();
 
-  // Whether it has not been moved since it was opened.
+  // Returns true if the cursor has not been moved since it was opened.
   [[nodiscard]] bool isBeforeFirst() const { return where_ == Where::beforeFirst; }
-  // From here on the rows that don't pass the plan's filter may be left out; `values` are those
-  // that it compares with, and live until the next call. Empty: no row is left out.
+  // Allows the cursor to skip rows that do not match the plan's filter. `values` are the filter
+  // operands; they must remain valid until the next call. If null or empty, no row is skipped.
   void setFilter(const std::vector<Value>* values) { filter_ = values; }
-  // Makes the rows that pass the filter the ones that moveNext goes to; all of them will be asked
-  // for. Requires: before the first row.
+  // Restricts moveNext to the rows that match the filter. The caller will read all of them.
+  // Requires: the cursor is before the first row.
   void walkFiltered();
-  // Goes to each of them in turn and calls `row`, with the statement that holds it.
+  // Moves to each matching row in turn and calls `row` with the statement that holds it. Requires
+  // the same.
   template <typename Row> void forEachFiltered(Row row) {
     walkFiltered();
     while (live_->step())
@@ -62,40 +63,40 @@ public:
     live_ = nullptr;
     where_ = Where::end;
   }
-  // The number of rows that pass it; the cursor is behind the last one then. Requires the same.
+  // Returns the number of matching rows and moves past the last one. Requires the same.
   std::int64_t countFiltered();
 
-  // Deletes all rows; the cursor is behind the last one then. Requires the same.
+  // Deletes all rows and moves past the last one. Requires the same.
   void deleteAll();
 
-  // To the first row whose key equals the fields of `key`, nulls included. False, and on no row,
-  // when there is none.
+  // Moves to the first row whose key equals the fields of `key`, including nulls. Returns false and
+  // is not on a row if there is none.
   bool find(const Tuple& key);
-  // To the next row of the order; also after the current row was deleted. False, and on no row,
-  // behind the last one and after a find that failed.
+  // Moves to the next row in order, even if the current row was deleted. Returns false and is not
+  // on a row after the last row and after a failed find.
   bool moveNext();
-  // To the next row with the same key. False, and on no row, when there is none; moveNext goes on
-  // from there.
+  // Moves to the next row with the same key. Returns false and is not on a row if there is none;
+  // moveNext continues from there.
   bool moveNextInDup();
 
-  // Null when the cursor stands on no row. Valid until the cursor moves. `place` counts in the
-  // plan's `fetched`.
+  // Returns null if the cursor is not on a row. Valid until the cursor moves. `place` is an index
+  // into the plan's `fetched`.
   [[nodiscard]] Value field(int place) const;
   [[nodiscard]] Type typeAt(int place) const {
     return typeOf(plan_.fetched[static_cast<std::size_t>(place)]);
   }
-  // Both require a current row, else they throw Failure.
+  // Both throw Failure if there is no current row.
   void deleteRow();
   void update(const Tuple& data);
 
 private:
   enum class Where {
     beforeFirst,
-    found,    // where find went: further rows are to be looked for
+    found,    // positioned by find; following rows have not been looked up yet
     walking,  // rows come from `live_`, then from `ahead_`
     end,
   };
-  // Rows that follow in the order: those behind the position at one level of the key.
+  // Rows that follow in order: those after the position at one level of the key.
   struct Stretch {
     int level;
     Behind behind;
@@ -118,14 +119,14 @@ private:
   const CursorPlan& plan_;
 
   Where where_ = Where::beforeFirst;
-  SqlStatement* row_ = nullptr;       // holds the current row, null when there is none
+  SqlStatement* row_ = nullptr;       // holds the current row; null if there is none
   bool rowIsDeleted_ = false;         // the current row was deleted; its position is kept
-  SqlStatement* live_ = nullptr;      // the next rows come from it
-  bool liveIsSameKey_ = false;        // and they all have the key of the position
-  std::vector<Stretch> ahead_;        // after `live_`, the last one first
-  std::vector<OwnedValue> position_;  // of the order's columns; empty when not kept
-  std::optional<std::vector<std::int64_t>> listed_;  // when the plan lists first: UIDs, the last
-                                                     // one first
+  SqlStatement* live_ = nullptr;      // yields the next rows
+  bool liveIsSameKey_ = false;        // all of its rows have the key of the position
+  std::vector<Stretch> ahead_;        // to read after `live_`; last one first
+  std::vector<OwnedValue> position_;  // values of the order's columns; empty if not kept
+  // If the plan lists first: the UIDs of the next rows, last one first.
+  std::optional<std::vector<std::int64_t>> listed_;
 
   const std::vector<Value>* filter_ = nullptr;
 
@@ -135,7 +136,7 @@ private:
   std::unique_ptr<SqlStatement> byUid_;
   std::unique_ptr<SqlStatement> delete_;
   std::unique_ptr<SqlStatement> deleteAll_;
-  // By the columns that are looked for or set.
+  // By the columns searched or set.
   std::map<std::vector<int>, std::unique_ptr<SqlStatement>> finds_;
   std::map<std::vector<int>, std::unique_ptr<SqlStatement>> updates_;
   std::map<std::tuple<int, Behind, bool>, std::unique_ptr<SqlStatement>> stretches_;

@@ -50,9 +50,9 @@ std::string filter(const CursorPlan& plan, const std::string& before) {
   return sql;
 }
 
-// Whether walking the key's index would look up each row in the table only to leave many of them
-// out: then it is cheaper to read the table as it lies and sort what is wanted. Without statistics
-// SQLite would walk. Where all rows are wanted, sorting them whole costs as much as it saves.
+// Returns true if walking the key's index would look up each row in the table only to skip many of
+// them. It is then cheaper to scan the table and sort the matching rows, but without statistics
+// SQLite would walk the index. If all rows are wanted, sorting them costs as much as it saves.
 bool sortsCheaper(const CursorPlan& plan) {
   const int uid = plan.source.table->uid;
   const auto inOrder = [&](int column) {
@@ -69,7 +69,7 @@ bool sortsCheaper(const CursorPlan& plan) {
   return !plan.filter.empty() && first != uid && !isRange && !isCovered;
 }
 
-// From the column at place `level` of the order on.
+// Sorts by the columns of the order from `level` on.
 std::string orderBy(const CursorPlan& plan, std::size_t level) {
   std::string sql;
   for (std::size_t i = level; i < plan.order.size(); ++i)

@@ -24,7 +24,7 @@ std::string valueText(const Value& value) {
   }
 }
 
-// The SQL that a cursor may lead to, each with what asks for it.
+// Lists the SQL statements that a cursor may execute, each with its purpose.
 void listSql(const CursorPlan& plan, const std::string& name, const LineSink& line) {
   const auto list = [&](const std::string& what, const std::string& sql) {
     line("$" + name + " " + what + ": " + sql);
@@ -51,8 +51,8 @@ void listSql(const CursorPlan& plan, const std::string& name, const LineSink& li
     line("$" + name + " update: the fields that were set");
 }
 
-// Gives every SQL statement that runs to `line` while it lives. An exception of `line` must not
-// pass through SQLite: it interrupts the run, and `check` throws it.
+// Passes every SQL statement that runs to `line` during its lifetime. An exception from `line` must
+// not propagate through SQLite: it interrupts the run, and `check` rethrows it.
 class Trace {
 public:
   Trace(sqlite3* database, const LineSink& line) : database_(database), line_(line) {
@@ -70,7 +70,7 @@ public:
 private:
   static int statement(unsigned, void* context, void* handle, void* text) {
     auto& trace = *static_cast<Trace*>(context);
-    // A statement that a trigger runs comes as a comment; the triggers are the journal's.
+    // Statements run by triggers are reported as comments; the triggers are those of the journal.
     if (trace.thrown_ || std::strncmp(static_cast<const char*>(text), "--", 2) == 0)
       return 0;
     try {

@@ -10,8 +10,8 @@ int loopPassLimit = DB_MAX_LOOP_PASSES;
 
 namespace {
 
-// Ends the reading of all cursors, however a run ends: a statement in mid-read would keep its
-// transaction alive.
+// Closes all cursors at the end of a run, because an unfinished SELECT would keep its transaction
+// open.
 class CloseCursors {
 public:
   explicit CloseCursors(std::vector<std::unique_ptr<Cursor>>& cursors) : cursors_(cursors) {}
@@ -182,7 +182,7 @@ void Executable::executePlanned(const Node& node, const LoopPlan& plan) {
   cursor.setFilter(nullptr);
 }
 
-// Puts a row out. Requires: the current row has ended.
+// Outputs a row. Requires: the current row has ended.
 void Executable::copyRow(const RowCopy& copy) {
   ResultBuffer& result = run_->result;
   const Cursor* cursor =
@@ -196,7 +196,7 @@ void Executable::copyRow(const RowCopy& copy) {
   }
 }
 
-// The same for each row that the cursor's filtered walk comes to.
+// Outputs each row of the cursor's filtered walk.
 void Executable::copyRows(const Node& node, const RowCopy& copy, Cursor& cursor) {
   struct Cell {
     ResultBuffer::Column& column;
@@ -205,7 +205,7 @@ void Executable::copyRows(const Node& node, const RowCopy& copy, Cursor& cursor)
   };
   ResultBuffer& result = run_->result;
   std::vector<Cell> cells;
-  std::vector<ResultBuffer::Column*> uids;  // they take the UID, the first in the row, never null
+  std::vector<ResultBuffer::Column*> uids;  // hold the UID: first in the row and never null
   for (const Copy& cell : copy.copies) {
     ResultBuffer::Column& column = result.column(cell.target);
     column.fill(result.rows(), {});
@@ -227,8 +227,8 @@ void Executable::copyRows(const Node& node, const RowCopy& copy, Cursor& cursor)
       result.column(cell.target).fill(result.rows(), literal(*cell.constant));
 }
 
-// The loop's own condition is looked at before the cursor moves: nobody wants the row behind the
-// last one, which may be far.
+// Checks the loop's condition before moving the cursor: the row after the last one needed is not
+// wanted, and finding it may take long.
 void Executable::executeOnward(const Node& node, Cursor& cursor, Slot& found) {
   while (truth(*node.operands[0])) {
     onePass(node);
@@ -240,8 +240,8 @@ void Executable::executeOnward(const Node& node, Cursor& cursor, Slot& found) {
   }
 }
 
-// The values that the filter of a cursor compares with. False when one is missing or a text: then
-// the loop has to walk, to fail where the text says so.
+// Determines the filter operands. Returns false if one is missing or a text: the loop must then
+// walk, so that it fails at the right position of the text.
 bool Executable::filterValues(const CursorPlan& plan, std::vector<Value>& values) const {
   for (const Condition& condition : plan.filter) {
     const Node& node = *condition.value;
@@ -343,7 +343,7 @@ Value Executable::evaluate(const Node& node) {
   }
 }
 
-// A comparison with null never holds.
+// A comparison with null is always false.
 bool Executable::holds(const Node& node) {
   const Value left = evaluate(*node.operands[0]);
   const Value right = evaluate(*node.operands[1]);

@@ -11,7 +11,7 @@
 
 namespace ulo::odb {
 
-// The parameters of a block.
+// A parameter of a block.
 struct Parameter {
   bool isBound = false;
   OwnedValue value;
@@ -21,30 +21,30 @@ struct ParameterView {
   std::size_t count = 0;
 };
 
-// Whether the plans of loops and row copies are used. Every text gives the same rows either way;
-// tests compare them.
+// Enables the plans of loops and row copies. Every text returns the same rows either way, which
+// tests verify.
 extern bool pushDownEnabled;
 
-// Passes through all loops of one run, DB_MAX_LOOP_PASSES. A text may use them all for nothing;
-// where any text is run, as by a fuzzer, a lower limit keeps each of them short.
+// Limit of loop passes per run, DB_MAX_LOOP_PASSES by default. A program that runs arbitrary texts,
+// such as a fuzzer, can lower it to keep each run short.
 extern int loopPassLimit;
 
-// A program with the statements that it has prepared so far, on one connection.
+// A program with its prepared statements on one connection.
 class Executable {
 public:
-  // `database` must outlive it.
+  // `database` must outlive the object.
   Executable(sqlite3* database, std::shared_ptr<const Program> program);
 
   [[nodiscard]] const Program& program() const { return *program_; }
 
-  // What a run needs and gives besides its rows.
+  // The inputs and outputs of a run.
   struct Run {
     ParameterView parameters;
     const std::vector<std::int64_t>& arguments;
     ResultBuffer& result;
-    std::optional<int> tag;  // set when the text sets the tag
+    std::optional<int> tag;  // set if the text sets the tag
   };
-  // Runs it once, without a transaction of its own. Throws Failure.
+  // Runs the program once. Does not begin a transaction. Throws Failure.
   void run(Run& run);
 
 private:
@@ -64,7 +64,7 @@ private:
   void copyRows(const Node& node, const RowCopy& copy, Cursor& cursor);
   void executeOnward(const Node& node, Cursor& cursor, Slot& found);
   void walk(const Node& node);
-  // Throws Failure when there have been too many.
+  // Counts a loop pass. Throws Failure if there are too many.
   void onePass(const Node& node) {
     if (++loopPasses_ > loopPassLimit)
       tooManyPasses(node);

@@ -5,9 +5,9 @@
 namespace ulo::odb {
 namespace {
 
-// The store has fewer than thirty.
+// The store uses fewer than thirty.
 constexpr std::size_t templatesKept = 256;
-// Of one template. The store calls with two different texts at most, its indexes.
+// Per template. The store uses at most two different texts, the names of its indexes.
 constexpr std::size_t callsKept = 4;
 
 }  // namespace
@@ -31,7 +31,7 @@ KnownTemplates::Entry& KnownTemplates::entry(const char* text) {
   if (const auto found = entries_.find(text); found != entries_.end()) {
     if (found->second.pattern.text() == text)
       return found->second;
-    // Another one stands in its place now.
+    // A different template is at this address now.
     entries_.erase(found);
   }
   if (entries_.size() == templatesKept)

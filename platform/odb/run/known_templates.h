@@ -10,8 +10,8 @@
 
 namespace ulo::odb {
 
-// The templates that were run last, with what they came to: a call that was made before is neither
-// parsed nor formatted nor looked up by its text again.
+// Recently run templates and the programs they resulted in. A repeated call is not parsed,
+// formatted or looked up by its text again.
 class KnownTemplates {
 public:
   class Entry {
@@ -20,9 +20,9 @@ public:
 
     const Template pattern;
 
-    // What the template came to with these texts, null when that is not known.
+    // Returns the program for these texts, or null if unknown.
     [[nodiscard]] Executable* find(const TemplateArguments& arguments) const;
-    // Requires: no number of the call stands in quotes.
+    // Requires: no number of the call is within quotes.
     void add(const TemplateArguments& arguments, std::shared_ptr<Executable> executable);
 
   private:
@@ -34,13 +34,13 @@ public:
     std::vector<Call> calls_;
   };
 
-  // The entry of a template; others may be forgotten for it. Valid until the next call. Throws
-  // Failure when the template is wrong.
+  // Returns the entry of a template, possibly evicting others. Valid until the next call. Throws
+  // Failure if the template is malformed.
   Entry& entry(const char* text);
   void clear() { entries_.clear(); }
 
 private:
-  // By where the templates stand, which tells a program's literals apart.
+  // By the address of the template, which identifies a string literal of a program.
   std::unordered_map<const char*, Entry> entries_;
 };
 

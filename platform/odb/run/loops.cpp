@@ -20,7 +20,7 @@ bool isComparison(Op op) {
          op == Op::greater || op == Op::greaterEqual;
 }
 
-// The comparison with its sides exchanged.
+// Returns the comparison with its operands swapped.
 Op mirrored(Op op) {
   switch (op) {
   case Op::less:
@@ -42,7 +42,7 @@ bool anyNode(const Node& node, const std::function<bool(const Node&)>& holds) {
                      [&](const NodePtr& operand) { return anyNode(*operand, holds); });
 }
 
-// Asks the cursor for something that depends on which row it stands on, or moves it.
+// Returns true if the node uses the cursor's current row, or moves the cursor.
 bool usesPosition(const Node& node, int cursor) {
   return node.slot == cursor && (node.op == Op::getField || node.op == Op::moveNext ||
                                  node.op == Op::moveNextInDup || node.op == Op::dataTuple);
@@ -69,7 +69,7 @@ public:
   }
 
 private:
-  // A script that opens a cursor, deletes each row that it comes to, and does nothing else.
+  // Plans a script that opens a cursor, deletes each row it reaches, and does nothing else.
   void planRemoval(Node& body) {
     if (body.operands.size() != 2 || body.operands[0]->op != Op::declareVariable ||
         body.operands[1]->op != Op::loop)
@@ -100,7 +100,7 @@ private:
       planRowCopies(*operand);
   }
 
-  // Of no statements when the block begins with something else.
+  // Has no statements if the block begins with anything else.
   static RowCopy rowCopyOf(const Node& block) {
     RowCopy row;
     for (const NodePtr& statement : block.operands) {
@@ -125,7 +125,7 @@ private:
     return {};
   }
 
-  // `later`: the statements that run after this one.
+  // The statements that run after the current one.
   struct Later {
     std::vector<NodePtr>::const_iterator first;
     std::vector<NodePtr>::const_iterator end;
@@ -143,9 +143,9 @@ private:
     }
   }
 
-  // What runs after a statement of an inner block: at least what runs after the block. The rest
-  // of the block itself holds no further loop over the same cursor that is planned, for a cursor
-  // has one planned loop at most.
+  // Uses `later` for the statements of an inner block: what runs after the block also runs after
+  // them. The rest of the block itself has no further planned loop over the same cursor, because a
+  // cursor has at most one.
   void visitAll(const Node& block, bool inLoop, Later later) {
     for (std::size_t i = 0; i < block.operands.size(); ++i) {
       const bool isLast = i + 1 == block.operands.size();
@@ -158,7 +158,8 @@ private:
         program_.variables[static_cast<std::size_t>(slot)].cursor)];
   }
 
-  // Turns a condition into comparisons that all have to hold. False when it is something else.
+  // Converts a condition to comparisons that must all be true. Returns false for any other
+  // condition.
   bool conditions(const Node& node, int cursor, std::vector<Condition>& found) {
     if (node.op == Op::logicalAnd)
       return conditions(*node.operands[0], cursor, found) &&
@@ -180,7 +181,7 @@ private:
     return true;
   }
 
-  // Whether the cursor can take this loop's filter: only one loop of a cursor has one.
+  // Returns true if the cursor can use this loop's filter: only one loop per cursor has one.
   bool isFree(int cursor) const {
     return std::none_of(program_.loops.begin(), program_.loops.end(),
                         [&](const LoopPlan& loop) { return loop.cursor == cursor; });
@@ -213,7 +214,7 @@ private:
     return true;
   }
 
-  // The slot of $i in a block that is { $i = $i + 1; } and nothing else.
+  // Returns the slot of $i if the block is exactly { $i = $i + 1; }, otherwise -1.
   static int counterOf(const Node& block) {
     if (block.operands.size() != 1 || block.operands[0]->op != Op::assign)
       return -1;
@@ -225,7 +226,7 @@ private:
     return counts ? assign.slot : -1;
   }
 
-  // Whether the block does nothing but to put out a row, with something of this cursor's or none.
+  // Returns true if the block only outputs a row, with fields of this cursor or of none.
   [[nodiscard]] bool onlyCopies(const Node& block, int cursor) const {
     if (block.plan < 0)
       return false;
@@ -244,8 +245,8 @@ private:
     plan.cursor = block.operands[1]->operands[0]->slot;
     std::vector<Condition> filter;
     const Node& then = *block.operands[0]->operands[1];
-    // The rows left out must make no difference to the loop's own condition, nor may anything
-    // later see where the loop stopped.
+    // Skipping rows must not affect the loop's own condition, and nothing later may depend on where
+    // the loop stopped.
     const auto dependsOnRow = [&](const Node& n) {
       return n.op == Op::find || usesPosition(n, plan.cursor) || n.op == Op::recordNumber ||
              n.op == Op::tableExists;

@@ -9,12 +9,12 @@
 
 namespace ulo::odb {
 
-// Values by their texts; of more than `capacity` the one that was used longest ago goes.
+// Values by text. Evicts the least recently used one beyond `capacity`.
 template <typename Value> class LruCache {
 public:
   explicit LruCache(std::size_t capacity) : capacity_(capacity) {}
 
-  // Null when there is none. Valid until something is added.
+  // Returns null if the key is unknown. Valid until something is added.
   Value* find(std::string_view key) {
     const auto found = places_.find(key);
     if (found == places_.end())
@@ -23,8 +23,7 @@ public:
     return &entries_.front().second;
   }
 
-  // Requires: there is none of this key. Valid until something is added. Changes nothing if it
-  // throws.
+  // Requires: the key is unknown. Valid until something is added. Changes nothing if it throws.
   Value& add(std::string key, Value value) {
     Entries added;
     added.emplace_front(std::move(key), std::move(value));
@@ -46,7 +45,7 @@ private:
   using Entries = std::list<std::pair<std::string, Value>>;
 
   std::size_t capacity_;
-  Entries entries_;  // the newest in front
+  Entries entries_;  // most recently used first
   std::unordered_map<std::string_view, typename Entries::iterator> places_;
 };
 

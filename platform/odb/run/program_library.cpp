@@ -5,12 +5,12 @@
 namespace ulo::odb {
 namespace {
 
-// The store has fewer than thirty texts.
+// The store uses fewer than thirty texts.
 constexpr std::size_t programsKept = 128;
-// Databases in use at a time, and one before its tables were made.
+// Databases in use at the same time, and one before its tables were created.
 constexpr std::size_t librariesKept = 4;
 
-// Two databases that give the same text have the same tables.
+// Returns a text that is the same for two databases only if they have the same tables.
 std::string schemaOf(sqlite3* database) {
   SqlStatement statement(database, "SELECT group_concat(sql, char(10)) FROM (SELECT sql FROM "
                                    "sqlite_schema WHERE sql IS NOT NULL ORDER BY rowid)");
@@ -22,7 +22,7 @@ struct Libraries {
   LruCache<std::shared_ptr<ProgramLibrary>> bySchema{librariesKept};
 };
 
-// Never destroyed: a static object may use the database after this file's own are gone.
+// Never destroyed: static objects may use the database after the statics of this file are gone.
 Libraries& libraries() {
   static auto* const all = new Libraries;
   return *all;

@@ -9,16 +9,16 @@
 
 namespace ulo::odb {
 
-// The programs of databases that have the same tables. All sessions of the process share them: a
-// text is read and checked once, however often its database is opened. Safe for several threads.
+// The programs of all databases with the same tables. Shared by all sessions of the process, so
+// that a text is parsed and checked once, however often its database is opened. Thread-safe.
 class ProgramLibrary {
 public:
-  // The library for the tables that `database` has now. Throws Failure.
+  // Returns the library for the tables that `database` has now. Throws Failure.
   static std::shared_ptr<ProgramLibrary> of(sqlite3* database);
 
   explicit ProgramLibrary(Catalog catalog);
 
-  // The program of a text. Throws Failure.
+  // Returns the program of a text. Throws Failure.
   std::shared_ptr<const Program> program(const std::string& text);
 
 private:

@@ -94,7 +94,7 @@ const unsigned short* ResultBuffer::units(std::size_t row, std::size_t place) {
   const Value text = value(row, place);
   if (!text.isText())
     return nullptr;
-  // The pools align their units, and end each text with a zero.
+  // The pools align units and terminate each text with a zero.
   if (text.type == Type::unicode)
     return reinterpret_cast<const unsigned short*>(text.text.data());
   converted_.push_back(toUnits(text.text) + std::string(2, '\0'));

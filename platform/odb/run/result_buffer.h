@@ -8,50 +8,50 @@
 
 namespace ulo::odb {
 
-// The rows that a script puts out, kept by columns: a number takes four bytes, a bool one, a text
-// its units and an offset. No cell has memory of its own.
+// The rows that a script outputs, stored by column: a number occupies four bytes, a bool one, a
+// text its units and an offset. Cells do not allocate memory individually.
 class ResultBuffer {
 public:
   ResultBuffer() = default;
   explicit ResultBuffer(const std::vector<ColumnDeclaration>& columns);
 
-  // Puts a value into the current row; into the next row when the current one holds that column
-  // already. Throws Failure.
+  // Puts a value into the current row, or into a new row if the current one already has a value in
+  // that column. Throws Failure.
   void put(int column, const Value& value);
-  // Ends the current row. Nothing happens when nothing was put since the last one ended.
+  // Ends the current row. Does nothing if nothing was put since the previous row ended.
   void endRow() { openColumns_ = 0; }
 
   [[nodiscard]] std::size_t rows() const { return rows_; }
   [[nodiscard]] std::size_t columns() const { return columns_.size(); }
-  // Null where nothing was put. Requires: row < rows(), column < columns().
+  // Null if nothing was put. Requires: row < rows(), column < columns().
   [[nodiscard]] Value value(std::size_t row, std::size_t column) const;
-  // The number of an integer or bool column, else 0. Same requirements.
+  // Returns the value of an integer or bool column, otherwise 0. Same requirements.
   [[nodiscard]] int number(std::size_t row, std::size_t column) const {
     return columns_[column].number(row);
   }
-  // Zero-terminated; null for a null or a number. Valid while the buffer lives and is not
-  // written. Same requirements.
+  // Zero-terminated; null for a null or a number. Valid until the buffer is modified or destroyed.
+  // Same requirements.
   const unsigned short* units(std::size_t row, std::size_t column);
   const char* bytes(std::size_t row, std::size_t column);
 
-  // For whoever puts whole rows out, one after the other: addRow, then one value into each column
-  // that the rows have. `rowIsOpen` rows are to be ended first.
+  // For writing complete rows: call addRow, then put one value into each column that the rows have.
+  // An open row (`rowIsOpen`) must be ended first.
 
-  // A column may be shorter than the buffer: what is missing is null.
+  // A column may be shorter than the buffer; missing values are null.
   class Column {
   public:
     explicit Column(Type type) : type_(type) {}
 
     [[nodiscard]] Type type() const { return type_; }
     [[nodiscard]] std::size_t size() const { return size_; }
-    // Adds a value. Throws Failure(DB_BAD_TYPE) when it doesn't fit.
+    // Appends a value. Throws Failure(DB_BAD_TYPE) if it does not fit.
     void put(const Value& value) {
       if (value.type == type_)
         append(value);
       else
         putOther(value);
     }
-    // Requires: the column is of integers.
+    // Requires: an integer column.
     void putInteger(std::int64_t number) {
       integers_.push_back(static_cast<std::int32_t>(number));
       ++size_;
@@ -59,7 +59,7 @@ public:
     [[nodiscard]] bool isNull(std::size_t row) const {
       return row >= size_ || (row < nulls_.size() && nulls_[row]);
     }
-    // 0 for a null and for a text.
+    // Returns 0 for a null and for a text.
     [[nodiscard]] int number(std::size_t row) const {
       if (type_ == Type::integer)
         return row < size_ ? integers_[row] : 0;
@@ -67,14 +67,14 @@ public:
     }
     // Requires: the row is not null.
     [[nodiscard]] Value value(std::size_t row) const;
-    // Adds a value until the column has so many.
+    // Appends `value` until the column has `size` values.
     void fill(std::size_t size, const Value& value) {
       if (size_ < size)
         fillUp(size, value);
     }
 
   private:
-    // Requires: the value is of this column's type.
+    // Requires: the value has the column's type.
     void append(const Value& value) {
       if (size_++ == 0)
         reserveFirst();
@@ -94,13 +94,13 @@ public:
     std::size_t size_ = 0;
     std::vector<std::int32_t> integers_;
     std::vector<std::uint8_t> booleans_;
-    std::vector<std::size_t> starts_;    // of texts, in their pool
+    std::vector<std::size_t> starts_;    // offsets of texts in their pool
     std::vector<unsigned short> units_;  // texts with their terminators
     std::vector<char> bytes_;
-    std::vector<bool> nulls_;  // empty while there is none
+    std::vector<bool> nulls_;  // empty while there are no nulls
   };
   [[nodiscard]] bool rowIsOpen() const { return openColumns_ != 0; }
-  // Valid while the buffer lives where it is.
+  // Valid until the buffer is moved or destroyed.
   Column& column(int place) { return columns_[static_cast<std::size_t>(place)]; }
   // Throws Failure.
   void addRow() {
@@ -113,9 +113,9 @@ private:
   [[noreturn]] static void tooManyRows();
 
   std::vector<Column> columns_;
-  std::list<std::string> converted_;  // texts that were asked for in the other form
+  std::list<std::string> converted_;  // texts converted to the other form
   std::size_t rows_ = 0;
-  std::uint64_t openColumns_ = 0;  // bits of the columns put into the row that is not ended
+  std::uint64_t openColumns_ = 0;  // bit mask of the columns put into the open row
 };
 
 }  // namespace ulo::odb

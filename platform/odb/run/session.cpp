@@ -9,7 +9,7 @@
 namespace ulo::odb {
 namespace {
 
-// Programs that a session keeps with their prepared statements.
+// Number of programs that a session keeps, with their prepared statements.
 constexpr std::size_t executablesKept = 128;
 
 struct DatabaseFile {
@@ -34,8 +34,9 @@ std::string existingDataDirectory() {
 
 }  // namespace
 
-// The transaction around one run: a savepoint within the caller's, one of its own otherwise, none
-// where SQLite's own is enough. What was not kept is undone.
+// The transaction around a run: a savepoint within the caller's transaction, otherwise a new
+// transaction, or none if SQLite's implicit one suffices. The destructor rolls back unless keep()
+// was called.
 class Session::Scope {
 public:
   Scope(Session& session, const Program& program) : session_(session) {
@@ -92,7 +93,7 @@ Session::~Session() {
     connection_.undo(false);
 }
 
-// One whose undoing failed, for lack of memory, must not take up what comes next.
+// A transaction whose rollback failed, for lack of memory, must not receive later writes.
 void Session::endStaleTransaction() {
   if (!inTransaction_ && !readsTransact_ && connection_.inTransaction())
     connection_.control(Connection::Control::rollback);
@@ -206,7 +207,7 @@ void Session::forgetPrograms() {
   library_.reset();
 }
 
-// Programs belong to the tables that they were checked against.
+// Programs are valid only for the tables that they were checked against.
 bool Session::forgetIfSchemaChanged() {
   const std::int64_t version = connection_.schemaVersion();
   const bool changed = version != schemaVersion_;
@@ -217,7 +218,7 @@ bool Session::forgetIfSchemaChanged() {
   return changed;
 }
 
-// After a transaction has ended: whatever happens here, it has.
+// Called after a transaction has ended; must not fail.
 void Session::checkSchema() noexcept {
   try {
     forgetIfSchemaChanged();
@@ -241,7 +242,7 @@ std::shared_ptr<Executable> Session::prepare(const std::string& text) {
   try {
     program = programOf(text);
   } catch (const Failure& failure) {
-    // Another process may have made what the text names.
+    // Another process may have created the missing object.
     if (failure.code() != DB_UNKNOWN_NAME)
       throw;
     forgetPrograms();
@@ -258,20 +259,37 @@ Session::Call Session::prepare(const char* text, const TemplateArguments& given)
   FormattedText formatted = entry.pattern.format(given);
   std::shared_ptr<Executable> executable = prepare(formatted.text);
   Executable& result = *executable;
-  // Preparing may have forgotten all of them.
+  // prepare() may have cleared all entries.
   if (formatted.arguments.size() == given.numbers.size())
     templates_.entry(text).add(given, std::move(executable));
   return {result, std::move(formatted.arguments)};
 }
 
 ResultBuffer Session::run(const char* text, va_list arguments, ParameterView parameters, int* tag) {
+  const auto fail = [this](DB_Result code) {
+    if (inTransaction_ && connection_.isFilling())
+      fillFailure_ = code;
+  };
+  try {
+    return runText(text, arguments, parameters, tag);
+  } catch (const Failure& failure) {
+    fail(failure.code());
+    throw;
+  } catch (const std::bad_alloc&) {
+    fail(DB_NO_MEMORY);
+    throw;
+  }
+}
+
+ResultBuffer Session::runText(const char* text, va_list arguments, ParameterView parameters,
+                              int* tag) {
   if (connection_.dataVersion() != dataVersion_)
     forgetIfSchemaChanged();
   const TemplateArguments given = templates_.entry(text).pattern.read(arguments);
   try {
     return runPrepared(prepare(text, given), parameters, tag);
   } catch (const Failure& failure) {
-    // SQLite may only have seen now that another program changed a table.
+    // SQLite may have noticed only now that another program has changed a table.
     if (failure.code() == DB_FULL ? inTransaction_ || !connection_.makeRoom(lastRunRemoves_)
                                   : !forgetIfSchemaChanged())
       throw;
@@ -290,23 +308,15 @@ ResultBuffer Session::runPrepared(const Call& call, ParameterView parameters, in
   if (program.writes && unfilledBy_ != DB_OK)
     throw Failure(unfilledBy_, "the database could not be filled; open it again");
   const bool fills = program.writes && inTransaction_ && connection_.isFilling();
-  try {
+  {
     Scope scope(*this, program);
     call.executable.run(run);
     if (beforeKeeping)
       beforeKeeping();
-    // The end of such a transaction may not be examined; DB_EndWrite's always is.
+    // Callers may not check the commit of such a transaction; they always check DB_EndWrite.
     if (inTransaction_ && !writesTransact_ && (fills || (program.writes && program.script)))
       connection_.writeOut();
     scope.keep();
-  } catch (const Failure& failure) {
-    if (fills)
-      fillFailure_ = failure.code();
-    throw;
-  } catch (const std::bad_alloc&) {
-    if (fills)
-      fillFailure_ = DB_NO_MEMORY;
-    throw;
   }
   if (program.writes && !inTransaction_)
     connection_.committed();

@@ -15,10 +15,10 @@ namespace ulo::odb {
 
 using LineSink = std::function<void(const std::string&)>;
 
-// One thread's use of the database. All operations throw Failure.
+// One thread's session with the database. All operations throw Failure.
 class Session {
 public:
-  // Database number `database`, in the data directory.
+  // Opens database number `database` in the data directory.
   explicit Session(int database);
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
@@ -38,8 +38,8 @@ public:
   void beginWrite();
   void endWrite(bool keep);
 
-  // Runs a template with its arguments, all of it or nothing. Its rows go into a buffer of their
-  // own; the tag it sets, if any, into *tag.
+  // Runs a template with its arguments, all or nothing. Returns the result rows, and sets *tag if
+  // the text sets a tag.
   ResultBuffer run(const char* text, va_list arguments, ParameterView parameters, int* tag);
 
   // See DB_Explain and DB_CheckFile in ulodb2.h.
@@ -51,17 +51,18 @@ private:
 
   struct Call {
     Executable& executable;
-    std::vector<std::int64_t> numbers;  // of the template
+    std::vector<std::int64_t> numbers;  // template numbers
   };
 
   Call prepare(const char* text, const TemplateArguments& given);
   std::shared_ptr<Executable> prepare(const std::string& text);
   std::shared_ptr<const Program> programOf(const std::string& text);
-  bool forgetIfSchemaChanged();  // whether it had
+  bool forgetIfSchemaChanged();  // returns true if it has changed
   void checkSchema() noexcept;
   void endStaleTransaction();
   void forgetPrograms();
-  // `beforeKeeping` may throw: then nothing is kept.
+  ResultBuffer runText(const char* text, va_list arguments, ParameterView parameters, int* tag);
+  // If `beforeKeeping` throws, nothing is kept.
   ResultBuffer runPrepared(const Call& call, ParameterView parameters, int* tag,
                            const std::function<void()>& beforeKeeping = {});
   void requireTransactionOfCaller() const;
@@ -74,16 +75,16 @@ private:
   std::int64_t schemaVersion_ = -1;
   unsigned dataVersion_ = 0;
   bool inTransaction_ = false;  // of the caller or of writes_; SQLite may have ended it
-  // Why a part of the open transaction, which fills the database, has failed. Callers may ignore
-  // the result of a single row; the rows are kept all or none.
+  // Why a text of the open transaction that fills the database has failed. Callers may ignore the
+  // result of a single text, but the rows are kept all or none.
   DB_Result fillFailure_ = DB_OK;
-  // Why filling the database has failed: it accepts nothing more until it is opened again, which
-  // begins anew.
+  // Why filling the database has failed. It then rejects writes until it is reopened, which starts
+  // over.
   DB_Result unfilledBy_ = DB_OK;
   int reads_ = 0;                // begun and not ended
-  bool readsTransact_ = false;   // they are a transaction of their own
+  bool readsTransact_ = false;   // they have begun a transaction
   int writes_ = 0;               // begun and not ended
-  bool writesTransact_ = false;  // they began the transaction
+  bool writesTransact_ = false;  // they have begun the transaction
   bool lastRunRemoves_ = false;  // rows
 };
 

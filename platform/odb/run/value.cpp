@@ -42,7 +42,7 @@ void appendUnit(std::string& out, char32_t unit) {
   out.append(bytes, sizeof value);
 }
 
-// Takes one character off the front.
+// Removes and returns the first character.
 char32_t takeUtf8(std::string_view& text) {
   const auto lead = static_cast<unsigned char>(text.front());
   text.remove_prefix(1);

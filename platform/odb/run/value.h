@@ -8,9 +8,9 @@
 
 namespace ulo::odb {
 
-// A value while a text runs. A text is a view: of a column of the current row, of a parameter, of
-// the tree. 16-bit units are kept as their bytes in the machine's order, for SQLite aligns them
-// as it likes.
+// A value of a running text. Strings are views: of a column of the current row, of a parameter, or
+// of the tree. 16-bit units are stored as bytes in native order, because SQLite does not align
+// them.
 struct Value {
   Type type = Type::null;  // null, integer, boolean, unicode or varchar
   std::int64_t number = 0;
@@ -30,13 +30,13 @@ public:
   OwnedValue() = default;
   explicit OwnedValue(const Value& value)
       : type_(value.type), number_(value.number), text_(value.text) {}
-  // Takes over a value in the memory that it has.
+  // Copies a value, reusing the memory already allocated.
   void assign(const Value& value) {
     type_ = value.type;
     number_ = value.number;
     text_.assign(value.text);
   }
-  // Valid while this object lives unchanged.
+  // Valid until the object is modified or destroyed.
   [[nodiscard]] Value view() const { return {type_, number_, text_}; }
 
 private:
@@ -45,17 +45,17 @@ private:
   std::string text_;
 };
 
-// Text in UTF-8: lone surrogates become U+FFFD.
+// Converts to UTF-8. Lone surrogates become U+FFFD.
 std::string toUtf8(std::string_view unitBytes);
-// Text in 16-bit units; bytes that are not UTF-8 become U+FFFD.
+// Converts to 16-bit units. Bytes that are not UTF-8 become U+FFFD.
 std::string toUnits(std::string_view utf8);
 
-// -1, 0 or 1. Requires: neither is null. Texts compare by their bytes (a unicode one as UTF-8).
-// Throws Failure when one is a number and the other a text.
+// Returns -1, 0 or 1. Requires: neither is null. Texts compare by their bytes (a unicode text as
+// UTF-8). Throws Failure if one is a number and the other a text.
 int compare(const Value& left, const Value& right);
 
-// The value as it fits a place of type `target`: integer, boolean, unicode or varchar. `storage`
-// holds its text where it had to be converted. Throws Failure(DB_BAD_TYPE) when it doesn't fit.
+// Converts the value to type `target`: integer, boolean, unicode or varchar. `storage` holds the
+// text if it had to be converted. Throws Failure(DB_BAD_TYPE) if the value does not fit.
 Value fitted(const Value& value, Type target, std::string& storage);
 
 }  // namespace ulo::odb

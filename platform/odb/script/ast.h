@@ -1,4 +1,4 @@
-// The tree of a text. The parser builds it; the checker writes what names stand for into it.
+// The syntax tree of a text. The parser builds it; the checker adds the meaning of names.
 #pragma once
 
 #include "failure.h"
@@ -10,11 +10,11 @@
 
 namespace ulo::odb {
 
-// Types of columns and of what expressions give.
+// Types of columns and expressions.
 enum class Type {
-  nothing,  // of operations that give no value
+  nothing,  // of operations without a value
   null,
-  any,  // of parameters: known when it runs
+  any,  // of parameters: known only at run time
   integer,
   boolean,
   unicode,  // 16-bit units
@@ -78,13 +78,13 @@ const char* opName(Op op);
 struct Node;
 using NodePtr = std::unique_ptr<Node>;
 
-// What each kind holds:
+// Contents of each kind of node:
 //   values           number or text
 //   variable         text is the name
 //   operators        their operands
-//   operations       operand 0 is the variable they are asked of (where there is one), then the
-//                    arguments; the name or number of a field is in text or number
-//   declareVariable  text is the name, type its type, operand 0 the first value
+//   operations       operand 0 is the target variable (if any), the others are the arguments; the
+//                    name or number of a field is in text or number
+//   declareVariable  text is the name, type its type, operand 0 the initial value
 //   assign           text is the name, operand 0 the value
 //   conditional      condition, then-block, and the else-block or nothing
 //   loop             condition, block
@@ -93,19 +93,18 @@ struct Node {
 
   Op op;
   Position at;
-  Type type = Type::nothing;  // of the value that it gives
+  Type type = Type::nothing;  // of the node's value
   std::int64_t number = 0;
   std::string text;
   bool fieldByNumber =
       false;  // setField: by the position in `number` instead of the name in `text`
   std::vector<NodePtr> operands;
 
-  // Written by the checker.
-  int slot = -1;    // of the variable that the node reads, sets or asks
-  int column = -1;  // getField: place in the cursor's row; bufferPut: buffer column;
-                    // setField: column of the table
-  int plan = -1;    // loop: its place among the program's loops, if it has one;
-                    // block: of its row copy
+  // Set by the checker.
+  int slot = -1;    // of the variable that the node reads, sets or operates on
+  int column = -1;  // getField: index in the cursor's row; bufferPut: buffer column; setField:
+                    // column of the table
+  int plan = -1;    // loop: index of its loop plan, if any; block: index of its row copy, if any
 };
 
 struct ColumnDeclaration {
@@ -116,7 +115,7 @@ struct ColumnDeclaration {
 
 // A script.
 struct Script {
-  std::vector<ColumnDeclaration> buffer;  // of the schema that `declare buffer` named, else empty
+  std::vector<ColumnDeclaration> buffer;  // of the schema named by `declare buffer`; else empty
   NodePtr body;                           // a block
 };
 

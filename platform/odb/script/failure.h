@@ -7,18 +7,18 @@
 
 namespace ulo::odb {
 
-// A place in a text; both count from 1, columns in bytes.
+// A position in a text. Both numbers count from 1, columns in bytes.
 struct Position {
   int line = 1;
   int column = 1;
 };
 
-// Why a text could not be read or run. Inside the library every failure is one of these; the C
-// interface turns it into its code and a line of the log.
+// Reports why a text could not be parsed or run. Inside the library every failure is one of these;
+// the C interface converts it to its code and a log line.
 class Failure : public std::runtime_error {
 public:
   Failure(DB_Result code, const std::string& message) : Failure(code, message, message) {}
-  // `reason` says the same to the user of a program, without texts of the database's languages.
+  // `reason` is the message for the user, without texts of the database's languages.
   Failure(DB_Result code, const std::string& message, const std::string& reason)
       : std::runtime_error(message), code_(code), reason_(reason) {}
   Failure(DB_Result code, Position at, const std::string& message)
@@ -29,7 +29,7 @@ public:
 
   [[nodiscard]] DB_Result code() const { return code_; }
   [[nodiscard]] const char* reason() const { return reason_.what(); }
-  // The same failure with the place where it happened, unless it names one already.
+  // Returns the failure with its position in the text, unless it already has one.
   [[nodiscard]] Failure at(Position place) const {
     if (hasPlace_)
       return *this;
@@ -40,7 +40,7 @@ public:
 
 private:
   DB_Result code_;
-  std::runtime_error reason_;  // which copies without memory
+  std::runtime_error reason_;  // which copies without allocating
   bool hasPlace_ = false;
 };
 

@@ -5,7 +5,7 @@
 namespace ulo::odb {
 namespace {
 
-// Longer ones first, so that "<=" is not read as "<".
+// Longer symbols first, so that "<=" is not read as "<".
 constexpr std::array<std::string_view, 20> symbols = {"->", "==", "!=", "<=", ">=", "&&", "||",
                                                       "(",  ")",  "{",  "}",  ";",  ",",  ".",
                                                       "=",  "<",  ">",  "+",  "-",  "!"};
@@ -105,7 +105,7 @@ private:
     return value;
   }
 
-  // A quote inside is written twice.
+  // A quote within the text is doubled.
   std::string quotedText() {
     const Position start = at_;
     std::string result;

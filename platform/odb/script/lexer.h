@@ -10,7 +10,7 @@
 namespace ulo::odb {
 
 enum class TokenKind {
-  name,       // create, $-less words of both languages
+  name,       // create; words without "$" of both languages
   variable,   // $c
   number,     // 42
   text,       // 'it''s'
@@ -23,16 +23,16 @@ enum class TokenKind {
 struct Token {
   TokenKind kind = TokenKind::end;
   Position at;
-  std::string text;         // a text without its quotes, a variable without "$"
+  std::string text;         // texts without quotes, variables without "$"
   std::int64_t number = 0;  // of numbers, parameters and arguments
 };
 
-// Splits a text into its words; the last one is of kind `end`. Throws Failure.
+// Splits a text into tokens; the last one is of kind `end`. Throws Failure.
 std::vector<Token> tokenize(std::string_view text);
 
-// How people call it: "number 42", "')'", "the end of the text".
+// Describes the token for messages: "number 42", "')'", "the end of the text".
 std::string describe(const Token& token);
-// The kind in a word, for listings.
+// Names the kind for listings.
 const char* kindName(TokenKind kind);
 
 }  // namespace ulo::odb

@@ -6,18 +6,18 @@
 
 namespace ulo::odb {
 
-// What an argument of an operation is.
+// Kinds of arguments of operations.
 enum class Argument {
   value,      // an expression
   tuple,      // a variable that holds a tuple
-  quoted,     // a name in quotes: of a table, an index or a column
-  field,      // a column's name in quotes, or its position in the key
-  plainName,  // a name without quotes: a column of the buffer
+  quoted,     // a quoted name of a table, an index or a column
+  field,      // a quoted column name, or its position in the key
+  plainName,  // an unquoted name of a column of the buffer
 };
 
-// One operation of the script language. An operation asked of nothing is a function.
+// An operation of the script language. An operation without a target is a function.
 struct Operation {
-  Type of;  // what it is asked of; Type::nothing for functions
+  Type of;  // type of the target; Type::nothing for functions
   std::string_view name;
   Op op;
   Type gives;

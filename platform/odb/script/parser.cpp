@@ -29,7 +29,7 @@ struct BinaryOperator {
   std::string_view symbol;
   Op op;
 };
-// From the loosest to the tightest; operators of one row are of the same rank.
+// From lowest to highest precedence; the operators of a row have the same precedence.
 const std::vector<std::vector<BinaryOperator>> binaryOperators = {
     {{"||", Op::logicalOr}},
     {{"&&", Op::logicalAnd}},
@@ -53,14 +53,14 @@ NodePtr makeNode(Op op, Position at) {
   return std::make_unique<Node>(op, at);
 }
 
-// What both languages share.
+// The part that both languages share.
 class ParserBase {
 public:
   explicit ParserBase(std::vector<Token> tokens) : tokens_(std::move(tokens)) {}
 
 protected:
-  // A number, a text, true, false, a parameter, an argument, or get_null_varchar(); null when
-  // the next word begins none of them.
+  // Parses a number, a text, true, false, a parameter, an argument, or get_null_varchar(). Returns
+  // null if the next token begins none of them.
   NodePtr literal() {
     const Token& token = tokens_.peek();
     switch (token.kind) {
@@ -100,7 +100,7 @@ protected:
     return word->type;
   }
 
-  // Adds a column, unless it is one too many or its name is taken.
+  // Adds a column. Throws if there are too many or the name exists.
   template <typename Column> static void addColumn(std::vector<Column>& columns, Column column) {
     if (columns.size() == DB_MAX_COLUMNS)
       throw Failure(DB_LIMIT, column.at,
@@ -191,7 +191,7 @@ private:
     return node;
   }
 
-  // A lone ";" is a statement that does nothing: blocks end in "}" and in "};" alike.
+  // A lone ";" is an empty statement: blocks may end in "}" or in "};".
   void addStatement(Node& block) {
     if (tokens_.takeSymbol(";"))
       return;
@@ -270,7 +270,7 @@ private:
                        [&](const BinaryOperator& o) { return tokens_.atSymbol(o.symbol); });
       if (found == candidates.end())
         return left;
-      // Each further operand makes the tree one deeper.
+      // Each further operand deepens the tree by one.
       if (depth_ + length > DB_MAX_NESTING)
         throw Failure(DB_LIMIT, tokens_.peek().at,
                       "the expression has more than " + std::to_string(DB_MAX_NESTING) +
@@ -316,7 +316,7 @@ private:
     return node;
   }
 
-  // An operation asked of `target`, or a function when that is null.
+  // Parses an operation on `target`, or a function if `target` is null.
   NodePtr call(NodePtr target) {
     const Token name = tokens_.expect(TokenKind::name, "the name of an operation");
     const auto* operation =
@@ -368,7 +368,7 @@ private:
     }
   }
 
-  // With or without the database's name before it.
+  // With or without the database's name in front.
   std::string quotedName(const char* what) {
     const Token& token = tokens_.expect(TokenKind::text, what);
     if (token.text.substr(token.text.find('.') + 1).size() > DB_MAX_NAME)
@@ -381,7 +381,7 @@ private:
   int depth_ = 0;
 };
 
-// Keywords of the SQL-like language count in either case.
+// Keywords of the SQL-like language are not case-sensitive.
 class StatementParser : ParserBase {
 public:
   using ParserBase::ParserBase;
@@ -535,7 +535,7 @@ bool isScript(std::string_view text) {
 }
 
 std::vector<Token> tokenizeText(std::string_view text) {
-  // Blanks in the place of the mark keep the columns right.
+  // Blanks replace the prefix to keep the column numbers right.
   const std::size_t markEnd = scriptMarkEnd(text);
   std::string words(text);
   if (markEnd != 0)

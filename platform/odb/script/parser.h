@@ -7,13 +7,13 @@
 
 namespace ulo::odb {
 
-// Whether the text is a script ("sml:" in front), not a statement.
+// Returns true if the text is a script (begins with "sml:") and not a statement.
 bool isScript(std::string_view text);
 
-// The words of a text of either language, the mark of a script left out.
+// Returns the tokens of a text in either language, without the prefix of a script.
 std::vector<Token> tokenizeText(std::string_view text);
 
-// Both throw Failure with the place and what was expected there.
+// Both throw Failure with the position and what was expected there.
 Script parseScript(std::string_view text);
 Statement parseStatement(std::string_view text);
 

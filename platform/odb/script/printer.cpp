@@ -14,7 +14,7 @@ std::string quoted(const std::string& text) {
   return "'" + text + "'";
 }
 
-// What a node holds besides its operands.
+// The attributes of a node other than its operands.
 std::string details(const Node& node) {
   switch (node.op) {
   case Op::integer:

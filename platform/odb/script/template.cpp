@@ -7,7 +7,7 @@
 namespace ulo::odb {
 namespace {
 
-// 32 bits: a number beyond them comes back as the int that has these bits.
+// Truncates to 32 bits, interpreted as an int.
 std::int64_t lifted(std::int64_t number) {
   return static_cast<std::int32_t>(number);
 }

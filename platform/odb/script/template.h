@@ -14,25 +14,25 @@ struct TemplateArguments {
   std::vector<std::int64_t> numbers;
 };
 
-// A text with its printf arguments. Numbers outside quotes stay out of the text, which keeps
-// their "%d": texts that differ in such numbers alone are the same program.
+// A formatted text. Numbers outside quotes are not inserted; the text keeps their "%d", so that
+// texts that differ only in such numbers are the same program.
 struct FormattedText {
   std::string text;
-  std::vector<std::int64_t> arguments;  // in the order of the "%d"s of `text`
+  std::vector<std::int64_t> arguments;  // in the order of the "%d"s in `text`
 };
 
 // A printf template; see ulodb2.h for its conversions.
 class Template {
 public:
-  // Throws Failure when it has other conversions.
+  // Throws Failure if the text has other conversions.
   explicit Template(std::string text);
 
   [[nodiscard]] const std::string& text() const { return text_; }
-  // The arguments that its conversions ask for. Throws Failure when a text is null.
+  // Reads the arguments of its conversions. Throws Failure if a text is null.
   [[nodiscard]] TemplateArguments read(va_list arguments) const;
-  // Throws Failure when the text becomes too long.
+  // Throws Failure if the text becomes too long.
   [[nodiscard]] FormattedText format(const TemplateArguments& arguments) const;
-  // The numbers of a formatted text, none of which stands in quotes.
+  // Returns the numbers of a formatted text. Requires: none of them is within quotes.
   static std::vector<std::int64_t> liftedNumbers(const TemplateArguments& arguments);
 
 private:
@@ -42,7 +42,7 @@ private:
     Conversion conversion;
   };
   struct Place {
-    std::size_t at;  // of the conversion in the text
+    std::size_t at;  // offset of the conversion in the text
     const Spelling* spelling;
   };
 

@@ -6,7 +6,7 @@
 
 namespace ulo::odb {
 
-// Walks over the words of a text; what both parsers need.
+// Reads the tokens of a text. Shared by both parsers.
 class TokenReader {
 public:
   explicit TokenReader(std::vector<Token> tokens) : tokens_(std::move(tokens)) {}
@@ -46,7 +46,7 @@ private:
   std::size_t next_ = 0;
 };
 
-// Counts how deep the parser is while it lives. Throws Failure beyond DB_MAX_NESTING.
+// Tracks the parser's nesting depth. Throws Failure beyond DB_MAX_NESTING.
 class Nesting {
 public:
   Nesting(int& depth, Position at) : depth_(depth) {

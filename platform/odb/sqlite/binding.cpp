@@ -6,7 +6,7 @@
 namespace ulo::odb {
 namespace {
 
-// SQLite reads these units at the front of a text as a byte order mark and does away with them.
+// SQLite treats these units at the beginning of a text as a byte order mark and removes them.
 bool beginsWithByteOrderMark(std::string_view unitBytes) {
   std::uint16_t unit = 0;
   if (unitBytes.size() < sizeof unit)
@@ -15,7 +15,7 @@ bool beginsWithByteOrderMark(std::string_view unitBytes) {
   return unit == 0xFEFF || unit == 0xFFFE;
 }
 
-// Whether the bytes are the same after SQLite turned them to UTF-16 and back.
+// Returns true if the bytes survive SQLite's conversion to UTF-16 and back.
 bool survivesConversion(std::string_view bytes) {
   for (const char c : bytes)
     if (static_cast<unsigned char>(c) >= 0x80) {
@@ -41,7 +41,7 @@ void bind(SqlStatement& statement, int parameter, const Value& given, Type type)
   const char* text = value.text.data();
   const std::size_t size = value.text.size();
   int result = SQLITE_OK;
-  // What SQLite would not give back unchanged as a text goes in as a blob.
+  // Texts that SQLite would change are stored as blobs.
   switch (value.type) {
   case Type::integer:
   case Type::boolean:
@@ -69,7 +69,7 @@ void bind(SqlStatement& statement, int parameter, const Value& given, Type type)
 Value columnValue(const SqlStatement& statement, int column, Type type) {
   sqlite3_stmt* handle = statement.handle();
   if (type == Type::integer || type == Type::boolean) {
-    // A null reads as 0; only then is it to be told apart.
+    // A null reads as 0, so only a 0 needs the type check.
     const std::int64_t number = sqlite3_column_int64(handle, column);
     if (number == 0 && sqlite3_column_type(handle, column) == SQLITE_NULL)
       return {};
@@ -78,14 +78,14 @@ Value columnValue(const SqlStatement& statement, int column, Type type) {
   const int stored = sqlite3_column_type(handle, column);
   if (stored == SQLITE_NULL)
     return {};
-  // The pointer first, then the size: the first call may convert.
+  // Get the pointer before the size: the first call may convert.
   const void* text = stored == SQLITE_BLOB   ? sqlite3_column_blob(handle, column)
                      : type == Type::unicode ? sqlite3_column_text16(handle, column)
                                              : sqlite3_column_text(handle, column);
   const int size = stored == SQLITE_BLOB || type == Type::varchar
                        ? sqlite3_column_bytes(handle, column)
                        : sqlite3_column_bytes16(handle, column);
-  // An empty text is there all the same; only an empty blob has no pointer.
+  // Empty texts have a pointer; only empty blobs have none.
   if (text == nullptr && (size > 0 || stored != SQLITE_BLOB))
     throw Failure(DB_NO_MEMORY, "no memory for a text of the database");
   return {type, 0, {static_cast<const char*>(text), static_cast<std::size_t>(size)}};

@@ -42,13 +42,13 @@ bool mayWrite(const std::string& path) {
   return access(path.c_str(), W_OK) == 0;
 }
 
-// Whether all that was committed is in the database's own file.
+// Returns true if all committed data is in the database file itself.
 bool logIsEmpty(const std::string& path) {
   struct stat log {};
   return stat((path + "-wal").c_str(), &log) != 0 ? errno == ENOENT : log.st_size == 0;
 }
 
-// The path as an URI; SQLite takes neither lock nor log for what does not change.
+// Returns the path as a URI of an immutable file, for which SQLite uses neither locks nor a log.
 std::string immutableUri(const std::string& path) {
   constexpr char hex[] = "0123456789ABCDEF";
   std::string uri = "file:";
@@ -62,7 +62,7 @@ std::string immutableUri(const std::string& path) {
   return uri + "?immutable=1";
 }
 
-// The lock is the directory's own: it needs no file, and a killed process leaves none behind.
+// Locks the directory itself, which needs no lock file and leaves none if the process is killed.
 int lockDirectory(const std::string& directory) {
   Descriptor descriptor(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (descriptor.get() < 0)
@@ -106,12 +106,14 @@ Connection::Connection(const std::string& directory, const std::string& name)
     failure.reset();
   if (failure)
     throw *failure;
-  reserve_.keep();
+  // To the next opening, a reserve beside an empty file means that a store was lost.
+  if (!isFilling())
+    reserve_.keep();
 }
 
 void Connection::open(Opening how) {
-  // Made here and not by SQLite, so that it is the owner's alone; SQLite's other files follow it.
-  // And without opening it: closing it would end the locks that this process has on it.
+  // Created here and not by SQLite, so that only its owner can access it; SQLite's other files get
+  // the same mode. Not opened, because closing it would release this process's locks on it.
   if (mknod(path_.c_str(), S_IFREG | 0600, 0) != 0 && errno != EEXIST)
     throw systemFailure(path_);
   const bool readOnly = how == Opening::readOnly;
@@ -145,7 +147,7 @@ Connection::~Connection() {
   unlock();
 }
 
-// Closing would not do: a child of a fork may share the descriptor.
+// Closing is not enough: a forked child may share the descriptor.
 void Connection::unlock() {
   if (lock_.get() >= 0)
     flock(lock_.get(), LOCK_UN);
@@ -155,12 +157,12 @@ void Connection::unlock() {
 void Connection::configure(Opening how) {
   sqlite3* database = handle_.get();
   sqlite3_busy_timeout(database, busyTimeoutMs);
-  // A name that is not there is an error, not a text.
+  // An unknown name is an error, not a string literal.
   sqlite3_db_config(database, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
   sqlite3_db_config(database, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
-  // In this encoding every 16-bit unit comes back, half of a surrogate pair too.
+  // This encoding preserves every 16-bit unit, even unpaired surrogates.
   SqlStatement(database, "PRAGMA encoding = 'UTF-16'").run();
-  // Then the index of the log is in this process's memory.
+  // Keeps the index of the log in this process's memory.
   if (how == Opening::exclusive)
     SqlStatement(database, "PRAGMA locking_mode = EXCLUSIVE").run();
   if (how != Opening::readOnly) {
@@ -176,7 +178,7 @@ void Connection::configure(Opening how) {
     throw Failure(DB_CORRUPT, "the file is a database of something else");
 }
 
-// The numbering of rows leaves its mark with the first row of any table.
+// The first row of any table leaves an entry in SQLite's table of row numbers.
 bool Connection::isFilled() const {
   sqlite3* database = handle_.get();
   {
@@ -199,7 +201,8 @@ void Connection::dropTables() {
   }
   if (tables.empty())
     return;
-  // A table with rows has lost its numbering: the file is damaged and must not lose the rows, too.
+  // If a table with rows has lost its numbering, the file is damaged and must not lose the rows,
+  // too.
   for (const std::string& table : tables)
     if (table.rfind(journalPrefix, 0) != 0 &&
         SqlStatement(database, "SELECT 1 FROM " + quoteName(table) + " LIMIT 1").step())
@@ -234,10 +237,10 @@ void Connection::undo(bool toSavepoint) noexcept {
       control(Control::release);
       return;
     } catch (const std::exception&) {
-      // The whole transaction then.
+      // Roll back the whole transaction instead.
     }
   }
-  // A second time, for a changed schema makes SQLite prepare the statement anew.
+  // Try twice, because a changed schema makes SQLite prepare the statement again.
   for (int attempt = 0; attempt < 2 && inTransaction(); ++attempt) {
     try {
       control(Control::rollback);
@@ -255,8 +258,10 @@ bool Connection::makeRoom(bool removes) noexcept {
 
 void Connection::committed() noexcept {
   try {
-    if (lock_.get() >= 0 && isFilled())
+    if (isFilling() && isFilled()) {
       unlock();
+      reserve_.keep();
+    }
   } catch (const std::exception&) {
   }
 }
@@ -266,7 +271,7 @@ void Connection::announce() const {
 }
 
 void Connection::writeOut() {
-  // Pages that a statement still uses are written with the commit.
+  // Pages still in use by a statement are written by the commit.
   const int result = sqlite3_db_cacheflush(handle_.get());
   if (result != SQLITE_OK && result != SQLITE_BUSY)
     throw sqliteFailure(handle_.get(), result, "writing out a transaction");
@@ -274,8 +279,8 @@ void Connection::writeOut() {
 }
 
 // A commit appends at least one page to the write-ahead log, at the end of the file unless the log
-// began anew inside it. Zeros at the end are no pages to SQLite; while there are enough of them, no
-// more are needed.
+// was restarted. SQLite ignores zeros at the end; while there are enough of them, no more are
+// needed.
 void Connection::reserveCommit() {
   constexpr std::size_t frameHeader = 24;
   constexpr std::size_t largestPage = 4096;

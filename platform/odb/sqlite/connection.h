@@ -14,14 +14,14 @@ namespace ulo::odb {
 // A connection to the database file.
 class Connection {
 public:
-  // Opens `directory`/`name`, creating it. Until a row has been committed to it, the connection
-  // holds the lock of the directory, for which other opens wait: they find either nothing or a
-  // complete database. Tables that were left without rows, by a program that died while it created
-  // them, are dropped first. Throws Failure.
+  // Opens `directory`/`name` and creates it if necessary. Until a row has been committed, the
+  // connection holds the directory's lock, and other opens wait for it: they find either nothing or
+  // a complete database. Empty tables left by a program that died while creating them are dropped
+  // first. Throws Failure.
   //
-  // A disk without any room is no obstacle to reading. The reserve of the directory is released for
-  // the time of the connection; without it the database is opened for this process alone, with no
-  // files but its own. A file or directory that may not be written to is read as it is.
+  // Reading works on a full disk. The reserve of the directory is released while the connection
+  // exists; if there is none, the database is opened exclusively for this process, without
+  // auxiliary files. A file or directory that is not writable is opened read-only.
   Connection(const std::string& directory, const std::string& name);
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
@@ -29,40 +29,40 @@ public:
 
   [[nodiscard]] sqlite3* handle() const { return handle_.get(); }
 
-  // What ends and begins a transaction. All throw Failure. What a beginning needs for its end is
-  // prepared first, so that no shortage of memory can keep a transaction open.
+  // Begins or ends a transaction. Throws Failure. A begin prepares the statements needed to end the
+  // transaction, so that lack of memory cannot keep it open.
   enum class Control { beginRead, beginWrite, commit, rollback, save, release, rollbackToSave };
   void control(Control what);
-  // Undoes everything since the savepoint, or the whole transaction, which also ends if the
-  // savepoint can't be undone. Nothing happens without a transaction.
+  // Rolls back to the savepoint, or the whole transaction, which also ends if the savepoint cannot
+  // be rolled back. Does nothing without a transaction.
   void undo(bool toSavepoint) noexcept;
-  // For what removes rows, when the disk is full or nearly so: makes what room there can be had.
-  // Whether it is worth another attempt.
+  // Frees disk space when the disk is full. `removes`: the operation deletes rows and may use the
+  // reserve. Returns true if another attempt is worthwhile.
   bool makeRoom(bool removes) noexcept;
-  // The same before a removal within a transaction, which no second attempt could save.
+  // Releases the reserve before a deletion within a transaction, which could not be retried.
   void makeRoomAhead() noexcept {
     if (reserve_.isWanted())
       reserve_.release();
   }
-  // Whether SQLite has a transaction open; it may have ended ours by itself.
+  // Returns true if SQLite has a transaction open. SQLite may have ended ours.
   [[nodiscard]] bool inTransaction() const { return sqlite3_get_autocommit(handle_.get()) == 0; }
 
-  // Whether no row has been committed yet.
+  // Returns true if no row has been committed yet.
   [[nodiscard]] bool isFilling() const { return lock_.get() >= 0; }
-  // To be told of every commit: ends the lock when the database has been filled. When that can't
-  // be found out, the next commit does.
+  // Must be called after every commit. Releases the lock when the database has been filled; if that
+  // cannot be determined, the next commit tries again.
   void committed() noexcept;
-  // Tells programs that watch the file of a commit.
+  // Notifies programs that watch the file of a commit.
   void announce() const;
 
-  // Writes what the open transaction has changed to the disk, and makes room for its commit: a full
-  // disk shows here and not in the commit. Throws Failure; the transaction can only be rolled back
-  // then.
+  // Writes the changes of the open transaction to disk and reserves room for its commit, so that a
+  // full disk is detected here and not by the commit. Throws Failure, after which the transaction
+  // can only be rolled back.
   void writeOut();
 
-  // Changes whenever a table or index is made, by anyone.
+  // Changes whenever any program creates a table or index.
   std::int64_t schemaVersion();
-  // Changes whenever anyone commits. Cheap.
+  // Changes whenever any connection commits. Cheap.
   [[nodiscard]] unsigned dataVersion() const;
 
 private:
@@ -70,7 +70,8 @@ private:
     void operator()(sqlite3* handle) const { sqlite3_close_v2(handle); }
   };
 
-  // For all; for this process alone, without shared memory; for reading, without any lock.
+  // Shared with other processes; exclusive to this process, without shared memory; read-only,
+  // without locks.
   enum class Opening { shared, exclusive, readOnly };
   void open(Opening how);
   void configure(Opening how);

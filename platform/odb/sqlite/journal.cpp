@@ -30,7 +30,7 @@ std::int64_t number(sqlite3* database, const std::string& sql) {
 
 constexpr int partsOfWholeJournal = 5;
 
-// The names of the journal's tables ("table") or triggers ("trigger").
+// Returns the names of the journal's tables ("table") or triggers ("trigger").
 std::vector<std::string> partsOfJournal(sqlite3* database, const std::string& type) {
   SqlStatement statement(database, "SELECT name FROM sqlite_schema WHERE type = '" + type +
                                        "' AND name LIKE 'ulo\\_%' ESCAPE '\\'");
@@ -40,8 +40,8 @@ std::vector<std::string> partsOfJournal(sqlite3* database, const std::string& ty
   return names;
 }
 
-// A number that no journal has reached, not even the one whose parts are there: so many entries
-// take decades.
+// Returns a number that no journal has reached, not even the one whose parts exist: it would take
+// decades to write that many entries.
 std::int64_t unreachedEntry(sqlite3* database) {
   std::int64_t entry = number(database, "SELECT unixepoch()");
   for (const char* sql :
@@ -49,14 +49,14 @@ std::int64_t unreachedEntry(sqlite3* database) {
     try {
       entry = std::max(entry, number(database, sql));
     } catch (const Failure&) {
-      // That part is gone.
+      // That part does not exist.
     }
   }
   return entry;
 }
 
-// The number of the last entry in the separate file, 0 if there is none. If the file can't be read,
-// a number that it can't have reached.
+// Returns the number of the last entry in the separate file, or 0 if there is no file. If the file
+// cannot be read, returns a number that it cannot have reached.
 std::int64_t lastOfSeparateJournal(sqlite3* database, const std::string& path) {
   if (access(path.c_str(), F_OK) != 0)
     return 0;
@@ -67,7 +67,7 @@ std::int64_t lastOfSeparateJournal(sqlite3* database, const std::string& path) {
     if (result == SQLITE_OK)
       return number(opened, "SELECT seq FROM sqlite_sequence WHERE name = 'changes'");
   } catch (const Failure&) {
-    // Damaged, or something else.
+    // The file is damaged, or not a journal.
   }
   return unreachedEntry(database);
 }
@@ -102,8 +102,8 @@ void adoptJournal(sqlite3* database, const std::string& directory) {
   if (parts == partsOfWholeJournal)
     return;
   const std::string path = directory + separateJournal;
-  // One number is left out: whoever read the file's last entry may still have missed a change that
-  // the file was not told of.
+  // Skips one number: a reader at the file's last entry may have missed a change that the file does
+  // not have.
   const std::int64_t floor =
       parts > 0 ? unreachedEntry(database) : lastOfSeparateJournal(database, path) + 1;
   SqlStatement(database, "BEGIN IMMEDIATE").run();

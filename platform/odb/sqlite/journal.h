@@ -1,4 +1,4 @@
-// The journal of changes in the database's file.
+// The journal of changes in the database file.
 #pragma once
 
 #include <sqlite3.h>
@@ -9,26 +9,25 @@
 
 namespace ulo::odb {
 
-// Whether the journal follows the rows of the table of this name.
+// Returns true if the journal follows the rows of the table with this name.
 bool isFollowed(std::string_view table);
 
-// Creates the journal of the followed table, which must exist, in place of what may be left of an
-// earlier one. The first entry is number `floor` + 1. Requires: a transaction, or the journal may
-// be created in part. Throws Failure.
+// Creates the journal of the followed table, which must exist, and replaces any remains of an
+// earlier one. The first entry is number `floor` + 1. Requires a transaction, or the journal may be
+// created only in part. Throws Failure.
 void createJournal(sqlite3* database, std::int64_t floor);
 
-// Creates the journal of a table that was just created: from entry 1 on, or after what is left of
-// the journal of an earlier table. Throws Failure.
+// Creates the journal of a table that was just created. Entries start at 1, or after the remains of
+// an earlier table's journal. Throws Failure.
 void beginJournal(sqlite3* database);
 
-// Gives a store a journal if the followed table has none or only a part of one. A store of an older
-// version has it in a separate file in `directory`, which is deleted. Entry numbers continue after
-// the old ones; readers of the old journal are told that they have missed something. Throws
-// Failure.
+// Creates the journal if the followed table has none or only part of one. Stores of an older
+// version have it in a separate file in `directory`, which is deleted. Entry numbers continue after
+// the old ones; readers of the old journal are told that they have missed changes. Throws Failure.
 void adoptJournal(sqlite3* database, const std::string& directory);
 
-// Begins a new generation of the journal, after the store was replaced by another one: its first
-// entry is at least number `floor` + 1. Requires: a transaction. Throws Failure.
+// Begins a new generation of the journal after the store has been replaced. Its first entry is at
+// least number `floor` + 1. Requires a transaction. Throws Failure.
 void renewJournal(sqlite3* database, std::int64_t floor);
 
 }  // namespace ulo::odb

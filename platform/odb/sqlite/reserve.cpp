@@ -10,13 +10,13 @@
 namespace ulo::odb {
 namespace {
 
-// SQLite's shared memory, and the log of some removals.
+// Enough for SQLite's shared memory and the log of some deletions.
 constexpr off_t reserveSize = 256L * 1024;
 constexpr off_t smallestReserve = 32L * 1024;
-// Only then is it made: the last room of a disk is the user's.
+// Free space required to create the reserve: the last free space of a disk belongs to the user.
 constexpr off_t plenty = 4 * reserveSize;
 
-// The room of the file system that this user may take.
+// Returns the free space available to this user.
 off_t roomOf(const std::string& directory) {
   struct statvfs system {};
   if (statvfs(directory.c_str(), &system) != 0)

@@ -4,9 +4,9 @@
 
 namespace ulo::odb {
 
-// A file of the data directory, "tasks.reserve", that holds room of the disk for the day when
-// there is none: reading needs some for the files that SQLite shares between processes, removing
-// for the pages that it changes.
+// A file in the data directory, "tasks.reserve", that reserves disk space for a full disk: reading
+// needs some for the files that SQLite shares between processes, and deleting for the pages that it
+// changes.
 class Reserve {
 public:
   static constexpr char fileName[] = "tasks.reserve";
@@ -14,13 +14,13 @@ public:
   explicit Reserve(const std::string& directory)
       : directory_(directory), path_(directory + '/' + fileName) {}
 
-  // Makes it when it is missing and the disk has plenty of room. Never fails.
+  // Creates the file if it is missing and the disk has plenty of space. Never fails.
   void keep() const noexcept;
-  // Gives its room back to the disk. Whether there was any.
+  // Deletes the file to free its space. Returns true if it had any.
   bool release() noexcept;
-  // When this object has released it: makes it again, as large as the room that is left.
+  // If this object released the file, creates it again, with up to its full size as space permits.
   void restore() noexcept;
-  // Whether the disk has less room than the reserve holds.
+  // Returns true if the disk has less free space than the full size of the reserve.
   [[nodiscard]] bool isWanted() const noexcept;
 
 private:

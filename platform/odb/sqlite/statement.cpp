@@ -12,8 +12,8 @@ int lastErrorOf(sqlite3_file* file) {
   return error;
 }
 
-// Why the system refused a file operation of this connection. SQLite asks for the reason when it
-// reports a failure; by then the rollback may have replaced it, but each file keeps its own.
+// Returns the system error of a failed file operation on this connection. SQLite asks for it when
+// it reports the failure, but by then the rollback may have replaced it; each file keeps its own.
 int systemErrorOf(sqlite3* database) {
   sqlite3_file* log = nullptr;
   sqlite3_file* file = nullptr;
@@ -35,7 +35,7 @@ DB_Result resultOf(sqlite3* database, int code) {
     return DB_BUSY;
   case SQLITE_IOERR:
   case SQLITE_CANTOPEN:
-    // A full disk also shows where SQLite sizes its shared memory, or makes a file.
+    // A full disk also appears here when SQLite sizes its shared memory or creates a file.
     return isFull(systemErrorOf(database)) ? DB_FULL : DB_IO;
   case SQLITE_READONLY:
   case SQLITE_PERM:

@@ -1,4 +1,4 @@
-// SQLite's handles with one owner each.
+// Owners of SQLite handles.
 #pragma once
 
 #include "script/failure.h"
@@ -11,25 +11,25 @@
 
 namespace ulo::odb {
 
-// The failure that SQLite reports on this connection, as ours. `what` was being done.
+// Returns SQLite's last error on this connection as a Failure. `what` describes the operation.
 Failure sqliteFailure(sqlite3* database, const std::string& what);
-// The same for a result that SQLite returned without keeping it as the connection's last error.
+// Returns the Failure for a result code that SQLite did not store as the connection's last error.
 Failure sqliteFailure(sqlite3* database, int result, const std::string& what);
 
-// Whether an error of the system means that there is no room: on the disk, in the user's quota of
-// it, or within the largest size of a file.
+// Returns true if a system error means that there is no space: on the disk, in the user's quota, or
+// within the maximum file size.
 bool isFull(int systemError);
-// The same for people.
+// Describes such an error to the user.
 std::string fullReason(const std::string& file, int systemError);
 
-// A prepared statement. Its parameters count from 1, its columns from 0.
+// A prepared statement. Parameters count from 1, columns from 0.
 class SqlStatement {
 public:
   // Throws Failure.
   SqlStatement(sqlite3* database, const std::string& sql);
 
   [[nodiscard]] sqlite3_stmt* handle() const { return handle_.get(); }
-  // True: on a row. Throws Failure.
+  // Returns true if the statement is on a row. Throws Failure.
   bool step() {
     stepped_ = true;
     const int result = sqlite3_step(handle_.get());
@@ -42,7 +42,7 @@ public:
     while (step()) {
     }
   }
-  // Back to before the first row.
+  // Moves back before the first row.
   void reset() {
     if (stepped_)
       sqlite3_reset(handle_.get());
@@ -52,7 +52,7 @@ public:
   [[nodiscard]] std::int64_t integer(int column) const {
     return sqlite3_column_int64(handle_.get(), column);
   }
-  // Empty for a null. Throws Failure when there is no memory for it.
+  // Returns an empty string for a null. Throws Failure if memory is exhausted.
   [[nodiscard]] std::string text(int column) const;
 
 private:
@@ -62,11 +62,11 @@ private:
     void operator()(sqlite3_stmt* handle) const { sqlite3_finalize(handle); }
   };
   std::unique_ptr<sqlite3_stmt, Finalize> handle_;
-  bool stepped_ = false;  // since it was reset
+  bool stepped_ = false;  // since the last reset
 };
 
-// The statement of `key`, prepared the first time from `makeSql()`. If that fails, `statements` is
-// left without the key: every statement that it holds can be used. Throws Failure.
+// Returns the statement of `key`, preparing it from `makeSql()` on first use. If that fails, the
+// key is not added to `statements`, so every statement in it can be used. Throws Failure.
 template <typename Statements, typename MakeSql>
 SqlStatement& preparedIn(Statements& statements, const typename Statements::key_type& key,
                          sqlite3* database, MakeSql makeSql) {
@@ -76,7 +76,7 @@ SqlStatement& preparedIn(Statements& statements, const typename Statements::key_
   return *found->second;
 }
 
-// Resets a statement that was stepped, however its use ends.
+// Resets a statement at the end of a scope.
 class ResetAtEnd {
 public:
   explicit ResetAtEnd(SqlStatement& statement) : statement_(statement) {}
@@ -88,7 +88,7 @@ private:
   SqlStatement& statement_;
 };
 
-// "name" as SQL quotes it: any word may be a name, `end` too.
+// Returns "name" quoted for SQL: any word may be a name, even `end`.
 std::string quoteName(const std::string& name);
 
 }  // namespace ulo::odb

@@ -5,7 +5,7 @@
 namespace ulo::odb {
 namespace {
 
-// In pages, which have 4 KiB.
+// In pages of 4 KiB.
 constexpr int firstCheckpoint = 1000;
 constexpr int checkpointStep = 100;
 constexpr int firstReset = 2000;
@@ -13,7 +13,7 @@ constexpr int resetStep = 1000;
 constexpr int resetPatienceMs = 500;
 constexpr const char* sizeLimit = "PRAGMA journal_size_limit = 1048576";
 
-// Goes by the number of pages alone, for most processes commit once and end.
+// Depends only on the number of pages, because most processes commit once and exit.
 int committed(void*, sqlite3* database, const char* name, int pages) {
   int written = 0;
   int highest = 0;
@@ -29,7 +29,7 @@ int committed(void*, sqlite3* database, const char* name, int pages) {
   } else if (crosses(firstCheckpoint, checkpointStep)) {
     sqlite3_wal_checkpoint_v2(database, name, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
   }
-  // The commit stands, whatever became of the log.
+  // The commit has succeeded, whether or not the checkpoint has.
   return SQLITE_OK;
 }
 
