@@ -23,7 +23,7 @@ constexpr std::int64_t mostRoom = 64 * 1024;
 constexpr int errors[] = {ENOSPC, EDQUOT};
 // With so much room a removal has to work: it takes the index of the log, and a page of the log for
 // each page that it changes.
-constexpr std::int64_t removalRoom = 48 * 1024;
+constexpr std::int64_t removalRoom = mostRoom;
 
 // Keeps the store open beside the program under attack, as an application does.
 class Holder {

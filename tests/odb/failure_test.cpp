@@ -494,4 +494,35 @@ TEST(OdbFiles, ReserveAppearsOnceTheStoreIsComplete) {
   DB_Close();
 }
 
+// Callers do not look at each result while they fill a database.
+TEST(OdbFiles, NothingIsKeptOfFillingThatFailedInPart) {
+  const DataDirectory directory;
+  LogCapture log;
+  ASSERT_EQ(DB_Open(1), DB_OK);
+  ASSERT_EQ(DB_BeginTransaction(0), DB_OK);
+  createTaskTables();
+  EXPECT_EQ(DB_Exec("insert into task_table_absent (name) values ('a')"), DB_UNKNOWN_NAME);
+  EXPECT_EQ(DB_CommitTransaction(), DB_UNKNOWN_NAME);
+  DB_Close();
+
+  ASSERT_EQ(DB_Open(1), DB_OK);
+  EXPECT_EQ(DB_Exec("insert into task_table_task (priority) values (1)"), DB_UNKNOWN_NAME);
+  DB_Close();
+}
+
+TEST(OdbFailures, AreCountedForTheThread) {
+  const DataDirectory directory;
+  LogCapture log;
+  ASSERT_EQ(DB_Open(1), DB_OK);
+  const unsigned int before = DB_FailureCount();
+  EXPECT_EQ(DB_AbortTransaction(), DB_TRANSACTION);
+  EXPECT_EQ(DB_FailureCount(), before + 1);
+  EXPECT_EQ(DB_LastResult(), DB_TRANSACTION);
+  EXPECT_EQ(DB_BeginTransaction(0), DB_OK);
+  EXPECT_EQ(DB_AbortTransaction(), DB_OK);
+  EXPECT_EQ(DB_FailureCount(), before + 1);
+  EXPECT_EQ(DB_LastResult(), DB_TRANSACTION);
+  DB_Close();
+}
+
 }  // namespace
