@@ -125,6 +125,7 @@ QValueList<ZTASK_ENG_Task> page(Session& session, const Listing& listing) {
     QValueList<ZTASK_ENG_Task> tasks;
     code = session.store().getTasks(tasks, start, count, listing.view, listing.sort);
     if (code == TASK_ENG_OK) {
+      require(code, "reading the tasks");
       if (listing.after && uidOf(tasks[0]) == *listing.after)
         tasks.remove(tasks.begin());
       else if (listing.limit && tasks.count() > static_cast<uint>(limit))

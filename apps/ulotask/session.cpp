@@ -101,7 +101,6 @@ void Session::requireCategory(const QString& name) {
 }
 
 void require(int storeCode, const std::string& what) {
-  // The store returns a task without its category if there is no memory to read that.
   if (storeCode == TASK_ENG_OK && DB_LastResult() != DB_NO_MEMORY)
     return;
   if (storeCode == TASK_ENG_MEMORY_FULL)

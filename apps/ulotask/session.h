@@ -41,7 +41,9 @@ std::string databaseReason();
 // Why the store can't be opened, and which verb may help.
 Failure closedStore();
 
-// Throws the Failure that a store's answer other than 0 stands for; `what` is what was tried.
+// Throws the Failure that a store's result other than 0 stands for; `what` is what was tried.
+// Throws one, too, if the database has run out of memory: the store then leaves out what it could
+// not read.
 void require(int storeCode, const std::string& what);
 // Does the same for a result of the database.
 void requireDatabase(int result, const std::string& what);

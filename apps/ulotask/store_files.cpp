@@ -4,6 +4,7 @@
 #include "descriptor.h"
 #include "exit_codes.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <optional>
@@ -49,16 +50,21 @@ bool isLinkedFrom(const fs::path& target, const fs::path& directory) {
   const std::optional<Identity> wanted = identityOf(target);
   if (!wanted)
     return false;
-  std::error_code error;
-  for (fs::directory_iterator entry(directory, error), end; !error && entry != end;
-       entry.increment(error)) {
-    if (identityOf(entry->path()) == wanted)
-      return true;
-  }
-  return false;
+  const std::vector<fs::directory_entry> entries = entriesOf(directory);
+  return std::any_of(entries.begin(), entries.end(), [&](const fs::directory_entry& entry) {
+    return identityOf(entry.path()) == wanted;
+  });
 }
 
 }  // namespace
+
+std::vector<fs::directory_entry> entriesOf(const fs::path& directory) {
+  try {
+    return {fs::directory_iterator(directory), fs::directory_iterator()};
+  } catch (const fs::filesystem_error&) {
+    return {};
+  }
+}
 
 std::string storeDirectoryName() {
   const char* own = std::getenv("ULO_DATA_DIR");

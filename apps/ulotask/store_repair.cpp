@@ -187,11 +187,9 @@ std::vector<std::string> foreignAccess() {
     return notes;
   if ((status.st_mode & writable) != 0)
     note(directory, status.st_mode, "writable");
-  std::error_code error;
-  for (std::filesystem::directory_iterator entry(directory, error), end; !error && entry != end;
-       entry.increment(error)) {
-    const std::string path = entry->path().string();
-    if (entry->path().filename().string().rfind("tasks.db", 0) != 0 ||
+  for (const std::filesystem::directory_entry& entry : entriesOf(directory)) {
+    const std::string path = entry.path().string();
+    if (entry.path().filename().string().rfind("tasks.db", 0) != 0 ||
         stat(path.c_str(), &status) != 0)
       continue;
     if ((status.st_mode & writable) != 0)

@@ -4,6 +4,7 @@
 #include "database.h"
 #include "listing.h"
 #include "session.h"
+#include "store_files.h"
 #include "text.h"
 #include "verbs.h"
 
@@ -28,8 +29,7 @@ struct Statistics {
 // The files of the databases with what stands beside them while they are used.
 std::map<std::string, std::uintmax_t> databaseFiles() {
   std::map<std::string, std::uintmax_t> files;
-  std::error_code error;
-  for (const auto& entry : std::filesystem::directory_iterator(ulo::dataDirectory(), error)) {
+  for (const auto& entry : entriesOf(ulo::dataDirectory())) {
     std::error_code gone;
     const std::string name = entry.path().filename().string();
     const std::uintmax_t bytes = entry.file_size(gone);
