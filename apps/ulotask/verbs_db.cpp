@@ -57,7 +57,7 @@ struct Lines {
     static_cast<Lines*>(lines)->texts.emplace_back(utf8);
   }
   [[nodiscard]] std::string reason() {
-    const std::string last = texts.empty() ? "failed" : texts.back();
+    std::string last = texts.empty() ? "failed" : texts.back();
     if (!texts.empty())
       texts.pop_back();
     return last;
