@@ -27,9 +27,9 @@ struct ShortenedText {
 std::optional<ShortenedText> shortenToLimit(ZTASK_ENG_Task& task,
                                             ZTASK_ENG_Task::TASK_FIELD_T field);
 
-// Adds the task as a new one, with its category, in one transaction. Shortens texts that are too
-// long and reports that in `shortened`, gives a task without a status the status "needs action",
-// and dates the change now.
+// Adds the task and its category in one transaction. Shortens texts that are too long and lists
+// them in `shortened`, sets the status to "needs action" if the task has none, and sets the time of
+// the change to now.
 //
 // Returns a result of the store; unless it is TASK_ENG_OK, nothing was stored.
 int takeIn(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task,

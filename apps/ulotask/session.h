@@ -41,11 +41,11 @@ std::string databaseReason();
 // Why the store can't be opened, and which verb may help.
 Failure closedStore();
 
-// Throws the Failure that a store's result other than 0 stands for; `what` is what was tried.
-// Throws one, too, if the database has run out of memory: the store then leaves out what it could
-// not read.
+// Throws a Failure for any store result other than 0; its message begins with `what`, the name of
+// the operation. Also throws if the database has run out of memory, because the store then omits
+// fields that it could not read.
 void require(int storeCode, const std::string& what);
-// Does the same for a result of the database.
+// Throws a Failure for any database result other than DB_OK, with the same form of message.
 void requireDatabase(int result, const std::string& what);
 
 }  // namespace ulotask

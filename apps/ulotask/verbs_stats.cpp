@@ -56,8 +56,9 @@ void countRows(Session& session, Statistics& result) {
 }
 
 Statistics statistics(Session& session) {
-  // The journal has a connection of its own. Counts and last entry belong together if no change was
-  // committed between two readings of the journal; a store that never rests is shown as it is.
+  // The journal uses a separate connection. The counts match the last entry if no change was
+  // committed between two reads of the journal. If other programs never stop writing, the last
+  // attempt is shown.
   constexpr int attempts = 100;
   Statistics result;
   // Creates the journal where there is none yet.

@@ -48,7 +48,7 @@ public:
   ProcessHooks() : keyIsMade_(pthread_key_create(&key_, &ProcessHooks::endOfThread) == 0) {
     pthread_atfork(nullptr, nullptr, [] { isForked = isForked || openSessions > 0; });
   }
-  // Sets whether the end of this thread closes what it has opened.
+  // Sets whether this thread closes the database when it ends.
   void closeAtEnd(bool yes) const {
     if (keyIsMade_)
       pthread_setspecific(key_, yes ? &threadOpens : nullptr);

@@ -426,7 +426,7 @@ void restore(const StorePlace& place, const std::string& file, const std::string
   foldLog(place);
   const std::int64_t floor = lastEntryOf(place.path());
   const StoreLock lock(place);
-  // Check the copy, since it is what becomes the store.
+  // Check the copy, because the copy becomes the store.
   FreshFile fresh(freshPrefix(place));
   copyFrom(file, fresh.path());
   if (inspect(openFile(fresh.path()).get(), sample, report) > 0)

@@ -13,7 +13,7 @@ bool isScript(std::string_view text);
 // Returns the tokens of a text in either language, without the prefix of a script.
 std::vector<Token> tokenizeText(std::string_view text);
 
-// Both throw Failure with the position and what was expected there.
+// Both throw Failure with the position and the expected token.
 Script parseScript(std::string_view text);
 Statement parseStatement(std::string_view text);
 
