@@ -89,6 +89,12 @@ function(ulo_share_precompiled headers)
   ulo_precompile(${holder} ${headers})
 endfunction()
 
+# Part of the libraries' file names. Until 1.0 a minor version may change the layout of classes.
+set(ulo_soversion ${PROJECT_VERSION_MAJOR})
+if(PROJECT_VERSION_MAJOR EQUAL 0)
+  string(APPEND ulo_soversion .${PROJECT_VERSION_MINOR})
+endif()
+
 # ulo_library(NAME) makes NAME_objects, to which the rooms add their sources with
 # target_sources, and the shared library NAME made of them. Tests link NAME_objects when they
 # look at something that NAME keeps hidden.
@@ -99,5 +105,5 @@ function(ulo_library name)
   target_link_libraries(${name} PRIVATE ${name}_objects)
   target_compile_features(${name} INTERFACE cxx_std_20)
   set_target_properties(${name} PROPERTIES
-    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+    VERSION ${PROJECT_VERSION} SOVERSION ${ulo_soversion})
 endfunction()

@@ -1,5 +1,4 @@
-// Takes pictures of windows: each is shown on the display as users see it, and what the display
-// shows is saved.
+// Takes pictures of windows by showing them on the display and saving the display's content.
 #pragma once
 
 #include "ZApplication.h"
@@ -16,8 +15,8 @@
 
 class Camera {
 public:
-  // Sets the application up as its arguments say; nothing, with a line on standard error, where
-  // they are wrong.
+  // Sets up the application according to its arguments. If they are invalid, prints a message to
+  // standard error and returns nothing.
   static std::optional<Camera> fromArguments(ZApplication& application) {
     const QStringList words = QApplication::arguments();
     const QStringList size = words.value(2).split(u'x');
@@ -27,7 +26,7 @@ public:
       return std::nullopt;
     }
     application.setLanguages({words[3]});
-    // Also of a language without texts.
+    // Also for languages without translations.
     QApplication::setLayoutDirection(QLocale(words[3]).textDirection());
     QLocale::setDefault(QLocale(words[3]));
     if (words.size() > 4) {
@@ -51,7 +50,7 @@ public:
     const QPixmap picture = QGuiApplication::primaryScreen()->grabWindow(0);
     const QString file = QStringLiteral("%1/%2.png").arg(directory_, QLatin1String(name));
     if (!picture.copy(QRect(QPoint(0, 0), size_ * picture.devicePixelRatio())).save(file))
-      static_cast<void>(std::fprintf(stderr, "%s can't be written\n", qPrintable(file)));
+      static_cast<void>(std::fprintf(stderr, "cannot write %s\n", qPrintable(file)));
   }
   // Runs a modal dialog, takes its picture and closes it.
   void shootDialog(QDialog& dialog, const char* name) const {
@@ -71,7 +70,7 @@ private:
   QSize size_;
 };
 
-// The main of a program that takes these pictures.
+// The main function of a program that takes these pictures.
 inline int takePictures(int count, char** arguments,
                         std::initializer_list<void (*)(const Camera&)> pictures) {
   ZApplication application(count, arguments);

@@ -1,0 +1,36 @@
+# Fails unless configuring without Qt Widgets stops with an error that names the remedy, and the
+# core, the command line and their tests can be built. (./test --without-screens builds and runs
+# them.)
+
+file(REMOVE_RECURSE ${WORK_DIR})
+function(configure)
+  execute_process(
+    COMMAND ${CMAKE_COMMAND} -G Ninja -S ${SOURCE_DIR} -B ${WORK_DIR}
+            -D CMAKE_CXX_COMPILER=${COMPILER} -D CMAKE_DISABLE_FIND_PACKAGE_Qt6Widgets=ON
+            -D CMAKE_DISABLE_FIND_PACKAGE_Qt6Gui=ON ${ARGN}
+    RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
+  set(result ${result} PARENT_SCOPE)
+  set(output "${output}" PARENT_SCOPE)
+endfunction()
+
+configure()
+if(result EQUAL 0 OR NOT output MATCHES "qt6-base-dev" OR NOT output MATCHES "-DULO_SCREENS=OFF")
+  message(FATAL_ERROR "Without Qt Widgets: ended with ${result}\n${output}")
+endif()
+configure(-D ULO_SCREENS=OFF)
+if(NOT result EQUAL 0)
+  message(FATAL_ERROR "Without screens: ended with ${result}\n${output}")
+endif()
+
+execute_process(COMMAND ninja -C ${WORK_DIR} -t targets all
+                OUTPUT_VARIABLE targets COMMAND_ERROR_IS_FATAL ANY)
+foreach(target ulotask libulotaskcore.so libulodb2.so ulotask_test odb_api_test store_tasks_test)
+  if(NOT targets MATCHES "/${target}: ")
+    message(FATAL_ERROR "Without screens, ${target} is not built")
+  endif()
+endforeach()
+# Commands that compile or link with widgets contain their directory or library.
+file(READ ${WORK_DIR}/build.ninja commands)
+if(commands MATCHES "(QtWidgets|QtGui|libQt6Widgets|libQt6Gui)")
+  message(FATAL_ERROR "Without screens, ${CMAKE_MATCH_1} is used")
+endif()

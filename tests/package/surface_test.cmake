@@ -1,0 +1,56 @@
+# Fails if the installed headers or the exported symbols differ from the lists in LISTS, so that
+# every change of the public interface also changes a list.
+# With -D RENEW=ON, rewrites the lists (tools/renew-surface).
+
+file(REMOVE_RECURSE ${WORK_DIR})
+file(MAKE_DIRECTORY ${WORK_DIR})
+execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${WORK_DIR}/prefix
+                OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+
+set(differing "")
+function(check name lines)
+  list(SORT lines)
+  list(REMOVE_DUPLICATES lines)
+  list(JOIN lines "\n" text)
+  string(REPLACE "\\" "" text "${text}")
+  file(WRITE ${WORK_DIR}/${name} "${text}\n")
+  if(RENEW)
+    file(WRITE ${LISTS}/${name} "${text}\n")
+    return()
+  endif()
+  execute_process(COMMAND diff -u ${LISTS}/${name} ${WORK_DIR}/${name} RESULT_VARIABLE result
+                  OUTPUT_VARIABLE output ERROR_VARIABLE output)
+  if(NOT result EQUAL 0)
+    set(differing "${differing}\n${output}" PARENT_SCOPE)
+  endif()
+endfunction()
+
+file(GLOB_RECURSE headers RELATIVE ${WORK_DIR}/prefix/include ${WORK_DIR}/prefix/include/*)
+check(headers.txt "${headers}")
+
+# Omits the symbols that the compiler generates for templates and inline functions of other
+# libraries, which depend on its version and options.
+foreach(library ulotaskcore ulotaskengine uloplatform uloappbase ulodb2)
+  execute_process(
+    COMMAND nm --dynamic --defined-only --demangle
+            ${WORK_DIR}/prefix/${LIBRARY_DIR}/lib${library}.so
+    OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
+  string(REPLACE ";" "\\;" output "${output}")
+  string(REPLACE "\n" ";" output "${output}")
+  set(symbols "")
+  foreach(line IN LISTS output)
+    if(line MATCHES "^[0-9a-f]+ ([A-Zu]) (.*)$")
+      set(kind "${CMAKE_MATCH_1}")
+      set(symbol "${CMAKE_MATCH_2}")
+      if(NOT kind STREQUAL "W" AND NOT symbol MATCHES "^(std::|(typeinfo|vtable).* for (Q|std::))")
+        list(APPEND symbols "${symbol}")
+      endif()
+    endif()
+  endforeach()
+  check(lib${library}.txt "${symbols}")
+endforeach()
+
+if(NOT differing STREQUAL "")
+  message(FATAL_ERROR "What programs can use has changed:${differing}\n"
+    "If that is intended, renew the lists with tools/renew-surface and see docs/compatibility.md.")
+endif()
