@@ -1,19 +1,19 @@
-"""Reads callgrind's dumps: what each source file of ours costs, split by who does the work."""
+"""Reads callgrind's dumps: the cost of each of our source files, split by who does the work."""
 
 import re
 from collections import defaultdict
 
 
 class Profile:
-    """One dump. Instructions are given to the file of ours that they belong to: those of its own
-    lines, and those of other libraries' functions that its lines call."""
+    """One dump. Instructions are attributed to our source files: those of a file's own lines, and
+    those of functions in other libraries that its lines call."""
 
     def __init__(self, path, is_ours):
         self.label = ""
         self.total = 0
         self.own = defaultdict(int)  # (file, function) -> instructions of its own lines
-        self.foreign = defaultdict(int)  # (file, function, library) -> of what its lines call
-        self.inclusive = defaultdict(int)  # function -> instructions of it and all that it calls
+        self.foreign = defaultdict(int)  # (file, function, library) -> of functions it calls
+        self.inclusive = defaultdict(int)  # function -> instructions including its callees
         self._is_ours = is_ours
         self._read(path)
 
@@ -56,7 +56,7 @@ class Profile:
                     is_call = True
                 elif line and (line[0].isdigit() or line[0] in "+-*"):
                     cost = int(line.split()[1]) if len(line.split()) > 1 else 0
-                    # Code of standard headers belongs to the function that it is inlined in.
+                    # Code from standard headers belongs to the function into which it is inlined.
                     place = file if self._is_ours(file) else function_file
                     if is_call:
                         self._add_call(library, place, function, callee_library, callee, cost)
@@ -81,7 +81,7 @@ class Profile:
 
 
 def kind_of(library, function):
-    """Who does the work, as reports name it."""
+    """Returns who does the work, as named in reports."""
     name = library.rsplit("/", 1)[-1]
     if "sqlite" in name:
         return "SQLite"

@@ -1,4 +1,4 @@
-// Reading and writing vTodo text, beside the vObject library alone.
+// Reading and writing vTodo text, compared with the vObject library alone.
 
 #include "ZVtodoParser.h"
 #include "dataset.h"
@@ -20,7 +20,7 @@ struct TodoList : QList<Task> {
   TodoList() { setAutoDelete(true); }
 };
 
-// Texts as phones send them: lengths in characters of 16 bits, 0: none.
+// Texts as sent by phones: lengths in 16-bit characters, 0 for none.
 struct TextKind {
   const char* name;
   int summary;
@@ -35,7 +35,7 @@ std::string contentsOf(const std::string& fileName) {
   return text.str();
 }
 
-// What the benchmarks of one kind and count of texts share.
+// Shared by the benchmarks of one kind and number of texts.
 struct Material {
   Material(const std::string& directory, const TextKind& kind, int count)
       : name(std::string(kind.name) + "." + std::to_string(count)), size(count),
@@ -99,7 +99,7 @@ void registerWritingOf(const std::shared_ptr<Material>& material) {
       std::filesystem::remove(fileOf(side, 0));
     }
     if (const std::string difference = differenceOf(contents[0], contents[1]); !difference.empty())
-      stop(name, "ours writes something else: " + difference);
+      stop(name, "the two sides write different texts: " + difference);
   };
   const Effort effort = durableEffort();
   registerPaired({name, effort, double(material->size), compare, [](Side) {}, write,

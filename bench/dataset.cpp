@@ -17,7 +17,7 @@ constexpr const char* words[] = {
     "买票",    "prepare",  "slides",  "send",    "letter",  "renew",  "passport", "clean",
 };
 
-// The status values and how many of ten tasks have them.
+// The status values, with the number of tasks out of ten that have them.
 struct StatusShare {
   int status;
   int tenths;
@@ -30,7 +30,7 @@ constexpr int yearMinutes = 365 * dayMinutes;
 }  // namespace
 
 const QStringList& categoryNames() {
-  // The first six are those that the store makes by itself.
+  // The first six are those that the store creates itself.
   static const QStringList names = {QString(),  "none",   "meeting", "vacation", "appointment",
                                     "party",    "work",   "home",    "garden",   "school",
                                     "shopping", "travel", "health",  "money",    "Familie",
@@ -54,7 +54,7 @@ QString TaskSource::text(int length) {
     text += QString::fromUtf8(words[below(std::size(words))]);
   }
   text.truncate(length);
-  // A blank at an end is no part of what the exchange format carries.
+  // The exchange format does not preserve a trailing blank.
   if (text.back() == ' ')
     text.back() = '.';
   return text;
@@ -104,7 +104,7 @@ void fillStore(const std::string& directory, int size) {
   { const ZTASK_ENG_Model madeTables; }
   HandStore store(directory);
   const Database& database = store.database();
-  // Nothing depends on it but the time it takes.
+  // These settings affect only the time to fill the store.
   execute(database, "PRAGMA synchronous = OFF; PRAGMA cache_size = -1000000; BEGIN");
   const QStringList& names = categoryNames();
   for (const QString& name : names)

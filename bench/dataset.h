@@ -1,4 +1,4 @@
-// Tasks as somebody's store may hold them, the same ones in every run of a day.
+// Realistic tasks, the same in every run on the same day.
 #pragma once
 
 #include "hand_store.h"
@@ -12,23 +12,23 @@
 
 namespace bench {
 
-// Names of the categories by UID - 1; the first one is null.
+// Returns the names of the categories, indexed by UID - 1. The first one is null.
 const QStringList& categoryNames();
 
-// Every task has a summary of 5 to 60 characters, a uuid, a category, a priority from 0 to 9, a
-// status (4 in 10 need action, 3 are completed, the others are divided between three more) and a
-// revision. A third has a note of 50 to 400 characters, two thirds are due on some minute of the
-// year before or after today and have an alarm, completed ones have an end.
+// Generates tasks. Every task has a summary of 5 to 60 characters, a uuid, a category, a priority
+// from 0 to 9, a status (4 of 10 need action, 3 are completed, the others have one of three more)
+// and a revision. One third have a note of 50 to 400 characters, two thirds have an alarm and are
+// due at some minute within a year before or after today, and completed ones have an end date.
 class TaskSource {
 public:
   explicit TaskSource(std::uint64_t seed = 1);
-  // Not stored; its category is named.
+  // Returns a task that is not stored, with the name of its category.
   Task next();
-  // A text of words, `length` characters of 16 bits.
+  // Returns a text of words with `length` 16-bit characters.
   QString text(int length);
 
 private:
-  // 0 to limit - 1.
+  // Returns a number from 0 to limit - 1.
   int below(int limit);
   QString uuid();
 
@@ -36,8 +36,8 @@ private:
   qint64 today_;
 };
 
-// Makes a store with `size` tasks, UIDs from 1 on, and a change journal in the directory, which
-// must not hold one. All is on the disk then, and nobody has it open.
+// Creates a store with `size` tasks, with UIDs starting at 1, and a change journal in the
+// directory, which must not contain a store. Flushes it to the disk and closes it.
 void fillStore(const std::string& directory, int size);
 
 }  // namespace bench

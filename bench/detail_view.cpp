@@ -1,5 +1,5 @@
-// How long the detail view takes from openView to its first painted frame, for a note of 4002
-// characters; without a display.
+// Measures the time of the detail view from openView to its first painted frame, for a note of 4002
+// characters, without a display.
 
 #include "TASK_UI_DetailView.h"
 #include "ZApplication.h"

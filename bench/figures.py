@@ -1,12 +1,12 @@
-"""What was measured, and what was wanted."""
+"""Measurements and targets."""
 
 import re
 import statistics
 from collections import defaultdict
 from dataclasses import dataclass
 
-# What an operation may cost: its time beside that of the hand-written work, and how much the time
-# for a record may grow from one size of store to the next. The first that fits counts.
+# The targets of operations: the ratio of the time to that of the hand-written work, and the growth
+# of the time per record from one size of store to the next. The first match counts.
 TARGETS = [
     # operation, ratio, growth
     (r"^open-close$", 1.5, 2.0),
@@ -14,7 +14,7 @@ TARGETS = [
     (r"^(getTask|updateTask|removeTask)$", 2.0, 2.0),
     (r"^removeAll$", 2.0, 1.5),
     (r"^getCount", 1.2, 1.5),
-    # There is a better plan than the one that SQLite chooses.
+    # The engine uses a better plan than the one that SQLite chooses.
     (r"^getAllIDs\.(incomplete|completed)", 0.5, 1.5),
     (r"^getAllIDs", 1.3, 1.5),
     (r"^page\.", 2.0, 1.5),
@@ -22,29 +22,28 @@ TARGETS = [
     (r"^(match|getAllTasks)", 2.0, 1.5),
     (r"^vtodo\.", 1.5, 1.5),
 ]
-# In a small store the fixed cost of a call hides what a record costs: the targets hold from this
-# size on, those of growth behind it.
+# In a small store, the fixed cost of a call hides the cost per record. The targets apply from this
+# size on, those of growth only to larger sizes.
 TARGETS_FROM = 10000
-# The highest use of the heap while most of the records are read, as a multiple of what the list
-# takes.
+# The maximum heap use while most of the records are read, as a multiple of the list's size.
 HEAP_TARGET = 2.0
 HEAP_TARGET_LISTS = ("getAllTasks", "match.text", "range.due")
-# How the memory for one to-do may grow while the file does.
+# The maximum growth of the memory per to-do from one file size to the next.
 IMPORT_GROWTH_TARGET = 1.2
 
 
 @dataclass
 class Row:
-    """One operation at one size. Times are seconds for a call, medians."""
+    """One operation at one size. Times are medians in seconds per call."""
 
     operation: str
     size: int
     ours: float
     hand: float
     ratio: float
-    joined: float  # hand-written in one statement, where that was measured
+    joined: float  # hand-written in one statement, if measured
     records: float
-    growth: float = 0  # of the time for a record from the size before; 0: there is none before
+    growth: float = 0  # of the time per record from the previous size; 0 for the first size
     hand_growth: float = 0
 
     @property
@@ -53,14 +52,15 @@ class Row:
 
     @property
     def misses(self):
-        """What is beyond the target, in words."""
+        """Returns descriptions of the missed targets."""
         _, ratio, growth = self.target
         missed = []
         if not self.operation.startswith("vtodo.") and self.size < TARGETS_FROM:
             return missed
         if self.ratio > ratio:
             missed.append(f"ratio > {ratio}")
-        # The work itself may grow, or the machine have slowed: the hand-written side's tells.
+        # The work itself may grow, or the machine may be slower. That also shows in the
+        # hand-written side.
         if self.size > TARGETS_FROM and self.growth > max(growth, 1.5 * self.hand_growth):
             missed.append(f"growth > {growth}")
         return missed
@@ -76,7 +76,7 @@ class Figures:
         self.instructions = []
 
     def add_times(self, size, measured):
-        """Takes Google Benchmark's figures for one size of store; 0: the codec."""
+        """Adds Google Benchmark's figures for one size of store, or 0 for the codec."""
         self.context = measured.get("context", self.context)
         lines = defaultdict(list)  # the repetitions of each operation
         for line in measured["benchmarks"]:
@@ -88,7 +88,7 @@ class Figures:
             return statistics.median(times) if times else 0
 
         for operation in sorted(lines, key=lambda name: lines[name][0]["family_index"]):
-            # Each repetition has a ratio of its own, of calls next to each other.
+            # The ratio is computed for each repetition, whose calls are next to each other.
             ratio = statistics.median(line["ours"] / line["hand"] for line in lines[operation])
             # The last part of a codec operation's name is the number of to-dos.
             name, number = (operation.rsplit(".", 1) if size == 0 else (operation, size))
@@ -101,9 +101,9 @@ class Figures:
             self.rows.append(row)
 
     def operations(self):
-        """Names in the order in which they were registered."""
+        """Returns the names in the order of registration."""
         return list(dict.fromkeys(row.operation for row in self.rows))
 
     def of(self, operation):
-        """The rows of an operation, by size."""
+        """Returns the rows of an operation, by size."""
         return [row for row in self.rows if row.operation == operation]

@@ -21,7 +21,7 @@ constexpr const char* statusWords[] = {"COMPLETED", "NEEDS ACTION", "ACCEPTED", 
 constexpr int needsAction = 1;
 constexpr int noDate = ZTASK_ENG_Task::noDateSeconds;
 
-// The library keeps bytes in wide characters.
+// The library stores bytes in wide characters.
 QByteArray valueOf(VObject* property) {
   const wchar_t* wide = vObjectUStringZValue(property);
   if (wide == nullptr)
@@ -102,8 +102,8 @@ void readTodos(VObject* first, QList<Task>& tasks) {
   }
 }
 
-// Quoted-printable (RFC 2045) in lines of 76, soft breaks as the library's writer passes them on.
-// The first line leaves room for the property's name.
+// Encodes quoted-printable (RFC 2045) in lines of 76 characters, with soft breaks in the form that
+// the library's writer passes on. The first line leaves `room` characters for the property's name.
 QByteArray quotedPrintable(const QByteArray& text, int room) {
   constexpr char hex[] = "0123456789ABCDEF";
   QByteArray result;
@@ -133,7 +133,7 @@ QByteArray quotedPrintable(const QByteArray& text, int room) {
   return result;
 }
 
-// What is left of the first line behind the longest of the names.
+// The space in the first line after the longest name.
 constexpr int firstLine = 76 - int{sizeof "DESCRIPTION;CHARSET=UTF-8;ENCODING=QUOTED-PRINTABLE"};
 
 void addText(VObject* todo, const char* name, const QString& text) {

@@ -21,7 +21,7 @@ constexpr int busyTimeoutMs = 10000;
 #define ULO_BENCH_BY_DUE " ORDER BY due, priority, UID DESC"
 #define ULO_BENCH_BY_PRIORITY " ORDER BY priority, due, UID DESC"
 constexpr int nameColumn = 11;
-// Stretches of an index that a page is read from; see stretchSql.
+// The ranges of an index from which a page is read; see stretchSql.
 constexpr int stretchCount = 3;
 
 int seconds(const QDateTime& dateTime) {
@@ -42,7 +42,7 @@ bool isDue(View view) {
   return view == ZTASK_ENG_Model::TASK_CATEGORY_DUE;
 }
 
-// Everything but the category's name.
+// Reads all fields except the category's name.
 void readFields(const Run& row, Task& task) {
   task.setUINT32(Task::TASK_FIELD_UID, static_cast<unsigned int>(row.integer(0)));
   task.setPriority(row.integer(1));
@@ -64,8 +64,8 @@ std::string idsSql(View view, Sort sort) {
          (sort == ZTASK_ENG_Model::TASK_SORT_DUE ? ULO_BENCH_BY_DUE : ULO_BENCH_BY_PRIORITY);
 }
 
-// A page is read from up to three stretches of the index: the rest of the start's own key, the
-// rest of the key's first column, all behind it. Each is one seek.
+// A page is read from up to three ranges of the index: the remaining rows with the key of the
+// start, the remaining rows with the key's first column, and all following rows. Each is one seek.
 std::string stretchSql(View view, Sort sort, int stretch) {
   const bool byDue = sort == ZTASK_ENG_Model::TASK_SORT_DUE;
   const std::string first = byDue ? "due" : "priority";
@@ -86,7 +86,7 @@ std::string stretchSql(View view, Sort sort, int stretch) {
   return sql + (byDue ? ULO_BENCH_BY_DUE : ULO_BENCH_BY_PRIORITY) + " LIMIT ?4";
 }
 
-// What a search by example compares with, taken out of the record once.
+// The operands of a search by example, read from the record once.
 struct Wanted {
   explicit Wanted(const Task& example)
       : due(seconds(example.getDateTime(Task::TASK_FIELD_DUE))),
@@ -123,7 +123,7 @@ bool mentions(const Task& task, const QString& text) {
 
 }  // namespace
 
-// Every statement of the store, where it is used first.
+// All statements of the store, each prepared at its first use.
 struct HandStore::Statements {
   explicit Statements(const Database& opened) : database(opened) {
     for (const Sort sort : {ZTASK_ENG_Model::TASK_SORT_DUE, ZTASK_ENG_Model::TASK_SORT_PRIORITY})
@@ -135,7 +135,7 @@ struct HandStore::Statements {
           stretches.emplace_back(database, stretchSql(view, sort, stretch));
       }
   }
-  // Both views of a status share their statements.
+  // The two views by status share their statements.
   static std::size_t place(View view, Sort sort) {
     return static_cast<std::size_t>(sort) * 3 + std::min<std::size_t>(view, 2);
   }
@@ -383,7 +383,7 @@ bool HandStore::page(Tasks& tasks, const Task& start, int count, View view, Sort
   const uint end = tasks.count() + static_cast<uint>(count);
   const uint before = tasks.count();
 
-  // One state of the file for all that is read.
+  // Reads everything from one state of the file.
   Run(sql_->begin).step();
   if (exists(uid, due, priority)) {
     for (int stretch = 0; stretch < stretchCount && tasks.count() < end; ++stretch) {

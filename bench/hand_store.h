@@ -1,7 +1,6 @@
-// The work of the store's operations, written by hand on SQLite's C interface: what somebody would
-// write who needs these lists of these tables, and knows SQLite well. Schema, indexes, pragmas and
-// durability are the store's, statements are prepared once and kept, the results are the same
-// records.
+// The work of the store's operations, written by hand with SQLite's C interface, as a developer who
+// knows SQLite well would write it. Schema, indexes, pragmas and durability are the same as in the
+// store, statements are prepared once and kept, and the results are the same records.
 #pragma once
 
 #include "ZTASK_ENG_Model.h"
@@ -22,14 +21,14 @@ using Field = ZTASK_ENG_Task::TASK_FIELD_T;
 
 class HandStore {
 public:
-  // Opens the store that is in the directory. Requires: it has been filled.
+  // Opens the store in the directory, which must have been filled.
   explicit HandStore(const std::string& directory);
   HandStore(const HandStore&) = delete;
   HandStore& operator=(const HandStore&) = delete;
   ~HandStore();
 
-  // The operations, as ZTASK_ENG_Model.h describes them. False where the store answers
-  // TASK_ENG_NOT_FOUND; what goes wrong throws. Lists are appended to.
+  // The operations as described in ZTASK_ENG_Model.h. They return false if the store returns
+  // TASK_ENG_NOT_FOUND, and throw on any other failure. They append to lists.
   void add(Task& task);
   bool get(unsigned int uid, Task& task);
   bool update(Task& task);
@@ -47,10 +46,10 @@ public:
   void mentioning(Tasks& tasks, const QString& text);
   void resembling(Tasks& tasks, const Task& example);
   void all(Tasks& tasks);
-  // The same with the category's name from a join and not from a statement of its own.
+  // The same, with the category's name read by a join instead of a separate statement.
   void allJoined(Tasks& tasks);
 
-  // For filling: adds the category, or the task, and nothing else.
+  // For filling: add only the category or the task.
   void insertCategory(const QString& name);
   int insert(const Task& task, int categoryUid);
   std::optional<int> categoryUid(const QString& name);

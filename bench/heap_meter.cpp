@@ -7,7 +7,7 @@
 #include <malloc.h>
 
 extern "C" {
-// The C library's own, under the names that it keeps for those who replace the plain ones.
+// The functions of the C library, under the names reserved for replacements.
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* block, std::size_t size);
@@ -45,7 +45,7 @@ void* calloc(std::size_t count, std::size_t size) {
   return taken(__libc_calloc(count, size));
 }
 
-// While a block moves both places are in use.
+// While a block is moved, both copies are in use.
 void* realloc(void* block, std::size_t size) {
   const std::size_t before = block == nullptr ? 0 : malloc_usable_size(block);
   void* moved = __libc_realloc(block, size);

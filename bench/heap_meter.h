@@ -1,14 +1,14 @@
-// Counts the bytes that this process has taken from the heap. Programs link heap_meter.cpp, which
-// stands in front of the C library's allocation.
+// Counts the bytes that this process has allocated on the heap. Programs link heap_meter.cpp, which
+// wraps the C library's allocation functions.
 #pragma once
 
 #include <cstddef>
 
 namespace bench {
 
-// Bytes in use, as the allocator rounds them.
+// Returns the number of bytes in use, as rounded by the allocator.
 std::size_t heapInUse();
-// The most that was in use since the last restart of the peak.
+// Returns the maximum in use since the last restart of the peak.
 std::size_t heapPeak();
 void restartHeapPeak();
 

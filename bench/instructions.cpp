@@ -1,7 +1,7 @@
-// A few operations under callgrind, which counts the instructions of each one apart.
+// Runs a few operations under callgrind, which counts the instructions of each one separately.
 //   ulo_bench_instructions prepare DIRECTORY SIZE   fills a store
-//   ulo_bench_instructions count DIRECTORY          under valgrind; bench/instructions does it
-// A dump is named "operation/side/calls".
+//   ulo_bench_instructions count DIRECTORY          run under valgrind by bench/instructions
+// Dumps are named "operation/side/calls".
 
 #include "dataset.h"
 #include "log_sink.h"
@@ -28,7 +28,7 @@ void require(bool good) {
     throw std::runtime_error("an operation fails");
 }
 
-// The first call is not counted: statements are prepared then.
+// Does not count the first call, which prepares statements.
 void countCalls(const std::string& name, int calls, const std::function<void()>& call) {
   call();
   CALLGRIND_TOGGLE_COLLECT;

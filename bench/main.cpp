@@ -1,7 +1,7 @@
-// Times every operation of the store on one size of store, or the codec, each beside the same work
-// written by hand. Google Benchmark's options apply; ours come first:
+// Times every operation of the store for one size of store, or the codec, and compares it with the
+// same work written by hand. Accepts Google Benchmark's options after its own:
 //   --size=N            tasks in the store; 0: the codec (default 10000)
-//   --data-dir=DIR      where the stores are kept meanwhile, on a disk
+//   --data-dir=DIR      directory for the stores, on a disk
 //   --quick             fewer and shorter repetitions
 
 #include "log_sink.h"
@@ -31,7 +31,7 @@ bool isInMemory(const std::string& directory) {
          (status.f_type == tmpfsMagic || status.f_type == ramfsMagic);
 }
 
-// The value of an option of ours at the front of the arguments, which it is taken out of.
+// Removes one of our options from the front of the arguments and returns its value.
 std::optional<std::string> take(int& count, char** arguments, std::string_view option) {
   if (count < 2 || !std::string_view(arguments[1]).starts_with(option))
     return std::nullopt;
@@ -74,7 +74,7 @@ int main(int count, char** arguments) {
                  place.c_str());
     return EXIT_FAILURE;
   }
-  // Local time with daylight saving, as its owner has it; no log is written.
+  // Local time with daylight saving, as users have it; no log.
   setenv("TZ", "Europe/Berlin", 1);
   setenv("ULO_LOG", "none", 1);
   ulo::openLogSink("ulo_bench");

@@ -1,5 +1,5 @@
 """Runs the benchmark programs, prints the table and writes docs/benchmarks.md and .svg.
-bench/report calls it; see there."""
+Called by bench/report."""
 
 import argparse
 import json
@@ -19,11 +19,11 @@ RESULTS = os.path.join(BUILD, "results")
 
 ALL_SIZES = [100, 10000, 100000, 1000000]
 QUICK_SIZES = [100, 10000]
-CODEC = 0  # in the place of a size
+CODEC = 0  # used as a size
 
 
 def run(program, *arguments):
-    """Runs one of our programs and gives what it prints; ends with it when it fails."""
+    """Runs one of our programs and returns its output. Exits if it fails."""
     print(">", program, *arguments, file=sys.stderr, flush=True)
     done = subprocess.run([os.path.join(PROGRAMS, program), *arguments], stdout=subprocess.PIPE,
                           text=True, check=False)
@@ -33,18 +33,18 @@ def run(program, *arguments):
 
 
 def time_size(size, options):
-    """Google Benchmark's figures for one size of store, or the codec."""
+    """Returns Google Benchmark's figures for one size of store, or the codec."""
     out = os.path.join(RESULTS, f"{size}.json")
     arguments = [f"--size={size}", f"--data-dir={options.data_dir}"]
     if options.quick:
         arguments.append("--quick")
-    # Repetitions of all operations are mixed: a slow minute spoils few of each one's.
+    # Interleave the repetitions of all operations, so that a slow minute affects few of each.
     arguments += ["--benchmark_enable_random_interleaving=true",
                   f"--benchmark_out={out}", "--benchmark_out_format=json"]
     if options.filter:
         arguments.append(f"--benchmark_filter={options.filter}")
     run("ulo_bench", *arguments)
-    if os.path.getsize(out) == 0:  # nothing passes the filter
+    if os.path.getsize(out) == 0:  # nothing matches the filter
         return {"benchmarks": []}
     with open(out, encoding="utf-8") as file:
         return json.load(file)
@@ -71,7 +71,7 @@ def main():
     parser.add_argument("--data-dir", default=BUILD,
                         help="a directory on a disk; stores are kept in it meanwhile")
     options = parser.parse_args()
-    # Of our own, for it is removed.
+    # A separate directory, because it is deleted.
     options.data_dir = os.path.join(options.data_dir, "ulo-bench-data")
     sizes = QUICK_SIZES if options.quick else ALL_SIZES
     if options.sizes:

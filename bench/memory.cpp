@@ -1,6 +1,6 @@
-// Memory that operations need besides their results: each one is measured in a process of its own.
-//   ulo_bench_memory DIRECTORY          all of them, one line of JSON for each
-//   ulo_bench_memory DIRECTORY N SIDE   the N-th one, in this process
+// Measures the memory that operations need besides their results, each in a separate process.
+//   ulo_bench_memory DIRECTORY          all operations, one line of JSON for each
+//   ulo_bench_memory DIRECTORY N SIDE   the N-th operation, in this process
 
 #include "ZVtodoParser.h"
 #include "dataset.h"
@@ -28,15 +28,15 @@ using namespace bench;
 constexpr int storeSize = 100000;
 constexpr int importSizes[] = {1000, 10000, 100000};
 
-// What was measured of one call.
+// The measurements of one call.
 struct Measured {
-  std::size_t items = 0;  // of the result
-  std::size_t held = 0;   // heap that the result takes
-  std::size_t heap = 0;   // highest use of the heap during the call
-  long rss = 0;           // highest resident set during the call; both beyond what was there before
+  std::size_t items = 0;  // in the result
+  std::size_t held = 0;   // heap used by the result
+  std::size_t heap = 0;   // peak heap during the call, relative to before
+  long rss = 0;           // peak resident set during the call, relative to before
 };
 
-// Bytes, from a line of /proc/self/status.
+// Returns the bytes in a line of /proc/self/status.
 long statusLine(const std::string& name) {
   std::ifstream status("/proc/self/status");
   for (std::string line; std::getline(status, line);)
@@ -47,7 +47,7 @@ long statusLine(const std::string& name) {
 
 template <typename List> Measured measure(const std::function<void(List&)>& call) {
   Measured measured;
-  std::ofstream("/proc/self/clear_refs") << "5\n";  // the highest resident set starts anew
+  std::ofstream("/proc/self/clear_refs") << "5\n";  // resets the peak resident set
   const long rssBefore = statusLine("VmRSS");
   const std::size_t before = heapInUse();
   restartHeapPeak();
@@ -68,14 +68,14 @@ struct OwnedTodos : QList<Task> {
   OwnedTodos() { setAutoDelete(true); }
 };
 
-// One operation, for either side. The vObject library alone reads no file of so many to-dos.
+// One operation, for either side. The vObject library alone cannot read a file with so many to-dos.
 struct Operation {
   std::string name;
-  std::string file;  // what is read, and only our side reads; else empty
+  std::string file;  // the file to read, only for our side; otherwise empty
   std::function<Measured(Side)> run;
 };
 
-// A call of the store, which has answered a first call before, so that what it keeps is there.
+// Measures a call of the store after a first call, so that everything that it caches is loaded.
 template <typename List>
 Measured inStore(const std::string& directory, Side side,
                  const std::function<int(OurStore&, List&)>& ours,
@@ -181,13 +181,13 @@ void print(const Operation& operation, Side side) {
   std::fflush(stdout);
 }
 
-// Runs `work` in a process of its own; ends this one when it fails.
+// Runs `work` in a separate process. Ends this one if it fails.
 void inChild(const std::function<void()>& work) {
   std::fflush(stdout);
   const pid_t child = fork();
   if (child == 0) {
     work();
-    std::_Exit(EXIT_FAILURE);  // not reached by one that starts a program
+    std::_Exit(EXIT_FAILURE);  // not reached if `work` starts a program
   }
   int status = 0;
   if (child < 0 || waitpid(child, &status, 0) != child || status != 0) {

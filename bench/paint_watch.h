@@ -3,7 +3,7 @@
 #include <QEvent>
 #include <QObject>
 
-// Notes that a widget was painted.
+// Records that a widget was painted.
 class PaintWatch : public QObject {
 public:
   bool eventFilter(QObject*, QEvent* event) override {

@@ -76,7 +76,7 @@ void registerPaired(const PairedCalls& pair) {
       pair.prepare(side);
     std::map<Side, std::vector<double>> times;
     for (int i = 0; i < pair.effort.calls; ++i) {
-      // Neither side always comes first.
+      // The sides take turns in going first.
       const Side first = i % 2 == 0 ? Side::ours : Side::hand;
       for (const Side side : {first, first == Side::ours ? Side::hand : Side::ours})
         times[side].push_back(secondsOf<int>([&](int&) { pair.call(side, i); }));

@@ -1,7 +1,7 @@
-// Registers benchmarks of pairs: an operation of ours, and the same work written by hand. Both give
-// the same type of result, and before a pair is timed the two results are compared: one that
-// differs ends the program. The two sides of a pair are timed next to each other, so that whatever
-// else the machine does slows both of them.
+// Registers benchmarks of pairs: one of our operations, and the same work written by hand. Both
+// return the same type of result. Before a pair is timed, the two results are compared; if they
+// differ, the program ends. The two sides are timed next to each other, so that other activity of
+// the machine slows both.
 #pragma once
 
 #include "same_result.h"
@@ -21,35 +21,35 @@
 
 namespace bench {
 
-// How often and how long an operation is timed.
+// The number and duration of the repetitions of an operation.
 struct Effort {
   int repetitions;
-  double seconds;  // of calls of each side in a repetition; one call may take longer
-  int calls;       // of each side in a repetition, where that is fixed
+  double seconds;  // of calls of each side in a repetition; a single call may take longer
+  int calls;       // of each side in a repetition, if fixed
 };
-// For one that touches so many records.
+// For an operation that touches this many records.
 Effort effortFor(int records);
-// For one that waits for the disk.
+// For an operation that waits for the disk.
 Effort durableEffort();
-// From here on they are a few repetitions only, enough to see a large difference.
+// Reduces later efforts to a few repetitions, enough to see a large difference.
 void shortenEfforts();
 
-// Ends the program, saying what is wrong with which operation.
+// Ends the program with a message that names the operation and the error.
 void stop(const std::string& operation, const std::string& what);
 
-// Median times of a call of each way to do the work, in seconds, and how many records that is: what
-// a time may be divided by.
+// The median times in seconds of a call for each way to do the work, and the number of records by
+// which a time may be divided.
 struct Measured {
   std::map<std::string, double> times;
   double records;
 };
-// A benchmark whose repetitions are single runs of `measure`. Its own time is that of "ours"; all
-// that was measured becomes its counters.
+// Registers a benchmark whose repetitions are single runs of `measure`. Its time is that of "ours";
+// all measured values become counters.
 void registerPair(const std::string& operation, int repetitions, std::function<Measured()> measure);
 
 double medianOf(std::vector<double> values);
 
-// Times calls alone, not what becomes of their results.
+// Times only the calls, not the destruction of their results.
 template <typename Result, typename Call> double secondsOf(const Call& call) {
   Result result{};
   const auto begin = std::chrono::steady_clock::now();
@@ -57,17 +57,17 @@ template <typename Result, typename Call> double secondsOf(const Call& call) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
 }
 
-// A reading operation. The sides take the place for the result; ours gives the store's code.
+// A reading operation. Both sides get a reference to the result; ours returns the store's code.
 template <typename Result> struct Reading {
   std::string name;
   Effort effort;
-  double records;  // 0: those of the result
+  double records;  // 0: the number in the result
   std::function<void(Result&)> ours;
   std::function<void(Result&)> hand;
-  std::function<void(Result&)> otherHand;  // optional: another way to write it by hand
+  std::function<void(Result&)> otherHand;  // optional: another hand-written way
 };
 
-// Gives the number of records of the result. Ends the program where the sides' results differ.
+// Returns the number of records in the result. Ends the program if the sides' results differ.
 template <typename Result> std::size_t compareSides(const Reading<Result>& reading) {
   Result expected{};
   reading.hand(expected);
@@ -84,7 +84,7 @@ template <typename Result> std::size_t compareSides(const Reading<Result>& readi
 }
 
 template <typename Result> void registerReading(const Reading<Result>& reading) {
-  // Calls of each side in a repetition; found out when the sides are compared.
+  // Calls of each side in a repetition; determined when the sides are compared.
   auto calls = std::make_shared<int>(0);
   auto records = std::make_shared<double>(reading.records);
   auto turn = std::make_shared<int>(0);
@@ -101,7 +101,7 @@ template <typename Result> void registerReading(const Reading<Result>& reading) 
         {"ours", reading.ours}, {"hand", reading.hand}};
     if (reading.otherHand)
       sides.emplace_back("hand-join", reading.otherHand);
-    // Neither side always comes first.
+    // The sides take turns in going first.
     if (++*turn % 2 == 0)
       std::reverse(sides.begin(), sides.end());
     Measured measured = {{}, *records};
@@ -115,8 +115,8 @@ template <typename Result> void registerReading(const Reading<Result>& reading) 
   });
 }
 
-// An operation that waits for the disk, whose pace changes from second to second: the two sides
-// take turns call by call.
+// An operation that waits for the disk. The disk's speed changes from second to second, so the two
+// sides take turns after each call.
 struct PairedCalls {
   std::string name;
   Effort effort;
@@ -128,7 +128,7 @@ struct PairedCalls {
 };
 void registerPaired(const PairedCalls& pair);
 
-// What the programs are made of.
+// The parts of the programs.
 void registerStoreReading(Workbench& workbench);
 void registerStoreWriting(Workbench& workbench);
 void registerCodec(const std::string& directory);

@@ -11,7 +11,7 @@ namespace bench {
 namespace {
 
 constexpr int pageSize = 10;
-// UIDs that single tasks are read from, one after the other, all over the table.
+// The distance of the UIDs of single tasks that are read, which spread over the whole table.
 constexpr unsigned int uidStride = 7919;
 
 void require(int code) {
@@ -49,12 +49,12 @@ struct NamedPosition {
 constexpr NamedPosition positions[] = {
     {Position::beginning, "beginning"}, {Position::middle, "middle"}, {Position::end, "end"}};
 
-// The first tasks of pages, looked up once each.
+// The first tasks of pages, each looked up once.
 class Starts {
 public:
   explicit Starts(Workbench& workbench) : workbench_(workbench) {}
 
-  // Not const: the store's operation takes it so.
+  // Not const, because the store's operation takes a non-const reference.
   Task& at(View view, Sort sort, Position position) {
     const auto key = std::make_tuple(view, sort, position);
     const auto found = starts_.find(key);
@@ -78,7 +78,7 @@ private:
   std::map<std::tuple<View, Sort, Position>, Task> starts_;
 };
 
-// Both sides walk the same UIDs, each with a walker of its own.
+// The sequence of UIDs. Both sides use the same sequence, each with its own object.
 class UidWalk {
 public:
   explicit UidWalk(int size) : size_(static_cast<unsigned int>(size)) {}
@@ -191,7 +191,8 @@ void registerPages(Workbench& bench) {
       }
 }
 
-// A fortieth of the time that dates are from: about a twentieth of the tasks that have one.
+// A range of a fortieth of the period of all dates, which contains about a twentieth of the dated
+// tasks.
 void registerRanges(Workbench& bench) {
   constexpr int day = 86400;
   const int today = static_cast<int>(QDate::currentDate().startOfDay().toSecsSinceEpoch());
@@ -246,7 +247,7 @@ void registerSearches(Workbench& bench) {
        [&bench, example](Tasks& tasks) { require(bench.ours().getMatchTasks(tasks, *example)); },
        [&bench, example](Tasks& tasks) { bench.hand().resembling(tasks, *example); },
        {}});
-  // An example that asks for nothing is the way to every task.
+  // An example without conditions matches every task.
   const auto nothing = std::make_shared<Task>();
   registerReading<Tasks>(
       {"getAllTasks", effort, all,

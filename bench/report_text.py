@@ -1,4 +1,4 @@
-"""Tables, document and plot."""
+"""Formats tables, document and plot."""
 
 import datetime
 import os
@@ -10,7 +10,7 @@ import subprocess
 from figures import (HEAP_TARGET, HEAP_TARGET_LISTS, IMPORT_GROWTH_TARGET, TARGETS,
                      TARGETS_FROM)
 
-# Titles of the tables, and the operations in each.
+# The titles of the tables and their operations.
 SECTIONS = [
     ("Opening and single tasks", r"^(open-close|addTask|getTask|updateTask|removeTask|removeAll)$"),
     ("Counts", r"^getCount"),
@@ -20,8 +20,7 @@ SECTIONS = [
     ("vTodo text (size: to-dos in the file)", r"^vtodo\."),
 ]
 
-# Operations whose time is plotted against the size.
-# Each has a colour of its own.
+# Operations whose time is plotted against the size, and their colors.
 COLOURS = ["#1f77b4", "#ff7f0e", "#2ca02c", "#d62728", "#9467bd", "#8c564b", "#e377c2", "#17becf",
            "#000000"]
 PLOTTED = ["open-close", "addTask", "getTask", "getCount.incomplete", "getAllIDs.all.by-due",
@@ -44,7 +43,7 @@ def shown_bytes(number):
 
 
 def table(head, rows):
-    """A Markdown table that is laid out for reading as it stands."""
+    """Returns a Markdown table with aligned columns, readable as plain text."""
     widths = [max(len(str(line[i])) for line in [head, *rows]) for i in range(len(head))]
 
     def line(cells):
@@ -128,7 +127,7 @@ def instructions_table(figures):
 
 
 def tables(figures):
-    """Everything that was measured, section by section."""
+    """Returns all measurements, section by section."""
     text = []
     for title, pattern in SECTIONS:
         if body := times_table(figures, pattern):
@@ -224,14 +223,14 @@ Reading most of the records ({", ".join(HEAP_TARGET_LISTS)}) takes at most {HEAP
 
 
 def write_plot(figures, path, directory):
-    """The ratio of each operation at each size, and times against sizes."""
+    """Plots the ratio of each operation at each size, and times against sizes."""
     operations = [name for name in figures.operations() if not name.startswith("vtodo.")]
     sizes = sorted({row.size for row in figures.rows if row.operation in operations})
     script = [f"set terminal svg size 1100,{300 + 16 * len(operations) + 560} "
               "font 'sans-serif,11' background '#ffffff'",
               f"set output '{path}'", "set multiplot"]
     lower = 560 / (860 + 16 * len(operations))
-    # Upper part: a line for each operation, a point for each size.
+    # Upper part: one line per operation, one point per size.
     script += [f"set origin 0,{lower:.4f}", f"set size 1,{1 - lower:.4f}",
                "set title 'Time beside the same work written by hand'", "set logscale x 2",
                "set xlabel 'ratio (1: as fast)'", "set grid x", "set key outside top right",
@@ -249,7 +248,7 @@ def write_plot(figures, path, directory):
         plots.append(f"'{data}' using 1:2 with points pt {[6, 4, 8, 7][number % 4]} ps 0.8 "
                      f"title '{size:,} tasks'")
     script.append("plot " + ", ".join(plots))
-    # Lower part: ours with lines, hand-written with dashes.
+    # Lower part: ours with solid lines, hand-written with dashed lines.
     script += ["set origin 0,0", f"set size 1,{lower:.4f}", "unset arrow 1", "set lmargin 12",
                "set yrange [*:*]",
                "set title 'Time of a call (dashes: written by hand)'", "set logscale xy 10",

@@ -1,4 +1,4 @@
-// Whether two results are the same, and what is different about them. Empty: they are the same.
+// Describe the difference between two results; empty if they are the same.
 #pragma once
 
 #include "hand_store.h"
@@ -13,7 +13,7 @@ std::string differenceOf(const std::string& given, const std::string& expected);
 std::string differenceOf(const Uids& given, const Uids& expected);
 std::string differenceOf(const Task& given, const Task& expected);
 std::string differenceOf(const Tasks& given, const Tasks& expected);
-// Lists of the codec.
+// For lists of the codec.
 std::string differenceOf(const QList<Task>& given, const QList<Task>& expected);
 
 inline std::size_t sizeOf(int) {

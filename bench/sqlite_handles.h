@@ -1,5 +1,4 @@
-// SQLite's handles for the hand-written side: owners, and nothing between the caller and the C
-// interface that would cost time.
+// Owners of SQLite's handles for the hand-written side, which add no cost to the C interface.
 #pragma once
 
 #include <QString>
@@ -24,7 +23,7 @@ struct CloseDatabase {
 };
 using Database = std::unique_ptr<sqlite3, CloseDatabase>;
 
-// Opens, and creates when missing.
+// Opens a database, and creates it if it is missing.
 inline Database openDatabase(const std::string& path) {
   sqlite3* opened = nullptr;
   const int result =
@@ -40,7 +39,7 @@ inline void execute(const Database& database, const std::string& sql) {
         database.get());
 }
 
-// A statement that is prepared with its first use and then kept. The database has to live as long.
+// A statement that is prepared at its first use and then kept. The database must outlive it.
 class KeptStatement {
 public:
   KeptStatement(const Database& database, std::string sql)
@@ -70,8 +69,8 @@ private:
   std::unique_ptr<sqlite3_stmt, Finalize> handle_;
 };
 
-// One run of a statement; it is reset at the end. Parameters count from 1, columns from 0. Bound
-// texts have to live as long.
+// One run of a statement, which is reset at the end. Parameters are numbered from 1, columns from
+// 0. Bound texts must outlive the run.
 class Run {
 public:
   explicit Run(KeptStatement& statement) : handle_(statement.get()) {}
@@ -96,7 +95,7 @@ public:
     return *this;
   }
 
-  // True: on a row.
+  // Returns whether there is a row.
   bool step() {
     const int result = sqlite3_step(handle_);
     check(result == SQLITE_ROW || result == SQLITE_DONE, sqlite3_db_handle(handle_));

@@ -1,6 +1,6 @@
-// The Tasks application with stores of several sizes: from the start of its process to the first
-// painted list, per page while scrolling, for a search, and its memory. Without a display, unless
-// $QT_QPA_PLATFORM names one.
+// Measures the Tasks application with stores of several sizes: the time from the start of its
+// process to the first painted list, the time per page while scrolling and for a search, and its
+// memory. Runs without a display unless $QT_QPA_PLATFORM is set.
 
 #include "ZApplication.h"
 #include "dataset.h"
@@ -35,7 +35,8 @@ double now() {
   return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
 }
 
-// kB that the process has for itself: what others don't share and no file can give back.
+// Returns the private memory of the process in kB, without pages that are shared or backed by a
+// file.
 long ownMemory() {
   std::ifstream status("/proc/self/smaps_rollup");
   std::string word;
@@ -53,11 +54,11 @@ double median(std::vector<double> times) {
   return times[times.size() / 2];
 }
 
-// Milliseconds of a search for a letter.
+// The times of a search for a letter, in milliseconds.
 struct Search {
   double first;  // until the first rows are painted
-  double all;    // until all tasks have been looked at
-  double wait;   // the longest for which no other event was handled
+  double all;    // until all tasks have been searched
+  double wait;   // the longest time during which no other event was handled
 };
 
 Search findLetter(tasks::TaskListView& list) {
@@ -80,7 +81,7 @@ Search findLetter(tasks::TaskListView& list) {
   return search;
 }
 
-// The application as its main makes it, in a process of its own; prints what it took.
+// Runs the application like its main function, in a separate process, and prints the measurements.
 int runApplication(ZApplication&, double started) {
   ulo::openLogSink("task_list");
   if (!tasks::passesLock())
@@ -119,7 +120,7 @@ int runApplication(ZApplication&, double started) {
   return 0;
 }
 
-// A column for each number that a child prints, a row for each start.
+// The numbers printed by the children: a column for each number, a row for each start.
 struct Result {
   static constexpr int columns = 9;
   std::vector<double> column[columns];

@@ -14,7 +14,7 @@ namespace {
 constexpr const char* tasksFile = "tasks.db";
 constexpr const char* filesBeside[] = {"-wal", "-shm"};
 
-// On the disk, so that no later flush waits for it.
+// Flushes the copy to the disk, so that no later flush waits for it.
 void copyFile(const std::filesystem::path& from, const std::filesystem::path& to) {
   std::filesystem::create_directories(to.parent_path());
   std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing);

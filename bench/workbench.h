@@ -1,4 +1,4 @@
-// The stores that both sides work on: one filled store, and a copy of it for each side.
+// The stores for both sides: a filled store, and a copy of it for each side.
 #pragma once
 
 #include "hand_store.h"
@@ -21,7 +21,7 @@ public:
 
 class Workbench {
 public:
-  // What was in the directory is removed. Nothing is filled yet.
+  // Deletes the content of the directory. Does not fill the store yet.
   Workbench(std::filesystem::path directory, int size);
   Workbench(const Workbench&) = delete;
   Workbench& operator=(const Workbench&) = delete;
@@ -31,30 +31,29 @@ public:
   [[nodiscard]] int size() const { return size_; }
   [[nodiscard]] std::string directory(Side side) const;
 
-  // Opened with the first call after `close`.
+  // Opens the store at the first call after `close`.
   OurStore& ours();
   HandStore& hand();
-  // Both. A store that is opened then is a first open of its file.
+  // Closes both sides, so that the next open is the first open of the file.
   void close();
 
-  // From here on an open of one side's store finds its files.
+  // Makes later opens of one side's store find its files.
   void prepareOpen(Side side);
 
-  // Gives the tasks with these UIDs the values back that they were filled with, and takes out
-  // those that were added.
+  // Restores the tasks with these UIDs to their initial values, and removes added tasks.
   void restore(Side side, const Uids& changed);
-  // The same for all tasks; both stores are closed then.
+  // The same for all tasks. Closes both stores.
   void restoreAll(Side side);
 
-  // A task's row and its last journal entry, without what tells the time of the change.
+  // Returns a task's row and its last journal entry, without the times of the change.
   std::string stored(Side side, unsigned int uid);
-  // How many tasks are stored, and how many removals the journal has.
+  // Returns the number of stored tasks and of removals in the journal.
   std::string removals(Side side);
 
 private:
   void fill();
   [[nodiscard]] std::filesystem::path master() const { return directory_ / "filled"; }
-  // The side's files, apart from the side's own connections.
+  // Opens the side's file with a separate connection.
   [[nodiscard]] Database tasksOf(Side side) const;
   std::string lines(Side side, const std::string& sql);
 

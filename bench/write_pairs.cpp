@@ -1,4 +1,4 @@
-// The store's writing operations: each on its side's own files, which are put back afterwards.
+// The store's writing operations. Each side uses its own files, which are restored afterwards.
 
 #include "dataset.h"
 #include "pairs.h"
@@ -15,16 +15,16 @@ void require(bool done) {
     throw std::runtime_error("the store does not write");
 }
 
-// One way to write, for each side.
+// A writing operation, for each side.
 struct Writing {
   std::string name;
   std::function<bool(Workbench&, Task&)> ours;
   std::function<bool(Workbench&, Task&)> hand;
-  // The record for the call with this number; none is asked for twice between two restores.
+  // Returns the record for the call with this number, which is unique between two restores.
   std::function<Task(Workbench&, int)> record;
 };
 
-// UIDs all over the table, none twice in the first `size` numbers.
+// Returns UIDs spread over the whole table, distinct for the first `size` numbers.
 unsigned int uidOf(const Workbench& bench, int number) {
   const int parts = std::min(bench.size(), 10);
   const int part = bench.size() / parts;
@@ -41,7 +41,7 @@ void registerWriting(Workbench& bench, const Writing& writing) {
   const auto callOf = [writing](Side side) {
     return side == Side::ours ? writing.ours : writing.hand;
   };
-  // What one write leaves in the store and in the journal.
+  // Returns the effect of one write on the store and the journal.
   const auto written = [&bench, writing, callOf](Side side) {
     Task task = writing.record(bench, 0);
     require(callOf(side)(bench, task));
@@ -55,7 +55,7 @@ void registerWriting(Workbench& bench, const Writing& writing) {
   const auto compare = [=] {
     if (const std::string difference = differenceOf(written(Side::ours), written(Side::hand));
         !difference.empty())
-      stop(writing.name, "ours writes something else: " + difference);
+      stop(writing.name, "the two sides store different data: " + difference);
   };
   const Effort effort = durableEffort();
   // The records of a repetition, by side.
@@ -94,9 +94,9 @@ void registerRemoveAll(Workbench& bench) {
       bench.restoreAll(side);
     }
     if (const std::string difference = differenceOf(left[0], left[1]); !difference.empty())
-      stop("removeAll", "ours leaves something else: " + difference);
+      stop("removeAll", "the two sides leave different data: " + difference);
   };
-  // One call that finds the file and the statements as they are in a store at work.
+  // Makes one call, so that the file and the statements are in the state of a store in use.
   const auto prepare = [&bench](Side side) {
     int count = side == Side::ours ? 0 : bench.hand().count();
     require(side == Side::hand || bench.ours().getCount(count) == TASK_ENG_OK);

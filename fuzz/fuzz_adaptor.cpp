@@ -1,6 +1,6 @@
-// Bytes as a synchronisation: a program of operations on a store, each with a calendar text. An
-// operation is a line "%%" with a letter and perhaps a number; the text is what stands below it,
-// up to the next such line. A text without operations is added.
+// Fuzzes the sync adaptor. The input is a program of operations on a store, each with a calendar
+// text. An operation is a line "%%" with a letter and optionally a number, followed by its text up
+// to the next such line. A text without operations is added.
 #include "TASK_ENG_SyncML.h"
 #include "change_journal.h"
 #include "vcal_guard.h"
@@ -19,7 +19,7 @@
 #include <unistd.h>
 #include <vector>
 
-// Outbound files have to stand where no other process has some.
+// Sets a directory for outbound files that no other process uses.
 struct SyncAdaptorAccess {
   static void setDirectory(TASK_ENG_SyncML& adaptor, const QString& directory) {
     adaptor.tmpDir = directory;
@@ -30,10 +30,10 @@ namespace {
 
 using Uids = std::vector<unsigned int>;
 
-// One program must not run for long.
+// Limits the run time of a program.
 constexpr int mostOperations = 20;
 
-// The store's file behind its back: puts back what was there before the first program.
+// Bypasses the store and restores its file to the state before the first program.
 class Pristine {
 public:
   explicit Pristine(const std::string& path) {
@@ -64,11 +64,11 @@ private:
   sqlite3* handle_ = nullptr;
 };
 
-// A store that stays open, and its journal.
+// A store that stays open, with its journal.
 struct House {
   House() { setEngineNow({QDate(2006, 3, 5), QTime(12, 0)}); }
 
-  // What was journalled since the last call.
+  // Returns the net changes in the journal since the last call.
   ulo::NetChanges changes() {
     ulo::NetChanges net;
     FUZZ_REQUIRE(journal.changesSince(ZTASK_ENG_Model::identifier, seen, net));
@@ -90,7 +90,7 @@ struct House {
   std::int64_t seen = 0;
 };
 
-// A descriptor of a file with these bytes.
+// The descriptor of a file with these bytes.
 class File {
 public:
   explicit File(const std::string& bytes = "") : descriptor_(memfd_create("item", MFD_CLOEXEC)) {
@@ -129,12 +129,12 @@ public:
   }
 
   void run(const Operation& operation);
-  // What must hold behind any program: each task is there, and goes out as one to-do that comes in
-  // again; the journal tells of each.
+  // Checks what must hold after any program: each task is stored, and is exported as one to-do that
+  // can be imported again; the journal matches the changes.
   void finish();
 
 private:
-  // The UID that an operation names: one that is there when there is any, or a strange one.
+  // Returns the UID that an operation uses: an existing one if possible, or an unknown one.
   [[nodiscard]] unsigned int uidOf(unsigned int number) const {
     constexpr unsigned int strange = 1000;
     return live_.empty() || number >= strange ? number : live_[number % live_.size()];
@@ -190,7 +190,7 @@ void Program::update(const std::string& text, bool fromFile, unsigned int uid) {
   const std::string before = isLive(uid) ? get(uid) : "";
   const int code = fromFile ? adaptor_.updateEvent(File(text).descriptor(), 0, uid)
                             : adaptor_.updateEvent(text, uid);
-  // Not found is the task, or the category that the text names.
+  // The task or the category in the text may not exist.
   FUZZ_REQUIRE(code == TASK_SYNCML_NOTFOUND || code == TASK_SYNCML_OTHERERROR ||
                (code == TASK_SYNCML_OK && isLive(uid)));
   if (!isLive(uid))
@@ -231,13 +231,13 @@ void Program::getInto(unsigned int uid, int room) {
   FUZZ_REQUIRE((unlink(left.c_str()) == 0) == (size > room));
 }
 
-// After what removes tasks by their category, the store alone knows which are left.
+// After tasks were removed by category, only the store knows the remaining ones.
 void Program::reload() {
   live_.clear();
   FUZZ_REQUIRE(adaptor_.getAllIDs(live_) == TASK_SYNCML_OK);
 }
 
-// The lists and searches that a program beside the synchronisation asks for.
+// Runs lists and searches, as another program may do during a synchronization.
 void Program::lists(const std::string& text, unsigned int number) {
   QString wanted = QString::fromUtf8(text.c_str());
   QValueList<ZTASK_ENG_Task> found;
@@ -317,7 +317,7 @@ void Program::finish() {
     const int size = static_cast<int>(text.size());
     getInto(uid, size);
     getInto(uid, size - 1);
-    // A task as it came out, stored over itself, goes out as it did.
+    // Overwriting a task with its own exported text does not change the text.
     update(text, uid % 2 == 0, uid);
     const std::string again = get(uid);
     update(again, uid % 2 == 1, uid);
@@ -360,7 +360,7 @@ void runProgram(House& house, const std::string& bytes) {
   program.finish();
 }
 
-// A house in which everything has been opened that stays open.
+// Returns the store after everything that stays open has been opened.
 House& lived() {
   static House house;
   static const bool isLived = [] {

@@ -1,4 +1,5 @@
-// Bytes as a text of the database's languages: split into words, parsed, listed. No database.
+// Fuzzes the grammar of the database's languages: tokenizes, parses and prints the input, without a
+// database.
 #include "script/parser.h"
 #include "script/printer.h"
 #include "script/template.h"
@@ -12,7 +13,7 @@ using namespace ulo::odb;
 
 namespace {
 
-// A word as a text that means it.
+// Returns a text for the token.
 std::string spelled(const Token& token) {
   switch (token.kind) {
   case TokenKind::variable:
@@ -38,7 +39,7 @@ std::string spelled(const Token& token) {
   return "";
 }
 
-// The tree of a text without the places of its words, or why there is none.
+// Returns the syntax tree of a text without positions, or the error.
 std::vector<std::string> meaning(std::string_view text) {
   try {
     std::vector<std::string> lines =
@@ -53,7 +54,7 @@ std::vector<std::string> meaning(std::string_view text) {
   }
 }
 
-// Each word stands where its place says, behind the one before it.
+// Requires that each token is at its position, after the preceding one.
 void checkPlaces(std::string_view text, const std::vector<Token>& tokens) {
   std::vector<std::size_t> lines = {0};
   for (std::size_t at = text.find('\n'); at != text.npos; at = text.find('\n', at + 1))
@@ -88,7 +89,7 @@ void checkTemplate(const std::string& text) {
     FUZZ_REQUIRE(wanted.empty() == (arguments.texts.empty() && arguments.numbers.empty()));
     meaning(formatted.text);
   } catch (const Failure&) {
-    // A conversion that is none, or too long a text.
+    // An invalid conversion, or a text that is too long.
   }
 }
 
@@ -107,7 +108,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     return 0;
   }
   checkPlaces(text, tokens);
-  // The words alone decide, however they are laid out.
+  // White space between tokens does not matter.
   for (const char* between : {" ", "\r\n\t"}) {
     std::string again = isScript(text) ? "sml:" : "";
     for (const Token& token : tokens)

@@ -1,5 +1,5 @@
-// Bytes as a statement or script, run on the tables of tasks. An input is what tests/golden/odb
-// has: parameters, a line "---", the text; or the text alone.
+// Fuzzes statements and scripts on the tables of tasks. An input has the format of
+// tests/golden/odb: parameters, a line "---" and the text; or only the text.
 #include "run/interpreter.h"
 #include "ulodb2.h"
 
@@ -14,8 +14,8 @@ namespace {
 
 using fuzz::Wanted;
 
-// Scripts may loop as long as they like, up to a limit that takes seconds to reach. No script needs
-// more passes than this to come to each row of the tables below in each of its loops.
+// Limits the iterations of loops; the limit of the database takes seconds to reach. This many
+// iterations are enough to visit each row of the tables below in each loop of a script.
 constexpr int mostPasses = 300;
 constexpr int mostColumns = 14;
 
@@ -23,7 +23,7 @@ void mustRun(const char* text) {
   FUZZ_REQUIRE(DB_Exec("%s", text) == DB_OK);
 }
 
-// A database with the tables of tasks, six tasks and three categories, open to the end.
+// A database with the tables of tasks, six tasks and three categories, which stays open.
 class Tables {
 public:
   Tables() {
@@ -52,7 +52,7 @@ public:
     before_ = content();
   }
 
-  // Every input finds the tables as the first one did.
+  // Requires that every input starts with the same content as the first one.
   void checkUnchanged() const { FUZZ_REQUIRE(content() == before_); }
 
 private:
@@ -62,7 +62,7 @@ private:
   std::string before_;
 };
 
-// What came of a text: its code, its rows, and the thread's tag.
+// The outcome of a text: the result code, the rows, and the thread's tag.
 struct Outcome {
   int code = DB_OK;
   std::string rows;
@@ -108,7 +108,7 @@ std::string Tables::content() {
   return all;
 }
 
-// A way to run a text: with a result or without, with parameters or without.
+// A way to run a text: with or without a result, with or without parameters.
 struct Way {
   bool wantsRows;
   DB_PARAM block;  // or null
@@ -132,7 +132,7 @@ Outcome run(const Way& way, const char* text, Arguments... arguments) {
   return outcome;
 }
 
-// As a template, with an argument for each of its conversions.
+// Runs a text as a template, with an argument for each of its conversions.
 constexpr std::size_t mostArguments = 4;
 template <typename... Arguments>
 void runTemplate(const Way& way, const char* text, const std::vector<Wanted>& wanted,
@@ -154,7 +154,7 @@ void runTemplate(const Way& way, const char* text, const std::vector<Wanted>& wa
   }
 }
 
-// Undoes what runs meanwhile.
+// Rolls back all changes made during its lifetime.
 class Undone {
 public:
   Undone() { FUZZ_REQUIRE(DB_BeginTransaction(0) == DB_OK); }
@@ -163,8 +163,8 @@ public:
   ~Undone() { FUZZ_REQUIRE(DB_AbortTransaction() == DB_OK); }
 };
 
-// The same text gives the same, when its statements are kept from before, when its loops are left
-// to SQLite and when they aren't. How many passes it takes is another matter.
+// Requires that a text has the same outcome with new and with cached statements, and whether or not
+// SQLite filters its loops. The number of iterations may differ.
 void checkSameEitherWay(const Way& way, const char* text) {
   Outcome outcomes[3];
   for (Outcome& outcome : outcomes) {
@@ -197,7 +197,7 @@ void checkExplained(const char* text, DB_PARAM block) {
   FUZZ_REQUIRE(lines > 0);
 }
 
-// One line of parameters: ":0 = 5", ":1 = 'bytes'", ":2 = u'units'"; anything else binds null.
+// Binds a line of parameters: ":0 = 5", ":1 = 'bytes'", ":2 = u'units'"; anything else binds null.
 void bindLine(DB_PARAM block, const std::string& line) {
   const std::size_t equals = line.find(" = ");
   if (line.empty() || line[0] != ':' || equals == std::string::npos)
@@ -224,7 +224,7 @@ struct Input {
   std::string text;
 };
 
-// Texts for the interface end with their first zero byte.
+// Splits an input. Texts for the interface end at their first zero byte.
 Input inputOf(const std::string& bytes) {
   const std::string separator = "---\n";
   const std::size_t end = bytes.find(separator);

@@ -5,7 +5,7 @@
 #include <unistd.h>
 
 void fuzz::prepare() {
-  // Messages are still put together, as their arguments are part of what is looked at.
+  // Messages are still formatted, so that their arguments are checked too.
   libaplog_to_module_ptr = std::fopen("/dev/null", "w");
   unsetenv("DBUS_SESSION_BUS_ADDRESS");
   unsetenv("XDG_RUNTIME_DIR");

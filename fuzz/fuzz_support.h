@@ -1,4 +1,4 @@
-// What the fuzzers share.
+// Shared by the fuzzers.
 #pragma once
 
 #include <cstddef>
@@ -8,13 +8,13 @@
 #include <string>
 #include <string_view>
 
-// Ends the process when something does not hold that must hold for every input: the fuzzer keeps
-// the input, and the replay of the tests fails.
+// Aborts the process if a condition that must hold for every input does not hold. The fuzzer then
+// keeps the input, and a replay in the tests fails.
 #define FUZZ_REQUIRE(condition)                                                                    \
   ((condition) ? static_cast<void>(0) : fuzz::violated(#condition, __FILE__, __LINE__))
 
-// One input. Called any number of times in a process; what one input leaves behind does not reach
-// the next one.
+// Runs one input. Called any number of times in a process; an input does not affect the following
+// ones.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace fuzz {
@@ -24,15 +24,15 @@ namespace fuzz {
   std::abort();
 }
 
-// The surroundings of the fuzzers, to be made before anything else: nothing is logged, there is no
-// bus, and files are kept in memory unless TMPDIR says otherwise.
+// Prepares the environment; must be called first. Disables logging and the bus, and keeps files in
+// memory unless TMPDIR is set.
 void prepare();
 
 inline std::string textOf(const std::uint8_t* data, std::size_t size) {
   return std::string(reinterpret_cast<const char*>(data), size);
 }
 
-// True for about one in `share` inputs, always for the same ones.
+// Returns true for approximately one in `share` inputs, always the same ones.
 inline bool isOneIn(unsigned share, std::string_view input) {
   std::uint32_t sum = 2166136261U;
   for (const char c : input)

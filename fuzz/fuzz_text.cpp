@@ -1,5 +1,5 @@
-// Bytes as a value: in each character set, in quoted-printable, and as a date. The first byte
-// chooses the character set.
+// Fuzzes values: in each character set, in quoted-printable, and as a date. The first byte selects
+// the character set.
 #include "EMAIL_Util.h"
 #include "UTIL_TimeConversion.h"
 
@@ -19,7 +19,7 @@ constexpr bool isSet(int code) {
   return code != EMAIL_Util::charsetUnknown && code != unknownCode;
 }
 
-// What is said to be written right reads back.
+// Requires that a text that was encoded without an error reads back.
 void checkWritten(const QString& text, int code) {
   QCString bytes;
   const bool fits = EMAIL_Util::encWithCharset(bytes, text, code);
@@ -32,7 +32,7 @@ void checkWritten(const QString& text, int code) {
   FUZZ_REQUIRE(again == text);
 }
 
-// No byte is lost: read right, or as Latin-1.
+// Requires that no byte is lost: the text is decoded correctly or as Latin-1.
 void checkRead(const QByteArray& bytes, int code) {
   QString text;
   const bool valid = EMAIL_Util::decFromCharset(bytes, text, code);
@@ -54,7 +54,7 @@ int hexDigit(char c) {
   return c <= '9' ? c - '0' : c - 'A' + 10;
 }
 
-// Short lines without bare blanks at their ends, and the same bytes when they are decoded.
+// Requires short lines without unencoded trailing blanks, and the same bytes after decoding.
 void checkQuotedPrintable(const std::string& bytes) {
   constexpr std::size_t lineLimit = 76;
   const std::string encoded = EMAIL_Util::encQp(bytes.data(), bytes.size(), 0).toStdString();
@@ -104,7 +104,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string bytes = fuzz::textOf(data + 1, size - 1);
   checkRead(QByteArray(bytes.data(), static_cast<qsizetype>(bytes.size())), code);
 
-  // Any 16-bit units are a text, halves of pairs too.
+  // Any 16-bit units are a text, including unpaired surrogates.
   QString units(static_cast<qsizetype>(bytes.size() / sizeof(QChar)), Qt::Uninitialized);
   std::memcpy(units.data(), bytes.data(), static_cast<std::size_t>(units.size()) * sizeof(QChar));
   checkWritten(units, code);

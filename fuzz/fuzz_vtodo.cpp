@@ -1,5 +1,5 @@
-// Bytes as a calendar text: through the guard to the vObject library, into tasks, out as a text
-// and in again.
+// Fuzzes calendar texts: passes them through the guard to the vObject library, converts them to
+// tasks, writes these and reads them again.
 #include "ZVtodoParser.h"
 #include "vcal_guard.h"
 
@@ -15,8 +15,8 @@ namespace {
 
 using Task = ZTASK_ENG_Task;
 
-// What the guard hands over may be longer than what it got: every byte may become an escape of
-// three, and the shortest property gets a parameter. Each piece has a frame besides.
+// The guard's output may be longer than its input: every byte may become an escape of three bytes,
+// and the shortest property gets a parameter. Each piece also has a frame.
 constexpr std::size_t mostGrowth = 10;
 constexpr std::size_t frameSize = 64;
 
@@ -39,7 +39,7 @@ int hexDigit(char c) {
   return c <= '9' ? c - '0' : c - 'A' + 10;
 }
 
-// A line of a piece as the library is to give it, "NAME=value" or "NAME[charset]=value".
+// Returns a line of a piece as the library must return it, "NAME=value" or "NAME[charset]=value".
 std::string saidBy(const std::string& line) {
   const std::size_t colon = line.find(':');
   std::string header = line.substr(0, colon);
@@ -64,8 +64,8 @@ std::string saidBy(const std::string& line) {
          "=" + value;
 }
 
-// "NAME[charset]=value" with the two names in capitals. The library writes those that it knows so,
-// and a character set in the letters that it met it in first; both mean the same in any.
+// Returns "NAME[charset]=value" with both names in upper case. The library returns known names in
+// upper case, and a character set as it was first spelled; both are case-insensitive.
 std::string inCapitals(std::string property) {
   const auto names = std::find(property.begin(), property.end(), '=');
   std::transform(property.begin(), names, property.begin(),
@@ -73,7 +73,7 @@ std::string inCapitals(std::string property) {
   return property;
 }
 
-// A piece has one property on each line; the library finds all of them with what they say. It
+// Requires that the library finds all properties of a piece, one per line, with their values. It
 // splits alarms into fields.
 void checkPiece(const std::string& piece) {
   std::vector<TodoProperties> expected;
@@ -97,7 +97,8 @@ void checkPiece(const std::string& piece) {
   }
 }
 
-// The pieces of a text hold all of its to-dos, stay small, and need no guard themselves.
+// Requires that the pieces of a text contain all of its to-dos, are not too large, and need no
+// further repair.
 void checkPieces(const std::string& text) {
   ulo::GuardedText guarded = ulo::GuardedText::fromMemory(text, guardedNames());
   if (guarded.isClean())
@@ -120,8 +121,8 @@ void checkPieces(const std::string& text) {
   FUZZ_REQUIRE(bytes <= mostGrowth * text.size() + frameSize * pieces);
 }
 
-// The library reads every to-do that the guard announced, and reads a clean text like its repaired
-// copy.
+// Requires that the library reads every to-do that the guard reported, and reads a clean text like
+// its repaired copy.
 void checkLibrary(const std::string& text) {
   const ulo::TextReport report = ulo::examineText(text);
   const bool isClean = ulo::GuardedText::fromMemory(text, {}).isClean();
@@ -143,7 +144,7 @@ std::vector<TodoProperties> readFrom(const std::string& text) {
   return onlyGuarded(parseGuarded(text).value_or(std::vector<TodoProperties>()));
 }
 
-// The kind of line end, and a mark of the encoding in front, say nothing.
+// Requires that the kind of line end and a leading byte order mark do not matter.
 void checkForms(const std::string& text) {
   if (text.find('\r') != text.npos)
     return;
@@ -176,7 +177,7 @@ private:
   QList<Task> list_;
 };
 
-// A text as a file of UTF-8 that ends with the first zero keeps it.
+// Returns a text as preserved by a UTF-8 file that ends at the first zero.
 QString asWritten(const QString& text) {
   const QString stored = text.left(text.indexOf(QChar(0)));
   QString result;
@@ -190,7 +191,7 @@ QString asWritten(const QString& text) {
   return result;
 }
 
-// What comes back is what was written, where the form of the text has a place for it.
+// Requires that the fields that the format can represent read back unchanged.
 void checkReadBack(const Task& before, const Task& after) {
   constexpr int completed = 0;
   constexpr int needsAction = 1;
@@ -205,7 +206,8 @@ void checkReadBack(const Task& before, const Task& after) {
   FUZZ_REQUIRE(after.getString(Task::TASK_FIELD_CATEGORY).isNull());
 }
 
-// Tasks written and read: as many, with the same fields, and from then on nothing changes.
+// Requires that written tasks read back with the same number and fields, and that repeating this
+// changes nothing.
 void checkRoundTrip(ZVtodoParser& parser, Tasks& tasks, const std::string& file) {
   const QString name = QString::fromStdString(file);
   Tasks second;

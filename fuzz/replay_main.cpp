@@ -1,5 +1,5 @@
-// Gives files to a fuzzer's function, one after the other: the main program where there is no
-// libFuzzer. Arguments are files, and directories whose files are all taken.
+// Runs a fuzzer on files, for builds without libFuzzer. The arguments are files, or directories
+// whose files are all used.
 #include "fuzz_support.h"
 
 #include <algorithm>
@@ -25,13 +25,13 @@ std::vector<fs::path> filesOf(const fs::path& argument) {
 }
 
 bool replay(const fs::path& path) {
-  // The last line names the culprit when the function does not come back.
+  // If the function does not return, the last line names the input.
   std::cout << path.string() << std::endl;
   std::ifstream file(path, std::ios::binary);
   const std::string bytes{std::istreambuf_iterator<char>(file), {}};
   if (!file.is_open() || file.bad())
     return false;
-  // Behind the last byte of a block of its own a sanitizer sees each step too far.
+  // In a separate allocation, so that a sanitizer detects each access beyond the last byte.
   const std::vector<std::uint8_t> input(bytes.begin(), bytes.end());
   LLVMFuzzerTestOneInput(input.data(), input.size());
   return true;

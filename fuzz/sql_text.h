@@ -1,4 +1,4 @@
-// What the two fuzzers of the database's languages share.
+// Shared by the two fuzzers of the database's languages.
 #pragma once
 
 #include <string>
@@ -7,8 +7,7 @@
 
 namespace fuzz {
 
-// The kinds of printf arguments that a template asks for, in their order, as far as its
-// conversions are known.
+// The kinds of printf arguments that a template expects, in order. Unknown conversions are skipped.
 enum class Wanted { text, number, longNumber };
 inline std::vector<Wanted> wantedBy(std::string_view text) {
   std::vector<Wanted> wanted;

@@ -11,10 +11,10 @@
 class ZDetailView;
 class ZSoftKey;
 
-// As one of the screens of the task list it offers to edit, share and delete the task, and gives
-// way by the signals of TASK_UI_View. Stand-alone, for a task that came from outside, it only goes
-// Back: then it closes and deletes itself, even if its close event is ignored. It also closes when
-// the application object emits askReturnToIdle(int), whatever its class.
+// As a screen of the task list, it can edit, share and delete the task, and requests other screens
+// with the signals of TASK_UI_View. As a stand-alone screen for a received task, it offers only
+// Back, which closes and deletes it even if its close event is ignored. It also closes when the
+// application object, of whatever class, emits askReturnToIdle(int).
 class ULO_EXPORT TASK_UI_DetailView : public TASK_UI_View {
   Q_OBJECT
 
@@ -22,24 +22,24 @@ public:
   TASK_UI_DetailView(QWidget* parent, const char* name, unsigned int flags);
   ~TASK_UI_DetailView() override;
 
-  // The icons of the rows: complete, incomplete, high, normal and low priority.
+  // Sets the icons of the rows: complete, incomplete, high, normal and low priority.
   void loadPixmap(QValueList<QPixmap>& icons);
 
-  // Fills the screen with a copy of the task. `loadPixmap` and `setEngine` come first.
+  // Fills the screen with a copy of the task. Call `loadPixmap` and `setEngine` first.
   void openView(ZTASK_ENG_Task* task);
-  // Fills a screen of its own, which needs neither icons nor a store. It is the user's from here
-  // on: the caller only shows it.
+  // Fills a stand-alone screen, which needs neither icons nor a store. The caller only shows it and
+  // must not delete it: it deletes itself when it is closed.
   void openStandaloneView(ZTASK_ENG_Task& task);
 
 public Q_SLOTS:
   void slotBack();
   void slotTaskEditView();
-  // Removes the task from the store at once.
+  // Removes the task from the store immediately.
   void slotDeleteTask();
   // Attaches the task to a new message, as a file in the directory $ULO_LOCAL_APP_WRITE_PATH.
   void sendToMessage();
-  // Pushes the stored form of the task to another device. Pushes nothing, and logs why, if the task
-  // can't be read from the store.
+  // Sends the task, as it is stored, to another device. Sends nothing and logs the reason if the
+  // task cannot be read from the store.
   void sendToBluetooth();
 
 private:

@@ -1,4 +1,4 @@
-// The plug-in by which an action framework saves or shows a received to-do.
+// The plug-in that saves or shows a received to-do for an action framework.
 #pragma once
 
 #include "ActionInterface.h"
@@ -8,8 +8,8 @@
 
 class ZTASK_ENG_Task;
 
-// Its actions are "TASK_SAVE", which stores the first to-do of a file and says so, and "TASK_VIEW",
-// which only shows it.
+// Its actions are "TASK_SAVE", which stores the first to-do of a file and tells the user, and
+// "TASK_VIEW", which only shows the to-do.
 class ULO_EXPORT TASK_UI_SDAction : public QObject, public ActionInterface {
   Q_OBJECT
 
@@ -17,20 +17,20 @@ public:
   TASK_UI_SDAction();
   ~TASK_UI_SDAction() override;
 
-  // Knows QUnknownInterface and ActionInterface.
+  // Supports QUnknownInterface and ActionInterface.
   unsigned long queryInterface(const QUuid& wanted, QUnknownInterface** answer) override;
-  // The number of references before this one.
+  // Returns the number of references before the call.
   unsigned long addRef() override;
-  // The number of references left.
+  // Returns the number of references left.
   unsigned long release() override;
 
-  // False when the user doesn't pass the application lock, the file can't be read, it holds no
-  // to-do or the store doesn't take it. An action of another name counts as done.
+  // Returns false if the user does not pass the application lock, the file cannot be read or
+  // contains no to-do, or the store rejects the to-do. Unknown actions count as done.
   bool invokeAction(const QString& action, const SDData& data) override;
   QUuid getUuid() override;
 
 private:
-  friend struct SDActionAccess;  // of the tests
+  friend struct SDActionAccess;  // for the tests
 
   bool act(const QString& action, const SDData& data);
   bool save(const QByteArray& bytes, const std::string& text);
@@ -38,9 +38,9 @@ private:
   void popupVTodoAddedDialog(unsigned int uid);
   void showVTodoView(ZTASK_ENG_Task& task);
 
-  QUnknownInterface* held_ = nullptr;  // the framework's, for one action; released when that ends
+  QUnknownInterface* held_ = nullptr;  // owned for one action, released when it ends
   unsigned int references_ = 0;
 };
 
-// What the framework calls: a plug-in with one reference, or null.
+// The entry point of the framework. Returns a plug-in with one reference, or null.
 extern "C" ULO_EXPORT QUnknownInterface* ucm_instantiate();

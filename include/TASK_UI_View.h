@@ -1,5 +1,4 @@
-// What the screens of the task list have in common: the store that they work on, and the wish to
-// give way to another screen.
+// The base of the task list's screens: the store they work on, and requests to switch screens.
 #pragma once
 
 #include "ZKbMainWidget.h"
@@ -22,20 +21,20 @@ public:
   TASK_UI_View(QWidget* parent, const char* name, unsigned int flags);
   ~TASK_UI_View() override;
 
-  // The store must outlive the screen. Required before anything on the screen reaches for it.
+  // Sets the store, which must outlive the screen. Must be called before the screen uses a store.
   void setEngine(ZTASK_ENG_Model* engine) { engine_ = engine; }
 
 Q_SIGNALS:
-  // Asks for the screen `to` in the place of `from`, with the task to show or edit there; null for
-  // none. The task is the sender's: who needs it for longer than the call copies it.
+  // Requests the screen `to` in place of `from`, with the task to show or edit there, or null. The
+  // sender owns the task: a receiver that needs it after the call must copy it.
   void changeView(TASK_UI_View::TASK_VIEW_TYPE from, TASK_UI_View::TASK_VIEW_TYPE to,
                   ZTASK_ENG_Task* task);
-  // Asks the owner to destroy the screen, after the event that it is sent from.
+  // Asks the owner to delete the screen, but only after the current event.
   void disposeView(TASK_UI_View::TASK_VIEW_TYPE type);
 
 protected:
   [[nodiscard]] ZTASK_ENG_Model* engine() const { return engine_; }
 
 private:
-  ZTASK_ENG_Model* engine_;  // set by setEngine alone
+  ZTASK_ENG_Model* engine_;  // uninitialized until setEngine
 };

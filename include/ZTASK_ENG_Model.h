@@ -12,149 +12,154 @@ class SVC_CT_ChangeReporter;
 // What the operations of the store return.
 enum ZTASK_ENG_Result : int {
   TASK_ENG_OK = 0,
-  TASK_ENG_MEMORY_FULL = 1,       // the store is full, or memory for parameters was short
-  TASK_ENG_BAD_PARAMETER = 2,     // an argument makes no sense
+  TASK_ENG_MEMORY_FULL = 1,       // the store is full, or memory for parameters ran out
+  TASK_ENG_BAD_PARAMETER = 2,     // invalid argument
   TASK_ENG_NOT_FOUND = 3,         // no such task or category
-  TASK_ENG_DATABASE_FAILURE = 6,  // the database refused
-  TASK_ENG_NOT_OPEN = 7,          // the database could not be opened when the object was made
-  TASK_ENG_EXISTS = 8,            // the category is there already
+  TASK_ENG_DATABASE_FAILURE = 6,  // the database reported a failure
+  TASK_ENG_NOT_OPEN = 7,          // the constructor could not open the database
+  TASK_ENG_EXISTS = 8,            // the category already exists
 };
 
-// Every user of the data makes an object of its own and uses it in the thread that made it. No
-// object keeps anything of what is stored: each operation asks the database, which programs share.
-// An operation that fails leaves the store as it was unless it says otherwise. It logs why if the
-// database failed, memory was short, or no task has the UID or no category the name asked for. It
-// logs nothing if the store is not open, which the constructor logged; if a category exists, or its
-// UID is negative; if a range ends before it starts; and if a range, a category or the whole store
-// holds no task.
+// Create one object for each user of the data, and use it only in the thread that created it. An
+// object caches no data: every operation reads the database, which programs share. Unless stated
+// otherwise, an operation that fails leaves the store unchanged.
 //
-// Texts, names of categories among them, are 16-bit units up to the first unit 0, kept unit by
-// unit, null and empty told apart: a byte order mark at the beginning and half of a surrogate pair
-// come back as they were given.
-// Dates are kept in seconds since 1970 UTC, 32 bits of them, no-date as ZTASK_ENG_Task::noDate().
-// Each task that is added, updated or removed is reported once to the change reporter.
-// Lists that take results are appended to, never cleared, and stay as they were on failure.
+// An operation logs the reason if the database failed, memory ran out, or no task has the requested
+// UID or no category the requested name. It logs nothing if the store is not open (the constructor
+// has logged that); if a category exists or its UID is negative; if a range ends before it starts;
+// and if a range, a category or the whole store contains no task.
 //
-// Besides the codes named with it, each operation that looks at the database gives
-// TASK_ENG_DATABASE_FAILURE when the database refuses and TASK_ENG_NOT_OPEN on an object whose
-// database is not open.
+// Texts, including category names, are sequences of 16-bit units up to the first unit 0. They are
+// stored unit by unit: a leading byte order mark and an unpaired surrogate are preserved, and null
+// is distinct from empty. Dates are stored as 32-bit seconds since 1970 UTC, "no date" as
+// ZTASK_ENG_Task::noDate(). Each task that is added, updated or removed is reported once to the
+// change reporter. Results are appended to the caller's list, which is never cleared and stays
+// unchanged on failure.
+//
+// Besides the codes listed with it, each operation that reads or writes the database returns
+// TASK_ENG_DATABASE_FAILURE if the database fails and TASK_ENG_NOT_OPEN if it is not open.
 class ULO_EXPORT ZTASK_ENG_Model {
 public:
-  // The engine's UUID, as QUuid::toString() writes it: names the engine to the change reporter and
-  // to the application lock.
+  // The engine's UUID in the form of QUuid::toString(). It identifies the engine to the change
+  // reporter and to the application lock.
   static constexpr char identifier[] = "{9a4cdb74-34ec-415e-ba36-b8c2a35d0071}";
 
-  // Which tasks a list shows. Any other value is taken as completed.
+  // Which tasks a list contains. Any other value means completed.
   enum TASK_CATEGORY : int {
     TASK_CATEGORY_ALL = 0,
-    TASK_CATEGORY_DUE = 1,         // due until the end of the local day, whatever the status; if
-                                   // clocks show the day's last hour twice, until the second end
+    TASK_CATEGORY_DUE = 1,         // due until the end of the local day, with any status; if the
+                                   // day's last hour occurs twice, until the second one ends
     TASK_CATEGORY_INCOMPLETE = 2,  // status 1
     TASK_CATEGORY_COMPLETED = 3,   // status 0
   };
 
-  // How a list is sorted; full ties put the newest first. Any other value is taken as priority.
+  // How a list is sorted; complete ties put the newest task first. Any other value means priority.
   enum TASK_SORT_FIELD : int {
-    TASK_SORT_DUE = 0,       // due date, then priority, then UID from the highest
-    TASK_SORT_PRIORITY = 1,  // priority, then due date, then UID from the highest
+    TASK_SORT_DUE = 0,       // due date, then priority, then UID in descending order
+    TASK_SORT_PRIORITY = 1,  // priority, then due date, then UID in descending order
   };
 
-  // Opens the store, and makes its tables with the null category and five named ones when they
-  // are missing. On failure every operation but getTaskWritePath gives an error.
+  // Opens the store. If its tables are missing, creates them with the null category and five named
+  // ones. On failure, every operation except getTaskWritePath returns an error.
   ZTASK_ENG_Model();
   ZTASK_ENG_Model(const ZTASK_ENG_Model&) = delete;
   ZTASK_ENG_Model& operator=(const ZTASK_ENG_Model&) = delete;
-  // Not virtual: objects are destroyed as what they were made as. Closes the log ports of the
-  // whole process.
+  // Not virtual: do not delete a derived object through a pointer to this class. Closes the log
+  // ports of the whole process.
   ~ZTASK_ENG_Model();
 
-  // Sets `path` to the directory "tasks" in $ULO_APP_WRITE_PATH, which is created when missing.
-  // False, and `path` as it was, when it can't be.
+  // Sets `path` to the directory "tasks" in $ULO_APP_WRITE_PATH, and creates it if it is missing.
+  // Returns false and leaves `path` unchanged if it cannot be created.
   bool getTaskWritePath(QString& path);
 
   // Single tasks.
 
-  // Stores a new task as it is and sets its uid, and its uuid if that was null. A category that
-  // does not exist is created, and stays even if the task then can't be stored.
-  // TASK_ENG_MEMORY_FULL.
+  // Stores a new task as given and sets its uid, and its uuid if that was null. Creates the
+  // category if it does not exist; the category remains even if storing the task then fails. Can
+  // fail with TASK_ENG_MEMORY_FULL.
   int addTask(ZTASK_ENG_Task& task);
-  // Reads a task. TASK_ENG_NOT_FOUND, and `task` as it was. The category "None" stands for one
-  // that was removed.
+  // Reads a task. Its category is "None" if its category was removed. Fails with TASK_ENG_NOT_FOUND
+  // if no task has this UID, and leaves `task` unchanged.
   int getTask(unsigned int uid, ZTASK_ENG_Task& task);
-  // Stores `task` over the one with its uid, but never changes the stored uuid. Before that it
-  // sets the record's revision to now; its end to now if status is 0 and there is none; its end
-  // to no date if status is 1; its uuid if that was null. They stay set on failure.
-  // TASK_ENG_MEMORY_FULL; TASK_ENG_NOT_FOUND when the task, or a category of that name, does not
-  // exist.
+  // Overwrites the stored task that has the uid of `task`, except for its uuid, which never
+  // changes. Before that, sets these fields of `task`, which stay set on failure: the revision to
+  // now; the end date to now if the status is 0 and no end date is set, or to no date if the status
+  // is 1; the uuid if it was null. Can fail with TASK_ENG_MEMORY_FULL. Fails with
+  // TASK_ENG_NOT_FOUND if the task or its category does not exist.
   int updateTask(ZTASK_ENG_Task& task);
-  // TASK_ENG_MEMORY_FULL, TASK_ENG_NOT_FOUND.
+  // Removes a task. Can fail with TASK_ENG_MEMORY_FULL or TASK_ENG_NOT_FOUND.
   int removeTask(unsigned int uid);
-  // Removes tasks one by one until one can't be: TASK_ENG_DATABASE_FAILURE, whatever the reason,
-  // and those before it stay removed. TASK_ENG_BAD_PARAMETER for an empty list.
+  // Removes tasks one by one. If one cannot be removed, returns TASK_ENG_DATABASE_FAILURE, whatever
+  // the reason; the tasks before it stay removed. Fails with TASK_ENG_BAD_PARAMETER if the list is
+  // empty.
   int removeTasks(QValueList<unsigned int>& uids);
 
-  // Categories. Names are stored and compared byte for byte in UTF-8; null is a name too. Half of a
-  // surrogate pair, which has no UTF-8, is kept as the three bytes that its code would have, so
-  // that no two names become one.
+  // Categories. Names are stored and compared byte for byte in UTF-8; null is a valid name. An
+  // unpaired surrogate, which has no UTF-8 form, is stored as the three bytes of its code, so that
+  // distinct names stay distinct.
 
-  // Adds a category and sets `uid` to its UID. TASK_ENG_MEMORY_FULL; TASK_ENG_EXISTS, and `uid`
-  // as it was.
+  // Adds a category and sets `uid` to its UID. Can fail with TASK_ENG_MEMORY_FULL. Fails with
+  // TASK_ENG_EXISTS if the category exists, and leaves `uid` unchanged.
   int addCategory(QString& name, unsigned int& uid);
-  // Renames the categories that are called like oldName in lower case to newName in lower case;
-  // there may be none. Their tasks stay theirs. TASK_ENG_MEMORY_FULL.
+  // Converts both names to lower case and renames each category called oldName, if any, to newName.
+  // Tasks stay in their category. Can fail with TASK_ENG_MEMORY_FULL.
   int renameCategory(QString& oldName, QString& newName);
-  // Removes the first category of that name, if any; before that its tasks if `withTasks`.
-  // Otherwise they read as of category "None". TASK_ENG_MEMORY_FULL. The tasks stay removed
-  // when the category then can't be.
+  // Removes the first category of that name, if any. If `withTasks` is set, first removes its
+  // tasks, which stay removed even if the category then cannot be removed. Otherwise its tasks read
+  // as category "None". Can fail with TASK_ENG_MEMORY_FULL.
   int removeCategory(QString& name, bool withTasks);
-  // Removes all tasks of a category; there may be none. TASK_ENG_MEMORY_FULL.
+  // Removes all tasks of a category, if it has any. Can fail with TASK_ENG_MEMORY_FULL.
   int removeTasksWithCategoryId(int categoryUid);
-  // The names in the order of the categories' UIDs; a null text for the null category.
+  // Appends the names of all categories in UID order; the name of the null category is null.
   int getAllCategories(QValueList<QString>& names);
 
   // Counts and lists of UIDs.
 
-  // The number of all tasks.
+  // Sets `count` to the number of all tasks.
   int getCount(int& count);
-  // The number of tasks that the filter shows; a task due at the very last second of the day
-  // counts as due. `count` is 0 with TASK_ENG_NOT_OPEN. TASK_ENG_MEMORY_FULL.
+  // Sets `count` to the number of tasks that match the filter. A task due in the last second of the
+  // day counts as due. Sets `count` to 0 if it fails with TASK_ENG_NOT_OPEN. Can fail with
+  // TASK_ENG_MEMORY_FULL.
   int getCount(int& count, TASK_CATEGORY category);
-  // The UIDs of all tasks from the lowest.
+  // Appends the UIDs of all tasks in ascending order.
   int getAllIDs(QValueList<unsigned int>& ids);
-  // The UIDs that the filter shows, sorted; a task due at the very last second of the day is not
-  // yet due. TASK_ENG_MEMORY_FULL.
+  // Appends the UIDs of the tasks that match the filter, in sort order. A task due in the last
+  // second of the day is not yet due. Can fail with TASK_ENG_MEMORY_FULL.
   int getAllIDs(QValueList<unsigned int>& ids, TASK_CATEGORY category, TASK_SORT_FIELD sort);
 
-  // Whole tasks. A store that is not open gives TASK_ENG_DATABASE_FAILURE in the first two.
+  // Whole tasks. If the store is not open, the first two return TASK_ENG_DATABASE_FAILURE.
 
-  // Tasks dated from `from` to `to`, both included, in seconds since 1970 UTC: by due date for
-  // TASK_FIELD_DUE, else by end date; sorted by that date. A task without that date is dated
-  // ZTASK_ENG_Task::noDateSeconds. No task is in a range beyond 32 bits. TASK_ENG_MEMORY_FULL;
-  // TASK_ENG_BAD_PARAMETER when `from` is later than `to`; TASK_ENG_NOT_FOUND when there is none.
+  // Appends the tasks dated from `from` to `to`, both inclusive, in seconds since 1970 UTC, sorted
+  // by date. The date is the due date for TASK_FIELD_DUE, otherwise the end date; a task without it
+  // is dated ZTASK_ENG_Task::noDateSeconds. A range beyond 32 bits contains no task. Can fail with
+  // TASK_ENG_MEMORY_FULL. Fails with TASK_ENG_BAD_PARAMETER if `from` is later than `to`, and with
+  // TASK_ENG_NOT_FOUND if the range contains no task.
   int getTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task::TASK_FIELD_T field, long from,
                long to);
-  // Tasks of a category. TASK_ENG_MEMORY_FULL; TASK_ENG_NOT_FOUND when there is no such category
-  // or it has no tasks.
+  // Appends the tasks of a category. Can fail with TASK_ENG_MEMORY_FULL. Fails with
+  // TASK_ENG_NOT_FOUND if the category does not exist or has no tasks.
   int getTasks(QValueList<ZTASK_ENG_Task>& tasks, QString& category);
-  // Up to `count` tasks that the filter shows, sorted, from the task `start` on, which must be
-  // stored with the same due date, priority and uid. TASK_ENG_MEMORY_FULL; TASK_ENG_BAD_PARAMETER
-  // when `count` is not positive; TASK_ENG_NOT_FOUND when `start` is not stored like that or
-  // nothing from there on passes the filter.
+  // Appends up to `count` tasks that match the filter, in sort order, starting with `start`.
+  // `start` must exist in the store with the same due date, priority and uid. Can fail with
+  // TASK_ENG_MEMORY_FULL. Fails with TASK_ENG_BAD_PARAMETER if `count` is not positive, and with
+  // TASK_ENG_NOT_FOUND if `start` has changed or no task from there on matches.
   int getTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task& start, int count,
                TASK_CATEGORY category, TASK_SORT_FIELD sort);
-  // Tasks with `text` in their category's name, note, summary or uuid, case as given; an empty
-  // text is in every field that is not empty. There may be none. TASK_ENG_NOT_FOUND when the
-  // store holds no task.
+  // Appends the tasks that contain `text` in their category name, note, summary or uuid,
+  // case-sensitively. An empty text matches every field that is not empty. Succeeds if no task
+  // matches; fails with TASK_ENG_NOT_FOUND if the store contains no task.
   int getMatchTasks(QValueList<ZTASK_ENG_Task>& tasks, QString& text);
-  // Tasks with the example's due date, end date, priority value and status value, and with its
-  // note and summary in theirs, in any case; no-date, 0, -1 and empty ask for nothing. There may
-  // be none. `tasks` is to be empty. TASK_ENG_NOT_FOUND when the store holds no task.
+  // Appends the tasks that have the due date, end date, priority value and status value of
+  // `example` and contain its note and summary, case-insensitively. No-date, 0, -1 and empty match
+  // everything. `tasks` must be empty. Succeeds if no task matches; fails with TASK_ENG_NOT_FOUND
+  // if the store contains no task.
   int getMatchTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task& example);
 
 protected:
-  // Removes every task at once; the removals are reported as one batch. TASK_ENG_MEMORY_FULL.
+  // Removes all tasks at once and reports the removals as one batch. Can fail with
+  // TASK_ENG_MEMORY_FULL.
   int removeAll();
-  // Keeps the mode of the synchronisation that runs.
+  // Remembers the mode of the current synchronization.
   void setSyncMode(int mode) { syncMode_ = mode; }
 
 private:

@@ -1,4 +1,4 @@
-// Tasks to vCalendar 1.0 text and back.
+// Converts tasks to and from vCalendar 1.0 text.
 #pragma once
 
 #include "ZTASK_ENG_Task.h"
@@ -9,13 +9,14 @@
 
 struct VObject;
 
-// Reads and writes through the vObject library, which every object opens when it is made and
-// closes when it goes. Without the library nothing is read or written; that is logged. Used by
-// one thread of the process at a time: the library's parser is global. Its parser would print its
-// steps if the environment variable YYDEBUG is set; they are dropped, and the variable stays.
+// Reads and writes with the vObject library, which each object opens when it is created and closes
+// when it is destroyed. If the library is missing, nothing is read or written, and that is logged.
+// Only one thread of the process may use this class at a time because the library's parser is
+// global. The trace that the parser prints if the environment variable YYDEBUG is set is discarded;
+// the variable stays set.
 //
-// Text from outside is never handed to the library as it came when the library would not read
-// it right; what had to be left out or written in another form is logged.
+// Text from outside that the library would misread is repaired before it is passed on. Each repair
+// and each omission is logged.
 class ULO_EXPORT ZVtodoParser {
 public:
   ZVtodoParser();
@@ -23,37 +24,37 @@ public:
   ZVtodoParser& operator=(const ZVtodoParser&) = delete;
   ~ZVtodoParser();
 
-  // The file holds a VTODO in a VCALENDAR.
+  // Returns whether the file contains a VTODO in a VCALENDAR.
   bool isVtodo(const QString& fileName);
 
-  // Clears the list and appends a new record for each VTODO of the calendars in the text (up to
-  // its first zero byte) or in the file, in the order of the text. The records are the caller's,
-  // or the list's when it deletes its items. Text that cannot be read leaves the list empty.
+  // Clears the list and appends a new record for each VTODO of the calendars in the text (up to its
+  // first zero byte) or in the file, in text order. The caller owns the records, or the list if it
+  // deletes its items. If the text cannot be read, the list stays empty.
   //
-  // Read are STATUS, SUMMARY, DESCRIPTION (the note), CATEGORIES, DUE, COMPLETED (the end),
-  // PRIORITY, and of a DALARM that has a value of its own the RUNTIME (the alarm). A property
-  // without a value leaves its field as it is in a new record.
+  // Reads STATUS, SUMMARY, DESCRIPTION (the note), CATEGORIES, DUE, COMPLETED (the end date),
+  // PRIORITY, and the RUNTIME (the alarm) of a DALARM that also has a value itself. A property
+  // without a value leaves its field as in a new record.
   void readVtodo(const QCString& text, QList<ZTASK_ENG_Task>& tasks);
   void readVtodo(const QString& fileName, QList<ZTASK_ENG_Task>& tasks);
 
-  // Writes one calendar with a VTODO for each task. The file is created, or replaced; when it
-  // cannot be opened nothing is written, and that is logged. The category is written as CATEGORY,
-  // which is not read.
+  // Writes a calendar with a VTODO for each task. Creates or replaces the file; if it cannot be
+  // opened, writes nothing and logs that. The category is written as CATEGORY, which is not read
+  // back.
   void writeVtodo(const QString& fileName, QList<ZTASK_ENG_Task>& tasks);
-  // The same for one task. A null task leaves the file as it is.
+  // The same for one task. If the task is null, leaves the file unchanged.
   void writeVtodo(const QString& fileName, ZTASK_ENG_Task* task);
 
 private:
-  friend struct ZVtodoParserAccess;  // of the tests
+  friend struct ZVtodoParserAccess;  // for the tests
 
-  // The calendar object; to be released with cleanVObject.
+  // Returns the calendar object, which must be released with cleanVObject.
   VObject* buildVCalendar(QList<ZTASK_ENG_Task>& tasks);
-  // False when there is no memory for the record.
+  // Returns false if there is no memory for the record.
   bool appendTaskRec(VObject* todo, QList<ZTASK_ENG_Task>& tasks);
-  // A new record; null on failure.
+  // Returns a new record, or null on failure.
   ZTASK_ENG_Task* toTaskRec(VObject* todo);
   int getStatusValue(const QCString& text);
   int getPriorityValue(const QCString& text);
-  // The value of a property in the character set that the property declares.
+  // Decodes a value in the character set that the property declares.
   QString decodeCharset(VObject* property, const QCString& value);
 };

@@ -9,6 +9,6 @@ public:
   tasksMenu();
   ~tasksMenu() override;
 
-  // Knows the menus "listView", "detailedView" and "formView". The texts are English defaults.
+  // Supports the menus "listView", "detailedView" and "formView". The texts are English defaults.
   void fillItems(QValueList<ZOptMenuItem>& items, const QString& menu) override;
 };

@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# The shell that ./run leaves the user in.
+# The startup file of the shell that ./run opens.
 PS1='ulotask demo \$ '
 source "${BASH_SOURCE[0]%/*}/completions/ulotask.bash"
 cat <<'HELP'

@@ -8,13 +8,12 @@
 #include <memory>
 #include <unistd.h>
 
-// A file that also gives its standard I/O stream.
+// A file that can also be written to through a standard I/O stream.
 class CAL_ENG_FileDirect : public QFile {
 public:
   using QFile::QFile;
 
-  // Belongs to the file and is closed before it. Null when it cannot be had. Requires: open for
-  // writing.
+  // Owned by the file and closed before it. Null on failure. Requires: open for writing.
   std::FILE* stream() {
     if (stream_ == nullptr) {
       const int descriptor = dup(handle());

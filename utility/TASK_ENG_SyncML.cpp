@@ -39,7 +39,7 @@ int syncCode(int storeCode) {
     return TASK_SYNCML_BADPARAM;
   case TASK_ENG_NOT_FOUND:
     return TASK_SYNCML_NOTFOUND;
-  // No store gives this code today.
+  // The store never returns this code.
   case 4:
     return TASK_SYNCML_TOOLARGE;
   default:
@@ -51,7 +51,7 @@ struct FreeMemory {
   void operator()(char* memory) const { std::free(memory); }
 };
 
-// Waits for a descriptor that takes nothing at the moment. Returns false if it refuses.
+// Waits until the descriptor is writable. Returns false if it has failed.
 bool writeAll(int to, const char* bytes, std::size_t count) {
   while (count > 0) {
     const ssize_t taken = write(to, bytes, count);
@@ -148,7 +148,7 @@ int TASK_ENG_SyncML::getEvent(int fd, int& size, int maxSize, unsigned int uid) 
     outbound.remove();
     return fail(notWhole);
   }
-  // An error of the descriptor is for its owner to see.
+  // The owner of the descriptor sees its errors.
   if (!copied.taken)
     ULO_LOG_ERROR("%s", notTaken);
   LOG_TRACE("Copying to fd completed.");
@@ -228,7 +228,7 @@ bool TASK_ENG_SyncML::fileToTask(int fd, ZTASK_ENG_Task& task) {
   copy.reset();
   QList<ZTASK_ENG_Task> tasks;
   tasks.setAutoDelete(true);
-  // Half an item is none: stored over a task, it would lose the rest.
+  // An incomplete item is rejected: stored over a task, it would lose the rest.
   if (whole) {
     ZVtodoParser parser;
     parser.readVtodo(QString::fromLatin1(name), tasks);

@@ -26,8 +26,8 @@ bool hasDate(const QDateTime& dateTime) {
   return UTIL_TimeConversion::toUTC(dateTime) != ZTASK_ENG_Task::noDateSeconds;
 }
 
-// A range of stored dates, which have 32 bits. A range of which they can reach nothing ends before
-// it starts: no date is in it.
+// A range of stored dates, which have 32 bits. A range beyond 32 bits becomes an empty one, whose
+// end precedes its start.
 struct StoredRange {
   StoredRange(std::int64_t first, std::int64_t last) {
     if (first > latest || last < earliest)
@@ -103,7 +103,7 @@ int ZTASK_ENG_Model::checkTables() {
     ULO_LOG_ERROR("DB task_table_task table is not exit!Creating task table...");
     result = createTaskTable();
   }
-  // The outcome for the categories stands for both.
+  // The result for the categories counts for both.
   if (!haveCategories) {
     ULO_LOG_ERROR("DB task_table_category table is not exit!Creating event table...");
     return createCategoryTable();
@@ -137,7 +137,7 @@ int ZTASK_ENG_Model::checkTables() {
   return result;
 }
 
-// The reporter is taken to have been made: a store without one must not be written to.
+// Requires a reporter: without one, the store must not be written to.
 void ZTASK_ENG_Model::report(unsigned int uid, int changeType) {
   SVC_CT_ChangeRecord record;
   record.source = identifier;
@@ -149,7 +149,7 @@ void ZTASK_ENG_Model::report(unsigned int uid, int changeType) {
 int ZTASK_ENG_Model::addTask(ZTASK_ENG_Task& task) {
   if (!open_)
     return TASK_ENG_NOT_OPEN;
-  // Neither may another program add the category, nor remove it, before the task is stored.
+  // No other program may add or remove the category before the task is stored.
   WriteScope write;
   if (write.result() != DB_OK)
     return taskNotAdded(write.result());
@@ -158,7 +158,7 @@ int ZTASK_ENG_Model::addTask(ZTASK_ENG_Task& task) {
   if (const int found = findCategory(category, categoryUid); found == TASK_ENG_NOT_FOUND) {
     ULO_LOG_ERROR("No such category!Add it to DB.");
     if (const int added = addCategory(category, categoryUid); added != TASK_ENG_OK) {
-      // The failure may have ended the transaction. That of the caller can't be begun anew.
+      // The failure may have ended the transaction. The caller's transaction cannot be restarted.
       write.restart();
       if (write.result() != DB_OK) {
         taskNotAdded(write.result());
@@ -296,7 +296,7 @@ int ZTASK_ENG_Model::removeTasks(QValueList<unsigned int>& uids) {
 int ZTASK_ENG_Model::addCategory(QString& name, unsigned int& uid) {
   if (!open_)
     return TASK_ENG_NOT_OPEN;
-  // Of several programs that add a name at once the first adds it, the others find it.
+  // If several programs add a name at once, the first adds it and the others find it.
   WriteScope write;
   unsigned int present = 0;
   const int found = findCategory(name, present);
@@ -478,7 +478,7 @@ int ZTASK_ENG_Model::getAllIDs(QValueList<unsigned int>& ids, TASK_CATEGORY cate
     ULO_LOG_ERROR("GetTasks failed! [ret=%d]", ret);
     return TASK_ENG_DATABASE_FAILURE;
   }
-  // Behind the last row the flag reads false.
+  // After the last row, the flag is false.
   for (; rows.boolean(Columns::flag); rows.next())
     ids.append(rows.uid(Columns::uid));
   return TASK_ENG_OK;

@@ -7,8 +7,7 @@
 
 namespace {
 
-// The first byte of each code from U+D000 to U+DFFF, and the first that the second byte of a half
-// of a surrogate pair can be.
+// The first byte of all codes from U+D000 to U+DFFF, and the lowest second byte of a surrogate.
 constexpr char leadOfHalf = '\xED';
 constexpr unsigned char firstOfHalf = 0xA0;
 

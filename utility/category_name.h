@@ -1,12 +1,12 @@
-// Names of categories as the store keeps them.
+// Category names in the form in which the store keeps them.
 #pragma once
 
 #include <QByteArray>
 #include <QString>
 
-// The bytes of a name: its UTF-8. Half of a surrogate pair has no UTF-8; it takes the three bytes
-// that its code would have, so that two names never become one.
+// Returns a name as UTF-8. An unpaired surrogate is encoded in three bytes, like any other code of
+// its size, so that different names have different bytes.
 QByteArray categoryNameBytes(const QString& name);
-// The name whose bytes these are, unit by unit; a byte order mark at its beginning belongs to it.
-// Bytes that are not valid become U+FFFD.
+// The inverse: returns the name with these bytes, including a leading U+FEFF. Invalid bytes become
+// U+FFFD.
 QString categoryName(const char* bytes);

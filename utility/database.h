@@ -1,4 +1,4 @@
-// Owners of the database's handles. Nothing here logs.
+// Owners of database handles. Nothing here logs.
 #pragma once
 
 #include "UTIL_TimeConversion.h"
@@ -9,8 +9,8 @@
 #include <QDateTime>
 #include <QString>
 
-// While it lives, all that is read shows the database in one state: tasks and the names of their
-// categories belong together. Reading works without it, too.
+// A read transaction: all queries during its lifetime see the same state of the database, so that
+// tasks and the names of their categories match. Queries work without one, too.
 class ReadSnapshot {
 public:
   ReadSnapshot() : begun_(DB_BeginRead() == DB_OK) {}
@@ -25,8 +25,8 @@ private:
   bool begun_;
 };
 
-// While it lives, no other program writes, and what this thread writes is one transaction, or part
-// of the one that is open already. What was not kept by then is discarded.
+// A write transaction, or a part of the one that is already open in this thread. No other program
+// can write during its lifetime. Changes that were not committed are discarded at its end.
 class WriteScope {
 public:
   WriteScope() : result_(DB_BeginWrite()), open_(result_ == DB_OK) {}
@@ -34,16 +34,16 @@ public:
   WriteScope& operator=(const WriteScope&) = delete;
   ~WriteScope() { discard(); }
 
-  // The database's result of beginning.
+  // The database's result for the beginning of the transaction.
   [[nodiscard]] int result() const { return result_; }
-  // Commits. Unless the database's result is DB_OK, nothing was written.
+  // Commits. Nothing is written unless the database returns DB_OK.
   [[nodiscard]] int keep() {
     if (!open_)
       return result_;
     open_ = false;
     return DB_EndWrite(1);
   }
-  // Discards what was written and begins anew: a failed statement may have ended the transaction.
+  // Discards all changes and begins again: a failed statement may have ended the transaction.
   void restart() {
     discard();
     result_ = DB_BeginWrite();
@@ -61,8 +61,8 @@ private:
   bool open_;
 };
 
-// The rows of a query. It stands on the first row; reading where there is no row gives 0, false
-// or a null text.
+// The rows of a query, starting at the first one. If there is no current row, the fields are 0,
+// false or a null text.
 class ResultRows {
 public:
   ResultRows() = default;
@@ -70,7 +70,7 @@ public:
   ResultRows& operator=(const ResultRows&) = delete;
   ~ResultRows() { close(); }
 
-  // Requires: no query succeeded before. Gives the database's result.
+  // Returns the database's result. Requires: no earlier query succeeded.
   template <typename... Arguments>
   [[nodiscard]] int query(const char* text, Arguments... arguments) {
     return DB_Query(&cursor_, text, arguments...);
@@ -83,7 +83,7 @@ public:
   [[nodiscard]] bool boolean(int column) const {
     return DB_CSC_GetFieldAsBool(cursor_, column) != 0;
   }
-  // Units up to the first 0, unchanged; null and empty are told apart.
+  // The units up to the first 0, unchanged. A null text differs from an empty one.
   [[nodiscard]] QString unicode(int column) const {
     const auto* units = reinterpret_cast<const QChar*>(DB_CSC_GetFieldAsUnicode(cursor_, column));
     return units == nullptr ? QString() : QString(units);
@@ -106,8 +106,8 @@ private:
   DB_CURSOR cursor_ = nullptr;
 };
 
-// The parameters of one statement or script. False when memory was short: what is run with it
-// then fails.
+// The parameters of one statement or script. Converts to false if memory was exhausted; running a
+// text with it then fails.
 class ParameterBlock {
 public:
   explicit ParameterBlock(int count) : block_(DB_PARAM_Open(count)) {}
@@ -120,18 +120,18 @@ public:
   void bindDate(int index, const QDateTime& date) {
     bindInteger(index, static_cast<int>(UTIL_TimeConversion::toUTC(date)));
   }
-  // `units` as DB_PARAM_BindUnicode wants them.
+  // `units` in the form that DB_PARAM_BindUnicode expects.
   void bindUnicode(int index, const unsigned short* units) {
     DB_PARAM_BindUnicode(block_, index, units);
   }
-  // A null name binds the null value.
+  // A null name is bound as null.
   void bindVarchar(int index, const QString& name) {
     const QByteArray bytes = categoryNameBytes(name);
     DB_PARAM_BindChar(block_, index, name.isNull() ? nullptr : bytes.constData());
   }
 
-  // Each of these runs a text and gives the database's result. The block is freed by then, so
-  // there is only one of them for each block.
+  // Each of these runs a text, frees the block and returns the database's result. Call only one of
+  // them, once.
   [[nodiscard]] int exec(const char* text) {
     const int result = DB_ExecWithParam(block_, text);
     close();

@@ -2,6 +2,6 @@
 
 #include "ZTASK_ENG_Task.h"
 
-// Hands over the first record of a list, its texts cut to what the store takes from outside.
-// Requires: the list has one.
+// Moves the first record of a list to `task`, and truncates its texts to the limits for texts from
+// outside. Requires: the list is not empty.
 void takeFirst(QList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task& task);

@@ -2,8 +2,8 @@
 
 #include "module_log.h"
 
-// Where a log line says that it comes from. Steps that operations share take the place of the
-// operation, as a default argument, since that is what the reader of the log wants to know.
+// The source location in a log line. A step that several operations share logs the location of the
+// operation, which it receives as a default argument.
 struct LogPlace {
   const char* file;
   int line;

@@ -19,7 +19,7 @@ void openLogPorts(LogPlace place) {
     const int opened = _aplog_port_open_orig(port.name, 0);
     int closed = 0;
     if (!port.handle.compare_exchange_strong(closed, opened))
-      _aplog_port_close_orig(opened);  // another thread was faster
+      _aplog_port_close_orig(opened);  // another thread has opened it first
     ULO_LOG_ERROR_AT(place, "After opening %s", port.name);
   }
 }

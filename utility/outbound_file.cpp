@@ -26,7 +26,7 @@ OutboundFile::~OutboundFile() {
 }
 
 bool OutboundFile::make() {
-  // Each attempt after the first follows one of another process on the same name.
+  // Each further attempt follows one by another process for the same name.
   constexpr int mostAttempts = 100;
   for (int i = 0; i < mostAttempts; ++i) {
     switch (create()) {
@@ -51,19 +51,19 @@ OutboundFile::Attempt OutboundFile::create() {
     return errno == EEXIST ? clear() : Attempt::made;
   const bool isLocked = flock(file.get(), LOCK_EX | LOCK_NB) == 0;
   if (!isLocked && errno != EWOULDBLOCK) {
-    // A file system without locks.
+    // The file system has no locks.
     unlink(name.constData());
     return Attempt::inUse;
   }
-  // Another process that saw the file before it was locked takes it for a remnant and removes it.
+  // Another process may have seen the file before it was locked, and removes it as a remnant.
   if (!isLocked || !hasName(file.get()))
     return Attempt::again;
   made_ = std::move(file);
   return Attempt::made;
 }
 
-// Removes what an earlier request left under the name. Only the process that holds the lock of a
-// file removes it.
+// Removes the remnant of an earlier request. A file is removed only by the process that has locked
+// it.
 OutboundFile::Attempt OutboundFile::clear() const {
   const QByteArray name = QFile::encodeName(name_);
   struct stat named {};
@@ -95,7 +95,7 @@ bool OutboundFile::makeOther() {
 
 QString OutboundFile::nameForWriting() const {
   const QString link = QStringLiteral("/proc/self/fd/%1").arg(made_.get());
-  // Without a file, opening the link fails, which is what the caller is to see.
+  // If there is no file, opening the link fails, and the caller sees the error.
   return made_.isOpen() && !QFile::exists(QStringLiteral("/proc/self/fd")) ? name_ : link;
 }
 

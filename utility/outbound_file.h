@@ -4,13 +4,13 @@
 
 #include <QString>
 
-// The file through which a text goes out. Its name can be guessed, in a directory where other users
-// and other processes create files of the same name.
+// The file for an outgoing text. Its name is predictable, and other users and processes can create
+// files with this name in the same directory.
 //
-// The file is created, never opened: a planted link is not followed, and no file that existed is
-// written to. The object locks the file (flock) for as long as it lives. A file of this user that
-// nobody has locked was left behind by an earlier request and is replaced; while another process
-// has it locked, or if it belongs to another user, a file with a random name takes its place.
+// The file is always created, never opened: a planted link is not followed, and no existing file is
+// written to. The object keeps the file locked (flock). An existing file of this user without a
+// lock is a remnant of an earlier request and is replaced. If another process has it locked, or if
+// it belongs to another user, a file with a random name is used instead.
 class OutboundFile {
 public:
   explicit OutboundFile(const QString& name) : wanted_(name), name_(name) {}
@@ -19,9 +19,9 @@ public:
   // Removes a file with a random name; a file with the wanted name stays.
   ~OutboundFile();
 
-  // Creates an empty file that only its owner can access. Returns false if something that cannot be
-  // removed has the name. If the directory does not take files, it returns true, and `name` does
-  // not exist.
+  // Creates an empty file that only its owner can access. Returns false if the name is taken by
+  // something that cannot be removed. If no file can be created in the directory, returns true, and
+  // `name` does not exist.
   [[nodiscard]] bool make();
   [[nodiscard]] const QString& name() const { return name_; }
   // A name to open the file for writing. Opening it never reaches another file that has taken
@@ -30,7 +30,7 @@ public:
 
   // Whether the descriptor refers to the file that was created.
   [[nodiscard]] bool isSame(int descriptor) const;
-  // Whether it contains one calendar to its end.
+  // Whether it contains one complete calendar.
   [[nodiscard]] bool isWhole() const;
   // Removes `name` if it still refers to the file that was created.
   void remove();

@@ -6,7 +6,7 @@
 
 namespace {
 
-// Units of most texts; only longer ones take memory from the heap to be bound.
+// In units. Texts up to this length are bound without heap memory.
 constexpr int usualText = 512;
 
 }  // namespace

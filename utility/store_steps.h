@@ -1,5 +1,4 @@
-// Steps that operations of the store are made of. What they log carries the place of the
-// operation.
+// Steps of store operations. They log the source location of the operation.
 #pragma once
 
 #include "ZTASK_ENG_Model.h"
@@ -7,46 +6,46 @@
 #include "log_place.h"
 #include "task_scripts.h"
 
-// Makes the table of tasks with its indexes: all of them or none. A code of the store.
+// Creates the task table with its indexes, or nothing. Returns a code of the store.
 int createTaskTable();
-// Makes the table of categories with its index, and, in a second step, its first rows.
+// Creates the category table with its index and, in a second step, its first rows.
 int createCategoryTable(LogPlace place = LogPlace::current());
 
-// Says that there is no memory for parameters; gives the code for it.
+// Logs that there is no memory for parameters and returns the code for it.
 int noParameterBlock(LogPlace place = LogPlace::current());
-// The store's code for a change that the database refused.
+// Converts the database's result of a failed change to a code of the store.
 inline int changeFailed(int databaseResult) {
   return databaseResult == DB_FULL ? TASK_ENG_MEMORY_FULL : TASK_ENG_DATABASE_FAILURE;
 }
 
-// Finds a category by its name, whether the store is open or not. TASK_ENG_NOT_FOUND,
-// TASK_ENG_MEMORY_FULL or TASK_ENG_DATABASE_FAILURE, and `uid` as it was.
+// Finds a category by its name, whether or not the store is open. Fails with TASK_ENG_NOT_FOUND,
+// TASK_ENG_MEMORY_FULL or TASK_ENG_DATABASE_FAILURE and leaves `uid` unchanged.
 int findCategory(const QString& name, unsigned int& uid, LogPlace place = LogPlace::current());
-// Finds the name of a category, "None" when there is no such UID. TASK_ENG_NOT_OPEN,
-// TASK_ENG_MEMORY_FULL or TASK_ENG_DATABASE_FAILURE, and `name` as it was.
+// Finds the name of a category; "None" if the UID is unknown. Fails with TASK_ENG_NOT_OPEN,
+// TASK_ENG_MEMORY_FULL or TASK_ENG_DATABASE_FAILURE and leaves `name` unchanged.
 int findCategoryName(bool open, unsigned int uid, QString& name,
                      LogPlace place = LogPlace::current());
 
-// Writes length + 1 units: each with its bytes exchanged, then 0. Nothing for a null text.
+// Writes length + 1 units: each with its bytes exchanged, then 0. Writes nothing for a null text.
 void toExchangedUnits(const QString& text, unsigned short* units,
                       LogPlace place = LogPlace::current());
 
-// Binds a text; a null one as the null value.
+// Binds a text; a null text as null.
 void bindText(ParameterBlock& block, int index, const QString& text);
-// Binds a task's values in the order of the table. Between these two come the summary and the
-// uuid. From parameter `first` on: priority, status and note.
+// These two bind the values of a task in the order of the table; the summary and the uuid come in
+// between. From parameter `first` on: priority, status and note.
 void bindPriorityToNote(ParameterBlock& block, int first, const ZTASK_ENG_Task& task);
 // From parameter `first` on: alarm, due date, end, category and revision.
 void bindAlarmToRevision(ParameterBlock& block, int first, const ZTASK_ENG_Task& task,
                          unsigned int categoryUid);
-// Binds what the filter compares with; nothing for all tasks.
+// Binds the filter operand, if the filter has one.
 void bindFilter(ParameterBlock& block, int index, ZTASK_ENG_Model::TASK_CATEGORY category);
-// The index that has the tasks in that order.
+// The index with this order.
 inline const char* sortIndex(ZTASK_ENG_Model::TASK_SORT_FIELD sort) {
   return sort == ZTASK_ENG_Model::TASK_SORT_DUE ? "task_index_due" : "task_index_priority";
 }
 
-// Makes tasks of the rows of one result, whose columns are those of `Columns`.
+// Converts the rows of a result, which has the columns `Columns`, to tasks.
 template <typename Columns> class TaskReader {
 public:
   TaskReader(bool open, const ResultRows& rows, LogPlace place = LogPlace::current())
@@ -76,7 +75,7 @@ public:
   }
 
 private:
-  // Most dates of most tasks are none, and asking for the local time of one takes a while.
+  // Most dates of most tasks are not set, and converting one to local time is slow.
   [[nodiscard]] QDateTime date(int column) const {
     const int seconds = rows_.integer(column);
     return seconds == ZTASK_ENG_Task::noDateSeconds ? noDate_
@@ -90,6 +89,6 @@ private:
   const QDateTime noDate_ = empty_.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE);
 };
 
-// Appends the tasks before the first row whose flag is `endMark`, or all.
+// Appends the tasks up to the first row whose flag is `endMark`, or all.
 void appendMarkedTasks(bool open, ResultRows& rows, bool endMark, QValueList<ZTASK_ENG_Task>& tasks,
                        LogPlace place = LogPlace::current());

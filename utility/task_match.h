@@ -1,15 +1,15 @@
-// What a search in the store looks for in a task.
+// The conditions of searches in the store.
 #pragma once
 
 #include "ZTASK_ENG_Task.h"
 
-// Whether `text`, case as given, is in the task's category name, note, summary or uuid. An empty
-// text is in every field that is not empty.
+// Whether the task's category name, note, summary or uuid contains `text`, with the same case. An
+// empty text is contained in every field that is not empty.
 bool mentions(const ZTASK_ENG_Task& task, const QString& text);
 
-// What an example asks for: due date, end date, priority value and status value are equal, note and
-// summary contain the example's in any case. No-date, 0, -1 and empty ask for nothing. Dates are
-// compared in whole seconds.
+// Whether a task matches an example: due date, end date, priority value and status value are equal,
+// and note and summary contain those of the example, ignoring case. Fields of the example without a
+// value (no date, 0, -1, empty) are ignored. Dates are compared in whole seconds.
 class Example {
 public:
   explicit Example(const ZTASK_ENG_Task& example);

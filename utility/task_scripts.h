@@ -1,8 +1,8 @@
-// The statements and scripts that the store sends to the database, and the columns of the results
-// that come back. The texts are fixed to the byte.
+// The statements and scripts that the store sends to the database, and the columns of their
+// results. The texts are a contract to the byte: docs/compatibility.md.
 #pragma once
 
-// One line of a text to a line: clang-format would run them together.
+// Each line of a text is on a line of its own; clang-format would join them.
 // clang-format off
 
 namespace task_scripts {
@@ -51,8 +51,8 @@ struct NameFlag {
 #define ULO_COLUMN_SCHEMA_NEXT(name, type, field) ", " #name " " type
 #define ULO_COLUMN_PUT(name, type, field) "buffer_put(" #name ", $c->get_field( '" field "' ));\n"
 
-// A task and a mark that tells rows with a task from the row that ends a result. getTask's result
-// has the columns before uid.
+// A task and a flag that distinguishes rows with a task from the row that ends the result. The
+// result of getTask has the columns before uid.
 struct MarkedTask {
   enum Column {
     ULO_TASK_COLUMNS(ULO_COLUMN_ENUMERATOR)
@@ -60,7 +60,7 @@ struct MarkedTask {
     flag
   };
 };
-// A task alone.
+// A task without a flag.
 struct PlainTask {
   enum Column {
     ULO_TASK_UID_COLUMN(ULO_COLUMN_ENUMERATOR)
@@ -118,12 +118,12 @@ inline constexpr const char* defaultCategories[] = {"none", "meeting", "vacation
 
 // Single tasks.
 
-// 0 to 9: the columns in the order named. The tag is the new UID.
+// Parameters 0 to 9: the columns, in the order in which they are named. The tag is the new UID.
 inline constexpr char insertTask[] =
     "insert into main.task_table_task (priority, status, note, summary, uuid, alarm, due, end, "
     "categoryUid, revision) values (:0, :1, :2, :3, :4, :5, :6, :7, :8 , :9)returnuid";
 
-// Argument: the UID. The tag is 0 when there is no such task.
+// Argument: the UID. The tag is 0 if there is no such task.
 inline constexpr char getTask[] =
     "sml:declare schema s1 (priority integer, status integer, note unicode, summary unicode,uuid "
     "unicode, alarm integer, due integer, end integer, revision integer, category integer);\n"
@@ -149,7 +149,7 @@ inline constexpr char getTask[] =
     "set_session_tag(0);\n"
     "};\n";
 
-// 0: the UID; 1 to 10: the values. The uuid, which is 5, never changes.
+// Parameter 0: the UID; 1 to 10: the values. The uuid (5) is never changed.
 inline constexpr char updateTask[] =
     "sml:declare schema s1 (flag bool);\n"
     "declare buffer schema s1;\n"
@@ -194,7 +194,7 @@ inline constexpr char removeTask[] =
 
 // Categories.
 
-// The flag is true when the name was not found.
+// The flag is true if the name was not found.
 inline constexpr char categoryUidByName[] =
     "sml:declare schema getid (flag bool, uid integer);\n"
     "declare buffer schema getid;\n"
@@ -267,7 +267,7 @@ inline constexpr char removeTasksOfCategory[] =
     "buffer_move_next();\n"
     "};";
 
-// The flag of the row behind the last category is false.
+// The flag of the row after the last category is false.
 inline constexpr char allCategories[] =
     "sml:declare schema s1 (name varchar, flag bool);\n"
     "declare buffer schema s1;\n"
@@ -317,7 +317,7 @@ inline constexpr char allUids[] =
     "buffer_move_next();\n"
     "};";
 
-// The lists that follow take the index as argument; the flag of their last row is false.
+// The argument of the following lists is the index; the flag of their last row is false.
 
 inline constexpr char uidsInOrder[] =
     "sml:declare schema s1 (uid integer, flag bool);\n"
@@ -364,7 +364,7 @@ inline constexpr char removeAllTasks[] =
 
 // Whole tasks.
 
-// Arguments: the index, the column, the column again. The flag of the row behind the last task is
+// Arguments: the index, the column, the column again. The flag of the row after the last task is
 // true.
 inline constexpr char tasksInRange[] =
     ULO_DECLARE_MARKED_TASK
@@ -376,7 +376,7 @@ inline constexpr char tasksInRange[] =
     "};\n"
     ULO_PUT_MARK("true");
 
-// The flag of tasks is false; a single row with a true flag says that there is none.
+// The flag of tasks is false. If there are none, the result is one row with a true flag.
 inline constexpr char tasksOfCategory[] =
     ULO_DECLARE_MARKED_TASK
     "bool $w = true;\n"
@@ -393,8 +393,8 @@ inline constexpr char tasksOfCategory[] =
     ULO_PUT_MARK("true")
     "};";
 
-// Pages. Argument: the index. 0 to 2: the key of the first task in the index; 3: the number of
-// tasks; 4: what the filter compares with. The flag of tasks is true, that of a row behind them
+// Pages. Argument: the index. Parameters 0 to 2: the key of the first task in the index; 3: the
+// number of tasks; 4: the filter operand. The flag of tasks is true, that of a row after them
 // false.
 #define ULO_PAGE_BEGIN(counter)                                                                    \
   ULO_DECLARE_MARKED_TASK                                                                          \

@@ -1,7 +1,7 @@
 # shellcheck shell=bash
-# Completion of ulotask's command line for bash. What fits is asked of the program itself.
+# bash completion for ulotask. The candidates come from the program itself.
 
-# Sets `unquoted` to a word of the command line without its quoting.
+# Sets `unquoted` to a word of the command line without its quotes.
 _ulotask_unquote() {
   unquoted=$1
   case $1 in
@@ -11,7 +11,7 @@ _ulotask_unquote() {
   [[ $1 == \'* ]] || unquoted=${unquoted//\\/}
 }
 
-# Sets `quoted` to a value as it has to stand behind the opening quote of `word`, if there is one.
+# Sets `quoted` to a value in the form required after the opening quote of `word`, if it has one.
 _ulotask_quote() {
   local value=$1 word=$2
   case $word in
@@ -29,7 +29,7 @@ _ulotask_quote() {
 _ulotask() {
   COMPREPLY=()
   compopt -o nosort 2>/dev/null
-  # An equals sign is a word of its own to bash.
+  # bash treats an equals sign as a separate word.
   local -a words=()
   local word unquoted quoted
   for word in "${COMP_WORDS[@]:1:COMP_CWORD-1}"; do
@@ -48,7 +48,7 @@ _ulotask() {
     value=${line%%$'\t'*}
     meaning=${line#*$'\t'}
     if [[ -z $value ]]; then
-      # Names of files fit: readline's own completion knows them.
+      # File names are completed by readline.
       compopt -o default -o filenames 2>/dev/null
       continue
     fi
@@ -57,8 +57,8 @@ _ulotask() {
     meanings+=("$meaning")
   done < <("$1" __complete "${words[@]}" 2>/dev/null)
 
-  # Among several the meanings are shown; they are never inserted, for the values differ before
-  # them. A menu inserts what it shows.
+  # If there are several candidates, shows their meanings. These are never inserted because the
+  # values before them differ. A menu, however, inserts what it shows.
   local i
   for i in "${!values[@]}"; do
     if ((${#values[@]} > 1)) && [[ -n ${meanings[i]} && ${COMP_TYPE-} != 37 && ${COMP_TYPE-} != 42 ]]; then

@@ -1,4 +1,4 @@
-# Completion of ulotask's command line for fish. What fits is asked of the program itself.
+# fish completion for ulotask. The candidates come from the program itself.
 
 function __ulotask_complete
     set -l words (commandline -opc)

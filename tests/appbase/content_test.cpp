@@ -1,4 +1,4 @@
-// Texts, rows, dialogs: what is shown, and that it fits.
+// Tests for the content and layout of texts, rows and dialogs.
 
 #include "RES_ICON_Reader.h"
 #include "ZDetailView.h"
@@ -27,7 +27,7 @@ int linesOf(const QString& text, int width) {
   return widget.heightForWidth(width) / QFontMetrics(widget.font()).height();
 }
 
-TEST(WrappedText, TakesTheLinesThatItNeeds) {
+TEST(WrappedText, UsesAsManyLinesAsNeeded) {
   EXPECT_EQ(linesOf(QString(), 100), 1);
   EXPECT_EQ(linesOf(QStringLiteral("word"), 100), 1);
   EXPECT_GT(linesOf(QStringLiteral("some words in a row that is too long"), 100), 2);
@@ -35,13 +35,13 @@ TEST(WrappedText, TakesTheLinesThatItNeeds) {
   EXPECT_GT(linesOf(QString(100, QChar(0x4E2D)), 100), 5);
 }
 
-TEST(WrappedText, EveryLineEndIsOne) {
+TEST(WrappedText, RecognizesEveryLineEnd) {
   for (const char* text : {"a\nb", "a\r\nb", "a\rb"})
     EXPECT_EQ(linesOf(QString::fromLatin1(text), 100), 2) << text;
   EXPECT_EQ(linesOf(QStringLiteral("a\n\nb\n"), 100), 4);
 }
 
-TEST(WrappedText, MarkupAndControlsAreText) {
+TEST(WrappedText, ShowsMarkupAndControlCharactersAsText) {
   const ZWrappedText markup(QStringLiteral("<b>a</b>"));
   EXPECT_GT(markup.widthOnOneLine(), ZWrappedText(QStringLiteral("a")).widthOnOneLine() * 4);
   EXPECT_EQ(linesOf(QStringLiteral("a\tb\x01\x0B\x7F"), 100), 1);
@@ -62,7 +62,7 @@ protected:
     ASSERT_TRUE(QTest::qWaitForWindowActive(&rows_));
     rows_.setFocus();
   }
-  // The row's place on the screen.
+  // Returns the position of the row on the screen.
   QRect place(int row) {
     const ZDetailItem* item = rows_.item(row);
     return {item->mapTo(rows_.viewport(), QPoint(0, 0)), item->size()};
@@ -71,7 +71,7 @@ protected:
   ZDetailView rows_{nullptr, nullptr, 72};
 };
 
-TEST_F(DetailRows, HoldWhatWasAppended) {
+TEST_F(DetailRows, ContainAppendedItems) {
   ZDetailItem* item = add(QStringLiteral("Label:"), QStringLiteral("one"));
   QPixmap icon(16, 16);
   icon.fill(Qt::red);
@@ -85,7 +85,7 @@ TEST_F(DetailRows, HoldWhatWasAppended) {
   EXPECT_EQ(rows_.item(-1), nullptr);
 }
 
-TEST_F(DetailRows, TellScreenReadersWhichIsCurrent) {
+TEST_F(DetailRows, AnnounceCurrentRowToScreenReaders) {
   const ScreenReader reader;
   add(QStringLiteral("Title:"), QStringLiteral("Buy milk"));
   add(QStringLiteral("Status:"), QStringLiteral("Incomplete"));
@@ -108,7 +108,7 @@ TEST_F(DetailRows, TellScreenReadersWhichIsCurrent) {
   EXPECT_FALSE(list->child(0)->state().selected);
 }
 
-TEST_F(DetailRows, AnIconStandsInTheMiddleOfItsTextOrAtItsTop) {
+TEST_F(DetailRows, IconIsCenteredOrAtTopOfText) {
   QPixmap icon(8, 8);
   icon.fill(Qt::red);
   for (const bool centred : {true, false}) {
@@ -122,7 +122,7 @@ TEST_F(DetailRows, AnIconStandsInTheMiddleOfItsTextOrAtItsTop) {
   EXPECT_EQ(top(1), 0);
 }
 
-TEST_F(DetailRows, LabelsStandBesideOrAbove) {
+TEST_F(DetailRows, LabelsAreBesideOrAbove) {
   add(QStringLiteral("Label:"), QStringLiteral("content"));
   const auto contentIsBeside = [this] {
     const auto texts = rows_.item(0)->findChildren<ZWrappedText*>();
@@ -137,7 +137,7 @@ TEST_F(DetailRows, LabelsStandBesideOrAbove) {
   EXPECT_FALSE(contentIsBeside());
 }
 
-TEST_F(DetailRows, KeysGoThroughThem) {
+TEST_F(DetailRows, KeysMoveThroughRows) {
   for (int i = 0; i < 5; ++i)
     add(QStringLiteral("Label:"), QStringLiteral("content"));
   show(240, 320);
@@ -151,14 +151,14 @@ TEST_F(DetailRows, KeysGoThroughThem) {
   EXPECT_EQ(rows_.currentRow(), 3);
 }
 
-TEST_F(DetailRows, ALongOneIsScrolledThrough) {
+TEST_F(DetailRows, LongRowScrolls) {
   add(QStringLiteral("Label:"), QStringLiteral("first"));
   add(QStringLiteral("Label:"), QString(4002, u'n'));
   add(QStringLiteral("Label:"), QStringLiteral("last"));
   show(240, 200);
   QTest::keyClick(&rows_, Qt::Key_Down);
   ASSERT_EQ(rows_.currentRow(), 1);
-  // Each step shows more of it, down to its end.
+  // Each step scrolls further, down to the end.
   int steps = 0;
   for (int bottom = place(1).bottom(); rows_.currentRow() == 1; bottom = place(1).bottom()) {
     QTest::keyClick(&rows_, Qt::Key_Down);
@@ -174,7 +174,7 @@ TEST_F(DetailRows, ALongOneIsScrolledThrough) {
   EXPECT_EQ(place(0).top(), 0);
 }
 
-TEST_F(DetailRows, ATouchMakesOneCurrent) {
+TEST_F(DetailRows, TouchMakesRowCurrent) {
   for (int i = 0; i < 3; ++i)
     add(QStringLiteral("Label:"), QStringLiteral("content"));
   show(240, 320);
@@ -182,13 +182,13 @@ TEST_F(DetailRows, ATouchMakesOneCurrent) {
   EXPECT_EQ(rows_.currentRow(), 2);
 }
 
-TEST_F(DetailRows, NothingIsWiderThanTheScreen) {
+TEST_F(DetailRows, AreNotWiderThanScreen) {
   add(QString(30, u'L'), QString(200, u'W'));
   show(120, 160);
   EXPECT_LE(rows_.widget()->width(), rows_.viewport()->width());
 }
 
-TEST(MainWidget, OwnsWhatItShows) {
+TEST(MainWidget, OwnsItsContent) {
   auto* screen = new ZKbMainWidget(nullptr, "name", 0);
   EXPECT_EQ(screen->objectName(), "name");
   QPointer<QWidget> first = new QWidget;
@@ -201,7 +201,7 @@ TEST(MainWidget, OwnsWhatItShows) {
   EXPECT_TRUE(second.isNull());
 }
 
-TEST(MainWidget, ALongTitleTakesNoRoom) {
+TEST(MainWidget, LongTitleDoesNotWidenIt) {
   ZKbMainWidget screen;
   const int before = screen.minimumSizeHint().width();
   screen.setAppTitle(QString(512, u'W') + u'\n');
@@ -209,7 +209,7 @@ TEST(MainWidget, ALongTitleTakesNoRoom) {
   EXPECT_EQ(screen.appTitle(), QString(512, u'W') + u'\n');
 }
 
-// What becomes of a dialog when a key is pressed in it; `seen` looks at it first.
+// Returns the result of a dialog in which a key is pressed. `seen` is called first.
 int resultOf(ZPopup& dialog, Qt::Key key, const std::function<void()>& seen = {}) {
   QTimer::singleShot(0, &dialog, [&] {
     static_cast<void>(QTest::qWaitForWindowActive(&dialog));
@@ -220,7 +220,7 @@ int resultOf(ZPopup& dialog, Qt::Key key, const std::function<void()>& seen = {}
   return dialog.exec();
 }
 
-TEST(MessageDialog, IsClosedByEachOfItsKeys) {
+TEST(MessageDialog, EachKeyClosesIt) {
   for (const Qt::Key key : {Qt::Key_F1, Qt::Key_Return, Qt::Key_Enter, Qt::Key_Select}) {
     ZMessageDlg dialog(QStringLiteral("Title"), QStringLiteral("Text"), ZMessageDlg::message);
     EXPECT_EQ(dialog.keys()->text(ZSoftKey::left), "OK");
@@ -231,14 +231,14 @@ TEST(MessageDialog, IsClosedByEachOfItsKeys) {
   EXPECT_EQ(resultOf(dialog, Qt::Key_Escape), QDialog::Rejected);
 }
 
-TEST(MessageDialog, AQuestionHasTwoAnswers) {
+TEST(MessageDialog, QuestionHasTwoAnswers) {
   ZMessageDlg yes(QStringLiteral("Title"), QStringLiteral("Text"), ZMessageDlg::question);
   EXPECT_EQ(resultOf(yes, Qt::Key_F1), QDialog::Accepted);
   ZMessageDlg no(QStringLiteral("Title"), QStringLiteral("Text"), ZMessageDlg::question);
   EXPECT_EQ(resultOf(no, Qt::Key_F3), QDialog::Rejected);
 }
 
-TEST(MessageDialog, FitsItsWindow) {
+TEST(MessageDialog, FitsWindow) {
   for (const int length : {10, 100, 1000, 10000}) {
     QWidget window;
     window.setGeometry(0, 0, 240, 320);
@@ -247,14 +247,14 @@ TEST(MessageDialog, FitsItsWindow) {
     resultOf(dialog, Qt::Key_F1, [&] {
       EXPECT_TRUE(window.geometry().contains(dialog.geometry())) << length;
       const auto* scroll = dialog.findChild<QScrollArea*>();
-      // A short text is seen whole.
+      // A short text is completely visible.
       EXPECT_EQ(scroll->verticalScrollBar()->maximum() > 0, length >= 1000) << length;
       EXPECT_EQ(scroll->horizontalScrollBar()->maximum(), 0);
     });
   }
 }
 
-TEST(Icons, AreThereByName) {
+TEST(Icons, AreFoundByName) {
   LogCapture log;
   for (const char* name : {"todo_task_complete_small.gif", "todo_task_incomplete_small.gif",
                            "todo_task_hi_pri_small.gif", "todo_task_normal_pri_small.gif",
@@ -268,8 +268,8 @@ TEST(Icons, AreThereByName) {
   EXPECT_EQ(log.text(), "");
 }
 
-// A point of each picture that tells it from all others, in sixteenths of its side.
-TEST(Icons, ShowWhatTheirNamesSay) {
+// A point that distinguishes each picture from all others, in sixteenths of its side.
+TEST(Icons, MatchTheirNames) {
   struct Mark {
     const char* name;
     int x, y;
@@ -300,14 +300,14 @@ TEST(Icons, ShowWhatTheirNamesSay) {
       ASSERT_EQ(color.alpha(), mark.color.alpha()) << file.toStdString();
       if (color.alpha() == 0)
         continue;
-      constexpr int tolerance = 24;  // of a palette
+      constexpr int tolerance = 24;  // for the rounding to a palette
       EXPECT_NEAR(color.red(), mark.color.red(), tolerance) << file.toStdString();
       EXPECT_NEAR(color.green(), mark.color.green(), tolerance) << file.toStdString();
       EXPECT_NEAR(color.blue(), mark.color.blue(), tolerance) << file.toStdString();
     }
 }
 
-TEST(Icons, GrowWithTheFont) {
+TEST(Icons, ScaleWithFont) {
   const QFont before = QApplication::font();
   QFont large = before;
   large.setPointSize(20);
@@ -320,7 +320,7 @@ TEST(Icons, GrowWithTheFont) {
   QApplication::setFont(before);
 }
 
-TEST(Icons, AMissingOneIsLogged) {
+TEST(Icons, LogsMissingIcon) {
   LogCapture log;
   EXPECT_TRUE(RES_ICON_Reader::getIcon(QStringLiteral("none.gif"), true).isNull());
   EXPECT_EQ(log.withoutLines(), "(platform/appbase/RES_ICON_Reader.cpp)There is no icon none.gif");

@@ -1,4 +1,4 @@
-// Soft keys, accelerators and menus: what a key or a finger does.
+// Tests for soft keys, accelerators and menus, with keys and touch.
 
 #include "QAccel.h"
 #include "ZKbMainWidget.h"
@@ -17,7 +17,7 @@ using testing::ElementsAre;
 
 namespace {
 
-TEST(Accelerator, TakesQt2Codes) {
+TEST(Accelerator, AcceptsQt2Codes) {
   struct Code {
     int code;
     Qt::Key key;
@@ -37,7 +37,7 @@ TEST(Accelerator, TakesQt2Codes) {
   }
 }
 
-TEST(Accelerator, GivesIdsOfItsOwn) {
+TEST(Accelerator, AssignsIds) {
   QWidget window;
   QAccel accelerator(&window);
   EXPECT_EQ(accelerator.insertItem('A'), 0);
@@ -46,7 +46,7 @@ TEST(Accelerator, GivesIdsOfItsOwn) {
   EXPECT_EQ(accelerator.insertItem('D'), 10);
 }
 
-// A screen with keys whose clicks are counted by their titles.
+// A screen with soft keys, and a label that a click clears.
 class SoftKeys : public testing::Test {
 protected:
   ZSoftKey* addKeys(const char* style) {
@@ -79,7 +79,7 @@ TEST_F(SoftKeys, TwoOrThree) {
   }
 }
 
-TEST_F(SoftKeys, EachHasItsKey) {
+TEST_F(SoftKeys, EachHasShortcutKey) {
   ZSoftKey* keys = addKeys("CST_3");
   std::vector<int> clicked;
   for (const int position : {ZSoftKey::left, ZSoftKey::right, ZSoftKey::middle}) {
@@ -94,7 +94,7 @@ TEST_F(SoftKeys, EachHasItsKey) {
   EXPECT_THAT(clicked, ElementsAre(ZSoftKey::left, ZSoftKey::middle, ZSoftKey::right));
 }
 
-TEST_F(SoftKeys, StandFromLeftToRight) {
+TEST_F(SoftKeys, AreOrderedFromLeftToRight) {
   ZSoftKey* keys = addKeys("CST_3");
   show();
   const auto x = [keys](int position) {
@@ -105,7 +105,7 @@ TEST_F(SoftKeys, StandFromLeftToRight) {
   EXPECT_EQ(keys->geometry().bottom(), screen_.rect().bottom());
 }
 
-TEST_F(SoftKeys, WithoutATextCannotBeUsed) {
+TEST_F(SoftKeys, AreDisabledWithoutText) {
   ZSoftKey* keys = addKeys("CST_2");
   keys->setClickedSlot(ZSoftKey::left, &target_, SLOT(clear()));
   target_.setText(QStringLiteral("full"));
@@ -120,7 +120,7 @@ TEST_F(SoftKeys, WithoutATextCannotBeUsed) {
   EXPECT_EQ(target_.text(), "");
 }
 
-TEST_F(SoftKeys, AClickCallsWhatWasSetLast) {
+TEST_F(SoftKeys, ClickCallsLastSlotSet) {
   ZSoftKey* keys = addKeys("CST_2");
   QLabel other(QStringLiteral("full"));
   target_.setText(QStringLiteral("full"));
@@ -151,7 +151,7 @@ protected:
   ZOptionsMenu menu_{&window_, "m", 0, 54, std::make_unique<TwoLevels>(), QStringLiteral("menu")};
 };
 
-TEST_F(OptionsMenu, HasTheItemsOfItsParser) {
+TEST_F(OptionsMenu, HasItemsOfItsParser) {
   const QValueList<int> ids = menu_.getAllItemIds();
   EXPECT_THAT(std::vector<int>(ids.begin(), ids.end()), ElementsAre(11, 7, 3, 5));
   EXPECT_THAT(menu_.actions(), ElementsAre(menu_.item(11), menu_.item(7)));
@@ -172,7 +172,7 @@ TEST_F(OptionsMenu, ItemsCallTheirSlots) {
   EXPECT_EQ(target.text(), "");
 }
 
-TEST_F(OptionsMenu, TextsAreShownAsTheyAre) {
+TEST_F(OptionsMenu, ShowsTextsLiterally) {
   EXPECT_TRUE(menu_.changeItem(3, QStringLiteral("Salt & pepper")));
   EXPECT_EQ(menu_.item(3)->text(), "Salt && pepper");
   EXPECT_TRUE(menu_.changeItem(7, QStringLiteral("Other")));
@@ -180,7 +180,7 @@ TEST_F(OptionsMenu, TextsAreShownAsTheyAre) {
   EXPECT_FALSE(menu_.changeItem(99, QStringLiteral("x")));
 }
 
-TEST_F(OptionsMenu, BackLeavesOneLevelAfterTheOther) {
+TEST_F(OptionsMenu, BackClosesOneLevelAtATime) {
   window_.show();
   menu_.openAbove(&window_);
   QTest::keyClick(&menu_, Qt::Key_Down);
@@ -194,13 +194,13 @@ TEST_F(OptionsMenu, BackLeavesOneLevelAfterTheOther) {
   EXPECT_FALSE(menu_.isVisible());
 }
 
-TEST_F(OptionsMenu, AGreyedItemSaysWhy) {
+TEST_F(OptionsMenu, DisabledItemShowsReason) {
   menu_.enableItem(11, false, QStringLiteral("Not now & here"));
   EXPECT_FALSE(menu_.item(11)->isEnabled());
   ASSERT_EQ(menu_.actions().size(), 3);
   EXPECT_EQ(menu_.actions().at(1)->text(), "Not now && here");
   EXPECT_FALSE(menu_.actions().at(1)->isEnabled());
-  // Said anew, it is said once.
+  // A new reason replaces the old one.
   menu_.enableItem(11, false, QStringLiteral("Never"));
   ASSERT_EQ(menu_.actions().size(), 3);
   EXPECT_EQ(menu_.actions().at(1)->text(), "Never");
@@ -219,14 +219,14 @@ TEST_F(OptionsMenu, AGreyedItemSaysWhy) {
   EXPECT_EQ(menu_.item(7)->menu()->actions().size(), 2);
 }
 
-TEST_F(OptionsMenu, ItemsAreMarked) {
+TEST_F(OptionsMenu, ChecksItems) {
   menu_.checkItem(3, true);
   EXPECT_TRUE(menu_.item(3)->isChecked());
   menu_.checkItem(3, false);
   EXPECT_FALSE(menu_.item(3)->isChecked());
 }
 
-TEST_F(OptionsMenu, ItIsBroughtUpToDateBeforeItIsShown) {
+TEST_F(OptionsMenu, IsUpdatedBeforeItIsShown) {
   window_.show();
   QObject::connect(&menu_, &ZOptionsMenu::opening, [this] {
     EXPECT_FALSE(menu_.isVisible());
@@ -234,7 +234,7 @@ TEST_F(OptionsMenu, ItIsBroughtUpToDateBeforeItIsShown) {
   });
   menu_.openAbove(&window_);
   EXPECT_TRUE(menu_.isVisible());
-  // The first item that can be taken is the current one; its sub-menu waits.
+  // The first enabled item is current; its submenu stays closed.
   EXPECT_EQ(menu_.activeAction(), menu_.item(7));
   EXPECT_FALSE(menu_.item(7)->menu()->isVisible());
   QTest::keyClick(&menu_, Qt::Key_Return);

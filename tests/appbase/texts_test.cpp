@@ -1,4 +1,4 @@
-// The texts that people read, in each language.
+// Tests for the user-visible texts in each language.
 
 #include "ZApplication.h"
 #include "gui_test.h"
@@ -13,7 +13,7 @@
 
 namespace {
 
-// Speaks English again when the test is over.
+// Restores English after the test.
 class Languages : public testing::Test {
 protected:
   ~Languages() override { speak({"en"}); }
@@ -22,7 +22,7 @@ protected:
   static QString back() { return ulo::text("TXT_RID_SOFTKEY_BACK", "Back"); }
 };
 
-TEST_F(Languages, AreChosenInTheirOrder) {
+TEST_F(Languages, AreChosenInOrder) {
   speak({"de"});
   EXPECT_EQ(back(), "Zurück");
   speak({"de-AT"});
@@ -41,7 +41,7 @@ TEST_F(Languages, AreChosenInTheirOrder) {
   EXPECT_EQ(back(), "Back");
 }
 
-TEST_F(Languages, DecideTheDirection) {
+TEST_F(Languages, DetermineDirection) {
   ASSERT_TRUE(QResource::registerResource(QStringLiteral(ULO_HEBREW)));
   speak({"he"});
   EXPECT_EQ(back(), QString::fromUtf8("\u05d7\u05d6\u05e8\u05d4"));
@@ -54,21 +54,21 @@ TEST_F(Languages, DecideTheDirection) {
   QResource::unregisterResource(QStringLiteral(ULO_HEBREW));
 }
 
-TEST_F(Languages, WithoutTextsDoNotMirrorTheLayout) {
+TEST_F(Languages, WithoutTextsDoNotMirrorLayout) {
   for (const QStringList& languages : {QStringList{"ar"}, {"fa", "de"}, {"he", "ar"}}) {
     speak(languages);
     EXPECT_EQ(QApplication::layoutDirection(), Qt::LeftToRight) << languages[0].toStdString();
   }
 }
 
-TEST_F(Languages, AnUnknownTextIsEnglish) {
+TEST_F(Languages, UnknownTextIsEnglish) {
   speak({"de"});
   EXPECT_EQ(ulo::text("TXT_RID_NOBODY_KNOWS", "K\xC3\xA4se"), "Käse");
 }
 
-// Every id in the sources with its English default.
+// Returns every id in the sources with its English default.
 QMap<QString, QString> textsOfSources() {
-  // "A" "B" is one text in C++.
+  // "A" "B" is a single literal in C++.
   static const QRegularExpression entry(
       QStringLiteral("\"((?:TXT|FMT)_RID_[A-Z0-9_]*(?:\"\\s*\"[A-Z0-9_]+)*)\",\\s*"
                      "(?=\"([^\"]*(?:\"\\s*\"[^\"]*)*)\")"));
@@ -84,7 +84,7 @@ QMap<QString, QString> textsOfSources() {
         const QString id = match.captured(1).remove(joint);
         const QString english = match.captured(2).remove(joint);
         if (english.startsWith(QLatin1String("TXT_RID_")))
-          continue;  // two ids of one text: the second is found by itself
+          continue;  // two ids for one text: the second matches separately
         EXPECT_EQ(result.value(id, english), english) << id.toStdString() << " has two defaults";
         result[id] = english;
       }
@@ -95,7 +95,7 @@ QMap<QString, QString> textsOfSources() {
 
 TEST_F(Languages, EveryTextIsTranslated) {
   QMap<QString, QString> texts = textsOfSources();
-  // The first ids of the rows of the detail view, which share the second's default.
+  // The first ids of the rows of the detail view, which share the default of the second ones.
   for (const char* id : {"TITLE", "DUE_DATE", "STATUS", "PRIORITY", "NOTES"})
     texts[QStringLiteral("TXT_RID_LABEL_FORMITEM_%1").arg(QLatin1String(id))] = QString();
   ASSERT_GT(texts.size(), 25);

@@ -14,7 +14,7 @@
 namespace company {
 namespace {
 
-// Of the cases that break one promise so many are told in full.
+// The number of cases printed in full for each broken promise.
 constexpr int casesTold = 3;
 constexpr std::size_t longestDetail = 700;
 

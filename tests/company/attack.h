@@ -1,4 +1,4 @@
-// What attacks are made of, and how they are run and counted.
+// Attacks, their cases, and the functions that run and count them.
 #pragma once
 
 #include "site.h"
@@ -16,14 +16,14 @@ class Scenarios;
 
 using Random = std::mt19937_64;
 
-// What a case has to say: nothing when all promises were kept.
+// The failures of a case; empty if all promises were kept.
 class Verdict {
 public:
-  // `promise` names in a few words what was promised; failures are counted by it, each promise
-  // once for a case.
+  // Records a failure unless `kept` is true. `promise` is a short name of the promise; failures are
+  // counted by it, at most once per case.
   bool require(bool kept, const std::string& promise, const std::string& detail);
-  // What holds for every program under attack, whatever is done to it: it neither crashes nor
-  // hangs, and it ends with a documented exit code and, unless that is 0, with a message.
+  // Checks what every program under attack must do: not crash, not hang, and exit with a documented
+  // code, with a message unless the code is 0.
   void requireSoundEnd(const Launch& launch, const Outcome& outcome);
 
   struct Complaint {
@@ -31,28 +31,28 @@ public:
     std::string detail;
   };
   [[nodiscard]] const std::vector<Complaint>& complaints() const { return complaints_; }
-  // Runs that the case counts for.
+  // The number of runs that the case counts as.
   int runs = 1;
 
 private:
   std::vector<Complaint> complaints_;
 };
 
-// One attack on a site that the case resets itself.
+// A single attack. The case resets the site itself.
 struct Case {
   std::string name;
   std::function<void(Site&, Random&, Verdict&)> run;
 };
 
-// How much is to be done, and with what.
+// The extent of an attack, and the means to plan it.
 struct Plan {
   const Scenarios& scenarios;
-  bool isWhole;    // or a sample
-  Random& random;  // the attack's own
-  Site& site;      // to prepare with
+  bool isWhole;    // false for a sample
+  Random& random;  // used by this attack only
+  Site& site;      // for preparation
 
   [[nodiscard]] int amount(int whole, int sample) const { return isWhole ? whole : sample; }
-  // Up to `count` numbers from 1 to `last`, in order, spread at random.
+  // Returns up to `count` random numbers from 1 to `last`, in ascending order.
   [[nodiscard]] std::vector<std::int64_t> numbers(std::int64_t last, std::int64_t count) const;
 };
 
@@ -67,7 +67,7 @@ public:
 };
 
 using Attacks = std::vector<std::unique_ptr<Attack>>;
-// A source file each.
+// Each is defined in its own source file.
 void addKills(Attacks& attacks);
 void addRaces(Attacks& attacks);
 void addFailingCalls(Attacks& attacks);
@@ -80,17 +80,17 @@ struct Settings {
   std::uint64_t seed = 1;
   int jobs = 2;
   bool isWhole = true;
-  int onlyCase = -1;              // a case's number; -1 for all
-  int mostCases = 1'000'000'000;  // of each attack, chosen at random
+  int onlyCase = -1;              // the number of a case; -1 for all
+  int mostCases = 1'000'000'000;  // the maximum for each attack, chosen at random
   std::filesystem::path directory;
 };
 
 struct Tally {
   int runs = 0;
-  int failures = 0;  // cases with a complaint
+  int failures = 0;  // cases that broke a promise
 };
 
-// Runs the cases of an attack side by side and prints what failed.
+// Runs the cases of an attack in parallel and prints the failures.
 Tally conduct(const Attack& attack, const Scenarios& scenarios, const Settings& settings);
 
 }  // namespace company

@@ -1,6 +1,6 @@
-// Damaged files: flipped bytes, zeroed, exchanged and cut off pages. No program crashes or hangs
-// on them. A store that db check calls sound has all of its tasks, for every way to read them; a
-// byte within a text is beyond what any check can know.
+// Damaged files: flipped bytes, and zeroed, swapped and truncated pages. No program crashes or
+// hangs. If `db check` reports a store as sound, every way of reading it returns all tasks. A
+// changed byte within a text cannot be detected.
 
 #include "scenarios.h"
 
@@ -37,7 +37,7 @@ constexpr Damage damages[] = {
        for (int i = std::uniform_int_distribution(2, 40)(random); i > 0; --i)
          flip(bytes, position(random, bytes.size()), random);
      }},
-    // Where a page says what it holds.
+    // The part of a page that describes its content.
     {"a page's head flipped",
      [](Bytes& bytes, Random& random) {
        constexpr std::size_t headSize = 64;

@@ -1,6 +1,6 @@
-// Calls and allocations that fail. The program neither crashes nor hangs. Exit code 0 means that
-// all was done; after another code, exactly what was printed is stored. The store is sound
-// afterwards, and its journal agrees with it.
+// Failing calls and allocations. The program neither crashes nor hangs. After exit code 0
+// everything is stored; after any other code, exactly what was printed. The store is then sound and
+// its journal consistent.
 
 #include "scenarios.h"
 
@@ -10,7 +10,7 @@
 namespace company {
 namespace {
 
-// What calls of a kind fail with.
+// The errors to inject, by kind of call.
 const std::map<char, std::vector<std::string>>& errorsOf() {
   const auto text = [](int error) { return std::to_string(error); };
   static const std::map<char, std::vector<std::string>> errors = {
@@ -31,7 +31,7 @@ public:
   [[nodiscard]] std::string name() const override { return "failing-calls"; }
 
   [[nodiscard]] std::vector<Case> cases(const Plan& plan) const override {
-    // Of each scenario.
+    // For each scenario.
     constexpr std::int64_t mostCalls = 60;
     constexpr std::int64_t sampledCalls = 2;
     std::vector<Case> result;
@@ -55,8 +55,8 @@ public:
   }
 
 private:
-  // A disk that doesn't confirm what was written may have it nevertheless: a transaction whose
-  // flush failed is undone, but not in the file if that can't be written either.
+  // After a failed flush, the disk may still contain the data: the transaction is rolled back, but
+  // not in the file if the file cannot be written either.
   static Case attack(const Plan& plan, const Scenario& scenario, const Sabotage& sabotage,
                      bool eitherState) {
     return {scenario.name, [&scenarios = plan.scenarios, &scenario, sabotage,
@@ -86,7 +86,7 @@ public:
                             const Launch launch =
                                 scenario.launch(site, Sabotage::failAllocation(allocation));
                             const Outcome outcome = run(launch);
-                            // The message about a stored change needs memory too.
+                            // The message about a stored change also needs memory.
                             judge(scenario, launch, outcome, site.look(), true, verdict);
                           }});
     }

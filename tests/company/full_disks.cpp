@@ -1,7 +1,7 @@
-// Full disks: little or no room left beside the store, over a quota, or under a limit of file
-// sizes. Reading works without any room. What needs room is stored whole, or ends with the code
-// for a full store and changes nothing. A removal works as soon as there is room for its log.
-// `export -o` replaces a file by a whole one or leaves it alone.
+// Full disks: little or no free space, an exceeded quota, or a file size limit. Reading works
+// without any free space. A change is stored completely, or fails with the code for a full store
+// and changes nothing. A removal works if there is space for its log. `export -o` either replaces a
+// file with a complete one or leaves it unchanged.
 
 #include "gate.h"
 #include "scenarios.h"
@@ -21,11 +21,11 @@ constexpr int notWritten = 12;
 constexpr std::int64_t block = 4096;
 constexpr std::int64_t mostRoom = 64 * 1024;
 constexpr int errors[] = {ENOSPC, EDQUOT};
-// With so much room a removal has to work: it takes the index of the log, and a page of the log for
-// each page that it changes.
+// Space in which a removal must succeed: the index of the log, and a page of the log for each
+// changed page.
 constexpr std::int64_t removalRoom = mostRoom;
 
-// Keeps the store open beside the program under attack, as an application does.
+// Keeps the store open during the attack, as an application does.
 class Holder {
 public:
   explicit Holder(const Site& site) {
@@ -91,7 +91,7 @@ private:
       verdict.require(outcome.code == 0, "reading needs no room", what);
       return;
     }
-    // Without room for a first store there is none to be opened.
+    // A new store cannot be opened if there is no space to create it.
     const bool hasNoStore = scenario.store.empty() && outcome.code == storeClosed;
     verdict.require(outcome.code == 0 || outcome.code == storeFull || hasNoStore,
                     "a full disk ends with the code for a full store", what);
@@ -99,13 +99,13 @@ private:
       verdict.require(outcome.code == 0, "a removal needs little room", what);
   }
 
-  // What removes many tasks at once needs room for all pages that change.
+  // Scenarios that remove a single task. Removing many tasks needs space for all changed pages.
   static bool removes(const Scenario& scenario) {
     return scenario.name == "rm one" || scenario.name == "sync rm";
   }
 };
 
-// `export -o` over an older file.
+// `export -o` to an existing file.
 class FullExports : public Attack {
 public:
   [[nodiscard]] std::string name() const override { return "full-disk-exports"; }
@@ -123,7 +123,7 @@ public:
   }
 
 private:
-  // Room for the exported file and the log's index.
+  // Space for the exported file and the index of the log.
   static constexpr std::int64_t enough = 3 * mostRoom;
 
   static void attack(const Site& site, std::int64_t room, int error, Verdict& verdict) {
@@ -146,13 +146,14 @@ private:
   }
 };
 
-// A limit of file sizes, as a shell's `ulimit -f` sets it, is a full disk and no death.
+// A file size limit, as set by the shell's `ulimit -f`, is treated as a full disk and does not kill
+// the program.
 class FileSizeLimits : public Attack {
 public:
   [[nodiscard]] std::string name() const override { return "file-size-limits"; }
 
   [[nodiscard]] std::vector<Case> cases(const Plan& plan) const override {
-    constexpr int limitUnit = 512;  // bytes, of the shell
+    constexpr int limitUnit = 512;  // bytes, the unit of `ulimit -f`
     constexpr int largest = 128 * 1024 / limitUnit;
     std::vector<Case> result;
     for (const char* name : {"add", "done", "rm", "import", "category add", "list", "first add"})

@@ -1,18 +1,17 @@
-// Lets several programs loose on the store at the same moment.
+// Starts several programs on the store at the same moment.
 #pragma once
 
 #include "process.h"
 
 namespace company {
 
-// Programs that are started with `number()` as their gate stop at their first use of the store
-// until the gate is opened.
+// Programs started with `number()` as their gate block at their first use of the store until the
+// gate is opened.
 class Gate {
 public:
   Gate();
   [[nodiscard]] int number() const { return inside_.number(); }
-  // Waits until so many programs have come to the gate; one that never comes is not waited for
-  // longer than some seconds.
+  // Waits until this number of programs has reached the gate, for at most some seconds.
   void waitFor(int programs);
   void open();
 
@@ -21,8 +20,7 @@ private:
   Handle inside_;
 };
 
-// Runs programs from the same moment on. `launches` have to hold at a gate. Returns their
-// outcomes.
+// Starts programs at the same moment and returns their outcomes. All `launches` must use a gate.
 std::vector<Outcome> runTogether(std::vector<Launch> launches);
 
 }  // namespace company

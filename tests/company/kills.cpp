@@ -1,6 +1,6 @@
-// Kills. Whatever moment a program is killed at: the store opens and db check finds it sound, each
-// operation is stored whole or not at all (an import with all of its tasks), what was printed as
-// done is stored, the journal holds one entry for each stored change and none for others, and the
+// Kills. Whenever a program is killed, the store opens and `db check` finds it sound, each
+// operation is stored completely or not at all (an import with all of its tasks), everything
+// reported as done is stored, the journal has exactly one entry for each stored change, and the
 // default categories are complete.
 
 #include "scenarios.h"
@@ -14,7 +14,7 @@ public:
   [[nodiscard]] std::string name() const override { return "kills-at-calls"; }
 
   [[nodiscard]] std::vector<Case> cases(const Plan& plan) const override {
-    // Of each scenario.
+    // For each scenario.
     constexpr std::int64_t mostCalls = 120;
     constexpr std::int64_t sampledCalls = 2;
     std::vector<Case> result;
@@ -36,7 +36,7 @@ public:
   }
 };
 
-// At times of chance, from the start of the program to about its end.
+// At random times from the start of the program to approximately its end.
 class KillsAtTimes : public Attack {
 public:
   [[nodiscard]] std::string name() const override { return "kills-at-times"; }
@@ -63,7 +63,7 @@ public:
   }
 };
 
-// Again and again in the same store: what one kill leaves is what the next program finds.
+// Repeatedly in the same store: each program finds what the preceding kill left.
 class KillsInARow : public Attack {
 public:
   [[nodiscard]] std::string name() const override { return "kills-in-a-row"; }

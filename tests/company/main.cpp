@@ -1,5 +1,5 @@
-// Attacks the store as other programs, full disks, kills, damage and odd zones do, and counts how
-// often a promise was broken. Ends with 1 if any was.
+// Attacks the store with concurrent programs, full disks, kills, damage and unusual time zones, and
+// counts broken promises. Exits with 1 if there are any.
 
 #include "scenarios.h"
 #include "temporary_directory.h"
@@ -31,7 +31,7 @@ Attacks allAttacks() {
   return attacks;
 }
 
-// Thousands of stores are made and removed; in memory, where there is a place for files there.
+// Uses a memory file system if there is one, because thousands of stores are created and removed.
 void preferMemory() {
   constexpr const char* memory = "/dev/shm";
   constexpr int keep = 0;
@@ -39,7 +39,7 @@ void preferMemory() {
     setenv("TMPDIR", memory, keep);
 }
 
-// Programs that crash leave no image: writing it takes longer than all else.
+// Disables core dumps, which would take longer than the rest of the run.
 void leaveNoImages() {
   const rlimit none{0, 0};
   setrlimit(RLIMIT_CORE, &none);
@@ -79,13 +79,13 @@ int main(int argc, char** argv) {
   std::vector<std::string> known;
   for (const auto& attack : attacks)
     known.push_back(attack->name());
-  app.add_option("ATTACK", names, "Attacks to run; all without one")->check(CLI::IsMember(known));
+  app.add_option("ATTACK", names, "Attacks to run (default: all)")->check(CLI::IsMember(known));
   app.add_option("--seed", settings.seed, "Repeats the run that printed this seed");
   app.add_option("--jobs", settings.jobs, "Attacks at a time")->check(CLI::Range(1, 64));
-  app.add_option("--case", settings.onlyCase, "Runs one case only, by its number");
-  app.add_option("--most", settings.mostCases, "Runs at most so many cases of each attack")
+  app.add_option("--case", settings.onlyCase, "Runs only the case with this number");
+  app.add_option("--most", settings.mostCases, "Runs at most this many cases of each attack")
       ->check(CLI::PositiveNumber);
-  app.add_flag("--sample", isSample, "Runs a small part of the cases");
+  app.add_flag("--sample", isSample, "Runs a small sample of the cases");
   CLI11_PARSE(app, argc, argv);
   settings.isWhole = !isSample;
 

@@ -1,6 +1,7 @@
-// Saving, restoring and rescuing a store, under kills, failing calls and full disks. A backup is
-// whole or not there, and the store is unchanged. A restored store is the old one or the backup. A
-// rescue that was interrupted can be run again and then finds what the first one would have found.
+// Backup, restore and rescue under kills, failing calls and full disks. A backup is complete or
+// does not exist, and the store is unchanged. After an interrupted restore, the store is the old
+// one or the backup. An interrupted rescue can be run again and finds the same as an undisturbed
+// one.
 
 #include "scenarios.h"
 
@@ -28,7 +29,7 @@ std::string told(const Launch& launch, const Outcome& outcome) {
          std::to_string(outcome.signal) + ": " + outcome.out + outcome.err;
 }
 
-// A verb of `ulotask db` with the store that it starts from and what has to be found afterwards.
+// A verb of `ulotask db` with its initial store and the checks of the result.
 class Verb {
 public:
   Verb() = default;
@@ -90,7 +91,7 @@ class Restore : public Verb {
 class Rescue : public Verb {
   [[nodiscard]] Arguments arguments() const override { return {"db", "rescue"}; }
 
-  // An index is destroyed; what it tells is in its table.
+  // Destroys an index, whose content can be restored from its table.
   void prepare(const Scenarios& scenarios, Site& site) const override {
     constexpr std::size_t pageSize = 4096;
     constexpr char indexLeaf = 0x0A;  // the first byte of such a page

@@ -18,9 +18,9 @@ namespace company {
 namespace {
 
 constexpr std::chrono::seconds longestRun{60};
-// The program holds this descriptor, the write end of a pipe, until it ends.
+// The program keeps this descriptor, the write end of a pipe, until it exits.
 constexpr int lifeLineNumber = 8;
-// What the sanitizers' runtime says first of what it found.
+// The beginnings of sanitizer reports.
 constexpr const char* sanitizerReports[] = {"ERROR: AddressSanitizer", "ERROR: LeakSanitizer",
                                             "runtime error: "};
 
@@ -48,7 +48,7 @@ std::string contentOf(const Handle& file) {
   return content;
 }
 
-// Pointers to the texts, with a null after the last.
+// Returns pointers to the texts, followed by a null pointer.
 std::vector<char*> pointers(std::vector<std::string>& texts) {
   std::vector<char*> result;
   for (std::string& text : texts)

@@ -1,4 +1,4 @@
-// Programs under attack: started with an environment of their own, ended by force when they hang.
+// Programs under attack. They start with a separate environment and are killed if they hang.
 #pragma once
 
 #include <chrono>
@@ -17,9 +17,9 @@ using Environment = std::map<std::string, std::string>;
 struct Launch {
   std::string program;
   Arguments arguments;
-  Environment environment;  // the whole of it
+  Environment environment;  // complete
   std::string input;
-  // The descriptor that the program finds as number 9; -1 for none.
+  // The descriptor that becomes number 9 in the program; -1 for none.
   int gate = -1;
 };
 
@@ -33,11 +33,12 @@ struct Outcome {
   std::string err;
 
   [[nodiscard]] bool isKilled() const;
-  // A crash: a signal other than the SIGKILL of the attack, or the report of a sanitizer.
+  // Returns whether the program ended with a signal other than the attack's SIGKILL, or with a
+  // sanitizer report.
   [[nodiscard]] bool isCrash() const;
 };
 
-// A descriptor, closed with the object.
+// A descriptor that is closed with the object.
 class Handle {
 public:
   explicit Handle(int number = -1) : number_(number) {}
@@ -51,7 +52,7 @@ private:
   int number_;
 };
 
-// A running program. It is killed with the object.
+// A running program that is killed with the object.
 class Process {
 public:
   explicit Process(const Launch& launch);
@@ -59,9 +60,9 @@ public:
   Process& operator=(Process&&) = delete;
   ~Process();
 
-  // Kills the program unless it ends by itself before that.
+  // Kills the program unless it exits before that time.
   void killAfter(std::chrono::microseconds time);
-  // Waits for the end; a program that doesn't end within a minute is killed and counts as hung.
+  // Waits until the program exits. After a minute, kills it and reports it as hung.
   Outcome wait();
 
 private:
@@ -69,7 +70,7 @@ private:
 
   Handle output_;
   Handle error_;
-  Handle end_;  // reports a hang-up when the program ends
+  Handle end_;  // reports a hang-up when the program exits
   pid_t pid_ = -1;
   std::optional<Outcome> outcome_;
 };

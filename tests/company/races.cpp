@@ -1,6 +1,6 @@
-// Races of two to eight programs that come to the store at the same moment, with locks and writes
-// delayed at random. Each program ends as if it had been alone before or after the others: nothing
-// is stored twice, no change is lost, readers see only states that a writer completed.
+// Races of two to eight programs that start using the store at the same moment, with random delays
+// of locks and writes. The result is the same as if the programs had run one after the other:
+// nothing is stored twice, no change is lost, and readers see only states that a writer completed.
 
 #include "gate.h"
 #include "scenarios.h"
@@ -41,7 +41,7 @@ std::size_t timesStored(const std::vector<std::string>& list, const std::string&
                     [&](const std::string& each) { return each.find(part) != std::string::npos; }));
 }
 
-// What a race left.
+// The result of a race.
 struct Result {
   std::vector<Launch> launches;
   std::vector<Outcome> outcomes;
@@ -96,7 +96,7 @@ private:
   int sample_;
 };
 
-// `category add X` by several programs: one adds it, the others are told that it exists.
+// `category add X` by several programs: one adds it, the others report that it exists.
 class CategoryRace : public Race {
 public:
   CategoryRace() : Race("race-category-add", 200, 4) {}
@@ -117,7 +117,7 @@ private:
   }
 };
 
-// `add --category NEW` by several programs: one category, which has the tasks of all of them.
+// `add --category NEW` by several programs: one category, which contains all of their tasks.
 class NewCategoryRace : public Race {
 public:
   NewCategoryRace() : Race("race-add-in-category", 200, 4) {}
@@ -142,7 +142,7 @@ private:
   }
 };
 
-// `edit` of different fields of one task, and `done`: all changes are there in the end.
+// `edit` of different fields of one task, and `done`: all changes are stored.
 class EditRace : public Race {
 public:
   EditRace() : Race("race-edits", 300, 4) {}
@@ -183,7 +183,7 @@ private:
   }
 };
 
-// `rm` against `edit` and `done`: the task is gone; who came too late is told so.
+// `rm` against `edit` and `done`: the task is removed; programs that come too late report that.
 class RemovalRace : public Race {
 public:
   RemovalRace() : Race("race-rm-and-edit", 200, 4) {}
@@ -214,7 +214,7 @@ private:
   }
 };
 
-// Imports side by side: all tasks of each, none twice.
+// Concurrent imports: all tasks of each are stored once.
 class ImportRace : public Race {
 public:
   ImportRace() : Race("race-imports", 100, 2) {}
@@ -240,7 +240,7 @@ private:
   }
 };
 
-// Programs that find no store: they make one, with one set of default categories.
+// Programs that find no store: they create one, with one set of default categories.
 class FirstStartRace : public Race {
 public:
   FirstStartRace() : Race("race-first-start", 200, 4) {}
@@ -269,7 +269,7 @@ private:
   }
 };
 
-// Different verbs side by side; what the journal tells is what the store holds.
+// Concurrent runs of different verbs: the journal matches the content of the store.
 class MixedRace : public Race {
 public:
   MixedRace() : Race("race-mixed", 200, 2) {}
@@ -296,7 +296,7 @@ private:
       requireSameTasks(result, verdict);
   }
 
-  // The tasks that were added and not removed are those that are stored.
+  // Requires that exactly the tasks that were added and not removed are stored.
   static void requireSameTasks(const Result& result, Verdict& verdict) {
     std::vector<std::string> uids;
     bool sensible = true;
@@ -317,7 +317,7 @@ private:
   }
 };
 
-// Readers beside a writer: each sees one of the states that the writer completes.
+// Readers concurrent with a writer: each sees one of the states that the writer completes.
 class ReaderRace : public Race {
 public:
   ReaderRace() : Race("race-readers", 150, 2) {}

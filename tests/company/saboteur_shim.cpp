@@ -1,6 +1,6 @@
-// Preloaded into a process under attack. Counts the calls that change files below the directory
-// $ULO_COMPANY_WATCH, in the order in which the process makes them, and does to them what the
-// environment says:
+// Preloaded into a process under attack. Numbers the calls that change files below the directory
+// $ULO_COMPANY_WATCH in the order in which the process makes them, and interferes with them as set
+// in the environment:
 //
 //   ULO_COMPANY_KILL_BEFORE=N, ULO_COMPANY_KILL_AFTER=N
 //       SIGKILL before or after call N (the first one is 1).
@@ -8,7 +8,8 @@
 //       call N fails with error number E; E "short" makes a write store half of its bytes instead.
 //       With ULO_COMPANY_FAIL_ON=1 each later call of the same kind fails too.
 //   ULO_COMPANY_ROOM=BYTES and ULO_COMPANY_ERROR=E
-//       files may grow by so many bytes in all, counted in whole blocks; then writes fail with E.
+//       files may grow by this many bytes in total, counted in whole blocks; then writes fail with
+//       E.
 //   ULO_COMPANY_FAIL_ALLOCATION=N
 //       allocation N fails, counted from the first use of the directory. Allocations made by the
 //       vObject library don't count. Not available under the address sanitizer.
@@ -17,8 +18,8 @@
 //   ULO_COMPANY_JITTER=SEED
 //       locks and changing calls are delayed by up to a millisecond.
 //   ULO_COMPANY_TRACE=FILE
-//       at its end the process writes the kind of each counted call to FILE, one letter for each,
-//       a line feed, and the number of allocations.
+//       at exit, the process writes to FILE one letter for the kind of each counted call, a line
+//       feed, and the number of allocations.
 
 #include <atomic>
 #include <cerrno>
@@ -143,7 +144,8 @@ void delay() {
   nanosleep(&time, nullptr);
 }
 
-// The first use of the directory: allocations count from here, and the gate holds.
+// Called at each use of the directory. The first one starts counting allocations and waits at the
+// gate.
 void use() {
   if (isInUse.exchange(true))
     return;
@@ -155,8 +157,7 @@ void use() {
     continue;
 }
 
-// One call that changes something. Returns the error number that it fails with instead, 0 for
-// none.
+// A call that changes a file.
 class Call {
 public:
   explicit Call(Kind kind) : number_(++calls) {
@@ -204,12 +205,12 @@ std::int64_t sizeOf(int fd) {
   return fstat(fd, &status) == 0 ? status.st_size : 0;
 }
 
-// How many of `count` bytes at `offset` still find room; takes the room that they need.
+// Returns how many of `count` bytes at `offset` still fit, and reserves the space for them.
 std::size_t bytesWithRoom(int fd, std::int64_t offset, std::size_t count) {
   if (orders().room < 0)
     return count;
   const std::int64_t size = sizeOf(fd);
-  const std::int64_t from = offset > size ? offset : size;  // what is left out takes no room
+  const std::int64_t from = offset > size ? offset : size;  // holes take no space
   const std::int64_t end = offset + static_cast<std::int64_t>(count);
   if (end <= from)
     return count;
@@ -234,7 +235,7 @@ void giveBack(std::int64_t sizeBefore, std::int64_t sizeAfter) {
     roomUsed -= (blocks(sizeBefore) - blocks(sizeAfter)) * blockSize;
 }
 
-// A write of `count` bytes at `offset`; `work` writes the number of bytes that it is given.
+// Performs a write of `count` bytes at `offset`. `work` writes the number of bytes passed to it.
 template <typename Work>
 ssize_t writeSome(int fd, std::int64_t offset, std::size_t count, const Work& work) {
   Call call(Kind::write);
@@ -288,7 +289,7 @@ template <typename Work> int changeFile(Kind kind, int fd, const Work& work) {
   return Call(kind).make<int>(-1, [&] {
     const std::int64_t before = sizeOf(fd);
     const int result = work();
-    // A file that grows without being written has no blocks of its own yet.
+    // A file that grows without being written has no blocks yet.
     if (result == 0 && kind == Kind::truncate && sizeOf(fd) < before)
       giveBack(before, sizeOf(fd));
     return result;
@@ -373,7 +374,7 @@ EXPORTED ssize_t writev(int fd, const iovec* parts, int count) {
   const auto all = next<ssize_t (*)(int, const iovec*, int)>("writev");
   if (!isWatched(fd) || count == 0)
     return all(fd, parts, count);
-  // As a kernel may do: only the first part is written.
+  // Writes only the first part, as a kernel may do.
   return writeSome(fd, position(fd), parts[0].iov_len, [&](std::size_t most) {
     const iovec first{parts[0].iov_base, most};
     return all(fd, &first, 1);
@@ -396,7 +397,7 @@ ULO_TRUNCATE(ftruncate)
 ULO_TRUNCATE(ftruncate64)
 #undef ULO_TRUNCATE
 
-// Reserved blocks count as written ones.
+// Reserved blocks count as written.
 #define ULO_ALLOCATE(function, parameters, arguments, failed)                                      \
   EXPORTED int function parameters {                                                               \
     const auto work = [&] { return next<int(*) parameters>(#function) arguments; };                \
@@ -484,7 +485,7 @@ EXPORTED int mknod(const char* path, mode_t mode, dev_t device) noexcept {
   });
 }
 
-// Locks are taken in another order when they are delayed.
+// Delaying locks changes the order in which programs get them.
 #define ULO_FCNTL(function)                                                                        \
   EXPORTED int function(int fd, int command, ...) {                                                \
     va_list more;                                                                                  \
@@ -509,7 +510,7 @@ void* __libc_realloc(void* memory, std::size_t size);
 
 namespace {
 
-// The vObject library doesn't look at the results of its allocations.
+// The vObject library does not check the results of its allocations.
 bool isExempt(const void* caller) {
   Dl_info info{};
   return dladdr(caller, &info) != 0 && info.dli_fname != nullptr &&

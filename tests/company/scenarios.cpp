@@ -141,7 +141,7 @@ const Scenario& Scenarios::filled(Entry& entry) const {
 void Scenarios::fill(Scenario& scenario, const std::vector<Arguments>& steps) const {
   site_.reset(store(scenario.store));
   const std::string trace = site_.elsewhere("trace");
-  // The state before; the first start has none of its own.
+  // The state before the run. A first start has none.
   if (!scenario.store.empty()) {
     scenario.states.push_back(site_.look());
     site_.reset(store(scenario.store));
@@ -192,7 +192,7 @@ void judge(const Scenario& scenario, const Launch& launch, const Outcome& outcom
   verdict.require(journal.empty(), "the journal holds each stored change once and no other",
                   what + journal);
 
-  // A line is printed for each operation, or one for all of them.
+  // Either each operation prints a line, or all operations print one.
   const std::int64_t last = std::distance(states.begin(), states.end()) - 1;
   const std::int64_t reached = std::distance(states.begin(), state);
   const std::int64_t printed = linesIn(outcome.out);

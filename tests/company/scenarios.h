@@ -1,5 +1,5 @@
-// Stores to attack, and what programs do with them: each scenario is a run of a program together
-// with the states of the store that it may leave.
+// Stores to attack, and scenarios: runs of a program with the states of the store that they may
+// leave.
 #pragma once
 
 #include "attack.h"
@@ -11,13 +11,13 @@ namespace company {
 
 struct Scenario {
   std::string name;
-  std::string store;  // "" begins without a data directory
+  std::string store;  // "" starts without a data directory
   Arguments arguments;
   std::string input = {};
   bool isStoreUser = false;  // run by store_user, not by ulotask
 
-  // Filled from runs that nothing disturbs.
-  // The states in the order in which they come: the one before, one after each operation.
+  // Filled from undisturbed runs.
+  // The states in order: before the run, then after each operation.
   std::vector<Snapshot> states = {};
   std::string out = {};
   std::string calls = {};  // the kinds of the calls that change files; see saboteur_shim.cpp
@@ -27,22 +27,22 @@ struct Scenario {
   [[nodiscard]] Launch launch(const Site& site, const Sabotage& sabotage = {}) const;
 };
 
-// Any thread may ask for scenarios.
+// Thread-safe.
 class Scenarios {
 public:
-  // Makes the stores in `directory` with undisturbed runs.
+  // Creates the stores in `directory` with undisturbed runs.
   explicit Scenarios(const std::filesystem::path& directory);
 
-  // A data directory to copy; empty for "".
+  // Returns the data directory to copy; empty for "".
   [[nodiscard]] std::filesystem::path store(const std::string& name) const;
   [[nodiscard]] std::vector<const Scenario*> all() const;
   [[nodiscard]] const Scenario& named(const std::string& name) const;
 
 private:
-  // A scenario is filled when it is first asked for.
+  // A scenario is filled when it is first requested.
   struct Entry {
     Scenario scenario;
-    std::vector<Arguments> steps;  // what leads to the states after the first
+    std::vector<Arguments> steps;  // commands that lead to the states after the first
     bool isFilled = false;
   };
 
@@ -57,12 +57,12 @@ private:
   mutable std::deque<Entry> entries_;
 };
 
-// A calendar of `count` to-dos whose summaries begin with `prefix`.
+// Returns a calendar with `count` to-dos whose summaries begin with `prefix`.
 std::string calendarOf(int count, const std::string& prefix, std::size_t noteLength = 20);
 
-// What an ended run of a scenario promises, given the state that is found afterwards. If
-// `eitherState` a failure may also come after the change was stored, because the disk refused to
-// tell.
+// Checks the promises of a scenario after its run, given the state found afterwards. If
+// `eitherState` is set, the change may be stored even after a failure, because the disk did not
+// confirm it.
 void judge(const Scenario& scenario, const Launch& launch, const Outcome& outcome,
            const Snapshot& found, bool eitherState, Verdict& verdict);
 

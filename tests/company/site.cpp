@@ -31,7 +31,7 @@ QJsonArray parsedArray(const std::string& json) {
   return document.array();
 }
 
-// Whether a field is set stays; what it is changes with each run.
+// Replaces a value that differs between runs, but keeps whether it is set.
 void forgetValue(QJsonObject& object, const QString& name) {
   if (object.contains(name))
     object[name] = !object[name].isNull();
@@ -165,7 +165,7 @@ Environment Site::environment(const Sabotage& sabotage) const {
     result[name] = value;
   result["ULO_COMPANY_WATCH"] = disk();
   result[preloadVariable] = ULO_SABOTEUR;
-  // The sanitizers' own library comes after a preloaded one, which is fine here.
+  // The sanitizer runtime is not the first library here, because of the preloaded one.
   result["ASAN_OPTIONS"] += ":verify_asan_link_order=0";
   return result;
 }
@@ -217,7 +217,7 @@ std::vector<std::string> tasksIn(const std::string& json) {
     QJsonObject task = value.toObject();
     for (const char* name : {"uuid", "revision", "end"})
       forgetValue(task, name);
-    // A task that is listed twice stands out.
+    // Makes a task that is listed twice visible.
     std::string& text = tasks[task["uid"].toInteger()];
     text += QJsonDocument(task).toJson(QJsonDocument::Compact).toStdString();
   }

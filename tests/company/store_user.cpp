@@ -1,8 +1,9 @@
-// A program on the public headers, for what `ulotask` has no verb for.
-//   store_user remove-all         removes all tasks; prints a line when they are gone
+// A program that uses only the public headers, for operations for which `ulotask` has no verb.
+//   store_user remove-all         removes all tasks, then prints a line
 //   store_user add-due SECONDS... adds a task for each time, due then (UTC seconds)
 //   store_user hold               keeps the store open until descriptor 9 reaches its end
-// It ends like ulotask does: 0, 9 when the store is full, 10 when it can't be opened, else 1.
+// Its exit codes are those of ulotask: 0, 9 if the store is full, 10 if it cannot be opened, else
+// 1.
 
 #include "ZTASK_ENG_Model.h"
 #include "log_sink.h"
@@ -33,7 +34,7 @@ int exitFor(int code) {
   }
 }
 
-// Subclasses may remove all tasks.
+// removeAll is protected.
 class Store : public ZTASK_ENG_Model {
 public:
   using ZTASK_ENG_Model::removeAll;
@@ -41,7 +42,7 @@ public:
 
 int removeAll(Store& store) {
   const int code = store.removeAll();
-  // The store does not look at the result of the commit; the database tells.
+  // The store ignores the result of the commit; the database reports it.
   if (code == TASK_ENG_OK && DB_LastResult() != DB_OK)
     return TASK_ENG_DATABASE_FAILURE;
   if (code == TASK_ENG_OK)
@@ -86,7 +87,7 @@ int run(int argc, char** argv) {
   else
     return usage;
   if (code != TASK_ENG_OK)
-    std::fprintf(stderr, "store_user: the store answers %d\n", code);
+    std::fprintf(stderr, "store_user: the store returned %d\n", code);
   return exitFor(code);
 }
 

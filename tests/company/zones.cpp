@@ -1,6 +1,6 @@
-// Zones: in each zone of the system's table, at instants around the changes of its clocks. A task
-// keeps its due instant when another field is changed in that zone, and a local time that occurs
-// once is stored as its instant.
+// Time zones: each zone of the system's table, at instants around its clock changes. A task keeps
+// its due instant when another field is changed in that zone, and a local time that occurs once is
+// stored as the corresponding instant.
 
 #include "scenarios.h"
 
@@ -20,7 +20,7 @@ namespace company {
 namespace {
 
 constexpr const char* zoneTable = "/usr/share/zoneinfo/zone.tab";
-// Within what ulotask accepts in every zone.
+// The range that ulotask accepts in every zone.
 constexpr qint64 earliest = 5LL * 86400;
 constexpr qint64 latest = 2147385600 - 5LL * 86400;
 
@@ -41,7 +41,7 @@ std::vector<std::string> zones() {
   return names;
 }
 
-// Instants around the changes of a zone's clocks, and some that are not near one.
+// Returns instants around the clock changes of a zone, and some others.
 std::vector<qint64> instants(const QTimeZone& zone, std::size_t count, Random& random) {
   constexpr qint64 distances[] = {-7200, -3601, -3600, -1800, -1, 0, 1, 1799, 3599, 3600, 7200};
   const auto changes = zone.transitions(QDateTime::fromSecsSinceEpoch(earliest, Qt::UTC),
@@ -80,7 +80,7 @@ public:
     if (!plan.isWhole) {
       std::shuffle(names.begin(), names.end(), plan.random);
       names.resize(4);
-      // Standard time moved back there.
+      // Zones whose standard time was moved back.
       names.insert(names.end(), {"Asia/Almaty", "Europe/Moscow"});
     }
     const auto count = static_cast<std::size_t>(plan.amount(20, 4));
@@ -126,7 +126,7 @@ private:
     addLocally(site, zone, expected, verdict);
   }
 
-  // The instants are typed as local times.
+  // Adds tasks with the instants entered as local times.
   static void addLocally(Site& site, const QTimeZone& zone, const std::vector<qint64>& instants,
                          Verdict& verdict) {
     constexpr int typed = 3;

@@ -1,4 +1,4 @@
-"""Our side: ulotask with a store of its own."""
+"""Our side: ulotask with a separate store."""
 
 import calendar
 import dataclasses
@@ -11,16 +11,16 @@ import time
 from tasks import NEEDS_ACTION, STATUS_WORDS, UNKNOWN, ZONE, Task
 
 NO_STATUS = -1
-STORED = "when the store took it"
+STORED = "when the task was stored"
 
 
 def compact(date):
-    """20270105T110000Z of 2027-01-05T11:00:00Z."""
+    """Returns 20270105T110000Z for 2027-01-05T11:00:00Z."""
     return date.replace("-", "").replace(":", "")
 
 
 def plain_vcalendar(tasks):
-    """The tasks with every byte of a text encoded: what any reader of the format must take."""
+    """Returns the tasks with every byte of each text encoded, which any reader must accept."""
     lines = ["BEGIN:VCALENDAR", "VERSION:1.0"]
     for task in tasks:
         status = "X-UNKNOWN" if task.status == UNKNOWN else STATUS_WORDS[task.status]
@@ -41,7 +41,7 @@ def plain_vcalendar(tasks):
 
 
 def moment(date):
-    """Seconds since 1970 of a date in UTC."""
+    """Returns the seconds since 1970 of a date in UTC."""
     return calendar.timegm(time.strptime(date, "%Y-%m-%dT%H:%M:%SZ"))
 
 
@@ -75,15 +75,16 @@ class Engine:
                     end=found["end"], alarm=found["alarm"], revision=revision)
 
     def fill(self, tasks):
-        """Stores the tasks; fails unless the store then holds just them. Gives their UIDs."""
+        """Stores the tasks and returns their UIDs. Fails unless the store then contains exactly
+        these tasks."""
         found = json.loads(self.run("import", "--json", "-", stdin=plain_vcalendar(tasks)))
         stored = [dataclasses.replace(self._task(each), revision=None) for each in found]
         wanted = [dataclasses.replace(task, revision=None) for task in tasks]
         for have, want in zip(stored, wanted):
             if have != want:
-                raise RuntimeError(f"the store took {have} for {want}")
+                raise RuntimeError(f"the store has {have} instead of {want}")
         if len(stored) != len(wanted):
-            raise RuntimeError("the store didn't take all tasks")
+            raise RuntimeError("the store does not contain all tasks")
         return [each["uid"] for each in found]
 
     def export(self, uid):
@@ -93,7 +94,7 @@ class Engine:
         return self.run("sync-item", "get", str(uid))
 
     def import_one(self, text):
-        """What becomes of a text that holds one to-do."""
+        """Stores a text with one to-do and returns the stored task."""
         found = json.loads(self.run("import", "--json", "-", stdin=text))
         if len(found) != 1:
             raise RuntimeError(f"{len(found)} to-dos were read instead of one")

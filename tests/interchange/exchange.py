@@ -1,4 +1,4 @@
-"""Sends every task through every program, both ways, and judges each field of each."""
+"""Exchanges every task with every program in both directions and compares each field."""
 
 import dataclasses
 import os
@@ -12,7 +12,7 @@ SAME, BY_RULE, PEER_WRONG, WRONG = range(4)  # from good to bad
 
 @dataclasses.dataclass
 class Value:
-    """The worst that became of one value of a field, over all tasks that have it."""
+    """The worst result for one value of a field over all tasks that have it."""
     verdict: int
     steps: list
     sent: object
@@ -20,7 +20,7 @@ class Value:
 
 
 class Table:
-    """One direction of one peer: for each field each value of the set."""
+    """The results of one direction of one peer, for each value of each field."""
     def __init__(self, peer, direction):
         self.direction = direction
         self.steps = rules.STEPS[peer.key, direction]
@@ -54,14 +54,14 @@ class Table:
         return [value for value in self.fields[field].values() if value.verdict in verdicts]
 
     def idle_steps(self):
-        """Steps that the set never shows: nothing proves them."""
+        """Returns the steps that no value of the set shows, which are unproven."""
         used = [step for field in FIELDS for value in self.fields[field].values()
                 for step in value.steps]
         return [step for steps in self.steps.values() for step in steps if step not in used]
 
 
 class Failed:
-    """Our side gave up a text. No rule foresees that, so it equals nothing."""
+    """Our side rejected a text. No rule predicts that, so it is equal to nothing."""
     def __init__(self, why):
         self.why = why
 
@@ -72,12 +72,12 @@ class Failed:
 def attempt(work, *arguments, failure=Refused):
     try:
         return work(*arguments)
-    except Exception as error:  # whatever a program fails with
+    except Exception as error:  # any failure of a program
         return failure(str(error))
 
 
 def out(peer, tasks, texts, directory):
-    """Our texts, read by the peer."""
+    """Lets the peer read our texts."""
     table = Table(peer, "out")
     os.makedirs(directory, exist_ok=True)
     for number, (task, text) in enumerate(zip(tasks, texts)):
@@ -89,8 +89,8 @@ def out(peer, tasks, texts, directory):
 
 
 def back(peer, tasks, engine, directory):
-    """The peer's texts, read by us. The second result is whether sync-item put stored of each text
-    what import did."""
+    """Reads the peer's texts. The second result tells for each text whether sync-item put stored
+    the same as import."""
     table = Table(peer, "in")
     os.makedirs(directory, exist_ok=True)
     puts = []
@@ -109,6 +109,6 @@ def back(peer, tasks, engine, directory):
 
 
 def as_put(task):
-    """What sync-item put stores where import stores this task. Only import sets the time of change
-    and gives a to-do without STATUS one; that one is shown as needing action by either."""
+    """Returns what sync-item put stores if import stores this task. Only import sets the time of
+    change and a missing STATUS, which is shown as needs action in both cases."""
     return dataclasses.replace(task, revision=None) if isinstance(task, Task) else task

@@ -1,11 +1,11 @@
-// KDE's calendar library as a program: reads calendars into JSON and writes them from JSON.
+// Command line for KDE's calendar library: converts calendars to and from JSON.
 //
 //   kde_peer version
 //   kde_peer read FORMAT FILE    prints a JSON array of the to-dos
 //   kde_peer write FORMAT FILE   standard input: a to-do
 //
 // FORMAT is vcal (VCalFormat, vCalendar 1.0) or ical (ICalFormat, iCalendar 2.0). A to-do is an
-// object of texts; dates are in UTC, and what isn't set is left out.
+// object of texts. Dates are in UTC; fields that are not set are omitted.
 
 #include <KCalendarCore/ICalFormat>
 #include <KCalendarCore/MemoryCalendar>

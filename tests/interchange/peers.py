@@ -1,6 +1,6 @@
-"""The programs on the other side. Each reads a calendar file into a Task and writes one; what a
-program has no field for is None. Codes of status and priority are turned into ours here, by the
-words of the formats; nothing else is."""
+"""The programs on the other side. Each reads a calendar file into a Task and writes one. Fields
+that a program does not have are None. Only the codes of status and priority are converted to ours
+here, according to the words of the formats."""
 
 import datetime
 import json
@@ -24,17 +24,17 @@ def call(program, *arguments, stdin=b""):
 
 
 def iso(date):
-    """2027-01-05T11:00:00Z of 20270105T110000Z."""
+    """Returns 2027-01-05T11:00:00Z for 20270105T110000Z."""
     return re.sub(r"(....)(..)(..)T(..)(..)(..)", r"\1-\2-\3T\4:\5:\6", date)
 
 
 def backup_of(file):
-    """Gammu takes the format from the first suffix that it knows, wherever it stands."""
+    """Gammu derives the format from the first known suffix anywhere in the name."""
     return os.path.splitext(file)[0] + ".backup"
 
 
 class Gammu:
-    """gammu convertbackup, between a calendar and gammu's own backup file."""
+    """gammu convertbackup, which converts between a calendar and gammu's own backup file."""
     key = "gammu"
     name = "gammu"
     reads = writes = "vCalendar 1.0"
@@ -75,7 +75,7 @@ class Gammu:
     def write(self, task, file):
         lines = ["[Backup]", "Format = 1.05", "", "[TODO001]", "Location = 1", "Type = Memo",
                  f"Completed = {'yes' if task.status == COMPLETED else 'no'}"]
-        # Gammu's own backups have no line for None.
+        # A task without a priority has no line in gammu's own backups.
         lines += [f"Priority = {name}" for name, code in self.priorities.items()
                   if code == task.priority != 0]
         for name, text in (("Text", task.summary), ("Description", task.note)):

@@ -1,4 +1,4 @@
-"""Writes docs/interchange.md from what the exchange showed."""
+"""Writes docs/interchange.md from the results of the exchange."""
 
 from exchange import BY_RULE, PEER_WRONG, SAME, WRONG
 from rules import FAULT, Refused
@@ -7,9 +7,9 @@ from tasks import FIELDS, ZONE
 INTRO = """\
 # Interchange with other programs
 
-A set of {count} tasks goes through programs that know nothing of this one: each reads what \
-`ulotask export` writes, and `ulotask import` reads what each writes. `tools/interchange` does \
-that again and writes this page; it fails when a field arrives otherwise than below.
+A set of {count} tasks is exchanged with independent programs: each reads what `ulotask export` \
+writes, and `ulotask import` reads what each writes. `tools/interchange` repeats the exchange and \
+writes this page; it fails if a field arrives differently than stated here.
 
 | program | version | reads from us | writes to us |
 |---|---|---|---|
@@ -17,46 +17,46 @@ that again and writes this page; it fails when a field arrives otherwise than be
 
 {notes}
 
-The tables count values. A value of a field (each of the set's summaries, each priority ...; \
-"not set" is one, too) is **the same** when it arrived unchanged in every task that has it. It \
-is **lost by rule** when what arrived is exactly what the footnotes make of it: a rule of ours \
-or of the other program or format. It is **wrong** where the footnotes say so of the other \
-program, or where nothing explains what arrived; the latter would be ours until shown otherwise. \
-Every field of every task is compared, {compared} tasks in all; where a program refuses a whole \
-text, only the field that made it do so counts. "Not completed" in gammu and KDE's library is \
-compared as NEEDS ACTION, gammu's high, medium and low as 1, 2 and 3. Times are those of {zone}, \
-where summer time of 2027 begins on 28 March and ends on 31 October.
+The tables count the distinct values of each field; "not set" is also a value. A value is \
+**the same** if it arrived unchanged in every task that has it. It is **lost by rule** if it \
+arrived exactly as the footnotes predict, due to a rule of ours, of the other program or of the \
+format. It is **wrong** if a footnote names a fault of the other program, or if nothing explains \
+what arrived, which counts as our fault. Every field of every task is compared, {compared} tasks \
+in all. If a program rejects a whole text, only the field that caused this counts. \
+"Not completed" in gammu and KDE's library is compared as NEEDS ACTION, gammu's high, medium and \
+low as 1, 2 and 3. Times are in {zone}, where summer time of 2027 begins on 28 March and ends on \
+31 October.
 
-`sync-item get` gave the bytes of `export` for {same_get} of {count} tasks, and `sync-item put` \
-stored what `import` stored for {same_put} of the {puts} texts that came back. Two things are \
-import's own and left out of this: it sets the time of change, and it stores "needs action" for \
-a to-do without STATUS, which `sync-item put` leaves without one.
+`sync-item get` returned the same bytes as `export` for {same_get} of {count} tasks, and \
+`sync-item put` stored the same as `import` for {same_put} of the {puts} texts that came back. \
+Two differences are intended and not counted: only `import` sets the time of change, and it \
+stores "needs action" for a to-do without STATUS, which `sync-item put` leaves without one.
 """
 
 SET = """\
 ## The set
 
-`tests/interchange/tasks.py` lists it: {values}. One task has everything at once. Each value \
-travels in a task, and a text, of its own.
+`tests/interchange/tasks.py` lists the values: {values}. Each value is sent in a separate task \
+and text, and one task has all fields set.
 
-## How it is judged
+## How values are compared
 
-`tests/interchange/rules.py` says in steps what each side does to a field; together the steps \
-predict what must arrive, to the character (but for the one that gammu takes from memory). A \
-step that no value of the set shows fails the run as well as a value that arrives unpredicted, \
-so no footnote here is hearsay. The comparison is not part of `./test`: KDE's library stands on \
-Qt 5, and the programs bring many packages that nothing else here needs.
+`tests/interchange/rules.py` describes in steps what each side does to a field. Together, the \
+steps predict what must arrive, to the character (except for the one that gammu takes from \
+uninitialized memory). The run fails if a value arrives differently, and also if no value of the \
+set shows a step, so that every footnote is proven. The comparison is not part of `./test`: KDE's \
+library requires Qt 5, and the programs need many packages that nothing else here uses.
 """
 
 NOTES = """\
-KDE's library refuses to write vCalendar 1.0 ("Saving VCAL is not supported") and \
-python3-vobject knows only iCalendar 2.0, so what they write to us is iCalendar 2.0: our reader \
-takes from it what the two formats share. python3-vobject reads our text because its parser \
-takes any calendar and can undo quoted-printable."""
+KDE's library refuses to write vCalendar 1.0 ("Saving VCAL is not supported"), and \
+python3-vobject supports only iCalendar 2.0. Both therefore write iCalendar 2.0, from which our \
+reader takes what the two formats share. python3-vobject can read our text because its parser \
+accepts any calendar and decodes quoted-printable."""
 
 
 def shown(value):
-    """A value for a table: short, in one line, everything unprintable escaped."""
+    """Returns a value for a table: short, on one line, with unprintable characters escaped."""
     if value is None:
         return "nothing"
     if isinstance(value, Refused):
@@ -72,7 +72,7 @@ def shown(value):
 
 
 def footnotes(table):
-    """The steps that were seen, in the order of the fields, by number."""
+    """Returns the numbers of the steps that were seen, in the order of the fields."""
     numbers = {}
     for field in FIELDS:
         for value in table.values(field, BY_RULE, PEER_WRONG):
@@ -89,7 +89,7 @@ def cell(values, numbers, total):
 
 
 def example(table, text):
-    """A value that the step changed, with as few other steps as there are."""
+    """Describes a value that the step changed, with as few other steps as possible."""
     found = [value for field in FIELDS for value in table.values(field, BY_RULE, PEER_WRONG)
              if text in [step.text for step in value.steps]]
     value = min(found, key=lambda each: (len(each.steps), len(str(each.sent))))

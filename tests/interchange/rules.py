@@ -1,6 +1,6 @@
-"""What a task loses on its way, step by step. A step changes a value as a rule of one side or a
-fault of one program does; the steps of a field together predict what must arrive. A value that
-arrives otherwise, or unchanged where a step says that it changes, is an error of the exchange."""
+"""Describes what a task loses in an exchange, step by step. A step changes a value according to a
+rule of one side or a fault of one program. The steps of a field together predict what must arrive;
+any other value is an error of the exchange."""
 
 import dataclasses
 import re
@@ -16,7 +16,7 @@ OURS, PEERS, FAULT = "our rule", "the peer's rule", "the peer's fault"
 
 
 class Refused:
-    """Nothing arrives: the program that reads or writes gives up the whole text."""
+    """Nothing arrives because one of the programs rejects the whole text."""
     def __init__(self, why="refused"):
         self.why = why
 
@@ -28,7 +28,7 @@ class Refused:
 
 
 class Garbled:
-    """So much of a text, then a character from nowhere; or nothing."""
+    """The start of a text followed by an arbitrary character; or nothing."""
     def __init__(self, start):
         self.start = start
 
@@ -42,14 +42,14 @@ class Step:
     whose: str
     text: str
     change: Callable
-    on_none: bool = False  # it changes what isn't set, too
+    on_none: bool = False  # also applies to fields that are not set
 
 
 def nothing(_):
     return None
 
 
-# --- What our writer does. ---
+# --- Our writer. ---
 
 def due_at_noon(date):
     moment = datetime.strptime(date, "%Y-%m-%dT%H:%M:%SZ").replace(tzinfo=timezone.utc)
@@ -57,8 +57,8 @@ def due_at_noon(date):
 
 
 OUT = {
-    "category": [Step(OURS, "A category is written as CATEGORY, which is no property of "
-                      "vCalendar 1.0 (that would be CATEGORIES): programs pass over it.", nothing)],
+    "category": [Step(OURS, "A category is written as CATEGORY, which is not a property of "
+                      "vCalendar 1.0 (that would be CATEGORIES), so programs ignore it.", nothing)],
     "status": [Step(OURS, "A status without a word in vCalendar 1.0 is written as NEEDS ACTION.",
                     lambda status: NEEDS_ACTION if status == UNKNOWN else status)],
     "due": [Step(OURS, "A due date is a day: it is written as its local day at noon UTC.",
@@ -66,18 +66,19 @@ OUT = {
     "revision": [Step(OURS, "The time of change is not written.", nothing)],
 }
 
-# --- What our reader does. ---
+# --- Our reader. ---
 
 LATIN1 = Step(OURS, "A text without CHARSET is read as Latin-1, byte for byte; iCalendar 2.0 "
               "writes UTF-8 and never declares it.", lambda text: text.encode().decode("latin-1"))
-BLANKS = Step(OURS, "Blanks before a value count only in quoted-printable.",
+BLANKS = Step(OURS, "Leading blanks of a value count only in quoted-printable.",
               lambda text: text.lstrip(" \t"))
-ESCAPES_STAY = "Backslashes of iCalendar 2.0 are read as they stand: vCalendar 1.0 has none."
-STATUS_HYPHEN = Step(OURS, "NEEDS-ACTION with a hyphen, as iCalendar 2.0 has it, is no status of "
-                     "vCalendar 1.0 and is kept as unknown.",
+ESCAPES_STAY = ("Backslashes of iCalendar 2.0 are kept literally: vCalendar 1.0 has no such "
+                "escapes.")
+STATUS_HYPHEN = Step(OURS, "NEEDS-ACTION with a hyphen, as in iCalendar 2.0, is not a status of "
+                     "vCalendar 1.0 and is stored as unknown.",
                      lambda status: UNKNOWN if status == NEEDS_ACTION else status)
-REVISION_IN = Step(OURS, "LAST-MODIFIED is not read; a task's time of change is when the store "
-                   "took it.", lambda _: STORED)
+REVISION_IN = Step(OURS, "LAST-MODIFIED is not read; the time of change is when the task was "
+                   "stored.", lambda _: STORED)
 
 
 # --- Gammu. ---
@@ -87,8 +88,8 @@ GAMMU_WRITE_LIMIT = 161    # characters
 
 GAMMU_STATUS = Step(PEERS, "Gammu keeps only whether a to-do is completed.",
                     lambda status: COMPLETED if status == COMPLETED else NEEDS_ACTION)
-GAMMU_PRIORITY = Step(PEERS, "Gammu keeps priority 1, 2 and 3 as high, medium and low, and no "
-                      "other.", lambda priority: priority if priority <= 3 else 0)
+GAMMU_PRIORITY = Step(PEERS, "Gammu keeps only the priorities 1, 2 and 3, as high, medium and "
+                      "low.", lambda priority: priority if priority <= 3 else 0)
 GAMMU_END = Step(PEERS, "Gammu has no field for when a to-do was completed.", nothing)
 
 
@@ -97,18 +98,18 @@ def gammu_unescape(text):
 
 
 GAMMU_READS_TEXT = [
-    Step(PEERS, f"Gammu refuses a calendar with a text of more than {GAMMU_READ_LIMIT} bytes "
+    Step(PEERS, f"Gammu rejects a calendar with a text of more than {GAMMU_READ_LIMIT} bytes "
          "(\"More memory required\").",
          lambda text: Refused() if len(text.encode()) > GAMMU_READ_LIMIT else text),
-    Step(FAULT, "Gammu takes END:VTODO inside a text for the end of the to-do and leaves out what "
-         "follows, that text included.", lambda text: None if "END:VTODO" in text else text),
-    Step(FAULT, "Gammu undoes `\\n`, `\\;` and `\\,` in the texts of vCalendar 1.0, which has no "
-         "such escapes outside of lists.", gammu_unescape),
+    Step(FAULT, "Gammu treats END:VTODO inside a text as the end of the to-do and drops this text "
+         "and everything after it.", lambda text: None if "END:VTODO" in text else text),
+    Step(FAULT, "Gammu decodes `\\n`, `\\;` and `\\,` in texts of vCalendar 1.0, which has no "
+         "such escapes outside lists.", gammu_unescape),
 ]
 
 
 def gammu_low_halves(text):
-    """With the second half of its pair behind each character beyond U+FFFF."""
+    """Inserts the second half of its surrogate pair after each character beyond U+FFFF."""
     return "".join(c + chr(0xDC00 + (ord(c) - 0x10000) % 0x400) if ord(c) > 0xFFFF else c
                    for c in text)
 
@@ -121,18 +122,18 @@ def gammu_invalid(text):
 
 GAMMU_WRITES_TEXT = [
     Step(FAULT, f"Gammu keeps {GAMMU_WRITE_LIMIT} characters of a text, or {GAMMU_WRITE_LIMIT + 1} "
-         "and one from memory that nobody set; it crashes on much longer ones.",
+         "followed by one from uninitialized memory; it crashes on much longer ones.",
          lambda text: Garbled(text[:GAMMU_WRITE_LIMIT + 1]) if len(text) > GAMMU_WRITE_LIMIT
          else text),
-    Step(FAULT, "Gammu writes the second half of the surrogate pair once more behind a character "
-         "beyond U+FFFF (`F0 9F 9A B2 ED BA B2`), which is not UTF-8; our reader reads a text that "
-         "is not valid in its declared set as Latin-1.",
+    Step(FAULT, "Gammu repeats the second half of the surrogate pair after a character beyond "
+         "U+FFFF (`F0 9F 9A B2 ED BA B2`), which is not UTF-8; our reader reads text that is "
+         "invalid in its declared set as Latin-1.",
          lambda text: gammu_invalid(gammu_low_halves(text))),
 ]
 
 
 def gammu_plain_blanks(text):
-    # It writes quoted-printable only where it must.
+    # Gammu writes quoted-printable only if necessary.
     return text.lstrip(" ") if text.isascii() and "\n" not in text else text
 
 
@@ -152,19 +153,19 @@ GAMMU_BLANKS = Step(OURS, BLANKS.text, gammu_plain_blanks)
 GAMMU_IN = {
     "summary": [*GAMMU_WRITES_TEXT, GAMMU_BLANKS],
     "note": [*GAMMU_WRITES_TEXT, GAMMU_BLANKS],
-    "category": [Step(PEERS, "Gammu has no field for a category; it writes the kind of a to-do "
-                      "there, MISCELLANEOUS for a plain one.", lambda _: "MISCELLANEOUS",
+    "category": [Step(PEERS, "Gammu has no field for a category; it writes the kind of the to-do "
+                      "instead, MISCELLANEOUS for a plain one.", lambda _: "MISCELLANEOUS",
                       on_none=True)],
     "priority": [GAMMU_PRIORITY,
-                 Step(FAULT, "Gammu writes high as 3 and low as 1, though it reads 1 as high and 3 "
-                      "as low, and takes a to-do without a priority in its own backup for high.",
+                 Step(FAULT, "Gammu writes high as 3 and low as 1, although it reads 1 as high and "
+                      "3 as low, and treats a to-do without a priority in its own backup as high.",
                       lambda priority: {0: 3, 1: 3, 3: 1}.get(priority, priority))],
     "status": [GAMMU_STATUS],
-    "due": [Step(FAULT, "Gammu writes no DUE on the 31st, in the hour 23 and in the minute 59.",
+    "due": [Step(FAULT, "Gammu writes no DUE on the 31st of a month, in hour 23 or in minute 59.",
                  gammu_due)],
     "end": [GAMMU_END],
-    "alarm": [Step(OURS, "An alarm is read only when DALARM has a value of its own, from a fifth "
-                   "field on; gammu writes the time alone.", nothing)],
+    "alarm": [Step(OURS, "An alarm is read only if DALARM also has a value, which begins with the "
+                   "fifth field; gammu writes only the time.", nothing)],
     "revision": [REVISION_IN],
 }
 
@@ -186,8 +187,8 @@ def ical_escape(text):
     return re.sub(r"[\\;,]", lambda found: "\\" + found[0], text).replace("\n", "\\n")
 
 
-ICAL_LINE_BREAKS = Step(PEERS, "iCalendar 2.0 has one kind of line break; CR LF becomes it.",
-                        one_line_break)
+ICAL_LINE_BREAKS = Step(PEERS, "iCalendar 2.0 has only one kind of line break, which replaces "
+                        "CR LF.", one_line_break)
 ICAL_ESCAPES = Step(OURS, ESCAPES_STAY, ical_escape)
 ICAL_TEXT = [ICAL_LINE_BREAKS, ICAL_ESCAPES, LATIN1, BLANKS]
 
@@ -196,8 +197,8 @@ def limited(limit):
     return Step(OURS, f"We keep {limit} characters of this text.", lambda text: text[:limit])
 
 
-ICAL_ALARM = Step(OURS, "A component inside of a to-do, as iCalendar 2.0 writes an alarm (VALARM), "
-                  "is left out.", nothing)
+ICAL_ALARM = Step(OURS, "A component inside a to-do, such as an alarm of iCalendar 2.0 (VALARM), "
+                  "is ignored.", nothing)
 ABSENT = "no STATUS"
 NO_STATUS = Step(OURS, "A to-do without STATUS needs action.",
                  lambda status: NEEDS_ACTION if status == ABSENT else status)
@@ -206,8 +207,8 @@ KDE_IN = {
     "summary": [*ICAL_TEXT, limited(SUMMARY_LIMIT)],
     "note": [*ICAL_TEXT, limited(NOTE_LIMIT)],
     "category": [Step(OURS, ESCAPES_STAY, lambda text: text.replace("\\", "\\\\")), LATIN1],
-    "status": [Step(PEERS, "KDE writes only the statuses that a to-do of iCalendar 2.0 has, and no "
-                    "STATUS for another.",
+    "status": [Step(PEERS, "KDE writes only the statuses that iCalendar 2.0 defines for a to-do, "
+                    "and no STATUS for others.",
                     lambda status: status if status in (COMPLETED, NEEDS_ACTION) else ABSENT),
                STATUS_HYPHEN, NO_STATUS],
     "alarm": [ICAL_ALARM],
@@ -218,27 +219,27 @@ KDE_IN = {
 # --- python3-vobject. ---
 
 def vobject_reads_text(text):
-    """The first text of a list by RFC 2445."""
+    """Returns the first text of a list according to RFC 2445."""
     text = re.match(r"(?:\\.|[^\\,])*\\?", text, re.S)[0]
     return re.sub(r"\\([\\;,nN])", lambda found: "\n" if found[1] in "nN" else found[1], text)
 
 
-VOBJECT_TEXT = [Step(PEERS, "python3-vobject reads every to-do by the rules of iCalendar 2.0: a "
-                     "text ends at a comma, and a backslash is the start of an escape.",
+VOBJECT_TEXT = [Step(PEERS, "python3-vobject applies the rules of iCalendar 2.0 to every to-do: a "
+                     "text ends at a comma, and a backslash starts an escape.",
                      vobject_reads_text)]
 VOBJECT_OUT = {"summary": VOBJECT_TEXT, "note": VOBJECT_TEXT}
 VOBJECT_IN = {
     "summary": [*ICAL_TEXT, limited(SUMMARY_LIMIT)],
     "note": [*ICAL_TEXT, limited(NOTE_LIMIT)],
     "category": [Step(OURS, ESCAPES_STAY, ical_escape), LATIN1],
-    "status": [Step(PEERS, "An unknown status has no word that could be written.",
+    "status": [Step(PEERS, "An unknown status has no word and is not written.",
                     lambda status: ABSENT if status == UNKNOWN else status),
                STATUS_HYPHEN, NO_STATUS],
     "alarm": [ICAL_ALARM],
     "revision": [REVISION_IN],
 }
 
-# --- All of it: what happens to each field between the one side and the other. ---
+# --- All steps of each field from one side to the other. ---
 
 
 def joined(first, second):
@@ -253,7 +254,7 @@ STEPS = {
 
 
 def predict(steps, value):
-    """What must arrive of a value, and the steps that changed it."""
+    """Returns what a value must arrive as, and the steps that changed it."""
     changed = []
     for step in steps:
         if isinstance(value, (Refused, Garbled)) or (value is None and not step.on_none):

@@ -1,5 +1,5 @@
-"""Sends the set of tasks through the other programs and writes the page. tools/interchange builds
-what this needs and calls it; see there."""
+"""Exchanges the set of tasks with the other programs and writes the page. Called by
+tools/interchange, which builds what is needed."""
 
 import argparse
 import os
@@ -24,7 +24,7 @@ def arguments():
 
 
 def complaints(programs, tables, tasks, same_get, puts):
-    """What is not as it must be, a line each."""
+    """Returns the errors, one per line."""
     for peer, pair in zip(programs, tables):
         for table in pair:
             where = f"{peer.name}, {table.direction}"
@@ -33,11 +33,11 @@ def complaints(programs, tables, tasks, same_get, puts):
                     yield (f"{where}: {field} {report.shown(value.sent)} arrived as "
                            f"{report.shown(value.received)}")
             for step in table.idle_steps():
-                yield f"{where}: nothing in the set shows this: {step.text}"
+                yield f"{where}: no value of the set shows this step: {step.text}"
     if same_get != len(tasks):
-        yield f"sync-item get gave another text than export for {len(tasks) - same_get} tasks"
+        yield f"sync-item get and export returned different texts for {len(tasks) - same_get} tasks"
     if not all(puts):
-        yield f"sync-item put stored another task than import for {puts.count(False)} texts"
+        yield f"sync-item put and import stored different tasks for {puts.count(False)} texts"
 
 
 def main():

@@ -1,5 +1,5 @@
-"""The set of tasks that goes through every exchange: for each field the values that are hard for
-somebody. Dates are UTC; the exchange runs in the time zone named here."""
+"""The set of tasks for every exchange: for each field, values that some program finds difficult.
+Dates are in UTC; the exchange runs in the time zone ZONE."""
 
 import dataclasses
 from datetime import datetime, timezone
@@ -20,7 +20,7 @@ REVISION = "2026-03-04T05:06:07Z"
 
 @dataclasses.dataclass(frozen=True)
 class Task:
-    """What is compared. None stands for what isn't set; an empty text is the same."""
+    """The compared fields. None means not set, like an empty text."""
     summary: Optional[str] = "Buy milk"
     note: Optional[str] = None
     category: Optional[str] = None
@@ -36,7 +36,7 @@ FIELDS = [field.name for field in dataclasses.fields(Task)]
 
 
 def utc(local):
-    """UTC of a local time of ZONE."""
+    """Converts a local time in ZONE to UTC."""
     moment = datetime.fromisoformat(local).replace(tzinfo=ZoneInfo(ZONE))
     return moment.astimezone(timezone.utc).strftime("%Y-%m-%dT%H:%M:%SZ")
 
@@ -104,7 +104,7 @@ ALARMS = [
 
 
 def task_set():
-    """Each value of each field in a task of its own, and one with everything."""
+    """Returns a task for each value of each field, and one with all fields set."""
     tasks = [Task(summary=value) for value in SUMMARIES]
     tasks += [Task(note=value) for value in NOTES]
     tasks += [Task(category=value) for value in CATEGORIES]

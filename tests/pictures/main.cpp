@@ -1,5 +1,5 @@
-// Takes pictures of every screen and dialog: screen_pictures DIRECTORY WIDTHxHEIGHT LANGUAGE
-// [POINTS] Each is shown on the display as users see it, and what the display shows is saved.
+// Takes pictures of every screen and dialog.
+// usage: screen_pictures DIRECTORY WIDTHxHEIGHT LANGUAGE [POINTS]
 
 #include "camera.h"
 

@@ -1,5 +1,6 @@
-// Takes pictures of the Tasks application: tasks_pictures DIRECTORY WIDTHxHEIGHT LANGUAGE [POINTS].
-// Its store is one of its own, in $ULO_DATA_DIR, which is removed before.
+// Takes pictures of the Tasks application, with a new store in $ULO_DATA_DIR, which is deleted
+// first.
+// usage: tasks_pictures DIRECTORY WIDTHxHEIGHT LANGUAGE [POINTS]
 
 #include "camera.h"
 
@@ -58,7 +59,7 @@ void addTask(ZTASK_ENG_Model& store, const QString& summary, const Sample& sampl
   if (sample.days != noDay)
     task.setDateTime(Task::TASK_FIELD_DUE, QDate::currentDate().addDays(sample.days).startOfDay());
   if (store.addTask(task) != TASK_ENG_OK)
-    static_cast<void>(std::fprintf(stderr, "a sample can't be stored\n"));
+    static_cast<void>(std::fprintf(stderr, "cannot store a sample task\n"));
 }
 
 void fill(ZTASK_ENG_Model& store) {
@@ -66,7 +67,7 @@ void fill(ZTASK_ENG_Model& store) {
     addTask(store, QString::fromUtf8(sample.summary), sample);
 }
 
-// What no user would write.
+// Adds tasks with hostile texts.
 void fillHostile(ZTASK_ENG_Model& store) {
   constexpr Sample plain{"", -3, 1, 1, "a category with a name that is longer than any line"};
   constexpr Sample bare{"", noDay, 5, 1, ""};
@@ -82,7 +83,7 @@ void fillHostile(ZTASK_ENG_Model& store) {
   addTask(store, QString(QChar(0xD83D)) + QStringLiteral(" half a pair"), bare);
 }
 
-// The window, its keys pressed as a user does.
+// The application window, operated with keys like a user does.
 class Phone {
 public:
   Phone(const Camera& camera, ZTASK_ENG_Model& store) : camera_(camera), window_(store) {
@@ -101,7 +102,7 @@ public:
   }
   void type(const QString& text) { QTest::keyClicks(QApplication::focusWidget(), text); }
   void shoot(const char* name) { camera_.shoot(name); }
-  // Takes a picture of the dialog that the action opens, and closes it.
+  // Takes a picture of the dialog that the action opens, then closes it.
   void shootDialog(const char* name, const std::function<void()>& action) {
     QTimer::singleShot(400, &window_, [this, name] {
       shoot(name);
@@ -160,7 +161,7 @@ void shootForm(Phone& phone) {
   category->showPopup();
   phone.shoot("form-categories");
   category->hidePopup();
-  // Without a window manager nobody gives the focus back.
+  // Without a window manager, the focus is not restored automatically.
   phone.window().activateWindow();
   static_cast<void>(QTest::qWaitForWindowActive(&phone.window()));
   auto* note = form->findChild<QPlainTextEdit*>();
@@ -193,7 +194,7 @@ void shootHostile(const Camera& camera, ZTASK_ENG_Model& store) {
   phone.shoot("hostile-choosing");
 }
 
-// Of the directory that the environment names.
+// Deletes the store in $ULO_DATA_DIR.
 void removeStore() {
   QDir directory(QFile::decodeName(qgetenv("ULO_DATA_DIR")));
   for (const QString& file : directory.entryList({QStringLiteral("*.db*")}, QDir::Files))
@@ -223,7 +224,7 @@ void shootApplication(const Camera& camera) {
 int main(int count, char** arguments) {
   ulo::openLogSink("tasks_pictures");
   if (qgetenv("ULO_DATA_DIR").isEmpty()) {
-    static_cast<void>(std::fprintf(stderr, "ULO_DATA_DIR has to name a directory\n"));
+    static_cast<void>(std::fprintf(stderr, "ULO_DATA_DIR must name a directory\n"));
     return 2;
   }
   return takePictures(count, arguments, {shootApplication});

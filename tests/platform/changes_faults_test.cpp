@@ -1,4 +1,4 @@
-// Faults of the journal of changes, and recovery after them.
+// Tests for faults of the change journal, and the recovery from them.
 
 #include "changes_test.h"
 #include "log_capture.h"
@@ -15,7 +15,7 @@ std::string cannot(const char* what, const char* why) {
          ": " + why;
 }
 
-TEST_F(Journal, ReportsADirectoryInItsPlace) {
+TEST_F(Journal, ReportsDirectoryInItsPlace) {
   fs::create_directory(path());
   {
     LogCapture log;
@@ -28,7 +28,7 @@ TEST_F(Journal, ReportsADirectoryInItsPlace) {
   EXPECT_THAT(uidsIn(directory_.path()), ElementsAre(2));
 }
 
-TEST_F(Journal, ReportsAFileThatIsNotADatabase) {
+TEST_F(Journal, ReportsFileThatIsNotADatabase) {
   std::ofstream(path()) << std::string(5000, 'x');
   {
     LogCapture log;
@@ -52,7 +52,7 @@ TEST_F(Journal, ReportsAFileThatIsNotADatabase) {
   EXPECT_EQ(lastOf(journal_), 1);
 }
 
-TEST_F(Journal, ReportsAMissingDataDirectory) {
+TEST_F(Journal, ReportsMissingDataDirectory) {
   const fs::path way = directory_.path() / "way";
   std::ofstream(way) << "";
   setenv("ULO_DATA_DIR", way.c_str(), 1);
@@ -63,8 +63,8 @@ TEST_F(Journal, ReportsAMissingDataDirectory) {
   EXPECT_EQ(log.withoutLines(), cannot("read", "there is no data directory: Not a directory"));
 }
 
-// Another program broke the journal while it is open here.
-TEST_F(Journal, RecoversWhenItIsRepaired) {
+// Another program damages the journal while it is open here.
+TEST_F(Journal, RecoversAfterRepair) {
   append({changeOf(1)});
   ASSERT_EQ(lastOf(journal_), 1);
   file().run("ALTER TABLE ulo_changes RENAME TO away");

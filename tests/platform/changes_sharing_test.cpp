@@ -1,4 +1,4 @@
-// Readers and writers of the journal of changes at once.
+// Tests for concurrent readers and writers of the change journal.
 
 #include "changes_test.h"
 #include "other_process.h"
@@ -7,7 +7,7 @@
 
 namespace {
 
-TEST_F(Journal, ReadersSeeWholeTransactions) {
+TEST_F(Journal, ReadersSeeOnlyCompleteTransactions) {
   constexpr std::uint32_t size = 10;
   constexpr std::size_t transactions = 60;
   file_ = std::make_unique<FollowedFile>(path());
@@ -28,7 +28,7 @@ TEST_F(Journal, ReadersSeeWholeTransactions) {
   });
   std::size_t seen = 0;
   while (seen < size * transactions) {
-    // A writer that fails must not leave us here.
+    // If the writer fails, this loop must end.
     siginfo_t info{};
     const bool over =
         waitid(P_PID, static_cast<id_t>(writer), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&

@@ -1,4 +1,4 @@
-// What the tests of the journal of changes and of its reporter share.
+// Fixtures for tests of the change journal and of its reporter.
 #pragma once
 
 #include "SVC_CT_ChangeReporter.h"
@@ -41,7 +41,7 @@ inline SVC_CT_ChangeRecord recordOf(unsigned uid, int type = SVC_CT_ADDED,
   return record;
 }
 
-// A file with a table that a journal follows, and a connection to it.
+// A database file with a journaled table, and a connection to it.
 class FollowedFile {
 public:
   explicit FollowedFile(const fs::path& file, std::int64_t floor = 0) {
@@ -59,7 +59,7 @@ public:
     if (sqlite3_exec(handle_.get(), sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK)
       throw std::runtime_error(sql + ": " + sqlite3_errmsg(handle_.get()));
   }
-  // Entries without the changes that they tell of.
+  // Appends journal entries without changing any task.
   void append(const std::vector<Change>& changes) {
     run("BEGIN");
     for (const Change& change : changes)
@@ -79,7 +79,7 @@ inline std::vector<Change> entriesOf(ChangeJournal& journal, std::int64_t since 
   EXPECT_TRUE(journal.entriesSince(since, changes));
   return changes;
 }
-// The UIDs of all entries, as somebody else sees them.
+// Returns the UIDs of all entries, as another reader sees them.
 inline std::vector<std::uint32_t> uidsIn(const fs::path& directory) {
   ChangeJournal journal(directory);
   std::vector<std::uint32_t> uids;
@@ -95,7 +95,7 @@ inline std::int64_t lastOf(ChangeJournal& journal) {
 inline NetChanges netOf(ChangeJournal& journal, std::int64_t since = 0,
                         const std::string& source = "engine") {
   NetChanges net;
-  net.added = {1234};  // goes
+  net.added = {1234};  // must be cleared
   EXPECT_TRUE(journal.changesSince(source, since, net));
   return net;
 }
@@ -109,7 +109,7 @@ inline std::string generationOf(ChangeJournal& journal) {
 class Journal : public testing::Test {
 protected:
   [[nodiscard]] fs::path path() const { return directory_.path() / "tasks.db"; }
-  // Created at the first call.
+  // The file is created at the first call.
   FollowedFile& file() {
     if (!file_)
       file_ = std::make_unique<FollowedFile>(path());

@@ -1,4 +1,4 @@
-// Sends one message and is gone: without an event loop, and without waiting.
+// Sends one message and exits immediately, without an event loop.
 // usage: channel_sender CHANNEL MESSAGE
 
 #include "QCopChannel.h"

@@ -1,4 +1,4 @@
-// Broadcasts over a real session bus.
+// Tests for broadcasts over a real session bus.
 
 #include "QCopChannel.h"
 #include "log_capture.h"
@@ -32,7 +32,7 @@ int argumentCount = 1;
 char programName[] = "channel_test";
 char* programArguments[] = {programName, nullptr};
 
-// Runs the event loop until the condition holds; fails the test when that takes too long.
+// Runs the event loop until the condition holds. Fails the test on timeout.
 void waitUntil(const std::function<bool()>& holds) {
   constexpr int patienceMs = 20000;
   QElapsedTimer timer;
@@ -42,7 +42,7 @@ void waitUntil(const std::function<bool()>& holds) {
   EXPECT_TRUE(holds());
 }
 
-// What a channel received, in its order.
+// Records what a channel receives, in order.
 struct Receiver {
   explicit Receiver(const char* name) : channel(name) {
     QObject::connect(&channel, &QCopChannel::received, &channel,
@@ -60,7 +60,7 @@ protected:
   SessionBus bus_;
 };
 
-TEST_F(Channel, EveryReceiverGetsEachMessageOnce) {
+TEST_F(Channel, EachReceiverGetsEachMessageOnce) {
   Receiver first("ULO_A");
   Receiver second("ULO_A");
   ASSERT_TRUE(first.channel.isConnected());
@@ -73,7 +73,7 @@ TEST_F(Channel, EveryReceiverGetsEachMessageOnce) {
   EXPECT_THAT(second.received, ElementsAre("one|", data));
 }
 
-TEST_F(Channel, OtherChannelsHearNothing) {
+TEST_F(Channel, OtherChannelsReceiveNothing) {
   Receiver wanted("ULO_A");
   Receiver other("ULO_AB");
   EXPECT_TRUE(QCopChannel::send("ULO_A", "one"));
@@ -83,15 +83,15 @@ TEST_F(Channel, OtherChannelsHearNothing) {
   EXPECT_THAT(other.received, ElementsAre("last|"));
 }
 
-TEST_F(Channel, NamesAndMessagesAreAnyText) {
+TEST_F(Channel, AcceptsAnyTextAsNameAndMessage) {
   Receiver receiver("K\xc3\xa4se '\\ \"");
   EXPECT_TRUE(QCopChannel::send("K\xc3\xa4se '\\ \"", "\xe7\x89\x9b\xe5\xa5\xb6"));
   waitUntil([&] { return !receiver.received.empty(); });
   EXPECT_THAT(receiver.received, ElementsAre("\xe7\x89\x9b\xe5\xa5\xb6|"));
 }
 
-// The bus has it before send returns.
-TEST_F(Channel, AMessageOutlivesItsSender) {
+// The message is on the bus before send returns.
+TEST_F(Channel, MessageOutlivesSender) {
   Receiver receiver("ULO_A");
   const pid_t sender = fork();
   if (sender == 0) {
@@ -105,7 +105,7 @@ TEST_F(Channel, AMessageOutlivesItsSender) {
   EXPECT_THAT(receiver.received, ElementsAre("farewell|"));
 }
 
-TEST_F(Channel, OneThatWentHearsNothing) {
+TEST_F(Channel, DestroyedReceiverReceivesNothing) {
   { const Receiver gone("ULO_A"); }
   Receiver receiver("ULO_A");
   EXPECT_TRUE(QCopChannel::send("ULO_A", "one"));
@@ -113,7 +113,7 @@ TEST_F(Channel, OneThatWentHearsNothing) {
   EXPECT_EQ(receiver.received.size(), 1U);
 }
 
-TEST_F(Channel, NothingOfItStaysOnTheBus) {
+TEST_F(Channel, LeavesNothingOnTheBus) {
   const QString name = QStringLiteral("channel_test counts");
   QDBusConnection counting = QDBusConnection::connectToBus(bus_.address(), name);
   const auto connections = [&] {
@@ -129,10 +129,10 @@ TEST_F(Channel, NothingOfItStaysOnTheBus) {
   QDBusConnection::disconnectFromBus(name);
 }
 
-TEST(ChannelWithoutBus, SendingFailsAndIsLogged) {
+TEST(ChannelWithoutBus, SendFailsAndIsLogged) {
   const TemporaryDirectory runtime;
   unsetenv("DBUS_SESSION_BUS_ADDRESS");
-  // A program with a display could be given a new bus; ours must not.
+  // A program with a display could be given a new bus, which must not happen here.
   setenv("DISPLAY", ":77", 1);
   setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1);
   LogCapture log;
@@ -149,7 +149,7 @@ TEST(ChannelWithoutBus, SendingFailsAndIsLogged) {
   unsetenv("DISPLAY");
 }
 
-TEST(ChannelWithoutBus, TheDBusLibraryStartsNoThread) {
+TEST(ChannelWithoutBus, DBusLibraryStartsNoThread) {
   const auto threads = [] {
     return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
   };
@@ -163,7 +163,7 @@ TEST(ChannelWithoutBus, TheDBusLibraryStartsNoThread) {
   EXPECT_EQ(threads(), before);
 }
 
-TEST(ChannelWithoutBus, AReceiverIsSilent) {
+TEST(ChannelWithoutBus, ReceiverLogsMissingBus) {
   const TemporaryDirectory runtime;
   setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1);
   unsetenv("DBUS_SESSION_BUS_ADDRESS");

@@ -1,4 +1,4 @@
-// Character sets and quoted-printable.
+// Tests for character sets and quoted-printable.
 
 #include "EMAIL_Util.h"
 #include "log_capture.h"
@@ -65,12 +65,12 @@ TEST(Charsets, Encode) {
     EXPECT_TRUE(EMAIL_Util::encWithCharset(bytes, QString::fromUtf16(sample.text), sample.code))
         << sample.bytes;
     EXPECT_EQ(bytes.toStdString(),
-              // Plain characters need no escape, whoever writes.
+              // Decoding accepts "!" as it is, but encoding escapes it.
               sample.bytes == std::string("1 +- 2 +AOk-!") ? "1 +- 2 +AOkAIQ-" : sample.bytes);
   }
 }
 
-TEST(Charsets, Utf7IsEnded) {
+TEST(Charsets, TerminatesUtf7Sequences) {
   QCString bytes;
   EXPECT_TRUE(EMAIL_Util::encWithCharset(bytes, QString(QChar(0xE9)), 12));
   EXPECT_EQ(bytes, "+AOk-");
@@ -79,7 +79,7 @@ TEST(Charsets, Utf7IsEnded) {
   EXPECT_EQ(text, QString(QChar(0xE9)) + "abc");
 }
 
-TEST(Charsets, ProgramsThatDeclareGb2312UseItsSuccessors) {
+TEST(Charsets, ReadsSuccessorsOfGb2312) {
   for (const int code : {14, 15}) {
     QString text;
     EXPECT_TRUE(EMAIL_Util::decFromCharset("\x81\x40\x81\x30\x81\x30", text, code));
@@ -87,7 +87,7 @@ TEST(Charsets, ProgramsThatDeclareGb2312UseItsSuccessors) {
   }
 }
 
-TEST(Charsets, InvalidBytesAreReadAsLatin1) {
+TEST(Charsets, ReadsInvalidBytesAsLatin1) {
   struct Invalid {
     int code;
     const char* bytes;
@@ -126,7 +126,7 @@ TEST(Charsets, InvalidBytesAreReadAsLatin1) {
   }
 }
 
-TEST(Charsets, UnknownCodesAreReadAsLatin1) {
+TEST(Charsets, ReadsUnknownCodesAsLatin1) {
   QByteArray all;
   for (int byte = 0; byte < 256; ++byte)
     all += static_cast<char>(byte);
@@ -160,7 +160,7 @@ TEST(Charsets, NullAndEmpty) {
   }
 }
 
-TEST(Charsets, EncodingToAnUnknownOneGivesNothing) {
+TEST(Charsets, EncodingToUnknownCharsetFails) {
   std::vector<int> unknown(std::begin(unknownCodes), std::end(unknownCodes));
   unknown.push_back(0);
   for (const int code : unknown) {
@@ -170,7 +170,7 @@ TEST(Charsets, EncodingToAnUnknownOneGivesNothing) {
   }
 }
 
-TEST(Charsets, WhatASetLacksIsReplaced) {
+TEST(Charsets, ReplacesUnsupportedCharacters) {
   const QString text = QString::fromUtf16(u"a\u00E9b\u4EFB\U0001F600c");
   const auto encoded = [&](int code) {
     QCString bytes;
@@ -185,7 +185,7 @@ TEST(Charsets, WhatASetLacksIsReplaced) {
   EXPECT_EQ(encoded(16), "a?b\xA5\xF4?c");
 }
 
-TEST(Charsets, LoneSurrogatesAreReplaced) {
+TEST(Charsets, ReplacesLoneSurrogates) {
   for (const char16_t unit : {u'\xD800', u'\xDC00'})
     for (const int code : {1, 12, 13, 14, 15, 16}) {
       const bool hasReplacement = code == 12 || code == 13;
@@ -193,7 +193,7 @@ TEST(Charsets, LoneSurrogatesAreReplaced) {
       for (const QString& place :
            {QString("a%1b"), QString("%1b"), QString("a%1"), QString::fromUtf16(u"%1\U0001F600")}) {
         if (!hasReplacement && place.size() == 4)
-          continue;  // the pair can't be written either
+          continue;  // the set cannot encode the pair either
         QCString bytes;
         EXPECT_FALSE(EMAIL_Util::encWithCharset(bytes, place.arg(QChar(unit)), code));
         QString back;
@@ -203,7 +203,7 @@ TEST(Charsets, LoneSurrogatesAreReplaced) {
     }
 }
 
-TEST(Charsets, Utf7ThatIsCutShortIsNotValid) {
+TEST(Charsets, RejectsTruncatedUtf7) {
   for (const char* bytes : {"+A", "+AG", "a+", "+2D0", "+2D0-", "+2D3eA", "+AGF-"}) {
     LogCapture log;
     QString text;
@@ -211,11 +211,11 @@ TEST(Charsets, Utf7ThatIsCutShortIsNotValid) {
     EXPECT_EQ(text, QString::fromLatin1(bytes));
   }
   QString text;
-  EXPECT_TRUE(EMAIL_Util::decFromCharset("+AGE", text, 12));  // complete without its hyphen
+  EXPECT_TRUE(EMAIL_Util::decFromCharset("+AGE", text, 12));  // complete without a hyphen
   EXPECT_EQ(text, "a");
 }
 
-TEST(Charsets, CombinedCharactersAtTheEndAreRead) {
+TEST(Charsets, ReadsCombinedCharactersAtTheEnd) {
   QString text;
   EXPECT_TRUE(EMAIL_Util::decFromCharset("a\x88\x62", text, 16));
   EXPECT_EQ(text.toStdU16String(), u"a\u00CA\u0304");
@@ -223,21 +223,21 @@ TEST(Charsets, CombinedCharactersAtTheEndAreRead) {
   EXPECT_EQ(text.toStdU16String(), u"a\u00CA");
 }
 
-// Language tags, which the C library drops without an error.
-TEST(Charsets, CharactersThatVanishAreToldOf) {
+// The C library drops language tags without an error.
+TEST(Charsets, ReportsDroppedCharacters) {
   QCString bytes;
   EXPECT_FALSE(EMAIL_Util::encWithCharset(bytes, QString::fromUtf16(u"a\U000E0067z"), 1));
   EXPECT_EQ(bytes, "az");
 }
 
-// Each failure makes the C library convert thousands of characters again.
-TEST(Charsets, ManyCharactersThatASetLacksTakeNoLongerThanOthers) {
+// After each failure, the C library converts thousands of characters again.
+TEST(Charsets, ReplacesManyUnsupportedCharacters) {
   QCString bytes;
   EXPECT_FALSE(EMAIL_Util::encWithCharset(bytes, QString(1000000, QChar(0x4E00)), 1));
   EXPECT_TRUE(bytes == QByteArray(1000000, '?'));
 }
 
-TEST(Charsets, LongTextsPassWhole) {
+TEST(Charsets, ConvertsLongTexts) {
   QString text;
   for (int i = 0; i < 20000; ++i)
     text += QChar(0x4E00 + i % 5000);
@@ -250,7 +250,7 @@ TEST(Charsets, LongTextsPassWhole) {
   }
 }
 
-TEST(Charsets, AByteOrderMarkIsText) {
+TEST(Charsets, KeepsByteOrderMark) {
   const QString text = QString(QChar(0xFEFF)) + "a";
   for (const int code : {12, 13}) {
     QCString bytes;
@@ -275,7 +275,8 @@ int hexDigit(char c) {
   return found == std::string::npos ? -1 : static_cast<int>(found);
 }
 
-// Reads quoted-printable by RFC 2045, 6.7, and tells what offends against it or our own rules.
+// Decodes quoted-printable according to RFC 2045, 6.7. Sets `fault` if the text violates it or our
+// own rules.
 std::string decoded(const std::string& text, std::string& fault) {
   std::string bytes;
   std::size_t lineStart = 0;
@@ -332,7 +333,7 @@ TEST(QuotedPrintable, KnownTexts) {
   EXPECT_EQ(EMAIL_Util::encQp(nullptr, 0, 0), "");
 }
 
-TEST(QuotedPrintable, LinesAreBroken) {
+TEST(QuotedPrintable, BreaksLines) {
   EXPECT_EQ(encoded(std::string(23, 'x')), std::string(23, 'x'));
   const std::string many = encoded(std::string(200, 'x'));
   EXPECT_EQ(many, std::string(23, 'x') + "=\n" + std::string(75, 'x') + "=\n" +
@@ -342,7 +343,7 @@ TEST(QuotedPrintable, LinesAreBroken) {
       static_cast<int>(std::string("DESCRIPTION;CHARSET=UTF-8;ENCODING=QUOTED-PRINTABLE:").size()));
 }
 
-TEST(QuotedPrintable, EachLengthAndByteAtEachPlace) {
+TEST(QuotedPrintable, EveryLengthAndByteAtEveryPlace) {
   for (const char byte : {'x', ' ', '=', '\xE4', '\n'})
     for (std::size_t size = 0; size < 180; ++size) {
       expectSound(std::string(size, byte));
@@ -356,7 +357,7 @@ TEST(QuotedPrintable, RandomBytes) {
   std::mt19937 random(7);  // NOLINT: the same bytes each time
   for (int round = 0; round < 3000; ++round) {
     std::string bytes(random() % 400, '\0');
-    const bool printable = round % 2 == 0;  // with many blanks then
+    const bool printable = round % 2 == 0;  // which includes many blanks
     for (char& byte : bytes)
       byte = static_cast<char>(printable ? " abc=;\xE9"[random() % 7] : random() % 256);
     expectSound(bytes);

@@ -1,4 +1,4 @@
-// The directory of the databases.
+// Tests for the data directory.
 
 #include "data_directory.h"
 #include "environment_variable.h"
@@ -30,7 +30,7 @@ protected:
   EnvironmentVariable home_{"HOME", below("home").c_str()};
 };
 
-TEST_F(DataDirectoryTest, OwnVariableFirst) {
+TEST_F(DataDirectoryTest, PrefersOwnVariable) {
   const EnvironmentVariable own("ULO_DATA_DIR", below("a/b/c").c_str());
   const EnvironmentVariable xdg("XDG_DATA_HOME", below("xdg").c_str());
   expectMade(below("a/b/c"));
@@ -39,26 +39,26 @@ TEST_F(DataDirectoryTest, OwnVariableFirst) {
   EXPECT_FALSE(fs::exists(below("xdg")));
 }
 
-TEST_F(DataDirectoryTest, ThenTheDesktopsVariable) {
+TEST_F(DataDirectoryTest, ThenUsesXdgVariable) {
   const EnvironmentVariable own("ULO_DATA_DIR", "");
   const EnvironmentVariable xdg("XDG_DATA_HOME", below("xdg").c_str());
   expectMade(below("xdg/ulo"));
   EXPECT_FALSE(fs::exists(below("home")));
 }
 
-TEST_F(DataDirectoryTest, ThenHome) {
+TEST_F(DataDirectoryTest, ThenUsesHome) {
   expectMade(below("home/.local/share/ulo"));
   const EnvironmentVariable xdg("XDG_DATA_HOME", "");
   expectMade(below("home/.local/share/ulo"));
 }
 
-// As the desktops' specification has it.
-TEST_F(DataDirectoryTest, ARelativeVariableOfTheDesktopIsIgnored) {
+// As required by the XDG base directory specification.
+TEST_F(DataDirectoryTest, IgnoresRelativeXdgVariable) {
   const EnvironmentVariable xdg("XDG_DATA_HOME", "data");
   expectMade(below("home/.local/share/ulo"));
 }
 
-TEST_F(DataDirectoryTest, NoneWithoutAHome) {
+TEST_F(DataDirectoryTest, IsEmptyWithoutHome) {
   for (const char* home : {"", static_cast<const char*>(nullptr)}) {
     const EnvironmentVariable unset("HOME", home);
     errno = 0;
@@ -67,7 +67,7 @@ TEST_F(DataDirectoryTest, NoneWithoutAHome) {
   }
 }
 
-TEST_F(DataDirectoryTest, OneThatExistsIsLeftAsItIs) {
+TEST_F(DataDirectoryTest, LeavesExistingDirectoryUnchanged) {
   fs::create_directory(below("there"));
   fs::permissions(below("there"), fs::perms(0755));
   const EnvironmentVariable own("ULO_DATA_DIR", below("there").c_str());
@@ -75,13 +75,13 @@ TEST_F(DataDirectoryTest, OneThatExistsIsLeftAsItIs) {
   EXPECT_EQ(fs::status(below("there")).permissions(), fs::perms(0755));
 }
 
-TEST_F(DataDirectoryTest, ATrailingSlashIsFine) {
+TEST_F(DataDirectoryTest, AcceptsTrailingSlash) {
   const EnvironmentVariable own("ULO_DATA_DIR", (below("a/b").string() + "/").c_str());
   EXPECT_EQ(ulo::dataDirectory(), below("a/b").string() + "/");
   EXPECT_TRUE(fs::is_directory(below("a/b")));
 }
 
-TEST_F(DataDirectoryTest, AFileInTheWay) {
+TEST_F(DataDirectoryTest, FailsIfFileIsInTheWay) {
   std::ofstream(below("file")) << "";
   for (const char* name : {"file", "file/a", "file/a/b"}) {
     const EnvironmentVariable own("ULO_DATA_DIR", below(name).c_str());
@@ -92,11 +92,11 @@ TEST_F(DataDirectoryTest, AFileInTheWay) {
   EXPECT_TRUE(fs::is_regular_file(below("file")));
 }
 
-TEST_F(DataDirectoryTest, OneThatCannotBeMade) {
+TEST_F(DataDirectoryTest, FailsIfDirectoryCannotBeCreated) {
   const EnvironmentVariable own("ULO_DATA_DIR", "/proc/ulo/data");
   errno = 0;
   EXPECT_EQ(ulo::dataDirectory(), "");
-  EXPECT_EQ(errno, ENOENT);  // what the kernel says about /proc
+  EXPECT_EQ(errno, ENOENT);  // the kernel's error for /proc
 }
 
 }  // namespace

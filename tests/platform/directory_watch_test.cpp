@@ -1,4 +1,4 @@
-// What is seen of the files of a directory.
+// Tests for watching the files of a directory.
 
 #include "directory_watch.h"
 
@@ -26,7 +26,7 @@ protected:
   ulo::DirectoryWatch watch_{directory_.path().string(), "tasks.db"};
 };
 
-TEST_F(DirectoryWatchTest, SeesFilesOfItsPrefixWrittenAndMovedThere) {
+TEST_F(DirectoryWatchTest, ReportsFilesWithPrefixWrittenOrMovedThere) {
   EXPECT_FALSE(watch_.sawChange());
   write("tasks.db");
   EXPECT_TRUE(isReadable());
@@ -41,7 +41,7 @@ TEST_F(DirectoryWatchTest, SeesFilesOfItsPrefixWrittenAndMovedThere) {
   EXPECT_TRUE(watch_.sawChange());
 }
 
-TEST_F(DirectoryWatchTest, SeesNoReading) {
+TEST_F(DirectoryWatchTest, IgnoresReading) {
   write("tasks.db");
   EXPECT_TRUE(watch_.sawChange());
   std::ifstream file(path("tasks.db"));
@@ -49,7 +49,7 @@ TEST_F(DirectoryWatchTest, SeesNoReading) {
   EXPECT_FALSE(watch_.sawChange());
 }
 
-TEST_F(DirectoryWatchTest, OfNoDirectorySeesNothing) {
+TEST_F(DirectoryWatchTest, ReportsNothingForMissingDirectory) {
   ulo::DirectoryWatch nowhere(path("nowhere"), "");
   EXPECT_EQ(nowhere.descriptor(), -1);
   EXPECT_FALSE(nowhere.sawChange());

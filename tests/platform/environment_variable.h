@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-// Sets a variable, or unsets it, while the object lives.
+// Sets or unsets an environment variable during its lifetime.
 class EnvironmentVariable {
 public:
   EnvironmentVariable(const char* name, const char* value) : name_(name) {

@@ -1,4 +1,4 @@
-// The journal of changes.
+// Tests for the change journal.
 
 #include "changes_test.h"
 #include "log_capture.h"
@@ -38,14 +38,14 @@ TEST_F(Journal, LeavesAnEmptyFileEmpty) {
   EXPECT_EQ(netOf(journal_).lastEntry, 0);
   EXPECT_TRUE(journal_.prune(1));
   EXPECT_EQ(fs::file_size(path()), 0U);
-  // It is found when the store has created it.
+  // The journal finds the file once the store has created it.
   fs::remove(path());
   file().run("INSERT INTO tasks VALUES (1, 0)");
   EXPECT_THAT(uidsIn(directory_.path()), ElementsAre(1));
   EXPECT_EQ(lastOf(journal_), 1);
 }
 
-TEST_F(Journal, LiesInTheDataDirectoryByDefault) {
+TEST_F(Journal, IsInDataDirectoryByDefault) {
   append({changeOf(1)});
   ChangeJournal inDataDirectory;
   EXPECT_EQ(lastOf(inDataDirectory), 1);
@@ -75,7 +75,7 @@ TEST_F(Journal, HasOneEntryForEachChangedRow) {
   }
 }
 
-TEST_F(Journal, DoesNotTellOfWhatWasRolledBack) {
+TEST_F(Journal, OmitsRolledBackChanges) {
   file().run("INSERT INTO tasks VALUES (1, 0)");
   file().run("BEGIN");
   file().run("INSERT INTO tasks VALUES (2, 0)");
@@ -89,12 +89,12 @@ TEST_F(Journal, DoesNotTellOfWhatWasRolledBack) {
   file().run("INSERT INTO tasks VALUES (3, 0)");
   file().run("ROLLBACK");
   EXPECT_THAT(uidsIn(directory_.path()), ElementsAre(1, 2));
-  // No reader has seen the entry that was undone, so its number is free.
+  // No reader has seen the entry that was rolled back, so its number can be reused.
   file().run("INSERT INTO tasks VALUES (4, 0)");
   EXPECT_EQ(lastOf(journal_), 3);
 }
 
-TEST_F(Journal, NeverUsesANumberTwice) {
+TEST_F(Journal, NeverReusesNumbers) {
   append({changeOf(1), changeOf(2), changeOf(3)});
   EXPECT_EQ(lastOf(journal_), 3);
   ASSERT_TRUE(journal_.prune(1000));
@@ -105,13 +105,13 @@ TEST_F(Journal, NeverUsesANumberTwice) {
   file().run("INSERT INTO tasks VALUES (4, 0)");
   EXPECT_EQ(entriesOf(reopened).at(0).entry, 4);
   EXPECT_EQ(lastOf(journal_), 4);
-  // A journal that was damaged by hand still numbers its entries.
+  // A journal that was damaged manually still numbers its entries.
   file().run("DELETE FROM ulo_journal");
   file().run("INSERT INTO tasks VALUES (5, 0)");
   EXPECT_EQ(lastOf(journal_), 5);
 }
 
-TEST_F(Journal, HasNoEntriesOfOtherSources) {
+TEST_F(Journal, OmitsEntriesOfOtherSources) {
   append({changeOf(1), changeOf(2)});
   const NetChanges none = netOf(journal_, 0, "another");
   EXPECT_TRUE(none.added.empty() && none.updated.empty() && none.removed.empty());
@@ -119,7 +119,7 @@ TEST_F(Journal, HasNoEntriesOfOtherSources) {
   EXPECT_THAT(netOf(journal_).added, ElementsAre(1, 2));
 }
 
-TEST_F(Journal, TellsReadersOfAnotherJournal) {
+TEST_F(Journal, ReportsAnotherJournalToReaders) {
   append({changeOf(1)});
   EXPECT_FALSE(netOf(journal_, 1).incomplete);
   EXPECT_TRUE(netOf(journal_, 2).incomplete);
@@ -137,7 +137,7 @@ TEST_F(Journal, TellsReadersOfAnotherJournal) {
   EXPECT_TRUE(net.incomplete);
 }
 
-TEST_F(Journal, BeginsAnewWithANewGeneration) {
+TEST_F(Journal, RenewalStartsNewGeneration) {
   append({changeOf(1), changeOf(2)});
   const auto renew = [&](std::int64_t floor) {
     for (const std::string& sql : ulo::renewJournalSql(floor))
@@ -148,12 +148,12 @@ TEST_F(Journal, BeginsAnewWithANewGeneration) {
   EXPECT_NE(generationOf(journal_), generation);
   EXPECT_THAT(entriesOf(journal_), IsEmpty());
   EXPECT_EQ(lastOf(journal_), 10);
-  // Every number of before is told from the new ones.
+  // Every earlier number is recognized as outdated.
   for (const std::int64_t entry : {0, 1, 2, 9})
     EXPECT_TRUE(netOf(journal_, entry).incomplete) << entry;
   file().run("INSERT INTO tasks VALUES (3, 0)");
   EXPECT_EQ(lastOf(journal_), 11);
-  // It never goes back.
+  // Numbers never decrease.
   generation = generationOf(journal_);
   renew(5);
   EXPECT_NE(generationOf(journal_), generation);
@@ -161,7 +161,7 @@ TEST_F(Journal, BeginsAnewWithANewGeneration) {
   EXPECT_TRUE(netOf(journal_, 10).incomplete);
 }
 
-TEST_F(Journal, DamagedPagesAreNotRead) {
+TEST_F(Journal, ReportsDamagedPages) {
   append(std::vector<Change>(2000, changeOf(1)));
   file_.reset();
   std::fstream(path(), std::ios::in | std::ios::out | std::ios::binary).seekp(20480)
@@ -169,14 +169,14 @@ TEST_F(Journal, DamagedPagesAreNotRead) {
   LogCapture log;
   std::vector<Change> changes{changeOf(7)};
   EXPECT_FALSE(journal_.entriesSince(0, changes));
-  EXPECT_THAT(changes, SizeIs(1));  // nothing of what was read before it failed
+  EXPECT_THAT(changes, SizeIs(1));  // nothing that was read before the failure
   EXPECT_THAT(log.text(), HasSubstr("can't be read: database disk image is malformed"));
 }
 
 TEST_F(Journal, EntriesSince) {
   append({changeOf(10), changeOf(20), changeOf(30)});
   std::vector<Change> changes{changeOf(1)};
-  EXPECT_TRUE(journal_.entriesSince(1, changes));  // behind what is there
+  EXPECT_TRUE(journal_.entriesSince(1, changes));  // appends to the list
   ASSERT_THAT(changes, SizeIs(3));
   EXPECT_EQ(changes[0].uid, 1U);
   EXPECT_EQ(changes[1].uid, 20U);
@@ -194,7 +194,7 @@ TEST_F(Journal, Prune) {
     EXPECT_FALSE(netOf(journal_, 0).incomplete);
   }
   ASSERT_TRUE(journal_.prune(2));
-  ASSERT_TRUE(journal_.prune(1));  // does not take the mark back
+  ASSERT_TRUE(journal_.prune(1));  // does not lower the mark
   EXPECT_THAT(uidsIn(directory_.path()), ElementsAre(3, 4, 5));
   ChangeJournal reopened(directory_.path());
   for (ChangeJournal* journal : {&journal_, &reopened}) {
@@ -205,7 +205,7 @@ TEST_F(Journal, Prune) {
     EXPECT_THAT(netOf(*journal, 0).added, ElementsAre(3, 4, 5));
     EXPECT_EQ(netOf(*journal, 0).lastEntry, 5);
   }
-  // Pruning ahead forgets nothing that is still to come.
+  // Pruning beyond the last entry does not affect later ones.
   ASSERT_TRUE(journal_.prune(1000));
   EXPECT_FALSE(netOf(journal_, 5).incomplete);
   EXPECT_TRUE(netOf(journal_, 4).incomplete);
@@ -214,8 +214,8 @@ TEST_F(Journal, Prune) {
   EXPECT_THAT(netOf(journal_, 5).added, ElementsAre(6));
 }
 
-// All sequences of up to four changes of one UID, against what somebody sees who looks before
-// and after.
+// Compares the net effect of all sequences of up to four changes of one UID with what an observer
+// sees before and after.
 TEST_F(Journal, NetEffect) {
   std::vector<std::vector<ChangeType>> sequences{{}};
   for (std::size_t i = 0; i < sequences.size(); ++i)
@@ -231,13 +231,13 @@ TEST_F(Journal, NetEffect) {
     const std::int64_t since = lastOf(journal_);
     ++uid;
     std::string shown;
-    std::optional<bool> before;  // nobody can tell yet
+    std::optional<bool> before;  // unknown until the first change
     std::optional<bool> now;
     for (const ChangeType type : sequence) {
       append({changeOf(uid, type)});
       shown += "?aur"[static_cast<int>(type)];
       if (!before)
-        before = type != ChangeType::added;  // only what is there can be updated or removed
+        before = type != ChangeType::added;  // only an existing task can be updated or removed
       now = type != ChangeType::removed;
     }
     std::map<std::string, std::vector<std::uint32_t>> expected;
@@ -254,7 +254,7 @@ TEST_F(Journal, NetEffect) {
   }
 }
 
-TEST_F(Journal, NetEffectInPlainWords) {
+TEST_F(Journal, NetEffectExamples) {
   constexpr auto add = ChangeType::added;
   constexpr auto update = ChangeType::updated;
   constexpr auto remove = ChangeType::removed;
@@ -278,7 +278,7 @@ TEST_F(Journal, NetEffectInPlainWords) {
   EXPECT_THAT(net.added, ElementsAre(9, 4));
   EXPECT_THAT(net.updated, ElementsAre(3, 6, 7));
   EXPECT_THAT(net.removed, ElementsAre(5, 8, 2));
-  // Who asks later sees only what came later.
+  // A later reader sees only later changes.
   const NetChanges later = netOf(journal_, 4);
   EXPECT_THAT(later.added, ElementsAre(4));
   EXPECT_THAT(later.updated, ElementsAre(9, 6, 7, 3));

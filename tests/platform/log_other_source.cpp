@@ -1,6 +1,6 @@
 #include "module_log.h"
 
-// The log function as this source has it.
+// Returns the log function of this source.
 void (*logFunctionOfOtherSource())(int, const char*, ...) {
   return moduleLog;
 }

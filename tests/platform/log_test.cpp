@@ -1,4 +1,4 @@
-// The log function, the ports and the sinks.
+// Tests for the log function, the ports and the sinks.
 
 #include "aplog.h"
 #include "log_capture.h"
@@ -41,7 +41,8 @@ bool isDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
-// "program. one" of "2006-03-05T12:00:00.123+01:00 program[17] one"; other lines as they are.
+// Returns "program. one" for "2006-03-05T12:00:00.123+01:00 program[17] one", and other lines
+// unchanged.
 std::string withoutTime(const std::string& line) {
   const std::string time = "0000-00-00T00:00:00.000+00:00 ";
   for (std::size_t i = 0; i < time.size(); ++i) {
@@ -58,8 +59,8 @@ std::string withoutTime(const std::string& line) {
   return line.substr(time.size(), bracket - time.size()) + ". " + line.substr(end + 2);
 }
 
-// Lines of a log, each without its time and with a dot for its process. A last line without an
-// end counts too, marked as such.
+// Returns the lines of a log, without times and with a dot in place of the process. A last line
+// without an end is included and marked.
 std::vector<std::string> messagesOf(const std::string& log) {
   std::vector<std::string> result;
   std::istringstream stream(log);
@@ -71,7 +72,7 @@ std::vector<std::string> messagesOf(const std::string& log) {
   return result;
 }
 
-// What `work` writes to a file descriptor, in a process of its own.
+// Runs `work` in a separate process and returns what it writes to a file descriptor.
 template <typename Work> std::string outputOf(int descriptor, Work work) {
   const TemporaryDirectory directory;
   const fs::path file = directory.path() / "output";
@@ -88,7 +89,7 @@ template <typename Work> std::string outputOf(int descriptor, Work work) {
 
 // The log function
 
-TEST(ModuleLog, AddsNothing) {
+TEST(ModuleLog, WritesMessageUnchanged) {
   LogCapture log;
   moduleLog(logError, "a %d", 1);
   moduleLog(logError, "%s\n", "b");
@@ -105,7 +106,7 @@ TEST(ModuleLog, WritesUpToLevelSeven) {
   EXPECT_EQ(logTrace, 8);
 }
 
-TEST(ModuleLog, ErrorsNameTheSourceInTheTree) {
+TEST(ModuleLog, ErrorsNameSourcePathInTree) {
   LogCapture log;
   const int line = __LINE__ + 1;
   ULO_LOG_ERROR("Open db failed! [ret=%d]", 7);
@@ -115,19 +116,19 @@ TEST(ModuleLog, ErrorsNameTheSourceInTheTree) {
                             std::to_string(line + 1) + ")plain");
 }
 
-TEST(ModuleLog, GoesToStandardOutputWithoutASinkAtOnce) {
+TEST(ModuleLog, WritesToStandardOutputImmediatelyWithoutSink) {
   EXPECT_EQ(outputOf(STDOUT_FILENO,
                      [] {
                        libaplog_to_module_ptr = nullptr;
                        moduleLog(logError, "one %d", 1);
                        moduleLog(logTrace, "never");
                        moduleLog(logDump, "two");
-                       // The process ends without flushing anything.
+                       // The process exits without flushing.
                      }),
             "one 1two");
 }
 
-TEST(ModuleLog, EachSourceHasACopyOfItsOwn) {
+TEST(ModuleLog, EachSourceHasItsOwnCopy) {
   const auto other = logFunctionOfOtherSource();
   EXPECT_NE(other, static_cast<void (*)(int, const char*, ...)>(moduleLog));
   LogCapture log;
@@ -135,7 +136,7 @@ TEST(ModuleLog, EachSourceHasACopyOfItsOwn) {
   EXPECT_EQ(log.text(), "from there");
 }
 
-TEST(ModuleLog, MessagesOfThreadsStayWhole) {
+TEST(ModuleLog, MessagesOfThreadsDoNotMix) {
   LogCapture log;
   std::vector<std::thread> threads;
   threads.reserve(4);
@@ -161,7 +162,7 @@ TEST(ModuleLog, MessagesOfThreadsStayWhole) {
 
 // Ports
 
-TEST(LogPorts, HaveHandlesOfTheirOwn) {
+TEST(LogPorts, HaveDistinctHandles) {
   EXPECT_EQ(ulo_log_open_ports(), 0);
   std::set<int> handles;
   for (int i = 0; i < 5; ++i)
@@ -174,7 +175,7 @@ TEST(LogPorts, HaveHandlesOfTheirOwn) {
   EXPECT_EQ(ulo_log_open_ports(), 0);
 }
 
-TEST(LogPorts, ClosingWhatIsNotOpenDoesNothing) {
+TEST(LogPorts, ClosingUnknownPortDoesNothing) {
   const int port = _aplog_port_open_orig(nullptr, 0);
   _aplog_port_close_orig(0);
   _aplog_port_close_orig(-1);
@@ -184,15 +185,15 @@ TEST(LogPorts, ClosingWhatIsNotOpenDoesNothing) {
   _aplog_port_close_orig(port);
   EXPECT_EQ(ulo_log_open_ports(), 0);
   const int next = _aplog_port_open_orig("task_ui_port", 0);
-  EXPECT_NE(next, port);  // closing an old handle once more can't close a new port
+  EXPECT_NE(next, port);  // closing an old handle again cannot close a new port
   _aplog_port_close_orig(next);
 }
 
-// Sinks. Each is opened in a process of its own: it lives as long as that.
+// Sinks. Each is opened in a separate process because it exists for the rest of the process.
 
 class LogSink : public testing::Test {
 protected:
-  // Exit code 0 when the sink answers as expected.
+  // Returns the exit code, 0 if opening the sink had the expected result.
   template <typename Work> static int withSink(const std::string& setting, bool opens, Work work) {
     return inOtherProcess([&] {
       setenv("ULO_LOG", setting.c_str(), 1);
@@ -243,13 +244,13 @@ TEST_F(LogSink, File) {
   EXPECT_EQ(fs::status(file()).permissions(), fs::perms(0600));
 }
 
-TEST_F(LogSink, NamesTheProcess) {
+TEST_F(LogSink, NamesProcess) {
   pid_t process = 0;
   process = startProcess([&] {
     setenv("ULO_LOG", file().c_str(), 1);
     ulo::openLogSink("program");
     moduleLog(logError, "one");
-    // A child writes to the same sink under its own number.
+    // A child writes to the same sink with its own process id.
     return inOtherProcess([] {
       moduleLog(logError, "two");
       return 0;
@@ -263,13 +264,13 @@ TEST_F(LogSink, NamesTheProcess) {
   EXPECT_THAT(messagesOf(log), ElementsAre("program. one", "program. two"));
 }
 
-TEST_F(LogSink, TheTimeIsLocalWithItsOffset) {
+TEST_F(LogSink, TimeIsLocalWithOffset) {
   EXPECT_EQ(inOtherProcess([&] {
               setenv("TZ", "TST-5:30", 1);
               tzset();
               setenv("ULO_LOG", file().c_str(), 1);
               ulo::openLogSink("program");
-              // Not std::time: its clock is behind the one that the sink asks.
+              // Not std::time: its clock lags behind the one that the sink uses.
               using Clock = std::chrono::system_clock;
               const std::time_t before = Clock::to_time_t(Clock::now());
               moduleLog(logError, "one");
@@ -288,7 +289,7 @@ TEST_F(LogSink, TheTimeIsLocalWithItsOffset) {
             0);
 }
 
-TEST_F(LogSink, DefaultFileUnderTheStateDirectory) {
+TEST_F(LogSink, DefaultFileIsInStateDirectory) {
   for (const char* setting : {"", static_cast<const char*>(nullptr)}) {
     const fs::path state = directory_.path() / (setting == nullptr ? "unset" : "empty") / "state";
     EXPECT_EQ(inOtherProcess([&] {
@@ -307,7 +308,7 @@ TEST_F(LogSink, DefaultFileUnderTheStateDirectory) {
   }
 }
 
-TEST_F(LogSink, DefaultFileUnderHome) {
+TEST_F(LogSink, DefaultFileIsInHome) {
   for (const char* state : {"", static_cast<const char*>(nullptr)}) {
     const fs::path home = directory_.path() / (state == nullptr ? "unset" : "empty");
     EXPECT_EQ(inOtherProcess([&] {
@@ -346,7 +347,7 @@ TEST_F(LogSink, ShowsControlCharacters) {
               ElementsAre(expected + "|\\x7F|\xC3\xA9", "program. \\x00|", "program. \\x0A"));
 }
 
-// U+0085 is a line end to some, U+009B begins a terminal's command.
+// Some programs treat U+0085 as a line end, and U+009B starts a terminal command.
 TEST_F(LogSink, ShowsControlCharactersBeyondAscii) {
   EXPECT_EQ(withSink(file(), true,
                      [] {
@@ -357,7 +358,7 @@ TEST_F(LogSink, ShowsControlCharactersBeyondAscii) {
               ElementsAre("program. \xC2\\x80\xC2\\x85\xC2\\x9F|\xC2\xA0\xC3\x9B\xE4\xBB\x80"));
 }
 
-TEST_F(LogSink, TextCannotForgeALine) {
+TEST_F(LogSink, TextCannotForgeLine) {
   const std::string forged = "x\n2006-03-05T12:00:00.123+01:00 program[1] forged\r\nmore\n";
   EXPECT_EQ(withSink(file(), true, [&] { moduleLog(logError, "%s", forged.c_str()); }), 0);
   EXPECT_THAT(messagesOf(contentOf(file())),
@@ -365,7 +366,7 @@ TEST_F(LogSink, TextCannotForgeALine) {
                           "forged\\x0D\\x0Amore"));
 }
 
-TEST_F(LogSink, LongMessagesComeInOnePiece) {
+TEST_F(LogSink, WritesLongMessagesInOneLine) {
   for (const std::size_t size : {1000UL, 5000UL, 60000UL}) {
     const fs::path log = file(std::to_string(size).c_str());
     const std::string message(size, 'x');
@@ -375,7 +376,7 @@ TEST_F(LogSink, LongMessagesComeInOnePiece) {
   }
 }
 
-TEST_F(LogSink, LongerOnesGoOnInLinesThatSaySo) {
+TEST_F(LogSink, ContinuesLongerMessagesInMarkedLines) {
   const std::string message(200000, 'x');
   EXPECT_EQ(withSink(file(), true,
                      [&] {
@@ -396,7 +397,7 @@ TEST_F(LogSink, LongerOnesGoOnInLinesThatSaySo) {
   EXPECT_TRUE(joined == message);
 }
 
-TEST_F(LogSink, AFullFileIsSetAside) {
+TEST_F(LogSink, RotatesFullFile) {
   for (const int excess : {-1, 0, 1}) {
     SCOPED_TRACE(excess);
     const fs::path log = file(std::to_string(excess).c_str());
@@ -423,7 +424,7 @@ TEST_F(LogSink, AFullFileIsSetAside) {
   }
 }
 
-TEST_F(LogSink, AFullFileIsSetAsideFromAnyDirectory) {
+TEST_F(LogSink, RotatesFullFileFromAnyDirectory) {
   EXPECT_EQ(inOtherProcess([&] {
               fs::current_path(directory_.path());
               setenv("ULO_LOG", "the.log", 1);
@@ -439,13 +440,13 @@ TEST_F(LogSink, AFullFileIsSetAsideFromAnyDirectory) {
   EXPECT_EQ(static_cast<long>(fs::file_size(file("the.log.1"))), ulo::logFileLimit);
 }
 
-TEST_F(LogSink, GoesOnWhenTheFileWasSetAsideOrRemovedByAnother) {
+TEST_F(LogSink, ContinuesAfterFileWasRotatedOrRemovedByAnother) {
   EXPECT_EQ(withSink(file(), true,
                      [&] {
                        moduleLog(logError, "one");
                        fs::remove(file());
                        moduleLog(logError, "two");
-                       // Full, and no longer the one of that name.
+                       // The file is full and was renamed.
                        fs::rename(file(), file("moved"));
                        fs::resize_file(file("moved"), ulo::logFileLimit);
                        std::ofstream(file()) << "";
@@ -457,7 +458,7 @@ TEST_F(LogSink, GoesOnWhenTheFileWasSetAsideOrRemovedByAnother) {
   EXPECT_EQ(messagesOf(contentOf(file("moved"))).front(), "program. two");
 }
 
-TEST_F(LogSink, KeepsAFullFileWhileNoNewOneCanBeOpened) {
+TEST_F(LogSink, KeepsFullFileIfNoNewOneCanBeOpened) {
   EXPECT_EQ(withSink(file(), true,
                      [&] {
                        fs::resize_file(file(), ulo::logFileLimit);
@@ -473,8 +474,8 @@ TEST_F(LogSink, KeepsAFullFileWhileNoNewOneCanBeOpened) {
   EXPECT_THAT(messagesOf(contentOf(file())), ElementsAre("program. two"));
 }
 
-// A child that was forked shares the file, and the lock on it.
-TEST_F(LogSink, SettingAsideLeavesNoLockBehind) {
+// A forked child shares the file and the lock on it.
+TEST_F(LogSink, RotationLeavesNoLock) {
   EXPECT_EQ(withSink(file(), true,
                      [&] {
                        int ends[2];
@@ -496,7 +497,7 @@ TEST_F(LogSink, SettingAsideLeavesNoLockBehind) {
             0);
 }
 
-TEST_F(LogSink, LinesOfProcessesDontMix) {
+TEST_F(LogSink, LinesOfProcessesDoNotMix) {
   constexpr int processes = 4;
   constexpr int lines = 1500;  // together more than one file holds, and less than two
   const std::string filling(200, '.');
@@ -525,10 +526,10 @@ TEST_F(LogSink, LinesOfProcessesDontMix) {
   EXPECT_TRUE(std::set<std::string>(found.begin(), found.end()) == expected);
   for (const char* name : {"the.log", "the.log.1"})
     EXPECT_LT(static_cast<long>(fs::file_size(file(name))),
-              ulo::logFileLimit + processes * 300L);  // each may have measured before the others
+              ulo::logFileLimit + processes * 300L);  // each may measure before the others write
 }
 
-TEST_F(LogSink, AFileThatCannotBeOpened) {
+TEST_F(LogSink, FailsIfFileCannotBeOpened) {
   const std::string path = directory_.path() / "missing" / "the.log";
   for (const int stream : {STDOUT_FILENO, STDERR_FILENO})
     EXPECT_EQ(outputOf(stream,
@@ -543,7 +544,7 @@ TEST_F(LogSink, AFileThatCannotBeOpened) {
   EXPECT_EQ(withSink(directory_.path(), false, [] { moduleLog(logError, "one"); }), 0);
 }
 
-TEST_F(LogSink, ADirectoryThatCannotBeMade) {
+TEST_F(LogSink, FailsIfDirectoryCannotBeCreated) {
   std::ofstream(file("way")) << "";
   EXPECT_EQ(inOtherProcess([&] {
               unsetenv("ULO_LOG");
@@ -555,7 +556,7 @@ TEST_F(LogSink, ADirectoryThatCannotBeMade) {
             0);
 }
 
-TEST_F(LogSink, AFullDiskIsHarmless) {
+TEST_F(LogSink, ToleratesFullDisk) {
   EXPECT_EQ(withSink("/dev/full", true,
                      [] {
                        for (int i = 0; i < 3; ++i)

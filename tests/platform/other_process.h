@@ -6,8 +6,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-// Runs `work` in a child process; its result becomes the exit code. Throws if the process cannot
-// be created, so that the returned id always names one process: kill(-1) would end all of them.
+// Runs `work` in a child process, with its result as the exit code. Throws if the process cannot be
+// created, so that the returned id is always that of one process: kill(-1) would kill all
+// processes.
 template <typename Work> pid_t startProcess(Work work) {
   const pid_t child = fork();
   if (child < 0)
@@ -17,7 +18,7 @@ template <typename Work> pid_t startProcess(Work work) {
   return child;
 }
 
-// The exit code, or 128 and the signal that ended the process.
+// Returns the exit code, or 128 plus the signal that ended the process.
 inline int waitFor(pid_t child) {
   int status = 0;
   waitpid(child, &status, 0);

@@ -1,4 +1,4 @@
-// The reporter of changes.
+// Tests for the change reporter.
 
 #include "changes_test.h"
 #include "directory_watch.h"
@@ -9,7 +9,7 @@
 
 namespace {
 
-// A store's file, and a program that watches it.
+// The file of a store, and a program that watches it.
 class Reporter : public Journal {
 protected:
   Reporter() {
@@ -35,7 +35,7 @@ TEST_F(Reporter, AnnouncesEachReport) {
   EXPECT_FALSE(watch_.sawChange());
 }
 
-TEST_F(Reporter, AnnouncesABatchWhenItEnds) {
+TEST_F(Reporter, AnnouncesBatchAtItsEnd) {
   EXPECT_EQ(reporter_.beginBatch("engine"), 0);
   EXPECT_EQ(reporter_.report(recordOf(2), -1), 0);
   const SVC_CT_ChangeRecord records[] = {recordOf(3), recordOf(4)};
@@ -43,7 +43,7 @@ TEST_F(Reporter, AnnouncesABatchWhenItEnds) {
   EXPECT_FALSE(watch_.sawChange());
   EXPECT_EQ(reporter_.endBatch("engine"), 0);
   EXPECT_TRUE(watch_.sawChange());
-  // One without a change announces nothing.
+  // A batch without a change announces nothing.
   EXPECT_EQ(reporter_.beginBatch("engine"), 0);
   EXPECT_EQ(reporter_.endBatch("engine"), 0);
   EXPECT_FALSE(watch_.sawChange());
@@ -51,7 +51,7 @@ TEST_F(Reporter, AnnouncesABatchWhenItEnds) {
   EXPECT_TRUE(watch_.sawChange());
 }
 
-TEST_F(Reporter, RefusesABatchWithinABatch) {
+TEST_F(Reporter, RefusesNestedBatch) {
   EXPECT_EQ(reporter_.beginBatch("engine"), 0);
   EXPECT_EQ(reporter_.report(recordOf(1), -1), 0);
   EXPECT_EQ(reporter_.beginBatch("engine"), 1);
@@ -63,7 +63,7 @@ TEST_F(Reporter, RefusesABatchWithinABatch) {
   EXPECT_FALSE(watch_.sawChange());
 }
 
-TEST_F(Reporter, AnnouncesABatchThatWasNotEnded) {
+TEST_F(Reporter, AnnouncesBatchThatWasNotEnded) {
   {
     SVC_CT_ChangeReporter reporter;
     EXPECT_EQ(reporter.beginBatch(nullptr), 0);
@@ -131,8 +131,8 @@ TEST_F(Reporter, CanBeReplaced) {
   EXPECT_FALSE(watch_.sawChange());
 }
 
-// The place of a virtual operation in the table, as the C++ ABI keeps it in a pointer to it: 1 more
-// than its offset, or, on ARM, the offset itself.
+// Returns the position of a virtual function in the table. The C++ ABI stores it in the pointer to
+// the function as its offset plus 1, or on ARM as the offset itself.
 template <typename Member> std::size_t placeOf(Member member) {
   std::size_t offset = 0;
   static_assert(sizeof member >= sizeof offset);
@@ -140,12 +140,12 @@ template <typename Member> std::size_t placeOf(Member member) {
   return offset / sizeof(void*);
 }
 
-TEST(ReporterTable, OperationsComeFirstInTheirOrder) {
+TEST(ReporterTable, BeginsWithOperationsInOrder) {
   EXPECT_EQ(placeOf(&SVC_CT_ChangeReporter::report), 0U);
   EXPECT_EQ(placeOf(&SVC_CT_ChangeReporter::reportMany), 1U);
   EXPECT_EQ(placeOf(&SVC_CT_ChangeReporter::beginBatch), 2U);
   EXPECT_EQ(placeOf(&SVC_CT_ChangeReporter::endBatch), 3U);
-  // The object begins with the table.
+  // The object begins with the pointer to the table.
   RecordingReporter recorder;
   void* table = nullptr;
   std::memcpy(&table, static_cast<void*>(&recorder), sizeof table);

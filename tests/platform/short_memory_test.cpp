@@ -1,4 +1,4 @@
-// The reporter while allocations fail.
+// Tests for the reporter when allocations fail.
 
 #include "SVC_CT_ChangeReporter.h"
 #include "log_capture.h"
@@ -12,7 +12,7 @@
 
 namespace {
 
-// How many allocations of this thread succeed before one fails; none fails while negative.
+// The number of allocations of this thread that succeed before one fails. If negative, none fails.
 thread_local int allocationsLeft = -1;
 
 }  // namespace
@@ -34,7 +34,7 @@ void operator delete(void* memory, std::size_t) noexcept {
 
 namespace {
 
-TEST(ShortMemory, DoesNotMakeAReportFail) {
+TEST(ShortMemory, DoesNotFailReport) {
   const DataDirectory directory;
   SVC_CT_ChangeRecord record;
   record.changeType = SVC_CT_ADDED;
@@ -46,7 +46,7 @@ TEST(ShortMemory, DoesNotMakeAReportFail) {
     {
       const std::unique_ptr<SVC_CT_ChangeReporter> reporter(new (std::nothrow)
                                                                 SVC_CT_ChangeReporter);
-      // The database has written the entry: there is nothing left to fail.
+      // The database has already written the entry.
       result = reporter ? reporter->report(record, -1) : 0;
       failed = allocationsLeft < 0;
       allocationsLeft = -1;

@@ -1,4 +1,4 @@
-// Times and dates.
+// Tests for times and dates.
 
 #include "UTIL_DateTime.h"
 #include "UTIL_TimeConversion.h"
@@ -33,7 +33,7 @@ constexpr long noDate = 0x7FFFFFFF;
 QDateTime utc(int year, int month, int day, int hour = 0, int minute = 0, int second = 0) {
   return QDateTime(QDate(year, month, day), QTime(hour, minute, second), Qt::UTC);
 }
-// Seconds of the date-time that the text is read as; nothing for an invalid one.
+// Returns the seconds of the date-time that the text is read as, or nothing if it is invalid.
 std::optional<long> readSeconds(const char* text) {
   const QDateTime read = UTIL_TimeConversion::fromISO8601(text);
   if (!read.isValid())
@@ -63,7 +63,7 @@ TEST(ToUtc, DropsMilliseconds) {
   }
 }
 
-TEST(ToUtc, InvalidIsNoDate) {
+TEST(ToUtc, InvalidDateIsNoDate) {
   LogCapture log;
   EXPECT_EQ(UTIL_TimeConversion::toUTC(QDateTime()), noDate);
   EXPECT_EQ(UTIL_TimeConversion::toUTC(QDateTime(QDate(2006, 2, 30), QTime(0, 0), Qt::UTC)),
@@ -93,8 +93,8 @@ TEST(ToUtc, Saturates) {
   logged(-62135596800L, INT32_MIN);   // the start of the year 1
 }
 
-// A real date is never the no-date value, not even in its second.
-TEST(ToUtc, MillisecondsBehindNoDateSaturateToo) {
+// A real date never becomes the no-date value, not even in the same second.
+TEST(ToUtc, MillisecondsAfterNoDateSaturate) {
   LogCapture log;
   EXPECT_EQ(UTIL_TimeConversion::toUTC(QDateTime::fromMSecsSinceEpoch(noDate * 1000)), noDate);
   EXPECT_EQ(log.text(), "");
@@ -105,28 +105,28 @@ TEST(ToUtc, MillisecondsBehindNoDateSaturateToo) {
   EXPECT_NE(log.text(), "");
 }
 
-// Qt calls them invalid, but they are somebody's dates.
-TEST(ToUtc, TimesThatAreLeftOutAreDates) {
+// Qt treats skipped local times as invalid, but they are dates that users have entered.
+TEST(ToUtc, SkippedLocalTimesConvert) {
   const TimeZone zone("Europe/Berlin");
   const QDateTime skipped(QDate(2006, 3, 26), QTime(2, 30, 0, 999));
   EXPECT_EQ(UTIL_TimeConversion::toUTC(skipped), 1143336600);
   EXPECT_EQ(UTIL_TimeConversion::toISO8601(skipped), "20060326T013000Z");
 }
 
-TEST(ToUtc, ReadsBackWhatFromUtcGave) {
+TEST(ToUtc, InvertsFromUtc) {
   for (const char* name : zones) {
     const TimeZone zone(name);
     int wrong = 0;
     for (long seconds = INT32_MIN; seconds <= INT32_MAX; seconds += 199999)
       wrong += UTIL_TimeConversion::toUTC(UTIL_TimeConversion::fromUTC(seconds)) != seconds;
-    // All the changes of the clock in a year, each second time closely.
+    // A year with all its clock changes.
     for (long seconds = 1136073600; seconds < 1136073600 + 366 * 86400; seconds += 599)
       wrong += UTIL_TimeConversion::toUTC(UTIL_TimeConversion::fromUTC(seconds)) != seconds;
     EXPECT_EQ(wrong, 0) << name;
   }
 }
 
-TEST(FromUtc, GivesLocalTime) {
+TEST(FromUtc, ReturnsLocalTime) {
   const TimeZone zone("Asia/Shanghai");
   const QDateTime local = UTIL_TimeConversion::fromUTC(1141560000);
   EXPECT_EQ(local.timeSpec(), Qt::LocalTime);
@@ -149,9 +149,9 @@ TEST(FromUtc, FollowsDaylightSaving) {
   EXPECT_EQ(shown(UTIL_TimeConversion::fromUTC(1793512800)), "2026-11-01 01:00:00");
 }
 
-// Almaty put its standard time back by an hour on 2024-03-01, with no daylight saving on either
-// side, so that the clock showed the last hour of February twice.
-TEST(FromUtc, KeepsInstantWhereStandardTimeIsPutBack) {
+// Almaty put its standard time back by an hour on 2024-03-01, without daylight saving before or
+// after, so that the last hour of February occurred twice.
+TEST(FromUtc, KeepsInstantWhenStandardTimeIsPutBack) {
   const TimeZone zone("Asia/Almaty");
   const QDateTime first = UTIL_TimeConversion::fromUTC(1709227800);
   const QDateTime second = UTIL_TimeConversion::fromUTC(1709231400);
@@ -164,12 +164,12 @@ TEST(FromUtc, KeepsInstantWhereStandardTimeIsPutBack) {
   EXPECT_NE(second, UTIL_TimeConversion::fromUTC(noDate));
   EXPECT_EQ(UTIL_TimeConversion::toISO8601(second), "20240229T183000Z");
   EXPECT_EQ(UTIL_TimeConversion::fromISO8601("20240229T183000Z"), second);
-  // Outside of those hours all dates are in local time.
+  // Outside these hours all dates are in local time.
   EXPECT_EQ(UTIL_TimeConversion::fromUTC(1709233200).timeSpec(), Qt::LocalTime);
   EXPECT_EQ(shown(UTIL_TimeConversion::fromUTC(1709233200)), "2024-03-01 00:00:00");
 }
 
-TEST(FromUtc, TakesAnyNumber) {
+TEST(FromUtc, AcceptsAnyNumber) {
   for (const long seconds : {LONG_MAX, LONG_MIN, LONG_MAX / 1000, LONG_MIN / 1000}) {
     const QDateTime date = UTIL_TimeConversion::fromUTC(seconds);
     LogCapture log;
@@ -180,7 +180,7 @@ TEST(FromUtc, TakesAnyNumber) {
   }
 }
 
-TEST(ToLocalTime, ShowsTheLocalCalendarAndClock) {
+TEST(ToLocalTime, ShowsLocalDateAndTime) {
   const TimeZone zone("Europe/Berlin");
   const QDateTime local = UTIL_TimeConversion::toLocalTime(utc(2006, 3, 5, 23, 30).addMSecs(5));
   EXPECT_EQ(local.timeSpec(), Qt::LocalTime);
@@ -190,14 +190,14 @@ TEST(ToLocalTime, ShowsTheLocalCalendarAndClock) {
   EXPECT_EQ(shown(UTIL_TimeConversion::toLocalTime(east)), "2006-03-05 00:00:00");
   const QDateTime already(QDate(2006, 3, 5), QTime(1, 0));
   EXPECT_EQ(UTIL_TimeConversion::toLocalTime(already), already);
-  // A time that is left out becomes the one that is stored.
+  // A skipped time is shown as the time that is stored.
   const QDateTime skipped(QDate(2006, 3, 26), QTime(2, 30));
   EXPECT_EQ(shown(UTIL_TimeConversion::toLocalTime(skipped)), "2006-03-26 03:30:00");
   EXPECT_FALSE(UTIL_TimeConversion::toLocalTime(QDateTime()).isValid());
   EXPECT_FALSE(UTIL_TimeConversion::toLocalTime(utc(2006, 2, 30)).isValid());
 }
 
-TEST(LastSecondOf, IsTheLastThatTheClockShows) {
+TEST(LastSecondOf, IsLastSecondOfLocalDay) {
   const auto last = [](const char* name, QDate day) {
     const TimeZone zone(name);
     return UTIL_TimeConversion::toUTC(UTIL_TimeConversion::lastSecondOf(day));
@@ -205,10 +205,10 @@ TEST(LastSecondOf, IsTheLastThatTheClockShows) {
   EXPECT_EQ(last("Europe/Berlin", QDate(2006, 3, 5)), 1141599599);
   EXPECT_EQ(last("Europe/Berlin", QDate(2006, 3, 26)), 1143410399);
   EXPECT_EQ(last("Europe/Berlin", QDate(2006, 10, 29)), 1162162799);
-  // The hour before midnight comes twice: put back from 24:00 to 23:00.
+  // The hour before midnight occurs twice: put back from 24:00 to 23:00.
   EXPECT_EQ(last("America/Santiago", QDate(2024, 4, 6)), 1712462399);
   EXPECT_EQ(last("Asia/Almaty", QDate(2024, 2, 29)), 1709233199);
-  // The hour after midnight comes twice.
+  // The hour after midnight occurs twice.
   EXPECT_EQ(last("America/Havana", QDate(2023, 11, 4)), 1699156799);
   // Put forward from 23:00 to 24:00: the day ends at 22:59:59.
   EXPECT_EQ(last("America/Nuuk", QDate(2024, 3, 30)), 1711846799);
@@ -226,7 +226,7 @@ TEST(ToIso8601, IsBasicAndInUtc) {
   EXPECT_EQ(UTIL_TimeConversion::toISO8601(UTIL_TimeConversion::fromUTC(0)), "19700101T000000Z");
 }
 
-TEST(ToIso8601, DoesNotDependOnTheLanguage) {
+TEST(ToIso8601, DoesNotDependOnLanguage) {
   const QLocale previous;
   QLocale::setDefault(QLocale(QLocale::Arabic, QLocale::Egypt));
   EXPECT_EQ(UTIL_TimeConversion::toISO8601(utc(2006, 3, 5, 12)), "20060305T120000Z");
@@ -244,12 +244,12 @@ TEST(ToIso8601, YearsHaveFourDigits) {
   const std::string line = "(platform/util/UTIL_TimeConversion.cpp)The year ";
   EXPECT_EQ(log.withoutLines(), line + "10000 can't be written with four digits" + line +
                                     "-1 can't be written with four digits");
-  const TimeZone zone("America/New_York");  // the year that counts is the one in UTC
+  const TimeZone zone("America/New_York");  // the year in UTC counts
   EXPECT_TRUE(
       UTIL_TimeConversion::toISO8601(QDateTime(QDate(9999, 12, 31), QTime(20, 0))).isEmpty());
 }
 
-TEST(FromIso8601, ReadsAllForms) {
+TEST(FromIso8601, ReadsAllFormats) {
   const TimeZone zone("Europe/Berlin");
   const long noon = 1141560000;  // 12:00 in UTC, 13:00 in Berlin
   for (const char* text : {"20060305T120000Z",
@@ -289,7 +289,7 @@ TEST(FromIso8601, ReadsAllForms) {
   EXPECT_EQ(readSeconds("20040229T000000Z"), 1078012800);
 }
 
-TEST(FromIso8601, RefusesAnythingElse) {
+TEST(FromIso8601, RejectsAnythingElse) {
   for (const char* text : {"",
                            " ",
                            "x",
@@ -357,10 +357,10 @@ TEST(FromIso8601, RefusesAnythingElse) {
   EXPECT_FALSE(UTIL_TimeConversion::fromISO8601(QByteArray("20060305\0", 9)).isValid());
 }
 
-TEST(FromIso8601, ReadsEachPrefixOrRefusesIt) {
+TEST(FromIso8601, ReadsOrRejectsEachPrefix) {
   const std::string good = " 2006-03-05T12:00:00.5+01:00 ";
   for (std::size_t size = 0; size <= good.size(); ++size) {
-    // In memory of its own, so that reading beyond the end shows.
+    // In a separate allocation, so that reading beyond the end is detected.
     const std::string prefix = good.substr(0, size);
     const bool valid = UTIL_TimeConversion::fromISO8601(prefix.c_str()).isValid();
     const bool expected =
@@ -369,7 +369,7 @@ TEST(FromIso8601, ReadsEachPrefixOrRefusesIt) {
   }
 }
 
-TEST(FromIso8601, ReadsTheFirstAndLastYears) {
+TEST(FromIso8601, ReadsFirstAndLastYears) {
   const TimeZone zone("UTC");
   EXPECT_EQ(readSeconds("00010101T000000Z"), -62135596800);
   EXPECT_EQ(readSeconds("0001-01-01"), -62135596800);
@@ -377,7 +377,7 @@ TEST(FromIso8601, ReadsTheFirstAndLastYears) {
   EXPECT_EQ(readSeconds("99991231T235959-2359"), 253402300799 + 23L * 3600 + 59L * 60);
 }
 
-TEST(FromIso8601, LocalTimeIsWhatTheTextSays) {
+TEST(FromIso8601, ReadsLocalTime) {
   for (const char* name : zones) {
     const TimeZone zone(name);
     for (int year = 1; year <= 9999; year += year < 1850 || year > 2100 ? 97 : 1)
@@ -391,7 +391,7 @@ TEST(FromIso8601, LocalTimeIsWhatTheTextSays) {
   }
 }
 
-TEST(FromIso8601, ReadsBackWhatToIso8601Gave) {
+TEST(FromIso8601, InvertsToIso8601) {
   for (const char* name : zones) {
     const TimeZone zone(name);
     int wrong = 0;
@@ -402,7 +402,7 @@ TEST(FromIso8601, ReadsBackWhatToIso8601Gave) {
     for (long seconds = 1136073600; seconds < 1136073600 + 366 * 86400; seconds += 1201) {
       const QDateTime date = UTIL_TimeConversion::fromUTC(seconds);
       wrong += readSeconds(UTIL_TimeConversion::toISO8601(date).constData()) != seconds;
-      // In local time at least the clock shows the same.
+      // In local time, at least the date and time of day are the same.
       const QString local = date.toString("yyyyMMdd'T'HHmmss");
       wrong +=
           UTIL_TimeConversion::fromISO8601(local.toLatin1()).toString("yyyyMMdd'T'HHmmss") != local;
@@ -411,7 +411,7 @@ TEST(FromIso8601, ReadsBackWhatToIso8601Gave) {
   }
 }
 
-// The C library remembers the last offset it saw: what was read before must not matter.
+// The C library remembers the last offset it used. Earlier conversions must not matter.
 void expectWhateverWasReadBefore(const char* text, long expected) {
   for (const char* before :
        {"20060101T120000", "20060701T120000", "20260101T120000", "20260701T120000"}) {
@@ -426,7 +426,7 @@ void expectWhateverWasReadBefore(const char* text, long expected) {
   }
 }
 
-TEST(FromIso8601, TimesThatAreLeftOut) {
+TEST(FromIso8601, SkippedLocalTimes) {
   {
     const TimeZone zone("Europe/Berlin");
     expectWhateverWasReadBefore("20060326T015959", 1143334799);
@@ -442,7 +442,7 @@ TEST(FromIso8601, TimesThatAreLeftOut) {
   expectWhateverWasReadBefore("20260308T030000", 1772953200);
 }
 
-TEST(FromIso8601, TimesThatComeTwice) {
+TEST(FromIso8601, AmbiguousLocalTimes) {
   {
     const TimeZone zone("Europe/Berlin");
     expectWhateverWasReadBefore("20061029T015959", 1162079999);
@@ -457,7 +457,7 @@ TEST(FromIso8601, TimesThatComeTwice) {
   expectWhateverWasReadBefore("20261101T020000", 1793516400);
 }
 
-// Dates for people
+// Dates for users
 
 class DateText : public testing::Test {
 protected:
@@ -481,7 +481,7 @@ TEST_F(DateText, C) {
   EXPECT_EQ(UTIL_DateTime::dateToString(date_, 1), "5 Mar 2006 17:04:59");
 }
 
-TEST_F(DateText, ShowsSkippedTimesAsTheyAreStored) {
+TEST_F(DateText, ShowsSkippedTimesAsStored) {
   const TimeZone zone("Europe/Berlin");
   QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
   const QDateTime skipped(QDate(2006, 3, 26), QTime(2, 30));

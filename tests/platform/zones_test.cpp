@@ -1,4 +1,4 @@
-// Every time zone of the system, around each change of its clock.
+// Tests with every time zone of the system, around each of its clock changes.
 
 #include "UTIL_TimeConversion.h"
 #include "environment_variable.h"
@@ -15,12 +15,12 @@
 
 namespace {
 
-// From 1970 until the year in which 32 bits end.
+// From 1970 until the year in which 32-bit times end.
 constexpr long firstSecond = 0;
 constexpr long endSecond = 2145916800;  // 2038-01-01 in UTC
 constexpr long day = 86400;
 
-// The C library's view, which none of the conversions depends on.
+// The C library's local time, which none of the conversions uses.
 tm clockAt(long seconds) {
   const std::time_t time = seconds;
   tm parts{};
@@ -40,10 +40,10 @@ std::pair<long, int> stateAt(long seconds) {
   return {parts.tm_gmtoff, parts.tm_isdst};
 }
 
-// A change of the clock: its first second, and the offset from UTC after it.
+// Clock changes: the first second, and the offset from UTC after it.
 using Changes = std::vector<std::pair<long, long>>;
 
-// Those of the current zone. No two are within two days of each other in any zone.
+// Returns the clock changes of the current zone. In any zone they are more than two days apart.
 Changes changes() {
   Changes found;
   constexpr long step = 2 * day;
@@ -64,8 +64,8 @@ Changes changes() {
   return found;
 }
 
-// Runs `check` at the changes of each zone; it returns a failure's text, empty for none. Zones
-// with the same changes are checked once.
+// Runs `check` with the changes of each zone. `check` returns the description of a failure, or an
+// empty text. Zones with the same changes are checked once.
 template <typename Check> void inEachZone(Check check) {
   const QList<QByteArray> names = QTimeZone::availableTimeZoneIds();
   ASSERT_GT(names.size(), 300);
@@ -99,7 +99,7 @@ TEST(Zones, EverySecondReadsBack) {
          {-25200L, -3601L, -3600L, -1L, 0L, 1799L, 3599L, 3600L, 10799L, 25199L}) {
       const long seconds = change + distance;
       const QDateTime local = UTIL_TimeConversion::fromUTC(seconds);
-      // The C library takes one of two times that look alike by what it converted before.
+      // For an ambiguous time, the C library's choice depends on earlier conversions.
       for (const long before : {change - 20 * day, change + 20 * day}) {
         tm parts = clockAt(before);
         mktime(&parts);
@@ -120,7 +120,7 @@ TEST(Zones, EverySecondReadsBack) {
   });
 }
 
-TEST(Zones, EveryDayEndsWithItsLastSecond) {
+TEST(Zones, LastSecondOfEveryDay) {
   inEachZone([](long change) -> std::string {
     for (const long within : {change - day, change - 1, change, change + day}) {
       const QDate today = dateAt(within);

@@ -1,4 +1,4 @@
-// Requests to applications: scripts stand in for these.
+// Requests to applications, which are replaced with scripts.
 
 #include "AM_ActionData.h"
 
@@ -33,7 +33,7 @@ using ulo::TemporaryFiles;
 constexpr char editor[] = "{11111111-2222-3333-4444-555555555555}";
 constexpr std::int64_t day = 24L * 60 * 60;
 
-// A named pipe over which a script and the test tell each other how far they are.
+// A named pipe that synchronizes a script with the test.
 class Signal {
 public:
   explicit Signal(std::string path) : path_(std::move(path)) {
@@ -44,7 +44,7 @@ public:
   Signal& operator=(const Signal&) = delete;
   ~Signal() { close(descriptor_); }
 
-  // A line that a script wrote; "" when none comes.
+  // Returns a line written by a script, or "" on timeout.
   std::string wait() {
     constexpr int longest = 60'000;
     pollfd state{descriptor_, POLLIN, 0};
@@ -62,7 +62,7 @@ private:
   int descriptor_ = -1;
 };
 
-// Whether this process has no child left, running or ended.
+// Returns whether this process has no child, neither running nor terminated.
 bool hasNoChild() {
   siginfo_t child{};
   return waitid(P_ALL, 0, &child, WEXITED | WNOHANG | WNOWAIT) == -1 && errno == ECHILD;
@@ -98,13 +98,13 @@ protected:
   [[nodiscard]] bool isThere(const std::string& name) const {
     return std::filesystem::exists(path(name));
   }
-  // A program of these shell lines.
+  // Creates a program from shell lines.
   std::string script(const std::string& name, const std::string& lines) {
     file(name, "#!/bin/sh\n" + lines + "\n");
     chmod(path(name).c_str(), 0700);
     return path(name);
   }
-  // One that writes what it is given, a word to a line.
+  // Creates a program that writes its arguments, one per line.
   std::string recorder() {
     return script("recorder", "printf '%s\\n' \"$@\" > \"$OUT\"; echo done > \"$DONE\"");
   }
@@ -124,7 +124,7 @@ protected:
     result.setValue("AutoDelete", "Yes");
     return result;
   }
-  // Lets noted files get a day older.
+  // Makes noted files a day older.
   void age() {
     std::ifstream notes(path("state/ulo/temporary-files"));
     std::string all;
@@ -132,7 +132,7 @@ protected:
       all += std::to_string(std::stoll(time) - day) + rest + "\n";
     std::ofstream(path("state/ulo/temporary-files")) << all;
   }
-  // The next request of any program, of which nothing comes.
+  // Makes another request, which has no effect of its own.
   void anotherRequest() {
     LogCapture log;
     EXPECT_FALSE(AM_ActionData().invoke(false));
@@ -143,7 +143,7 @@ protected:
   Signal go_{directory_.path() / "go"};
 };
 
-TEST_F(ActionTest, CommandsGetTheValues) {
+TEST_F(ActionTest, PassesValuesToCommand) {
   entry("Exec=" + recorder() + " -a file=%f %s 100%%");
   AM_ActionData request = ActionTest::request(path("Buy $(milk) %f.vcs"));
   request.setValue("Subject", QString::fromUtf8("\"给 妈妈\"\n"));
@@ -152,7 +152,7 @@ TEST_F(ActionTest, CommandsGetTheValues) {
   EXPECT_EQ(read("out"), "-a\nfile=" + path("Buy $(milk) %f.vcs") + "\n\"给 妈妈\"\n\n100%\n");
 }
 
-TEST_F(ActionTest, TheComposerIsTheDesktops) {
+TEST_F(ActionTest, UsesDesktopComposerByDefault) {
   setenv("MAILER", recorder().c_str(), 1);
   EXPECT_TRUE(request(file("Käse.vcs"), AM_ActionData::composer).invoke(false));
   EXPECT_EQ(done_.wait(), "done\n");
@@ -160,14 +160,14 @@ TEST_F(ActionTest, TheComposerIsTheDesktops) {
   EXPECT_THAT(read("out"), HasSubstr("attach=" + path("K%C3%A4se.vcs")));
 }
 
-TEST_F(ActionTest, AnEntryReplacesTheComposer) {
+TEST_F(ActionTest, EntryReplacesComposer) {
   entry("Exec=" + recorder() + " mine %f", AM_ActionData::composer);
   EXPECT_TRUE(request("/a.vcs", AM_ActionData::composer).invoke(false));
   EXPECT_EQ(done_.wait(), "done\n");
   EXPECT_EQ(read("out"), "mine\n/a.vcs\n");
 }
 
-TEST_F(ActionTest, WaitingSaysWhetherTheCommandSucceeded) {
+TEST_F(ActionTest, WaitReportsWhetherCommandSucceeded) {
   entry("Exec=" + script("end", "exit $(cat \"$1\")") + " %f");
   LogCapture log;
   EXPECT_TRUE(request(file("code", "0")).invoke(true));
@@ -176,39 +176,39 @@ TEST_F(ActionTest, WaitingSaysWhetherTheCommandSucceeded) {
   EXPECT_THAT(log.text(), HasSubstr("/end failed with code 3"));
 }
 
-TEST_F(ActionTest, WaitingSaysWhenTheCommandIsKilled) {
+TEST_F(ActionTest, WaitReportsKilledCommand) {
   entry("Exec=" + script("end", "kill -9 $$"));
   LogCapture log;
   EXPECT_FALSE(request("").invoke(true));
   EXPECT_THAT(log.text(), HasSubstr("/end failed with signal 9"));
 }
 
-TEST_F(ActionTest, EventsGoOnWhileItWaits) {
+TEST_F(ActionTest, ProcessesEventsWhileWaiting) {
   entry("Exec=" + script("end", "read line < \"$GO\""));
   QTimer::singleShot(0, &application(), [this] { go_.give(); });
   EXPECT_TRUE(request("").invoke(true));
 }
 
-TEST_F(ActionTest, NotWaitingReturnsWhileTheCommandRuns) {
+TEST_F(ActionTest, ReturnsImmediatelyWithoutWait) {
   for (const char* waits : {"false", "true"}) {
     entry("Exec=" + script("end", "read line < \"$GO\"; echo done > \"$DONE\"") +
           "\nWait=" + waits);
     EXPECT_TRUE(request("").invoke(false));
-    go_.give();  // it would not end before
+    go_.give();  // lets the command exit
     EXPECT_EQ(done_.wait(), "done\n");
     std::filesystem::remove(path("config/ulo/applications.conf"));
   }
 }
 
-TEST_F(ActionTest, NoProcessIsLeftBehind) {
+TEST_F(ActionTest, LeavesNoChildProcess) {
   entry("Exec=" + recorder());
   EXPECT_TRUE(request("").invoke(false));
   EXPECT_EQ(done_.wait(), "done\n");
-  // The command is no child of ours, so nobody has to wait for it here.
+  // The command is not a child of this process, so it need not be waited for.
   EXPECT_TRUE(hasNoChild());
 }
 
-TEST_F(ActionTest, NoProcessIsLeftBehindWhereNobodyCanFollowIt) {
+TEST_F(ActionTest, LeavesNoChildProcessWithoutEventLoop) {
   entry("Exec=" + recorder() + "\nWait=true");
   bool started = false;
   std::thread([&] { started = request("").invoke(false); }).join();
@@ -217,14 +217,14 @@ TEST_F(ActionTest, NoProcessIsLeftBehindWhereNobodyCanFollowIt) {
   EXPECT_TRUE(hasNoChild());
 }
 
-TEST_F(ActionTest, AFollowedProcessIsWaitedFor) {
+TEST_F(ActionTest, ReapsChildProcess) {
   entry("Exec=" + recorder() + "\nWait=true");
   EXPECT_TRUE(temporary(file("a.vcs")).invoke(false));
   EXPECT_TRUE(QTest::qWaitFor([this] { return !isThere("a.vcs"); }, 60'000));
   EXPECT_TRUE(hasNoChild());
 }
 
-TEST_F(ActionTest, CommandsAreAloneInTheirSession) {
+TEST_F(ActionTest, RunsCommandInSeparateSession) {
   const std::string program =
       script("end", "files=$(readlink /proc/$$/fd/0 /proc/$$/fd/1 /proc/$$/fd/2)\n"
                     "{ cut -d ' ' -f 6 /proc/$$/stat; echo \"$files\"; } > \"$OUT\"\n"
@@ -240,7 +240,7 @@ TEST_F(ActionTest, CommandsAreAloneInTheirSession) {
   }
 }
 
-TEST_F(ActionTest, AnApplicationIsAvailableWithAWellFormedEntryOrKnownWithout) {
+TEST_F(ActionTest, AvailableWithValidEntryOrIfKnown) {
   LogCapture log;
   EXPECT_FALSE(request("", AM_ActionData::synchroniser).isAvailable());
   EXPECT_FALSE(AM_ActionData().isAvailable());
@@ -253,7 +253,7 @@ TEST_F(ActionTest, AnApplicationIsAvailableWithAWellFormedEntryOrKnownWithout) {
   EXPECT_THAT(log.text(), HasSubstr(std::string("entry ") + editor + " is wrong"));
 }
 
-TEST_F(ActionTest, UnknownApplicationsAndMissingProgramsAreLogged) {
+TEST_F(ActionTest, LogsUnknownApplicationsAndMissingPrograms) {
   LogCapture log;
   EXPECT_FALSE(request("").invoke(false));
   EXPECT_THAT(log.text(), HasSubstr(std::string("There is no application ") + editor));
@@ -268,7 +268,7 @@ TEST_F(ActionTest, UnknownApplicationsAndMissingProgramsAreLogged) {
   }
 }
 
-TEST_F(ActionTest, WithoutAutoDeleteAFileStays) {
+TEST_F(ActionTest, KeepsFileWithoutAutoDelete) {
   entry("Exec=" + recorder() + "\nWait=true");
   EXPECT_TRUE(request(file("a.vcs")).invoke(true));
   AM_ActionData no = request(path("a.vcs"));
@@ -278,7 +278,7 @@ TEST_F(ActionTest, WithoutAutoDeleteAFileStays) {
   EXPECT_FALSE(isThere("state/ulo/temporary-files"));
 }
 
-TEST_F(ActionTest, ATemporaryFileGoesWhenAWaitingCommandHasEnded) {
+TEST_F(ActionTest, DeletesTemporaryFileWhenWaitCommandExits) {
   entry("Exec=" + script("end", "cat \"$1\" > \"$OUT\"; exit 3") + " %f\nWait=true");
   LogCapture log;
   EXPECT_FALSE(temporary(file("a.vcs")).invoke(true));
@@ -287,7 +287,7 @@ TEST_F(ActionTest, ATemporaryFileGoesWhenAWaitingCommandHasEnded) {
   EXPECT_EQ(read("state/ulo/temporary-files"), "");
 }
 
-TEST_F(ActionTest, ATemporaryFileStaysWhileAWaitingCommandRuns) {
+TEST_F(ActionTest, KeepsTemporaryFileWhileWaitCommandRuns) {
   entry(
       "Exec=" + script("end", "echo done > \"$DONE\"; read line < \"$GO\"; cat \"$1\" > \"$OUT\"") +
       " %f\nWait=true");
@@ -300,7 +300,7 @@ TEST_F(ActionTest, ATemporaryFileStaysWhileAWaitingCommandRuns) {
   EXPECT_EQ(read("out"), "text\n");
 }
 
-TEST_F(ActionTest, ATemporaryFileOfAnyOtherCommandGoesADayLater) {
+TEST_F(ActionTest, DeletesTemporaryFileOfOtherCommandsAfterADay) {
   entry("Exec=" + recorder() + " %f");
   for (const bool wait : {false, true}) {
     EXPECT_TRUE(temporary(file("a.vcs")).invoke(wait));
@@ -313,7 +313,7 @@ TEST_F(ActionTest, ATemporaryFileOfAnyOtherCommandGoesADayLater) {
   }
 }
 
-TEST_F(ActionTest, ATemporaryFileNobodyTookGoesADayLater) {
+TEST_F(ActionTest, DeletesTemporaryFileOfFailedRequestAfterADay) {
   LogCapture log;
   EXPECT_FALSE(temporary(file("unknown.vcs")).invoke(false));
   entry("Exec=/nowhere/mail\nWait=true");
@@ -326,7 +326,7 @@ TEST_F(ActionTest, ATemporaryFileNobodyTookGoesADayLater) {
   EXPECT_FALSE(isThere("missing.vcs"));
 }
 
-TEST_F(ActionTest, ATemporaryFileThatIsMissingDoesNotKeepTheRequest) {
+TEST_F(ActionTest, MissingTemporaryFileDoesNotPreventRequest) {
   entry("Exec=" + recorder() + " %f");
   LogCapture log;
   EXPECT_TRUE(temporary(path("missing.vcs")).invoke(false));
@@ -334,7 +334,7 @@ TEST_F(ActionTest, ATemporaryFileThatIsMissingDoesNotKeepTheRequest) {
   EXPECT_THAT(log.text(), HasSubstr("missing.vcs can't be noted: No such file or directory"));
 }
 
-TEST_F(ActionTest, CommandsOutliveTheProgramThatAsked) {
+TEST_F(ActionTest, CommandOutlivesRequestingProgram) {
   for (const std::string waits : {"false", "true"}) {
     for (const char* loop : {"loop", "plain"}) {
       entry("Exec=" +
@@ -348,7 +348,7 @@ TEST_F(ActionTest, CommandsOutliveTheProgramThatAsked) {
       go_.give();
       EXPECT_EQ(done_.wait(), "done\n");
       EXPECT_EQ(read("out"), waits + loop);
-      // Nobody saw it end.
+      // The requesting program has exited before the command.
       EXPECT_TRUE(isThere("a.vcs"));
       age();
       anotherRequest();
@@ -358,7 +358,7 @@ TEST_F(ActionTest, CommandsOutliveTheProgramThatAsked) {
   }
 }
 
-TEST_F(ActionTest, QuittingEndsTheWaitingButNotTheCommand) {
+TEST_F(ActionTest, QuitEndsWaitButNotCommand) {
   entry("Exec=" + script("end", "read line < \"$GO\"; echo done > \"$DONE\"") + "\nWait=true");
   LogCapture log;
   bool answer = true;

@@ -1,4 +1,4 @@
-// Asks an application for something and ends, without waiting for it.
+// Sends a request to an application and exits without waiting for it.
 // usage: action_sender UUID FILE loop|plain
 
 #include "AM_ActionData.h"

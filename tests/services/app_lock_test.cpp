@@ -1,4 +1,4 @@
-// The application lock without its dialog.
+// Tests for the application lock without its dialog.
 
 #include "lock_test.h"
 
@@ -22,7 +22,7 @@
 
 namespace {
 
-// What happens while libsodium compares a code; it fails for the reason that is given, an errno.
+// Called while libsodium compares a code. The comparison fails with the errno it returns, if not 0.
 std::function<int()> whileHashing;
 
 }  // namespace
@@ -53,7 +53,7 @@ using testing::Not;
 
 using AppLockTest = LockTest;
 
-TEST_F(AppLockTest, IsOpenUntilACodeIsSet) {
+TEST_F(AppLockTest, IsOpenUntilCodeIsSet) {
   EXPECT_EQ(lock_.state(), State::open);
   EXPECT_EQ(answer("anything"), Answer::right);
   EXPECT_NE(access(file().c_str(), F_OK), 0);
@@ -61,7 +61,7 @@ TEST_F(AppLockTest, IsOpenUntilACodeIsSet) {
   EXPECT_EQ(lock_.state(), State::locked);
 }
 
-TEST_F(AppLockTest, OnlyItsCodeOpensIt) {
+TEST_F(AppLockTest, AcceptsOnlyItsCode) {
   set("1234");
   EXPECT_EQ(answer("1234"), Answer::right);
   EXPECT_EQ(answer("1235"), Answer::wrong);
@@ -69,17 +69,17 @@ TEST_F(AppLockTest, OnlyItsCodeOpensIt) {
   EXPECT_EQ(lock_.state(), State::locked);
 }
 
-TEST_F(AppLockTest, AnEmptyCodeIsWrong) {
+TEST_F(AppLockTest, RejectsEmptyCode) {
   set("1234");
   EXPECT_EQ(answer(""), Answer::wrong);
 }
 
-TEST_F(AppLockTest, ComposedAndDecomposedLettersAreTheSame) {
+TEST_F(AppLockTest, TreatsComposedAndDecomposedLettersAsEqual) {
   set(QString::fromUtf8("sch\u00f6n"));
   EXPECT_EQ(answer(QString::fromUtf8("scho\u0308n")), Answer::right);
 }
 
-TEST_F(AppLockTest, ANewCodeReplacesTheOldOne) {
+TEST_F(AppLockTest, NewCodeReplacesOldOne) {
   set("1234");
   fail(3);
   set("5678");
@@ -87,14 +87,14 @@ TEST_F(AppLockTest, ANewCodeReplacesTheOldOne) {
   EXPECT_EQ(answer("5678"), Answer::right);
 }
 
-TEST_F(AppLockTest, IsOpenOnceCleared) {
+TEST_F(AppLockTest, IsOpenAfterClear) {
   set("1234");
   ASSERT_TRUE(lock_.clear());
   EXPECT_EQ(lock_.state(), State::open);
   EXPECT_TRUE(lock_.clear());
 }
 
-TEST_F(AppLockTest, TheFileHoldsAHashForItsOwnerAlone) {
+TEST_F(AppLockTest, FileContainsHashAndIsReadableByOwnerOnly) {
   const mode_t before = umask(0);
   set("72915");
   umask(before);
@@ -103,21 +103,21 @@ TEST_F(AppLockTest, TheFileHoldsAHashForItsOwnerAlone) {
   struct stat status {};
   ASSERT_EQ(stat(file().c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777U, 0600U);
-  // It stays so when it is written anew.
+  // Rewriting the file restores its mode.
   ASSERT_EQ(chmod(file().c_str(), 0644), 0);
   fail(1);
   ASSERT_EQ(stat(file().c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777U, 0600U);
 }
 
-TEST_F(AppLockTest, TheSameCodeHasAnotherHashEachTime) {
+TEST_F(AppLockTest, SameCodeGetsDifferentHashes) {
   set("1234");
   const std::string first = bytes();
   set("1234");
   EXPECT_NE(bytes(), first);
 }
 
-TEST_F(AppLockTest, ThreeWrongCodesAreFree) {
+TEST_F(AppLockTest, AllowsThreeWrongCodesWithoutWait) {
   set("1234");
   for (int i = 0; i < 3; ++i) {
     const AppLock::Result result = check("wrong");
@@ -129,7 +129,7 @@ TEST_F(AppLockTest, ThreeWrongCodesAreFree) {
   EXPECT_EQ(fourth.wait, seconds(2));
 }
 
-TEST_F(AppLockTest, EachFurtherOneDoublesTheWaitUpToFifteenMinutes) {
+TEST_F(AppLockTest, FurtherWrongCodesDoubleWaitUpToFifteenMinutes) {
   set("1234");
   fail(3);
   for (const long expected : {2, 4, 8, 16, 32, 64, 128, 256, 512, 900, 900}) {
@@ -138,7 +138,7 @@ TEST_F(AppLockTest, EachFurtherOneDoublesTheWaitUpToFifteenMinutes) {
   }
 }
 
-TEST_F(AppLockTest, TheWaitStaysAtItsLongestHoweverOftenACodeIsWrong) {
+TEST_F(AppLockTest, WaitStaysAtMaximum) {
   set("1234");
   fail(1);
   std::string text = bytes();
@@ -153,7 +153,7 @@ TEST_F(AppLockTest, TheWaitStaysAtItsLongestHoweverOftenACodeIsWrong) {
   }
 }
 
-TEST_F(AppLockTest, NoCodeIsLookedAtWhileItWaits) {
+TEST_F(AppLockTest, ChecksNoCodeWhileWaiting) {
   set("1234");
   fail(4);
   now_.sinceBoot += milliseconds(1999);
@@ -166,7 +166,7 @@ TEST_F(AppLockTest, NoCodeIsLookedAtWhileItWaits) {
   EXPECT_EQ(answer("1234"), Answer::right);
 }
 
-TEST_F(AppLockTest, TheRightCodeForgetsTheWrongOnes) {
+TEST_F(AppLockTest, CorrectCodeResetsFailures) {
   set("1234");
   fail(3);
   EXPECT_EQ(answer("1234"), Answer::right);
@@ -174,7 +174,7 @@ TEST_F(AppLockTest, TheRightCodeForgetsTheWrongOnes) {
   EXPECT_EQ(waitSeconds(), 0);
 }
 
-TEST_F(AppLockTest, AnotherObjectKnowsOfTheWrongCodes) {
+TEST_F(AppLockTest, SharesFailuresBetweenObjects) {
   set("1234");
   fail(5);
   AppLock other(directory_.path(), [this] { return now_; });
@@ -183,12 +183,12 @@ TEST_F(AppLockTest, AnotherObjectKnowsOfTheWrongCodes) {
   EXPECT_EQ(other.check(LockCode(code)).answer, Answer::tooEarly);
 }
 
-TEST_F(AppLockTest, ANewStartOfTheSystemBeginsTheWaitAnew) {
+TEST_F(AppLockTest, RebootRestartsWait) {
   set("1234");
   fail(5);
   now_ = {"two", seconds(1)};
   EXPECT_EQ(waitSeconds(), 3);
-  // Later by the new count than the wrong code was by the old one.
+  // The time since the new boot is later than that of the wrong code since the old one.
   now_.sinceBoot = std::chrono::hours(100);
   EXPECT_EQ(waitSeconds(), 0);
   fail(6);
@@ -196,18 +196,18 @@ TEST_F(AppLockTest, ANewStartOfTheSystemBeginsTheWaitAnew) {
   EXPECT_EQ(waitSeconds(), 0);
 }
 
-TEST_F(AppLockTest, AClockSetBackDoesNotShortenTheWait) {
+TEST_F(AppLockTest, SettingClockBackDoesNotShortenWait) {
   set("1234");
   fail(5);
   now_.sinceBoot = milliseconds(0);
   EXPECT_EQ(waitSeconds(), 4);
 }
 
-TEST_F(AppLockTest, ACodeCountsAsWrongBeforeItIsLookedAt) {
+TEST_F(AppLockTest, CountsAttemptBeforeCheckingCode) {
   set("1234");
   fail(4);
   now_.sinceBoot += seconds(2);
-  // No file can grow: the attempt can't be counted, so it isn't made.
+  // Files cannot grow: the attempt cannot be counted, so it is not made.
   std::signal(SIGXFSZ, SIG_IGN);
   rlimit before{};
   getrlimit(RLIMIT_FSIZE, &before);
@@ -221,7 +221,7 @@ TEST_F(AppLockTest, ACodeCountsAsWrongBeforeItIsLookedAt) {
   EXPECT_EQ(answer("1234"), Answer::right);
 }
 
-TEST_F(AppLockTest, TheWrongCodeIsOnTheDiskBeforeItIsLookedAt) {
+TEST_F(AppLockTest, StoresAttemptBeforeCheckingCode) {
   set("1234");
   std::string seen;
   whileHashing = [&] {
@@ -234,7 +234,7 @@ TEST_F(AppLockTest, TheWrongCodeIsOnTheDiskBeforeItIsLookedAt) {
   EXPECT_THAT(bytes(), HasSubstr("\"failures\": 0"));
 }
 
-TEST_F(AppLockTest, ACheckWithoutMemoryIsNoAnswer) {
+TEST_F(AppLockTest, ReportsFailureWithoutMemory) {
   set("1234");
   LogCapture log;
   whileHashing = [] { return ENOMEM; };
@@ -244,7 +244,7 @@ TEST_F(AppLockTest, ACheckWithoutMemoryIsNoAnswer) {
   EXPECT_EQ(answer("1234"), Answer::right);
 }
 
-TEST_F(AppLockTest, DamagedFilesLetNobodyIn) {
+TEST_F(AppLockTest, DamagedFileDeniesAccess) {
   set("1234");
   fail(1);
   const std::string sound = bytes();
@@ -284,7 +284,7 @@ TEST_F(AppLockTest, DamagedFilesLetNobodyIn) {
   EXPECT_EQ(answer("1234"), Answer::right);
 }
 
-TEST_F(AppLockTest, OnlyARegularFileIsALock) {
+TEST_F(AppLockTest, AcceptsOnlyRegularFile) {
   LogCapture log;
   ASSERT_EQ(mkdir(file().c_str(), 0700), 0);
   EXPECT_EQ(lock_.state(), State::damaged);
@@ -297,7 +297,7 @@ TEST_F(AppLockTest, OnlyARegularFileIsALock) {
   EXPECT_THAT(log.text(), HasSubstr("can't be read"));
 }
 
-TEST_F(AppLockTest, NoDirectoryIsNoOpenLock) {
+TEST_F(AppLockTest, DeniesAccessWithoutDirectory) {
   LogCapture log;
   AppLock nowhere("");
   QString code = "1234";
@@ -309,7 +309,7 @@ TEST_F(AppLockTest, NoDirectoryIsNoOpenLock) {
   EXPECT_THAT(log.text(), HasSubstr("there is no data directory"));
 }
 
-TEST_F(AppLockTest, WaitsOnlyALittleForAnotherProcess) {
+TEST_F(AppLockTest, WaitsOnlyBrieflyForAnotherProcess) {
   set("1234");
   const int directory = open(directory_.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   ASSERT_EQ(flock(directory, LOCK_EX), 0);
@@ -320,7 +320,7 @@ TEST_F(AppLockTest, WaitsOnlyALittleForAnotherProcess) {
   EXPECT_EQ(answer("1234"), Answer::right);
 }
 
-TEST_F(AppLockTest, TheRealTimeGoesOn) {
+TEST_F(AppLockTest, RealTimeIsMonotonic) {
   const ulo::LockTime first = ulo::lockTime();
   const ulo::LockTime second = ulo::lockTime();
   EXPECT_FALSE(first.boot.empty());
@@ -329,7 +329,7 @@ TEST_F(AppLockTest, TheRealTimeGoesOn) {
   EXPECT_GE(second.sinceBoot, first.sinceBoot);
 }
 
-TEST(LockCodeTest, WipesTheTextThatItIsMadeOf) {
+TEST(LockCodeTest, WipesSourceText) {
   QString text = "1234";
   text.detach();
   const QString* const before = &text;
@@ -343,7 +343,7 @@ TEST(LockCodeTest, OverwritesTheCharacters) {
   QString text = QString(QChar(u'7')).repeated(40);
   const QString copy = text;
   text.detach();
-  // The text keeps its memory while it lives.
+  // The text keeps its memory during its lifetime.
   const QChar* const characters = text.constData();
   ulo::wipe(text);
   EXPECT_TRUE(text.isEmpty());
@@ -352,7 +352,7 @@ TEST(LockCodeTest, OverwritesTheCharacters) {
   EXPECT_EQ(copy.count(u'7'), 40);
 }
 
-TEST(LockCodeTest, TakesSixtyFourCharacters) {
+TEST(LockCodeTest, AcceptsSixtyFourCharacters) {
   for (const int characters : {63, 64, 65}) {
     QString text = QString(QChar(0x7ed9)).repeated(characters);
     const LockCode code(text);
@@ -361,7 +361,7 @@ TEST(LockCodeTest, TakesSixtyFourCharacters) {
   }
 }
 
-TEST(LockCodeTest, IsEqualToTheSameText) {
+TEST(LockCodeTest, EqualsSameText) {
   QString one = "1234";
   QString same = "1234";
   QString longer = "12345";

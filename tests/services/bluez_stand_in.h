@@ -14,7 +14,7 @@
 using Interfaces = QMap<QString, QVariantMap>;
 using Objects = QMap<QDBusObjectPath, Interfaces>;
 
-// In place of bluetoothd: one adapter and the devices that the test gives it.
+// Replaces bluetoothd: one adapter and the devices that the test adds.
 class BluezStandIn : public QDBusVirtualObject {
 public:
   explicit BluezStandIn(const TestBus& bus);
@@ -22,18 +22,18 @@ public:
 
   void addAdapter(bool powered);
   void setPowered(bool powered);
-  // `key` tells devices apart; the address is 00:00:00:00:00:key.
+  // `key` identifies the device; its address is 00:00:00:00:00:key.
   void addDevice(const QString& key, const QString& alias, bool paired);
   void removeDevice(const QString& key);
   void setDevice(const QString& key, const QVariantMap& properties);
 
   [[nodiscard]] QString name() const { return QStringLiteral("org.bluez"); }
   QDBusConnection& connection() { return *bus_; }
-  // "StartDiscovery" and the like, in their order.
+  // The calls received, such as "StartDiscovery", in order.
   QStringList calls;
-  // Answers with an error.
+  // The calls to be answered with an error.
   QStringList refused;
-  // Called with what the stand-in does not know; true when that has answered.
+  // Called with messages that the stand-in does not know. Returns true if it has answered.
   std::function<bool(const QDBusMessage&)> other;
   std::function<void()> discoveryStarted;
 

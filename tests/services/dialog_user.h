@@ -15,18 +15,18 @@ class PushProgress;
 class QWidget;
 class ZMessageDlg;
 
-// Sits before the screen: looks at the dialog that is up again and again, and does something.
+// Simulates a user: repeatedly looks at the current dialog and acts on it.
 class DialogUser : public QObject {
 public:
   DialogUser();
 
-  // "chooser", "progress" and the texts of messages, in the order in which they came up.
+  // "chooser", "progress" and the texts of messages, in order of appearance.
   QStringList seen;
-  // The icons in their titles, in the same order.
+  // The icons of their titles, in the same order.
   QList<QPixmap> icons;
 
-  // What to do at each look. At first: take the marked device as soon as there is one, watch the
-  // push, confirm messages.
+  // The actions at each look. By default: choose the selected device as soon as there is one, watch
+  // the transfer, confirm messages.
   std::function<void(ulo::DeviceChooser&)> choose;
   std::function<void(ulo::PushProgress&)> watch;
   std::function<void(ZMessageDlg&)> read;

@@ -1,4 +1,4 @@
-// The launch table: its form, its quoting, its field codes.
+// Tests for the launch table: format, quoting, field codes.
 
 #include "launch_table.h"
 
@@ -23,7 +23,7 @@ using ulo::LaunchValues;
 const LaunchValues values{"/tmp/a b.vcs", "Subject"};
 constexpr char application[] = "{11111111-2222-3333-4444-555555555555}";
 
-// What a line stands for, its words between bars; else the reason that it is refused for.
+// Returns the words of a line separated by bars, or the reason why it is rejected.
 std::string words(const QString& exec) {
   QString why;
   const QStringList command = ulo::commandOf(exec, values, why);
@@ -34,63 +34,63 @@ std::optional<Launch> launch(const QByteArray& text) {
   return LaunchTable(text).launch(application, values);
 }
 
-// The words of the application's command in a table of this text; "none" without one.
+// Returns the words of the application's command in a table with this text, or "none".
 std::string command(const QByteArray& text) {
   LogCapture log;
   const std::optional<Launch> found = launch(text);
   return found ? found->command.join('|').toStdString() : "none";
 }
 
-TEST(ExecLine, IsWordsBetweenBlanks) {
+TEST(ExecLine, SplitsWordsAtBlanks) {
   EXPECT_EQ(words("mail"), "mail");
   EXPECT_EQ(words("  mail  -a   b=c,d "), "mail|-a|b=c,d");
 }
 
-TEST(ExecLine, QuotesEncloseAWord) {
+TEST(ExecLine, QuotesEncloseWord) {
   EXPECT_EQ(words(R"("my mail" "a b" "")"), "my mail|a b|");
   EXPECT_EQ(words(R"(mail "'a'$;")"), "mail|'a'$;");
   EXPECT_EQ(words(R"(mail "\"\`\$\\")"), "mail|\"`$\\");
   EXPECT_EQ(words(R"(mail "\a")"), "mail|\\a");
 }
 
-TEST(ExecLine, WithWrongQuotesIsRefused) {
+TEST(ExecLine, RejectsInvalidQuotes) {
   EXPECT_EQ(words(R"(mail "a)"), "! quotes aren't closed");
   EXPECT_EQ(words(R"(mail "a\)"), "! quotes aren't closed");
   EXPECT_EQ(words(R"(mail "a"b)"), "! quotes enclose a part of a word");
   EXPECT_EQ(words(R"(mail a"b")"), "! a character of the shell stands outside of quotes: \"");
 }
 
-TEST(ExecLine, CharactersOfTheShellNeedQuotes) {
+TEST(ExecLine, ShellCharactersNeedQuotes) {
   for (const QChar c : QStringLiteral("\t\n\"'\\><~|&;$*?#()`"))
     EXPECT_THAT(words(QStringLiteral("mail a") + c), testing::StartsWith("! a character of"))
         << static_cast<int>(c.unicode());
 }
 
-TEST(ExecLine, FieldCodesAreFilledInWithinTheirWord) {
+TEST(ExecLine, ExpandsFieldCodesWithinWord) {
   EXPECT_EQ(words("mail %f"), "mail|/tmp/a b.vcs");
   EXPECT_EQ(words("mail attach=%f,subject=%s."), "mail|attach=/tmp/a b.vcs,subject=Subject.");
   EXPECT_EQ(words(R"(mail "'%f'")"), "mail|'/tmp/a b.vcs'");
   EXPECT_EQ(words("mail 100%% %%f"), "mail|100%|%f");
 }
 
-TEST(ExecLine, ValuesAreOneWordWhateverIsInThem) {
+TEST(ExecLine, ValueIsAlwaysOneWord) {
   QString why;
   const QString hostile = "a b\" $(x) `y` %f %% \\ \n'";
   EXPECT_EQ(ulo::commandOf("mail %s %f", {"", hostile}, why), (QStringList{"mail", hostile, ""}));
   EXPECT_EQ(why, "");
 }
 
-TEST(ExecLine, UnknownFieldCodesAreRefused) {
+TEST(ExecLine, RejectsUnknownFieldCodes) {
   EXPECT_EQ(words("mail %u"), "! there is no field code %u");
   EXPECT_EQ(words("mail 5%"), "! there is no field code %");
 }
 
-TEST(ExecLine, WithoutAProgramIsRefused) {
+TEST(ExecLine, RejectsLineWithoutProgram) {
   for (const char* exec : {"", "   ", "\"\"", "\"\" a"})
     EXPECT_EQ(words(exec), "! there is no program") << exec;
 }
 
-TEST(LaunchTableTest, GroupsHoldCommands) {
+TEST(LaunchTableTest, GroupsContainCommands) {
   const QByteArray text = "# a comment\n\n[{11111111-2222-3333-4444-555555555555}]\n"
                           "Exec = mail %f\nWait=true\n"
                           "[{11111111-2222-3333-4444-555555555556}]\nExec=other\n";
@@ -104,50 +104,50 @@ TEST(LaunchTableTest, GroupsHoldCommands) {
   EXPECT_FALSE(other->waits);
 }
 
-TEST(LaunchTableTest, UuidsAreComparedAsSuch) {
+TEST(LaunchTableTest, ComparesUuidsByValue) {
   EXPECT_EQ(LaunchTable("[{ABCDEF11-2222-3333-4444-555555555555}]\nExec=mail\n")
                 .launch("{abcdef11-2222-3333-4444-555555555555}", values)
                 ->command,
             QStringList{"mail"});
 }
 
-TEST(LaunchTableTest, LinesMayEndAsOnOtherSystems) {
+TEST(LaunchTableTest, AcceptsForeignLineEnds) {
   EXPECT_EQ(command(QByteArray("[") + application + "]\r\nExec=mail a\r\nWait=false\r\n"),
             "mail|a");
 }
 
-TEST(LaunchTableTest, OfWhatComesTwiceTheFirstCounts) {
+TEST(LaunchTableTest, FirstOfDuplicatesCounts) {
   const QByteArray head = QByteArray("[") + application + "]\n";
   EXPECT_EQ(command(head + "Exec=first\nExec=second\n"), "first");
   EXPECT_EQ(command(head + "Exec=first\n" + head + "Exec=second\n"), "first");
   EXPECT_EQ(command(head + "Exec[de]=german\nExec=first\n"), "first");
 }
 
-TEST(LaunchTableTest, CommasAndPercentSignsAreNothingSpecial) {
+TEST(LaunchTableTest, CommasAndPercentSignsAreLiteral) {
   EXPECT_EQ(command(QByteArray("[") + application + "]\nExec=mail a,b,c 50%%\n"), "mail|a,b,c|50%");
 }
 
 TEST(LaunchTableTest, EscapesComeBeforeQuotes) {
-  // A dollar sign in quotes takes a backslash, which takes one itself.
+  // A dollar sign in quotes needs a backslash, which itself must be escaped.
   EXPECT_EQ(command(QByteArray("[") + application + "]\nExec=mail \"\\\\$a\\\\\\\\\"\n"),
             "mail|$a\\");
   EXPECT_EQ(command(QByteArray("[") + application + "]\nExec=mail\\sa\n"), "mail|a");
 }
 
-TEST(LaunchTableTest, TheComposerIsKnownWithoutAnEntry) {
+TEST(LaunchTableTest, KnowsComposerWithoutEntry) {
   const std::optional<Launch> found = LaunchTable({}).launch(AM_ActionData::composer, values);
   ASSERT_TRUE(found);
   EXPECT_EQ(found->command, (QStringList{"xdg-email", "--utf8", "--attach", "/tmp/a b.vcs"}));
   EXPECT_FALSE(found->waits);
 }
 
-TEST(LaunchTableTest, AnEntryReplacesTheKnownComposer) {
+TEST(LaunchTableTest, EntryReplacesKnownComposer) {
   const QByteArray text = QByteArray("[") + AM_ActionData::composer + "]\nExec=mail %s\n";
   EXPECT_EQ(LaunchTable(text).launch(AM_ActionData::composer, values)->command,
             (QStringList{"mail", "Subject"}));
 }
 
-TEST(LaunchTableTest, UnknownApplicationsAreLogged) {
+TEST(LaunchTableTest, LogsUnknownApplications) {
   for (const char* unknown : {application, "", "mail", "%n%s"}) {
     LogCapture log;
     EXPECT_FALSE(LaunchTable("[]\nExec=mail\n[mail]\nExec=mail\n").launch(unknown, values));
@@ -155,7 +155,7 @@ TEST(LaunchTableTest, UnknownApplicationsAreLogged) {
   }
 }
 
-TEST(LaunchTableTest, WrongEntriesAreLoggedWithTheReason) {
+TEST(LaunchTableTest, LogsInvalidEntriesWithReason) {
   const QByteArray head = QByteArray("[") + application + "]\n";
   const std::pair<QByteArray, const char*> entries[] = {
       {"", "there is no program"},
@@ -171,7 +171,7 @@ TEST(LaunchTableTest, WrongEntriesAreLoggedWithTheReason) {
   }
 }
 
-TEST(LaunchTableTest, AnyBytesAreATable) {
+TEST(LaunchTableTest, AcceptsArbitraryBytes) {
   for (const QByteArray& text :
        {QByteArray("\0\xff[\xfe]\n=\n==\n[", 10), QByteArray("[[]]\n]\n[x\nExec"),
         QByteArray(100'000, '['), QByteArray(100'000, '\n'), QByteArray("Exec=mail\n")})
@@ -184,7 +184,7 @@ protected:
   ~UserTable() override { unsetenv("XDG_CONFIG_HOME"); }
 
   [[nodiscard]] std::string path() const { return directory_.path() / "ulo/applications.conf"; }
-  // The program of the composer by the user's table.
+  // Returns the program of the composer in the user's table.
   static std::string composer() {
     const auto found = LaunchTable::ofUser().launch(AM_ActionData::composer, values);
     return found ? found->command.first().toStdString() : "none";
@@ -202,7 +202,7 @@ TEST_F(UserTable, IsReadFromTheConfigurationDirectory) {
   EXPECT_EQ(composer(), "mail");
 }
 
-TEST_F(UserTable, ThatCannotBeReadIsLoggedAndEmpty) {
+TEST_F(UserTable, IsEmptyAndLoggedIfUnreadable) {
   std::filesystem::create_directory(directory_.path() / "ulo");
   const std::string entry = std::string("[") + AM_ActionData::composer + "]\nExec=mail\n";
   {

@@ -1,4 +1,4 @@
-// The dialog that asks for the code, by keys and touch.
+// Tests for the dialog that asks for the code, with keys and touch.
 
 #include "lock_test.h"
 
@@ -38,7 +38,7 @@ class LockDialogTest : public LockTest {
 protected:
   void SetUp() override { set("1234"); }
 
-  // Shows a dialog over lock_.
+  // Shows a dialog for lock_.
   LockDialog& dialog() {
     dialog_ = std::make_unique<LockDialog>(lock_);
     dialog_->show();
@@ -68,7 +68,7 @@ TEST_F(LockDialogTest, AsksWithoutShowingTheCode) {
   EXPECT_TRUE(codeOf(asking)->inputMethodHints().testFlag(Qt::ImhSensitiveData));
 }
 
-TEST_F(LockDialogTest, TheRightCodeAcceptsByEachKey) {
+TEST_F(LockDialogTest, AcceptsCorrectCodeWithEachKey) {
   for (const Qt::Key key : {Qt::Key_F1, Qt::Key_Return, Qt::Key_Enter}) {
     LockDialog& asking = dialog();
     enter(asking, "1234", key);
@@ -77,14 +77,14 @@ TEST_F(LockDialogTest, TheRightCodeAcceptsByEachKey) {
   }
 }
 
-TEST_F(LockDialogTest, TheRightCodeAcceptsByTouch) {
+TEST_F(LockDialogTest, AcceptsCorrectCodeByTouch) {
   LockDialog& asking = dialog();
   QTest::keyClicks(codeOf(asking), "1234");
   QTest::mouseClick(keyOf(asking, ZSoftKey::left), Qt::LeftButton);
   EXPECT_EQ(asking.result(), QDialog::Accepted);
 }
 
-TEST_F(LockDialogTest, EachWayOfCancellingRejects) {
+TEST_F(LockDialogTest, EveryWayToCancelRejects) {
   for (const Qt::Key key : {Qt::Key_F3, Qt::Key_Escape}) {
     LockDialog& asking = dialog();
     enter(asking, "1234", key);
@@ -97,7 +97,7 @@ TEST_F(LockDialogTest, EachWayOfCancellingRejects) {
   EXPECT_EQ(asking.result(), QDialog::Rejected);
 }
 
-TEST_F(LockDialogTest, AWrongCodeIsSaidAndTakenAway) {
+TEST_F(LockDialogTest, ReportsAndClearsWrongCode) {
   LockDialog& asking = dialog();
   enter(asking, "1235");
   EXPECT_TRUE(asking.isVisible());
@@ -108,7 +108,7 @@ TEST_F(LockDialogTest, AWrongCodeIsSaidAndTakenAway) {
   EXPECT_EQ(asking.result(), QDialog::Accepted);
 }
 
-TEST_F(LockDialogTest, NothingTypedIsNoAttempt) {
+TEST_F(LockDialogTest, EmptyInputIsNotAnAttempt) {
   LockDialog& asking = dialog();
   for (int i = 0; i < 10; ++i)
     enter(asking, "");
@@ -117,7 +117,7 @@ TEST_F(LockDialogTest, NothingTypedIsNoAttempt) {
   EXPECT_EQ(lock_.wait(), milliseconds(0));
 }
 
-TEST_F(LockDialogTest, TooManyWrongCodesCountDownWithADeadKey) {
+TEST_F(LockDialogTest, DisablesKeyDuringCountdown) {
   LockDialog& asking = dialog();
   for (int i = 0; i < 4; ++i)
     enter(asking, "wrong");
@@ -147,7 +147,7 @@ TEST_F(LockDialogTest, TooManyWrongCodesCountDownWithADeadKey) {
   EXPECT_EQ(asking.result(), QDialog::Accepted);
 }
 
-TEST_F(LockDialogTest, ANewDialogGoesOnCounting) {
+TEST_F(LockDialogTest, NewDialogContinuesCountdown) {
   fail(12);
   now_.sinceBoot += seconds(41);
   const LockDialog& asking = dialog();
@@ -155,12 +155,12 @@ TEST_F(LockDialogTest, ANewDialogGoesOnCounting) {
   EXPECT_FALSE(keyOf(asking, ZSoftKey::left)->isEnabled());
 }
 
-TEST_F(LockDialogTest, TheLongestWaitIsShownInMinutes) {
+TEST_F(LockDialogTest, ShowsLongestWaitInMinutes) {
   fail(20);
   EXPECT_EQ(dialog().message(), "Too many wrong codes. Next try in 15:00.");
 }
 
-TEST_F(LockDialogTest, ACodeThatCannotBeCheckedIsSaid) {
+TEST_F(LockDialogTest, ReportsCodeThatCannotBeChecked) {
   LockDialog& asking = dialog();
   write("damaged");
   LogCapture log;
@@ -169,11 +169,11 @@ TEST_F(LockDialogTest, ACodeThatCannotBeCheckedIsSaid) {
   EXPECT_EQ(asking.message(), "The code cannot be checked.");
 }
 
-TEST_F(LockDialogTest, TellsScreenReadersOfWrongCodesAndOfTheWait) {
+TEST_F(LockDialogTest, AnnouncesWrongCodesAndWaitToScreenReaders) {
   const ScreenReader reader;
   LockDialog& asking = dialog();
   const auto alert = [&] { return reader.last(QAccessible::Alert).name; };
-  // What is said of the field that has the focus.
+  // Returns the accessible description of the focused field.
   const auto description = [&] {
     return QAccessible::queryAccessibleInterface(codeOf(asking))->text(QAccessible::Description);
   };
@@ -196,7 +196,7 @@ TEST_F(LockDialogTest, TellsScreenReadersOfWrongCodesAndOfTheWait) {
   EXPECT_EQ(alert(), "The code cannot be checked.");
 }
 
-TEST_F(LockDialogTest, SpeaksTheLanguageOfTheApplication) {
+TEST_F(LockDialogTest, UsesLanguageOfApplication) {
   application().setLanguages({"de"});
   EXPECT_EQ(dialog().message(), QString::fromUtf8("Geben Sie den Sperrcode ein:"));
   application().setLanguages({"zh-CN"});
@@ -204,10 +204,10 @@ TEST_F(LockDialogTest, SpeaksTheLanguageOfTheApplication) {
   application().setLanguages({"en"});
 }
 
-// The check that applications make, answered as the user does it.
+// The check that applications make, with a simulated user.
 class LockCheckTest : public LockDialogTest {
 protected:
-  // The answer when the user types a code and presses a key.
+  // Returns the result of the check if the user types a code and presses a key.
   static int answerTo(const QString& code, Qt::Key key) {
     bool asked = false;
     QTimer::singleShot(0, &application(), [&] {
@@ -224,22 +224,22 @@ protected:
   }
 };
 
-TEST_F(LockCheckTest, TheRightCodeGivesAccess) {
+TEST_F(LockCheckTest, GrantsAccessForCorrectCode) {
   EXPECT_NE(answerTo("1234", Qt::Key_Return), 0);
 }
 
-TEST_F(LockCheckTest, AWrongCodeGivesNone) {
+TEST_F(LockCheckTest, DeniesAccessForWrongCode) {
   LogCapture log;
   EXPECT_EQ(answerTo("1235", Qt::Key_Return), 0);
   EXPECT_THAT(log.text(), HasSubstr("The lock of {} was not opened"));
 }
 
-TEST_F(LockCheckTest, CancellingGivesNone) {
+TEST_F(LockCheckTest, DeniesAccessOnCancel) {
   LogCapture log;
   EXPECT_EQ(answerTo("1234", Qt::Key_F3), 0);
 }
 
-TEST_F(LockCheckTest, WrongCodesAreKeptForTheNextCheck) {
+TEST_F(LockCheckTest, KeepsFailuresForNextCheck) {
   LogCapture log;
   EXPECT_EQ(answerTo("1235", Qt::Key_Return), 0);
   std::string text = bytes();
@@ -249,7 +249,7 @@ TEST_F(LockCheckTest, WrongCodesAreKeptForTheNextCheck) {
   EXPECT_EQ(answerTo("1234", Qt::Key_Return), 0);
 }
 
-TEST_F(LockCheckTest, TheWindowBelowMayGoWhileTheCodeIsAskedFor) {
+TEST_F(LockCheckTest, SurvivesDeletionOfWindowBelow) {
   LogCapture log;
   auto* window = new QWidget;
   window->show();
@@ -266,7 +266,7 @@ TEST_F(LockCheckTest, TheWindowBelowMayGoWhileTheCodeIsAskedFor) {
   EXPECT_THAT(log.text(), HasSubstr("The lock of {} was not opened"));
 }
 
-TEST_F(LockCheckTest, AnotherThreadIsRefused) {
+TEST_F(LockCheckTest, DeniesAccessFromAnotherThread) {
   LogCapture log;
   int answer = -1;
   std::thread([&] { answer = SETUP_SECURITY_Util_appLockCheck_modelUI("{}", 1); }).join();
@@ -274,7 +274,7 @@ TEST_F(LockCheckTest, AnotherThreadIsRefused) {
   EXPECT_THAT(log.text(), HasSubstr("there is no application to ask in"));
 }
 
-TEST_F(LockCheckTest, ADamagedLockShowsNoDialog) {
+TEST_F(LockCheckTest, ShowsNoDialogForDamagedLock) {
   write("{");
   LogCapture log;
   bool shown = false;

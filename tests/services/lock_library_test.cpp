@@ -1,4 +1,4 @@
-// The security settings' library as applications open it, in a program without widgets.
+// Tests for the security library as applications open it, in a program without widgets.
 
 #include "lock_test.h"
 
@@ -32,14 +32,14 @@ protected:
 
 constexpr char application[] = "{9a4cdb74-34ec-415e-ba36-b8c2a35d0071}";
 
-TEST_F(LockLibraryTest, LetsEverybodyInWithoutALock) {
+TEST_F(LockLibraryTest, GrantsAccessWithoutLock) {
   LogCapture log;
   EXPECT_NE(mayUse_(application, 1), 0);
   EXPECT_NE(mayUse_(nullptr, 0), 0);
   EXPECT_EQ(log.text(), "");
 }
 
-TEST_F(LockLibraryTest, RefusesWhereNoDialogCanBeShown) {
+TEST_F(LockLibraryTest, DeniesAccessIfNoDialogCanBeShown) {
   set("1234");
   LogCapture log;
   EXPECT_EQ(mayUse_(application, 1), 0);
@@ -48,7 +48,7 @@ TEST_F(LockLibraryTest, RefusesWhereNoDialogCanBeShown) {
   EXPECT_EQ(mayUse_(nullptr, 1), 0);
 }
 
-TEST_F(LockLibraryTest, RefusesADamagedLock) {
+TEST_F(LockLibraryTest, DeniesAccessForDamagedLock) {
   write("{");
   LogCapture log;
   EXPECT_EQ(mayUse_(application, 1), 0);
@@ -56,7 +56,7 @@ TEST_F(LockLibraryTest, RefusesADamagedLock) {
   EXPECT_THAT(log.text(), HasSubstr(std::string(application) + " stays closed"));
 }
 
-TEST_F(LockLibraryTest, StaysInMemoryWhenClosed) {
+TEST_F(LockLibraryTest, StaysLoadedAfterClose) {
   dlclose(std::exchange(handle_, nullptr));
   void* again = dlopen("libulosecuritysetup.so", RTLD_LAZY | RTLD_NOLOAD);
   EXPECT_NE(again, nullptr);

@@ -9,7 +9,7 @@
 #include <sstream>
 #include <string>
 
-// A lock in a data directory of its own, by a clock that stands.
+// A lock in a private data directory, with a settable clock.
 class LockTest : public testing::Test {
 protected:
   DataDirectory directory_;

@@ -9,19 +9,19 @@
 
 #include <ostream>
 
-// In place of obexd: takes one file and does with it what the test says.
+// Replaces obexd: receives one file and behaves as the test requests.
 class ObexdStandIn : public QDBusVirtualObject {
 public:
   enum class Manner {
-    completes,        // by and by
+    completes,        // gradually
     completesAtOnce,  // before SendFile is answered
     fails,            // after the first half
-    stays,            // after the first half
+    stays,            // stalls after the first half
     neverAnswers,     // CreateSession
     refusesSession,
     refusesFile,
     answersOtherwise,  // CreateSession, with a text in place of a path
-    refusesToCancel,   // and stays after the first half
+    refusesToCancel,   // and stalls after the first half
   };
 
   friend void PrintTo(Manner manner, std::ostream* stream) {
@@ -31,17 +31,17 @@ public:
   ObexdStandIn(const TestBus& bus, Manner manner);
   ~ObexdStandIn() override;
 
-  // "CreateSession ADDRESS", "SendFile" and the like, in their order.
+  // The calls received, such as "CreateSession ADDRESS" and "SendFile", in order.
   QStringList calls;
-  // Of the file, when it was to be sent.
+  // The file, as of the SendFile call.
   QString name;
   QByteArray content;
   QString directory;
   int directoryMode = 0;
-  // Of the last session.
+  // The arguments of the last CreateSession call.
   QVariantMap arguments;
 
-  // A change of the transfer's properties.
+  // Signals a change of the transfer's properties.
   void tell(const QVariantMap& properties);
 
   [[nodiscard]] QString introspect(const QString&) const override { return {}; }

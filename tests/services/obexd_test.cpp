@@ -1,5 +1,5 @@
-// From the caller's bytes to the receiver's file, through two real obexds: one sends, the other
-// receives. Between them a local socket stands in for the radio, and BluezStandIn for bluetoothd.
+// Sends objects through two real obexds, one sending and one receiving. A local socket replaces the
+// radio, and BluezStandIn replaces bluetoothd.
 
 #include "push_progress.h"
 #include "share_fixture.h"
@@ -27,7 +27,7 @@ constexpr int patienceMs = 60000;
 
 class Obexd {
 public:
-  // Connects to the local socket `radio` for any device.
+  // Connects to the local socket `radio`, whatever the device.
   Obexd(const TestBus& session, const TestBus& system, const QString& home, const QString& radio,
         const QStringList& arguments) {
     QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
@@ -44,7 +44,7 @@ public:
   }
   Obexd(const Obexd&) = delete;
   Obexd& operator=(const Obexd&) = delete;
-  // Before its buses: it would search for them without a pause.
+  // Must end before its buses, because it would busily search for them.
   ~Obexd() { endNow(process_); }
 
   std::string said() { return process_.readAll().toStdString(); }
@@ -53,7 +53,7 @@ private:
   QProcess process_;
 };
 
-// A local socket that others connect to.
+// A listening local socket.
 class Radio {
 public:
   Radio(const std::string& path, std::function<void(int)> connected)
@@ -82,7 +82,7 @@ private:
   QSocketNotifier notifier_;
 };
 
-// A receiving obexd has its Bluetooth from here: BlueZ hands it connections for its profile.
+// Replaces BlueZ for the receiving obexd and passes it connections for its profile.
 class Receiver {
 public:
   explicit Receiver(const TemporaryDirectory& directory)
@@ -104,13 +104,13 @@ public:
 
   [[nodiscard]] bool isReady() const { return radio_.listens() && !profile_.isEmpty(); }
   [[nodiscard]] QString socketPath() const { return QString::fromStdString(socket_); }
-  // A connection that comes meanwhile waits unanswered.
+  // While silent, incoming connections are left unanswered.
   void setSilent(bool silent) { silent_ = silent; }
   [[nodiscard]] bool hasUnanswered() const { return unanswered_ >= 0; }
   Obexd& obexd() { return *obexd_; }
   void die() { obexd_.reset(); }
 
-  // Names and contents of what has arrived.
+  // Returns the names and contents of the received files.
   [[nodiscard]] std::map<std::string, std::string> files() const {
     std::map<std::string, std::string> found;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(root_))
@@ -127,7 +127,7 @@ private:
     if (message.member() != QLatin1String("RegisterProfile"))
       return false;
     const QVariantList arguments = message.arguments();
-    // Object Push, among the profiles of an obexd.
+    // The Object Push profile.
     if (arguments.at(1).toString().startsWith(QLatin1String("00001105"))) {
       service_ = message.service();
       profile_ = arguments.at(0).value<QDBusObjectPath>().path();
@@ -143,7 +143,7 @@ private:
     }
     QDBusMessage call = QDBusMessage::createMethodCall(
         service_, profile_, QStringLiteral("org.bluez.Profile1"), QStringLiteral("NewConnection"));
-    // The message has a descriptor of its own.
+    // The message duplicates the descriptor.
     call << QVariant::fromValue(QDBusObjectPath("/org/bluez/hci0/dev_sender"))
          << QVariant::fromValue(QDBusUnixFileDescriptor(connection)) << QVariantMap();
     close(connection);
@@ -200,7 +200,7 @@ protected:
   std::unique_ptr<Obexd> sender;
 };
 
-TEST_F(RealObexd, TheReceiverHasEveryByteUnderTheObjectsName) {
+TEST_F(RealObexd, DeliversEveryByteUnderObjectName) {
   // All byte values, and more than fits into one packet.
   std::string content;
   for (int i = 0; i < 300000; ++i)
@@ -214,19 +214,19 @@ TEST_F(RealObexd, TheReceiverHasEveryByteUnderTheObjectsName) {
   EXPECT_EQ(log.text(), "");
 }
 
-TEST_F(RealObexd, ATaskWithoutASummaryArrivesAsItsExtension) {
+TEST_F(RealObexd, SendsNamelessObjectAsExtension) {
   EXPECT_TRUE(share(".vcs", "BEGIN:VCALENDAR\r\nEND:VCALENDAR\r\n"));
   EXPECT_THAT(receiver->files(),
               ElementsAre(testing::Pair(".vcs", "BEGIN:VCALENDAR\r\nEND:VCALENDAR\r\n")));
 }
 
-TEST_F(RealObexd, ADeviceThatDoesNotTakeTheConnectionIsNotReached) {
+TEST_F(RealObexd, ReportsDeviceThatRefusesConnection) {
   std::filesystem::remove(receiver->socketPath().toStdString());
   EXPECT_FALSE(share());
   EXPECT_EQ(user.seen.last(), "No connection to Receiver. Is it switched on and in reach?");
 }
 
-TEST_F(RealObexd, CancelledBeforeTheDeviceAnsweredNothingStandsInTheWayOfTheNext) {
+TEST_F(RealObexd, CanSendAgainAfterCancelBeforeAnswer) {
   receiver->setSilent(true);
   user.watch = [&](ulo::PushProgress& progress) {
     if (receiver->hasUnanswered())
@@ -241,7 +241,7 @@ TEST_F(RealObexd, CancelledBeforeTheDeviceAnsweredNothingStandsInTheWayOfTheNext
   EXPECT_THAT(receiver->files(), ElementsAre(testing::Pair("next.vcs", "text")));
 }
 
-TEST_F(RealObexd, AReceiverThatDiesInBetweenIsToldAsAFailure) {
+TEST_F(RealObexd, ReportsReceiverThatDiesDuringTransfer) {
   user.watch = [&](ulo::PushProgress&) { receiver->die(); };
   share("large.vcs", QByteArray(20000000, 'x'));
   EXPECT_EQ(user.seen.size(), 3);

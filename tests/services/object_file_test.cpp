@@ -1,4 +1,4 @@
-// What objects are called as files, and where their files are.
+// Tests for the names and locations of object files.
 
 #include "foreign_text.h"
 #include "object_file.h"
@@ -30,11 +30,11 @@ void PrintTo(const Name& name, std::ostream* stream) {
 
 class ObjectName : public testing::TestWithParam<Name> {};
 
-TEST_P(ObjectName, IsAFileName) {
+TEST_P(ObjectName, IsFileName) {
   EXPECT_EQ(ulo::objectFileName(GetParam().name).toStdString(), GetParam().file.toStdString());
 }
 
-// A family of four, one letter of 25 bytes and 11 characters of 16 bits.
+// The emoji of a family of four: one letter of 25 bytes or 11 16-bit units.
 constexpr char family[] = "\xf0\x9f\x91\xa9\xe2\x80\x8d\xf0\x9f\x91\xa9\xe2\x80\x8d\xf0\x9f\x91\xa7"
                           "\xe2\x80\x8d\xf0\x9f\x91\xa6";
 
@@ -71,7 +71,7 @@ INSTANTIATE_TEST_SUITE_P(
         Name{"NothingButADotIsLeft", ".a" + QString(400, QChar(0x301)), "_"}),
     [](const auto& test) { return test.param.what; });
 
-TEST(ObjectFile, HoldsTheContentAndGoesWithTheObject) {
+TEST(ObjectFile, ContainsContentUntilDestroyed) {
   const TemporaryDirectory runtime;
   setenv("XDG_RUNTIME_DIR", runtime.path().c_str(), 1);
   const std::string content("a\0b\r\n", 5);
@@ -87,7 +87,7 @@ TEST(ObjectFile, HoldsTheContentAndGoesWithTheObject) {
   unsetenv("XDG_RUNTIME_DIR");
 }
 
-TEST(ForeignText, IsOneLineWithoutControls) {
+TEST(ForeignText, IsOneLineWithoutControlCharacters) {
   EXPECT_EQ(ulo::oneLine("  a \r\n\tb\x01  ", 10), "a b");
   EXPECT_EQ(ulo::oneLine(QString("a%1b%2c").arg(QChar(0x202E), QChar(0x2066)), 10), "abc");
 }

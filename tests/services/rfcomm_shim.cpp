@@ -1,6 +1,6 @@
-// Preloaded into obexd, on machines without a radio: its RFCOMM connections, to whatever device and
-// channel, go to the local socket that $ULO_TEST_RFCOMM names, and local sockets that it is given
-// pass for RFCOMM ones.
+// Preloaded into obexd on machines without a radio. Redirects its RFCOMM connections, to any device
+// and channel, to the local socket that $ULO_TEST_RFCOMM names, and makes local sockets look like
+// RFCOMM sockets.
 
 #include <cerrno>
 #include <cstddef>
@@ -15,7 +15,7 @@
 
 namespace {
 
-// Of the kernel's Bluetooth interface.
+// From the kernel's Bluetooth interface.
 constexpr int rfcommLevel = 18;
 constexpr int bluetoothLevel = 274;
 struct RfcommAddress {
@@ -32,7 +32,7 @@ bool isBluetooth(int level) {
   return level == rfcommLevel || level == bluetoothLevel;
 }
 
-// Who asks with room for an RFCOMM address alone thinks that this is an RFCOMM socket.
+// A caller whose buffer is the size of an RFCOMM address expects an RFCOMM socket.
 int nameSocket(const char* function, int fd, sockaddr* address, socklen_t* size) {
   if (*size != sizeof(RfcommAddress))
     return next<int (*)(int, sockaddr*, socklen_t*)>(function)(fd, address, size);

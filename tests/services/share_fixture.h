@@ -17,7 +17,7 @@
 #include <cstdlib>
 #include <ostream>
 
-// Buses and directories of the test's own, in the environment.
+// Sets up private buses and directories in the environment.
 class Surroundings {
 public:
   Surroundings() {
@@ -38,13 +38,13 @@ public:
   TemporaryDirectory runtime;
 };
 
-// A share, and somebody who sits before the screen.
+// Shares a file, with a simulated user.
 class Share : public testing::Test, protected Surroundings {
 protected:
   Share() {
-    // What closes a dialog does not end the application.
+    // Closing a dialog must not end the application.
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    // Long enough for a slow machine; what is waited for comes earlier.
+    // Long enough for a slow machine; the expected events come earlier.
     settings.patience = std::chrono::seconds(20);
     settings.push.farewell = std::chrono::seconds(20);
   }

@@ -1,4 +1,4 @@
-// Sharing over Bluetooth, with stand-ins for BlueZ and obexd on buses of the test's own.
+// Tests for sharing over Bluetooth, with stand-ins for BlueZ and obexd on private buses.
 
 #include "device_chooser.h"
 #include "gui_test.h"
@@ -39,7 +39,7 @@ QStringList rows(const ulo::DeviceChooser& chooser) {
   return texts;
 }
 
-TEST_F(ShareWithDevice, TheChosenDeviceGetsTheFile) {
+TEST_F(ShareWithDevice, SendsFileToChosenDevice) {
   ObexdStandIn obexd(session, Manner::completes);
   EXPECT_TRUE(share("Buy milk.vcs", QByteArray("one\0two\xff", 8)));
   EXPECT_EQ(obexd.name, "Buy milk.vcs");
@@ -55,7 +55,7 @@ TEST_F(ShareWithDevice, TheChosenDeviceGetsTheFile) {
   EXPECT_EQ(log.text(), "");
 }
 
-TEST_F(ShareWithDevice, ThePublicInterfaceDoesTheSame) {
+TEST_F(ShareWithDevice, PublicInterfaceSendsFile) {
   ObexdStandIn obexd(session, Manner::completes);
   QArray<char> data;
   data.duplicate("text", 4);
@@ -64,14 +64,14 @@ TEST_F(ShareWithDevice, ThePublicInterfaceDoesTheSame) {
   EXPECT_EQ(obexd.content, "text");
 }
 
-TEST_F(ShareWithDevice, OnlyTheOwnerCanEnterTheFilesDirectoryAndItGoes) {
+TEST_F(ShareWithDevice, DirectoryIsPrivateAndDeletedAfterwards) {
   ObexdStandIn obexd(session, Manner::completes);
   EXPECT_TRUE(share());
   EXPECT_EQ(obexd.directoryMode, 0700);
   EXPECT_EQ(QFileInfo(obexd.directory).path().toStdString(), runtime.path().string());
 }
 
-TEST_F(ShareWithDevice, WithoutARuntimeDirectoryTheFileIsWhereTemporaryFilesAre) {
+TEST_F(ShareWithDevice, UsesTemporaryDirectoryWithoutRuntimeDirectory) {
   ObexdStandIn obexd(session, Manner::completes);
   setenv("XDG_RUNTIME_DIR", "/nowhere/at/all", 1);
   EXPECT_TRUE(share());
@@ -80,20 +80,20 @@ TEST_F(ShareWithDevice, WithoutARuntimeDirectoryTheFileIsWhereTemporaryFilesAre)
   EXPECT_THAT(log.text(), HasSubstr("No directory can be made in /nowhere/at/all"));
 }
 
-TEST_F(ShareWithDevice, ASmallFileGoesStraightToItsEnd) {
+TEST_F(ShareWithDevice, SmallFileCompletesImmediately) {
   ObexdStandIn obexd(session, Manner::completesAtOnce);
   EXPECT_TRUE(share());
   EXPECT_THAT(user.seen, ElementsAre("chooser", "progress", "Sent to Phone."));
 }
 
-TEST_F(ShareWithDevice, TheWordOfSuccessGoesByItself) {
+TEST_F(ShareWithDevice, SuccessMessageClosesItself) {
   ObexdStandIn obexd(session, Manner::completes);
   settings.confirmation = std::chrono::milliseconds(1);
   user.read = [](ZMessageDlg&) {};
   EXPECT_TRUE(share());
 }
 
-TEST_F(ShareWithDevice, PairedDevicesComeFirstAndForeignNamesArePlainText) {
+TEST_F(ShareWithDevice, ListsPairedDevicesFirstAndNamesAsPlainText) {
   bluez.addDevice("02", "<b>Anna</b>", false);
   bluez.addDevice("03", QString::fromUtf8("\xe2\x80\xaeyz\nx\x01"), true);
   bluez.addDevice("04", "", false);
@@ -108,7 +108,7 @@ TEST_F(ShareWithDevice, PairedDevicesComeFirstAndForeignNamesArePlainText) {
   EXPECT_THAT(shown, ElementsAre("Phone", "yz x", "00:00:00:00:00:04", "<b>Anna</b>"));
 }
 
-TEST_F(ShareWithDevice, DevicesComeAndGoWhileTheUserChooses) {
+TEST_F(ShareWithDevice, UpdatesDevicesWhileChoosing) {
   ObexdStandIn obexd(session, Manner::completes);
   int step = 0;
   user.choose = [&](ulo::DeviceChooser& chooser) {
@@ -132,7 +132,7 @@ TEST_F(ShareWithDevice, DevicesComeAndGoWhileTheUserChooses) {
   EXPECT_THAT(obexd.calls.value(0).toStdString(), HasSubstr("00:00:00:00:00:02"));
 }
 
-TEST_F(Share, WhereNoDeviceIsKnownTheAdapterLooksForSome) {
+TEST_F(Share, SearchesIfNoDeviceIsKnown) {
   BluezStandIn bluez(system);
   bluez.addAdapter(true);
   bluez.discoveryStarted = [&] { bluez.addDevice("07", "Found", false); };
@@ -143,7 +143,7 @@ TEST_F(Share, WhereNoDeviceIsKnownTheAdapterLooksForSome) {
   EXPECT_THAT(user.seen, ElementsAre("chooser", "progress", "Sent to Found."));
 }
 
-TEST_F(Share, AnAdapterThatLooksForNothingIsSaidToHaveFoundNothing) {
+TEST_F(Share, ReportsNoDevicesIfAdapterCannotSearch) {
   BluezStandIn bluez(system);
   bluez.addAdapter(true);
   bluez.refused = QStringList{"StartDiscovery"};
@@ -160,7 +160,7 @@ TEST_F(Share, AnAdapterThatLooksForNothingIsSaidToHaveFoundNothing) {
   EXPECT_THAT(obexd.calls, IsEmpty());
 }
 
-TEST_F(ShareWithDevice, WithoutAChoiceNothingIsSent) {
+TEST_F(ShareWithDevice, SendsNothingWithoutChoice) {
   ObexdStandIn obexd(session, Manner::completes);
   user.choose = cancel;
   EXPECT_FALSE(share());
@@ -169,7 +169,7 @@ TEST_F(ShareWithDevice, WithoutAChoiceNothingIsSent) {
   EXPECT_THAT(log.text(), HasSubstr("No device was chosen, nothing is sent"));
 }
 
-TEST_F(ShareWithDevice, CancelledOnTheWayNothingIsSaidAndObexdIsTold) {
+TEST_F(ShareWithDevice, CancelDuringTransferIsSilentAndReachesObexd) {
   ObexdStandIn obexd(session, Manner::stays);
   QString told;
   user.watch = [&](ulo::PushProgress& progress) {
@@ -186,7 +186,7 @@ TEST_F(ShareWithDevice, CancelledOnTheWayNothingIsSaidAndObexdIsTold) {
   EXPECT_THAT(user.seen, ElementsAre("chooser", "progress"));
 }
 
-TEST_F(ShareWithDevice, CancelEndsItEvenWhereObexdRefuses) {
+TEST_F(ShareWithDevice, CancelSucceedsEvenIfObexdRefuses) {
   ObexdStandIn obexd(session, Manner::refusesToCancel);
   user.watch = [&](ulo::PushProgress& progress) {
     if (obexd.calls.contains("SendFile"))
@@ -197,7 +197,7 @@ TEST_F(ShareWithDevice, CancelEndsItEvenWhereObexdRefuses) {
   EXPECT_THAT(user.seen, ElementsAre("chooser", "progress"));
 }
 
-TEST_F(ShareWithDevice, CancelledBeforeThereIsAConnectionItDidNotComeToATransfer) {
+TEST_F(ShareWithDevice, CancelBeforeConnectionStartsNoTransfer) {
   ObexdStandIn obexd(session, Manner::neverAnswers);
   user.watch = [&](ulo::PushProgress& progress) {
     if (!obexd.calls.isEmpty())
@@ -208,7 +208,7 @@ TEST_F(ShareWithDevice, CancelledBeforeThereIsAConnectionItDidNotComeToATransfer
   EXPECT_THAT(log.text(), HasSubstr("It did not come to a transfer to 00:00:00:00:00:01"));
 }
 
-TEST_F(ShareWithDevice, AFailedTransferIsTold) {
+TEST_F(ShareWithDevice, ReportsFailedTransfer) {
   ObexdStandIn obexd(session, Manner::fails);
   EXPECT_TRUE(share());
   EXPECT_THAT(user.seen,
@@ -221,7 +221,7 @@ TEST_F(ShareWithDevice, AFailedTransferIsTold) {
 class ShareWithoutConnection : public ShareWithDevice,
                                public testing::WithParamInterface<Manner> {};
 
-TEST_P(ShareWithoutConnection, IsToldAsThat) {
+TEST_P(ShareWithoutConnection, IsReported) {
   ObexdStandIn obexd(session, GetParam());
   settings.push.stall = std::chrono::milliseconds(GetParam() == Manner::neverAnswers ? 50 : 20000);
   EXPECT_FALSE(share());
@@ -240,7 +240,7 @@ INSTANTIATE_TEST_SUITE_P(Of, ShareWithoutConnection,
                                                                          : "OtherAnswer";
                          });
 
-TEST_F(ShareWithDevice, ATransferWithoutASignOfLifeHasFailed) {
+TEST_F(ShareWithDevice, StalledTransferFails) {
   ObexdStandIn obexd(session, Manner::stays);
   settings.push.stall = std::chrono::milliseconds(300);
   EXPECT_TRUE(share());
@@ -248,7 +248,7 @@ TEST_F(ShareWithDevice, ATransferWithoutASignOfLifeHasFailed) {
   EXPECT_EQ(user.seen.size(), 3);
 }
 
-TEST_F(ShareWithDevice, AnObexdThatVanishesEndsIt) {
+TEST_F(ShareWithDevice, EndsWhenObexdVanishes) {
   auto obexd = std::make_unique<ObexdStandIn>(session, Manner::stays);
   user.watch = [&](ulo::PushProgress&) {
     if (obexd != nullptr && obexd->calls.contains("SendFile"))
@@ -259,7 +259,7 @@ TEST_F(ShareWithDevice, AnObexdThatVanishesEndsIt) {
   EXPECT_THAT(log.text(), HasSubstr("Pushing an object to 00:00:00:00:00:01 failed"));
 }
 
-TEST_F(ShareWithDevice, ASessionBusThatVanishesEndsIt) {
+TEST_F(ShareWithDevice, EndsWhenSessionBusVanishes) {
   ObexdStandIn obexd(session, Manner::stays);
   user.watch = [&](ulo::PushProgress&) {
     if (obexd.calls.contains("SendFile"))
@@ -270,8 +270,8 @@ TEST_F(ShareWithDevice, ASessionBusThatVanishesEndsIt) {
   EXPECT_THAT(log.text(), HasSubstr("Pushing an object to 00:00:00:00:00:01 failed"));
 }
 
-// As when the application returns to its idle screen meanwhile.
-TEST_F(ShareWithDevice, AWindowThatGoesTakesItsPushAlong) {
+// This happens when the application returns to its idle screen.
+TEST_F(ShareWithDevice, DeletingWindowCancelsTransfer) {
   ObexdStandIn obexd(session, Manner::stays);
   auto window = std::make_unique<QWidget>();
   window->show();
@@ -286,7 +286,7 @@ TEST_F(ShareWithDevice, AWindowThatGoesTakesItsPushAlong) {
   EXPECT_THAT(user.seen, ElementsAre("chooser", "progress"));
 }
 
-TEST_F(ShareWithDevice, AWindowThatGoesTakesTheChoiceAlong) {
+TEST_F(ShareWithDevice, DeletingWindowCancelsChoice) {
   ObexdStandIn obexd(session, Manner::stays);
   auto window = std::make_unique<QWidget>();
   window->show();
@@ -296,7 +296,7 @@ TEST_F(ShareWithDevice, AWindowThatGoesTakesTheChoiceAlong) {
   EXPECT_THAT(obexd.calls, IsEmpty());
 }
 
-TEST_F(ShareWithDevice, OneAtATime) {
+TEST_F(ShareWithDevice, AllowsOneShareAtATime) {
   ObexdStandIn obexd(session, Manner::completes);
   bool second = true;
   user.choose = [&](ulo::DeviceChooser& chooser) {
@@ -308,14 +308,14 @@ TEST_F(ShareWithDevice, OneAtATime) {
   EXPECT_THAT(log.text(), HasSubstr("Something is being sent already"));
 }
 
-TEST_F(ShareWithDevice, WithoutObexdThatIsSaid) {
+TEST_F(ShareWithDevice, ReportsMissingObexd) {
   EXPECT_FALSE(share());
   EXPECT_THAT(user.seen,
               ElementsAre("Nothing can be sent: the Bluetooth sending service is missing."));
   EXPECT_THAT(log.text(), HasSubstr("There is no obexd on the session bus, nothing is sent"));
 }
 
-TEST_F(ShareWithDevice, ASessionBusThatVanishesWhileTheUserChoosesEndsIt) {
+TEST_F(ShareWithDevice, EndsWhenSessionBusVanishesWhileChoosing) {
   ObexdStandIn obexd(session, Manner::completes);
   user.choose = [&](ulo::DeviceChooser& chooser) {
     session.end();
@@ -325,14 +325,14 @@ TEST_F(ShareWithDevice, ASessionBusThatVanishesWhileTheUserChoosesEndsIt) {
   EXPECT_EQ(user.seen.last(), "No connection to Phone. Is it switched on and in reach?");
 }
 
-TEST_F(ShareWithDevice, WithoutASessionBusThatIsSaid) {
+TEST_F(ShareWithDevice, ReportsMissingSessionBus) {
   unsetenv("DBUS_SESSION_BUS_ADDRESS");
   EXPECT_FALSE(share());
   EXPECT_THAT(user.seen,
               ElementsAre("Nothing can be sent: the Bluetooth sending service is missing."));
 }
 
-TEST_F(ShareWithDevice, WhereTheFileCanNotBeMadeThatIsSaid) {
+TEST_F(ShareWithDevice, ReportsFileThatCannotBeCreated) {
   ObexdStandIn obexd(session, Manner::completes);
   setenv("XDG_RUNTIME_DIR", "/nowhere", 1);
   setenv("TMPDIR", "/nowhere", 1);
@@ -347,7 +347,7 @@ TEST_F(ShareWithDevice, WhereTheFileCanNotBeMadeThatIsSaid) {
 constexpr char noAdapter[] = "Bluetooth cannot be used: no adapter was found.";
 constexpr char adapterOff[] = "Bluetooth is switched off. Switch it on and try again.";
 
-TEST_F(Share, WithoutASystemBusThereIsNoAdapter) {
+TEST_F(Share, ReportsNoAdapterWithoutSystemBus) {
   ObexdStandIn obexd(session, Manner::completes);
   setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nowhere/at/all", 1);
   EXPECT_FALSE(share());
@@ -355,21 +355,21 @@ TEST_F(Share, WithoutASystemBusThereIsNoAdapter) {
   EXPECT_THAT(log.text(), HasSubstr("There is no Bluetooth adapter, nothing is sent"));
 }
 
-TEST_F(Share, WithoutBluezThereIsNoAdapter) {
+TEST_F(Share, ReportsNoAdapterWithoutBluez) {
   ObexdStandIn obexd(session, Manner::completes);
   EXPECT_FALSE(share());
   EXPECT_THAT(user.seen, ElementsAre(noAdapter));
 }
 
-TEST_F(Share, BluezWithoutAnAdapter) {
+TEST_F(Share, ReportsNoAdapterIfBluezHasNone) {
   const BluezStandIn bluez(system);
   ObexdStandIn obexd(session, Manner::completes);
   EXPECT_FALSE(share());
   EXPECT_THAT(user.seen, ElementsAre(noAdapter));
 }
 
-// Neither BlueZ nor obexd says anything: both are waited for no longer than the patience.
-TEST_F(Share, BluezThatDoesNotAnswer) {
+// Neither BlueZ nor obexd answers: waiting ends after settings.patience.
+TEST_F(Share, ReportsBluezThatDoesNotAnswer) {
   const BusConnection bluez(system, QStringLiteral("org.bluez"));
   ObexdStandIn obexd(session, Manner::completes);
   settings.patience = std::chrono::milliseconds(50);
@@ -377,7 +377,7 @@ TEST_F(Share, BluezThatDoesNotAnswer) {
   EXPECT_THAT(user.seen, ElementsAre(noAdapter));
 }
 
-TEST_F(Share, AnAdapterWithoutPower) {
+TEST_F(Share, ReportsAdapterThatIsOff) {
   BluezStandIn bluez(system);
   bluez.addAdapter(false);
   ObexdStandIn obexd(session, Manner::completes);
@@ -386,14 +386,14 @@ TEST_F(Share, AnAdapterWithoutPower) {
   EXPECT_THAT(log.text(), HasSubstr("The Bluetooth adapter is off, nothing is sent"));
 }
 
-TEST_F(ShareWithDevice, AnAdapterThatIsSwitchedOffEndsTheChoice) {
+TEST_F(ShareWithDevice, SwitchingAdapterOffEndsChoice) {
   ObexdStandIn obexd(session, Manner::completes);
   user.choose = [&](ulo::DeviceChooser&) { bluez.setPowered(false); };
   EXPECT_FALSE(share());
   EXPECT_THAT(user.seen, ElementsAre("chooser", adapterOff));
 }
 
-TEST_F(Share, BluezThatVanishesEndsTheChoice) {
+TEST_F(Share, EndsChoiceWhenBluezVanishes) {
   auto bluez = std::make_unique<BluezStandIn>(system);
   bluez->addAdapter(true);
   ObexdStandIn obexd(session, Manner::completes);

@@ -1,4 +1,4 @@
-// Temporary files that go when they are a day old.
+// Tests for temporary files, which are deleted after a day.
 
 #include "temporary_files.h"
 
@@ -51,7 +51,7 @@ protected:
   TemporaryDirectory directory_;
 };
 
-TEST_F(TemporaryFilesTest, GoWhenTheyAreADayOld) {
+TEST_F(TemporaryFilesTest, AreDeletedAfterADay) {
   ASSERT_TRUE(note(file("a b%\nä.vcs"), noon));
   at(noon).removeOld();
   at(noon + day - 1).removeOld();
@@ -61,7 +61,7 @@ TEST_F(TemporaryFilesTest, GoWhenTheyAreADayOld) {
   EXPECT_EQ(notes(), "");
 }
 
-TEST_F(TemporaryFilesTest, EachGoesAtItsTime) {
+TEST_F(TemporaryFilesTest, EachIsDeletedAtItsTime) {
   ASSERT_TRUE(note(file("a"), noon));
   ASSERT_TRUE(note(file("b"), noon + 1));
   at(noon + day).removeOld();
@@ -71,7 +71,7 @@ TEST_F(TemporaryFilesTest, EachGoesAtItsTime) {
   EXPECT_FALSE(isThere("b"));
 }
 
-TEST_F(TemporaryFilesTest, NotesAreForTheirOwnerAlone) {
+TEST_F(TemporaryFilesTest, NotesAreReadableByOwnerOnly) {
   const mode_t before = umask(0);
   ASSERT_TRUE(note(file("a"), noon));
   umask(before);
@@ -80,7 +80,7 @@ TEST_F(TemporaryFilesTest, NotesAreForTheirOwnerAlone) {
   EXPECT_EQ(status.st_mode & 0777U, 0600U);
 }
 
-TEST_F(TemporaryFilesTest, AFileNotedAgainStaysForAnotherDay) {
+TEST_F(TemporaryFilesTest, NotingAgainKeepsFileForAnotherDay) {
   ASSERT_TRUE(note(file("a"), noon));
   ASSERT_TRUE(note(path("a"), noon + 100));
   at(noon + day + 99).removeOld();
@@ -89,7 +89,7 @@ TEST_F(TemporaryFilesTest, AFileNotedAgainStaysForAnotherDay) {
   EXPECT_FALSE(isThere("a"));
 }
 
-TEST_F(TemporaryFilesTest, OneThatWasReplacedStays) {
+TEST_F(TemporaryFilesTest, ReplacedFileIsKept) {
   ASSERT_TRUE(note(file("a"), noon));
   std::filesystem::rename(file("b"), path("a"));
   at(noon + day).removeOld();
@@ -97,7 +97,7 @@ TEST_F(TemporaryFilesTest, OneThatWasReplacedStays) {
   EXPECT_EQ(notes(), "");
 }
 
-TEST_F(TemporaryFilesTest, WhatTookItsPlaceStaysWhateverItIs) {
+TEST_F(TemporaryFilesTest, ReplacementOfAnyKindIsKept) {
   ASSERT_TRUE(note(file("a"), noon));
   ASSERT_TRUE(note(file("b"), noon));
   std::filesystem::remove(path("a"));
@@ -110,14 +110,14 @@ TEST_F(TemporaryFilesTest, WhatTookItsPlaceStaysWhateverItIs) {
   EXPECT_TRUE(isThere("c"));
 }
 
-TEST_F(TemporaryFilesTest, NotesOfFilesThatAreGoneAreDropped) {
+TEST_F(TemporaryFilesTest, DropsNotesOfMissingFiles) {
   ASSERT_TRUE(note(file("a"), noon));
   std::filesystem::remove(path("a"));
   at(noon).removeOld();
   EXPECT_EQ(notes(), "");
 }
 
-TEST_F(TemporaryFilesTest, ANoteFromTheFutureIsOneOfNow) {
+TEST_F(TemporaryFilesTest, TreatsNoteFromTheFutureAsNow) {
   ASSERT_TRUE(note(file("a"), noon + 1000 * day));
   at(noon).removeOld();
   EXPECT_TRUE(isThere("a"));
@@ -127,7 +127,7 @@ TEST_F(TemporaryFilesTest, ANoteFromTheFutureIsOneOfNow) {
   EXPECT_FALSE(isThere("a"));
 }
 
-TEST_F(TemporaryFilesTest, OneIsRemovedWithItsNote) {
+TEST_F(TemporaryFilesTest, RemovesFileAndNote) {
   const auto noted = note(file("a"), noon);
   ASSERT_TRUE(noted);
   ASSERT_TRUE(note(file("b"), noon));
@@ -138,7 +138,7 @@ TEST_F(TemporaryFilesTest, OneIsRemovedWithItsNote) {
   EXPECT_THAT(notes(), HasSubstr(path("b")));
 }
 
-TEST_F(TemporaryFilesTest, OneThatWasReplacedIsNotRemoved) {
+TEST_F(TemporaryFilesTest, DoesNotRemoveReplacedFile) {
   const auto noted = note(file("a"), noon);
   ASSERT_TRUE(noted);
   std::filesystem::rename(file("b"), path("a"));
@@ -146,7 +146,7 @@ TEST_F(TemporaryFilesTest, OneThatWasReplacedIsNotRemoved) {
   EXPECT_TRUE(isThere("a"));
 }
 
-TEST_F(TemporaryFilesTest, OnlyRegularFilesAreNoted) {
+TEST_F(TemporaryFilesTest, NotesOnlyRegularFiles) {
   std::filesystem::create_directory(path("directory"));
   std::filesystem::create_symlink(file("a"), path("link"));
   for (const std::string& name :
@@ -157,7 +157,7 @@ TEST_F(TemporaryFilesTest, OnlyRegularFilesAreNoted) {
   }
 }
 
-TEST_F(TemporaryFilesTest, NothingIsRemovedForWrongNotes) {
+TEST_F(TemporaryFilesTest, RemovesNothingForInvalidNotes) {
   file("a");
   std::filesystem::create_directory(path("state"));
   std::ofstream(path("state/temporary-files"))
@@ -171,7 +171,7 @@ TEST_F(TemporaryFilesTest, NothingIsRemovedForWrongNotes) {
   EXPECT_FALSE(isThere("b"));
 }
 
-TEST_F(TemporaryFilesTest, NotesThatAreNoFileAreLeftAlone) {
+TEST_F(TemporaryFilesTest, IgnoresNotesThatAreNotARegularFile) {
   std::filesystem::create_directory(path("state"));
   ASSERT_EQ(mkfifo(path("state/temporary-files").c_str(), 0600), 0);
   LogCapture log;
@@ -180,7 +180,7 @@ TEST_F(TemporaryFilesTest, NotesThatAreNoFileAreLeftAlone) {
   EXPECT_THAT(log.text(), HasSubstr("the file of notes can't be written"));
 }
 
-TEST_F(TemporaryFilesTest, LargeNotesAreNotOurs) {
+TEST_F(TemporaryFilesTest, IgnoresNotesThatAreTooLarge) {
   std::filesystem::create_directory(path("state"));
   for (const std::int64_t size : {TemporaryFiles::largest, TemporaryFiles::largest + 1}) {
     std::ofstream(path("state/temporary-files"))
@@ -190,7 +190,7 @@ TEST_F(TemporaryFilesTest, LargeNotesAreNotOurs) {
   }
 }
 
-TEST_F(TemporaryFilesTest, WithoutAStateDirectoryNothingIsNoted) {
+TEST_F(TemporaryFilesTest, NotesNothingWithoutStateDirectory) {
   LogCapture log;
   TemporaryFiles nowhere("", noon);
   EXPECT_FALSE(nowhere.note(QString::fromStdString(file("a"))));
@@ -198,7 +198,7 @@ TEST_F(TemporaryFilesTest, WithoutAStateDirectoryNothingIsNoted) {
   EXPECT_TRUE(isThere("a"));
 }
 
-TEST_F(TemporaryFilesTest, AreNotedThoughAnotherProgramKeepsTheNotes) {
+TEST_F(TemporaryFilesTest, NotesFilesWhileAnotherProgramHoldsTheLock) {
   ASSERT_TRUE(note(file("a"), noon));
   const int other = open(path("state/temporary-files").c_str(), O_RDWR | O_CLOEXEC);
   ASSERT_EQ(flock(other, LOCK_EX), 0);
@@ -211,7 +211,7 @@ TEST_F(TemporaryFilesTest, AreNotedThoughAnotherProgramKeepsTheNotes) {
   EXPECT_FALSE(isThere("b"));
 }
 
-TEST_F(TemporaryFilesTest, ProgramsAtTheSameTimeLoseNoNote) {
+TEST_F(TemporaryFilesTest, ConcurrentProgramsLoseNoNotes) {
   constexpr int programs = 3;
   constexpr int files = 10;
   for (int program = 0; program < programs; ++program) {

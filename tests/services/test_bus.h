@@ -12,7 +12,7 @@
 
 #include <sys/prctl.h>
 
-// Ends with the test, whatever becomes of it.
+// Makes the process end with this one, even if this one crashes.
 inline void endWithThisProcess(QProcess& process) {
   process.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGKILL); });
 }
@@ -22,8 +22,7 @@ inline void endNow(QProcess& process) {
   process.waitForFinished();
 }
 
-// A D-Bus of the test's own that starts no services: there is on it only who comes. Throws if it
-// does not start.
+// A private D-Bus that starts no services. The constructor throws if the bus does not start.
 class TestBus {
 public:
   TestBus() {
@@ -63,7 +62,7 @@ private:
   QString address_;
 };
 
-// A connection to a bus under a name that others call. The bus forgets it with the object.
+// A connection to a bus under a well-known name. It is closed with the object.
 class BusConnection {
 public:
   BusConnection(const TestBus& bus, const QString& service)

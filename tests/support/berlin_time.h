@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <ctime>
 
-// A test program that includes this runs in the time zone of Berlin.
+// Sets the time zone of the test program to Europe/Berlin.
 inline const bool isInBerlin = [] {
   setenv("TZ", "Europe/Berlin", 1);
   tzset();

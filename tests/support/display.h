@@ -1,7 +1,7 @@
-// A display of the test's own, with real keys and a real mouse.
+// A private display for a test, with real keys and a real mouse.
 //
-// Needs Xvfb, xdotool and ImageMagick's import. What one of them cannot do because it is missing or
-// broken throws std::runtime_error with the reason, which fails the test.
+// Requires Xvfb, xdotool and ImageMagick's import. If one of them is missing or fails, throws
+// std::runtime_error with the reason, which fails the test.
 #pragma once
 
 #include <QDeadlineTimer>
@@ -21,7 +21,7 @@
 
 class Display {
 public:
-  // So many pixels wide and high. It stays as it is while programs come and go.
+  // The size is in pixels. The display keeps running when its last program exits.
   Display(int width, int height) {
     server_.setStandardErrorFile(QProcess::nullDevice());
     server_.setChildProcessModifier([] { prctl(PR_SET_PDEATHSIG, SIGTERM); });
@@ -36,7 +36,7 @@ public:
   Display(const Display&) = delete;
   Display& operator=(const Display&) = delete;
   ~Display() {
-    // It takes its socket along.
+    // On SIGTERM, the server deletes its socket.
     server_.terminate();
     if (!server_.waitForFinished(patience)) {
       server_.kill();
@@ -47,7 +47,7 @@ public:
   // The value for $DISPLAY.
   [[nodiscard]] const QByteArray& name() const { return name_; }
 
-  // Asks again and again until the condition holds. False when it doesn't for a long time.
+  // Polls until the condition holds. Returns false on timeout.
   [[nodiscard]] static bool waitFor(const std::function<bool()>& condition) {
     const QDeadlineTimer end(patience);
     while (!condition()) {
@@ -58,18 +58,18 @@ public:
     return true;
   }
 
-  // Waits for a window whose title matches the regular expression and gives it the focus. False
-  // when none comes up.
+  // Waits for a window whose title matches the regular expression and focuses it. Returns false on
+  // timeout.
   [[nodiscard]] bool focus(const QString& title) const {
     return waitFor([&] {
       return run({"search", "--onlyvisible", "--name", title, "windowfocus", "--sync"});
     });
   }
-  // Whether there is a window now whose title matches.
+  // Returns whether a window with a matching title exists now.
   [[nodiscard]] bool hasTitle(const QString& title) const {
     return run({"search", "--onlyvisible", "--name", title});
   }
-  // How many windows and menus of a program are seen now.
+  // Returns the number of visible windows and menus of a program.
   [[nodiscard]] int windows(const QString& program) const {
     QProcess tool;
     static_cast<void>(
@@ -77,20 +77,20 @@ public:
     return static_cast<int>(tool.readAllStandardOutput().count('\n'));
   }
 
-  // Presses keys of these names (XKeysymDB), or types a text.
+  // Presses keys by name (XKeysymDB), or types a text.
   [[nodiscard]] bool press(const QStringList& keys) const { return run(QStringList{"key"} + keys); }
   [[nodiscard]] bool type(const QString& text) const { return run({"type", text}); }
 
   [[nodiscard]] bool click(const QPoint& at) const {
     return run(to(at) + QStringList{"click", "1"});
   }
-  // Presses the button, which stays down until it is let go.
+  // Presses the button and keeps it down.
   [[nodiscard]] bool hold(const QPoint& at) const {
     return run(to(at) + QStringList{"mousedown", "1"});
   }
   [[nodiscard]] bool moveTo(const QPoint& point) const { return run(to(point)); }
   [[nodiscard]] bool letGo() const { return run({"mouseup", "1"}); }
-  // Moves in small steps with the button down, and lets it go.
+  // Moves in small steps with the button down, then releases it.
   [[nodiscard]] bool drag(const QPoint& from, const QPoint& end) const {
     constexpr int steps = 10;
     QStringList way = to(from) + QStringList{"mousedown", "1"};
@@ -99,7 +99,7 @@ public:
     return run(way + QStringList{"mouseup", "1"});
   }
 
-  // The pixels of a part of the screen, three bytes each; never empty.
+  // Returns the pixels of a part of the screen, three bytes each; never empty.
   [[nodiscard]] QByteArray picture(const QRect& part) const {
     QProcess tool;
     const bool taken = ends(tool, "import",
@@ -135,7 +135,7 @@ private:
     return ends(tool, "xdotool", arguments);
   }
 
-  // Whether the program exits with 0.
+  // Returns whether the program exits with 0.
   [[nodiscard]] bool ends(QProcess& tool, const char* program, const QStringList& arguments) const {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("DISPLAY", QString::fromLatin1(name_));

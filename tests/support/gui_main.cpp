@@ -1,4 +1,5 @@
-// The main of test programs with widgets: one application for all cases, on no display.
+// The main function of test programs with widgets: one application for all test cases, without a
+// display.
 
 #include "ZApplication.h"
 

@@ -1,4 +1,4 @@
-// What tests of widgets share.
+// Helpers for tests of widgets.
 #pragma once
 
 #include "RES_ICON_Reader.h"
@@ -11,23 +11,23 @@
 
 #include <ostream>
 
-// The application of a program that is tested with ulo_gui_test.
+// Returns the application of a test program built with ulo_gui_test.
 inline ZApplication& application() {
   return *qobject_cast<ZApplication*>(qApp);
 }
 
-// Shows strings of Qt in the messages of a failed test.
+// Prints QStrings in the messages of failed tests.
 inline void PrintTo(const QString& text, std::ostream* out) {
   *out << '"' << text.toStdString() << '"';
 }
 
-// Whether a pixmap is the platform's icon of this name, as it is drawn beside text.
+// Returns whether a pixmap is the platform's icon of this name, in the size for use beside text.
 inline bool isIcon(const QPixmap& pixmap, const char* name) {
   const QPixmap icon = RES_ICON_Reader::getIcon(QLatin1String(name), true);
   return !icon.isNull() && pixmap.toImage() == icon.toImage();
 }
 
-// While the object lives, each text is shown as its id.
+// Shows each text as its id during its lifetime.
 class TextsAsIds {
   class Translator : public QTranslator {
   public:
@@ -45,7 +45,7 @@ public:
   ~TextsAsIds() { QCoreApplication::removeTranslator(&translator_); }
 };
 
-// Has everything done that was put off to the event loop, deletions among it.
+// Processes all pending events, including deferred deletions.
 inline void finishEvents() {
   QCoreApplication::processEvents();
   QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);

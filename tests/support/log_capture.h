@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <string>
 
-// Collects what is logged while the object lives.
+// Collects all log messages during its lifetime.
 class LogCapture {
 public:
   LogCapture() : previous_(libaplog_to_module_ptr) {
@@ -21,12 +21,12 @@ public:
     std::free(buffer_);
   }
 
-  // Everything logged so far, in one text: messages carry no line end.
+  // Returns everything logged so far as one text. Messages have no line ends.
   [[nodiscard]] std::string text() {
     std::fflush(stream_);
     return std::string(buffer_, size_);
   }
-  // The same with each "(file:line)" shown as "(file)", so that a test does not depend on lines.
+  // The same with each "(file:line)" replaced by "(file)".
   [[nodiscard]] std::string withoutLines() {
     const std::string all = text();
     std::string result;

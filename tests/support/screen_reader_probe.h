@@ -1,4 +1,4 @@
-// What a screen reader hears, for tests of widgets.
+// Records what a screen reader would receive, for tests of widgets.
 #pragma once
 
 #include <QAccessible>
@@ -11,12 +11,12 @@
 #include <string>
 #include <vector>
 
-// Records, while it lives, the events that programs use to tell screen readers something.
+// Records the accessibility events of the program during its lifetime.
 class ScreenReader {
 public:
   struct Heard {
     QAccessible::Event event;
-    std::string name;  // of what it is about
+    std::string name;  // of the object concerned
     QAccessible::State state;
     QAccessible::Role role;
   };
@@ -33,7 +33,7 @@ public:
     QAccessible::installUpdateHandler(before_);
   }
 
-  // The names of what events of this kind were about, from the first.
+  // Returns the names of the objects concerned by events of this kind, in order.
   [[nodiscard]] static std::vector<std::string> names(QAccessible::Event event) {
     std::vector<std::string> found;
     for (const Heard& each : heard())
@@ -41,7 +41,7 @@ public:
         found.push_back(each.name);
     return found;
   }
-  // The last event of this kind.
+  // Returns the last event of this kind.
   [[nodiscard]] static Heard last(QAccessible::Event event) {
     const auto found = std::find_if(heard().rbegin(), heard().rend(),
                                     [&](const Heard& each) { return each.event == event; });
@@ -50,8 +50,8 @@ public:
   static void forget() { heard().clear(); }
 
 private:
-  // Qt sends no events before its platform says that a screen reader is there, and the platform
-  // without a display never does.
+  // Qt sends no events unless its platform reports a screen reader, which the platform without a
+  // display never does.
   static void setActive(bool active) {
     const auto find = [](const char* name) {
       void* symbol = dlsym(RTLD_DEFAULT, name);
@@ -76,7 +76,7 @@ private:
                                         QAccessible::StateChanged, QAccessible::DescriptionChanged};
     if (std::find(std::begin(kinds), std::end(kinds), event->type()) == std::end(kinds))
       return;
-    // Keys that are enabled or not are not what tests look for.
+    // Tests do not check whether keys are enabled.
     if (event->type() == QAccessible::StateChanged &&
         !static_cast<QAccessibleStateChangeEvent*>(event)->changedStates().checked)
       return;

@@ -10,8 +10,8 @@
 
 #include <sys/prctl.h>
 
-// A session bus of the test's own, for this process and those that it starts while it lives. Throws
-// if the bus does not start.
+// A private session bus for this process and the processes that it starts during the object's
+// lifetime. The constructor throws if the bus does not start.
 class SessionBus {
 public:
   SessionBus() {

@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <string>
 
-// A directory of the test's own, gone with the object.
+// A temporary directory that is deleted with the object.
 class TemporaryDirectory {
 public:
   TemporaryDirectory() {
@@ -26,7 +26,7 @@ private:
   std::filesystem::path path_;
 };
 
-// The same, as the place where databases and the journal are kept while the object lives.
+// A temporary directory that is the data directory during the object's lifetime.
 class DataDirectory : public TemporaryDirectory {
 public:
   DataDirectory() { setenv("ULO_DATA_DIR", path().c_str(), 1); }

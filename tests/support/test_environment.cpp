@@ -1,5 +1,5 @@
-// Every test program runs in the same time zone and locale, however it is started. (ctest can't be
-// told: a list of environment variables doesn't survive the discovery of the test cases.)
+// Runs every test program in the same time zone and locale, however it is started. (ctest cannot
+// set them: a list of environment variables is lost in the discovery of the test cases.)
 
 #include <cstdlib>
 
@@ -12,7 +12,7 @@ __attribute__((constructor)) void setTestEnvironment() {
 
 }  // namespace
 
-// What Qt itself never frees: QScroller makes a recognizer for each grab and forgets it.
+// Leaks of Qt: QScroller never frees the recognizer that it creates for each grab.
 extern "C" __attribute__((visibility("default"))) const char* __lsan_default_suppressions() {
   return "leak:QScroller::grabGesture\n";
 }
