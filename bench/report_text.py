@@ -75,8 +75,8 @@ def times_table(figures, pattern):
 
 def joined_lines(figures):
     return "\n".join(
-        f"`{row.operation}`, {row.size:,} tasks: written by hand with a join for the category's "
-        f"name {shown_time(row.joined)}, with a statement of its own {shown_time(row.hand)}."
+        f"`{row.operation}`, {row.size:,} tasks, hand-written: {shown_time(row.joined)} with a join for "
+        f"the category's name, {shown_time(row.hand)} with a separate statement."
         for row in figures.rows if row.joined)
 
 
@@ -137,13 +137,13 @@ def tables(figures):
     if figures.memory:
         lists, imports = memory_tables(figures)
         text += ["## Memory of lists",
-                 "What a list of 100,000 tasks takes on the heap, and the most that is in use "
-                 "while it is read. Each line is a process of its own.", lists,
+                 "Heap memory of a list of 100,000 tasks, and the maximum in use while the list is "
+                 "read. Each line is measured in a separate process.", lists,
                  "## Memory of an import",
-                 "A file is read into records; what was in use before is not counted.", imports]
+                 "A file is read into records. Memory that was in use before is not counted.", imports]
     if figures.instructions:
         text += ["## Instructions",
-                 "Instructions a call under callgrind, which counts none of the kernel's. "
+                 "Instructions for each call, counted by callgrind, without those of the kernel. "
                  "`bench/instructions` prints all parts.", instructions_table(figures)]
     return "\n\n".join(part for part in text if part)
 
@@ -189,34 +189,34 @@ def targets_table():
 def document(figures, disk, seconds):
     return f"""# Benchmarks
 
-Each operation of the store, and the vTodo codec, beside the same work written by hand with SQLite's C interface or the vObject library alone: in one process and one run, on files with the same content, schema, indexes, pragmas and durability (write-ahead log, `synchronous=FULL`, a journal entry for each change), with prepared statements that are kept, giving the same records. Before a pair is timed its results are compared; a difference ends the run. {verdict(figures)}.
+Each operation of the store and of the vTodo codec is compared with the same work written by hand, using SQLite's C interface or the vObject library alone. Both sides run in one process, on files with the same content, schema, indexes, pragmas and durability (write-ahead log, `synchronous=FULL`, a journal entry for each change), and the hand-written side keeps its prepared statements. Before a pair is timed, its results are compared; if they differ, the run stops. {verdict(figures)}.
 
 ![Ratios and times](benchmarks.svg)
 
 ## How to repeat
 
 ```
-bench/report                        # everything: about {seconds / 60:.0f} minutes on a machine that does nothing else
+bench/report                        # everything: about {seconds / 60:.0f} minutes on an idle machine
 bench/report --quick                # 100 and 10,000 tasks, prints only
 bench/report --sizes 10000 --filter page
-bench/instructions                  # instructions a call, by part of the library
+bench/instructions                  # instructions for each call, by part of the library
 ```
 
 {machine(disk)}
 
 ## How to read
 
-- Times are medians of 3 to 9 repetitions, each with as many calls as fill its time; the repetitions of all operations are mixed. A time is that of the call alone: what becomes of its result is not counted.
-- *ratio* is ours divided by hand-written: the median of the repetitions' ratios. In a repetition the two sides are timed next to each other, and where the disk is waited for call by call, so that a busy moment of the machine slows both.
-- *growth* is the time for a record (for a call, where there is one record or none) divided by that at the size before; in brackets the hand-written side's.
-- The log is off, the time zone has daylight saving. Tasks have a summary of 5 to 60 characters, a third has a note of 50 to 400, two thirds have a due date; 20 categories.
-- `getAllTasks` is a match by an example that asks for nothing. `page` reads ten tasks. `range` and `category` give about a twentieth of the tasks.
+- Times are medians of 3 to 9 repetitions, each with as many calls as fit into a fixed time; the repetitions of all operations are interleaved. Only the call itself is timed, not the use of its result.
+- *ratio* is our time divided by the hand-written one: the median of the ratios of all repetitions. In each repetition the two sides run one after the other (if they wait for the disk, call by call), so that other load on the machine slows both.
+- *growth* is the time for each record (for each call, if there is at most one record) divided by that at the preceding size. The value of the hand-written side is in parentheses.
+- The log is off, the time zone has daylight saving. Tasks have a summary of 5 to 60 characters, a third of them have a note of 50 to 400 characters, two thirds have a due date, and there are 20 categories.
+- `getAllTasks` is a match with an empty example. `page` reads ten tasks. `range` and `category` return about a twentieth of the tasks.
 
-Targets (for stores of {TARGETS_FROM:,} tasks and more; growth counts behind that, and only where the hand-written side's time does not grow alike):
+Targets (for stores of {TARGETS_FROM:,} tasks and more; growth counts for larger ones, and only if the time of the hand-written side does not grow as much):
 
 {targets_table()}
 
-Reading most of the records ({", ".join(HEAP_TARGET_LISTS)}) takes at most {HEAP_TARGET} times the heap of the list; the memory that an import needs for a to-do grows at most by {IMPORT_GROWTH_TARGET} from one size of file to the next.
+Reading most of the records ({", ".join(HEAP_TARGET_LISTS)}) takes at most {HEAP_TARGET} times the heap memory of the list. The memory that an import needs for each to-do grows by at most a factor of {IMPORT_GROWTH_TARGET} from one file size to the next.
 
 {tables(figures)}
 """
@@ -232,7 +232,7 @@ def write_plot(figures, path, directory):
     lower = 560 / (860 + 16 * len(operations))
     # Upper part: one line per operation, one point per size.
     script += [f"set origin 0,{lower:.4f}", f"set size 1,{1 - lower:.4f}",
-               "set title 'Time beside the same work written by hand'", "set logscale x 2",
+               "set title 'Time relative to the same work written by hand'", "set logscale x 2",
                "set xlabel 'ratio (1: as fast)'", "set grid x", "set key outside top right",
                f"set yrange [{len(operations)}:-1]", "set lmargin 36",
                "set ytics (" + ", ".join(f"'{name}' {i}" for i, name in enumerate(operations)) + ")",
