@@ -3,8 +3,8 @@
 #include "CAL_ENG_FileDirect.h"
 #include "EMAIL_Util.h"
 #include "UTIL_TimeConversion.h"
+#include "codec_log.h"
 #include "module_log.h"
-#include "quiet_parser.h"
 #include "vcal_guard.h"
 #include "vobject_library.h"
 
@@ -12,168 +12,56 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <cstring>
-#include <cwchar>
-#include <dlfcn.h>
 #include <memory>
 #include <new>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
-namespace {
+namespace codec_log {
 
-// Shared by all parsers: each one opens the library anew, and the loader counts.
-void* libraryHandle = nullptr;
-
-constexpr char emptyValue[] = "";
-
-// Where the functions of the library stand, by the literal that names them, null for one that it
-// lacks; as long as the same parser is the last that opened it.
-std::unordered_map<const char*, void*>& addresses() {
-  static std::unordered_map<const char*, void*> known;
-  return known;
+void libraryNotOpened() {
+  ULO_LOG_ERROR("Failed to open libicalvcal.so!!");
 }
 
-// `name` is a literal.
-template <typename Function> Function* lookUp(const char* name) {
-  if (libraryHandle == nullptr)
-    return nullptr;
-  const auto [place, isNew] = addresses().try_emplace(name, nullptr);
-  if (isNew)
-    place->second = dlsym(libraryHandle, name);
-  return reinterpret_cast<Function*>(place->second);
+void functionMissing(const char* name) {
+  ULO_LOG_ERROR("Cannot invoke call %s", name);
 }
 
-template <typename Function> Function* require(const char* name) {
-  auto* function = lookUp<Function>(name);
-  if (function == nullptr)
-    ULO_LOG_ERROR("Cannot invoke call %s", name);
-  return function;
+void valueNotAllocated() {
+  ULO_LOG_ERROR("Unable to allocate memory");
 }
 
-}  // namespace
-
-namespace vobject {
-
-VObject* newVObject(const char* name) {
-  auto* function = require<VObject*(const char*)>("newVObject");
-  return function == nullptr ? nullptr : function(name);
+void textNotWritten() {
+  ULO_LOG_ERROR("Unable to write vcard");
 }
 
-void initPropIterator(VObjectIterator* iterator, VObject* object) {
-  if (auto* function = require<void(VObjectIterator*, VObject*)>("initPropIterator"))
-    function(iterator, object);
+void textNotParsed() {
+  ULO_LOG_ERROR("open object failed!!");
 }
 
-int moreIteration(VObjectIterator* iterator) {
-  auto* function = require<int(VObjectIterator*)>("moreIteration");
-  return function == nullptr ? -1 : function(iterator);
+void recordNotAllocated() {
+  ULO_LOG_ERROR("Memary is full!!");
 }
 
-VObject* nextVObject(VObjectIterator* iterator) {
-  auto* function = require<VObject*(VObjectIterator*)>("nextVObject");
-  return function == nullptr ? nullptr : function(iterator);
+void todoNotRead() {
+  ULO_LOG_ERROR("toTaskRec failed!");
 }
 
-const char* vObjectName(VObject* object) {
-  auto* function = require<const char*(VObject*)>("vObjectName");
-  return function == nullptr ? nullptr : function(object);
+void charsetFound(const char* name) {
+  ULO_LOG_ERROR("Charset is %s", name);
 }
 
-const char* vObjectStringZValue(VObject* object) {
-  auto* function = require<const char*(VObject*)>("vObjectStringZValue");
-  return function == nullptr ? nullptr : function(object);
+void dueDateIgnored() {
+  ULO_LOG_ERROR("It's local sync, no due");
 }
 
-char* vObjectUStringZValue(VObject* object) {
-  return narrow(lookUp<const wchar_t*(VObject*)>("vObjectUStringZValue")(object));
+void fileNotOpened() {
+  ULO_LOG_ERROR("Unable to open vcard write");
 }
 
-// Some builds of the library have no writeVObject; what writeMemVObject gives is the same.
-void writeVObject(std::FILE* stream, VObject* object) {
-  if (auto* function = lookUp<void(std::FILE*, VObject*)>("writeVObject")) {
-    if (object != nullptr)
-      function(stream, object);
-    return;
-  }
-  auto* toMemory = lookUp<char*(char*, int*, VObject*)>("writeMemVObject");
-  if (toMemory == nullptr) {
-    ULO_LOG_ERROR("Cannot invoke call %s", "writeVObject");
-    return;
-  }
-  if (object == nullptr)
-    return;
-  int length = 0;
-  char* text = toMemory(nullptr, &length, object);
-  if (text != nullptr && std::fwrite(text, 1, std::strlen(text), stream) != std::strlen(text))
-    ULO_LOG_ERROR("Unable to write vcard");
-  std::free(text);
-}
-
-void cleanVObject(VObject* object) {
-  if (auto* function = require<void(VObject*)>("cleanVObject"))
-    function(object);
-}
-
-VObject* nextVObjectInList(VObject* object) {
-  auto* function = require<VObject*(VObject*)>("nextVObjectInList");
-  return function == nullptr ? nullptr : function(object);
-}
-
-VObject* Parse_MIME_FromFileName(const char* fileName) {
-  auto* function = require<VObject*(const char*)>("Parse_MIME_FromFileName");
-  const QuietParser quiet;
-  return function == nullptr ? nullptr : function(fileName);
-}
-
-VObject* Parse_MIME(const char* text, std::size_t length) {
-  auto* function = require<VObject*(const char*, unsigned long)>("Parse_MIME");
-  const QuietParser quiet;
-  return function == nullptr ? nullptr : function(text, length);
-}
-
-VObject* addProp(VObject* object, const char* name) {
-  if (object == nullptr)
-    return nullptr;
-  auto* function = require<VObject*(VObject*, const char*)>("addProp");
-  return function == nullptr ? nullptr : function(object, name);
-}
-
-VObject* addPropValue(VObject* object, const char* name, const QString& value) {
-  if (object == nullptr || value.isEmpty())
-    return nullptr;
-  auto* function = require<VObject*(VObject*, const char*, const char*)>("addPropValue");
-  return function == nullptr ? nullptr : function(object, name, value.toUtf8().constData());
-}
-
-char* narrow(const wchar_t* text) {
-  constexpr wchar_t lineSeparator = 0x2028;
-  constexpr wchar_t paragraphSeparator = 0x2029;
-  if (text == nullptr)
-    return const_cast<char*>(emptyValue);
-  const std::size_t length = std::wcslen(text);
-  auto* result = static_cast<char*>(std::malloc(length + 1));
-  if (result == nullptr) {
-    ULO_LOG_ERROR("Unable to allocate memory");
-    return nullptr;
-  }
-  for (std::size_t i = 0; i < length; ++i)
-    result[i] = text[i] == lineSeparator        ? '\n'
-                : text[i] == paragraphSeparator ? '\r'
-                                                : static_cast<char>(text[i] & 0xFF);
-  result[length] = '\0';
-  return result;
-}
-
-void release(char* narrowed) {
-  if (narrowed != emptyValue)
-    std::free(narrowed);
-}
-
-}  // namespace vobject
+}  // namespace codec_log
 
 namespace {
 
@@ -324,7 +212,7 @@ bool forEachTodo(ulo::GuardedText text, Parse parse, Visit visit) {
 
 // The library makes nothing of a text: no record of it remains.
 void giveUp(QList<ZTASK_ENG_Task>& tasks) {
-  ULO_LOG_ERROR("open object failed!!");
+  codec_log::textNotParsed();
   for (uint i = 0; i < tasks.count() && !tasks.autoDelete(); ++i)
     delete tasks.at(i);
   tasks.clear();
@@ -335,7 +223,7 @@ QDateTime dueDate(const QCString& value) {
   QDateTime due = UTIL_TimeConversion::fromISO8601(value);
   if (due.isValid() && due >= QDateTime(QDate(1970, 1, 2), QTime(0, 0, 0, 0)))
     return due;
-  ULO_LOG_ERROR("It's local sync, no due");
+  codec_log::dueDateIgnored();
   return ZTASK_ENG_Task::noDate();
 }
 
@@ -404,16 +292,11 @@ void addTodo(VObject* calendar, ZTASK_ENG_Task& task, const QString& charset) {
 }  // namespace
 
 ZVtodoParser::ZVtodoParser() {
-  addresses().clear();
-  libraryHandle = dlopen("libicalvcal.so", RTLD_LAZY);
-  if (libraryHandle == nullptr)
-    ULO_LOG_ERROR("Failed to open libicalvcal.so!!");
+  vobject::open();
 }
 
 ZVtodoParser::~ZVtodoParser() {
-  addresses().clear();
-  if (libraryHandle != nullptr)
-    dlclose(libraryHandle);
+  vobject::close();
 }
 
 bool ZVtodoParser::isVtodo(const QString& fileName) {
@@ -452,7 +335,7 @@ void ZVtodoParser::readVtodo(const QString& fileName, QList<ZTASK_ENG_Task>& tas
 bool ZVtodoParser::appendTaskRec(VObject* todo, QList<ZTASK_ENG_Task>& tasks) {
   const ZTASK_ENG_Task* task = toTaskRec(todo);
   if (task == nullptr) {
-    ULO_LOG_ERROR("toTaskRec failed!");
+    codec_log::todoNotRead();
     return false;
   }
   tasks.append(task);
@@ -463,7 +346,7 @@ ZTASK_ENG_Task* ZVtodoParser::toTaskRec(VObject* todo) {
   using Task = ZTASK_ENG_Task;
   auto* task = new (std::nothrow) Task;
   if (task == nullptr) {
-    ULO_LOG_ERROR("Memary is full!!");
+    codec_log::recordNotAllocated();
     return nullptr;
   }
   forEachProperty(todo, [&](VObject* property) {
@@ -553,7 +436,7 @@ QString ZVtodoParser::decodeCharset(VObject* property, const QCString& value) {
   for (const CharsetName& known : charsetNames)
     if (name == known.name)
       charset = known;
-  ULO_LOG_ERROR("Charset is %s", charset.logged);
+  codec_log::charsetFound(charset.logged);
 
   QString text = QString::fromLatin1(value);
   EMAIL_Util::decFromCharset(value, text, charset.charset);
@@ -563,7 +446,7 @@ QString ZVtodoParser::decodeCharset(VObject* property, const QCString& value) {
 void ZVtodoParser::writeVtodo(const QString& fileName, QList<ZTASK_ENG_Task>& tasks) {
   CAL_ENG_FileDirect file(fileName);
   if (!file.open(QIODevice::WriteOnly) || file.stream() == nullptr) {
-    ULO_LOG_ERROR("Unable to open vcard write");
+    codec_log::fileNotOpened();
     return;
   }
   ulo::keepVObjectLibrary();
