@@ -44,16 +44,12 @@ public:
   void writeVtodo(const QString& fileName, ZTASK_ENG_Task* task);
 
 private:
-  friend struct ZVtodoParserAccess;  // of the tests
-
   // The calendar object; to be released with cleanVObject.
   VObject* buildVCalendar(QList<ZTASK_ENG_Task>& tasks);
   // False when there is no memory for the record.
   bool appendTaskRec(VObject* todo, QList<ZTASK_ENG_Task>& tasks);
   // A new record; null on failure.
   ZTASK_ENG_Task* toTaskRec(VObject* todo);
-  int getStatusValue(const QCString& text);
-  int getPriorityValue(const QCString& text);
   // The value of a property in the character set that the property declares.
   QString decodeCharset(VObject* property, const QCString& value);
 };

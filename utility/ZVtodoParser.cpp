@@ -5,10 +5,9 @@
 #include "UTIL_TimeConversion.h"
 #include "codec_log.h"
 #include "module_log.h"
+#include "todo_values.h"
 #include "vcal_guard.h"
 #include "vobject_library.h"
-
-#include <QStringDecoder>
 
 #include <algorithm>
 #include <array>
@@ -64,55 +63,6 @@ void fileNotOpened() {
 }  // namespace codec_log
 
 namespace {
-
-// The status words of vCalendar 1.0 by their code.
-constexpr std::array<const char*, 8> statusWords = {"COMPLETED", "NEEDS ACTION", "ACCEPTED",
-                                                    "SENT",      "TENTATIVE",    "CONFIRMED",
-                                                    "DECLINED",  "DELEGATED"};
-constexpr int statusCompleted = 0;
-constexpr int statusNeedsAction = 1;
-constexpr int statusUnknown = 8;
-
-// How a status is recognised: the first word that the text contains decides. The words in lower
-// case are those of the platform's own export.
-struct WordCode {
-  const char* word;
-  int code;
-};
-constexpr std::array<WordCode, 10> statusTests = {{
-    {statusWords[0], 0},
-    {statusWords[1], 1},
-    {"uncompleted", statusNeedsAction},
-    {"completed", statusCompleted},
-    {statusWords[2], 2},
-    {statusWords[3], 3},
-    {statusWords[4], 4},
-    {statusWords[5], 5},
-    {statusWords[6], 6},
-    {statusWords[7], 7},
-}};
-
-constexpr std::array<WordCode, 3> priorityWords = {{{"HIGH", 1}, {"NORMAL", 2}, {"LOW", 3}}};
-constexpr int priorityNone = 0;
-
-// Names of character sets, in upper case, as texts declare them.
-struct CharsetName {
-  const char* name;
-  int charset;
-  const char* logged;
-};
-constexpr std::array<CharsetName, 9> charsetNames = {{
-    {"GBK", EMAIL_Util::charsetGbk, "GBK"},
-    {"GB2312", EMAIL_Util::charsetGb2312, "GB2312"},
-    {"BIG5", EMAIL_Util::charsetBig5, "BIG5"},
-    {"UTF-7", EMAIL_Util::charsetUtf7, "UTF-7"},
-    {"UTF7", EMAIL_Util::charsetUtf7, "UTF-7"},
-    {"UTF-8", EMAIL_Util::charsetUtf8, "UTF-8"},
-    {"UTF8", EMAIL_Util::charsetUtf8, "UTF-8"},
-    {"USASCII", EMAIL_Util::charsetUsAscii, "USASCII"},
-    {"US-ASCII", EMAIL_Util::charsetUsAscii, "USASCII"},
-}};
-constexpr CharsetName unknownCharset = {"", EMAIL_Util::charsetUnknown, "default unknow"};
 
 // The properties of a VTODO that are read.
 enum class TodoProperty {
@@ -218,73 +168,26 @@ void giveUp(QList<ZTASK_ENG_Task>& tasks) {
   tasks.clear();
 }
 
-// Texts of local synchronisation carry a date of the first hours of 1970 for none.
-QDateTime dueDate(const QCString& value) {
-  QDateTime due = UTIL_TimeConversion::fromISO8601(value);
-  if (due.isValid() && due >= QDateTime(QDate(1970, 1, 2), QTime(0, 0, 0, 0)))
-    return due;
-  codec_log::dueDateIgnored();
-  return ZTASK_ENG_Task::noDate();
-}
-
-// Quoted-printable of the text in UTF-8.
-QString encodeText(const QString& text) {
-  QCString bytes;
-  EMAIL_Util::encWithCharset(bytes, text, EMAIL_Util::charsetUtf8);
-  const unsigned long length = bytes.isNull() ? 0 : std::strlen(bytes.constData());
-  return QString::fromLatin1(EMAIL_Util::encQp(bytes.constData(), length, 0));
-}
-
-// A text field as it can be written: what UTF-8 cannot hold is replaced.
-QString wellFormed(const QString& text) {
-  const QByteArray utf8 = text.toUtf8();
-  if (utf8.isEmpty() || utf8.front() == '\0')
-    return QString();
-  // QString::fromUtf8 would drop a byte order mark at the beginning.
-  return QStringDecoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom)(utf8);
-}
-
-bool isSet(const QDateTime& dateTime) {
-  return UTIL_TimeConversion::toUTC(dateTime) != ZTASK_ENG_Task::noDateSeconds;
-}
-
-QString twoDigits(int number) {
-  return QString(number <= 9 ? "0%1" : "%1").arg(number);
-}
-
-// The local date at noon UTC, whatever the time of day.
-QString dueValue(const QDate& date) {
-  return QString("%1").arg(date.year()) + twoDigits(date.month()) + twoDigits(date.day()) +
-         "T120000Z";
-}
-
-QString fullValue(const QDateTime& dateTime) {
-  return QString::fromLatin1(UTIL_TimeConversion::toISO8601(dateTime));
-}
-
 void addTodo(VObject* calendar, ZTASK_ENG_Task& task, const QString& charset) {
   using Task = ZTASK_ENG_Task;
   const auto addText = [charset](VObject* todo, const char* name, const QString& text) {
     const QString full =
         QString("%1;CHARSET=%2;ENCODING=QUOTED-PRINTABLE").arg(QLatin1String(name), charset);
-    vobject::addPropValue(todo, full.toLatin1().constData(), encodeText(text));
+    vobject::addPropValue(todo, full.toLatin1().constData(), ulo::encodeText(text));
   };
 
   VObject* todo = vobject::addProp(calendar, "VTODO");
-  const auto status = static_cast<unsigned int>(task.getStatusValue());
-  vobject::addPropValue(
-      todo, "STATUS",
-      statusWords[status < statusWords.size() ? status : unsigned{statusNeedsAction}]);
-  addText(todo, "SUMMARY", wellFormed(task.getString(Task::TASK_FIELD_SUMMARY)));
-  addText(todo, "DESCRIPTION", wellFormed(task.getString(Task::TASK_FIELD_NOTE)));
+  vobject::addPropValue(todo, "STATUS", ulo::statusText(task.getStatusValue()));
+  addText(todo, "SUMMARY", ulo::wellFormedText(task.getString(Task::TASK_FIELD_SUMMARY)));
+  addText(todo, "DESCRIPTION", ulo::wellFormedText(task.getString(Task::TASK_FIELD_NOTE)));
   addText(todo, "CATEGORY", task.getString(Task::TASK_FIELD_CATEGORY));
-  if (const QDateTime due = task.getDateTime(Task::TASK_FIELD_DUE); isSet(due))
-    vobject::addPropValue(todo, "DUE", dueValue(UTIL_TimeConversion::toLocalTime(due).date()));
-  if (const QDateTime end = task.getDateTime(Task::TASK_FIELD_END); isSet(end))
-    vobject::addPropValue(todo, "COMPLETED", fullValue(end));
+  if (const QDateTime due = task.getDateTime(Task::TASK_FIELD_DUE); ulo::isSet(due))
+    vobject::addPropValue(todo, "DUE", ulo::dueDateText(due));
+  if (const QDateTime end = task.getDateTime(Task::TASK_FIELD_END); ulo::isSet(end))
+    vobject::addPropValue(todo, "COMPLETED", ulo::dateTimeText(end));
   // A year of five digits has no value; an empty DALARM would take the place of none.
-  if (const QDateTime alarm = task.getDateTime(Task::TASK_FIELD_ALARM); isSet(alarm))
-    if (const QString runTime = fullValue(alarm); !runTime.isEmpty())
+  if (const QDateTime alarm = task.getDateTime(Task::TASK_FIELD_ALARM); ulo::isSet(alarm))
+    if (const QString runTime = ulo::dateTimeText(alarm); !runTime.isEmpty())
       vobject::addPropValue(vobject::addProp(todo, "DALARM"), "RUNTIME", runTime);
   vobject::addPropValue(todo, "PRIORITY", QString::number(task.getPriorityValue()));
 }
@@ -361,12 +264,12 @@ ZTASK_ENG_Task* ZVtodoParser::toTaskRec(VObject* todo) {
       return true;
     switch (known->property) {
     case TodoProperty::completed:
-      if (task->getStatusValue() == statusNeedsAction)
-        task->setStatus(statusCompleted);
+      if (task->getStatusValue() == ulo::statusNeedsAction)
+        task->setStatus(ulo::statusCompleted);
       task->setDateTime(Task::TASK_FIELD_END, UTIL_TimeConversion::fromISO8601(value));
       break;
     case TodoProperty::status:
-      task->setStatus(getStatusValue(value));
+      task->setStatus(ulo::statusFromText(value));
       break;
     case TodoProperty::summary:
       task->setString(Task::TASK_FIELD_SUMMARY, decodeCharset(property, value));
@@ -378,7 +281,7 @@ ZTASK_ENG_Task* ZVtodoParser::toTaskRec(VObject* todo) {
       task->setString(Task::TASK_FIELD_CATEGORY, decodeCharset(property, value));
       break;
     case TodoProperty::due:
-      task->setDateTime(Task::TASK_FIELD_DUE, dueDate(value));
+      task->setDateTime(Task::TASK_FIELD_DUE, ulo::dueDateFromText(value));
       break;
     case TodoProperty::dalarm:
       forEachProperty(property, [&](VObject* field) {
@@ -389,39 +292,12 @@ ZTASK_ENG_Task* ZVtodoParser::toTaskRec(VObject* todo) {
       });
       break;
     case TodoProperty::priority:
-      task->setPriority(getPriorityValue(value));
+      task->setPriority(ulo::priorityFromText(value));
       break;
     }
     return true;
   });
   return task;
-}
-
-int ZVtodoParser::getStatusValue(const QCString& text) {
-  moduleLog(logTrace, "Entering function %s\nbegin getStatusValue", "getStatusValue");
-  int code = statusUnknown;
-  for (const WordCode& test : statusTests) {
-    if (text.contains(test.word, true) != 0) {
-      code = test.code;
-      break;
-    }
-  }
-  moduleLog(logTrace, "Exiting function %s\nend getStatusValue", "getStatusValue");
-  return code;
-}
-
-int ZVtodoParser::getPriorityValue(const QCString& text) {
-  moduleLog(logTrace, "Entering function %s\nbegin getPriorityValue", "getPriorityValue");
-  bool isNumber = false;
-  int code = QString::fromLatin1(text).toInt(&isNumber, 10);
-  if (!isNumber) {
-    code = priorityNone;
-    for (const WordCode& known : priorityWords)
-      if (text == known.word)
-        code = known.code;
-  }
-  moduleLog(logTrace, "Exiting function %s\nend getPriorityValue", "getPriorityValue");
-  return code;
 }
 
 QString ZVtodoParser::decodeCharset(VObject* property, const QCString& value) {
@@ -431,15 +307,8 @@ QString ZVtodoParser::decodeCharset(VObject* property, const QCString& value) {
       name = QCString(vobject::vObjectStringZValue(parameter));
     return true;
   });
-  name = name.upper();
-  CharsetName charset = unknownCharset;
-  for (const CharsetName& known : charsetNames)
-    if (name == known.name)
-      charset = known;
-  codec_log::charsetFound(charset.logged);
-
-  QString text = QString::fromLatin1(value);
-  EMAIL_Util::decFromCharset(value, text, charset.charset);
+  QString text;
+  ulo::decodeText(value, name, text);
   return text;
 }
 

@@ -5,17 +5,13 @@
 #include "log_capture.h"
 #include "task_text.h"
 #include "temporary_directory.h"
+#include "todo_values.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
 #include <fstream>
-
-struct ZVtodoParserAccess {
-  static int status(const char* text) { return ZVtodoParser().getStatusValue(text); }
-  static int priority(const char* text) { return ZVtodoParser().getPriorityValue(text); }
-};
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -170,7 +166,7 @@ TEST(VtodoReader, StatusWordsAreLookedForInOrder) {
            {"it was SENT", 3},
            {"completed, DELEGATED", 0},
        }})
-    EXPECT_EQ(ZVtodoParserAccess::status(known.text), known.code) << known.text;
+    EXPECT_EQ(ulo::statusFromText(known.text), known.code) << known.text;
 }
 
 TEST(VtodoReader, StatusHasTheSameFormOnTheWay) {
@@ -207,15 +203,15 @@ TEST(VtodoReader, PriorityIsANumberOrAWord) {
            {"A HIGH", 0},
            {"", 0},
        }})
-    EXPECT_EQ(ZVtodoParserAccess::priority(known.text), known.code) << known.text;
+    EXPECT_EQ(ulo::priorityFromText(known.text), known.code) << known.text;
   EXPECT_EQ(read("PRIORITY:NORMAL\r\n").getPriorityValue(), 2);
   EXPECT_EQ(read("PRIORITY:NORMAL\r\n").getPriority(), 1);
 }
 
 TEST(VtodoReader, ConversionsAreNotTraced) {
   LogCapture log;
-  ZVtodoParserAccess::status("SENT");
-  ZVtodoParserAccess::priority("1");
+  ulo::statusFromText("SENT");
+  ulo::priorityFromText("1");
   EXPECT_EQ(log.text(), "");
 }
 
