@@ -7,8 +7,6 @@
 
 #include <QString>
 
-struct VObject;
-
 // Reads and writes through the vObject library, which every object opens when it is made and
 // closes when it goes. Without the library nothing is read or written; that is logged. Used by
 // one thread of the process at a time: the library's parser is global. Its parser would print its
@@ -42,14 +40,4 @@ public:
   void writeVtodo(const QString& fileName, QList<ZTASK_ENG_Task>& tasks);
   // The same for one task. A null task leaves the file as it is.
   void writeVtodo(const QString& fileName, ZTASK_ENG_Task* task);
-
-private:
-  // The calendar object; to be released with cleanVObject.
-  VObject* buildVCalendar(QList<ZTASK_ENG_Task>& tasks);
-  // False when there is no memory for the record.
-  bool appendTaskRec(VObject* todo, QList<ZTASK_ENG_Task>& tasks);
-  // A new record; null on failure.
-  ZTASK_ENG_Task* toTaskRec(VObject* todo);
-  // The value of a property in the character set that the property declares.
-  QString decodeCharset(VObject* property, const QCString& value);
 };

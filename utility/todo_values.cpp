@@ -129,6 +129,10 @@ QString dateTimeText(const QDateTime& dateTime) {
   return QString::fromLatin1(UTIL_TimeConversion::toISO8601(dateTime));
 }
 
+bool isWritable(const QString& text) {
+  return text.isValidUtf16() && !text.contains(QChar(0));
+}
+
 QString wellFormedText(const QString& text) {
   const QByteArray utf8 = text.toUtf8();
   if (utf8.isEmpty() || utf8.front() == '\0')

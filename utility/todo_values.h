@@ -35,8 +35,10 @@ const char* statusText(int status);
 QString dueDateText(const QDateTime& due);
 // Returns the time in UTC, or an empty text if the year does not have four digits.
 QString dateTimeText(const QDateTime& dateTime);
-// Returns the text as it can be written in UTF-8: unpaired surrogates are replaced by "?". Returns
-// a null text for one that is empty or begins with U+0000.
+// Returns true if the text can be written without loss: it has no U+0000 and no unpaired surrogate.
+bool isWritable(const QString& text);
+// Returns the text with unpaired surrogates replaced by "?", or a null text if it is empty or
+// begins with U+0000.
 QString wellFormedText(const QString& text);
 // Returns the text, up to its first U+0000, in UTF-8 and quoted-printable.
 QString encodeText(const QString& text);

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <cwchar>
 #include <dlfcn.h>
+#include <memory>
 #include <unordered_map>
 
 namespace {
@@ -40,6 +41,10 @@ template <typename Function> Function* require(const char* name) {
     codec_log::functionMissing(name);
   return function;
 }
+
+struct Free {
+  void operator()(char* memory) const { std::free(memory); }
+};
 
 }  // namespace
 
@@ -111,6 +116,33 @@ void writeVObject(std::FILE* stream, VObject* object) {
   if (text != nullptr && std::fwrite(text, 1, std::strlen(text), stream) != std::strlen(text))
     codec_log::textNotWritten();
   std::free(text);
+}
+
+std::optional<std::string> textOf(VObject* object) {
+  if (auto* toMemory = lookUp<char*(char*, int*, VObject*)>("writeMemVObject")) {
+    if (object == nullptr)
+      return std::nullopt;
+    int length = 0;
+    const std::unique_ptr<char, Free> text(toMemory(nullptr, &length, object));
+    if (text == nullptr) {
+      codec_log::textNotWritten();
+      return std::nullopt;
+    }
+    return text.get();
+  }
+  char* bytes = nullptr;
+  std::size_t size = 0;
+  std::FILE* stream = open_memstream(&bytes, &size);
+  if (stream == nullptr) {
+    codec_log::textNotWritten();
+    return std::nullopt;
+  }
+  writeVObject(stream, object);
+  const bool whole = std::fclose(stream) == 0;
+  const std::unique_ptr<char, Free> text(bytes);
+  if (!whole)
+    codec_log::textNotWritten();
+  return whole && size > 0 ? std::optional<std::string>(std::in_place, bytes, size) : std::nullopt;
 }
 
 void cleanVObject(VObject* object) {

@@ -7,6 +7,8 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <optional>
+#include <string>
 
 // The library's own types: an object or property, and the position of an iteration over properties.
 struct VObject;
@@ -22,6 +24,15 @@ void open();
 // Closes the library once. Each open needs one close.
 void close();
 
+// Keeps the library open.
+class Library {
+public:
+  Library() { open(); }
+  Library(const Library&) = delete;
+  Library& operator=(const Library&) = delete;
+  ~Library() { close(); }
+};
+
 VObject* newVObject(const char* name);
 void initPropIterator(VObjectIterator* iterator, VObject* object);
 // Returns non-zero while there are more properties, and -1 if the library lacks the function. A
@@ -34,6 +45,9 @@ const char* vObjectStringZValue(VObject* object);
 char* vObjectUStringZValue(VObject* object);
 // Writes the text of the object to the stream.
 void writeVObject(std::FILE* stream, VObject* object);
+// Returns the text of the object, or nothing if the object is null, the library cannot write it, or
+// memory is short. The latter two are logged.
+std::optional<std::string> textOf(VObject* object);
 void cleanVObject(VObject* object);
 VObject* nextVObjectInList(VObject* object);
 VObject* Parse_MIME_FromFileName(const char* fileName);
