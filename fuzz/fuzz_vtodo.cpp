@@ -1,6 +1,8 @@
 // Bytes as a calendar text: through the guard to the vObject library, into tasks, out as a text
 // and in again.
 #include "ZVtodoParser.h"
+#include "todo_reader.h"
+#include "todo_writer.h"
 #include "vcal_guard.h"
 
 #include "bare_library.h"
@@ -15,8 +17,8 @@ namespace {
 
 using Task = ZTASK_ENG_Task;
 
-// What the guard hands over may be longer than what it got: every byte may become an escape of
-// three, and the shortest property gets a parameter. Each piece has a frame besides.
+// Pieces may be longer than the text: each byte may become an escape of three, and the shortest
+// property gets a parameter. Each piece also has a frame.
 constexpr std::size_t mostGrowth = 10;
 constexpr std::size_t frameSize = 64;
 
@@ -39,7 +41,7 @@ int hexDigit(char c) {
   return c <= '9' ? c - '0' : c - 'A' + 10;
 }
 
-// A line of a piece as the library is to give it, "NAME=value" or "NAME[charset]=value".
+// Returns a line of a piece in the form of parseBare: "NAME=value" or "NAME[charset]=value".
 std::string saidBy(const std::string& line) {
   const std::size_t colon = line.find(':');
   std::string header = line.substr(0, colon);
@@ -64,8 +66,8 @@ std::string saidBy(const std::string& line) {
          "=" + value;
 }
 
-// "NAME[charset]=value" with the two names in capitals. The library writes those that it knows so,
-// and a character set in the letters that it met it in first; both mean the same in any.
+// Returns "NAME[charset]=value" with both names in upper case. The library returns names that it
+// knows in upper case, and a character set in the case in which it first occurred.
 std::string inCapitals(std::string property) {
   const auto names = std::find(property.begin(), property.end(), '=');
   std::transform(property.begin(), names, property.begin(),
@@ -73,7 +75,7 @@ std::string inCapitals(std::string property) {
   return property;
 }
 
-// A piece has one property on each line; the library finds all of them with what they say. It
+// A piece has one property on each line. The library must return all of them with their values; it
 // splits alarms into fields.
 void checkPiece(const std::string& piece) {
   std::vector<TodoProperties> expected;
@@ -120,7 +122,7 @@ void checkPieces(const std::string& text) {
   FUZZ_REQUIRE(bytes <= mostGrowth * text.size() + frameSize * pieces);
 }
 
-// The library reads every to-do that the guard announced, and reads a clean text like its repaired
+// The library reads every to-do that the guard reports, and reads a clean text like its repaired
 // copy.
 void checkLibrary(const std::string& text) {
   const ulo::TextReport report = ulo::examineText(text);
@@ -143,7 +145,7 @@ std::vector<TodoProperties> readFrom(const std::string& text) {
   return onlyGuarded(parseGuarded(text).value_or(std::vector<TodoProperties>()));
 }
 
-// The kind of line end, and a mark of the encoding in front, say nothing.
+// Line ends and a byte order mark make no difference.
 void checkForms(const std::string& text) {
   if (text.find('\r') != text.npos)
     return;
@@ -176,7 +178,7 @@ private:
   QList<Task> list_;
 };
 
-// A text as a file of UTF-8 that ends with the first zero keeps it.
+// Returns the text as it comes back: up to its first zero, with unpaired surrogates replaced.
 QString asWritten(const QString& text) {
   const QString stored = text.left(text.indexOf(QChar(0)));
   QString result;
@@ -190,7 +192,7 @@ QString asWritten(const QString& text) {
   return result;
 }
 
-// What comes back is what was written, where the form of the text has a place for it.
+// The fields that a text can express come back unchanged.
 void checkReadBack(const Task& before, const Task& after) {
   constexpr int completed = 0;
   constexpr int needsAction = 1;
@@ -205,7 +207,7 @@ void checkReadBack(const Task& before, const Task& after) {
   FUZZ_REQUIRE(after.getString(Task::TASK_FIELD_CATEGORY).isNull());
 }
 
-// Tasks written and read: as many, with the same fields, and from then on nothing changes.
+// Writing and reading keeps the number and the fields of the tasks. Doing it again changes nothing.
 void checkRoundTrip(ZVtodoParser& parser, Tasks& tasks, const std::string& file) {
   const QString name = QString::fromStdString(file);
   Tasks second;
@@ -219,6 +221,23 @@ void checkRoundTrip(ZVtodoParser& parser, Tasks& tasks, const std::string& file)
   parser.writeVtodo(name, second.list());
   parser.readVtodo(name, third.list());
   FUZZ_REQUIRE(third.text() == second.text());
+}
+
+// Without files: the same tasks are read and the same bytes are written, and the reports agree.
+void checkBytes(const std::string& text, Tasks& tasks) {
+  const ulo::TextReport report = ulo::examineText(text);
+  const ulo::TodosRead read = ulo::readTodos(text);
+  FUZZ_REQUIRE(sameReport(read.report.text, report));
+  FUZZ_REQUIRE(read.tasks.size() == tasks.count());
+  FUZZ_REQUIRE((read.report.failure == ulo::ReadFailure::none) ==
+               (report.problem == ulo::TextProblem::none));
+  for (std::size_t i = 0; i < tasks.count(); ++i)
+    FUZZ_REQUIRE(taskText(*read.tasks[i]) == taskText(tasks.at(i)));
+
+  const ulo::TodosWritten written = ulo::writeTodos(tasks.list());
+  FUZZ_REQUIRE(written.report.failure == ulo::WriteFailure::none);
+  FUZZ_REQUIRE(written.report.todos == tasks.count());
+  FUZZ_REQUIRE(ulo::readTodos(written.text).tasks.size() == tasks.count());
 }
 
 }  // namespace
@@ -236,6 +255,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string upToZero = text.substr(0, text.find('\0'));
   parser.readVtodo(QCString(upToZero.c_str()), tasks.list());
   FUZZ_REQUIRE(tasks.count() == ulo::examineText(upToZero).todos);
+  checkBytes(upToZero, tasks);
 
   if (fuzz::isOneIn(4, text)) {
     const std::string file = surroundings.file();
