@@ -1,4 +1,4 @@
-// Tasks to vCalendar 1.0 text and back.
+// Reads and writes tasks as vCalendar 1.0 text.
 #pragma once
 
 #include "ZTASK_ENG_Task.h"
@@ -7,13 +7,13 @@
 
 #include <QString>
 
-// Reads and writes through the vObject library, which every object opens when it is made and
-// closes when it goes. Without the library nothing is read or written; that is logged. Used by
-// one thread of the process at a time: the library's parser is global. Its parser would print its
-// steps if the environment variable YYDEBUG is set; they are dropped, and the variable stays.
+// Uses the vObject library, which each object opens when it is created and closes when it is
+// destroyed. If the library is missing, nothing is read or written, which is logged. Only one
+// thread of the process at a time may use parsers, since the library's parser state is global. If
+// the environment variable YYDEBUG is set, the debug output of that parser is suppressed.
 //
-// Text from outside is never handed to the library as it came when the library would not read
-// it right; what had to be left out or written in another form is logged.
+// Text that the library would not read correctly is repaired before it reaches the library. What is
+// left out or rewritten is logged.
 class ULO_EXPORT ZVtodoParser {
 public:
   ZVtodoParser();
@@ -21,23 +21,23 @@ public:
   ZVtodoParser& operator=(const ZVtodoParser&) = delete;
   ~ZVtodoParser();
 
-  // The file holds a VTODO in a VCALENDAR.
+  // Returns true if the file contains a VCALENDAR with a VTODO.
   bool isVtodo(const QString& fileName);
 
-  // Clears the list and appends a new record for each VTODO of the calendars in the text (up to
-  // its first zero byte) or in the file, in the order of the text. The records are the caller's,
-  // or the list's when it deletes its items. Text that cannot be read leaves the list empty.
+  // Clears the list and appends a new record for each VTODO of the calendars in the text (up to its
+  // first zero byte) or file, in the order of the text. The caller owns the records, unless the
+  // list deletes its items. If the text cannot be read, the list is empty.
   //
-  // Read are STATUS, SUMMARY, DESCRIPTION (the note), CATEGORIES, DUE, COMPLETED (the end),
-  // PRIORITY, and of a DALARM that has a value of its own the RUNTIME (the alarm). A property
-  // without a value leaves its field as it is in a new record.
+  // Reads STATUS, SUMMARY, DESCRIPTION (note), CATEGORIES, DUE, COMPLETED (end), PRIORITY, and the
+  // RUNTIME (alarm) of a DALARM that also has a value. A property without a value leaves its field
+  // unset.
   void readVtodo(const QCString& text, QList<ZTASK_ENG_Task>& tasks);
   void readVtodo(const QString& fileName, QList<ZTASK_ENG_Task>& tasks);
 
-  // Writes one calendar with a VTODO for each task. The file is created, or replaced; when it
-  // cannot be opened nothing is written, and that is logged. The category is written as CATEGORY,
-  // which is not read.
+  // Writes one calendar with a VTODO for each task, replacing an existing file. If the file cannot
+  // be opened, writes nothing and logs that. The category is written as CATEGORY, which is not read
+  // back.
   void writeVtodo(const QString& fileName, QList<ZTASK_ENG_Task>& tasks);
-  // The same for one task. A null task leaves the file as it is.
+  // Writes one task. Leaves the file unchanged if `task` is null.
   void writeVtodo(const QString& fileName, ZTASK_ENG_Task* task);
 };

@@ -82,16 +82,16 @@ constexpr std::size_t nestingLimit = 32;
 constexpr std::size_t strayLimit = std::size_t{1} << 20;
 // Repairs reported and logged per text; further ones are only counted.
 constexpr std::size_t loggedLimit = 20;
-// Bytes of repaired text kept in memory. A text whose pieces exceed it is scanned a second time,
-// while they are taken.
+// Bytes of repaired text kept in memory. If the pieces of a text exceed it, another scan makes them
+// when they are requested.
 constexpr std::size_t keptLimit = std::size_t{32} << 20;
 
 // Reports what a file, or a text in memory, contains. Logs nothing.
 [[nodiscard]] ULO_EXPORT TextReport examineFile(const std::string& path);
 [[nodiscard]] ULO_EXPORT TextReport examineText(std::string_view text);
 
-// A text prepared for the library. It is scanned when the object is created, once: a text that
-// needs repair is begun again at the first place that does, and its pieces are made on the way.
+// A text prepared for the library. It is scanned when the object is created. At the first part that
+// needs repair, the scan starts over and makes the pieces on the way.
 class ULO_EXPORT GuardedText {
 public:
   // `properties` lists the to-do properties that the caller reads; the pieces contain no others. A

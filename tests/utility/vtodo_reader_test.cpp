@@ -39,7 +39,7 @@ void readText(const std::string& text, QList<Task>& tasks) {
   parser.readVtodo(QCString(text.c_str()), tasks);
 }
 
-// The only to-do of a calendar with these lines, read in both forms.
+// Reads a calendar whose only to-do has these lines, from memory and from a file.
 Task read(const std::string& lines) {
   const LogCapture quiet;
   const std::string text = calendar(todo(lines));
@@ -107,7 +107,7 @@ TEST(VtodoReader, EachPropertySetsItsField) {
   EXPECT_EQ(task.getDateTime(Task::TASK_FIELD_DUE).timeSpec(), Qt::LocalTime);
 }
 
-// As iCalendar 2.0 writes them: the time zone is not looked at, escapes stay as they are.
+// As in iCalendar 2.0. The time zone is ignored and escapes are kept.
 TEST(VtodoReader, ZonesAreLocalAndEscapesStay) {
   const Task task = read("SUMMARY:a\\nb\\;c\\\\\r\nDUE;TZID=America/New_York:20260305T120000\r\n");
   EXPECT_EQ(task.getString(Task::TASK_FIELD_SUMMARY), "a\\nb\\;c\\\\");
@@ -226,7 +226,7 @@ TEST(VtodoReader, ADueDateOfTheFirstDayIsNone) {
     EXPECT_THAT(logOf(calendar(todo(std::string("DUE:") + none + "\r\n"))),
                 HasSubstr(errorLine("It's local sync, no due")));
   }
-  // Midnight of 2 January in Berlin.
+  // Midnight of January 2 in Berlin.
   EXPECT_EQ(read("DUE:19700101T230000Z\r\n").getDateTime(Task::TASK_FIELD_DUE),
             utc(1970, 1, 1, 23));
   EXPECT_EQ(logOf(calendar(todo("DUE:19700101T230000Z\r\n"))), "");

@@ -1,4 +1,4 @@
-// The limits of what is read, and what the log says of a text.
+// The limits of what is read, the report of repairs, and the log.
 #include "vcal_texts.h"
 
 #include "temporary_directory.h"
@@ -58,7 +58,6 @@ TEST(VcalLimit, TextBeyondTheKeptLimitHasTheSamePieces) {
     const std::string piece = calendar(todo("SUMMARY:" + std::string(size, 'a') + "\r\n"));
     for (const std::string& each : pieces)
       EXPECT_TRUE(each == piece);
-    // The order mark, and each property without a value.
     const ulo::TextReport report = GuardedText::fromMemory(text, guardedNames()).report();
     EXPECT_EQ(report.repairs.size(), count);
     for (std::size_t i = 0; i < count; ++i)
@@ -67,7 +66,7 @@ TEST(VcalLimit, TextBeyondTheKeptLimitHasTheSamePieces) {
   }
 }
 
-// The library takes 490 items, properties or both together; 245 calendars; 163 fields.
+// The library reads at most 490 items and properties together, 245 calendars, and 163 fields.
 TEST(VcalLimit, WhatIsTooMuchForTheLibraryIsNotClean) {
   const LogCapture quiet;
   const auto onlyClean = [](const std::string& text) {
@@ -181,7 +180,7 @@ std::size_t peakMemory() {
   return 0;
 }
 
-// A sparse file: 100 MB of noise that take no room.
+// 100 MB of noise, in a sparse file.
 TEST(VcalLimit, NoiseNeedsNoMemory) {
   TemporaryDirectory directory;
   for (const char* start : {"", "noise without an end ", "BEGIN:VCALENDAR\r\nX:"}) {
@@ -195,7 +194,7 @@ TEST(VcalLimit, NoiseNeedsNoMemory) {
   }
 }
 
-// Each of these is quadratic when lines that belong together are looked at again and again.
+// Each of these takes quadratic time if the lines of a property are scanned again and again.
 TEST(VcalLimit, ManyShortLinesOfOnePropertyAreReadOnce) {
   for (const char* start :
        {"SUMMARY", "SUMMARY;X=\"", "SUMMARY:", "SUMMARY;QP:", "SUMMARY;BASE64:"})
