@@ -95,7 +95,7 @@ void CalendarBuilder::addTodo(std::size_t index, const Task& task) {
   if (const QDateTime due = task.getDateTime(Task::TASK_FIELD_DUE); isSet(due))
     addValue(todo, "DUE", dueDateText(due));
   addValue(todo, "COMPLETED", timeOf(Task::TASK_FIELD_END));
-  // The library reads an empty DALARM as no property at all.
+  // Readers that use the library take the next line for the value of an empty DALARM.
   if (const QString runTime = timeOf(Task::TASK_FIELD_ALARM); !runTime.isEmpty())
     addValue(addProperty(todo, "DALARM"), "RUNTIME", runTime);
   addValue(todo, "PRIORITY", QString::number(task.getPriorityValue()));
