@@ -1,6 +1,8 @@
-// Fuzzes calendar texts: passes them through the guard to the vObject library, converts them to
-// tasks, writes these and reads them again.
+// Bytes as a calendar text: through the guard to the vObject library, into tasks, out as a text
+// and in again.
 #include "ZVtodoParser.h"
+#include "todo_reader.h"
+#include "todo_writer.h"
 #include "vcal_guard.h"
 
 #include "bare_library.h"
@@ -15,8 +17,8 @@ namespace {
 
 using Task = ZTASK_ENG_Task;
 
-// The guard's output may be longer than its input: every byte may become an escape of three bytes,
-// and the shortest property gets a parameter. Each piece also has a frame.
+// Pieces may be longer than the text: each byte may become an escape of three, and the shortest
+// property gets a parameter. Each piece also has a frame.
 constexpr std::size_t mostGrowth = 10;
 constexpr std::size_t frameSize = 64;
 
@@ -39,7 +41,7 @@ int hexDigit(char c) {
   return c <= '9' ? c - '0' : c - 'A' + 10;
 }
 
-// Returns a line of a piece as the library must return it, "NAME=value" or "NAME[charset]=value".
+// Returns a line of a piece in the form of parseBare: "NAME=value" or "NAME[charset]=value".
 std::string saidBy(const std::string& line) {
   const std::size_t colon = line.find(':');
   std::string header = line.substr(0, colon);
@@ -64,8 +66,8 @@ std::string saidBy(const std::string& line) {
          "=" + value;
 }
 
-// Returns "NAME[charset]=value" with both names in upper case. The library returns known names in
-// upper case, and a character set as it was first spelled; both are case-insensitive.
+// Returns "NAME[charset]=value" with both names in upper case. The library returns names that it
+// knows in upper case, and a character set in the case in which it first occurred.
 std::string inCapitals(std::string property) {
   const auto names = std::find(property.begin(), property.end(), '=');
   std::transform(property.begin(), names, property.begin(),
@@ -73,7 +75,7 @@ std::string inCapitals(std::string property) {
   return property;
 }
 
-// Requires that the library finds all properties of a piece, one per line, with their values. It
+// A piece has one property on each line. The library must return all of them with their values; it
 // splits alarms into fields.
 void checkPiece(const std::string& piece) {
   std::vector<TodoProperties> expected;
@@ -97,8 +99,7 @@ void checkPiece(const std::string& piece) {
   }
 }
 
-// Requires that the pieces of a text contain all of its to-dos, are not too large, and need no
-// further repair.
+// The pieces of a text hold all of its to-dos, stay small, and need no guard themselves.
 void checkPieces(const std::string& text) {
   ulo::GuardedText guarded = ulo::GuardedText::fromMemory(text, guardedNames());
   if (guarded.isClean())
@@ -121,8 +122,8 @@ void checkPieces(const std::string& text) {
   FUZZ_REQUIRE(bytes <= mostGrowth * text.size() + frameSize * pieces);
 }
 
-// Requires that the library reads every to-do that the guard reported, and reads a clean text like
-// its repaired copy.
+// The library reads every to-do that the guard reports, and reads a clean text like its repaired
+// copy.
 void checkLibrary(const std::string& text) {
   const ulo::TextReport report = ulo::examineText(text);
   const bool isClean = ulo::GuardedText::fromMemory(text, {}).isClean();
@@ -144,7 +145,7 @@ std::vector<TodoProperties> readFrom(const std::string& text) {
   return onlyGuarded(parseGuarded(text).value_or(std::vector<TodoProperties>()));
 }
 
-// Requires that the kind of line end and a leading byte order mark do not matter.
+// Line ends and a byte order mark make no difference.
 void checkForms(const std::string& text) {
   if (text.find('\r') != text.npos)
     return;
@@ -177,7 +178,7 @@ private:
   QList<Task> list_;
 };
 
-// Returns a text as preserved by a UTF-8 file that ends at the first zero.
+// Returns the text as it comes back: up to its first zero, with unpaired surrogates replaced.
 QString asWritten(const QString& text) {
   const QString stored = text.left(text.indexOf(QChar(0)));
   QString result;
@@ -191,7 +192,7 @@ QString asWritten(const QString& text) {
   return result;
 }
 
-// Requires that the fields that the format can represent read back unchanged.
+// The fields that a text can express come back unchanged.
 void checkReadBack(const Task& before, const Task& after) {
   constexpr int completed = 0;
   constexpr int needsAction = 1;
@@ -206,8 +207,7 @@ void checkReadBack(const Task& before, const Task& after) {
   FUZZ_REQUIRE(after.getString(Task::TASK_FIELD_CATEGORY).isNull());
 }
 
-// Requires that written tasks read back with the same number and fields, and that repeating this
-// changes nothing.
+// Writing and reading keeps the number and the fields of the tasks. Doing it again changes nothing.
 void checkRoundTrip(ZVtodoParser& parser, Tasks& tasks, const std::string& file) {
   const QString name = QString::fromStdString(file);
   Tasks second;
@@ -221,6 +221,23 @@ void checkRoundTrip(ZVtodoParser& parser, Tasks& tasks, const std::string& file)
   parser.writeVtodo(name, second.list());
   parser.readVtodo(name, third.list());
   FUZZ_REQUIRE(third.text() == second.text());
+}
+
+// Without files: the same tasks are read and the same bytes are written, and the reports agree.
+void checkBytes(const std::string& text, Tasks& tasks) {
+  const ulo::TextReport report = ulo::examineText(text);
+  const ulo::TodosRead read = ulo::readTodos(text);
+  FUZZ_REQUIRE(sameReport(read.report.text, report));
+  FUZZ_REQUIRE(read.tasks.size() == tasks.count());
+  FUZZ_REQUIRE((read.report.failure == ulo::ReadFailure::none) ==
+               (report.problem == ulo::TextProblem::none));
+  for (std::size_t i = 0; i < tasks.count(); ++i)
+    FUZZ_REQUIRE(taskText(*read.tasks[i]) == taskText(tasks.at(i)));
+
+  const ulo::TodosWritten written = ulo::writeTodos(tasks.list());
+  FUZZ_REQUIRE(written.report.failure == ulo::WriteFailure::none);
+  FUZZ_REQUIRE(written.report.todos == tasks.count());
+  FUZZ_REQUIRE(ulo::readTodos(written.text).tasks.size() == tasks.count());
 }
 
 }  // namespace
@@ -238,6 +255,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string upToZero = text.substr(0, text.find('\0'));
   parser.readVtodo(QCString(upToZero.c_str()), tasks.list());
   FUZZ_REQUIRE(tasks.count() == ulo::examineText(upToZero).todos);
+  checkBytes(upToZero, tasks);
 
   if (fuzz::isOneIn(4, text)) {
     const std::string file = surroundings.file();

@@ -1,4 +1,4 @@
-// Converts tasks to and from vCalendar 1.0 text.
+// Reads and writes tasks as vCalendar 1.0 text.
 #pragma once
 
 #include "ZTASK_ENG_Task.h"
@@ -7,16 +7,13 @@
 
 #include <QString>
 
-struct VObject;
-
-// Reads and writes with the vObject library, which each object opens when it is created and closes
-// when it is destroyed. If the library is missing, nothing is read or written, and that is logged.
-// Only one thread of the process may use this class at a time because the library's parser is
-// global. The trace that the parser prints if the environment variable YYDEBUG is set is discarded;
-// the variable stays set.
+// Uses the vObject library, which each object opens when it is created and closes when it is
+// destroyed. If the library is missing, nothing is read or written, which is logged. Only one
+// thread of the process at a time may use parsers, since the library's parser state is global. If
+// the environment variable YYDEBUG is set, the debug output of that parser is suppressed.
 //
-// Text from outside that the library would misread is repaired before it is passed on. Each repair
-// and each omission is logged.
+// Text that the library would not read correctly is repaired before it reaches the library. What is
+// left out or rewritten is logged.
 class ULO_EXPORT ZVtodoParser {
 public:
   ZVtodoParser();
@@ -24,37 +21,23 @@ public:
   ZVtodoParser& operator=(const ZVtodoParser&) = delete;
   ~ZVtodoParser();
 
-  // Returns whether the file contains a VTODO in a VCALENDAR.
+  // Returns true if the file contains a VCALENDAR with a VTODO.
   bool isVtodo(const QString& fileName);
 
   // Clears the list and appends a new record for each VTODO of the calendars in the text (up to its
-  // first zero byte) or in the file, in text order. The caller owns the records, or the list if it
-  // deletes its items. If the text cannot be read, the list stays empty.
+  // first zero byte) or file, in the order of the text. The caller owns the records, unless the
+  // list deletes its items. If the text cannot be read, the list is empty.
   //
-  // Reads STATUS, SUMMARY, DESCRIPTION (the note), CATEGORIES, DUE, COMPLETED (the end date),
-  // PRIORITY, and the RUNTIME (the alarm) of a DALARM that also has a value itself. A property
-  // without a value leaves its field as in a new record.
+  // Reads STATUS, SUMMARY, DESCRIPTION (note), CATEGORIES, DUE, COMPLETED (end), PRIORITY, and the
+  // RUNTIME (alarm) of a DALARM that also has a value. A property without a value leaves its field
+  // unset.
   void readVtodo(const QCString& text, QList<ZTASK_ENG_Task>& tasks);
   void readVtodo(const QString& fileName, QList<ZTASK_ENG_Task>& tasks);
 
-  // Writes a calendar with a VTODO for each task. Creates or replaces the file; if it cannot be
-  // opened, writes nothing and logs that. The category is written as CATEGORY, which is not read
+  // Writes one calendar with a VTODO for each task, replacing an existing file. If the file cannot
+  // be opened, writes nothing and logs that. The category is written as CATEGORY, which is not read
   // back.
   void writeVtodo(const QString& fileName, QList<ZTASK_ENG_Task>& tasks);
-  // The same for one task. If the task is null, leaves the file unchanged.
+  // Writes one task. Leaves the file unchanged if `task` is null.
   void writeVtodo(const QString& fileName, ZTASK_ENG_Task* task);
-
-private:
-  friend struct ZVtodoParserAccess;  // for the tests
-
-  // Returns the calendar object, which must be released with cleanVObject.
-  VObject* buildVCalendar(QList<ZTASK_ENG_Task>& tasks);
-  // Returns false if there is no memory for the record.
-  bool appendTaskRec(VObject* todo, QList<ZTASK_ENG_Task>& tasks);
-  // Returns a new record, or null on failure.
-  ZTASK_ENG_Task* toTaskRec(VObject* todo);
-  int getStatusValue(const QCString& text);
-  int getPriorityValue(const QCString& text);
-  // Decodes a value in the character set that the property declares.
-  QString decodeCharset(VObject* property, const QCString& value);
 };

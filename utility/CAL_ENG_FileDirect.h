@@ -8,12 +8,13 @@
 #include <memory>
 #include <unistd.h>
 
-// A file that can also be written to through a standard I/O stream.
+// A file with access to a standard I/O stream.
 class CAL_ENG_FileDirect : public QFile {
 public:
   using QFile::QFile;
 
-  // Owned by the file and closed before it. Null on failure. Requires: open for writing.
+  // Returns a stream that writes to the file, or null if it cannot be opened. The file owns the
+  // stream and closes it before itself. Requires: the file is open for writing.
   std::FILE* stream() {
     if (stream_ == nullptr) {
       const int descriptor = dup(handle());

@@ -8,14 +8,14 @@ namespace {
 constinit std::atomic<std::FILE*> output = nullptr;
 constinit thread_local bool parses = false;
 
-// The stream has no buffer: the thread that prints is the one that writes.
+// The stream is unbuffered, so this runs in the thread that prints.
 ssize_t writeOthers(void*, const char* text, std::size_t size) {
   if (!parses)
     std::fwrite(text, 1, size, output);
   return static_cast<ssize_t>(size);
 }
 
-// Never closed: another thread may still be about to print to it. Null when memory is short.
+// Never closed, since another thread may still print to it. Null if memory is short.
 std::FILE* streamForOthers() {
   static std::FILE* const stream = [] {
     std::FILE* made = fopencookie(nullptr, "w", {nullptr, writeOthers, nullptr, nullptr});

@@ -1,13 +1,13 @@
-// The parser of the vObject library prints its steps to standard output if the environment
-// variable YYDEBUG is set, and goes on to do so when it no longer is. The variable belongs to the
-// program, which may mean another parser by it, so it is neither unset nor hidden.
+// The parser of the vObject library prints debug output to standard output if the environment
+// variable YYDEBUG is set, and keeps printing after the variable is unset. The program may have set
+// the variable for another parser, so it stays set.
 #pragma once
 
 #include <cstdio>
 
-// While it lives, what the parser prints in this thread is dropped. What other threads print to
-// standard output goes out. Does nothing in a process that never had the variable at such a time.
-// One at a time in the whole process, as the parser itself.
+// Discards what this thread prints to standard output while the object lives. Output of other
+// threads is not affected. Does nothing if the variable has never been set when an object was
+// created. Only one object at a time may exist in the process.
 class QuietParser {
 public:
   QuietParser();

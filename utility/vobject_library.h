@@ -1,14 +1,16 @@
-// The vObject library, function by function, as ZVtodoParser opened it. A function that the library
-// does not have is logged, and the call gives null unless said otherwise. Nothing else calls the
-// library.
+// The functions of the vObject library, which is opened at run time. Nothing else calls the
+// library. A call of a function that the library lacks is logged and returns null, unless noted
+// otherwise. Used by one thread of the process at a time.
 #pragma once
 
 #include <QString>
 
 #include <cstddef>
 #include <cstdio>
+#include <optional>
+#include <string>
 
-// The library's own types: an object or property, and the state of a walk over properties.
+// The library's own types: an object or property, and the position of an iteration over properties.
 struct VObject;
 struct VObjectIterator {
   VObject* start;
@@ -17,29 +19,48 @@ struct VObjectIterator {
 
 namespace vobject {
 
+// Opens the library; a failure is logged. All callers share the library that was opened last.
+void open();
+// Closes the library once. Each open needs one close.
+void close();
+
+// Keeps the library open.
+class Library {
+public:
+  Library() { open(); }
+  Library(const Library&) = delete;
+  Library& operator=(const Library&) = delete;
+  ~Library() { close(); }
+};
+
 VObject* newVObject(const char* name);
 void initPropIterator(VObjectIterator* iterator, VObject* object);
-// Non-zero while there are properties; -1 when the library lacks the function, so a loop must
-// also end on a null property.
+// Returns non-zero while there are more properties, and -1 if the library lacks the function. A
+// loop must therefore also end at a null property.
 int moreIteration(VObjectIterator* iterator);
 VObject* nextVObject(VObjectIterator* iterator);
 const char* vObjectName(VObject* object);
 const char* vObjectStringZValue(VObject* object);
-// The value as bytes; see `narrow`. Requires: the library has the function.
+// Returns the value as bytes; see `narrow`. Requires: the library has the function.
 char* vObjectUStringZValue(VObject* object);
 // Writes the text of the object to the stream.
 void writeVObject(std::FILE* stream, VObject* object);
+// Returns the text of the object, or nothing if the object is null, the library cannot write it, or
+// memory is short. The latter two are logged.
+std::optional<std::string> textOf(VObject* object);
 void cleanVObject(VObject* object);
 VObject* nextVObjectInList(VObject* object);
 VObject* Parse_MIME_FromFileName(const char* fileName);
 VObject* Parse_MIME(const char* text, std::size_t length);
-// Null for a null object.
+// Returns null, without a log line, if `object` is null.
 VObject* addProp(VObject* object, const char* name);
-// The value goes over as UTF-8. Null for a null object and for an empty value.
+// Passes the value as UTF-8. Returns null, without a log line, if `object` is null or `value` is
+// empty.
 VObject* addPropValue(VObject* object, const char* name, const QString& value);
 
-// The bytes that the library made wide: U+2028 is a line feed, U+2029 a carriage return, every
-// other character its low 8 bits. To be given to `release`. Null without memory.
+// Returns the bytes of a text that the library has widened: U+2028 becomes a line feed, U+2029 a
+// carriage return, and every other character its low 8 bits. Returns null if memory is short. The
+// caller passes the result to `release`.
 char* narrow(const wchar_t* text);
 // Accepts null.
 void release(char* narrowed);

@@ -1,12 +1,11 @@
 #include "calendar_file.h"
 
-#include "ZVtodoParser.h"
 #include "arguments.h"
 #include "exit_codes.h"
-#include "scratch_directory.h"
 #include "store_files.h"
 #include "text.h"
-#include "vcal_guard.h"
+#include "todo_reader.h"
+#include "todo_writer.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -16,7 +15,9 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <memory>
 #include <unistd.h>
+#include <utility>
 
 namespace ulotask {
 namespace {
@@ -90,10 +91,11 @@ std::vector<std::string> readCalendar(const std::string& name, QList<ZTASK_ENG_T
   std::string text = readFile(name, largestCalendar);
   if (text.empty())
     throw Failure(Exit::notCalendar, shownName(name) + " is empty");
-  // The reader takes a zero-terminated text.
+  // What follows a zero byte is not part of the text.
   text.resize(std::min(text.size(), text.find('\0')));
 
-  const ulo::TextReport report = ulo::examineText(text);
+  ulo::TodosRead read = ulo::readTodos(text);
+  const ulo::TextReport& report = read.report.text;
   for (const Refusal& refusal : refusals) {
     if (refusal.problem == report.problem) {
       const std::string place =
@@ -101,14 +103,13 @@ std::vector<std::string> readCalendar(const std::string& name, QList<ZTASK_ENG_T
       throw Failure(refusal.code, shownName(name) + " " + refusal.reason + place);
     }
   }
-  ZVtodoParser().readVtodo(QCString(text.c_str()), tasks);
-  if (tasks.count() != report.todos) {
-    const std::size_t read = tasks.count();
-    tasks.clear();
-    throw Failure(Exit::failed, shownName(name) + ": only " + std::to_string(read) + " of " +
-                                    counted(report.todos, "to-do") +
+  if (read.tasks.size() != report.todos)
+    throw Failure(Exit::failed, shownName(name) + ": only " + std::to_string(read.tasks.size()) +
+                                    " of " + counted(report.todos, "to-do") +
                                     " can be read; the log says why");
-  }
+  tasks.clear();
+  for (std::unique_ptr<ZTASK_ENG_Task>& task : read.tasks)
+    tasks.append(task.release());
   std::vector<std::string> notices;
   for (const ulo::LargeProperty& property : report.tooLarge)
     notices.push_back(shownName(name) + ": a " + property.name + " of more than " +
@@ -117,19 +118,12 @@ std::vector<std::string> readCalendar(const std::string& name, QList<ZTASK_ENG_T
   return notices;
 }
 
-std::string calendarText(QList<ZTASK_ENG_Task>& tasks) {
-  const ScratchDirectory directory;
-  if (directory.path().empty())
-    throw Failure(Exit::notWritten, "no temporary directory can be made: " + directory.error());
-  const QString name = QFile::decodeName((directory.path() + "/tasks.vcs").c_str());
-  ZVtodoParser().writeVtodo(name, tasks);
-  QFile file(name);
-  const QByteArray text = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-  // The writer gives no result; a whole text ends like this.
-  if (!text.trimmed().endsWith("END:VCALENDAR"))
+std::string calendarText(const QList<ZTASK_ENG_Task>& tasks) {
+  ulo::TodosWritten written = ulo::writeTodos(tasks);
+  if (written.report.failure != ulo::WriteFailure::none)
     throw Failure(Exit::notWritten, "the tasks can't be written as a vCalendar text; the log says "
                                     "why");
-  return text.toStdString();
+  return std::move(written.text);
 }
 
 void writeFile(const std::string& name, const std::string& bytes) {

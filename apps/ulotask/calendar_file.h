@@ -22,8 +22,8 @@ std::string readFile(const std::string& name, std::size_t limit);
 // sentence for each property that is too large and left out.
 std::vector<std::string> readCalendar(const std::string& name, QList<ZTASK_ENG_Task>& tasks);
 
-// The tasks as one vCalendar text.
-std::string calendarText(QList<ZTASK_ENG_Task>& tasks);
+// Returns the tasks as one vCalendar text. A Failure if it cannot be written.
+std::string calendarText(const QList<ZTASK_ENG_Task>& tasks);
 
 // Writes the bytes to a file. An existing file is replaced after all bytes have reached the disk;
 // if that fails, it is left unchanged. A file of the data directory is refused (see store_files.h).

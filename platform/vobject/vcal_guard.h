@@ -33,11 +33,36 @@ struct LargeProperty {
   std::size_t line = 0;  // from 1
 };
 
+// Why a part of a text is not passed on as it is.
+enum class Repair {
+  rewritten,   // passed on in another form
+  missingEnd,  // a nested component without its END: it ends with the component around it
+  // All others are omitted.
+  noValue,
+  noForm,             // the library has no form for the value
+  propertyTooLong,    // exceeds propertyLimit
+  tooManyProperties,  // exceeds todoPropertyLimit
+  todoTooLarge,       // exceeds todoLimit
+  notProperty,        // a line without a colon or a valid name
+  nestedComponent,    // within a to-do, with all its lines
+  endWithoutBegin,
+  outsideCalendar,
+};
+struct RepairNote {
+  Repair repair = Repair::rewritten;
+  std::size_t line = 0;  // from 1
+  std::string property;  // its name, if the repair concerns one
+};
+
 struct TextReport {
   TextProblem problem = TextProblem::none;
   std::size_t line = 0;   // the line with the problem, from 1; 0 if it is not a single line
   std::size_t todos = 0;  // readable to-dos; 0 if the text is not read at all
   std::vector<LargeProperty> tooLarge;  // among the properties of to-dos
+  // The first loggedLimit repairs and the number of further ones. None for a text that is clean or
+  // rejected, or was only examined.
+  std::vector<RepairNote> repairs;
+  std::size_t moreRepairs = 0;
 };
 
 // Limits. Texts that exceed them are read without the part that is too large.
@@ -55,14 +80,18 @@ constexpr std::size_t todoPropertyLimit = 200;
 constexpr std::size_t nestingLimit = 32;
 // Bytes outside any calendar, such as those of an enclosing mail, before a text is rejected.
 constexpr std::size_t strayLimit = std::size_t{1} << 20;
-// Log lines per text; further ones are only counted.
+// Repairs reported and logged per text; further ones are only counted.
 constexpr std::size_t loggedLimit = 20;
+// Bytes of repaired text kept in memory. If the pieces of a text exceed it, another scan makes them
+// when they are requested.
+constexpr std::size_t keptLimit = std::size_t{32} << 20;
 
 // Reports what a file, or a text in memory, contains. Logs nothing.
 [[nodiscard]] ULO_EXPORT TextReport examineFile(const std::string& path);
 [[nodiscard]] ULO_EXPORT TextReport examineText(std::string_view text);
 
-// A text prepared for the library.
+// A text prepared for the library. It is scanned when the object is created. At the first part that
+// needs repair, the scan starts over and makes the pieces on the way.
 class ULO_EXPORT GuardedText {
 public:
   // `properties` lists the to-do properties that the caller reads; the pieces contain no others. A

@@ -371,6 +371,22 @@ TEST_F(Export, SaysWhenStandardOutputCannotBeWritten) {
   EXPECT_THAT(run.err, HasSubstr("standard output can't be written: No space left"));
 }
 
+TEST_F(Export, NeedsNoTemporaryDirectory) {
+  environment_["TMPDIR"] = path("missing");
+  add({"one"});
+  EXPECT_THAT(succeed({"export"}).out, HasSubstr("PRINTABLE:one"));
+}
+
+TEST_F(Export, FailsWithoutTheLibrary) {
+  add({"one"});
+  hideLibrary("libicalvcal.so");
+  const Outcome run = ulotask({"export"});
+  EXPECT_EQ(run.code, 12);
+  EXPECT_EQ(run.out, "");
+  EXPECT_THAT(run.err,
+              HasSubstr("the tasks can't be written as a vCalendar text; the log says why"));
+}
+
 TEST_F(Export, LeavesNoTemporaryFile) {
   std::filesystem::create_directory(path("tmp"));
   environment_["TMPDIR"] = path("tmp");

@@ -1,4 +1,4 @@
-// Texts by other programs, read one after the other by one process.
+// Reads texts of other programs, one after the other in one process.
 #include "ZVtodoParser.h"
 
 #include "berlin_time.h"
@@ -44,9 +44,9 @@ TEST(VtodoCorpus, EveryTextIsReadFromItsFileAndFromMemory) {
   EXPECT_GT(texts, 100U);
 }
 
-// One task as different programs write it: "Käse kaufen", a note of two lines, due on 1 December
-// 2026, priority 1, completed, category "work". What differs from that stands in the text itself,
-// or is lost by a rule that is named here.
+// One task as different programs write it: "Käse kaufen", a note of two lines, due on December 1,
+// 2026, priority 1, completed, category "work". Differences are in the text itself or follow from a
+// rule that is named here.
 struct Peer {
   const char* file;
   const char* summary;
@@ -82,7 +82,7 @@ constexpr const char* title = "Käse kaufen";
 // Text without a character set is read as Latin-1.
 constexpr const char* latinTitle = "KÃ¤se kaufen";
 constexpr const char* note = "Zeile eins\\nZeile zwei";
-// The escape of iCalendar 2.0 is none in vCalendar 1.0.
+// vCalendar 1.0 does not know the escapes of iCalendar 2.0.
 constexpr const char* escapedNote = "Zeile eins\\\\nZeile zwei";
 constexpr const char* due = "20261201T000000Z";
 constexpr const char* end = "20261130T080000Z";
@@ -90,14 +90,14 @@ constexpr const char* end = "20261130T080000Z";
 INSTANTIATE_TEST_SUITE_P(
     All, VtodoPeer,
     testing::Values(
-        // Encodes its values without saying so, and never writes a due date.
+        // Encodes its values without declaring it, and never writes a due date.
         Peer{"gammu-Mozilla2.0.ics", "K=C3=A4se kaufen", "Zeile eins=0AZeile zwei", "MISCELLANEOUS",
              9, "-", "-"},
         Peer{"gammu-Nokia.vcs", title, note, "MISCELLANEOUS", 3, "-", "-"},
         Peer{"gammu-SonyEricsson.vcs", title, note, "MISCELLANEOUS", 3, "-", "-"},
         Peer{"gammu-convertbackup.vcs", title, note, "MEETING", 3, "-", "-"},
         Peer{"kcalendarcore-ical20.ics", latinTitle, escapedNote, "work", 1, due, end},
-        // Has its line breaks as CR CR LF.
+        // Writes line breaks as CR CR LF.
         Peer{"perl-data-ical-vcal10-qp.vcs", latinTitle, "Zeile eins\\r\\r\\nZeile zwei", "work", 1,
              due, "-"},
         Peer{"perl-data-ical-vcal10.vcs", latinTitle, escapedNote, "work", 1, due, end},

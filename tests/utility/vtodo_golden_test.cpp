@@ -1,5 +1,5 @@
-// Each text in tests/golden/vcal beside the fields that are read of it and the bytes that are
-// written of those. ULO_RENEW_GOLDEN=1 writes them anew.
+// Compares the fields read from each text in tests/golden/vcal, and the bytes written from them,
+// with the expected files. ULO_RENEW_GOLDEN=1 rewrites these.
 #include "ZVtodoParser.h"
 
 #include "berlin_time.h"

@@ -5,17 +5,13 @@
 #include "log_capture.h"
 #include "task_text.h"
 #include "temporary_directory.h"
+#include "todo_values.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
 #include <fstream>
-
-struct ZVtodoParserAccess {
-  static int status(const char* text) { return ZVtodoParser().getStatusValue(text); }
-  static int priority(const char* text) { return ZVtodoParser().getPriorityValue(text); }
-};
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -43,7 +39,7 @@ void readText(const std::string& text, QList<Task>& tasks) {
   parser.readVtodo(QCString(text.c_str()), tasks);
 }
 
-// The only to-do of a calendar with these lines, read in both forms.
+// Reads a calendar whose only to-do has these lines, from memory and from a file.
 Task read(const std::string& lines) {
   const LogCapture quiet;
   const std::string text = calendar(todo(lines));
@@ -111,7 +107,7 @@ TEST(VtodoReader, EachPropertySetsItsField) {
   EXPECT_EQ(task.getDateTime(Task::TASK_FIELD_DUE).timeSpec(), Qt::LocalTime);
 }
 
-// As iCalendar 2.0 writes them: the time zone is not looked at, escapes stay as they are.
+// As in iCalendar 2.0. The time zone is ignored and escapes are kept.
 TEST(VtodoReader, ZonesAreLocalAndEscapesStay) {
   const Task task = read("SUMMARY:a\\nb\\;c\\\\\r\nDUE;TZID=America/New_York:20260305T120000\r\n");
   EXPECT_EQ(task.getString(Task::TASK_FIELD_SUMMARY), "a\\nb\\;c\\\\");
@@ -170,7 +166,7 @@ TEST(VtodoReader, StatusWordsAreLookedForInOrder) {
            {"it was SENT", 3},
            {"completed, DELEGATED", 0},
        }})
-    EXPECT_EQ(ZVtodoParserAccess::status(known.text), known.code) << known.text;
+    EXPECT_EQ(ulo::statusFromText(known.text), known.code) << known.text;
 }
 
 TEST(VtodoReader, StatusHasTheSameFormOnTheWay) {
@@ -207,15 +203,15 @@ TEST(VtodoReader, PriorityIsANumberOrAWord) {
            {"A HIGH", 0},
            {"", 0},
        }})
-    EXPECT_EQ(ZVtodoParserAccess::priority(known.text), known.code) << known.text;
+    EXPECT_EQ(ulo::priorityFromText(known.text), known.code) << known.text;
   EXPECT_EQ(read("PRIORITY:NORMAL\r\n").getPriorityValue(), 2);
   EXPECT_EQ(read("PRIORITY:NORMAL\r\n").getPriority(), 1);
 }
 
 TEST(VtodoReader, ConversionsAreNotTraced) {
   LogCapture log;
-  ZVtodoParserAccess::status("SENT");
-  ZVtodoParserAccess::priority("1");
+  ulo::statusFromText("SENT");
+  ulo::priorityFromText("1");
   EXPECT_EQ(log.text(), "");
 }
 
@@ -230,7 +226,7 @@ TEST(VtodoReader, ADueDateOfTheFirstDayIsNone) {
     EXPECT_THAT(logOf(calendar(todo(std::string("DUE:") + none + "\r\n"))),
                 HasSubstr(errorLine("It's local sync, no due")));
   }
-  // Midnight of 2 January in Berlin.
+  // Midnight of January 2 in Berlin.
   EXPECT_EQ(read("DUE:19700101T230000Z\r\n").getDateTime(Task::TASK_FIELD_DUE),
             utc(1970, 1, 1, 23));
   EXPECT_EQ(logOf(calendar(todo("DUE:19700101T230000Z\r\n"))), "");

@@ -87,7 +87,7 @@ TEST_F(VtodoWriter, PropertiesHaveTheirOrder) {
             "PRIORITY:9\r\n");
 }
 
-// Of DUE the local date alone is written, whatever its year.
+// DUE has only a local date and is written for any year.
 TEST_F(VtodoWriter, ATimeThatFourDigitsOfAYearCannotSayIsLeftOut) {
   Task task;
   const QDateTime far(QDate(10000, 1, 2), QTime(12, 0));
@@ -145,7 +145,7 @@ TEST_F(VtodoWriter, TheDueDateIsTheLocalDayAtNoonUtc) {
             "20060306T120000Z");
   EXPECT_EQ(dueOf(QDateTime(QDate(2006, 3, 6), QTime(7, 0), QTimeZone("Asia/Tokyo"))),
             "20060305T120000Z");
-  // A time that the clock leaves out.
+  // A local time skipped by daylight saving.
   EXPECT_EQ(dueOf(QDateTime(QDate(2006, 3, 26), QTime(2, 30))), "20060326T120000Z");
 }
 
@@ -221,8 +221,8 @@ TEST_F(VtodoWriter, NoFileStaysOpen) {
   EXPECT_EQ(openFiles(), before);
 }
 
-// What was written is read back the same, except for the category and the alarm, which are written
-// in a form that is not read.
+// Tasks are read back unchanged, except for the category and the alarm, which are written in a form
+// that is not read.
 TEST_F(VtodoWriter, TextsSurvive) {
   const QString units = QString("aä日") + QString::fromUtf8("😀");
   QString longest;
@@ -284,7 +284,7 @@ TEST_F(VtodoWriter, TheOtherFieldsSurvive) {
   EXPECT_EQ(taskText(readBack()), taskText(expected));
 }
 
-// A lone half of a surrogate pair has no bytes in UTF-8.
+// An unpaired surrogate cannot be encoded in UTF-8.
 TEST_F(VtodoWriter, HalvesOfPairsAreReplaced) {
   Task task;
   task.setString(Task::TASK_FIELD_SUMMARY, QString("a") + QChar(0xD83D));

@@ -1,4 +1,4 @@
-// The vObject library without anything in front of it, linked directly: what tests compare with.
+// The vObject library without the guard, linked directly, for comparison.
 #pragma once
 
 #include <optional>
@@ -6,20 +6,20 @@
 #include <string_view>
 #include <vector>
 
-// One to-do as the library gives it: its properties in order, each as "NAME=value",
+// The properties of a to-do as the library returns them, in order, each as "NAME=value",
 // "NAME[charset]=value" or, for an alarm, "DALARM{RUNTIME=..}=value".
 using TodoProperties = std::vector<std::string>;
 
-// The to-dos of the calendars in a text; nothing when the library rejects it. Only for text that
-// the library survives.
+// Returns the to-dos of the calendars in a text, or nothing if the library rejects it. The text
+// must not crash the library.
 std::optional<std::vector<TodoProperties>> parseBare(std::string_view text);
 
-// The same through the guard: the text itself when it is clean, else its pieces. Nothing when the
-// guard or the library rejects it.
+// Does the same through the guard: parses the text itself if it is clean, and its pieces otherwise.
+// Returns nothing if the guard or the library rejects it.
 std::optional<std::vector<TodoProperties>> parseGuarded(std::string_view text);
 
-// The properties that parseGuarded asks for.
+// The names that parseGuarded passes to the guard.
 std::vector<std::string> guardedNames();
 
-// Only the properties that guardedNames has, and of them only those with a value.
+// Returns only the properties named in guardedNames that have a value.
 std::vector<TodoProperties> onlyGuarded(const std::vector<TodoProperties>& todos);

@@ -1,5 +1,5 @@
-// Texts by other programs. None of them may hang or crash the library, and to-dos that it reads
-// right without the guard are read the same with it.
+// Texts of other programs. None of them may hang or crash the library, and to-dos that the library
+// reads correctly without the guard are read the same with it.
 #include "vcal_guard.h"
 
 #include "bare_library.h"
@@ -64,7 +64,7 @@ TEST(VcalCorpus, EveryTextIsReadToItsEndOrRejectedForItsMissingOne) {
       EXPECT_TRUE(isOther || count(text, "BEGIN:VCALENDAR") == 0) << file;
     }
   }
-  // In each of these a component has no END on a line of its own.
+  // In each of these, a component lacks an END line.
   EXPECT_EQ(truncated, (std::set<std::string>{
                            "crash-base64-4pads-min.vcs", "hang-base64-at-eof.vcs",
                            "hang-qp-value-at-eof.vcs", "mutation-hang-0002.vcs",
@@ -84,7 +84,7 @@ TEST(VcalCorpus, WhatTheLibraryReadsRightIsReadTheSameWithTheGuard) {
       continue;
     const auto bare = parseBare(text);
     ASSERT_TRUE(bare) << file;
-    const auto guarded = parseGuarded("\xEF\xBB\xBF" + text);  // made to be repaired
+    const auto guarded = parseGuarded("\xEF\xBB\xBF" + text);  // forces a repair
     if (!guarded) {
       EXPECT_TRUE(bare->empty()) << file;
       continue;

@@ -17,8 +17,8 @@ using namespace std::string_literals;
 
 namespace {
 
-// One text in a to-do, and what must come out of it. An end mark DUE:D stands behind each text, so
-// that a text that swallows its successor shows.
+// Lines in a to-do and the properties read from them. DUE:D follows the lines of each case, to
+// detect a value that swallows the next line.
 struct Reading {
   const char* name;
   std::string lines;
@@ -40,7 +40,7 @@ TEST_P(VcalReading, IsRight) {
   expected.emplace_back("DUE=D");
   EXPECT_EQ(propertiesOf(text), expected);
   EXPECT_EQ(isClean(text), reading.clean);
-  // The repaired copy says the same as the clean text.
+  // The repaired copy is read like the clean text.
   EXPECT_EQ(propertiesOf(byteOrderMark + text), expected);
 }
 
@@ -78,7 +78,7 @@ const std::vector<Reading> readings = {
      {"SUMMARY=" + repeat("a;", 200) + "a"},
      false},
 
-    // Properties without a value leave their field and their successor alone
+    // Properties without a value affect neither their field nor the next property
     {"empty", "SUMMARY:", {}, false},
     {"empty_then_other", "SUMMARY:\r\nPRIORITY:1", {"PRIORITY=1"}, false},
     {"blank_only", "SUMMARY:  \t", {}, false},
@@ -172,7 +172,7 @@ const std::vector<Reading> readings = {
      {"DALARM{RUNTIME=t;SNOOZETIME=a;REPEATCOUNT=b;DISPLAYSTRING=c;}=d"},
      false},
 
-    // Alarms keep their fields; one without a value of its own gets none
+    // Alarms keep their fields and do not get a value that they did not have
     {"alarm", "DALARM:t", {"DALARM{RUNTIME=t;}="}, true},
     {"alarm_fields", "DALARM:t;;;x", {"DALARM{RUNTIME=t;DISPLAYSTRING=x;}="}, true},
     {"alarm_value",
@@ -191,7 +191,7 @@ const std::vector<Reading> readings = {
     {"alarm_ff", "DALARM:t;;;\xFF", {}, false},
     {"alarm_of_40_fields", "DALARM:t" + repeat(";", 40), {"DALARM{RUNTIME=t;}="}, true},
 
-    // Lines that are no property
+    // Lines that are not properties
     {"no_colon", "NO COLON", {}, false},
     {"digit_first", "1SUMMARY:a", {}, false},
     {"hyphen_first", "-SUMMARY:a", {}, false},
@@ -235,7 +235,8 @@ TEST(VcalGuard, NamesAreUnique) {
   EXPECT_EQ(std::adjacent_find(names.begin(), names.end()), names.end());
 }
 
-// A word that the library once kept in other letters must not turn a later CHARSET into it.
+// The library keeps words in the case in which they first occurred. CHARSET must not be one of
+// them.
 TEST(VcalGuard, OneTextDoesNotSpoilTheNext) {
   const LogCapture quiet;
   for (const char* first : {"SUMMARY;cHARSET=x:a", "SUMMARY;X=cHARSET:a", "cHARSET.SUMMARY:a",
@@ -322,7 +323,7 @@ TEST(VcalGuard, TextAroundCalendarsIsLeftOut) {
   EXPECT_THAT(propertiesOf(text), ElementsAre("SUMMARY=a"));
 }
 
-// What becomes of a whole text.
+// A whole text, and the report on it.
 struct Examination {
   const char* name;
   std::string text;
@@ -353,7 +354,7 @@ TEST_P(VcalExamination, IsRight) {
   EXPECT_EQ(file.isClean(), examination.clean);
   EXPECT_EQ(isClean(examination.text), examination.clean);
 
-  // A text is read when it has a calendar with all its ends.
+  // A text is read if it has a calendar and no END is missing.
   const bool readable =
       examination.problem == TextProblem::none || examination.problem == TextProblem::noTodo;
   const auto todos = parseGuarded(examination.text);
@@ -427,7 +428,7 @@ TEST(VcalGuard, WhatIsNoRegularFileIsUnreadable) {
 }
 
 TEST(VcalGuard, AFileThatCannotBeReadToItsEndIsUnreadable) {
-  // Reading the memory of this process at 0 fails, although it is a regular file.
+  // A regular file, but reading the memory of this process at 0 fails.
   EXPECT_EQ(ulo::examineFile("/proc/self/mem").problem, TextProblem::unreadable);
 }
 

@@ -1,4 +1,4 @@
-// The limits of what is read, and what the log says of a text.
+// The limits of what is read, the report of repairs, and the log.
 #include "vcal_texts.h"
 
 #include "temporary_directory.h"
@@ -7,16 +7,23 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <utility>
 
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
+using testing::Pair;
 using ulo::examineText;
 using ulo::GuardedText;
+using ulo::Repair;
 using ulo::TextProblem;
 using namespace std::string_literals;
 
 namespace {
+
+ulo::TextReport reportOf(const std::string& text) {
+  return GuardedText::fromMemory(text, guardedNames()).report();
+}
 
 TEST(VcalLimit, LargeCalendarsAreCutIntoPieces) {
   EXPECT_EQ(piecesOf(byteOrderMark + calendar(repeat(oneTodo, 100))).size(), 1U);
@@ -39,7 +46,27 @@ TEST(VcalLimit, PiecesAreCutByTheirBytesToo) {
   EXPECT_LT(pieces[0].size(), 1300000U);
 }
 
-// The library takes 490 items, properties or both together; 245 calendars; 163 fields.
+// Text beyond the limit is scanned again for its pieces.
+TEST(VcalLimit, TextBeyondTheKeptLimitHasTheSamePieces) {
+  const std::size_t size = ulo::keptLimit / 16;
+  const std::string item = todo("SUMMARY:" + std::string(size, 'a') + "\r\nDUE:\r\n");
+  for (std::size_t count : {15U, 17U}) {
+    const std::string text = byteOrderMark + calendar(repeat(item, count));
+    LogCapture log;
+    const std::vector<std::string> pieces = piecesOf(text);
+    ASSERT_EQ(pieces.size(), count);
+    const std::string piece = calendar(todo("SUMMARY:" + std::string(size, 'a') + "\r\n"));
+    for (const std::string& each : pieces)
+      EXPECT_TRUE(each == piece);
+    const ulo::TextReport report = GuardedText::fromMemory(text, guardedNames()).report();
+    EXPECT_EQ(report.repairs.size(), count);
+    for (std::size_t i = 0; i < count; ++i)
+      EXPECT_THAT(log.text(), HasSubstr("line " + std::to_string(5 + 4 * i) +
+                                        ": property without a value left out"));
+  }
+}
+
+// The library reads at most 490 items and properties together, 245 calendars, and 163 fields.
 TEST(VcalLimit, WhatIsTooMuchForTheLibraryIsNotClean) {
   const LogCapture quiet;
   const auto onlyClean = [](const std::string& text) {
@@ -153,7 +180,7 @@ std::size_t peakMemory() {
   return 0;
 }
 
-// A sparse file: 100 MB of noise that take no room.
+// 100 MB of noise, in a sparse file.
 TEST(VcalLimit, NoiseNeedsNoMemory) {
   TemporaryDirectory directory;
   for (const char* start : {"", "noise without an end ", "BEGIN:VCALENDAR\r\nX:"}) {
@@ -167,7 +194,7 @@ TEST(VcalLimit, NoiseNeedsNoMemory) {
   }
 }
 
-// Each of these is quadratic when lines that belong together are looked at again and again.
+// Each of these takes quadratic time if the lines of a property are scanned again and again.
 TEST(VcalLimit, ManyShortLinesOfOnePropertyAreReadOnce) {
   for (const char* start :
        {"SUMMARY", "SUMMARY;X=\"", "SUMMARY:", "SUMMARY;QP:", "SUMMARY;BASE64:"})
@@ -203,6 +230,51 @@ TEST(VcalLog, EachRepairIsNamedWithItsLine) {
                              line("10: component in a to-do left out") +
                              line("13: END of a nested component is missing") +
                              line("14: END without its BEGIN left out"));
+}
+
+TEST(VcalReport, NamesEachRepairWithItsLineAndProperty) {
+  const std::string text = "stray\r\n" + calendar(todo("SUMMARY;QP:a=\r\nb=c\r\nDUE:\r\n"
+                                                       "DALARM:\xFF\r\nno property\r\n"
+                                                       "BEGIN:VALARM\r\nBEGIN:X\r\nEND:X\r\n") +
+                                                  "END:VEVENT\r\n");
+  std::vector<std::pair<Repair, std::string>> found;
+  for (const ulo::RepairNote& note : reportOf(text).repairs)
+    found.emplace_back(note.repair, std::to_string(note.line) + note.property);
+  EXPECT_THAT(found,
+              ElementsAre(Pair(Repair::outsideCalendar, "1"), Pair(Repair::rewritten, "5SUMMARY"),
+                          Pair(Repair::noValue, "7DUE"), Pair(Repair::noForm, "8DALARM"),
+                          Pair(Repair::notProperty, "9"), Pair(Repair::nestedComponent, "10"),
+                          Pair(Repair::missingEnd, "13"), Pair(Repair::endWithoutBegin, "14")));
+}
+
+TEST(VcalReport, NamesWhatExceedsALimit) {
+  const std::string part = "DESCRIPTION:" + std::string(ulo::propertyLimit - 12, 'a') + "\r\n";
+  const ulo::TextReport large =
+      reportOf(calendar(todo(repeat(part, 4) + "DESCRIPTION:b" + part.substr(12))));
+  ASSERT_EQ(large.repairs.size(), 2U);
+  EXPECT_EQ(large.repairs[0].repair, Repair::todoTooLarge);
+  EXPECT_EQ(large.repairs[1].repair, Repair::propertyTooLong);
+  EXPECT_EQ(large.tooLarge.size(), 1U);
+  const ulo::TextReport many =
+      reportOf(calendar(todo("X:\r\n" + repeat("DUE:D\r\n", ulo::todoPropertyLimit + 1))));
+  ASSERT_EQ(many.repairs.size(), 1U);
+  EXPECT_EQ(many.repairs[0].repair, Repair::tooManyProperties);
+}
+
+TEST(VcalReport, CountsFurtherRepairs) {
+  const auto with = [](std::size_t count) {
+    return reportOf(calendar(todo(repeat("SUMMARY:\r\n", count))));
+  };
+  EXPECT_EQ(with(ulo::loggedLimit).repairs.size(), ulo::loggedLimit);
+  EXPECT_EQ(with(ulo::loggedLimit).moreRepairs, 0U);
+  EXPECT_EQ(with(ulo::loggedLimit + 1).repairs.size(), ulo::loggedLimit);
+  EXPECT_EQ(with(ulo::loggedLimit + 1).moreRepairs, 1U);
+}
+
+TEST(VcalReport, HasNoRepairsOfRejectedText) {
+  const ulo::TextReport report = reportOf("stray\r\nBEGIN:VCALENDAR\r\n");
+  EXPECT_EQ(report.problem, TextProblem::truncated);
+  EXPECT_TRUE(report.repairs.empty());
 }
 
 TEST(VcalLog, RejectedTextsSayWhy) {

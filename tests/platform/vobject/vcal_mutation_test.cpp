@@ -1,5 +1,5 @@
-// Texts that went wrong on their way: the library must survive all of them, and what it reads of a
-// text as it is must be what it reads of the repaired copy.
+// Damaged texts. The library must survive all of them, and must read a clean text like its repaired
+// copy.
 #include "vcal_guard.h"
 
 #include "bare_library.h"
@@ -115,7 +115,7 @@ TEST_P(VcalMutation, IsSurvivedAndReadTheSameInEitherForm) {
     clean += isClean ? 1 : 0;
     readable += isReadable ? 1 : 0;
   }
-  // The mutations go far enough, and not too far.
+  // Some mutations make a text unreadable, and some leave it clean.
   EXPECT_GT(clean, 100);
   EXPECT_GT(readable, 1000);
   EXPECT_LT(readable, 4500);

@@ -1,4 +1,4 @@
-// Texts for the guard, and what becomes of them.
+// Texts for the guard, and what the guard and the library make of them.
 #pragma once
 
 #include "vcal_guard.h"
@@ -30,7 +30,7 @@ inline bool isClean(const std::string& text) {
   return ulo::GuardedText::fromMemory(text, guardedNames()).isClean();
 }
 
-// What the library reads of a single to-do.
+// Returns the properties that the library reads from a text with one to-do.
 inline TodoProperties propertiesOf(const std::string& text) {
   const LogCapture quiet;
   const auto todos = parseGuarded(text);

@@ -1,0 +1,222 @@
+// Reading and writing to-dos as bytes: the records, the text, and the reports.
+#include "library_faults.h"
+
+#include "ZVtodoParser.h"
+#include "log_capture.h"
+#include "task_text.h"
+#include "todo_reader.h"
+#include "todo_writer.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <utility>
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Task = ZTASK_ENG_Task;
+
+namespace {
+
+std::string calendar(const std::string& lines) {
+  return "BEGIN:VCALENDAR\r\nBEGIN:VTODO\r\n" + lines + "END:VTODO\r\nEND:VCALENDAR\r\n";
+}
+
+std::vector<std::string> summaries(const ulo::TodosRead& read) {
+  std::vector<std::string> result;
+  for (const std::unique_ptr<Task>& task : read.tasks)
+    result.push_back(task->getString(Task::TASK_FIELD_SUMMARY).toStdString());
+  return result;
+}
+
+// Reading
+
+class TodoReading : public VObjectLibrary {
+protected:
+  LogCapture log_;
+};
+
+TEST_F(TodoReading, ReportsNothingMissingOfCleanText) {
+  const ulo::TodosRead read = ulo::readTodos(threeTodos);
+  EXPECT_THAT(summaries(read), ElementsAre("first", "second", "third"));
+  EXPECT_EQ(read.report.failure, ulo::ReadFailure::none);
+  EXPECT_EQ(read.report.text.todos, 3U);
+  EXPECT_THAT(read.report.text.repairs, IsEmpty());
+  EXPECT_THAT(read.report.undecoded, IsEmpty());
+}
+
+TEST_F(TodoReading, ReportsWhatWasLeftOut) {
+  const ulo::TodosRead read = ulo::readTodos(calendar("SUMMARY;X-A=1:a\r\nDESCRIPTION:\r\n"));
+  EXPECT_THAT(summaries(read), ElementsAre("a"));
+  EXPECT_EQ(read.report.failure, ulo::ReadFailure::none);
+  const std::vector<ulo::RepairNote>& repairs = read.report.text.repairs;
+  ASSERT_EQ(repairs.size(), 2U);
+  EXPECT_EQ(repairs[0].repair, ulo::Repair::rewritten);
+  EXPECT_EQ(repairs[0].line, 3U);
+  EXPECT_EQ(repairs[0].property, "SUMMARY");
+  EXPECT_EQ(repairs[1].repair, ulo::Repair::noValue);
+  EXPECT_EQ(repairs[1].line, 4U);
+  EXPECT_EQ(repairs[1].property, "DESCRIPTION");
+}
+
+TEST_F(TodoReading, ReadsTheSameAsTheParser) {
+  for (const std::string& text : {threeTodos, "\xEF\xBB\xBF" + threeTodos}) {
+    const ulo::TodosRead read = ulo::readTodos(text);
+    QList<Task> tasks;
+    tasks.setAutoDelete(true);
+    ZVtodoParser().readVtodo(QCString(text.c_str()), tasks);
+    ASSERT_EQ(read.tasks.size(), tasks.count());
+    for (uint i = 0; i < tasks.count(); ++i)
+      EXPECT_EQ(taskText(*read.tasks[i]), taskText(*tasks.at(i)));
+  }
+}
+
+TEST_F(TodoReading, OpensTheLibraryForTheCall) {
+  EXPECT_EQ(ulo::readTodos(threeTodos).tasks.size(), 3U);
+  EXPECT_THAT(loader_.opened, ElementsAre("libicalvcal.so lazy"));
+  EXPECT_EQ(loader_.closed, 1);
+}
+
+TEST_F(TodoReading, ReportsUnreadableTextWithoutOpeningTheLibrary) {
+  const ulo::TodosRead truncated =
+      ulo::readTodos("BEGIN:VCALENDAR\r\nBEGIN:VTODO\r\nSUMMARY:a\r\n");
+  EXPECT_EQ(truncated.report.failure, ulo::ReadFailure::text);
+  EXPECT_EQ(truncated.report.text.problem, ulo::TextProblem::truncated);
+  EXPECT_EQ(truncated.report.text.line, 2U);
+  const ulo::TodosRead empty = ulo::readTodos("BEGIN:VCALENDAR\r\nEND:VCALENDAR\r\n");
+  EXPECT_EQ(empty.report.failure, ulo::ReadFailure::text);
+  EXPECT_EQ(empty.report.text.problem, ulo::TextProblem::noTodo);
+  EXPECT_THAT(loader_.opened, IsEmpty());
+  EXPECT_EQ(log_.text(), "");
+}
+
+TEST_F(TodoReading, ReportsTextsThatAreNotValidInTheirCharacterSet) {
+  const std::string declared = ";CHARSET=UTF-8;ENCODING=QUOTED-PRINTABLE:";
+  const ulo::TodosRead read =
+      ulo::readTodos(calendar("SUMMARY" + declared + "=C3=A4\r\n") +
+                     calendar("SUMMARY" + declared + "=C3\r\nDESCRIPTION" + declared + "=A4\r\n"));
+  ASSERT_EQ(read.report.undecoded.size(), 2U);
+  EXPECT_EQ(read.report.undecoded[0].todo, 1U);
+  EXPECT_EQ(read.report.undecoded[0].field, Task::TASK_FIELD_SUMMARY);
+  EXPECT_EQ(read.report.undecoded[1].todo, 1U);
+  EXPECT_EQ(read.report.undecoded[1].field, Task::TASK_FIELD_NOTE);
+}
+
+TEST_F(TodoReading, ReportsTheFirstOfManyUndecodedTexts) {
+  const auto reported = [](std::size_t count) {
+    std::string text;
+    for (std::size_t i = 0; i < count; ++i)
+      text += calendar("SUMMARY;CHARSET=UTF-8;ENCODING=QUOTED-PRINTABLE:=C3\r\n");
+    return ulo::readTodos(text).report.undecoded.size();
+  };
+  EXPECT_EQ(reported(ulo::loggedLimit - 1), ulo::loggedLimit - 1);
+  EXPECT_EQ(reported(ulo::loggedLimit), ulo::loggedLimit);
+  EXPECT_EQ(reported(ulo::loggedLimit + 1), ulo::loggedLimit);
+}
+
+TEST_F(TodoReading, ReportsLibraryThatDoesNotRead) {
+  for (const char* function : {"Parse_MIME", "nextVObject", "vObjectName"}) {
+    loader_.missing = {function};
+    const ulo::TodosRead read = ulo::readTodos(threeTodos);
+    EXPECT_EQ(read.report.failure, ulo::ReadFailure::library) << function;
+    EXPECT_EQ(read.report.text.todos, 3U) << function;
+    EXPECT_THAT(read.tasks, IsEmpty()) << function;
+  }
+}
+
+TEST_F(TodoReading, ReportsRecordThatCannotBeAllocated) {
+  const LeaksExpected ofRemainingObjects;
+  loader_.recordsLeft = 1;
+  const ulo::TodosRead read = ulo::readTodos(threeTodos);
+  loader_.recordsLeft = -1;
+  EXPECT_EQ(read.report.failure, ulo::ReadFailure::memory);
+  EXPECT_THAT(summaries(read), ElementsAre("first"));
+  EXPECT_EQ(read.report.text.todos, 3U);
+}
+
+// Writing
+
+class TodoWriting : public VObjectLibrary {
+protected:
+  TodoWriting() {
+    tasks_.setAutoDelete(true);
+    for (const char* summary : {"a", "b"}) {
+      auto* task = new Task;
+      task->setString(Task::TASK_FIELD_SUMMARY, summary);
+      tasks_.append(task);
+    }
+  }
+
+  LogCapture log_;
+  QList<Task> tasks_;
+};
+
+TEST_F(TodoWriting, ReturnsTheBytesThatTheParserWrites) {
+  const ulo::TodosWritten result = ulo::writeTodos(tasks_);
+  EXPECT_EQ(result.report.failure, ulo::WriteFailure::none);
+  EXPECT_EQ(result.report.todos, 2U);
+  EXPECT_THAT(result.report.lossy, IsEmpty());
+  ZVtodoParser().writeVtodo(outName(), tasks_);
+  EXPECT_EQ(result.text, written());
+  EXPECT_THAT(summaries(ulo::readTodos(result.text)), ElementsAre("a", "b"));
+}
+
+TEST_F(TodoWriting, OpensTheLibraryForTheCall) {
+  EXPECT_NE(ulo::writeTodos(tasks_).text, "");
+  EXPECT_THAT(loader_.opened, ElementsAre("libicalvcal.so lazy"));
+  EXPECT_EQ(loader_.closed, 1);
+}
+
+TEST_F(TodoWriting, SkipsNullPointers) {
+  tasks_.append(nullptr);
+  EXPECT_EQ(ulo::writeTodos(tasks_).report.todos, 2U);
+}
+
+TEST_F(TodoWriting, ReportsValuesThatTextCannotExpress) {
+  Task& task = *tasks_.at(1);
+  task.setString(Task::TASK_FIELD_SUMMARY, QString("b") + QChar(0xD83D));
+  task.setString(Task::TASK_FIELD_NOTE, QString("b") + QChar(0) + "c");
+  task.setString(Task::TASK_FIELD_CATEGORY, QString(QChar(0)) + "c");
+  const QDateTime far(QDate(10000, 1, 2), QTime(12, 0));
+  task.setDateTime(Task::TASK_FIELD_DUE, far);
+  task.setDateTime(Task::TASK_FIELD_END, far);
+  task.setDateTime(Task::TASK_FIELD_ALARM, far);
+  const ulo::TodosWritten result = ulo::writeTodos(tasks_);
+  EXPECT_EQ(result.report.failure, ulo::WriteFailure::none);
+  std::vector<Task::TASK_FIELD_T> fields;
+  for (const ulo::LossyValue& lossy : result.report.lossy) {
+    EXPECT_EQ(lossy.task, 1U);
+    fields.push_back(lossy.field);
+  }
+  EXPECT_THAT(fields,
+              ElementsAre(Task::TASK_FIELD_SUMMARY, Task::TASK_FIELD_NOTE,
+                          Task::TASK_FIELD_CATEGORY, Task::TASK_FIELD_END, Task::TASK_FIELD_ALARM));
+}
+
+TEST_F(TodoWriting, ReportsLibraryThatDoesNotWrite) {
+  for (const char* function : {"newVObject", "addProp", "addPropValue", "writeMemVObject"}) {
+    loader_.missing = {function};
+    EXPECT_EQ(ulo::writeTodos(tasks_).report.failure, ulo::WriteFailure::library) << function;
+  }
+  loader_.missing.clear();
+  loader_.libraryMissing = true;
+  const ulo::TodosWritten result = ulo::writeTodos(tasks_);
+  EXPECT_EQ(result.report.failure, ulo::WriteFailure::library);
+  EXPECT_EQ(result.report.todos, 0U);
+  EXPECT_EQ(result.text, "");
+}
+
+void writeInstead(FILE* stream, VObject*) {
+  std::fputs("written", stream);
+}
+
+TEST_F(TodoWriting, UsesTheStreamFunctionIfThatIsTheOnlyOne) {
+  loader_.missing = {"writeMemVObject"};
+  loader_.replaced["writeVObject"] = reinterpret_cast<void*>(&writeInstead);
+  const ulo::TodosWritten result = ulo::writeTodos(tasks_);
+  EXPECT_EQ(result.text, "written");
+  EXPECT_EQ(result.report.failure, ulo::WriteFailure::none);
+}
+
+}  // namespace

@@ -1,0 +1,248 @@
+#include "todo_reader.h"
+
+#include "UTIL_TimeConversion.h"
+#include "codec_log.h"
+#include "todo_values.h"
+#include "vobject_library.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <new>
+#include <utility>
+
+namespace ulo {
+
+namespace {
+
+using Task = ZTASK_ENG_Task;
+
+// The properties of a VTODO that are read.
+enum class TodoProperty {
+  completed,
+  status,
+  summary,
+  description,
+  categories,
+  due,
+  dalarm,
+  priority
+};
+struct PropertyName {
+  const char* name;
+  TodoProperty property;
+};
+constexpr std::array<PropertyName, 8> todoProperties = {{
+    {"COMPLETED", TodoProperty::completed},
+    {"STATUS", TodoProperty::status},
+    {"SUMMARY", TodoProperty::summary},
+    {"DESCRIPTION", TodoProperty::description},
+    {"CATEGORIES", TodoProperty::categories},
+    {"DUE", TodoProperty::due},
+    {"DALARM", TodoProperty::dalarm},
+    {"PRIORITY", TodoProperty::priority},
+}};
+
+std::vector<std::string> namesOfTodoProperties() {
+  std::vector<std::string> names;
+  names.reserve(todoProperties.size());
+  for (const PropertyName& known : todoProperties)
+    names.emplace_back(known.name);
+  return names;
+}
+
+bool isNamed(VObject* object, const char* name) {
+  const char* own = vobject::vObjectName(object);
+  return own != nullptr && std::strcmp(own, name) == 0;
+}
+
+QCString valueOf(VObject* property) {
+  const std::unique_ptr<char, decltype(&vobject::release)> value(
+      vobject::vObjectUStringZValue(property), &vobject::release);
+  return QCString(value.get());
+}
+
+// Calls `visit` for each property of the object until it returns false.
+template <typename Visit> void forEachProperty(VObject* object, Visit visit) {
+  VObjectIterator iterator{};
+  vobject::initPropIterator(&iterator, object);
+  while (vobject::moreIteration(&iterator) != 0) {
+    VObject* property = vobject::nextVObject(&iterator);
+    if (property == nullptr || !visit(property))
+      return;
+  }
+}
+
+// Calls `visit` for each VTODO of the calendars among the top-level objects, beginning with
+// `first`, and releases the objects. If `visit` returns false, stops without releasing the
+// remaining objects and returns false.
+template <typename Visit> bool forEachTodoIn(VObject* first, Visit visit) {
+  for (VObject* object = first; object != nullptr;) {
+    bool goOn = true;
+    if (isNamed(object, "VCALENDAR"))
+      forEachProperty(object, [&](VObject* property) {
+        goOn = !isNamed(property, "VTODO") || visit(property);
+        return goOn;
+      });
+    if (!goOn)
+      return false;
+    VObject* following = vobject::nextVObjectInList(object);
+    vobject::cleanVObject(object);
+    object = following;
+  }
+  return true;
+}
+
+// Returns the value of the last CHARSET of the property; empty if it has none.
+QCString charsetOf(VObject* property) {
+  QCString name;
+  forEachProperty(property, [&](VObject* parameter) {
+    if (isNamed(parameter, "CHARSET"))
+      name = QCString(vobject::vObjectStringZValue(parameter));
+    return true;
+  });
+  return name;
+}
+
+// Reads one to-do. Calls `undecoded` with the field of each text that is not valid in its character
+// set. Returns null if memory is short.
+template <typename Undecoded>
+std::unique_ptr<Task> toTaskRec(VObject* todo, const Undecoded& undecoded) {
+  std::unique_ptr<Task> task(new (std::nothrow) Task);
+  if (task == nullptr) {
+    codec_log::recordNotAllocated();
+    return nullptr;
+  }
+  const auto setText = [&](Task::TASK_FIELD_T field, VObject* property, const QCString& value) {
+    QString text;
+    if (!decodeText(value, charsetOf(property), text))
+      undecoded(field);
+    task->setString(field, text);
+  };
+  forEachProperty(todo, [&](VObject* property) {
+    const char* name = vobject::vObjectName(property);
+    const QCString value = valueOf(property);
+    if (name == nullptr || *name == '\0' || value.isEmpty())
+      return true;
+    const auto* known = std::find_if(
+        todoProperties.begin(), todoProperties.end(),
+        [name](const PropertyName& candidate) { return std::strcmp(candidate.name, name) == 0; });
+    if (known == todoProperties.end())
+      return true;
+    switch (known->property) {
+    case TodoProperty::completed:
+      if (task->getStatusValue() == statusNeedsAction)
+        task->setStatus(statusCompleted);
+      task->setDateTime(Task::TASK_FIELD_END, UTIL_TimeConversion::fromISO8601(value));
+      break;
+    case TodoProperty::status:
+      task->setStatus(statusFromText(value));
+      break;
+    case TodoProperty::summary:
+      setText(Task::TASK_FIELD_SUMMARY, property, value);
+      break;
+    case TodoProperty::description:
+      setText(Task::TASK_FIELD_NOTE, property, value);
+      break;
+    case TodoProperty::categories:
+      setText(Task::TASK_FIELD_CATEGORY, property, value);
+      break;
+    case TodoProperty::due:
+      task->setDateTime(Task::TASK_FIELD_DUE, dueDateFromText(value));
+      break;
+    case TodoProperty::dalarm:
+      forEachProperty(property, [&](VObject* field) {
+        if (isNamed(field, "RUNTIME"))
+          task->setDateTime(Task::TASK_FIELD_ALARM,
+                            UTIL_TimeConversion::fromISO8601(valueOf(field)));
+        return true;
+      });
+      break;
+    case TodoProperty::priority:
+      task->setPriority(priorityFromText(value));
+      break;
+    }
+    return true;
+  });
+  return task;
+}
+
+}  // namespace
+
+TodoReader::TodoReader(std::string_view text, std::string path, GuardedText guarded)
+    : text_(text), path_(std::move(path)), guarded_(std::move(guarded)) {}
+
+TodoReader TodoReader::fromMemory(std::string_view text) {
+  return {text, {}, GuardedText::fromMemory(text, namesOfTodoProperties())};
+}
+
+TodoReader TodoReader::fromFile(std::string path) {
+  GuardedText guarded = GuardedText::fromFile(path, namesOfTodoProperties());
+  return {{}, std::move(path), std::move(guarded)};
+}
+
+// Calls `visit` for each to-do until it returns false. Returns false if the text, or a piece of it,
+// cannot be parsed.
+template <typename Visit> bool TodoReader::forEachTodo(Visit visit) {
+  keepVObjectLibrary();
+  if (guarded_.isClean()) {
+    VObject* first = path_.empty() ? vobject::Parse_MIME(text_.data(), text_.size())
+                                   : vobject::Parse_MIME_FromFileName(path_.c_str());
+    forEachTodoIn(first, visit);
+    return first != nullptr;
+  }
+  bool parsed = false;
+  std::string piece;
+  while (guarded_.nextPiece(piece)) {
+    VObject* first = vobject::Parse_MIME(piece.data(), piece.size());
+    parsed = first != nullptr;
+    if (!parsed || !forEachTodoIn(first, visit))
+      break;
+  }
+  return parsed;
+}
+
+TodosRead TodoReader::read() {
+  TodosRead result;
+  ReadReport& report = result.report;
+  const bool parsed = forEachTodo([&](VObject* todo) {
+    std::unique_ptr<Task> task = toTaskRec(todo, [&](Task::TASK_FIELD_T field) {
+      if (report.undecoded.size() < loggedLimit)
+        report.undecoded.push_back({result.tasks.size(), field});
+    });
+    if (task == nullptr) {
+      codec_log::todoNotRead();
+      report.failure = ReadFailure::memory;
+      return false;
+    }
+    result.tasks.push_back(std::move(task));
+    return true;
+  });
+  report.text = guarded_.report();
+  if (!parsed) {
+    codec_log::textNotParsed();
+    result.tasks.clear();
+    report.undecoded.clear();
+  }
+  if (report.text.problem != TextProblem::none)
+    report.failure = ReadFailure::text;
+  else if (report.failure == ReadFailure::none && result.tasks.size() != report.text.todos)
+    report.failure = ReadFailure::library;
+  return result;
+}
+
+bool TodoReader::hasTodo() {
+  bool found = false;
+  forEachTodo([&](VObject*) { return found = true; });
+  return found;
+}
+
+TodosRead readTodos(std::string_view text) {
+  TodoReader reader = TodoReader::fromMemory(text);
+  if (reader.report().problem != TextProblem::none)
+    return {{}, {ReadFailure::text, reader.report(), {}}};
+  const vobject::Library library;
+  return reader.read();
+}
+
+}  // namespace ulo

@@ -1,0 +1,69 @@
+// Reads vCalendar 1.0 text into task records, and reports what was read and what was not.
+#pragma once
+
+#include "ZTASK_ENG_Task.h"
+#include "export.h"
+#include "vcal_guard.h"
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ulo {
+
+// Why reading stopped.
+enum class ReadFailure {
+  none,
+  text,     // the text has no readable to-do; TextReport::problem says why
+  library,  // the vObject library is missing or incomplete, or it rejected the text
+  memory,   // a record could not be allocated; the tasks before it are returned
+};
+
+// A text whose bytes are not valid in the character set that it declares. It was read as Latin-1.
+struct UndecodedText {
+  std::size_t todo = 0;  // index of its to-do, from 0
+  ZTASK_ENG_Task::TASK_FIELD_T field = ZTASK_ENG_Task::TASK_FIELD_SUMMARY;
+};
+
+struct ReadReport {
+  ReadFailure failure = ReadFailure::none;
+  // What the text contains, and what the guard left out or changed.
+  TextReport text;
+  std::vector<UndecodedText> undecoded;  // the first loggedLimit
+};
+
+struct TodosRead {
+  std::vector<std::unique_ptr<ZTASK_ENG_Task>> tasks;  // in the order of the text
+  ReadReport report;
+};
+
+// Reads a text. Opens the vObject library for the call, unless the text has no readable to-do; then
+// it logs nothing.
+[[nodiscard]] ULO_EXPORT TodosRead readTodos(std::string_view text);
+
+// A text or a file, scanned once by the guard. Used while the vObject library is open.
+class TodoReader {
+public:
+  // The text must outlive the object.
+  static TodoReader fromMemory(std::string_view text);
+  static TodoReader fromFile(std::string path);
+
+  [[nodiscard]] const TextReport& report() const { return guarded_.report(); }
+  // Parses the text and reads its to-dos. A text that the guard rejects, or the library, is logged.
+  // Called at most once, instead of `hasTodo`.
+  [[nodiscard]] TodosRead read();
+  // Parses the text and returns true if a calendar in it contains a VTODO.
+  [[nodiscard]] bool hasTodo();
+
+private:
+  TodoReader(std::string_view text, std::string path, GuardedText guarded);
+  template <typename Visit> bool forEachTodo(Visit visit);
+
+  std::string_view text_;
+  std::string path_;  // empty for a text in memory; a file without a name is never clean
+  GuardedText guarded_;
+};
+
+}  // namespace ulo

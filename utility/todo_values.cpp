@@ -1,0 +1,155 @@
+#include "todo_values.h"
+
+#include "EMAIL_Util.h"
+#include "UTIL_TimeConversion.h"
+#include "ZTASK_ENG_Task.h"
+#include "codec_log.h"
+#include "module_log.h"
+
+#include <QStringDecoder>
+
+#include <array>
+#include <cstring>
+
+namespace ulo {
+
+namespace {
+
+// The status words of vCalendar 1.0 by their code.
+constexpr std::array<const char*, 8> statusWords = {"COMPLETED", "NEEDS ACTION", "ACCEPTED",
+                                                    "SENT",      "TENTATIVE",    "CONFIRMED",
+                                                    "DECLINED",  "DELEGATED"};
+
+// How a status is recognized: the first of these words that the text contains decides. The words in
+// lower case are those of the platform's own export.
+struct WordCode {
+  const char* word;
+  int code;
+};
+constexpr std::array<WordCode, 10> statusTests = {{
+    {statusWords[0], 0},
+    {statusWords[1], 1},
+    {"uncompleted", statusNeedsAction},
+    {"completed", statusCompleted},
+    {statusWords[2], 2},
+    {statusWords[3], 3},
+    {statusWords[4], 4},
+    {statusWords[5], 5},
+    {statusWords[6], 6},
+    {statusWords[7], 7},
+}};
+
+constexpr std::array<WordCode, 3> priorityWords = {{{"HIGH", 1}, {"NORMAL", 2}, {"LOW", 3}}};
+constexpr int priorityNone = 0;
+
+// The names by which texts declare character sets, in upper case.
+struct CharsetName {
+  const char* name;
+  int charset;
+  const char* logged;
+};
+constexpr std::array<CharsetName, 9> charsetNames = {{
+    {"GBK", EMAIL_Util::charsetGbk, "GBK"},
+    {"GB2312", EMAIL_Util::charsetGb2312, "GB2312"},
+    {"BIG5", EMAIL_Util::charsetBig5, "BIG5"},
+    {"UTF-7", EMAIL_Util::charsetUtf7, "UTF-7"},
+    {"UTF7", EMAIL_Util::charsetUtf7, "UTF-7"},
+    {"UTF-8", EMAIL_Util::charsetUtf8, "UTF-8"},
+    {"UTF8", EMAIL_Util::charsetUtf8, "UTF-8"},
+    {"USASCII", EMAIL_Util::charsetUsAscii, "USASCII"},
+    {"US-ASCII", EMAIL_Util::charsetUsAscii, "USASCII"},
+}};
+constexpr CharsetName unknownCharset = {"", EMAIL_Util::charsetUnknown, "default unknow"};
+
+QString twoDigits(int number) {
+  return QString(number <= 9 ? "0%1" : "%1").arg(number);
+}
+
+}  // namespace
+
+int statusFromText(const QCString& text) {
+  moduleLog(logTrace, "Entering function %s\nbegin getStatusValue", "getStatusValue");
+  int code = statusUnknown;
+  for (const WordCode& test : statusTests) {
+    if (text.contains(test.word, true) != 0) {
+      code = test.code;
+      break;
+    }
+  }
+  moduleLog(logTrace, "Exiting function %s\nend getStatusValue", "getStatusValue");
+  return code;
+}
+
+int priorityFromText(const QCString& text) {
+  moduleLog(logTrace, "Entering function %s\nbegin getPriorityValue", "getPriorityValue");
+  bool isNumber = false;
+  int code = QString::fromLatin1(text).toInt(&isNumber, 10);
+  if (!isNumber) {
+    code = priorityNone;
+    for (const WordCode& known : priorityWords)
+      if (text == known.word)
+        code = known.code;
+  }
+  moduleLog(logTrace, "Exiting function %s\nend getPriorityValue", "getPriorityValue");
+  return code;
+}
+
+QDateTime dueDateFromText(const QCString& text) {
+  QDateTime due = UTIL_TimeConversion::fromISO8601(text);
+  if (due.isValid() && due >= QDateTime(QDate(1970, 1, 2), QTime(0, 0, 0, 0)))
+    return due;
+  codec_log::dueDateIgnored();
+  return ZTASK_ENG_Task::noDate();
+}
+
+bool decodeText(const QCString& bytes, const QCString& charsetName, QString& text) {
+  const QCString name = charsetName.upper();
+  CharsetName charset = unknownCharset;
+  for (const CharsetName& known : charsetNames)
+    if (name == known.name)
+      charset = known;
+  codec_log::charsetFound(charset.logged);
+
+  text = QString::fromLatin1(bytes);
+  return EMAIL_Util::decFromCharset(bytes, text, charset.charset);
+}
+
+const char* statusText(int status) {
+  const auto index = static_cast<unsigned int>(status);
+  return statusWords[index < statusWords.size() ? index : unsigned{statusNeedsAction}];
+}
+
+QString dueDateText(const QDateTime& due) {
+  const QDate date = UTIL_TimeConversion::toLocalTime(due).date();
+  return QString("%1").arg(date.year()) + twoDigits(date.month()) + twoDigits(date.day()) +
+         "T120000Z";
+}
+
+QString dateTimeText(const QDateTime& dateTime) {
+  return QString::fromLatin1(UTIL_TimeConversion::toISO8601(dateTime));
+}
+
+bool isWritable(const QString& text) {
+  return text.isValidUtf16() && !text.contains(QChar(0));
+}
+
+QString wellFormedText(const QString& text) {
+  const QByteArray utf8 = text.toUtf8();
+  if (utf8.isEmpty() || utf8.front() == '\0')
+    return QString();
+  // QString::fromUtf8 would drop a byte order mark at the beginning.
+  return QStringDecoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom)(utf8);
+}
+
+QString encodeText(const QString& text) {
+  QCString bytes;
+  EMAIL_Util::encWithCharset(bytes, text, EMAIL_Util::charsetUtf8);
+  const unsigned long length = bytes.isNull() ? 0 : std::strlen(bytes.constData());
+  return QString::fromLatin1(EMAIL_Util::encQp(bytes.constData(), length, 0));
+}
+
+bool isSet(const QDateTime& dateTime) {
+  return UTIL_TimeConversion::toUTC(dateTime) != ZTASK_ENG_Task::noDateSeconds;
+}
+
+}  // namespace ulo

@@ -1,0 +1,133 @@
+#include "todo_writer.h"
+
+#include "EMAIL_Util.h"
+#include "todo_values.h"
+#include "vcal_guard.h"
+#include "vobject_library.h"
+
+#include <optional>
+#include <utility>
+
+namespace ulo {
+
+namespace {
+
+using Task = ZTASK_ENG_Task;
+
+// Builds the library's tree of a calendar.
+class CalendarBuilder {
+public:
+  CalendarBuilder();
+
+  // `index` is that of the task in the list.
+  void addTodo(std::size_t index, const Task& task);
+
+  // To be released with cleanVObject. Null if the library failed.
+  [[nodiscard]] VObject* calendar() const { return calendar_; }
+  [[nodiscard]] WriteReport& report() { return report_; }
+
+private:
+  VObject* addProperty(VObject* object, const char* name);
+  void addValue(VObject* object, const char* name, const QString& value);
+  void addText(VObject* todo, const char* name, const QString& text);
+  void noteLoss(std::size_t index, Task::TASK_FIELD_T field) {
+    report_.lossy.push_back({index, field});
+  }
+
+  VObject* calendar_;
+  QString charset_;
+  WriteReport report_;
+};
+
+CalendarBuilder::CalendarBuilder() : calendar_(vobject::newVObject("VCALENDAR")) {
+  if (calendar_ == nullptr)
+    report_.failure = WriteFailure::library;
+  addValue(calendar_, "VERSION", "1.0");
+  QCString charset;
+  EMAIL_Util::charsetEnumToStr(EMAIL_Util::charsetUtf8, charset);
+  charset_ = QString::fromLatin1(charset);
+}
+
+VObject* CalendarBuilder::addProperty(VObject* object, const char* name) {
+  VObject* property = vobject::addProp(object, name);
+  if (property == nullptr)
+    report_.failure = WriteFailure::library;
+  return property;
+}
+
+// An empty value adds nothing.
+void CalendarBuilder::addValue(VObject* object, const char* name, const QString& value) {
+  if (vobject::addPropValue(object, name, value) == nullptr && !value.isEmpty())
+    report_.failure = WriteFailure::library;
+}
+
+void CalendarBuilder::addText(VObject* todo, const char* name, const QString& text) {
+  const QString full =
+      QString("%1;CHARSET=%2;ENCODING=QUOTED-PRINTABLE").arg(QLatin1String(name), charset_);
+  addValue(todo, full.toLatin1().constData(), encodeText(text));
+}
+
+void CalendarBuilder::addTodo(std::size_t index, const Task& task) {
+  VObject* todo = addProperty(calendar_, "VTODO");
+  if (todo != nullptr)
+    ++report_.todos;
+  addValue(todo, "STATUS", statusText(task.getStatusValue()));
+
+  const auto textOf = [&](Task::TASK_FIELD_T field) {
+    QString text = task.getString(field);
+    if (!isWritable(text))
+      noteLoss(index, field);
+    return text;
+  };
+  addText(todo, "SUMMARY", wellFormedText(textOf(Task::TASK_FIELD_SUMMARY)));
+  addText(todo, "DESCRIPTION", wellFormedText(textOf(Task::TASK_FIELD_NOTE)));
+  addText(todo, "CATEGORY", textOf(Task::TASK_FIELD_CATEGORY));
+
+  const auto timeOf = [&](Task::TASK_FIELD_T field) {
+    const QDateTime dateTime = task.getDateTime(field);
+    if (!isSet(dateTime))
+      return QString();
+    QString text = dateTimeText(dateTime);
+    if (text.isEmpty())
+      noteLoss(index, field);
+    return text;
+  };
+  if (const QDateTime due = task.getDateTime(Task::TASK_FIELD_DUE); isSet(due))
+    addValue(todo, "DUE", dueDateText(due));
+  addValue(todo, "COMPLETED", timeOf(Task::TASK_FIELD_END));
+  // Readers that use the library take the next line for the value of an empty DALARM.
+  if (const QString runTime = timeOf(Task::TASK_FIELD_ALARM); !runTime.isEmpty())
+    addValue(addProperty(todo, "DALARM"), "RUNTIME", runTime);
+  addValue(todo, "PRIORITY", QString::number(task.getPriorityValue()));
+}
+
+CalendarBuilder buildVCalendar(const QList<Task>& tasks) {
+  CalendarBuilder builder;
+  for (uint i = 0; i < tasks.count(); ++i)
+    if (const Task* task = tasks.at(i))
+      builder.addTodo(i, *task);
+  return builder;
+}
+
+}  // namespace
+
+TodosWritten writeTodos(const QList<ZTASK_ENG_Task>& tasks) {
+  const vobject::Library library;
+  keepVObjectLibrary();
+  CalendarBuilder builder = buildVCalendar(tasks);
+  std::optional<std::string> text = vobject::textOf(builder.calendar());
+  vobject::cleanVObject(builder.calendar());
+  TodosWritten result{std::move(text).value_or(std::string()), std::move(builder.report())};
+  if (result.text.empty())
+    result.report = {WriteFailure::library, 0, {}};
+  return result;
+}
+
+void writeTodos(std::FILE* stream, const QList<ZTASK_ENG_Task>& tasks) {
+  keepVObjectLibrary();
+  const CalendarBuilder builder = buildVCalendar(tasks);
+  vobject::writeVObject(stream, builder.calendar());
+  vobject::cleanVObject(builder.calendar());
+}
+
+}  // namespace ulo

@@ -1,0 +1,46 @@
+// Writes task records as vCalendar 1.0 text, and reports what could not be written.
+#pragma once
+
+#include "ZTASK_ENG_Task.h"
+#include "export.h"
+
+#include <cstddef>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace ulo {
+
+// Why a text is missing or incomplete.
+enum class WriteFailure {
+  none,
+  // The vObject library is missing or incomplete, or memory is short. The log names the function.
+  library,
+};
+
+// A value that vCalendar text cannot express. A date in a year without four digits is left out; of
+// a text, everything from U+0000 on is left out and unpaired surrogates are replaced.
+struct LossyValue {
+  std::size_t task = 0;  // index in the list
+  ZTASK_ENG_Task::TASK_FIELD_T field = ZTASK_ENG_Task::TASK_FIELD_SUMMARY;
+};
+
+struct WriteReport {
+  WriteFailure failure = WriteFailure::none;
+  std::size_t todos = 0;  // to-dos written
+  std::vector<LossyValue> lossy;
+};
+
+struct TodosWritten {
+  std::string text;
+  WriteReport report;
+};
+
+// Returns one calendar with a VTODO for each task; null pointers in the list are skipped. Opens the
+// vObject library for the call.
+[[nodiscard]] ULO_EXPORT TodosWritten writeTodos(const QList<ZTASK_ENG_Task>& tasks);
+
+// Writes the same text to a stream. Used while the vObject library is open.
+void writeTodos(std::FILE* stream, const QList<ZTASK_ENG_Task>& tasks);
+
+}  // namespace ulo
