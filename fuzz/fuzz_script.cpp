@@ -1,6 +1,6 @@
 // Bytes as a statement or script, run on the tables of tasks. An input is what tests/golden/odb
 // has: parameters, a line "---", the text; or the text alone.
-#include "run/interpreter.h"
+#include "machine/executable.h"
 #include "ulodb2.h"
 
 #include "fuzz_support.h"

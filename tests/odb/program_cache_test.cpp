@@ -1,7 +1,7 @@
 // Programs that are made once: calls that were made before, and stores that were opened before.
 
-#include "run/lru_cache.h"
-#include "run/program_library.h"
+#include "machine/lru_cache.h"
+#include "machine/program_library.h"
 #include "task_tables.h"
 #include "temporary_directory.h"
 

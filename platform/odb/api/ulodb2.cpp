@@ -2,8 +2,8 @@
 
 #include "ulodb2.h"
 
+#include "machine/session.h"
 #include "module_log.h"
-#include "run/session.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,8 +1,8 @@
 // Finds, locks and replaces a database file that no connection has open.
 #pragma once
 
+#include "base/failure.h"
 #include "descriptor.h"
-#include "script/failure.h"
 #include "sqlite/statement.h"
 
 #include <functional>

@@ -1,7 +1,7 @@
 // The syntax tree of a text. The parser builds it; the checker adds the meaning of names.
 #pragma once
 
-#include "failure.h"
+#include "base/failure.h"
 
 #include <cstdint>
 #include <memory>

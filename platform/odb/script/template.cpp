@@ -1,6 +1,6 @@
 #include "template.h"
 
-#include "failure.h"
+#include "base/failure.h"
 
 #include <algorithm>
 

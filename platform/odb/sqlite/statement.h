@@ -1,7 +1,7 @@
 // Owners of SQLite handles.
 #pragma once
 
-#include "script/failure.h"
+#include "base/failure.h"
 
 #include <sqlite3.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "value.h"
+#include "base/value.h"
 
 #include <cstdint>
 #include <list>

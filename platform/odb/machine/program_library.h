@@ -1,7 +1,7 @@
 #pragma once
 
+#include "compile/program.h"
 #include "lru_cache.h"
-#include "program.h"
 
 #include <memory>
 #include <mutex>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "interpreter.h"
+#include "executable.h"
 #include "script/template.h"
 
 #include <memory>

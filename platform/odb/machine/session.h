@@ -1,6 +1,6 @@
 #pragma once
 
-#include "interpreter.h"
+#include "executable.h"
 #include "known_templates.h"
 #include "lru_cache.h"
 #include "program_library.h"

@@ -1,4 +1,4 @@
-#include "interpreter.h"
+#include "executable.h"
 
 #include "sqlite/binding.h"
 #include "sqlite/journal.h"

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "program.h"
+#include "base/value.h"
+#include "compile/program.h"
 #include "sqlite/statement.h"
-#include "value.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "compile/program.h"
 #include "cursor.h"
-#include "program.h"
 #include "result_buffer.h"
 
 #include <map>
