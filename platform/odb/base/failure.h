@@ -1,6 +1,6 @@
 #pragma once
 
-#include "api/ulodb2.h"
+#include "ulodb2_codes.h"
 
 #include <stdexcept>
 #include <string>
