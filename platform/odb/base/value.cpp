@@ -1,5 +1,7 @@
 #include "value.h"
 
+#include "failure.h"
+
 #include <cstring>
 
 namespace ulo::odb {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "script/ast.h"
+#include "type.h"
 
 #include <cstdint>
 #include <string>

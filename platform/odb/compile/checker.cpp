@@ -1,6 +1,4 @@
-#include "program.h"
-
-#include "script/parser.h"
+#include "checker.h"
 
 #include <algorithm>
 
@@ -408,25 +406,12 @@ private:
 
 }  // namespace
 
-int CursorPlan::fetch(int column) {
-  const auto found = std::find(fetched.begin(), fetched.end(), column);
-  const auto place = static_cast<int>(found - fetched.begin());
-  if (found == fetched.end())
-    fetched.push_back(column);
-  return place;
-}
-
-std::unique_ptr<Program> makeProgram(std::string_view text, const Catalog& catalog) {
-  auto program = std::make_unique<Program>();
-  if (isScript(text)) {
-    program->script = std::make_unique<Script>(parseScript(text));
-    Checker(*program, catalog).checkScript();
-    planLoops(*program);
-  } else {
-    program->statement = std::make_unique<Statement>(parseStatement(text));
-    Checker(*program, catalog).checkStatement();
-  }
-  return program;
+void checkProgram(Program& program, const Catalog& catalog) {
+  Checker checker(program, catalog);
+  if (program.script)
+    checker.checkScript();
+  else
+    checker.checkStatement();
 }
 
 }  // namespace ulo::odb

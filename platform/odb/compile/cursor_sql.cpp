@@ -1,5 +1,6 @@
-#include "program.h"
-#include "sqlite/statement.h"
+#include "cursor_sql.h"
+
+#include "base/sql_name.h"
 
 #include <algorithm>
 
@@ -138,17 +139,6 @@ std::string updateSql(const CursorPlan& plan, const std::vector<int>& columns) {
   for (std::size_t i = 0; i < columns.size(); ++i)
     sql += (i > 0 ? ", " : "") + quotedColumn(plan, columns[i]) + " = ?";
   return sql + uidEquals(plan);
-}
-
-std::string insertSql(const Program& program) {
-  std::string names;
-  std::string places;
-  for (const TableColumn& column : program.statement->columns) {
-    names += (names.empty() ? "" : ", ") + quoteName(column.name);
-    places += places.empty() ? "?" : ", ?";
-  }
-  return "INSERT INTO " + quoteName(program.statement->table) + " (" + names + ") VALUES (" +
-         places + ")";
 }
 
 std::string countSql(const Table& table) {

@@ -1,4 +1,4 @@
-#include "program.h"
+#include "loop_planner.h"
 
 #include <algorithm>
 #include <functional>

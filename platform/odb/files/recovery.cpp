@@ -1,10 +1,15 @@
-#include "files/recovery.h"
+#include "recovery.h"
 
-#include "files/generation.h"
-#include "files/inspection.h"
-#include "files/salvage.h"
-#include "files/write_ahead_log.h"
+#include "base/failure.h"
+#include "base/sql_name.h"
+#include "generation.h"
+#include "inspection.h"
+#include "salvage.h"
+#include "sqlite/handle.h"
 #include "sqlite/journal.h"
+#include "sqlite/statement.h"
+#include "store_file.h"
+#include "write_ahead_log.h"
 
 #include <algorithm>
 #include <map>
@@ -384,7 +389,7 @@ private:
 
 }  // namespace
 
-int inspectStore(const StorePlace& place, const std::string& sample, const Report& report) {
+int inspectStore(const StorePlace& place, const std::string& sample, const LineSink& report) {
   requireNotLost(place);
   if (!hasContent(place.path()))
     return 0;
@@ -420,7 +425,7 @@ void backUp(const StorePlace& place, const std::string& file, bool overwrite) {
 }
 
 void restore(const StorePlace& place, const std::string& file, const std::string& sample,
-             const Report& report) {
+             const LineSink& report) {
   if (isSameFile(file, place.path()))
     throw Failure(DB_BAD_ARGUMENT, file + " is the store itself");
   foldLog(place);
@@ -435,7 +440,7 @@ void restore(const StorePlace& place, const std::string& file, const std::string
   report(sentenceOfKept(putInPlace(place, fresh)));
 }
 
-void rescue(const StorePlace& place, const std::string& sample, const Report& report) {
+void rescue(const StorePlace& place, const std::string& sample, const LineSink& report) {
   const StoreLock lock(place);
   const std::string prefix = freshPrefix(place);
   const Scratch scratch(place, prefix, sample);

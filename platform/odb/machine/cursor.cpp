@@ -1,5 +1,6 @@
 #include "cursor.h"
 
+#include "base/failure.h"
 #include "sqlite/binding.h"
 
 #include <algorithm>

@@ -1,7 +1,8 @@
 #pragma once
 
 #include "base/value.h"
-#include "compile/program.h"
+#include "compile/cursor_sql.h"
+#include "compile/plan.h"
 #include "sqlite/statement.h"
 
 #include <algorithm>

@@ -1,7 +1,11 @@
 #include "executable.h"
 
+#include "base/failure.h"
+#include "compile/cursor_sql.h"
+#include "compile/statement_sql.h"
 #include "sqlite/binding.h"
 #include "sqlite/journal.h"
+#include "sqlite/schema.h"
 
 namespace ulo::odb {
 
@@ -62,7 +66,7 @@ void Executable::runCreate(const Statement& statement) {
 
 void Executable::runInsert(Run& run) {
   if (!insert_)
-    insert_ = std::make_unique<SqlStatement>(database_, insertSql(*program_));
+    insert_ = std::make_unique<SqlStatement>(database_, insertSql(*program_->statement));
   const Statement& statement = *program_->statement;
   const ResetAtEnd reset(*insert_);
   for (std::size_t i = 0; i < statement.values.size(); ++i)
@@ -395,7 +399,7 @@ bool Executable::tableExists(const std::string& name) {
   if (!tableExists_)
     tableExists_ = std::make_unique<SqlStatement>(
         database_,
-        "SELECT 1 FROM sqlite_schema WHERE name = ? AND " + std::string(Catalog::tablesOfPrograms));
+        "SELECT 1 FROM sqlite_schema WHERE name = ? AND " + std::string(tablesOfPrograms));
   const ResetAtEnd reset(*tableExists_);
   bind(*tableExists_, 1, {Type::varchar, 0, localName(name)}, Type::varchar);
   return tableExists_->step();

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "base/value.h"
 #include "compile/program.h"
 #include "cursor.h"
 #include "result_buffer.h"
+#include "sqlite/statement.h"
 
 #include <map>
 #include <memory>

@@ -1,6 +1,11 @@
+#include "explain.h"
+
+#include "base/failure.h"
+#include "base/ulodb2_codes.h"
+#include "compile/cursor_sql.h"
+#include "compile/statement_sql.h"
 #include "script/parser.h"
 #include "script/printer.h"
-#include "session.h"
 
 #include <cstring>
 #include <exception>
@@ -100,8 +105,8 @@ private:
 
 }  // namespace
 
-void Session::explain(const std::string& text, int what, ParameterView parameters,
-                      const LineSink& line) {
+void explain(Session& session, const std::string& text, int what, ParameterView parameters,
+             const LineSink& line) {
   if (text.size() > DB_MAX_TEXT)
     throw Failure(DB_LIMIT, "the text is longer than " + std::to_string(DB_MAX_TEXT) + " bytes");
   if ((what & DB_EXPLAIN_TOKENS) != 0)
@@ -112,7 +117,7 @@ void Session::explain(const std::string& text, int what, ParameterView parameter
          isScript(text) ? listTree(parseScript(text)) : listTree(parseStatement(text)))
       line("tree  " + node);
   if ((what & DB_EXPLAIN_SQL) != 0) {
-    const std::shared_ptr<const Program> program = programOf(text);
+    const std::shared_ptr<const Program> program = session.program(text);
     for (const Variable& variable : program->variables) {
       if (variable.type == Type::cursor)
         listSql(program->cursors[static_cast<std::size_t>(variable.cursor)], variable.name, line);
@@ -120,7 +125,7 @@ void Session::explain(const std::string& text, int what, ParameterView parameter
         line("$" + variable.name + " count: " + countSql(*variable.table));
     }
     if (program->statement)
-      line(program->statement->kind == Statement::Kind::insert ? insertSql(*program)
+      line(program->statement->kind == Statement::Kind::insert ? insertSql(*program->statement)
            : program->statement->kind == Statement::Kind::createTable
                ? createTableSql(*program->statement)
                : createIndexSql(*program->statement));
@@ -131,19 +136,19 @@ void Session::explain(const std::string& text, int what, ParameterView parameter
   bool tagIsSet = false;
   ResultBuffer result;
   {
-    const std::shared_ptr<Executable> executable = prepare(text);
-    const Trace trace(connection_.handle(), line);
+    const std::shared_ptr<Executable> executable = session.prepare(text);
+    const Trace trace(session.handle(), line);
     constexpr int untouched = -1;
     tag = untouched;
     try {
-      result = runPrepared({*executable, {}}, parameters, &tag, [&] { trace.check(); });
+      result = session.runOnce(*executable, parameters, &tag, [&] { trace.check(); });
     } catch (const Failure&) {
       trace.check();
       throw;
     }
     tagIsSet = tag != untouched;
   }
-  forgetIfSchemaChanged();
+  session.checkSchema();
   for (std::size_t row = 0; row < result.rows(); ++row) {
     std::string cells = "row:";
     for (std::size_t column = 0; column < result.columns(); ++column)
@@ -152,13 +157,6 @@ void Session::explain(const std::string& text, int what, ParameterView parameter
   }
   if (tagIsSet)
     line("tag: " + std::to_string(tag));
-}
-
-void Session::checkFile(const LineSink& line) {
-  SqlStatement check(connection_.handle(), "PRAGMA integrity_check");
-  while (check.step())
-    if (check.text(0) != "ok")
-      line(check.text(0));
 }
 
 }  // namespace ulo::odb

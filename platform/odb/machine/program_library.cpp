@@ -1,6 +1,6 @@
 #include "program_library.h"
 
-#include "sqlite/statement.h"
+#include "sqlite/schema.h"
 
 namespace ulo::odb {
 namespace {
@@ -9,13 +9,6 @@ namespace {
 constexpr std::size_t programsKept = 128;
 // Databases in use at the same time, and one before its tables were created.
 constexpr std::size_t librariesKept = 4;
-
-// Returns a text that is the same for two databases only if they have the same tables.
-std::string schemaOf(sqlite3* database) {
-  SqlStatement statement(database, "SELECT group_concat(sql, char(10)) FROM (SELECT sql FROM "
-                                   "sqlite_schema WHERE sql IS NOT NULL ORDER BY rowid)");
-  return statement.step() ? statement.text(0) : std::string();
-}
 
 struct Libraries {
   std::mutex mutex;
@@ -36,15 +29,15 @@ ProgramLibrary::ProgramLibrary(Catalog catalog)
 std::shared_ptr<ProgramLibrary> ProgramLibrary::of(sqlite3* database) {
   Libraries& all = libraries();
   for (;;) {
-    std::string schema = schemaOf(database);
+    std::string schema = schemaText(database);
     {
       const std::lock_guard lock(all.mutex);
       if (const auto* found = all.bySchema.find(schema))
         return *found;
     }
-    auto made = std::make_shared<ProgramLibrary>(Catalog(database));
+    auto made = std::make_shared<ProgramLibrary>(readCatalog(database));
     // Another process may have changed the tables while they were read.
-    if (schemaOf(database) != schema)
+    if (schemaText(database) != schema)
       continue;
     const std::lock_guard lock(all.mutex);
     const auto* found = all.bySchema.find(schema);

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "base/catalog.h"
 #include "compile/program.h"
 #include "lru_cache.h"
+
+#include <sqlite3.h>
 
 #include <memory>
 #include <mutex>

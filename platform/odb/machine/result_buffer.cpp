@@ -1,5 +1,7 @@
 #include "result_buffer.h"
 
+#include "base/failure.h"
+
 #include <cstring>
 
 namespace ulo::odb {

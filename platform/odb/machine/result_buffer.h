@@ -1,6 +1,8 @@
 #pragma once
 
+#include "base/ulodb2_codes.h"
 #include "base/value.h"
+#include "script/ast.h"
 
 #include <cstdint>
 #include <list>

@@ -1,36 +1,15 @@
 #include "session.h"
 
-#include "data_directory.h"
-#include "script/parser.h"
+#include "sqlite/statement.h"
+#include "sqlite/store_place.h"
 
-#include <cerrno>
-#include <cstring>
+#include <new>
 
 namespace ulo::odb {
 namespace {
 
 // Number of programs that a session keeps, with their prepared statements.
 constexpr std::size_t executablesKept = 128;
-
-struct DatabaseFile {
-  int number;
-  const char* name;
-};
-constexpr DatabaseFile databaseFiles[] = {{1, "tasks.db"}};
-
-const char* fileOf(int database) {
-  for (const DatabaseFile& file : databaseFiles)
-    if (file.number == database)
-      return file.name;
-  throw Failure(DB_BAD_ARGUMENT, "there is no database " + std::to_string(database));
-}
-
-std::string existingDataDirectory() {
-  std::string directory = dataDirectory();
-  if (directory.empty())
-    throw Failure(DB_IO, std::string("there is no data directory: ") + std::strerror(errno));
-  return directory;
-}
 
 }  // namespace
 
@@ -85,8 +64,7 @@ private:
 };
 
 Session::Session(int database)
-    : database_(database), connection_(existingDataDirectory(), fileOf(database)),
-      executables_(executablesKept) {}
+    : database_(database), connection_(placeOf(database)), executables_(executablesKept) {}
 
 Session::~Session() {
   if (inTransaction_)
@@ -227,7 +205,7 @@ void Session::checkSchema() noexcept {
   }
 }
 
-std::shared_ptr<const Program> Session::programOf(const std::string& text) {
+std::shared_ptr<const Program> Session::program(const std::string& text) {
   if (!library_) {
     schemaVersion_ = connection_.schemaVersion();
     library_ = ProgramLibrary::of(connection_.handle());
@@ -238,18 +216,18 @@ std::shared_ptr<const Program> Session::programOf(const std::string& text) {
 std::shared_ptr<Executable> Session::prepare(const std::string& text) {
   if (const auto* found = executables_.find(text))
     return *found;
-  std::shared_ptr<const Program> program;
+  std::shared_ptr<const Program> made;
   try {
-    program = programOf(text);
+    made = program(text);
   } catch (const Failure& failure) {
     // Another process may have created the missing object.
     if (failure.code() != DB_UNKNOWN_NAME)
       throw;
     forgetPrograms();
-    program = programOf(text);
+    made = program(text);
   }
   return executables_.add(text,
-                          std::make_shared<Executable>(connection_.handle(), std::move(program)));
+                          std::make_shared<Executable>(connection_.handle(), std::move(made)));
 }
 
 Session::Call Session::prepare(const char* text, const TemplateArguments& given) {
@@ -325,6 +303,18 @@ ResultBuffer Session::runPrepared(const Call& call, ParameterView parameters, in
   if (program.statement && program.statement->kind != Statement::Kind::insert)
     forgetPrograms();
   return result;
+}
+
+ResultBuffer Session::runOnce(Executable& executable, ParameterView parameters, int* tag,
+                              const std::function<void()>& beforeKeeping) {
+  return runPrepared({executable, {}}, parameters, tag, beforeKeeping);
+}
+
+void Session::checkFile(const LineSink& line) {
+  SqlStatement check(connection_.handle(), "PRAGMA integrity_check");
+  while (check.step())
+    if (check.text(0) != "ok")
+      line(check.text(0));
 }
 
 }  // namespace ulo::odb

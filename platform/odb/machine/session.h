@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/failure.h"
+#include "base/line_sink.h"
 #include "executable.h"
 #include "known_templates.h"
 #include "lru_cache.h"
@@ -12,8 +14,6 @@
 #include <string>
 
 namespace ulo::odb {
-
-using LineSink = std::function<void(const std::string&)>;
 
 // One thread's session with the database. All operations throw Failure.
 class Session {
@@ -42,9 +42,20 @@ public:
   // the text sets a tag.
   ResultBuffer run(const char* text, va_list arguments, ParameterView parameters, int* tag);
 
-  // See DB_Explain and DB_CheckFile in ulodb2.h.
-  void explain(const std::string& text, int what, ParameterView parameters, const LineSink& line);
+  // See DB_CheckFile in ulodb2.h.
   void checkFile(const LineSink& line);
+
+  // The steps of a run, for explain.h. Texts are not templates.
+
+  [[nodiscard]] sqlite3* handle() const { return connection_.handle(); }
+  std::shared_ptr<const Program> program(const std::string& text);
+  std::shared_ptr<Executable> prepare(const std::string& text);
+  // Runs an executable like run(). Calls `beforeKeeping` at the end; if that throws, nothing is
+  // kept.
+  ResultBuffer runOnce(Executable& executable, ParameterView parameters, int* tag,
+                       const std::function<void()>& beforeKeeping);
+  // Forgets all programs if the tables have changed. Must be called after runOnce.
+  void checkSchema() noexcept;
 
 private:
   class Scope;
@@ -55,14 +66,10 @@ private:
   };
 
   Call prepare(const char* text, const TemplateArguments& given);
-  std::shared_ptr<Executable> prepare(const std::string& text);
-  std::shared_ptr<const Program> programOf(const std::string& text);
   bool forgetIfSchemaChanged();  // returns true if it has changed
-  void checkSchema() noexcept;
   void endStaleTransaction();
   void forgetPrograms();
   ResultBuffer runText(const char* text, va_list arguments, ParameterView parameters, int* tag);
-  // If `beforeKeeping` throws, nothing is kept.
   ResultBuffer runPrepared(const Call& call, ParameterView parameters, int* tag,
                            const std::function<void()>& beforeKeeping = {});
   void requireTransactionOfCaller() const;

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "script/ast.h"
-
-#include <sqlite3.h>
+#include "type.h"
 
 #include <memory>
 #include <string>
@@ -15,6 +13,11 @@ struct Column {
   std::string name;
   Type type = Type::integer;  // integer, boolean, unicode or varchar
 };
+
+// A column's type as the file declares it. SQLite derives the type affinity from these words: from
+// "UNICODE" alone it would turn the text "007" into a number. Other declarations are integers.
+const char* declarationOf(Type type);
+Type typeOfDeclaration(std::string_view declaration);
 
 struct KeyColumn {
   int column = 0;  // of the table
@@ -45,17 +48,10 @@ struct Source {
 // Returns a name without the qualifier "main.", which means this database.
 std::string_view localName(std::string_view name);
 
-// A snapshot of the tables of a database.
+// The tables that texts may use, as they were when the catalog was read.
 class Catalog {
 public:
-  // SQL condition that selects the tables available to texts from SQLite's schema: neither SQLite's
-  // own tables nor those of the journal of changes.
-  static constexpr char tablesOfPrograms[] = "type = 'table' AND name NOT LIKE 'sqlite\\_%' ESCAPE "
-                                             "'\\' AND name NOT LIKE 'ulo\\_%' ESCAPE "
-                                             "'\\'";
-
-  // Throws Failure.
-  explicit Catalog(sqlite3* database);
+  explicit Catalog(std::vector<std::shared_ptr<const Table>> tables) : tables_(std::move(tables)) {}
 
   // Returns null if there is no table with that name.
   [[nodiscard]] std::shared_ptr<const Table> table(std::string_view name) const;
@@ -65,9 +61,5 @@ public:
 private:
   std::vector<std::shared_ptr<const Table>> tables_;
 };
-
-// Return the SQL of a create statement. Throw Failure.
-std::string createTableSql(const Statement& statement);
-std::string createIndexSql(const Statement& statement);
 
 }  // namespace ulo::odb
