@@ -1,7 +1,8 @@
 // Programs that are made once: calls that were made before, and stores that were opened before.
 
+#include "base/failure.h"
 #include "machine/lru_cache.h"
-#include "machine/program_library.h"
+#include "machine/text_cache.h"
 #include "task_tables.h"
 #include "temporary_directory.h"
 
@@ -15,7 +16,7 @@ namespace {
 
 using ulo::odb::Failure;
 using ulo::odb::LruCache;
-using ulo::odb::ProgramLibrary;
+using ulo::odb::TextCache;
 
 // The first column of the first row of a query.
 template <typename... Arguments> int numberOf(const char* text, Arguments... arguments) {
@@ -46,7 +47,7 @@ protected:
 };
 
 TEST(Lru, KeepsWhatWasUsedLast) {
-  LruCache<int> cache(2);
+  LruCache<std::string, int> cache(2);
   cache.add("a", 1);
   cache.add("b", 2);
   ASSERT_NE(cache.find("a"), nullptr);
@@ -164,22 +165,22 @@ const std::string countNotes = "sml:table $t=open_table('notes');";
 
 TEST(Programs, BelongToTheTablesAndNotToTheDatabase) {
   const Databases both(notes);
-  const auto first = ProgramLibrary::of(both.databases[0]);
-  EXPECT_EQ(ProgramLibrary::of(both.databases[1]), first);
+  const auto first = TextCache::Programs::of(both.databases[0]);
+  EXPECT_EQ(TextCache::Programs::of(both.databases[1]), first);
   const auto program = first->program(countNotes);
-  EXPECT_EQ(ProgramLibrary::of(both.databases[1])->program(countNotes), program);
+  EXPECT_EQ(TextCache::Programs::of(both.databases[1])->program(countNotes), program);
 
   sqlite3_exec(both.databases[1], "CREATE TABLE more (x)", nullptr, nullptr, nullptr);
-  EXPECT_NE(ProgramLibrary::of(both.databases[1]), first);
-  EXPECT_EQ(ProgramLibrary::of(both.databases[0]), first);
+  EXPECT_NE(TextCache::Programs::of(both.databases[1]), first);
+  EXPECT_EQ(TextCache::Programs::of(both.databases[0]), first);
 }
 
 TEST(Programs, OfTablesThatAreNotThereAreNotKept) {
   const Databases both("");
-  EXPECT_THROW(static_cast<void>(ProgramLibrary::of(both.databases[0])->program(countNotes)),
+  EXPECT_THROW(static_cast<void>(TextCache::Programs::of(both.databases[0])->program(countNotes)),
                Failure);
   sqlite3_exec(both.databases[0], notes, nullptr, nullptr, nullptr);
-  EXPECT_NE(ProgramLibrary::of(both.databases[0])->program(countNotes), nullptr);
+  EXPECT_NE(TextCache::Programs::of(both.databases[0])->program(countNotes), nullptr);
 }
 
 TEST(Programs, MayBeAskedForBySeveralThreads) {
@@ -190,7 +191,7 @@ TEST(Programs, MayBeAskedForBySeveralThreads) {
       const Databases own(notes);
       for (int i = 0; i < 500; ++i) {
         const std::string text = "sml:int $i = " + std::to_string(i % 200) + ";";
-        const auto program = ProgramLibrary::of(own.databases[i % 2])->program(text);
+        const auto program = TextCache::Programs::of(own.databases[i % 2])->program(text);
         const auto& value = *program->script->body->operands[0]->operands[0];
         wrong += value.number == i % 200 ? 0 : 1;
       }

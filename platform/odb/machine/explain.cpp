@@ -136,19 +136,18 @@ void explain(Session& session, const std::string& text, int what, ParameterView 
   bool tagIsSet = false;
   ResultBuffer result;
   {
-    const std::shared_ptr<Executable> executable = session.prepare(text);
+    Executable executable(session.handle(), session.program(text));
     const Trace trace(session.handle(), line);
     constexpr int untouched = -1;
     tag = untouched;
     try {
-      result = session.runOnce(*executable, parameters, &tag, [&] { trace.check(); });
+      result = session.run(executable, {}, parameters, &tag, [&] { trace.check(); });
     } catch (const Failure&) {
       trace.check();
       throw;
     }
     tagIsSet = tag != untouched;
   }
-  session.checkSchema();
   for (std::size_t row = 0; row < result.rows(); ++row) {
     std::string cells = "row:";
     for (std::size_t column = 0; column < result.columns(); ++column)

@@ -4,18 +4,22 @@
 #include <list>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <unordered_map>
 #include <utility>
 
 namespace ulo::odb {
 
-// Values by text. Evicts the least recently used one beyond `capacity`.
-template <typename Value> class LruCache {
+// Values by key. Evicts the least recently used one beyond `capacity`.
+template <typename Key, typename Value> class LruCache {
 public:
+  // How a key is passed for a search.
+  using View = std::conditional_t<std::is_same_v<Key, std::string>, std::string_view, Key>;
+
   explicit LruCache(std::size_t capacity) : capacity_(capacity) {}
 
   // Returns null if the key is unknown. Valid until something is added.
-  Value* find(std::string_view key) {
+  Value* find(View key) {
     const auto found = places_.find(key);
     if (found == places_.end())
       return nullptr;
@@ -24,7 +28,7 @@ public:
   }
 
   // Requires: the key is unknown. Valid until something is added. Changes nothing if it throws.
-  Value& add(std::string key, Value value) {
+  Value& add(Key key, Value value) {
     Entries added;
     added.emplace_front(std::move(key), std::move(value));
     places_.emplace(added.front().first, added.begin());
@@ -42,11 +46,11 @@ public:
   }
 
 private:
-  using Entries = std::list<std::pair<std::string, Value>>;
+  using Entries = std::list<std::pair<Key, Value>>;
 
   std::size_t capacity_;
   Entries entries_;  // most recently used first
-  std::unordered_map<std::string_view, typename Entries::iterator> places_;
+  std::unordered_map<View, typename Entries::iterator> places_;
 };
 
 }  // namespace ulo::odb

@@ -6,12 +6,6 @@
 #include <new>
 
 namespace ulo::odb {
-namespace {
-
-// Number of programs that a session keeps, with their prepared statements.
-constexpr std::size_t executablesKept = 128;
-
-}  // namespace
 
 // The transaction around a run: a savepoint within the caller's transaction, otherwise a new
 // transaction, or none if SQLite's implicit one suffices. The destructor rolls back unless keep()
@@ -64,7 +58,7 @@ private:
 };
 
 Session::Session(int database)
-    : database_(database), connection_(placeOf(database)), executables_(executablesKept) {}
+    : database_(database), connection_(placeOf(database)), cache_(connection_) {}
 
 Session::~Session() {
   if (inTransaction_)
@@ -106,13 +100,13 @@ void Session::commit() {
     if (fills)
       unfilledBy_ = failure.code();
     connection_.undo(false);
-    checkSchema();
+    cache_.checkTables();
     throw;
   } catch (const std::bad_alloc&) {
     if (fills)
       unfilledBy_ = DB_NO_MEMORY;
     connection_.undo(false);
-    checkSchema();
+    cache_.checkTables();
     throw;
   }
   connection_.committed();
@@ -124,7 +118,7 @@ void Session::abort() {
   inTransaction_ = false;
   fillFailure_ = DB_OK;
   connection_.undo(false);
-  checkSchema();
+  cache_.checkTables();
   if (connection_.inTransaction())
     throw Failure(DB_NO_MEMORY, "no memory to undo the transaction; the next operation does");
 }
@@ -179,68 +173,9 @@ void Session::endWrite(bool keep) {
     abort();
 }
 
-void Session::forgetPrograms() {
-  templates_.clear();
-  executables_.clear();
-  library_.reset();
-}
-
-// Programs are valid only for the tables that they were checked against.
-bool Session::forgetIfSchemaChanged() {
-  const std::int64_t version = connection_.schemaVersion();
-  const bool changed = version != schemaVersion_;
-  if (changed)
-    forgetPrograms();
-  schemaVersion_ = version;
-  dataVersion_ = connection_.dataVersion();
-  return changed;
-}
-
-// Called after a transaction has ended; must not fail.
-void Session::checkSchema() noexcept {
-  try {
-    forgetIfSchemaChanged();
-  } catch (const std::exception&) {
-    forgetPrograms();
-  }
-}
-
 std::shared_ptr<const Program> Session::program(const std::string& text) {
-  if (!library_) {
-    schemaVersion_ = connection_.schemaVersion();
-    library_ = ProgramLibrary::of(connection_.handle());
-  }
-  return library_->program(text);
-}
-
-std::shared_ptr<Executable> Session::prepare(const std::string& text) {
-  if (const auto* found = executables_.find(text))
-    return *found;
-  std::shared_ptr<const Program> made;
-  try {
-    made = program(text);
-  } catch (const Failure& failure) {
-    // Another process may have created the missing object.
-    if (failure.code() != DB_UNKNOWN_NAME)
-      throw;
-    forgetPrograms();
-    made = program(text);
-  }
-  return executables_.add(text,
-                          std::make_shared<Executable>(connection_.handle(), std::move(made)));
-}
-
-Session::Call Session::prepare(const char* text, const TemplateArguments& given) {
-  KnownTemplates::Entry& entry = templates_.entry(text);
-  if (Executable* known = entry.find(given))
-    return {*known, Template::liftedNumbers(given)};
-  FormattedText formatted = entry.pattern.format(given);
-  std::shared_ptr<Executable> executable = prepare(formatted.text);
-  Executable& result = *executable;
-  // prepare() may have cleared all entries.
-  if (formatted.arguments.size() == given.numbers.size())
-    templates_.entry(text).add(given, std::move(executable));
-  return {result, std::move(formatted.arguments)};
+  cache_.followCommits();
+  return cache_.program(text);
 }
 
 ResultBuffer Session::run(const char* text, va_list arguments, ParameterView parameters, int* tag) {
@@ -261,34 +196,34 @@ ResultBuffer Session::run(const char* text, va_list arguments, ParameterView par
 
 ResultBuffer Session::runText(const char* text, va_list arguments, ParameterView parameters,
                               int* tag) {
-  if (connection_.dataVersion() != dataVersion_)
-    forgetIfSchemaChanged();
-  const TemplateArguments given = templates_.entry(text).pattern.read(arguments);
+  cache_.followCommits();
+  const TextCache::Call call = cache_.read(text, arguments);
   try {
-    return runPrepared(prepare(text, given), parameters, tag);
+    return run(cache_.executable(call), call.numbers(), parameters, tag);
   } catch (const Failure& failure) {
     // SQLite may have noticed only now that another program has changed a table.
     if (failure.code() == DB_FULL ? inTransaction_ || !connection_.makeRoom(lastRunRemoves_)
-                                  : !forgetIfSchemaChanged())
+                                  : !cache_.forgetIfTablesChanged())
       throw;
   }
-  return runPrepared(prepare(text, given), parameters, tag);
+  return run(cache_.executable(call), call.numbers(), parameters, tag);
 }
 
-ResultBuffer Session::runPrepared(const Call& call, ParameterView parameters, int* tag,
-                                  const std::function<void()>& beforeKeeping) {
-  const Program& program = call.executable.program();
+ResultBuffer Session::run(Executable& executable, const std::vector<std::int64_t>& numbers,
+                          ParameterView parameters, int* tag,
+                          const std::function<void()>& beforeKeeping) {
+  const Program& program = executable.program();
   lastRunRemoves_ = program.removes();
   if (lastRunRemoves_ && inTransaction_)
     connection_.makeRoomAhead();
   ResultBuffer result = program.script ? ResultBuffer(program.script->buffer) : ResultBuffer();
-  Executable::Run run{parameters, call.numbers, result, std::nullopt};
+  Executable::Run current{parameters, numbers, result, std::nullopt};
   if (program.writes && unfilledBy_ != DB_OK)
     throw Failure(unfilledBy_, "the database could not be filled; open it again");
   const bool fills = program.writes && inTransaction_ && connection_.isFilling();
   {
     Scope scope(*this, program);
-    call.executable.run(run);
+    executable.run(current);
     if (beforeKeeping)
       beforeKeeping();
     // Callers may not check the commit of such a transaction; they always check DB_EndWrite.
@@ -298,16 +233,11 @@ ResultBuffer Session::runPrepared(const Call& call, ParameterView parameters, in
   }
   if (program.writes && !inTransaction_)
     connection_.committed();
-  if (run.tag)
-    *tag = *run.tag;
+  if (current.tag)
+    *tag = *current.tag;
   if (program.statement && program.statement->kind != Statement::Kind::insert)
-    forgetPrograms();
+    cache_.forget();
   return result;
-}
-
-ResultBuffer Session::runOnce(Executable& executable, ParameterView parameters, int* tag,
-                              const std::function<void()>& beforeKeeping) {
-  return runPrepared({executable, {}}, parameters, tag, beforeKeeping);
 }
 
 void Session::checkFile(const LineSink& line) {

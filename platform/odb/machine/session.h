@@ -3,15 +3,16 @@
 #include "base/failure.h"
 #include "base/line_sink.h"
 #include "executable.h"
-#include "known_templates.h"
-#include "lru_cache.h"
-#include "program_library.h"
 #include "result_buffer.h"
 #include "sqlite/connection.h"
+#include "text_cache.h"
 
+#include <cstdarg>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace ulo::odb {
 
@@ -49,38 +50,22 @@ public:
 
   [[nodiscard]] sqlite3* handle() const { return connection_.handle(); }
   std::shared_ptr<const Program> program(const std::string& text);
-  std::shared_ptr<Executable> prepare(const std::string& text);
-  // Runs an executable like run(). Calls `beforeKeeping` at the end; if that throws, nothing is
-  // kept.
-  ResultBuffer runOnce(Executable& executable, ParameterView parameters, int* tag,
-                       const std::function<void()>& beforeKeeping);
-  // Forgets all programs if the tables have changed. Must be called after runOnce.
-  void checkSchema() noexcept;
+  // Runs an executable with its template numbers, all or nothing. Calls `beforeKeeping` at the end;
+  // if that throws, nothing is kept.
+  ResultBuffer run(Executable& executable, const std::vector<std::int64_t>& numbers,
+                   ParameterView parameters, int* tag,
+                   const std::function<void()>& beforeKeeping = {});
 
 private:
   class Scope;
 
-  struct Call {
-    Executable& executable;
-    std::vector<std::int64_t> numbers;  // template numbers
-  };
-
-  Call prepare(const char* text, const TemplateArguments& given);
-  bool forgetIfSchemaChanged();  // returns true if it has changed
   void endStaleTransaction();
-  void forgetPrograms();
   ResultBuffer runText(const char* text, va_list arguments, ParameterView parameters, int* tag);
-  ResultBuffer runPrepared(const Call& call, ParameterView parameters, int* tag,
-                           const std::function<void()>& beforeKeeping = {});
   void requireTransactionOfCaller() const;
 
   int database_;
   Connection connection_;
-  std::shared_ptr<ProgramLibrary> library_;
-  LruCache<std::shared_ptr<Executable>> executables_;
-  KnownTemplates templates_;
-  std::int64_t schemaVersion_ = -1;
-  unsigned dataVersion_ = 0;
+  TextCache cache_;
   bool inTransaction_ = false;  // of the caller or of writes_; SQLite may have ended it
   // Why a text of the open transaction that fills the database has failed. Callers may ignore the
   // result of a single text, but the rows are kept all or none.
