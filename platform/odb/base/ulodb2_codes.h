@@ -12,7 +12,7 @@ enum DB_Result {
   DB_BAD_TYPE = 6,      /* a value does not fit the type of its target */
   DB_CONSTRAINT = 7,    /* the table exists, a key is not unique, or no UID is left */
   DB_BUSY = 8,          /* another process held the lock for longer than the timeout */
-  DB_IO = 9,            /* the file cannot be read or written */
+  DB_IO = 9,            /* the file cannot be read or written, or a newer version wrote it */
   DB_NO_MEMORY = 10,    /* this process is out of memory */
   DB_CORRUPT = 11,      /* the file is damaged or not a database */
   DB_FULL = 12,         /* the disk, the user's disk quota or the database is full */

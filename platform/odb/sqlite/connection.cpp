@@ -5,6 +5,7 @@
 #include "base/sql_name.h"
 #include "journal.h"
 #include "journal_schema.h"
+#include "layout.h"
 #include "sqlite_failure.h"
 #include "wal_limit.h"
 
@@ -166,6 +167,8 @@ void Connection::configure(Opening how) {
   // Keeps the index of the log in this process's memory.
   if (how == Opening::exclusive)
     SqlStatement(database, "PRAGMA locking_mode = EXCLUSIVE").run();
+  // Nothing has been read or written before this.
+  requireKnownLayout(database, path_);
   if (how != Opening::readOnly) {
     SqlStatement journal(database, "PRAGMA journal_mode = WAL");
     if (!journal.step() || journal.text(0) != "wal")

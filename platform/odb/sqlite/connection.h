@@ -24,6 +24,8 @@ public:
   // Reading works on a full disk. The reserve of the directory is released while the connection
   // exists; if there is none, the database is opened exclusively for this process, without
   // auxiliary files. A file or directory that is not writable is opened read-only.
+  //
+  // A file of a newer layout is refused in each of these ways, and left unchanged.
   explicit Connection(const StorePlace& place);
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
