@@ -3,8 +3,8 @@
 
 #include "change_journal.h"
 #include "log_capture.h"
+#include "one_task.h"
 #include "store_layout.h"
-#include "task_tables.h"
 #include "temporary_directory.h"
 #include "ulodb2_files.h"
 
@@ -24,10 +24,6 @@ using testing::IsEmpty;
 using testing::SizeIs;
 
 namespace fs = std::filesystem;
-
-const std::string uids = "sml:declare schema s (uid integer);declare buffer schema s;"
-                         "cursor $c=open_cursor('task_table_task');while($c->move_next()){"
-                         "buffer_put(uid, $c->get_field('UID'));buffer_move_next();};";
 
 std::string bytesOf(const fs::path& file) {
   std::ifstream in(file, std::ios::binary);
@@ -65,7 +61,7 @@ protected:
     create();
     fs::copy_file(file(), sample());
     ASSERT_EQ(DB_Open(1), DB_OK);
-    ASSERT_EQ(DB_Exec("insert into task_table_task (priority) values (1)"), DB_OK);
+    ASSERT_EQ(addTask(), DB_OK);
     DB_Close();
   }
 
@@ -113,7 +109,7 @@ protected:
   }
   static std::vector<std::string> storedUids() {
     EXPECT_EQ(DB_Open(1), DB_OK);
-    auto rows = rowsOf(uids, 1);
+    auto rows = rowsOf(uidsOfTasks, 1);
     DB_Close();
     return rows;
   }

@@ -78,6 +78,13 @@ TEST_F(ProgramCache, TheTextsOfACallBelongToIt) {
       EXPECT_EQ(numberOf(text, std::to_string(i).c_str()), i);
 }
 
+TEST_F(ProgramCache, KeepsTheTextsOfACallApart) {
+  const char* text = "sml:declare schema s (a integer);declare buffer schema s;"
+                     "buffer_put(a, %s - %s);";
+  EXPECT_EQ(numberOf(text, "12", "3"), 9);
+  EXPECT_EQ(numberOf(text, "1", "23"), -22);
+}
+
 // Its value is part of the text then.
 TEST_F(ProgramCache, ANumberInQuotesBelongsToItsCall) {
   const char* text = "sml:declare schema s (a varchar);declare buffer schema s;"
