@@ -1,6 +1,6 @@
 // Fuzzes statements and scripts on the tables of tasks. An input has the format of
 // tests/golden/odb: parameters, a line "---" and the text; or only the text.
-#include "run/interpreter.h"
+#include "machine/executable.h"
 #include "ulodb2.h"
 
 #include "fuzz_support.h"

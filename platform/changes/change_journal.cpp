@@ -2,6 +2,7 @@
 
 #include "data_directory.h"
 #include "module_log.h"
+#include "store_layout.h"
 
 #include <sqlite3.h>
 
@@ -55,6 +56,8 @@ public:
     handle_.reset(handle);
     check(result);
     sqlite3_busy_timeout(handle, busyTimeoutMs);
+    if (layoutOf(handle) > knownLayout)
+      throw std::runtime_error("a newer version of this program has written the store");
   }
 
   [[nodiscard]] bool hasJournal() { return number(existsSql) != 0; }

@@ -488,6 +488,37 @@ TEST_F(Recovery, AStoreThatWasNeverFilledIsNotLost) {
   succeed({"db", "check"});
 }
 
+// Stores of newer versions.
+
+TEST_F(Recovery, RefusesStoreOfNewerVersion) {
+  add({"one"});
+  succeed({"db", "backup", path("saved.db")});
+  sql("PRAGMA user_version = 1");
+  const std::string before = readWhole(storeFile());
+  const std::string reason = storeFile() + ": written by a newer version of this program (layout "
+                                           "version 1; this version knows 0)";
+  for (const Arguments& arguments :
+       {Arguments{"list"}, Arguments{"add", "x"}, Arguments{"db", "check"},
+        Arguments{"db", "backup", path("newer.db")}}) {
+    const Outcome run = ulotask(arguments);
+    EXPECT_EQ(run.code, 10) << testing::PrintToString(arguments);
+    EXPECT_THAT(run.err, HasSubstr("can't be opened: " + reason));
+    EXPECT_THAT(run.err, Not(HasSubstr("rescue")));
+  }
+  const Outcome rescue = ulotask({"db", "rescue"});
+  EXPECT_EQ(rescue.code, 1);
+  EXPECT_THAT(rescue.err, HasSubstr(reason));
+  EXPECT_EQ(readWhole(storeFile()), before);
+  EXPECT_THAT(files("tasks.db"), testing::ElementsAre(storeFile()));
+  EXPECT_FALSE(fs::exists(path("newer.db")));
+  file("newer.db", before);
+  succeed({"db", "restore", path("saved.db")});
+  const Outcome restore = ulotask({"db", "restore", path("newer.db")});
+  EXPECT_EQ(restore.code, 4);
+  EXPECT_THAT(restore.err, HasSubstr(path("newer.db") + ": written by a newer version"));
+  EXPECT_THAT(uids({"list"}), testing::ElementsAre(1));
+}
+
 TEST_F(Recovery, RescueReadsTheWriteAheadLog) {
   fill(100);
   QProcess process;

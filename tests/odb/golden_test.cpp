@@ -2,7 +2,7 @@
 // values, its rows, or its error. A case is NAME.in (parameters, "---", the text) and
 // NAME.expected; ULO_RENEW_GOLDEN=1 in the environment writes the latter anew.
 
-#include "run/interpreter.h"
+#include "machine/executable.h"
 #include "task_tables.h"
 #include "temporary_directory.h"
 

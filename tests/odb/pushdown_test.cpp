@@ -1,7 +1,7 @@
 // Every text gives the same rows whether loops hand their conditions to SQLite or walk: the golden
 // texts, and texts made at random over tables made at random.
 
-#include "run/interpreter.h"
+#include "machine/executable.h"
 #include "task_tables.h"
 #include "temporary_directory.h"
 

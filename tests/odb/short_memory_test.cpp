@@ -1,5 +1,6 @@
 // Allocations that fail, the library's and SQLite's, one at a time or all from one on.
 
+#include "failing_allocation.h"
 #include "log_capture.h"
 #include "task_tables.h"
 #include "temporary_directory.h"
@@ -7,29 +8,9 @@
 #include <gmock/gmock.h>
 #include <sqlite3.h>
 
-#include <cstdlib>
 #include <functional>
-#include <memory>
-#include <new>
 
 namespace {
-
-constexpr int allSucceed = -1;
-
-// How many allocations of this thread succeed before one fails; none fails while negative.
-thread_local int allocationsLeft = allSucceed;
-// Whether all further ones fail as well.
-thread_local bool memoryIsUsedUp = false;
-thread_local int failures = 0;
-
-bool allocationFails() {
-  if (allocationsLeft < 0 || (allocationsLeft > 0 && --allocationsLeft >= 0))
-    return false;
-  if (!memoryIsUsedUp)
-    allocationsLeft = allSucceed;
-  ++failures;
-  return true;
-}
 
 sqlite3_mem_methods sqliteMemory;
 
@@ -49,37 +30,7 @@ public:
   }
 } const failingSqliteMemory;
 
-}  // namespace
-
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  return allocationFails() ? nullptr : std::malloc(size);
-}
-void* operator new(std::size_t size) {
-  if (void* memory = operator new(size, std::nothrow))
-    return memory;
-  throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
-
-namespace {
-
 using testing::ElementsAre;
-
-// Runs `work` with its allocation number `number` failing, and all that follow when `usedUp`.
-// Whether one failed.
-bool withoutMemory(int number, bool usedUp, const std::function<void()>& work) {
-  failures = 0;
-  memoryIsUsedUp = usedUp;
-  allocationsLeft = number;
-  work();
-  allocationsLeft = allSucceed;
-  return failures > 0;
-}
 
 struct Operation {
   const char* name;

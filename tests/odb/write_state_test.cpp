@@ -1,8 +1,7 @@
 // Writing as one transaction that nests: DB_BeginWrite and DB_EndWrite.
 
 #include "log_capture.h"
-#include "task_tables.h"
-#include "temporary_directory.h"
+#include "one_task.h"
 
 #include <gmock/gmock.h>
 
@@ -13,44 +12,26 @@ namespace {
 
 using testing::ElementsAre;
 
-const std::string uids = "sml:declare schema s (uid integer);declare buffer schema s;"
-                         "cursor $c=open_cursor('task_table_task');while($c->move_next()){"
-                         "buffer_put(uid, $c->get_field('UID'));buffer_move_next();};";
-const std::string removeAll =
-    "sml:cursor $c=open_cursor('task_table_task');while($c->move_next()){$c->del();};";
-
-int addRow() {
-  return DB_Exec("insert into task_table_task (priority) values (1)");
-}
-
-class WriteState : public testing::Test {
+class WriteState : public OneTask {
 protected:
-  void SetUp() override {
-    ASSERT_EQ(DB_Open(1), DB_OK);
-    createTaskTables();
-    ASSERT_EQ(addRow(), DB_OK);
-  }
-  void TearDown() override { DB_Close(); }
-
   // The rows that another connection sees.
   static std::vector<std::string> committed() {
     return std::async(std::launch::async,
                       [] {
                         DB_Open(1);
-                        auto rows = rowsOf(uids, 1);
+                        auto rows = rowsOf(uidsOfTasks, 1);
                         DB_Close();
                         return rows;
                       })
         .get();
   }
-  DataDirectory directory_;
 };
 
 TEST_F(WriteState, CommitsAtItsEnd) {
   ASSERT_EQ(DB_BeginWrite(), DB_OK);
-  EXPECT_EQ(addRow(), DB_OK);
-  EXPECT_EQ(addRow(), DB_OK);
-  EXPECT_THAT(rowsOf(uids, 1), ElementsAre("1", "2", "3"));
+  EXPECT_EQ(addTask(), DB_OK);
+  EXPECT_EQ(addTask(), DB_OK);
+  EXPECT_THAT(rowsOf(uidsOfTasks, 1), ElementsAre("1", "2", "3"));
   EXPECT_THAT(committed(), ElementsAre("1"));
   EXPECT_EQ(DB_EndWrite(1), DB_OK);
   EXPECT_THAT(committed(), ElementsAre("1", "2", "3"));
@@ -58,23 +39,23 @@ TEST_F(WriteState, CommitsAtItsEnd) {
 
 TEST_F(WriteState, DiscardsAtItsEnd) {
   ASSERT_EQ(DB_BeginWrite(), DB_OK);
-  EXPECT_EQ(DB_Exec("%s", removeAll.c_str()), DB_OK);
-  EXPECT_EQ(addRow(), DB_OK);
+  EXPECT_EQ(DB_Exec("%s", removeAllTasks.c_str()), DB_OK);
+  EXPECT_EQ(addTask(), DB_OK);
   EXPECT_EQ(DB_EndWrite(0), DB_OK);
-  EXPECT_THAT(rowsOf(uids, 1), ElementsAre("1"));
+  EXPECT_THAT(rowsOf(uidsOfTasks, 1), ElementsAre("1"));
 }
 
 TEST_F(WriteState, OutermostCallDecides) {
   ASSERT_EQ(DB_BeginWrite(), DB_OK);
   ASSERT_EQ(DB_BeginWrite(), DB_OK);
-  EXPECT_EQ(addRow(), DB_OK);
+  EXPECT_EQ(addTask(), DB_OK);
   EXPECT_EQ(DB_EndWrite(1), DB_OK);
   EXPECT_EQ(DB_EndWrite(0), DB_OK);
   EXPECT_THAT(committed(), ElementsAre("1"));
 
   ASSERT_EQ(DB_BeginWrite(), DB_OK);
   ASSERT_EQ(DB_BeginWrite(), DB_OK);
-  EXPECT_EQ(addRow(), DB_OK);
+  EXPECT_EQ(addTask(), DB_OK);
   EXPECT_EQ(DB_EndWrite(0), DB_OK);
   EXPECT_THAT(committed(), ElementsAre("1"));
   EXPECT_EQ(DB_EndWrite(1), DB_OK);
@@ -85,7 +66,7 @@ TEST_F(WriteState, JoinsTransaction) {
   ASSERT_EQ(DB_BeginTransaction(0), DB_OK);
   for (const int keep : {0, 1}) {
     ASSERT_EQ(DB_BeginWrite(), DB_OK);
-    EXPECT_EQ(addRow(), DB_OK);
+    EXPECT_EQ(addTask(), DB_OK);
     EXPECT_EQ(DB_EndWrite(keep), DB_OK);
     EXPECT_THAT(committed(), ElementsAre("1"));
   }
@@ -97,7 +78,7 @@ TEST_F(WriteState, OutlivesTransactionThatItJoined) {
   ASSERT_EQ(DB_BeginTransaction(0), DB_OK);
   ASSERT_EQ(DB_BeginWrite(), DB_OK);
   ASSERT_EQ(DB_CommitTransaction(), DB_OK);
-  EXPECT_EQ(addRow(), DB_OK);
+  EXPECT_EQ(addTask(), DB_OK);
   EXPECT_THAT(committed(), ElementsAre("1", "2"));
   EXPECT_EQ(DB_EndWrite(0), DB_OK);
   EXPECT_THAT(committed(), ElementsAre("1", "2"));
@@ -105,7 +86,7 @@ TEST_F(WriteState, OutlivesTransactionThatItJoined) {
 
 TEST_F(WriteState, RefusesOtherTransactions) {
   ASSERT_EQ(DB_BeginWrite(), DB_OK);
-  EXPECT_EQ(addRow(), DB_OK);
+  EXPECT_EQ(addTask(), DB_OK);
   EXPECT_EQ(DB_BeginTransaction(0), DB_TRANSACTION);
   EXPECT_EQ(DB_CommitTransaction(), DB_TRANSACTION);
   EXPECT_EQ(DB_AbortTransaction(), DB_TRANSACTION);
@@ -119,7 +100,7 @@ TEST_F(WriteState, RefusesOtherTransactions) {
 TEST_F(WriteState, ReadsWithinChangeNothing) {
   ASSERT_EQ(DB_BeginWrite(), DB_OK);
   ASSERT_EQ(DB_BeginRead(), DB_OK);
-  EXPECT_EQ(addRow(), DB_OK);
+  EXPECT_EQ(addTask(), DB_OK);
   ASSERT_EQ(DB_EndRead(), DB_OK);
   EXPECT_EQ(DB_EndWrite(1), DB_OK);
   EXPECT_THAT(committed(), ElementsAre("1", "2"));
@@ -136,9 +117,9 @@ TEST_F(WriteState, RefusedWhileReading) {
 
 TEST_F(WriteState, GoesOnAfterTextThatFailed) {
   ASSERT_EQ(DB_BeginWrite(), DB_OK);
-  EXPECT_EQ(addRow(), DB_OK);
-  EXPECT_EQ(DB_Exec("%s$c->del();", removeAll.c_str()), DB_ERROR);
-  EXPECT_EQ(addRow(), DB_OK);
+  EXPECT_EQ(addTask(), DB_OK);
+  EXPECT_EQ(DB_Exec("%s$c->del();", removeAllTasks.c_str()), DB_ERROR);
+  EXPECT_EQ(addTask(), DB_OK);
   EXPECT_EQ(DB_EndWrite(1), DB_OK);
   EXPECT_THAT(committed(), ElementsAre("1", "2", "3"));
 }
@@ -148,23 +129,23 @@ TEST_F(WriteState, LocksOutOtherWriters) {
   auto other = std::async(std::launch::async, [] {
     DB_Open(1);
     const int begun = DB_BeginWrite();
-    const auto rows = rowsOf(uids, 1);
+    const auto rows = rowsOf(uidsOfTasks, 1);
     DB_EndWrite(0);
     DB_Close();
     return begun == DB_OK ? rows : std::vector<std::string>{"refused"};
   });
-  EXPECT_EQ(addRow(), DB_OK);
+  EXPECT_EQ(addTask(), DB_OK);
   EXPECT_EQ(DB_EndWrite(1), DB_OK);
   EXPECT_THAT(other.get(), testing::Contains("1"));
 }
 
 TEST_F(WriteState, EndsWithTheDatabase) {
   ASSERT_EQ(DB_BeginWrite(), DB_OK);
-  EXPECT_EQ(addRow(), DB_OK);
+  EXPECT_EQ(addTask(), DB_OK);
   ASSERT_EQ(DB_Close(), DB_OK);
   ASSERT_EQ(DB_Open(1), DB_OK);
   EXPECT_EQ(DB_EndWrite(1), DB_TRANSACTION);
-  EXPECT_THAT(rowsOf(uids, 1), ElementsAre("1"));
+  EXPECT_THAT(rowsOf(uidsOfTasks, 1), ElementsAre("1"));
 }
 
 TEST_F(WriteState, FailsSilently) {

@@ -2,8 +2,9 @@
 
 #include "ulodb2.h"
 
+#include "machine/explain.h"
+#include "machine/session.h"
 #include "module_log.h"
-#include "run/session.h"
 
 #include <algorithm>
 #include <atomic>
@@ -387,7 +388,7 @@ int DB_Explain(const char* text, int what, DB_PARAM block,
   const int told = guarded([&] {
     const LineSink sink = sinkTo(line, context);
     try {
-      session().explain(text, what, viewOf(block), sink);
+      explain(session(), text, what, viewOf(block), sink);
     } catch (const Failure& failure) {
       result = failed(failure.code(), failure.reason());
       sink(failure.what());

@@ -2,8 +2,11 @@
 
 #include "ulodb2_files.h"
 
+#include "base/failure.h"
+#include "base/line_sink.h"
 #include "files/recovery.h"
 #include "module_log.h"
+#include "sqlite/store_place.h"
 
 #include <new>
 
@@ -44,21 +47,21 @@ void require(const char* text) {
 }  // namespace
 
 int DB_Inspect(int database, const char* sample, Line line, void* context) {
-  return reported(line, context, [&](const Report& report) {
+  return reported(line, context, [&](const LineSink& report) {
     require(sample);
     return inspectStore(placeOf(database), sample, report) == 0 ? DB_OK : DB_ERROR;
   });
 }
 
 int DB_FindLost(int database, Line line, void* context) {
-  return reported(line, context, [&](const Report&) {
+  return reported(line, context, [&](const LineSink&) {
     requireNotLost(placeOf(database));
     return DB_OK;
   });
 }
 
 int DB_Backup(int database, const char* file, int overwrite, Line line, void* context) {
-  return reported(line, context, [&](const Report&) {
+  return reported(line, context, [&](const LineSink&) {
     require(file);
     backUp(placeOf(database), file, overwrite != 0);
     return DB_OK;
@@ -66,7 +69,7 @@ int DB_Backup(int database, const char* file, int overwrite, Line line, void* co
 }
 
 int DB_Restore(int database, const char* file, const char* sample, Line line, void* context) {
-  return reported(line, context, [&](const Report& report) {
+  return reported(line, context, [&](const LineSink& report) {
     require(file);
     require(sample);
     restore(placeOf(database), file, sample, report);
@@ -75,7 +78,7 @@ int DB_Restore(int database, const char* file, const char* sample, Line line, vo
 }
 
 int DB_Rescue(int database, const char* sample, Line line, void* context) {
-  return reported(line, context, [&](const Report& report) {
+  return reported(line, context, [&](const LineSink& report) {
     require(sample);
     rescue(placeOf(database), sample, report);
     return DB_OK;

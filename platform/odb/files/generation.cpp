@@ -1,6 +1,6 @@
-#include "files/generation.h"
+#include "generation.h"
 
-#include "files/store_file.h"
+#include "sqlite/handle.h"
 #include "sqlite/journal.h"
 
 namespace ulo::odb {

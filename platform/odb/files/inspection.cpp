@@ -1,8 +1,12 @@
-#include "files/inspection.h"
+#include "inspection.h"
 
-#include "files/generation.h"
+#include "base/failure.h"
+#include "base/sql_name.h"
+#include "generation.h"
 #include "journal_schema.h"
+#include "sqlite/handle.h"
 #include "sqlite/journal.h"
+#include "sqlite/statement.h"
 
 #include <algorithm>
 #include <map>
@@ -36,7 +40,7 @@ std::string encodingOf(sqlite3* database) {
 
 class Inspector {
 public:
-  Inspector(sqlite3* database, const Report& report) : database_(database), report_(report) {}
+  Inspector(sqlite3* database, const LineSink& report) : database_(database), report_(report) {}
 
   int defects() const { return defects_; }
 
@@ -104,7 +108,7 @@ private:
   }
 
   sqlite3* database_;
-  const Report& report_;
+  const LineSink& report_;
   int defects_ = 0;
 };
 
@@ -135,7 +139,7 @@ std::vector<TableShape> shapesOf(sqlite3* database) {
   return shapes;
 }
 
-int inspect(sqlite3* database, const std::string& sample, const Report& report) {
+int inspect(sqlite3* database, const std::string& sample, const LineSink& report) {
   Inspector inspector(database, report);
   inspector.checkStructure();
   inspector.compareWith(sample);

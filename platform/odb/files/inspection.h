@@ -1,7 +1,9 @@
 // Checks whether a database file is sound.
 #pragma once
 
-#include "files/store_file.h"
+#include "base/line_sink.h"
+
+#include <sqlite3.h>
 
 #include <string>
 #include <vector>
@@ -28,6 +30,6 @@ std::vector<TableShape> shapesOf(sqlite3* database);
 // Reports every defect in the file's structure, in its UID counters, and in its tables, indexes and
 // triggers compared with those of the sound database file `sample`. Returns the number of reports.
 // Throws Failure if the file cannot be opened or read.
-int inspect(sqlite3* database, const std::string& sample, const Report& report);
+int inspect(sqlite3* database, const std::string& sample, const LineSink& report);
 
 }  // namespace ulo::odb

@@ -1,10 +1,17 @@
-#include "files/recovery.h"
+#include "recovery.h"
 
-#include "files/generation.h"
-#include "files/inspection.h"
-#include "files/salvage.h"
-#include "files/write_ahead_log.h"
+#include "base/failure.h"
+#include "base/sql_name.h"
+#include "generation.h"
+#include "inspection.h"
+#include "salvage.h"
+#include "sqlite/handle.h"
 #include "sqlite/journal.h"
+#include "sqlite/layout.h"
+#include "sqlite/statement.h"
+#include "store_file.h"
+#include "store_layout.h"
+#include "write_ahead_log.h"
 
 #include <algorithm>
 #include <map>
@@ -79,9 +86,26 @@ void copyFrom(const std::string& file, const std::string& to) {
   }
 }
 
-std::int64_t lastEntryOf(const std::string& path) {
+// Closes without copying the write-ahead log into the file.
+Handle openUnchanged(const std::string& path) {
+  Handle handle = openFile(path);
+  sqlite3_db_config(handle.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+  return handle;
+}
+
+// Returns true if a newer program has written the store.
+bool isNewer(const StorePlace& place) {
   try {
-    return lastEntry(openFile(path).get());
+    const std::int64_t layout = layoutOf(openUnchanged(place.path()).get());
+    return layout > knownLayout && layout <= highestLayout;
+  } catch (const Failure&) {
+    return false;
+  }
+}
+
+std::int64_t lastEntryOf(const std::string& path, bool keepsLog = false) {
+  try {
+    return lastEntry((keepsLog ? openUnchanged(path) : openFile(path)).get());
   } catch (const Failure&) {
     return 0;
   }
@@ -384,16 +408,16 @@ private:
 
 }  // namespace
 
-int inspectStore(const StorePlace& place, const std::string& sample, const Report& report) {
+int inspectStore(const StorePlace& place, const std::string& sample, const LineSink& report) {
   requireNotLost(place);
   if (!hasContent(place.path()))
     return 0;
   const auto attempt = [&](bool alone) {
-    const Handle handle = openFile(place.path());
+    // Do not modify a damaged file.
+    const Handle handle = openUnchanged(place.path());
     if (alone)
       execute(handle.get(), "PRAGMA locking_mode = EXCLUSIVE");
-    // Do not modify a damaged file.
-    sqlite3_db_config(handle.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    requireKnownLayout(handle.get(), place.path());
     return inspect(handle.get(), sample, report);
   };
   try {
@@ -410,8 +434,10 @@ void backUp(const StorePlace& place, const std::string& file, bool overwrite) {
   requireNotLost(place);
   if (!overwrite && idOf(file))
     throw Failure(DB_CONSTRAINT, file + " exists already");
+  const Handle store = openFile(place.path());
+  requireKnownLayout(store.get(), place.path());
   FreshFile fresh(file + ".");
-  copyRows(openFile(place.path()).get(), fresh.path());
+  copyRows(store.get(), fresh.path());
   const Handle copy = openFile(fresh.path());
   SqlStatement check(copy.get(), "PRAGMA integrity_check(1)");
   if (!check.step() || check.text(0) != "ok")
@@ -420,22 +446,28 @@ void backUp(const StorePlace& place, const std::string& file, bool overwrite) {
 }
 
 void restore(const StorePlace& place, const std::string& file, const std::string& sample,
-             const Report& report) {
+             const LineSink& report) {
   if (isSameFile(file, place.path()))
     throw Failure(DB_BAD_ARGUMENT, file + " is the store itself");
-  foldLog(place);
-  const std::int64_t floor = lastEntryOf(place.path());
+  // A newer store is kept as it is, with its log.
+  const bool keepsLog = isNewer(place);
+  if (!keepsLog)
+    foldLog(place);
+  const std::int64_t floor = lastEntryOf(place.path(), keepsLog);
   const StoreLock lock(place);
   // Check the copy, because the copy becomes the store.
   FreshFile fresh(freshPrefix(place));
   copyFrom(file, fresh.path());
+  requireKnownLayout(openFile(fresh.path()).get(), file);
   if (inspect(openFile(fresh.path()).get(), sample, report) > 0)
     throw Failure(DB_CORRUPT, file + " is not a sound store");
   beginGeneration(fresh.path(), floor);
   report(sentenceOfKept(putInPlace(place, fresh)));
 }
 
-void rescue(const StorePlace& place, const std::string& sample, const Report& report) {
+void rescue(const StorePlace& place, const std::string& sample, const LineSink& report) {
+  if (isNewer(place))
+    requireKnownLayout(openUnchanged(place.path()).get(), place.path());
   const StoreLock lock(place);
   const std::string prefix = freshPrefix(place);
   const Scratch scratch(place, prefix, sample);
@@ -449,6 +481,8 @@ void rescue(const StorePlace& place, const std::string& sample, const Report& re
     copyRows(openFile(sample).get(), fresh.path());
     Rebuilding(openFile(fresh.path()).get(), remains).run();
   }
+  // The number may have been damaged, too.
+  execute(openFile(fresh.path()).get(), "PRAGMA user_version = " + std::to_string(knownLayout));
   beginGeneration(fresh.path(), lastEntryOf(scratch.path()));
   for (const Remains::Table& table : remains.tables()) {
     if (!whole && !table.counter)

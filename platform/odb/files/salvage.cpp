@@ -1,4 +1,4 @@
-#include "files/salvage.h"
+#include "salvage.h"
 
 #include <optional>
 

@@ -1,8 +1,8 @@
-#include "files/store_file.h"
+#include "store_file.h"
 
-#include "data_directory.h"
+#include "base/failure.h"
 #include "file_lock.h"
-#include "sqlite/reserve.h"
+#include "sqlite/handle.h"
 
 #include <array>
 #include <cerrno>
@@ -21,12 +21,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int storeNumber = 1;
-constexpr const char* storeName = "tasks.db";
-// The journal of version 0.1.
-constexpr const char* oldJournal = "/changes.db";
-
-constexpr int busyTimeoutMs = 10000;
 constexpr std::chrono::seconds directoryPatience{10};
 
 // The byte range that SQLite locks in a database file: an open connection holds a read lock in it.
@@ -41,22 +35,6 @@ Failure systemFailure(const std::string& what) {
 bool exists(const std::string& path) {
   struct stat status {};
   return lstat(path.c_str(), &status) == 0;
-}
-
-// Returns the name of the most recently replaced store, or an empty name.
-std::string setAside(const StorePlace& place) {
-  const std::string prefix = place.name + ".";
-  std::string newest;
-  std::error_code error;
-  for (fs::directory_iterator entry(place.directory, error), end; !error && entry != end;
-       entry.increment(error)) {
-    const std::string name = entry->path().filename().string();
-    const bool dated = name.size() > prefix.size() && name.compare(0, prefix.size(), prefix) == 0 &&
-                       std::isdigit(static_cast<unsigned char>(name[prefix.size()])) != 0;
-    if (dated && name.find("-wal") == std::string::npos)
-      newest = std::max(newest, name);
-  }
-  return newest;
 }
 
 void syncDirectory(const std::string& directory) {
@@ -104,66 +82,6 @@ std::string keptName(const StorePlace& place) {
 }
 
 }  // namespace
-
-Handle openFile(const std::string& path, int flags) {
-  sqlite3* opened = nullptr;
-  const int result = sqlite3_open_v2(path.c_str(), &opened,
-                                     flags | SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_URI, nullptr);
-  Handle handle(opened);
-  if (opened == nullptr)
-    throw Failure(DB_NO_MEMORY, "no memory to open " + path);
-  if (result != SQLITE_OK)
-    throw sqliteFailure(opened, path);
-  sqlite3_busy_timeout(opened, busyTimeoutMs);
-  return handle;
-}
-
-void execute(sqlite3* database, const std::string& sql) {
-  SqlStatement(database, sql).run();
-}
-
-std::int64_t numberOf(sqlite3* database, const std::string& sql) {
-  SqlStatement statement(database, sql);
-  return statement.step() ? statement.integer(0) : 0;
-}
-
-StorePlace placeOf(int database) {
-  if (database != storeNumber)
-    throw Failure(DB_BAD_ARGUMENT, "there is no database " + std::to_string(database));
-  std::string directory = dataDirectory();
-  if (directory.empty())
-    throw Failure(DB_IO, std::string("there is no data directory: ") + std::strerror(errno));
-  return {std::move(directory), storeName};
-}
-
-bool hasContent(const std::string& path) {
-  struct stat status {};
-  return stat(path.c_str(), &status) == 0 && status.st_size > 0;
-}
-
-void requireNotLost(const StorePlace& place) {
-  const std::string path = place.path();
-  if (hasContent(path)) {
-    // SQLite treats the shortest of these as an empty database.
-    constexpr off_t smallestDatabase = 512;
-    struct stat status {};
-    if (stat(path.c_str(), &status) == 0 && status.st_size < smallestDatabase)
-      throw Failure(DB_CORRUPT, path + " is cut off");
-    return;
-  }
-  std::string remains;
-  if (hasContent(place.log()))
-    remains = place.name + "-wal with changes to it";
-  else if (hasContent(place.directory + oldJournal))
-    remains = "a journal of its changes";
-  else if (const std::string kept = setAside(place); !kept.empty())
-    remains = kept + ", which was set aside,";
-  else if (exists(place.directory + '/' + Reserve::fileName))
-    remains = std::string(Reserve::fileName) + " of a store (delete it to begin an empty store)";
-  if (!remains.empty())
-    throw Failure(DB_CORRUPT, path + " is " + (exists(path) ? "empty" : "missing") + ", but " +
-                                  remains + " is there");
-}
 
 StoreLock::StoreLock(const StorePlace& place)
     : directory_(open(place.directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {

@@ -1,50 +1,13 @@
-// Finds, locks and replaces a database file that no connection has open.
+// Locks and replaces a database file that no connection has open.
 #pragma once
 
+#include "base/line_sink.h"
 #include "descriptor.h"
-#include "script/failure.h"
-#include "sqlite/statement.h"
+#include "sqlite/store_place.h"
 
-#include <functional>
-#include <memory>
 #include <string>
 
 namespace ulo::odb {
-
-// Receives messages for the user, one sentence or finding at a time.
-using Report = std::function<void(const std::string&)>;
-
-struct CloseHandle {
-  void operator()(sqlite3* handle) const { sqlite3_close_v2(handle); }
-};
-using Handle = std::unique_ptr<sqlite3, CloseHandle>;
-
-// Opens an existing database file. Throws Failure.
-Handle openFile(const std::string& path, int flags = SQLITE_OPEN_READWRITE);
-
-void execute(sqlite3* database, const std::string& sql);
-std::int64_t numberOf(sqlite3* database, const std::string& sql);
-
-// The location of a database file in the data directory.
-struct StorePlace {
-  std::string directory;
-  std::string name;
-  [[nodiscard]] std::string path() const { return directory + "/" + name; }
-  [[nodiscard]] std::string log() const { return path() + "-wal"; }
-};
-
-// Returns the location of database number `database`. Throws Failure if that does not exist or
-// there is no data directory.
-StorePlace placeOf(int database);
-
-// Returns true if a file with this name exists and is not empty.
-bool hasContent(const std::string& path);
-
-// Throws Failure if a store's file is shorter than any database, or if it is missing or empty
-// although other files show that there was a store: a write-ahead log with content, the journal of
-// an older version, a replaced store that was kept, or the reserve. The failure names them. Opening
-// would create an empty store instead.
-void requireNotLost(const StorePlace& place);
 
 // Locks a store while the object exists: no program has it open, and none can open it. The file
 // itself may be missing. Throws Failure, with DB_BUSY if a program has it open.

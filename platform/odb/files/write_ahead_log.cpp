@@ -1,4 +1,4 @@
-#include "files/write_ahead_log.h"
+#include "write_ahead_log.h"
 
 #include <algorithm>
 #include <cstdint>

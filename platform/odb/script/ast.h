@@ -1,7 +1,8 @@
 // The syntax tree of a text. The parser builds it; the checker adds the meaning of names.
 #pragma once
 
-#include "failure.h"
+#include "base/failure.h"
+#include "base/type.h"
 
 #include <cstdint>
 #include <memory>
@@ -9,22 +10,6 @@
 #include <vector>
 
 namespace ulo::odb {
-
-// Types of columns and expressions.
-enum class Type {
-  nothing,  // of operations without a value
-  null,
-  any,  // of parameters: known only at run time
-  integer,
-  boolean,
-  unicode,  // 16-bit units
-  varchar,  // bytes, UTF-8
-  cursor,
-  table,
-  tuple,
-};
-
-const char* typeName(Type type);
 
 enum class Op {
   // values

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "failure.h"
+#include "base/failure.h"
 
 #include <cstdint>
 #include <string>

@@ -551,30 +551,4 @@ Statement parseStatement(std::string_view text) {
   return StatementParser(tokenizeText(text)).run();
 }
 
-const char* typeName(Type type) {
-  switch (type) {
-  case Type::nothing:
-    return "nothing";
-  case Type::null:
-    return "null";
-  case Type::any:
-    return "a parameter";
-  case Type::integer:
-    return "integer";
-  case Type::boolean:
-    return "bool";
-  case Type::unicode:
-    return "unicode";
-  case Type::varchar:
-    return "varchar";
-  case Type::cursor:
-    return "cursor";
-  case Type::table:
-    return "table";
-  case Type::tuple:
-    break;
-  }
-  return "tuple";
-}
-
 }  // namespace ulo::odb

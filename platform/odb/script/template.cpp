@@ -1,15 +1,14 @@
 #include "template.h"
 
-#include "failure.h"
+#include "base/failure.h"
 
 #include <algorithm>
 
 namespace ulo::odb {
 namespace {
 
-// Truncates to 32 bits, interpreted as an int.
-std::int64_t lifted(std::int64_t number) {
-  return static_cast<std::int32_t>(number);
+bool hasOddQuotes(std::string_view text) {
+  return std::count(text.begin(), text.end(), '\'') % 2 != 0;
 }
 
 }  // namespace
@@ -22,8 +21,10 @@ const Template::Spelling Template::spellings[] = {
 };
 
 Template::Template(std::string text) : text_(std::move(text)) {
+  const std::string_view whole = text_;
+  std::size_t done = 0;
   for (std::size_t at = text_.find('%'); at != std::string::npos; at = text_.find('%', at)) {
-    const std::string_view rest = std::string_view(text_).substr(at);
+    const std::string_view rest = whole.substr(at);
     const auto* const found =
         std::find_if(std::begin(spellings), std::end(spellings), [&](const Spelling& spelling) {
           return rest.substr(0, spelling.text.size()) == spelling.text;
@@ -32,76 +33,77 @@ Template::Template(std::string text) : text_(std::move(text)) {
       throw Failure(DB_SYNTAX, "the template has a conversion other than %s, %d, %i, %u, %ld, "
                                "%li, %lu and %%: " +
                                    std::string(rest.substr(0, 3)));
-    places_.push_back({at, found});
+    places_.push_back({at, found, hasOddQuotes(whole.substr(done, at - done))});
     at += found->text.size();
+    done = at;
   }
 }
 
-TemplateArguments Template::read(va_list arguments) const {
-  TemplateArguments result;
+void Template::read(va_list arguments, std::string& inserted,
+                    std::vector<std::int64_t>& numbers) const {
+  bool inQuotes = false;
   for (const Place& place : places_) {
+    inQuotes ^= place.changesQuotes;
+    std::int64_t number = 0;
     switch (place.spelling->conversion) {
     case Conversion::percent:
-      break;
+      continue;
     case Conversion::text: {
       const char* part = va_arg(arguments, const char*);
       if (part == nullptr)
         throw Failure(DB_BAD_ARGUMENT, "the argument of a %s is null");
-      result.texts.emplace_back(part);
-      break;
+      const std::string_view text = part;
+      inserted.append(text).push_back('\0');
+      inQuotes ^= hasOddQuotes(text);
+      continue;
     }
     case Conversion::signedInt:
-      result.numbers.push_back(va_arg(arguments, int));
+      number = va_arg(arguments, int);
       break;
     case Conversion::unsignedInt:
-      result.numbers.push_back(static_cast<std::int32_t>(va_arg(arguments, unsigned int)));
+      number = static_cast<std::int32_t>(va_arg(arguments, unsigned int));
       break;
     case Conversion::signedLong:
-      result.numbers.push_back(va_arg(arguments, long));
+      number = va_arg(arguments, long);
       break;
     case Conversion::unsignedLong:
-      result.numbers.push_back(static_cast<std::int64_t>(va_arg(arguments, unsigned long)));
+      number = static_cast<std::int64_t>(va_arg(arguments, unsigned long));
       break;
     }
+    if (inQuotes)
+      inserted.append(std::to_string(number)).push_back('\0');
+    else
+      numbers.push_back(static_cast<std::int32_t>(number));
   }
-  return result;
 }
 
-FormattedText Template::format(const TemplateArguments& arguments) const {
-  FormattedText result;
-  std::string& out = result.text;
+std::string Template::format(std::string_view inserted) const {
+  std::string result;
   bool inQuotes = false;
   const auto append = [&](std::string_view part) {
-    if (out.size() + part.size() > DB_MAX_TEXT)
+    if (result.size() + part.size() > DB_MAX_TEXT)
       throw Failure(DB_LIMIT, "the text is longer than " + std::to_string(DB_MAX_TEXT) + " bytes");
-    out.append(part);
-    inQuotes ^= std::count(part.begin(), part.end(), '\'') % 2 != 0;
+    result.append(part);
+    inQuotes ^= hasOddQuotes(part);
   };
-  auto text = arguments.texts.begin();
-  auto number = arguments.numbers.begin();
+  const auto appendInserted = [&] {
+    const std::size_t end = inserted.find('\0');
+    append(inserted.substr(0, end));
+    inserted.remove_prefix(end + 1);
+  };
   std::size_t done = 0;
   for (const Place& place : places_) {
     append(std::string_view(text_).substr(done, place.at - done));
     done = place.at + place.spelling->text.size();
-    if (place.spelling->conversion == Conversion::percent) {
+    if (place.spelling->conversion == Conversion::percent)
       append("%");
-    } else if (place.spelling->conversion == Conversion::text) {
-      append(*text++);
-    } else if (inQuotes) {
-      append(std::to_string(*number++));
-    } else {
-      result.arguments.push_back(lifted(*number++));
+    else if (place.spelling->conversion == Conversion::text || inQuotes)
+      appendInserted();
+    else
       append("%d");
-    }
   }
   append(std::string_view(text_).substr(done));
   return result;
-}
-
-std::vector<std::int64_t> Template::liftedNumbers(const TemplateArguments& arguments) {
-  std::vector<std::int64_t> numbers = arguments.numbers;
-  std::transform(numbers.begin(), numbers.end(), numbers.begin(), lifted);
-  return numbers;
 }
 
 }  // namespace ulo::odb

@@ -8,32 +8,23 @@
 
 namespace ulo::odb {
 
-// The printf arguments of one call.
-struct TemplateArguments {
-  std::vector<std::string_view> texts;
-  std::vector<std::int64_t> numbers;
-};
-
-// A formatted text. Numbers outside quotes are not inserted; the text keeps their "%d", so that
-// texts that differ only in such numbers are the same program.
-struct FormattedText {
-  std::string text;
-  std::vector<std::int64_t> arguments;  // in the order of the "%d"s in `text`
-};
-
 // A printf template; see ulodb2.h for its conversions.
+//
+// Its arguments become part of the formatted text, except for numbers outside quotes: the text
+// keeps their "%d", so that texts that differ only in such numbers are the same program.
 class Template {
 public:
   // Throws Failure if the text has other conversions.
   explicit Template(std::string text);
 
   [[nodiscard]] const std::string& text() const { return text_; }
-  // Reads the arguments of its conversions. Throws Failure if a text is null.
-  [[nodiscard]] TemplateArguments read(va_list arguments) const;
-  // Throws Failure if the text becomes too long.
-  [[nodiscard]] FormattedText format(const TemplateArguments& arguments) const;
-  // Returns the numbers of a formatted text. Requires: none of them is within quotes.
-  static std::vector<std::int64_t> liftedNumbers(const TemplateArguments& arguments);
+  // Reads the arguments of its conversions. Appends those that become part of the text to
+  // `inserted`, each followed by a zero byte, and the others to `numbers`, truncated to 32 bits.
+  // Throws Failure if a text is null.
+  void read(va_list arguments, std::string& inserted, std::vector<std::int64_t>& numbers) const;
+  // Returns the text for the arguments in `inserted`, which are those of one call of read. Throws
+  // Failure if the text becomes too long.
+  [[nodiscard]] std::string format(std::string_view inserted) const;
 
 private:
   enum class Conversion { percent, text, signedInt, unsignedInt, signedLong, unsignedLong };
@@ -44,6 +35,8 @@ private:
   struct Place {
     std::size_t at;  // offset of the conversion in the text
     const Spelling* spelling;
+    bool
+        changesQuotes;  // an odd number of quotes lies between the previous conversion and this one
   };
 
   static const Spelling spellings[];

@@ -1,5 +1,7 @@
 #include "binding.h"
 
+#include "sqlite_failure.h"
+
 #include <cstdint>
 #include <cstring>
 

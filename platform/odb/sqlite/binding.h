@@ -1,6 +1,6 @@
 #pragma once
 
-#include "run/value.h"
+#include "base/value.h"
 #include "statement.h"
 
 namespace ulo::odb {

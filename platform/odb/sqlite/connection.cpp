@@ -1,9 +1,12 @@
 #include "connection.h"
 
 #include "announcement.h"
-#include "files/store_file.h"
+#include "base/failure.h"
+#include "base/sql_name.h"
 #include "journal.h"
 #include "journal_schema.h"
+#include "layout.h"
+#include "sqlite_failure.h"
 #include "wal_limit.h"
 
 #include <algorithm>
@@ -81,10 +84,9 @@ int lockDirectory(const std::string& directory) {
 
 }  // namespace
 
-Connection::Connection(const std::string& directory, const std::string& name)
-    : path_(directory + "/" + name), reserve_(directory) {
-  lock_.reset(lockDirectory(directory));
-  requireNotLost({directory, name});
+Connection::Connection(const StorePlace& place) : path_(place.path()), reserve_(place.directory) {
+  lock_.reset(lockDirectory(place.directory));
+  requireNotLost(place);
   const auto attempt = [&](Opening how) -> std::optional<Failure> {
     try {
       open(how);
@@ -101,7 +103,7 @@ Connection::Connection(const std::string& directory, const std::string& name)
   if (isFullDisk() && !attempt(Opening::exclusive))
     failure.reset();
   const bool isLockedUp =
-      failure && failure->code() == DB_IO && !(mayWrite(path_) && mayWrite(directory));
+      failure && failure->code() == DB_IO && !(mayWrite(path_) && mayWrite(place.directory));
   if ((isFullDisk() || isLockedUp) && logIsEmpty(path_) && !attempt(Opening::readOnly))
     failure.reset();
   if (failure)
@@ -165,6 +167,8 @@ void Connection::configure(Opening how) {
   // Keeps the index of the log in this process's memory.
   if (how == Opening::exclusive)
     SqlStatement(database, "PRAGMA locking_mode = EXCLUSIVE").run();
+  // Nothing has been read or written before this.
+  requireKnownLayout(database, path_);
   if (how != Opening::readOnly) {
     SqlStatement journal(database, "PRAGMA journal_mode = WAL");
     if (!journal.step() || journal.text(0) != "wal")

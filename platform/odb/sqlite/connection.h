@@ -1,8 +1,10 @@
 #pragma once
 
 #include "descriptor.h"
+#include "handle.h"
 #include "reserve.h"
 #include "statement.h"
+#include "store_place.h"
 
 #include <sqlite3.h>
 
@@ -14,7 +16,7 @@ namespace ulo::odb {
 // A connection to the database file.
 class Connection {
 public:
-  // Opens `directory`/`name` and creates it if necessary. Until a row has been committed, the
+  // Opens the file at `place` and creates it if necessary. Until a row has been committed, the
   // connection holds the directory's lock, and other opens wait for it: they find either nothing or
   // a complete database. Empty tables left by a program that died while creating them are dropped
   // first. Throws Failure.
@@ -22,7 +24,9 @@ public:
   // Reading works on a full disk. The reserve of the directory is released while the connection
   // exists; if there is none, the database is opened exclusively for this process, without
   // auxiliary files. A file or directory that is not writable is opened read-only.
-  Connection(const std::string& directory, const std::string& name);
+  //
+  // A file of a newer layout is refused in each of these ways, and left unchanged.
+  explicit Connection(const StorePlace& place);
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
   ~Connection();
@@ -66,10 +70,6 @@ public:
   [[nodiscard]] unsigned dataVersion() const;
 
 private:
-  struct Close {
-    void operator()(sqlite3* handle) const { sqlite3_close_v2(handle); }
-  };
-
   // Shared with other processes; exclusive to this process, without shared memory; read-only,
   // without locks.
   enum class Opening { shared, exclusive, readOnly };
@@ -84,7 +84,7 @@ private:
   std::string path_;
   Reserve reserve_;
   Descriptor lock_;  // outlives the handle: closed after it
-  std::unique_ptr<sqlite3, Close> handle_;
+  Handle handle_;
   std::unique_ptr<SqlStatement> controls_[7];
   std::unique_ptr<SqlStatement> schemaVersion_;
 };

@@ -1,5 +1,8 @@
 #include "journal.h"
 
+#include "base/failure.h"
+#include "base/sql_name.h"
+#include "handle.h"
 #include "journal_schema.h"
 #include "statement.h"
 
@@ -20,12 +23,7 @@ constexpr const char* filesBeside[] = {"", "-wal", "-shm"};
 
 void runAll(sqlite3* database, const std::vector<std::string>& statements) {
   for (const std::string& sql : statements)
-    SqlStatement(database, sql).run();
-}
-
-std::int64_t number(sqlite3* database, const std::string& sql) {
-  SqlStatement statement(database, sql);
-  return statement.step() ? statement.integer(0) : 0;
+    execute(database, sql);
 }
 
 constexpr int partsOfWholeJournal = 5;
@@ -43,11 +41,11 @@ std::vector<std::string> partsOfJournal(sqlite3* database, const std::string& ty
 // Returns a number that no journal has reached, not even the one whose parts exist: it would take
 // decades to write that many entries.
 std::int64_t unreachedEntry(sqlite3* database) {
-  std::int64_t entry = number(database, "SELECT unixepoch()");
+  std::int64_t entry = numberOf(database, "SELECT unixepoch()");
   for (const char* sql :
        {"SELECT max(entry) + 1 FROM ulo_changes", "SELECT max(floor) + 1000000 FROM ulo_journal"}) {
     try {
-      entry = std::max(entry, number(database, sql));
+      entry = std::max(entry, numberOf(database, sql));
     } catch (const Failure&) {
       // That part does not exist.
     }
@@ -65,7 +63,7 @@ std::int64_t lastOfSeparateJournal(sqlite3* database, const std::string& path) {
   const std::unique_ptr<sqlite3, decltype(&sqlite3_close)> file(opened, sqlite3_close);
   try {
     if (result == SQLITE_OK)
-      return number(opened, "SELECT seq FROM sqlite_sequence WHERE name = 'changes'");
+      return numberOf(opened, "SELECT seq FROM sqlite_sequence WHERE name = 'changes'");
   } catch (const Failure&) {
     // The file is damaged, or not a journal.
   }
@@ -106,10 +104,10 @@ void adoptJournal(sqlite3* database, const std::string& directory) {
   // not have.
   const std::int64_t floor =
       parts > 0 ? unreachedEntry(database) : lastOfSeparateJournal(database, path) + 1;
-  SqlStatement(database, "BEGIN IMMEDIATE").run();
+  execute(database, "BEGIN IMMEDIATE");
   try {
     createJournal(database, floor);
-    SqlStatement(database, "COMMIT").run();
+    execute(database, "COMMIT");
   } catch (const Failure&) {
     if (sqlite3_get_autocommit(database) == 0)
       sqlite3_exec(database, "ROLLBACK", nullptr, nullptr, nullptr);

@@ -1,7 +1,4 @@
-// Owners of SQLite handles.
 #pragma once
-
-#include "script/failure.h"
 
 #include <sqlite3.h>
 
@@ -10,17 +7,6 @@
 #include <string>
 
 namespace ulo::odb {
-
-// Returns SQLite's last error on this connection as a Failure. `what` describes the operation.
-Failure sqliteFailure(sqlite3* database, const std::string& what);
-// Returns the Failure for a result code that SQLite did not store as the connection's last error.
-Failure sqliteFailure(sqlite3* database, int result, const std::string& what);
-
-// Returns true if a system error means that there is no space: on the disk, in the user's quota, or
-// within the maximum file size.
-bool isFull(int systemError);
-// Describes such an error to the user.
-std::string fullReason(const std::string& file, int systemError);
 
 // A prepared statement. Parameters count from 1, columns from 0.
 class SqlStatement {
@@ -87,8 +73,5 @@ public:
 private:
   SqlStatement& statement_;
 };
-
-// Returns "name" quoted for SQL: any word may be a name, even `end`.
-std::string quoteName(const std::string& name);
 
 }  // namespace ulo::odb

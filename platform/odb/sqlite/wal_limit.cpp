@@ -1,5 +1,7 @@
 #include "wal_limit.h"
 
+#include "handle.h"
+
 #include <algorithm>
 
 namespace ulo::odb {

@@ -4,9 +4,6 @@
 
 namespace ulo::odb {
 
-// How long a statement waits for another process to finish writing.
-inline constexpr int busyTimeoutMs = 10000;
-
 // Keeps the write-ahead log of this connection's database short.
 //
 // From 4 MiB on, its pages are copied into the database as far as readers allow, and the next write

@@ -1,0 +1,250 @@
+#include "session.h"
+
+#include "sqlite/statement.h"
+#include "sqlite/store_place.h"
+
+#include <new>
+
+namespace ulo::odb {
+
+// The transaction around a run: a savepoint within the caller's transaction, otherwise a new
+// transaction, or none if SQLite's implicit one suffices. The destructor rolls back unless keep()
+// was called.
+class Session::Scope {
+public:
+  Scope(Session& session, const Program& program) : session_(session) {
+    session.endStaleTransaction();
+    const bool single = program.statement && program.statement->kind == Statement::Kind::insert;
+    if (session.inTransaction_) {
+      if (!session.connection_.inTransaction())
+        throw Failure(DB_TRANSACTION, "the transaction has failed before; end it first");
+      if (program.writes && !single)
+        open(Connection::Control::save);
+    } else if (session.readsTransact_) {
+      if (program.writes)
+        throw Failure(DB_TRANSACTION, "the text writes, and so far all is only read");
+    } else if (program.writes && !single) {
+      open(Connection::Control::beginWrite);
+    } else if (program.needsSnapshot) {
+      open(Connection::Control::beginRead);
+    }
+  }
+  Scope(const Scope&) = delete;
+  Scope& operator=(const Scope&) = delete;
+
+  void keep() {
+    if (isOpen_)
+      session_.connection_.control(isSavepoint() ? Connection::Control::release
+                                                 : Connection::Control::commit);
+    isOpen_ = false;
+  }
+
+  ~Scope() {
+    if (isOpen_)
+      session_.connection_.undo(isSavepoint());
+  }
+
+private:
+  void open(Connection::Control how) {
+    session_.connection_.control(how);
+    how_ = how;
+    isOpen_ = true;
+  }
+  [[nodiscard]] bool isSavepoint() const { return how_ == Connection::Control::save; }
+
+  Session& session_;
+  Connection::Control how_ = Connection::Control::save;
+  bool isOpen_ = false;
+};
+
+Session::Session(int database)
+    : database_(database), connection_(placeOf(database)), cache_(connection_) {}
+
+Session::~Session() {
+  if (inTransaction_)
+    connection_.undo(false);
+}
+
+// A transaction whose rollback failed, for lack of memory, must not receive later writes.
+void Session::endStaleTransaction() {
+  if (!inTransaction_ && !readsTransact_ && connection_.inTransaction())
+    connection_.control(Connection::Control::rollback);
+}
+
+void Session::begin(int mode) {
+  if (mode != 0)
+    throw Failure(DB_BAD_ARGUMENT, "there is no transaction mode " + std::to_string(mode));
+  if (inTransaction_ || readsTransact_)
+    throw Failure(DB_TRANSACTION, "a transaction is open already");
+  endStaleTransaction();
+  connection_.control(Connection::Control::beginWrite);
+  inTransaction_ = true;
+}
+
+void Session::requireTransactionOfCaller() const {
+  if (!inTransaction_ || writesTransact_)
+    throw Failure(DB_TRANSACTION, "no transaction is open");
+}
+
+void Session::commit() {
+  requireTransactionOfCaller();
+  inTransaction_ = false;
+  const bool fills = connection_.isFilling();
+  try {
+    if (!connection_.inTransaction())
+      throw Failure(DB_TRANSACTION, "the transaction has failed before; nothing is kept");
+    if (fillFailure_ != DB_OK)
+      throw Failure(fillFailure_, "a part of what fills the database has failed; nothing is kept");
+    connection_.control(Connection::Control::commit);
+  } catch (const Failure& failure) {
+    if (fills)
+      unfilledBy_ = failure.code();
+    connection_.undo(false);
+    cache_.checkTables();
+    throw;
+  } catch (const std::bad_alloc&) {
+    if (fills)
+      unfilledBy_ = DB_NO_MEMORY;
+    connection_.undo(false);
+    cache_.checkTables();
+    throw;
+  }
+  connection_.committed();
+  connection_.announce();
+}
+
+void Session::abort() {
+  requireTransactionOfCaller();
+  inTransaction_ = false;
+  fillFailure_ = DB_OK;
+  connection_.undo(false);
+  cache_.checkTables();
+  if (connection_.inTransaction())
+    throw Failure(DB_NO_MEMORY, "no memory to undo the transaction; the next operation does");
+}
+
+void Session::beginRead() {
+  if (reads_ == 0 && !inTransaction_) {
+    endStaleTransaction();
+    connection_.control(Connection::Control::beginRead);
+    readsTransact_ = true;
+  }
+  ++reads_;
+}
+
+void Session::endRead() {
+  if (reads_ == 0)
+    throw Failure(DB_TRANSACTION, "no reading has begun");
+  if (--reads_ > 0 || !readsTransact_)
+    return;
+  readsTransact_ = false;
+  if (!connection_.inTransaction())
+    return;
+  try {
+    connection_.control(Connection::Control::commit);
+  } catch (const std::exception&) {
+    connection_.undo(false);
+    throw;
+  }
+}
+
+void Session::beginWrite() {
+  if (!inTransaction_) {
+    begin(0);
+    writesTransact_ = true;
+  } else if (!connection_.inTransaction()) {
+    throw Failure(DB_TRANSACTION, "the transaction has failed before; end it first");
+  }
+  ++writes_;
+}
+
+void Session::endWrite(bool keep) {
+  if (writes_ == 0)
+    throw Failure(DB_TRANSACTION, "no writing has begun");
+  if (--writes_ > 0 || !writesTransact_) {
+    if (keep && inTransaction_ && !connection_.inTransaction())
+      throw Failure(DB_TRANSACTION, "the transaction has failed before; nothing is kept");
+    return;
+  }
+  writesTransact_ = false;
+  if (keep)
+    commit();
+  else
+    abort();
+}
+
+std::shared_ptr<const Program> Session::program(const std::string& text) {
+  cache_.followCommits();
+  return cache_.program(text);
+}
+
+ResultBuffer Session::run(const char* text, va_list arguments, ParameterView parameters, int* tag) {
+  const auto fail = [this](DB_Result code) {
+    if (inTransaction_ && connection_.isFilling())
+      fillFailure_ = code;
+  };
+  try {
+    return runText(text, arguments, parameters, tag);
+  } catch (const Failure& failure) {
+    fail(failure.code());
+    throw;
+  } catch (const std::bad_alloc&) {
+    fail(DB_NO_MEMORY);
+    throw;
+  }
+}
+
+ResultBuffer Session::runText(const char* text, va_list arguments, ParameterView parameters,
+                              int* tag) {
+  cache_.followCommits();
+  const TextCache::Call call = cache_.read(text, arguments);
+  try {
+    return run(cache_.executable(call), call.numbers(), parameters, tag);
+  } catch (const Failure& failure) {
+    // SQLite may have noticed only now that another program has changed a table.
+    if (failure.code() == DB_FULL ? inTransaction_ || !connection_.makeRoom(lastRunRemoves_)
+                                  : !cache_.forgetIfTablesChanged())
+      throw;
+  }
+  return run(cache_.executable(call), call.numbers(), parameters, tag);
+}
+
+ResultBuffer Session::run(Executable& executable, const std::vector<std::int64_t>& numbers,
+                          ParameterView parameters, int* tag,
+                          const std::function<void()>& beforeKeeping) {
+  const Program& program = executable.program();
+  lastRunRemoves_ = program.removes();
+  if (lastRunRemoves_ && inTransaction_)
+    connection_.makeRoomAhead();
+  ResultBuffer result = program.script ? ResultBuffer(program.script->buffer) : ResultBuffer();
+  Executable::Run current{parameters, numbers, result, std::nullopt};
+  if (program.writes && unfilledBy_ != DB_OK)
+    throw Failure(unfilledBy_, "the database could not be filled; open it again");
+  const bool fills = program.writes && inTransaction_ && connection_.isFilling();
+  {
+    Scope scope(*this, program);
+    executable.run(current);
+    if (beforeKeeping)
+      beforeKeeping();
+    // Callers may not check the commit of such a transaction; they always check DB_EndWrite.
+    if (inTransaction_ && !writesTransact_ && (fills || (program.writes && program.script)))
+      connection_.writeOut();
+    scope.keep();
+  }
+  if (program.writes && !inTransaction_)
+    connection_.committed();
+  if (current.tag)
+    *tag = *current.tag;
+  if (program.statement && program.statement->kind != Statement::Kind::insert)
+    cache_.forget();
+  return result;
+}
+
+void Session::checkFile(const LineSink& line) {
+  SqlStatement check(connection_.handle(), "PRAGMA integrity_check");
+  while (check.step())
+    if (check.text(0) != "ok")
+      line(check.text(0));
+}
+
+}  // namespace ulo::odb

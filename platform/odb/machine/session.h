@@ -1,0 +1,83 @@
+#pragma once
+
+#include "base/failure.h"
+#include "base/line_sink.h"
+#include "executable.h"
+#include "result_buffer.h"
+#include "sqlite/connection.h"
+#include "text_cache.h"
+
+#include <cstdarg>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace ulo::odb {
+
+// One thread's session with the database. All operations throw Failure.
+class Session {
+public:
+  // Opens database number `database` in the data directory.
+  explicit Session(int database);
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
+  ~Session();
+
+  [[nodiscard]] int database() const { return database_; }
+
+  void begin(int mode);
+  void commit();
+  void abort();
+
+  // See DB_BeginRead in ulodb2.h.
+  void beginRead();
+  void endRead();
+
+  // See DB_BeginWrite in ulodb2.h.
+  void beginWrite();
+  void endWrite(bool keep);
+
+  // Runs a template with its arguments, all or nothing. Returns the result rows, and sets *tag if
+  // the text sets a tag.
+  ResultBuffer run(const char* text, va_list arguments, ParameterView parameters, int* tag);
+
+  // See DB_CheckFile in ulodb2.h.
+  void checkFile(const LineSink& line);
+
+  // The steps of a run, for explain.h. Texts are not templates.
+
+  [[nodiscard]] sqlite3* handle() const { return connection_.handle(); }
+  std::shared_ptr<const Program> program(const std::string& text);
+  // Runs an executable with its template numbers, all or nothing. Calls `beforeKeeping` at the end;
+  // if that throws, nothing is kept.
+  ResultBuffer run(Executable& executable, const std::vector<std::int64_t>& numbers,
+                   ParameterView parameters, int* tag,
+                   const std::function<void()>& beforeKeeping = {});
+
+private:
+  class Scope;
+
+  void endStaleTransaction();
+  ResultBuffer runText(const char* text, va_list arguments, ParameterView parameters, int* tag);
+  void requireTransactionOfCaller() const;
+
+  int database_;
+  Connection connection_;
+  TextCache cache_;
+  bool inTransaction_ = false;  // of the caller or of writes_; SQLite may have ended it
+  // Why a text of the open transaction that fills the database has failed. Callers may ignore the
+  // result of a single text, but the rows are kept all or none.
+  DB_Result fillFailure_ = DB_OK;
+  // Why filling the database has failed. It then rejects writes until it is reopened, which starts
+  // over.
+  DB_Result unfilledBy_ = DB_OK;
+  int reads_ = 0;                // begun and not ended
+  bool readsTransact_ = false;   // they have begun a transaction
+  int writes_ = 0;               // begun and not ended
+  bool writesTransact_ = false;  // they have begun the transaction
+  bool lastRunRemoves_ = false;  // rows
+};
+
+}  // namespace ulo::odb
