@@ -281,4 +281,44 @@ TEST_F(StoreCalls, GoesOnWithoutReporter) {
   EXPECT_EQ(store_->getCount(count), 0);
 }
 
+// A store that is not open.
+
+TEST_F(StoreCalls, AClosedStoreAsksNothing) {
+  Store& store = closed();
+  ZTASK_ENG_Task task;
+  QString name("work");
+  unsigned int uid = 55;
+  int count = 55;
+  QValueList<unsigned int> uids;
+  QValueList<QString> names;
+  QValueList<ZTASK_ENG_Task> tasks;
+  EXPECT_EQ(store.addTask(task), 7);
+  EXPECT_EQ(store.getTask(1, task), 7);
+  EXPECT_EQ(store.updateTask(task), 7);
+  EXPECT_EQ(store.removeTask(1), 7);
+  EXPECT_EQ(store.removeTasks(uids), 7);
+  EXPECT_EQ(store.addCategory(name, uid), 7);
+  EXPECT_EQ(store.renameCategory(name, name), 7);
+  EXPECT_EQ(store.removeCategory(name, true), 7);
+  EXPECT_EQ(store.removeTasksWithCategoryId(1), 7);
+  EXPECT_EQ(store.getAllCategories(names), 7);
+  EXPECT_EQ(store.getCount(count), 7);
+  EXPECT_EQ(count, 55);
+  EXPECT_EQ(store.getCount(count, ZTASK_ENG_Model::TASK_CATEGORY_DUE), 7);
+  EXPECT_EQ(count, 0);
+  EXPECT_EQ(store.getAllIDs(uids), 7);
+  EXPECT_EQ(
+      store.getAllIDs(uids, ZTASK_ENG_Model::TASK_CATEGORY_ALL, ZTASK_ENG_Model::TASK_SORT_DUE), 7);
+  EXPECT_EQ(store.removeAll(), 7);
+  EXPECT_EQ(store.getMatchTasks(tasks, name), 7);
+  EXPECT_EQ(store.getMatchTasks(tasks, task), 7);
+  EXPECT_THAT(calls::list(), ElementsAre());
+  EXPECT_EQ(store.getTasks(tasks, task, 0, ZTASK_ENG_Model::TASK_CATEGORY_ALL,
+                           ZTASK_ENG_Model::TASK_SORT_DUE),
+            7);
+  EXPECT_THAT(calls::list(), ElementsAre("log DB is not alive!!!"));
+  EXPECT_EQ(uid, 55U);
+  EXPECT_EQ(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID), ZTASK_ENG_Task::notStored);
+}
+
 }  // namespace
