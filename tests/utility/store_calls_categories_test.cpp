@@ -1,106 +1,121 @@
-// Categories: what the store asks of the platform, call by call, and what it makes of every
-// answer.
+// The calls that the store makes to add, rename and remove categories.
 
 #include "store_calls.h"
 
 namespace {
 
-using testing::ElementsAre;
+using namespace calls;
+using testing::Contains;
 
-TEST_F(StoreCalls, TakesANegativeUidOfACategoryForAFailure) {
-  Store& store = open({.answers = {{"category_uid_by_name", {0, {{0, -1}}, 1}}}});
+const auto endOfRemovals = Row{int{true}};
+Row removed(int uid) {
+  return {int{false}, uid};  // remove_tasks_of_category
+}
+
+TEST_F(StoreCalls, TreatsNegativeCategoryUidAsFailure) {
+  Store& store = open({.outcomes = {{"category_uid_by_name", foundCategory(-1)}}});
   QString name("work");
   unsigned int uid = 55;
-  EXPECT_EQ(store.addCategory(name, uid), 6);
-  calls::begin({.answers = {{"category_uid_by_name", {0, {{0, 0}}, 1}}}});
-  EXPECT_EQ(store.addCategory(name, uid), 8);
+  EXPECT_EQ(store.addCategory(name, uid), TASK_ENG_DATABASE_FAILURE);
+  calls::begin({.outcomes = {{"category_uid_by_name", foundCategory(0)}}});
+  EXPECT_EQ(store.addCategory(name, uid), TASK_ENG_EXISTS);
   EXPECT_EQ(uid, 55U);
 }
 
-TEST_F(StoreCalls, RenamesInLowerCase) {
-  Store& store = open();
-  QString oldName(QString::fromUtf8("ÄB"));
-  QString newName("NEW");
-  EXPECT_EQ(store.renameCategory(oldName, newName), 0);
-  EXPECT_THAT(calls::list(), ElementsAre("block 2", "0 = 'äb'", "1 = 'new'",
-                                         "exec rename_category by block", "free block"));
-  EXPECT_EQ(newName, QString("NEW"));
-  QString none;
-  calls::begin({});
-  EXPECT_EQ(store.renameCategory(none, none), 0);
-  EXPECT_THAT(calls::list(), testing::IsSupersetOf({"0 = null", "1 = null"}));
-}
-
-// Half of a surrogate pair takes the three bytes that its code would have.
-TEST_F(StoreCalls, BindsNamesAsUtf8) {
-  const struct {
-    std::vector<QChar> units;
-    const char* bound;
-  } cases[] = {
-      {{QChar(0xFEFF), QChar(0xE4)}, "0 = '\xEF\xBB\xBF\xC3\xA4'"},
-      {{QChar(0xD83D), QChar(0xDE00)}, "0 = '\xF0\x9F\x98\x80'"},
-      {{QChar(0xD800), QChar('z')}, "0 = '\xED\xA0\x80z'"},
-      {{QChar('a'), QChar(0xDFFF)}, "0 = 'a\xED\xBF\xBF'"},
-      {{}, "0 = ''"},
-  };
-  for (const auto& one : cases) {
-    Store& store = open();
-    QString name =
-        QString("") + QString(one.units.data(), static_cast<qsizetype>(one.units.size()));
-    EXPECT_EQ(store.removeCategory(name, false), 0);
-    EXPECT_THAT(calls::list(), testing::Contains(one.bound));
+TEST_F(StoreCalls, AddCategoryFailsIfCommitFails) {
+  for (const int code : {diskFull, otherFailure}) {
+    Store& store =
+        open({.outcomes = {{"category_uid_by_name", unknownCategory}}, .commitCode = code});
+    QString name("work");
+    unsigned int uid = 55;
+    EXPECT_EQ(store.addCategory(name, uid), codeOfFailedChange(code));
+    EXPECT_EQ(uid, 55U);
+    EXPECT_EQ(calls::list().back(), logged("AddCategory failed! " + ret(code)));
   }
 }
 
-TEST_F(StoreCalls, RemovesACategoryWithItsTasks) {
-  Store& store = open({.answers = {{"category_uid_by_name", found7},
-                                   {"remove_tasks_of_category", {0, {{0, 5}, {0, 3}, {1}}, 1}}}});
-  QString name("work");
-  EXPECT_EQ(store.removeCategory(name, true), 0);
-  EXPECT_THAT(calls::list(),
-              ElementsAre("block 1", "0 = 'work'", "query category_uid_by_name by block",
-                          "free block", "free rows", "block 1", "0 = 7",
-                          "query remove_tasks_of_category by block", "free block",
-                          "report 5 3 -1 " + engine, "report 3 3 -1 " + engine, "free rows",
-                          "block 1", "0 = 'work'", "exec remove_category by block", "free block"));
-}
-
-TEST_F(StoreCalls, ReportsTasksOfACategoryWithoutEndRow) {
-  Store& store = open({.answers = {{"remove_tasks_of_category", {0, {{0, 5}, {0, 3}}, 1}}}});
-  EXPECT_EQ(store.removeTasksWithCategoryId(7), 0);
-  EXPECT_THAT(calls::list(),
-              ElementsAre("block 1", "0 = 7", "query remove_tasks_of_category by block",
-                          "free block", "report 5 3 -1 " + engine, "report 3 3 -1 " + engine,
-                          "free rows"));
-}
-
-TEST_F(StoreCalls, ClosesCursorBeforeLoggingThatNothingWasFound) {
+TEST_F(StoreCalls, FindsExistingCategoryWithoutWriteLock) {
   Store& store =
-      open({.answers = {{"remove_tasks_of_category", flagTrue},
-                        {"page_of_tasks", {0, {{0, 0, {}, {}, {}, 0, 0, 0, 0, 0, 0, 0}}, 1}}}});
-  EXPECT_EQ(store.removeTasksWithCategoryId(7), 0);
-  EXPECT_THAT(calls::list(),
-              ElementsAre("block 1", "0 = 7", "query remove_tasks_of_category by block",
-                          "free block", "free rows", "log No task with such category!"));
-  QValueList<ZTASK_ENG_Task> tasks;
-  ZTASK_ENG_Task start = milk();
-  EXPECT_EQ(store.getTasks(tasks, start, 1, ZTASK_ENG_Model::TASK_CATEGORY_ALL,
-                           ZTASK_ENG_Model::TASK_SORT_DUE),
-            3);
-  const std::vector<std::string> asked = calls::list();
-  ASSERT_GE(asked.size(), 2U);
-  EXPECT_EQ(asked.at(asked.size() - 2), "free rows");
-  EXPECT_EQ(asked.back(), "log Record not found!! [ret=0]");
+      open({.outcomes = {{"category_uid_by_name", foundWork}}, .beginWriteCode = otherFailure});
+  QString name("work");
+  unsigned int uid = 55;
+  EXPECT_EQ(store.addCategory(name, uid), TASK_ENG_EXISTS);
+  EXPECT_EQ(uid, 55U);
 }
 
-TEST_F(StoreCalls, AbortsWhenTasksOfACategoryCannotBeRemoved) {
-  for (const int result : {full, otherFailure}) {
-    Store& store = open({.answers = {{"remove_tasks_of_category", {result, {}, 0}}}});
-    EXPECT_EQ(store.removeTasksWithCategoryId(7), result == full ? 1 : 6);
+TEST_F(StoreCalls, RenameCategoryBindsLowerCaseNames) {
+  Store& store = open();
+  QString oldName(QString::fromUtf8("ÄB"));
+  QString newName("NEW");
+  EXPECT_EQ(store.renameCategory(oldName, newName), TASK_ENG_OK);
+  EXPECT_THAT(calls::list(), AreSteps(withParameters({varchar("äb"), varchar("new")},
+                                                     executed("rename_category"))));
+  EXPECT_EQ(newName, QString("NEW"));
+  QString nullName;
+  calls::begin({});
+  EXPECT_EQ(store.renameCategory(nullName, nullName), TASK_ENG_OK);
+  EXPECT_THAT(calls::list(), testing::IsSupersetOf(bound(0, {null, null})));
+}
+
+// Half of a surrogate pair, which has no UTF-8, is bound as the three bytes that its code would
+// have.
+TEST_F(StoreCalls, BindsNamesAsUtf8) {
+  const struct {
+    std::vector<QChar> name;
+    std::string bytes;
+  } cases[] = {
+      {{QChar(0xFEFF), QChar(0xE4)}, "\xEF\xBB\xBF\xC3\xA4"},
+      {{QChar(0xD83D), QChar(0xDE00)}, "\xF0\x9F\x98\x80"},
+      {{QChar(0xD800), QChar('z')}, "\xED\xA0\x80z"},
+      {{QChar('a'), QChar(0xDFFF)}, "a\xED\xBF\xBF"},
+      {{}, ""},
+  };
+  for (const auto& one : cases) {
+    Store& store = open();
+    QString name = QString("") + QString(one.name.data(), static_cast<qsizetype>(one.name.size()));
+    EXPECT_EQ(store.removeCategory(name, false), TASK_ENG_OK);
+    EXPECT_THAT(calls::list(), Contains(bound(0, varchar(one.bytes))));
+  }
+}
+
+TEST_F(StoreCalls, RemoveCategoryRemovesTasksFirst) {
+  Store& store = open({.outcomes = {{"category_uid_by_name", foundWork},
+                                    {"remove_tasks_of_category",
+                                     returns({removed(5), removed(3), endOfRemovals})}}});
+  QString name("work");
+  EXPECT_EQ(store.removeCategory(name, true), TASK_ENG_OK);
+  EXPECT_THAT(calls::list(),
+              AreSteps(lookedUpCategory(varchar("work")), freedRows(),
+                       withParameters({workUid}, queried("remove_tasks_of_category")),
+                       reported(5, SVC_CT_REMOVED), reported(3, SVC_CT_REMOVED), freedRows(),
+                       withParameters({varchar("work")}, executed("remove_category"))));
+}
+
+TEST_F(StoreCalls, ReportsTasksOfRemovedCategoryWithoutEndRow) {
+  Store& store =
+      open({.outcomes = {{"remove_tasks_of_category", returns({removed(5), removed(3)})}}});
+  EXPECT_EQ(store.removeTasksWithCategoryId(workUid), TASK_ENG_OK);
+  EXPECT_THAT(calls::list(),
+              AreSteps(withParameters({workUid}, queried("remove_tasks_of_category")),
+                       reported(5, SVC_CT_REMOVED), reported(3, SVC_CT_REMOVED), freedRows()));
+}
+
+TEST_F(StoreCalls, FreesRowsBeforeLoggingThatCategoryHasNoTasks) {
+  Store& store = open({.outcomes = {{"remove_tasks_of_category", returns({endOfRemovals})}}});
+  EXPECT_EQ(store.removeTasksWithCategoryId(workUid), TASK_ENG_OK);
+  EXPECT_THAT(calls::list(),
+              AreSteps(withParameters({workUid}, queried("remove_tasks_of_category")), freedRows(),
+                       logged("No task with such category!")));
+}
+
+// The store began no transaction, but aborts one.
+TEST_F(StoreCalls, AbortsIfTasksOfCategoryCannotBeRemoved) {
+  for (const int code : {diskFull, otherFailure}) {
+    Store& store = open({.outcomes = {{"remove_tasks_of_category", failsWith(code)}}});
+    EXPECT_EQ(store.removeTasksWithCategoryId(workUid), codeOfFailedChange(code));
     EXPECT_THAT(calls::list(),
-                ElementsAre("block 1", "0 = 7", "query remove_tasks_of_category by block",
-                            "free block",
-                            "log RemoveAll failed! [ret=" + std::to_string(result) + "]", "abort"));
+                AreSteps(withParameters({workUid}, queried("remove_tasks_of_category")),
+                         logged("RemoveAll failed! " + ret(code)), aborted()));
   }
 }
 

@@ -1,324 +1,323 @@
-// What the store asks of the platform when it starts and ends.
+// The calls that the store makes when it is opened and closed, and those that a closed store does
+// not make.
 
 #include "store_calls.h"
 
 #include <algorithm>
-#include <map>
 #include <memory>
 
 namespace {
 
+using namespace calls;
+using testing::Contains;
 using testing::ElementsAre;
-using testing::ElementsAreArray;
+using testing::IsSupersetOf;
+using testing::Not;
 
-TEST_F(StoreCalls, MakesTablesAndFirstRowsOfANewDatabase) {
-  calls::begin({.answers = {{"check_tables", {0, {{0, 0}}, 1}}}});
-  store_ = std::make_unique<Store>();
-  EXPECT_THAT(
-      calls::list(),
-      ElementsAre(
-          "open port task_eng_port 0", "log After opening task_eng_port",
-          "open port task_ui_port 0", "log After opening task_ui_port", "open 1",
-          "query check_tables", "free rows",
-          "log DB task_table_task table is not exit!Creating task table...", "begin 0",
-          "exec create_task_table", "exec create_index_priority", "exec create_index_due",
-          "exec create_index_alarm", "exec create_index_category_id", "exec create_index_end",
-          "commit", "log DB task_table_category table is not exit!Creating event table...",
-          "begin 0", "exec create_category_table", "exec create_category_index", "commit",
-          "begin 0", "exec insert_null_category", "exec insert_default_category none true",
-          "exec insert_default_category meeting true", "exec insert_default_category vacation true",
-          "exec insert_default_category appointment true",
-          "exec insert_default_category party true", "commit"));
+// Parts of an opening.
+
+const Steps openedPorts = steps(openedPort("task_eng_port"), logged("After opening task_eng_port"),
+                                openedPort("task_ui_port"), logged("After opening task_ui_port"));
+const std::string tasksPresent = logged("OK, DB task_table_task table do exit!");
+const std::string tasksMissing =
+    logged("DB task_table_task table is not exit!Creating task table...");
+const std::string categoriesMissing =
+    logged("DB task_table_category table is not exit!Creating event table...");
+// The category table is present and read; freedRows() follows if that succeeds.
+const Steps readCategories =
+    steps(logged("OK, DB task_table_category table do exit!Checking records in category table..."),
+          queried("all_categories"));
+std::string counted(int categories) {
+  return logged("Checking complete, The record in category table is " + std::to_string(categories));
+}
+const std::string nullCategoryPresent = logged("OK! the null category exists!!");
+const Steps foundNullCategory = steps(readCategories, freedRows(), counted(1), nullCategoryPresent);
+
+// Each without the end of its transaction.
+const Steps beganTaskTable = steps(began(), executed("create_task_table"));
+const Steps madeTaskTableAndIndexes =
+    steps(beganTaskTable, executed("create_index_priority"), executed("create_index_due"),
+          executed("create_index_alarm"), executed("create_index_category_id"),
+          executed("create_index_end"));
+const Steps beganCategoryTable = steps(began(), executed("create_category_table"));
+const Steps madeCategoryTableAndIndex =
+    steps(beganCategoryTable, executed("create_category_index"));
+const Steps insertedNullCategory = steps(began(), executed("insert_null_category"));
+const Steps insertedNamedCategories =
+    steps(executed("insert_default_category", {"none", "true"}),
+          executed("insert_default_category", {"meeting", "true"}),
+          executed("insert_default_category", {"vacation", "true"}),
+          executed("insert_default_category", {"appointment", "true"}),
+          executed("insert_default_category", {"party", "true"}));
+const Steps madeCategories = steps(madeCategoryTableAndIndex, committed(), insertedNullCategory,
+                                   insertedNamedCategories, committed());
+// Adds the null category to a table without one; the insertion is the last step.
+const Steps addedNullCategory =
+    steps(lookedUpCategory(null), logged("The category  is not exist!"), freedRows(),
+          openedBlock(1), logged("the category is null"), bound(0, null),
+          byBlock(executed("insert_category")), freedBlock());
+
+Steps gaveUp(int code) {
+  return steps(closedDatabase(), logged("Create task table failed! " + ret(code)));
 }
 
-TEST_F(StoreCalls, LeavesACompleteDatabaseAlone) {
-  calls::begin(
-      {.answers = {{"check_tables", tablesPresent}, {"all_categories", withNullCategory}}});
+// Opening.
+
+TEST_F(StoreCalls, CreatesTablesAndFirstRowsInNewDatabase) {
+  calls::begin({.outcomes = {{"check_tables", tablesPresent(false, false)}}});
   store_ = std::make_unique<Store>();
-  EXPECT_THAT(
-      calls::list(),
-      ElementsAre("open port task_eng_port 0", "log After opening task_eng_port",
-                  "open port task_ui_port 0", "log After opening task_ui_port", "open 1",
-                  "query check_tables", "free rows", "log OK, DB task_table_task table do exit!",
-                  "log OK, DB task_table_category table do exit!Checking records in category "
-                  "table...",
-                  "query all_categories", "free rows",
-                  "log Checking complete, The record in category table is 1",
-                  "log OK! the null category exists!!"));
+  constexpr int storeDatabase = 1;
+  EXPECT_THAT(calls::list(),
+              AreSteps(openedPorts, openedDatabase(storeDatabase), queried("check_tables"),
+                       freedRows(), tasksMissing, madeTaskTableAndIndexes, committed(),
+                       categoriesMissing, madeCategories));
+}
+
+TEST_F(StoreCalls, LeavesCompleteDatabaseUnchanged) {
+  calls::begin({.outcomes = {{"check_tables", tablesPresent(true, true)},
+                             {"all_categories", categories({listed(null)})}}});
+  store_ = std::make_unique<Store>();
+  EXPECT_THAT(calls::list(), AreSteps(openedPorts, openedDatabase(1), queried("check_tables"),
+                                      freedRows(), tasksPresent, foundNullCategory));
   calls::begin({});
   store_.reset();
   EXPECT_THAT(calls::list(),
-              ElementsAre("close", "end of reporter", "log Before closing task_eng_port",
-                          "close port task_eng_port", "log Before closing task_ui_port",
-                          "close port task_ui_port"));
+              AreSteps(closedDatabase(), deletedReporter(), logged("Before closing task_eng_port"),
+                       closedPort("task_eng_port"), logged("Before closing task_ui_port"),
+                       closedPort("task_ui_port")));
 }
 
-TEST_F(StoreCalls, ClosesNothingThatDidNotOpen) {
-  calls::begin({.openResult = 9});
+TEST_F(StoreCalls, DoesNotCloseDatabaseThatDidNotOpen) {
+  calls::begin({.openCode = otherFailure});
   store_ = std::make_unique<Store>();
-  EXPECT_EQ(calls::list().back(), "log Open db failed! [ret=9]");
+  EXPECT_EQ(calls::list().back(), logged("Open db failed! " + ret(otherFailure)));
   calls::begin({});
   store_.reset();
-  EXPECT_THAT(calls::list(), testing::Not(testing::Contains("close")));
-  EXPECT_THAT(calls::list(), testing::Contains("end of reporter"));
+  EXPECT_THAT(calls::list(), Not(Contains(closedDatabase())));
+  EXPECT_THAT(calls::list(), Contains(deletedReporter()));
 }
 
-TEST_F(StoreCalls, PortsBelongToTheProcess) {
+TEST_F(StoreCalls, LogPortsBelongToTheProcess) {
   open();
   auto second = std::make_unique<Store>();
-  EXPECT_THAT(calls::list(), testing::Not(testing::Contains(testing::StartsWith("open port"))));
+  EXPECT_THAT(calls::list(), Not(Contains(testing::StartsWith("open port"))));
   second.reset();
   EXPECT_THAT(calls::list(),
-              testing::IsSupersetOf({"close port task_eng_port", "close port task_ui_port"}));
+              IsSupersetOf({closedPort("task_eng_port"), closedPort("task_ui_port")}));
   calls::begin({});
   Store third;
   EXPECT_THAT(calls::list(),
-              testing::IsSupersetOf({"open port task_eng_port 0", "open port task_ui_port 0"}));
+              IsSupersetOf({openedPort("task_eng_port"), openedPort("task_ui_port")}));
   calls::begin({});
   store_.reset();
-  EXPECT_THAT(calls::list(), testing::Contains("close port task_eng_port"));
+  EXPECT_THAT(calls::list(), Contains(closedPort("task_eng_port")));
 }
 
-struct Start {
-  const char* name;
-  std::map<std::string, calls::Answer> answers;
-  // From the first line that differs; the store is open unless they end in a failure.
-  std::vector<std::string> calls;
-};
-void PrintTo(const Start& start, std::ostream* out) {
-  *out << start.name;
-}
-
-class StoreStart : public StoreCalls, public testing::WithParamInterface<Start> {};
-
-const std::vector<std::string> tasksMade = {"begin 0",
-                                            "exec create_task_table",
-                                            "exec create_index_priority",
-                                            "exec create_index_due",
-                                            "exec create_index_alarm",
-                                            "exec create_index_category_id",
-                                            "exec create_index_end"};
-
-const std::vector<std::string> closedFor6 = {"close", "log Create task table failed! [ret=6]"};
-const std::vector<std::string> makingTasks = {
-    "free rows", "log DB task_table_task table is not exit!Creating task table..."};
-const std::vector<std::string> makingCategories = {
-    "free rows", "log OK, DB task_table_task table do exit!",
-    "log DB task_table_category table is not exit!Creating event table..."};
-const std::vector<std::string> checkingCategories = {
-    "free rows", "log OK, DB task_table_task table do exit!",
-    "log OK, DB task_table_category table do exit!Checking records in category table...",
-    "query all_categories"};
-const std::vector<std::string> addingNull = {"block 1",
-                                             "0 = null",
-                                             "query category_uid_by_name by block",
-                                             "free block",
-                                             "log The category  is not exist!",
-                                             "free rows",
-                                             "block 1",
-                                             "log the category is null",
-                                             "0 = null",
-                                             "exec insert_category by block",
-                                             "free block"};
-const std::vector<std::string> categoriesMade = {"begin 0", "exec create_category_table",
-                                                 "exec create_category_index"};
-
-const calls::Answer noTasks{0, {{0, 1}}, 1};
-const calls::Answer noCategories{0, {{1, 0}}, 1};
-const calls::Answer oneNamed{0, {{"work", 1}, {{}, 0}}, 1};
-
-TEST_P(StoreStart, Goes) {
-  calls::begin({.answers = GetParam().answers});
-  store_ = std::make_unique<Store>();
-  std::vector<std::string> after = calls::list();
-  const auto checked = std::find(after.begin(), after.end(), "query check_tables");
-  ASSERT_NE(checked, after.end());
-  after.erase(after.begin(), checked + 1);
-  EXPECT_THAT(after, ElementsAreArray(GetParam().calls));
-
-  const bool failed = after.back().find("Create task table failed") != std::string::npos;
-  int count = 0;
-  EXPECT_EQ(store_->getCount(count), failed ? 7 : 0);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Table, StoreStart,
-    testing::Values(
-        Start{"CheckFails", {{"check_tables", refused}}, closedFor6},
-        Start{"TaskTableFails",
-              {{"check_tables", {0, {{0, 1}}, 1}},
-               {"create_task_table", refused},
-               {"all_categories", withNullCategory}},
-              makingTasks +
-                  std::vector<std::string>{
-                      "begin 0", "exec create_task_table", "abort",
-                      "log OK, DB task_table_category table do exit!Checking records in "
-                      "category table...",
-                      "query all_categories", "free rows",
-                      "log Checking complete, The record in category table is 1",
-                      "log OK! the null category exists!!"} +
-                  closedFor6},
-        Start{"FirstIndexFailsAndTheOthersAreTried",
-              {{"check_tables", noTasks},
-               {"create_index_priority", refusedAsFull},
-               {"all_categories", withNullCategory}},
-              makingTasks + tasksMade +
-                  std::vector<std::string>{
-                      "abort",
-                      "log OK, DB task_table_category table do exit!Checking records in "
-                      "category table...",
-                      "query all_categories", "free rows",
-                      "log Checking complete, The record in category table is 1",
-                      "log OK! the null category exists!!"} +
-                  closedFor6},
-        Start{"LastIndexFails",
-              {{"check_tables", noTasks},
-               {"create_index_end", refused},
-               {"all_categories", withNullCategory}},
-              makingTasks + tasksMade +
-                  std::vector<std::string>{
-                      "abort",
-                      "log OK, DB task_table_category table do exit!Checking records in "
-                      "category table...",
-                      "query all_categories", "free rows",
-                      "log Checking complete, The record in category table is 1",
-                      "log OK! the null category exists!!"} +
-                  closedFor6},
-        // The outcome for the categories stands for both.
-        Start{"TaskTableFailsAndCategoryTableIsMade",
-              {{"check_tables", {0, {{0, 0}}, 1}}, {"create_task_table", refused}},
-              makingTasks +
-                  std::vector<std::string>{
-                      "begin 0", "exec create_task_table", "abort",
-                      "log DB task_table_category table is not exit!Creating event table..."} +
-                  categoriesMade +
-                  std::vector<std::string>{"commit", "begin 0", "exec insert_null_category",
-                                           "exec insert_default_category none true",
-                                           "exec insert_default_category meeting true",
-                                           "exec insert_default_category vacation true",
-                                           "exec insert_default_category appointment true",
-                                           "exec insert_default_category party true", "commit"}},
-        Start{"CategoryTableFails",
-              {{"check_tables", noCategories}, {"create_category_table", refused}},
-              makingCategories +
-                  std::vector<std::string>{"begin 0", "exec create_category_table", "abort"} +
-                  closedFor6},
-        Start{"CategoryIndexFails",
-              {{"check_tables", noCategories}, {"create_category_index", refused}},
-              makingCategories + categoriesMade + std::vector<std::string>{"abort"} + closedFor6},
-        Start{"NullCategoryFails",
-              {{"check_tables", noCategories}, {"insert_null_category", refused}},
-              makingCategories + categoriesMade +
-                  std::vector<std::string>{"commit", "begin 0", "exec insert_null_category",
-                                           "log Insert null category failed!! The ret is 9",
-                                           "abort"} +
-                  closedFor6},
-        Start{"NamedCategoriesMayFail",
-              {{"check_tables", noCategories}, {"insert_default_category", refused}},
-              makingCategories + categoriesMade +
-                  std::vector<std::string>{"commit", "begin 0", "exec insert_null_category",
-                                           "exec insert_default_category none true",
-                                           "exec insert_default_category meeting true",
-                                           "exec insert_default_category vacation true",
-                                           "exec insert_default_category appointment true",
-                                           "exec insert_default_category party true", "commit"}},
-        Start{"CategoriesCannotBeRead",
-              {{"check_tables", tablesPresent}, {"all_categories", refused}},
-              checkingCategories +
-                  std::vector<std::string>{"log GetCategory failed! [ret=9]",
-                                           "log Get all categories failed when initialise db."} +
-                  closedFor6},
-        Start{"NoCategoryAtAll",
-              {{"check_tables", tablesPresent},
-               {"all_categories", noCategoryRows},
-               {"category_uid_by_name", notFound},
-               {"insert_category", {0, {}, 9}}},
-              checkingCategories +
-                  std::vector<std::string>{
-                      "log The category table is empty!", "free rows",
-                      "log Checking complete, The record in category table is 0",
-                      "log Attention Please, No record in category table!!!",
-                      "log We have to add 'null' category to make calendar work!"} +
-                  addingNull + std::vector<std::string>{"tag"}},
-        Start{"NoNullCategory",
-              {{"check_tables", tablesPresent},
-               {"all_categories", oneNamed},
-               {"category_uid_by_name", notFound},
-               {"insert_category", {0, {}, 9}}},
-              checkingCategories +
-                  std::vector<std::string>{
-                      "free rows", "log Checking complete, The record in category table is 1"} +
-                  addingNull + std::vector<std::string>{"tag"}},
-        Start{"NullCategoryAppearsMeanwhile",
-              {{"check_tables", tablesPresent},
-               {"all_categories", oneNamed},
-               {"category_uid_by_name", found7}},
-              checkingCategories +
-                  std::vector<std::string>{
-                      "free rows", "log Checking complete, The record in category table is 1",
-                      "block 1", "0 = null", "query category_uid_by_name by block", "free block",
-                      "free rows", "log OK! the null category exists!!"}},
-        Start{"NullCategoryCannotBeAdded",
-              {{"check_tables", tablesPresent},
-               {"all_categories", oneNamed},
-               {"category_uid_by_name", notFound},
-               {"insert_category", refusedAsFull}},
-              checkingCategories +
-                  std::vector<std::string>{
-                      "free rows", "log Checking complete, The record in category table is 1"} +
-                  addingNull +
-                  std::vector<std::string>{"log AddCategory failed! [ret=12]",
-                                           "log Add null category failed!! The db ret is 1",
-                                           "close", "log Create task table failed! [ret=1]"}}),
-    [](const auto& info) { return std::string(info.param.name); });
-
-TEST_F(StoreCalls, GoesOnWithoutReporter) {
-  calls::begin({.answers = {{"check_tables", tablesPresent}, {"all_categories", withNullCategory}},
+TEST_F(StoreCalls, OpensWithoutReporterIfMemoryIsShort) {
+  calls::begin({.outcomes = {{"check_tables", tablesPresent(true, true)},
+                             {"all_categories", categories({listed(null)})}},
                 .noMemory = true});
   store_ = std::make_unique<Store>();
-  EXPECT_EQ(calls::list().back(), "log <<< changeReporter new is failing");
+  EXPECT_EQ(calls::list().back(), logged("<<< changeReporter new is failing"));
   int count = 0;
-  EXPECT_EQ(store_->getCount(count), 0);
+  EXPECT_EQ(store_->getCount(count), TASK_ENG_OK);
 }
+
+// What the database refuses while the store is being opened.
+
+struct Opening {
+  const char* name;
+  Outcomes outcomes;
+  // What follows the check of the tables.
+  Steps expected;
+  bool opens;
+};
+void PrintTo(const Opening& opening, std::ostream* out) {
+  *out << opening.name;
+}
+
+class StoreOpening : public StoreCalls, public testing::WithParamInterface<Opening> {};
+
+TEST_P(StoreOpening, MakesTheseCalls) {
+  calls::begin({.outcomes = GetParam().outcomes});
+  store_ = std::make_unique<Store>();
+  Steps made = calls::list();
+  const auto check = std::find(made.begin(), made.end(), queried("check_tables"));
+  ASSERT_NE(check, made.end());
+  made.erase(made.begin(), check + 1);
+  EXPECT_THAT(made, AreSteps(GetParam().expected));
+
+  int count = 0;
+  EXPECT_EQ(store_->getCount(count), GetParam().opens ? TASK_ENG_OK : TASK_ENG_NOT_OPEN);
+}
+
+constexpr bool opens = true;
+constexpr bool staysClosed = false;
+
+// The check of the tables.
+const std::vector<Opening> checks = {
+    {"TablesCannotBeChecked",
+     {{"check_tables", failsWith(otherFailure)}},
+     gaveUp(TASK_ENG_DATABASE_FAILURE),
+     staysClosed},
+};
+
+// The table of tasks is missing.
+const std::vector<Opening> taskTables = {
+    {"TaskTableFails",
+     {{"check_tables", tablesPresent(false, true)},
+      {"create_task_table", failsWith(otherFailure)},
+      {"all_categories", categories({listed(null)})}},
+     steps(freedRows(), tasksMissing, beganTaskTable, aborted(), foundNullCategory,
+           gaveUp(TASK_ENG_DATABASE_FAILURE)),
+     staysClosed},
+    // The other indexes are tried nevertheless.
+    {"FirstTaskIndexFails",
+     {{"check_tables", tablesPresent(false, true)},
+      {"create_index_priority", failsWith(diskFull)},
+      {"all_categories", categories({listed(null)})}},
+     steps(freedRows(), tasksMissing, madeTaskTableAndIndexes, aborted(), foundNullCategory,
+           gaveUp(TASK_ENG_DATABASE_FAILURE)),
+     staysClosed},
+    {"LastTaskIndexFails",
+     {{"check_tables", tablesPresent(false, true)},
+      {"create_index_end", failsWith(otherFailure)},
+      {"all_categories", categories({listed(null)})}},
+     steps(freedRows(), tasksMissing, madeTaskTableAndIndexes, aborted(), foundNullCategory,
+           gaveUp(TASK_ENG_DATABASE_FAILURE)),
+     staysClosed},
+    // The result of the category table replaces that of the task table.
+    {"TaskTableFailsButCategoryTableIsCreated",
+     {{"check_tables", tablesPresent(false, false)},
+      {"create_task_table", failsWith(otherFailure)}},
+     steps(freedRows(), tasksMissing, beganTaskTable, aborted(), categoriesMissing, madeCategories),
+     opens},
+};
+
+// The table of categories is missing.
+const std::vector<Opening> categoryTables = {
+    {"CategoryTableFails",
+     {{"check_tables", tablesPresent(true, false)},
+      {"create_category_table", failsWith(otherFailure)}},
+     steps(freedRows(), tasksPresent, categoriesMissing, beganCategoryTable, aborted(),
+           gaveUp(TASK_ENG_DATABASE_FAILURE)),
+     staysClosed},
+    {"CategoryIndexFails",
+     {{"check_tables", tablesPresent(true, false)},
+      {"create_category_index", failsWith(otherFailure)}},
+     steps(freedRows(), tasksPresent, categoriesMissing, madeCategoryTableAndIndex, aborted(),
+           gaveUp(TASK_ENG_DATABASE_FAILURE)),
+     staysClosed},
+    {"FirstNullCategoryFails",
+     {{"check_tables", tablesPresent(true, false)},
+      {"insert_null_category", failsWith(otherFailure)}},
+     steps(freedRows(), tasksPresent, categoriesMissing, madeCategoryTableAndIndex, committed(),
+           insertedNullCategory,
+           logged("Insert null category failed!! The ret is " + std::to_string(otherFailure)),
+           aborted(), gaveUp(TASK_ENG_DATABASE_FAILURE)),
+     staysClosed},
+    {"NamedCategoriesFail",
+     {{"check_tables", tablesPresent(true, false)},
+      {"insert_default_category", failsWith(otherFailure)}},
+     steps(freedRows(), tasksPresent, categoriesMissing, madeCategories),
+     opens},
+};
+
+// Both tables are present.
+const Outcome onlyNamedCategory = categories({listed("work")});
+const std::vector<Opening> nullCategories = {
+    {"CategoriesCannotBeRead",
+     {{"check_tables", tablesPresent(true, true)}, {"all_categories", failsWith(otherFailure)}},
+     steps(freedRows(), tasksPresent, readCategories,
+           logged("GetCategory failed! " + ret(otherFailure)),
+           logged("Get all categories failed when initialise db."),
+           gaveUp(TASK_ENG_DATABASE_FAILURE)),
+     staysClosed},
+    {"CategoryTableIsEmpty",
+     {{"check_tables", tablesPresent(true, true)},
+      {"all_categories", categories({})},
+      {"category_uid_by_name", unknownCategory},
+      {"insert_category", addsRow(9)}},
+     steps(freedRows(), tasksPresent, readCategories, logged("The category table is empty!"),
+           freedRows(), counted(0), logged("Attention Please, No record in category table!!!"),
+           logged("We have to add 'null' category to make calendar work!"), addedNullCategory,
+           readTag()),
+     opens},
+    {"NullCategoryIsMissing",
+     {{"check_tables", tablesPresent(true, true)},
+      {"all_categories", onlyNamedCategory},
+      {"category_uid_by_name", unknownCategory},
+      {"insert_category", addsRow(9)}},
+     steps(freedRows(), tasksPresent, readCategories, freedRows(), counted(1), addedNullCategory,
+           readTag()),
+     opens},
+    {"AnotherProgramAddsNullCategory",
+     {{"check_tables", tablesPresent(true, true)},
+      {"all_categories", onlyNamedCategory},
+      {"category_uid_by_name", foundCategory(7)}},
+     steps(freedRows(), tasksPresent, readCategories, freedRows(), counted(1),
+           lookedUpCategory(null), freedRows(), nullCategoryPresent),
+     opens},
+    {"NullCategoryCannotBeAdded",
+     {{"check_tables", tablesPresent(true, true)},
+      {"all_categories", onlyNamedCategory},
+      {"category_uid_by_name", unknownCategory},
+      {"insert_category", failsWith(diskFull)}},
+     steps(
+         freedRows(), tasksPresent, readCategories, freedRows(), counted(1), addedNullCategory,
+         logged("AddCategory failed! " + ret(diskFull)),
+         logged("Add null category failed!! The db ret is " + std::to_string(TASK_ENG_MEMORY_FULL)),
+         gaveUp(TASK_ENG_MEMORY_FULL)),
+     staysClosed},
+};
+
+std::string nameOfOpening(const testing::TestParamInfo<Opening>& info) {
+  return info.param.name;
+}
+INSTANTIATE_TEST_SUITE_P(Check, StoreOpening, testing::ValuesIn(checks), nameOfOpening);
+INSTANTIATE_TEST_SUITE_P(TaskTable, StoreOpening, testing::ValuesIn(taskTables), nameOfOpening);
+INSTANTIATE_TEST_SUITE_P(CategoryTable, StoreOpening, testing::ValuesIn(categoryTables),
+                         nameOfOpening);
+INSTANTIATE_TEST_SUITE_P(NullCategory, StoreOpening, testing::ValuesIn(nullCategories),
+                         nameOfOpening);
 
 // A store that is not open.
 
-TEST_F(StoreCalls, AClosedStoreAsksNothing) {
+TEST_F(StoreCalls, ClosedStoreMakesNoCalls) {
   Store& store = closed();
-  ZTASK_ENG_Task task;
+  Task task;
   QString name("work");
   unsigned int uid = 55;
   int count = 55;
   QValueList<unsigned int> uids;
   QValueList<QString> names;
-  QValueList<ZTASK_ENG_Task> tasks;
-  EXPECT_EQ(store.addTask(task), 7);
-  EXPECT_EQ(store.getTask(1, task), 7);
-  EXPECT_EQ(store.updateTask(task), 7);
-  EXPECT_EQ(store.removeTask(1), 7);
-  EXPECT_EQ(store.removeTasks(uids), 7);
-  EXPECT_EQ(store.addCategory(name, uid), 7);
-  EXPECT_EQ(store.renameCategory(name, name), 7);
-  EXPECT_EQ(store.removeCategory(name, true), 7);
-  EXPECT_EQ(store.removeTasksWithCategoryId(1), 7);
-  EXPECT_EQ(store.getAllCategories(names), 7);
-  EXPECT_EQ(store.getCount(count), 7);
+  QValueList<Task> tasks;
+  EXPECT_EQ(store.addTask(task), TASK_ENG_NOT_OPEN);
+  EXPECT_EQ(store.getTask(1, task), TASK_ENG_NOT_OPEN);
+  EXPECT_EQ(store.updateTask(task), TASK_ENG_NOT_OPEN);
+  EXPECT_EQ(store.removeTask(1), TASK_ENG_NOT_OPEN);
+  EXPECT_EQ(store.removeTasks(uids), TASK_ENG_NOT_OPEN);
+  EXPECT_EQ(store.addCategory(name, uid), TASK_ENG_NOT_OPEN);
+  EXPECT_EQ(store.renameCategory(name, name), TASK_ENG_NOT_OPEN);
+  EXPECT_EQ(store.removeCategory(name, true), TASK_ENG_NOT_OPEN);
+  EXPECT_EQ(store.removeTasksWithCategoryId(1), TASK_ENG_NOT_OPEN);
+  EXPECT_EQ(store.getAllCategories(names), TASK_ENG_NOT_OPEN);
+  EXPECT_EQ(store.getCount(count), TASK_ENG_NOT_OPEN);
   EXPECT_EQ(count, 55);
-  EXPECT_EQ(store.getCount(count, ZTASK_ENG_Model::TASK_CATEGORY_DUE), 7);
+  EXPECT_EQ(store.getCount(count, Store::TASK_CATEGORY_DUE), TASK_ENG_NOT_OPEN);
   EXPECT_EQ(count, 0);
-  EXPECT_EQ(store.getAllIDs(uids), 7);
-  EXPECT_EQ(
-      store.getAllIDs(uids, ZTASK_ENG_Model::TASK_CATEGORY_ALL, ZTASK_ENG_Model::TASK_SORT_DUE), 7);
-  EXPECT_EQ(store.removeAll(), 7);
-  EXPECT_EQ(store.getMatchTasks(tasks, name), 7);
-  EXPECT_EQ(store.getMatchTasks(tasks, task), 7);
+  EXPECT_EQ(store.getAllIDs(uids), TASK_ENG_NOT_OPEN);
+  EXPECT_EQ(store.getAllIDs(uids, Store::TASK_CATEGORY_ALL, Store::TASK_SORT_DUE),
+            TASK_ENG_NOT_OPEN);
+  EXPECT_EQ(store.removeAll(), TASK_ENG_NOT_OPEN);
+  EXPECT_EQ(store.getMatchTasks(tasks, name), TASK_ENG_NOT_OPEN);
+  EXPECT_EQ(store.getMatchTasks(tasks, task), TASK_ENG_NOT_OPEN);
   EXPECT_THAT(calls::list(), ElementsAre());
-  EXPECT_EQ(store.getTasks(tasks, task, 0, ZTASK_ENG_Model::TASK_CATEGORY_ALL,
-                           ZTASK_ENG_Model::TASK_SORT_DUE),
-            7);
-  EXPECT_THAT(calls::list(), ElementsAre("log DB is not alive!!!"));
+  EXPECT_EQ(store.getTasks(tasks, task, 0, Store::TASK_CATEGORY_ALL, Store::TASK_SORT_DUE),
+            TASK_ENG_NOT_OPEN);
+  EXPECT_THAT(calls::list(), AreSteps(logged("DB is not alive!!!")));
   EXPECT_EQ(uid, 55U);
-  EXPECT_EQ(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID), ZTASK_ENG_Task::notStored);
+  EXPECT_EQ(task.getUINT32(Task::TASK_FIELD_UID), Task::notStored);
 }
 
 }  // namespace
