@@ -3,9 +3,10 @@
 
 #include "TASK_ENG_SyncML.h"
 #include "log_capture.h"
+#include "log_messages.h"
 #include "store_test.h"
+#include "vcalendar_text.h"
 
-#include <algorithm>
 #include <csignal>
 #include <fcntl.h>
 #include <fstream>
@@ -38,13 +39,6 @@ struct SyncAdaptorAccess {
 
 inline constexpr char milk[] = "BEGIN:VCALENDAR\r\nVERSION:1.0\r\nBEGIN:VTODO\r\nSUMMARY:Milk\r\n"
                                "STATUS:NEEDS ACTION\r\nEND:VTODO\r\nEND:VCALENDAR\r\n";
-
-inline std::string todo(const std::string& lines) {
-  return "BEGIN:VTODO\r\n" + lines + "END:VTODO\r\n";
-}
-inline std::string calendar(const std::string& todos) {
-  return "BEGIN:VCALENDAR\r\nVERSION:1.0\r\n" + todos + "END:VCALENDAR\r\n";
-}
 
 inline std::string contents(const std::string& name) {
   std::ostringstream text;
@@ -95,22 +89,9 @@ protected:
     return lstat(name.c_str(), &status) == 0;
   }
 
-  // The adaptor's own lines. Each line of the log begins with "(utility/" or "(platform/" and has
-  // no end of its own.
+  // The adaptor's own messages.
   std::vector<std::string> lines() {
-    const std::string all = log_.withoutLines();
-    const std::string own = "(utility/TASK_ENG_SyncML.cpp)";
-    const auto nextLine = [&all](std::size_t from) {
-      return std::min({all.find("(utility/", from), all.find("(platform/", from), all.size()});
-    };
-    std::vector<std::string> found;
-    for (std::size_t at = nextLine(0); at < all.size();) {
-      const std::size_t end = nextLine(at + 1);
-      if (all.compare(at, own.size(), own) == 0)
-        found.push_back(all.substr(at + own.size(), end - at - own.size()));
-      at = end;
-    }
-    return found;
+    return messagesOf(log_.withoutLines(), "utility/TASK_ENG_SyncML.cpp");
   }
   // The last of them, the one before it and so on; empty when there are not so many.
   std::string said(std::size_t fromEnd) {
