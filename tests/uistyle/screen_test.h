@@ -4,6 +4,7 @@
 #include "TASK_UI_DetailView.h"
 #include "gui_test.h"
 #include "log_capture.h"
+#include "log_messages.h"
 #include "temporary_directory.h"
 #include "test_clock.h"
 
@@ -31,12 +32,8 @@ struct Platform {
   QString sharedName, sharedType;
   std::string sharedBytes;
   int shares = 0;
-  // What adding an item answers, without adding it; negative to add it.
-  int addAnswer = -1;
-  // An id that the menu has besides its own; 0 for none.
+  // An item ID that each menu has besides its own; 0 for none.
   int strangeMenuItem = 0;
-  // The reader gives a list with a null in it.
-  bool nullTask = false;
 };
 // Of the running test.
 extern Platform* platform;
@@ -46,19 +43,9 @@ protected:
   Screen() { ::platform = &platform_; }
   ~Screen() override { ::platform = nullptr; }
 
-  // The lines of the log, each without its place, of the source file `from` alone when given.
+  // The messages in the log, of the source file `from` alone if given.
   std::vector<std::string> lines(const std::string& from = {}) {
-    std::vector<std::string> result;
-    std::string text = log_.withoutLines();
-    for (std::size_t at = text.find("(u"); at != text.npos;) {
-      const std::size_t next = text.find("(u", at + 1);
-      const std::string line = text.substr(at, next == text.npos ? next : next - at);
-      const std::size_t end = line.find(')');
-      if (from.empty() || line.substr(1, end - 1) == from)
-        result.push_back(line.substr(end + 1));
-      at = next;
-    }
-    return result;
+    return messagesOf(log_.withoutLines(), from);
   }
 
   DataDirectory directory_;
