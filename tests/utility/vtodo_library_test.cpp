@@ -1,5 +1,5 @@
-// The binding of the vObject library, with faults injected at the loader: the linker hands this
-// program the engine's calls to dlopen, dlsym, dlclose, malloc and the allocation of records.
+// The binding of the vObject library, with faults injected at the loader: the linker redirects the
+// engine's calls to dlopen, dlsym, dlclose and malloc to this program.
 #include "ZVtodoParser.h"
 
 #include "CAL_ENG_FileDirect.h"
@@ -7,6 +7,7 @@
 
 #include "../platform/environment_variable.h"
 #include "export.h"
+#include "failing_new.h"
 #include "log_capture.h"
 #include "temporary_directory.h"
 
@@ -23,7 +24,6 @@
 #include <functional>
 #include <map>
 #include <memory>
-#include <new>
 #include <set>
 #include <sstream>
 #include <thread>
@@ -42,7 +42,6 @@ struct Loader {
   std::set<std::string> missing;          // functions
   std::map<std::string, void*> replaced;  // functions
   bool noMemory = false;                  // of malloc
-  int recordsLeft = -1;                   // records that can be allocated; -1 any number
   std::vector<std::string> opened;
   std::vector<std::string> lookedUp;
   int closed = 0;
@@ -89,17 +88,6 @@ int __wrap_dlclose(void* handle) {
 ULO_EXPORT void* __wrap_malloc(std::size_t size);
 void* __wrap_malloc(std::size_t size) {
   return loader != nullptr && loader->noMemory ? nullptr : __real_malloc(size);
-}
-
-// operator new(std::size_t, const std::nothrow_t&)
-void* __real__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t& tag);
-ULO_EXPORT void* __wrap__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t& tag);
-void* __wrap__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t& tag) {
-  if (loader != nullptr && loader->recordsLeft == 0)
-    return nullptr;
-  if (loader != nullptr && loader->recordsLeft > 0)
-    --loader->recordsLeft;
-  return __real__ZnwmRKSt9nothrow_t(size, tag);
 }
 }
 
@@ -502,9 +490,9 @@ TEST_F(VObjectLibrary, ARecordThatCannotBeAllocatedEndsReading) {
   tasks.setAutoDelete(true);
   LogCapture log;
   const LeaksExpected whatIsNotReleased;
-  loader_.recordsLeft = 1;
+  allocationsLeft = 1;
   parser.readVtodo(QCString(text.c_str()), tasks);
-  loader_.recordsLeft = -1;
+  allocationsLeft = allAllocationsSucceed;
   ASSERT_EQ(tasks.count(), 1U);
   EXPECT_EQ(tasks.at(0)->getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY), "first");
   EXPECT_THAT(log.withoutLines(),
