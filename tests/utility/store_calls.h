@@ -4,6 +4,7 @@
 #include "ZTASK_ENG_Model.h"
 #include "call_record.h"
 #include "call_steps.h"
+#include "store_subclass.h"
 #include "test_clock.h"
 
 #include <gmock/gmock.h>
@@ -11,12 +12,6 @@
 
 #include <memory>
 #include <string>
-
-// Makes removeAll callable, which is for subclasses.
-class Store : public ZTASK_ENG_Model {
-public:
-  using ZTASK_ENG_Model::removeAll;
-};
 
 using Task = ZTASK_ENG_Task;
 
