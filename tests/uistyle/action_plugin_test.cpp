@@ -127,7 +127,7 @@ TEST_F(ActionPlugin, ReleasesWhatItHoldsHoweverAnActionEnds) {
   EXPECT_EQ(releasedBy("TASK_VIEW", milk.c_str()), 1U);
   EXPECT_EQ(releasedBy("TASK_VIEW", "no calendar"), 1U);
   EXPECT_EQ(releasedBy("TASK_PRINT", milk.c_str()), 1U);
-  platform_.lockAnswer = 0;
+  platform_.lockResult = 0;
   EXPECT_EQ(releasedBy("TASK_SAVE", milk.c_str()), 1U);
   // Nothing is held now.
   EXPECT_EQ(SDActionAccess::held(*static_cast<TASK_UI_SDAction*>(plugin_)), nullptr);
@@ -210,7 +210,7 @@ TEST_F(ActionPlugin, AnotherActionCountsAsDone) {
 }
 
 TEST_F(ActionPlugin, NeedsToPassTheLock) {
-  platform_.lockAnswer = 0;
+  platform_.lockResult = 0;
   EXPECT_FALSE(invoke("TASK_SAVE", milk));
   EXPECT_FALSE(invoke("TASK_VIEW", milk));
   EXPECT_THAT(said(), ElementsAre("Entering invokeAction", "for applock", "Entering invokeAction",

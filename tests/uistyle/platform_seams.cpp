@@ -1,4 +1,5 @@
-// The calls of the screens to the platform. The linker redirects those to the loader.
+// Stand-ins for the parts of the platform that the screens call. The linker redirects the calls to
+// the loader.
 
 #include "screen_test.h"
 
@@ -19,7 +20,7 @@ char lockHandle;
 
 int checkLock(const char* application, int mode) {
   platform->lockCalls.push_back(std::string(application) + ' ' + std::to_string(mode));
-  return platform->lockAnswer;
+  return platform->lockResult;
 }
 
 }  // namespace
@@ -72,12 +73,12 @@ bool SHARE_Tool::shareByBt(const OBJECT_INFO& info, const QArray<char>& data) {
   platform->sharedName = info.name;
   platform->sharedType = info.mimeType;
   platform->sharedBytes.assign(data.data(), data.size());
-  return platform->shareAnswer;
+  return platform->shareResult;
 }
 
 QValueList<int> ZOptionsMenu::getAllItemIds() const {
   QValueList<int> ids = ids_;
-  if (platform->strangeMenuItem != 0)
-    ids.append(platform->strangeMenuItem);
+  if (platform->unknownMenuItem != 0)
+    ids.append(platform->unknownMenuItem);
   return ids;
 }

@@ -128,7 +128,7 @@ TEST_F(ReceivedTodo, RefusesNullTask) {
 }
 
 TEST_F(ReceivedTodo, NeedsToPassTheLock) {
-  platform_.lockAnswer = 0;
+  platform_.lockResult = 0;
   EXPECT_EQ(receive(milk), 1U);
   EXPECT_THAT(lines(source), ElementsAre("for applock"));
   EXPECT_THAT(lines("uistyle/prism/TASK_UI_DetailView.cpp"),

@@ -1,4 +1,4 @@
-// What tests of the screens share: what the platform was asked, and what it answers.
+// The fixture of tests of the screens, on a platform of stand-ins.
 #pragma once
 
 #include "TASK_UI_DetailView.h"
@@ -16,26 +16,26 @@
 
 using Task = ZTASK_ENG_Task;
 
-// The platform's answers, and what it was asked, in the place of the loader, the launcher and the
-// Bluetooth push.
+// What the stand-ins for the loader, the launcher, the Bluetooth push and the menu return, and how
+// they were called.
 struct Platform {
   // The lock.
   bool hasLockLibrary = true;
   bool hasLockFunction = true;
-  int lockAnswer = 1;
+  int lockResult = 1;
   std::vector<std::string> lockCalls;  // "application mode"
   int librariesOpen = 0;
   // The launcher.
   std::vector<std::string> launched;  // "application action Files=... AutoDelete=... wait"
   // The push.
-  bool shareAnswer = true;
+  bool shareResult = true;
   QString sharedName, sharedType;
   std::string sharedBytes;
   int shares = 0;
-  // An item ID that each menu has besides its own; 0 for none.
-  int strangeMenuItem = 0;
+  // The ID of an item that every menu has in addition to its own; 0 for none.
+  int unknownMenuItem = 0;
 };
-// Of the running test.
+// That of the running test.
 extern Platform* platform;
 
 class Screen : public testing::Test {

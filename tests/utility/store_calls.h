@@ -85,6 +85,16 @@ inline calls::Steps lookedUpCategory(const calls::Value& name) {
   return calls::withParameters({name}, calls::queried("category_uid_by_name"));
 }
 
+// The values of StoreCalls::milk(), as they are bound.
+inline constexpr int milkPriority = 3;
+inline constexpr int milkStatus = 2;
+inline const calls::Value milkNote = calls::exchanged(u"");
+inline const calls::Value milkSummary = calls::exchanged(u"你a");
+inline const calls::Value milkUuid = calls::exchanged(u"u");
+inline constexpr int milkAlarm = 11;
+inline constexpr int milkDue = 22;
+inline constexpr int milkRevision = 44;
+
 class StoreCalls : public testing::Test {
 protected:
   void SetUp() override { setEngineNow(QDateTime::fromSecsSinceEpoch(noon)); }
@@ -109,18 +119,18 @@ protected:
     return *store_;
   }
 
-  // A task in the category "work". The tests write its values out.
+  // A task in the category "work", without an end date.
   static Task milk() {
     Task task;
-    task.setPriority(3);
-    task.setStatus(2);
+    task.setPriority(milkPriority);
+    task.setStatus(milkStatus);
     task.setString(Task::TASK_FIELD_CATEGORY, "work");
     task.setString(Task::TASK_FIELD_NOTE, "");
     task.setString(Task::TASK_FIELD_SUMMARY, QString::fromUtf8("你a"));
     task.setString(Task::TASK_FIELD_UUID, "u");
-    task.setDateTime(Task::TASK_FIELD_ALARM, QDateTime::fromSecsSinceEpoch(11));
-    task.setDateTime(Task::TASK_FIELD_DUE, QDateTime::fromSecsSinceEpoch(22));
-    task.setDateTime(Task::TASK_FIELD_REVISION, QDateTime::fromSecsSinceEpoch(44));
+    task.setDateTime(Task::TASK_FIELD_ALARM, QDateTime::fromSecsSinceEpoch(milkAlarm));
+    task.setDateTime(Task::TASK_FIELD_DUE, QDateTime::fromSecsSinceEpoch(milkDue));
+    task.setDateTime(Task::TASK_FIELD_REVISION, QDateTime::fromSecsSinceEpoch(milkRevision));
     return task;
   }
 

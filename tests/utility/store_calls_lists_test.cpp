@@ -199,8 +199,8 @@ TEST_F(StoreCalls, PageBindsKeyOfStartCountAndFilter) {
     Store::TASK_SORT_FIELD sort;
     const char* index;
     std::vector<Value> key;
-  } sorts[] = {{Store::TASK_SORT_DUE, "task_index_due", {22, 3, 31}},
-               {Store::TASK_SORT_PRIORITY, "task_index_priority", {3, 22, 31}}};
+  } sorts[] = {{Store::TASK_SORT_DUE, "task_index_due", {milkDue, milkPriority, 31}},
+               {Store::TASK_SORT_PRIORITY, "task_index_priority", {milkPriority, milkDue, 31}}};
   const struct {
     Store::TASK_CATEGORY filter;
     const char* statement;
