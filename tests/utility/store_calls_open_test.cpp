@@ -138,7 +138,7 @@ void PrintTo(const Opening& opening, std::ostream* out) {
 
 class StoreOpening : public StoreCalls, public testing::WithParamInterface<Opening> {};
 
-TEST_P(StoreOpening, MakesTheseCalls) {
+TEST_P(StoreOpening, MakesCallsInOrder) {
   calls::begin({.outcomes = GetParam().outcomes});
   store_ = std::make_unique<Store>();
   Steps made = calls::list();
