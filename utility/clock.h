@@ -2,6 +2,6 @@
 
 #include <QDateTime>
 
-// The current local date and time, as every part of the engine asks for it. Not a member of
-// anything, so that a test can link another definition in its place.
+// Returns the current local date and time. All parts of the engine use this function. It is linked
+// as a separate object, so that test programs can define it themselves.
 QDateTime engineNow();

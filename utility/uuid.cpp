@@ -5,8 +5,8 @@
 #include <iterator>
 #include <sys/random.h>
 
-// random() starts from the same seed in every process, so the last 16 digits owe their
-// difference to the kernel's random bytes.
+// random() starts with the same seed in every process. UUIDs of different processes differ in their
+// last 16 digits, which contain random bytes from the kernel.
 QString generateUuid() {
   srandom(static_cast<unsigned int>(random()));
   const auto first = static_cast<unsigned long>(random());
@@ -14,7 +14,7 @@ QString generateUuid() {
   const auto third = static_cast<unsigned long>(random() & 0xffff);
 
   unsigned char work[8] = {};
-  // So few bytes come whole or, without such a call in the kernel, not at all.
+  // Eight bytes are returned completely or, if the kernel lacks the call, not at all.
   static_cast<void>(getrandom(work, sizeof work, 0));
   for (unsigned char& byte : work)
     byte = static_cast<unsigned char>(byte ^ ((random() >> 7) & 0xff));

@@ -2,9 +2,13 @@
 
 #include "TASK_UI_SDAction.h"
 
+#include "TASK_ENG_SyncML.h"
 #include "entry_test.h"
+#include "save_failure.h"
 
 #include <QFile>
+
+#include <sqlite3.h>
 
 using testing::ElementsAre;
 using testing::IsSupersetOf;
@@ -123,7 +127,7 @@ TEST_F(ActionPlugin, ReleasesWhatItHoldsHoweverAnActionEnds) {
   EXPECT_EQ(releasedBy("TASK_VIEW", milk.c_str()), 1U);
   EXPECT_EQ(releasedBy("TASK_VIEW", "no calendar"), 1U);
   EXPECT_EQ(releasedBy("TASK_PRINT", milk.c_str()), 1U);
-  platform_.lockAnswer = 0;
+  platform_.lockResult = 0;
   EXPECT_EQ(releasedBy("TASK_SAVE", milk.c_str()), 1U);
   // Nothing is held now.
   EXPECT_EQ(SDActionAccess::held(*static_cast<TASK_UI_SDAction*>(plugin_)), nullptr);
@@ -206,7 +210,7 @@ TEST_F(ActionPlugin, AnotherActionCountsAsDone) {
 }
 
 TEST_F(ActionPlugin, NeedsToPassTheLock) {
-  platform_.lockAnswer = 0;
+  platform_.lockResult = 0;
   EXPECT_FALSE(invoke("TASK_SAVE", milk));
   EXPECT_FALSE(invoke("TASK_VIEW", milk));
   EXPECT_THAT(said(), ElementsAre("Entering invokeAction", "for applock", "Entering invokeAction",
@@ -221,9 +225,25 @@ TEST_F(ActionPlugin, AFileThatCannotBeReadIsLogged) {
                                   "Can not open vtodo file: " + path().toStdString() + "\n"));
 }
 
-TEST_F(ActionPlugin, AFullStoreIsTold) {
-  platform_.addAnswer = 2;
-  EXPECT_FALSE(invoke("TASK_SAVE", milk));
+// While it lives, no file of the store that is opened may grow.
+class FullStore {
+public:
+  FullStore() {
+    { const ZTASK_ENG_Model creates; }
+    sqlite3_auto_extension(
+        reinterpret_cast<void (*)()>(+[](sqlite3* database, const char**, const void*) {
+          return sqlite3_exec(database, "PRAGMA max_page_count = 1", nullptr, nullptr, nullptr);
+        }));
+  }
+  FullStore(const FullStore&) = delete;
+  FullStore& operator=(const FullStore&) = delete;
+  ~FullStore() { sqlite3_reset_auto_extension(); }
+};
+
+TEST_F(ActionPlugin, TellsUserIfStoreIsFull) {
+  const std::string large = calendar(todo("DESCRIPTION:" + std::string(4002, 'n') + "\r\n"));
+  const FullStore full;
+  EXPECT_FALSE(invoke("TASK_SAVE", large));
   ASSERT_EQ(dialogs_.size(), 1U);
   EXPECT_EQ(dialogs_[0].title, "Memory Full");
   EXPECT_EQ(dialogs_[0].text, "Task cannot be created because phone memory is full. Please delete "
@@ -231,7 +251,7 @@ TEST_F(ActionPlugin, AFullStoreIsTold) {
   EXPECT_TRUE(isIcon(dialogs_[0].icon, "alert_pop.gif"));
   EXPECT_THAT(said(), IsSupersetOf({"add VTodo failed! the ret is 2"}));
   const TextsAsIds ids;
-  EXPECT_FALSE(invoke("TASK_SAVE", milk));
+  EXPECT_FALSE(invoke("TASK_SAVE", large));
   ASSERT_EQ(dialogs_.size(), 2U);
   EXPECT_EQ(dialogs_[1].title, "[TXT_RID_HEADER_MEMORY_FULL]");
   EXPECT_EQ(dialogs_[1].text,
@@ -239,17 +259,19 @@ TEST_F(ActionPlugin, AFullStoreIsTold) {
             "SOME_FILES_TO_CREATE_SPACE_IN_MEMORY]");
 }
 
-TEST_F(ActionPlugin, OtherFailuresShowNothing) {
-  for (const int code : {1, 3, 4, 5}) {
-    platform_.addAnswer = code;
-    EXPECT_FALSE(invoke("TASK_SAVE", milk));
-    EXPECT_THAT(said(), IsSupersetOf({"add VTodo failed! the ret is " + std::to_string(code)}));
+// The store of today fails with only one of these codes.
+TEST_F(ActionPlugin, ShowsNoDialogForOtherFailures) {
+  for (const int code :
+       {TASK_SYNCML_NOTFOUND, TASK_SYNCML_TOOLARGE, TASK_SYNCML_BADPARAM, TASK_SYNCML_OTHERERROR}) {
+    reportSaveFailure(code);
+    EXPECT_EQ(lines(source).back(), "add VTodo failed! the ret is " + std::to_string(code));
   }
   EXPECT_TRUE(dialogs_.empty());
 }
 
-TEST_F(ActionPlugin, ATaskThatIsGoneIsNotTold) {
-  platform_.addAnswer = 0;
+TEST_F(ActionPlugin, ShowsNoDialogForTaskThatIsRemovedAtOnce) {
+  addTrigger("removal AFTER INSERT ON task_table_task "
+             "BEGIN DELETE FROM task_table_task WHERE UID = NEW.UID; END");
   EXPECT_TRUE(invoke("TASK_SAVE", milk));
   EXPECT_TRUE(dialogs_.empty());
   EXPECT_THAT(said(), IsSupersetOf({"for model error", "Leaving invoke Action"}));

@@ -188,7 +188,7 @@ TEST_F(DetailView, TheMenuHasTextsOfItsOwn) {
 }
 
 TEST_F(DetailView, AMenuItemThatItDoesNotKnowIsLogged) {
-  platform_.strangeMenuItem = 99;
+  platform_.unknownMenuItem = 99;
   open();
   EXPECT_THAT(lines(), ElementsAre("shouldn't come here! check the ini file"));
   EXPECT_EQ(view_.findChild<ZOptionsMenu*>()->item(1)->text(), "Edit");

@@ -4,18 +4,12 @@
 #include "ZMessageDlg.h"
 #include "ZSoftKey.h"
 #include "ZTASK_ENG_Model.h"
+#include "raw_database.h"
 #include "screen_test.h"
+#include "vcalendar_text.h"
 
 #include <QTimer>
 
-#include <sqlite3.h>
-
-inline std::string calendar(const std::string& todos) {
-  return "BEGIN:VCALENDAR\r\nVERSION:1.0\r\n" + todos + "END:VCALENDAR\r\n";
-}
-inline std::string todo(const std::string& lines) {
-  return "BEGIN:VTODO\r\n" + lines + "END:VTODO\r\n";
-}
 inline const std::string milk = calendar(todo("SUMMARY:Buy milk\r\nSTATUS:NEEDS ACTION\r\n"));
 
 // A message dialog, as the user saw it before closing it.
@@ -65,17 +59,14 @@ protected:
     });
     timer_.start(10);
   }
-  // The store takes no task any more.
+  // Creates the store, so that a trigger can be added.
+  void addTrigger(const std::string& trigger) {
+    { const ZTASK_ENG_Model creates; }
+    RawDatabase(directory_.path()).run("CREATE TRIGGER " + trigger);
+  }
+  // From now on the store accepts no tasks.
   void closeStore() {
-    { const ZTASK_ENG_Model makesIt; }
-    sqlite3* database = nullptr;
-    ASSERT_EQ(sqlite3_open((directory_.path() / "tasks.db").c_str(), &database), SQLITE_OK);
-    EXPECT_EQ(sqlite3_exec(database,
-                           "CREATE TRIGGER closed BEFORE INSERT ON task_table_task "
-                           "BEGIN SELECT RAISE(ABORT, 'closed'); END",
-                           nullptr, nullptr, nullptr),
-              SQLITE_OK);
-    sqlite3_close(database);
+    addTrigger("closed BEFORE INSERT ON task_table_task BEGIN SELECT RAISE(ABORT, 'closed'); END");
   }
 
   std::vector<SeenDialog> dialogs_;

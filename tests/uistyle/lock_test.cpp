@@ -19,13 +19,13 @@ TEST_F(Lock, OpenLetsTheUserIn) {
 
 TEST_F(Lock, AnyAnswerButZeroLetsTheUserIn) {
   for (const int answer : {2, -1}) {
-    platform_.lockAnswer = answer;
+    platform_.lockResult = answer;
     EXPECT_EQ(appLockCheck(), 1);
   }
 }
 
 TEST_F(Lock, ARefusedCodeKeepsTheUserOut) {
-  platform_.lockAnswer = 0;
+  platform_.lockResult = 0;
   EXPECT_EQ(appLockCheck(), 0);
   EXPECT_THAT(lines(), ElementsAre("get dllHandle success!\n", "verify failed!\n"));
   EXPECT_EQ(platform_.librariesOpen, 0);

@@ -3,6 +3,7 @@
 #include "TASK_UI_VTodo.h"
 
 #include "entry_test.h"
+#include "received_todo.h"
 
 #include <QPointer>
 
@@ -116,16 +117,18 @@ TEST_F(ReceivedTodo, AnArrayWithoutBytesIsRefused) {
   EXPECT_THAT(lines(source), ElementsAre(wrongFormat));
 }
 
-TEST_F(ReceivedTodo, ANullTaskIsRefused) {
-  platform_.nullTask = true;
-  EXPECT_EQ(receive(milk), 1U);
+TEST_F(ReceivedTodo, RefusesNullTask) {
+  QList<ZTASK_ENG_Task> tasks;
+  tasks.append(nullptr);
+  ZTASK_ENG_Task task;
+  EXPECT_FALSE(takeReceived(tasks, task));
   EXPECT_THAT(lines(source),
               ElementsAre("Task shareby bluetooth fail for Task_Sync's error : the task pointer "
                           "is empty!"));
 }
 
 TEST_F(ReceivedTodo, NeedsToPassTheLock) {
-  platform_.lockAnswer = 0;
+  platform_.lockResult = 0;
   EXPECT_EQ(receive(milk), 1U);
   EXPECT_THAT(lines(source), ElementsAre("for applock"));
   EXPECT_THAT(lines("uistyle/prism/TASK_UI_DetailView.cpp"),

@@ -1,9 +1,10 @@
-// What tests of the screens share: what the platform was asked, and what it answers.
+// The fixture of tests of the screens, on a platform of stand-ins.
 #pragma once
 
 #include "TASK_UI_DetailView.h"
 #include "gui_test.h"
 #include "log_capture.h"
+#include "log_messages.h"
 #include "temporary_directory.h"
 #include "test_clock.h"
 
@@ -15,30 +16,26 @@
 
 using Task = ZTASK_ENG_Task;
 
-// The platform's answers, and what it was asked, in the place of the loader, the launcher and the
-// Bluetooth push.
+// What the stand-ins for the loader, the launcher, the Bluetooth push and the menu return, and how
+// they were called.
 struct Platform {
   // The lock.
   bool hasLockLibrary = true;
   bool hasLockFunction = true;
-  int lockAnswer = 1;
+  int lockResult = 1;
   std::vector<std::string> lockCalls;  // "application mode"
   int librariesOpen = 0;
   // The launcher.
   std::vector<std::string> launched;  // "application action Files=... AutoDelete=... wait"
   // The push.
-  bool shareAnswer = true;
+  bool shareResult = true;
   QString sharedName, sharedType;
   std::string sharedBytes;
   int shares = 0;
-  // What adding an item answers, without adding it; negative to add it.
-  int addAnswer = -1;
-  // An id that the menu has besides its own; 0 for none.
-  int strangeMenuItem = 0;
-  // The reader gives a list with a null in it.
-  bool nullTask = false;
+  // The ID of an item that every menu has in addition to its own; 0 for none.
+  int unknownMenuItem = 0;
 };
-// Of the running test.
+// That of the running test.
 extern Platform* platform;
 
 class Screen : public testing::Test {
@@ -46,19 +43,9 @@ protected:
   Screen() { ::platform = &platform_; }
   ~Screen() override { ::platform = nullptr; }
 
-  // The lines of the log, each without its place, of the source file `from` alone when given.
+  // The messages in the log, of the source file `from` alone if given.
   std::vector<std::string> lines(const std::string& from = {}) {
-    std::vector<std::string> result;
-    std::string text = log_.withoutLines();
-    for (std::size_t at = text.find("(u"); at != text.npos;) {
-      const std::size_t next = text.find("(u", at + 1);
-      const std::string line = text.substr(at, next == text.npos ? next : next - at);
-      const std::size_t end = line.find(')');
-      if (from.empty() || line.substr(1, end - 1) == from)
-        result.push_back(line.substr(end + 1));
-      at = next;
-    }
-    return result;
+    return messagesOf(log_.withoutLines(), from);
   }
 
   DataDirectory directory_;

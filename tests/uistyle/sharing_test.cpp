@@ -117,7 +117,7 @@ TEST_F(Sharing, NothingOfATaskThatIsGoneIsPushed) {
 }
 
 TEST_F(Sharing, ARefusedPushIsLogged) {
-  platform_.shareAnswer = false;
+  platform_.shareResult = false;
   viewOf(QStringLiteral("Buy milk"))->sendToBluetooth();
   EXPECT_THAT(lines(source), ElementsAre("shareByBT return false!"));
 }

@@ -1,12 +1,12 @@
 #include "call_record.h"
 
+#include "../../utility/uuid.h"
 #include "SVC_CT_ChangeReporter.h"
 #include "aplog.h"
+#include "call_steps.h"
 #include "failing_new.h"
-#include "ulodb2.h"
 
-#include <QString>
-
+#include <algorithm>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -26,20 +26,20 @@ class SVC_CT_ChangeReporter::Batch {};
 
 namespace {
 
-calls::Script script;
+calls::Plan plan;
 std::vector<std::string> recorded;
-int heldHandles = 0;
-int openReadings = 0;
-int openWritings = 0;
-std::vector<std::string> runUnlocked;
-std::vector<std::string> alone;
+int openHandles = 0;
+int openReadStates = 0;
+int openWriteTransactions = 0;
+std::vector<std::string> outsideReadState;
+std::vector<std::string> outsideWriteTransaction;
 int tag = 0;
 
 void record(const std::string& call) {
   recorded.push_back(call);
 }
 
-// The log is a stream without a buffer: each message arrives by itself.
+// The log is an unbuffered stream, so each message arrives by itself.
 ssize_t recordLog(void*, const char* bytes, std::size_t size) {
   std::string message(bytes, size);
   const std::string source = "(utility/ZTASK_ENG_Model.cpp:";
@@ -48,55 +48,59 @@ ssize_t recordLog(void*, const char* bytes, std::size_t size) {
     if (end != source.size() && message[end] == ')')
       message.erase(0, end + 1);
   }
-  record("log " + message);
+  record(calls::logged(message));
   return static_cast<ssize_t>(size);
 }
 
-std::map<std::string, std::string> readGoldenTexts() {
-  std::map<std::string, std::string> names;
-  for (const auto& file :
-       std::filesystem::directory_iterator(ULO_SOURCE_DIR "/tests/golden/store")) {
-    std::ifstream in(file.path(), std::ios::binary);
-    names[{std::istreambuf_iterator<char>(in), {}}] = file.path().stem().string();
-  }
+// The names of the statements by their texts.
+const std::map<std::string, std::string>& statements() {
+  static const std::map<std::string, std::string> names = [] {
+    std::map<std::string, std::string> found;
+    for (const auto& file :
+         std::filesystem::directory_iterator(ULO_SOURCE_DIR "/tests/golden/store")) {
+      std::ifstream in(file.path(), std::ios::binary);
+      found[{std::istreambuf_iterator<char>(in), {}}] = file.path().stem().string();
+    }
+    return found;
+  }();
   return names;
 }
 
 std::string nameOf(const char* text) {
-  static const std::map<std::string, std::string> names = readGoldenTexts();
-  const auto found = names.find(text);
-  return found == names.end() ? "an unknown text: " + std::string(text) : found->second;
+  const auto found = statements().find(text);
+  return found == statements().end() ? "unknown statement: " + std::string(text) : found->second;
 }
 
-// Records the run of a text with its template's arguments.
-const calls::Answer& run(const char* verb, const char* text, bool withBlock, va_list arguments) {
-  static const calls::Answer success;
+// Records a statement that is run with its template's arguments, and returns its outcome.
+const calls::Outcome& run(bool isQuery, const char* text, bool hasBlock, va_list arguments) {
+  static const calls::Outcome success;
   const std::string name = nameOf(text);
-  std::string call = std::string(verb) + " " + name;
+  std::vector<std::string> inserted;
   for (const char* place = std::strchr(text, '%'); place != nullptr;
-       place = std::strchr(place + 1, '%')) {
-    call += place[1] == 's' ? std::string(" ") + va_arg(arguments, const char*)
-                            : " " + std::to_string(va_arg(arguments, int));
-  }
-  record(withBlock ? call + " by block" : call);
-  if (openReadings == 0 && call.starts_with("query"))
-    alone.push_back(name);
-  if (openWritings == 0)
-    runUnlocked.push_back(name);
-  const auto answer = script.answers.find(name);
-  const calls::Answer& result = answer == script.answers.end() ? success : answer->second;
-  if (result.result == 0)
-    tag = result.tag;
-  return result;
+       place = std::strchr(place + 1, '%'))
+    inserted.push_back(place[1] == 's' ? va_arg(arguments, const char*)
+                                       : std::to_string(va_arg(arguments, int)));
+  const std::string call =
+      isQuery ? calls::queried(name, inserted) : calls::executed(name, inserted);
+  record(hasBlock ? calls::byBlock(call) : call);
+  if (isQuery && openReadStates == 0)
+    outsideReadState.push_back(name);
+  if (openWriteTransactions == 0)
+    outsideWriteTransaction.push_back(name);
+  const auto planned = plan.outcomes.find(name);
+  const calls::Outcome& outcome = planned == plan.outcomes.end() ? success : planned->second;
+  if (outcome.code == DB_OK)
+    tag = outcome.tag;
+  return outcome;
 }
 
-int answerQuery(DB_CURSOR* cursor, const calls::Answer& answer) {
+int openCursor(DB_CURSOR* cursor, const calls::Outcome& outcome) {
   *cursor = nullptr;
-  if (answer.result == 0) {
-    *cursor = new DB_ResultCursor{answer.rows};
-    ++heldHandles;
+  if (outcome.code == DB_OK) {
+    *cursor = new DB_ResultCursor{outcome.rows};
+    ++openHandles;
   }
-  return answer.result;
+  return outcome.code;
 }
 
 template <typename Type> const Type* field(DB_CURSOR cursor, int column) {
@@ -106,26 +110,27 @@ template <typename Type> const Type* field(DB_CURSOR cursor, int column) {
   return std::get_if<Type>(&cursor->rows[cursor->row][static_cast<std::size_t>(column)]);
 }
 
-std::string bound(int index, const std::string& value) {
-  return std::to_string(index) + " = " + value;
-}
-
 }  // namespace
 
 namespace calls {
 
-void begin(const Script& answers) {
+void begin(const Plan& wanted) {
   static FILE* const log = [] {
     FILE* stream = fopencookie(nullptr, "w", {nullptr, recordLog, nullptr, nullptr});
     std::setvbuf(stream, nullptr, _IONBF, 0);
     return stream;
   }();
   libaplog_to_module_ptr = log;
-  script = answers;
-  allocationsLeft = script.noMemory ? 0 : allAllocationsSucceed;
+  for (const auto& [name, outcome] : wanted.outcomes) {
+    const auto isName = [&name = name](const auto& entry) { return entry.second == name; };
+    if (std::none_of(statements().begin(), statements().end(), isName))
+      throw std::invalid_argument("no statement is called " + name);
+  }
+  plan = wanted;
+  allocationsLeft = plan.noMemory ? 0 : allAllocationsSucceed;
   recorded.clear();
-  alone.clear();
-  runUnlocked.clear();
+  outsideReadState.clear();
+  outsideWriteTransaction.clear();
 }
 
 std::vector<std::string> list() {
@@ -133,133 +138,127 @@ std::vector<std::string> list() {
 }
 
 int held() {
-  return heldHandles;
+  return openHandles;
 }
 
-std::vector<std::string> queriedAlone() {
-  return alone;
+std::vector<std::string> queriedOutsideReadState() {
+  return outsideReadState;
 }
 
-std::vector<std::string> unlocked() {
-  return runUnlocked;
+std::vector<std::string> ranOutsideWriteTransaction() {
+  return outsideWriteTransaction;
 }
 
 }  // namespace calls
 
+QString generateUuid() {
+  return plan.uuid;
+}
+
 int DB_Open(int database) {
-  record("open " + std::to_string(database));
-  return script.openResult;
+  record(calls::openedDatabase(database));
+  return plan.openCode;
 }
 int DB_Close() {
-  record("close");
-  return 0;
+  record(calls::closedDatabase());
+  return DB_OK;
 }
 int DB_BeginTransaction(int mode) {
-  record("begin " + std::to_string(mode));
-  return 0;
+  record(calls::began(mode));
+  return DB_OK;
 }
 int DB_CommitTransaction() {
-  record("commit");
-  return 0;
+  record(calls::committed());
+  return DB_OK;
 }
 int DB_AbortTransaction() {
-  record("abort");
-  return 0;
+  record(calls::aborted());
+  return DB_OK;
 }
 
 int DB_BeginRead() {
-  ++heldHandles;
-  ++openReadings;
-  return 0;
+  ++openHandles;
+  ++openReadStates;
+  return DB_OK;
 }
 int DB_EndRead() {
-  --heldHandles;
-  --openReadings;
-  return 0;
+  --openHandles;
+  --openReadStates;
+  return DB_OK;
 }
 
 int DB_BeginWrite() {
-  if (openWritings == 0 && script.beginWriteResult != 0)
-    return script.beginWriteResult;
-  ++heldHandles;
-  ++openWritings;
-  return 0;
+  if (openWriteTransactions == 0 && plan.beginWriteCode != DB_OK)
+    return plan.beginWriteCode;
+  ++openHandles;
+  ++openWriteTransactions;
+  return DB_OK;
 }
 int DB_EndWrite(int keep) {
-  --heldHandles;
-  --openWritings;
-  return openWritings == 0 && keep != 0 ? script.commitResult : 0;
+  --openHandles;
+  --openWriteTransactions;
+  return openWriteTransactions == 0 && keep != 0 ? plan.commitCode : DB_OK;
 }
 
 int DB_Exec(const char* text, ...) {
   va_list arguments;
   va_start(arguments, text);
-  const int result = run("exec", text, false, arguments).result;
+  const int code = run(false, text, false, arguments).code;
   va_end(arguments);
-  return result;
+  return code;
 }
 int DB_ExecWithParam(DB_PARAM block, const char* text, ...) {
   va_list arguments;
   va_start(arguments, text);
-  const int result = run("exec", text, true, arguments).result;
+  const int code = run(false, text, true, arguments).code;
   va_end(arguments);
-  return block == nullptr ? DB_BAD_PARAMETER : result;
+  return block == nullptr ? DB_BAD_PARAMETER : code;
 }
 int DB_Query(DB_CURSOR* cursor, const char* text, ...) {
   va_list arguments;
   va_start(arguments, text);
-  const int result = answerQuery(cursor, run("query", text, false, arguments));
+  const int code = openCursor(cursor, run(true, text, false, arguments));
   va_end(arguments);
-  return result;
+  return code;
 }
 int DB_QueryWithParam(DB_CURSOR* cursor, DB_PARAM block, const char* text, ...) {
-  static const calls::Answer refused{DB_BAD_PARAMETER, {}, 0};
+  static const calls::Outcome blockIsMissing = calls::failsWith(DB_BAD_PARAMETER);
   va_list arguments;
   va_start(arguments, text);
-  const calls::Answer& answer = run("query", text, true, arguments);
-  const int result = answerQuery(cursor, block == nullptr ? refused : answer);
+  const calls::Outcome& outcome = run(true, text, true, arguments);
+  const int code = openCursor(cursor, block == nullptr ? blockIsMissing : outcome);
   va_end(arguments);
-  return result;
+  return code;
 }
 int DB_GetTag() {
-  record("tag");
+  record(calls::readTag());
   return tag;
 }
 
 DB_PARAM DB_PARAM_Open(int count) {
-  record("block " + std::to_string(count));
-  if (script.blocks-- <= 0)
+  record(calls::openedBlock(count));
+  if (plan.parameterBlocks-- <= 0)
     return nullptr;
-  ++heldHandles;
+  ++openHandles;
   return new DB_ParamBlock;
 }
 int DB_PARAM_Close(DB_PARAM block) {
-  record("free block");
-  --heldHandles;
+  record(calls::freedBlock());
+  --openHandles;
   delete block;
-  return 0;
+  return DB_OK;
 }
 int DB_PARAM_BindInteger(DB_PARAM, int index, int value) {
-  record(bound(index, std::to_string(value)));
-  return 0;
+  record(calls::bound(index, value));
+  return DB_OK;
 }
 int DB_PARAM_BindUnicode(DB_PARAM, int index, const unsigned short* units) {
-  std::string value = "null";
-  if (units != nullptr) {
-    value = "u'";
-    for (; *units != 0; ++units) {
-      char digits[8];
-      std::snprintf(digits, sizeof digits, "%04x", static_cast<unsigned int>(*units));
-      value += digits;
-    }
-    value += "'";
-  }
-  record(bound(index, value));
-  return 0;
+  record(calls::bound(index, units == nullptr ? calls::Value(calls::null) : calls::units(units)));
+  return DB_OK;
 }
 int DB_PARAM_BindChar(DB_PARAM, int index, const char* utf8) {
-  record(bound(index, utf8 == nullptr ? "null" : "'" + std::string(utf8) + "'"));
-  return 0;
+  record(calls::bound(index, utf8 == nullptr ? calls::Value(calls::null) : calls::varchar(utf8)));
+  return DB_OK;
 }
 
 int DB_CSC_GetFieldAsInteger(DB_CURSOR cursor, int column) {
@@ -285,22 +284,19 @@ int DB_CSC_Eof(DB_CURSOR cursor) {
 }
 int DB_CSC_Close(DB_CURSOR cursor) {
   if (cursor != nullptr) {
-    record("free rows");
-    --heldHandles;
+    record(calls::freedRows());
+    --openHandles;
   }
   delete cursor;
-  return 0;
+  return DB_OK;
 }
 
 SVC_CT_ChangeReporter::SVC_CT_ChangeReporter() = default;
 SVC_CT_ChangeReporter::~SVC_CT_ChangeReporter() {
-  record("end of reporter");
+  record(calls::deletedReporter());
 }
 int SVC_CT_ChangeReporter::report(const SVC_CT_ChangeRecord& change, int handle) {
-  const bool zeros = change.reserved0 == 0 && change.reserved[0] == 0 && change.reserved[1] == 0 &&
-                     change.reserved[2] == 0 && change.reserved[3] == 0;
-  record("report " + std::to_string(change.uid) + " " + std::to_string(change.changeType) + " " +
-         std::to_string(handle) + " " + change.source.toStdString() + (zeros ? "" : " not zero"));
+  record(calls::reportedBy(change, handle));
   return 0;
 }
 int SVC_CT_ChangeReporter::reportMany(const SVC_CT_ChangeRecord*, unsigned int, int) {
@@ -308,11 +304,11 @@ int SVC_CT_ChangeReporter::reportMany(const SVC_CT_ChangeRecord*, unsigned int, 
   return 0;
 }
 int SVC_CT_ChangeReporter::beginBatch(const char* source) {
-  record(std::string("begin batch ") + source);
+  record(calls::beganBatch(source));
   return 0;
 }
 int SVC_CT_ChangeReporter::endBatch(const char* source) {
-  record(std::string("end batch ") + source);
+  record(calls::endedBatch(source));
   return 0;
 }
 
@@ -321,19 +317,12 @@ std::map<int, std::string> ports;
 }
 
 int _aplog_port_open_orig(const char* name, int flags) {
-  record(std::string("open port ") + name + " " + std::to_string(flags));
+  record(calls::openedPort(name, flags));
   const int port = ports.empty() ? 1 : ports.rbegin()->first + 1;
   ports[port] = name;
   return port;
 }
 void _aplog_port_close_orig(int port) {
-  record("close port " + ports[port]);
+  record(calls::closedPort(ports[port]));
   ports.erase(port);
-}
-
-// The linker hands the calls of the generator to the second of these.
-QString realGenerateUuid() __asm__("__real__Z12generateUuidv");
-QString wrappedGenerateUuid() __asm__("__wrap__Z12generateUuidv");
-QString wrappedGenerateUuid() {
-  return script.noUuid ? QString() : realGenerateUuid();
 }

@@ -1,63 +1,73 @@
-// Stand-ins for the database, the change reporter and the log ports, linked into a test program in
-// the place of the real ones. They write down, in one list, every call and every log line in the
-// order in which they happen, and answer as the test says.
+// Stand-ins for the database, the change reporter, the log ports and the generator of UUIDs. A test
+// program links them in the place of the real ones. They record each call and each log line, all in
+// one list, and do what the test's plan says.
 #pragma once
 
-#include <functional>
+#include "ulodb2.h"
+
+#include <QString>
+
+#include <limits>
 #include <map>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
 namespace calls {
 
-// A field: nothing (null), a number or bool, a varchar, a unicode text.
+// A field of a row: null, a number or a boolean, a varchar, a unicode text.
 using Field = std::variant<std::monostate, int, std::string, std::u16string>;
+inline constexpr std::monostate null;
 using Row = std::vector<Field>;
 
-// What the database answers to a text.
-struct Answer {
-  int result = 0;
-  std::vector<Row> rows;
+// What the database does with a statement.
+struct Outcome {
+  int code = DB_OK;
+  std::vector<Row> rows = {};
+  // What DB_GetTag returns afterward, unless the statement failed.
   int tag = 1;
 };
+inline Outcome returns(std::vector<Row> rows) {
+  return {.rows = std::move(rows)};
+}
+inline Outcome addsRow(int uid) {
+  return {.tag = uid};
+}
+inline Outcome failsWith(int code) {
+  return {.code = code};
+}
 
-struct Script {
-  int openResult = 0;
-  // How many parameter blocks can be had.
-  int blocks = 1000;
-  // By the name of the text; a text that isn't there succeeds with no rows.
-  std::map<std::string, Answer> answers = {};
-  // Allocations with new (std::nothrow) give null.
-  bool noMemory = false;
-  // No uuid can be made.
-  bool noUuid = false;
-  // What DB_BeginWrite and the DB_EndWrite that commits answer.
-  int beginWriteResult = 0;
-  int commitResult = 0;
+// Outcomes by the name of the statement, which is that of the file in tests/golden/store with its
+// text. Other statements succeed and return no rows.
+using Outcomes = std::map<std::string, Outcome>;
+
+inline constexpr int unlimited = std::numeric_limits<int>::max();
+
+// What the stand-ins do. By default everything succeeds.
+struct Plan {
+  int openCode = DB_OK;  // of DB_Open
+  // How many parameter blocks DB_PARAM_Open can allocate. It returns null after that.
+  int parameterBlocks = unlimited;
+  Outcomes outcomes = {};
+  bool noMemory = false;            // new (std::nothrow) returns null
+  QString uuid = "generated uuid";  // what the generator returns
+  int beginWriteCode = DB_OK;       // of DB_BeginWrite
+  int commitCode = DB_OK;           // of the DB_EndWrite that commits
 };
 
-// From now on answers are those of `script`, and the list is empty.
-void begin(const Script& script);
+// Follows `plan` from now on, and clears the list. Throws if an outcome's statement is unknown.
+void begin(const Plan& plan);
 
-// The calls since begin:
-//   "open 1", "close", "begin 0", "commit", "abort", "tag"
-//   "block 2", "0 = 5", "0 = null", "0 = 'bytes'", "0 = u'exchanged units in hexadecimal'",
-//   "free block"
-//   "exec NAME arguments", "query NAME arguments", with " by block" where one was given
-//   "free rows" for a cursor that was not null
-//   "report UID TYPE HANDLE SOURCE", "begin batch SOURCE", "end batch SOURCE", "end of reporter"
-//   "open port NAME FLAGS", "close port NAME"
-//   "log TEXT" with "(utility/ZTASK_ENG_Model.cpp:LINE)" taken off
-// NAME is that of the file in tests/golden/store which holds the text to the byte.
+// The calls and log lines since begin(), each as call_steps.h writes it.
 std::vector<std::string> list();
 
-// Blocks, cursors, readings and writings that nobody freed or ended.
+// The number of parameter blocks, cursors, read states and write transactions that are still open.
 int held();
 
-// The texts queried since begin while no reading (DB_BeginRead) was open.
-std::vector<std::string> queriedAlone();
-// The texts run since begin while no writing (DB_BeginWrite) was open.
-std::vector<std::string> unlocked();
+// The statements since begin() that queried outside a read state (DB_BeginRead).
+std::vector<std::string> queriedOutsideReadState();
+// The statements since begin() that ran outside a write transaction (DB_BeginWrite).
+std::vector<std::string> ranOutsideWriteTransaction();
 
 }  // namespace calls

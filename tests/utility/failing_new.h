@@ -1,9 +1,10 @@
-// Lets allocations fail that ask with new (std::nothrow), in the whole program with its
-// libraries: the database's for parameter blocks, the store's for its reporter.
+// Makes allocations with new (std::nothrow) fail in the whole program and its libraries, such as
+// those of the database for parameter blocks, the store for its reporter, and the codec for
+// records.
 #pragma once
 
 #include <limits>
 
 constexpr int allAllocationsSucceed = std::numeric_limits<int>::max();
-// How many of them still succeed.
+// How many more of them succeed.
 extern int allocationsLeft;

@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <dlfcn.h>
 #include <fstream>
-#include <new>
 #include <sstream>
 
 namespace {
@@ -52,17 +51,6 @@ int __wrap_dlclose(void* handle) {
 ULO_EXPORT void* __wrap_malloc(std::size_t size);
 void* __wrap_malloc(std::size_t size) {
   return loader != nullptr && loader->noMemory ? nullptr : __real_malloc(size);
-}
-
-// operator new(std::size_t, const std::nothrow_t&)
-void* __real__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t& tag);
-ULO_EXPORT void* __wrap__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t& tag);
-void* __wrap__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t& tag) {
-  if (loader != nullptr && loader->recordsLeft == 0)
-    return nullptr;
-  if (loader != nullptr && loader->recordsLeft > 0)
-    --loader->recordsLeft;
-  return __real__ZnwmRKSt9nothrow_t(size, tag);
 }
 }
 

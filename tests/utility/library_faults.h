@@ -1,6 +1,6 @@
 // Faults at the vObject library: missing functions, functions replaced by stand-ins, and failing
-// allocations. The linker redirects the engine's calls of dlopen, dlsym, dlclose, malloc and the
-// nothrow operator new to this program.
+// allocations. The linker redirects the engine's calls of dlopen, dlsym, dlclose and malloc to this
+// program.
 #pragma once
 
 #include "temporary_directory.h"
@@ -22,7 +22,6 @@ struct Loader {
   std::set<std::string> missing;          // functions that the library lacks
   std::map<std::string, void*> replaced;  // functions and their stand-ins
   bool noMemory = false;                  // malloc fails
-  int recordsLeft = -1;                   // allocations of records before one fails; -1: none fails
 
   std::vector<std::string> opened;    // name and mode of each dlopen
   std::vector<std::string> lookedUp;  // name of each dlsym

@@ -3,6 +3,8 @@
 
 #include "ZTASK_ENG_Model.h"
 #include "call_record.h"
+#include "call_steps.h"
+#include "store_subclass.h"
 #include "test_clock.h"
 
 #include <gmock/gmock.h>
@@ -10,36 +12,88 @@
 
 #include <memory>
 #include <string>
-#include <vector>
 
-inline constexpr int full = 12;
-inline constexpr int otherFailure = 9;
-inline const std::string engine = "{9a4cdb74-34ec-415e-ba36-b8c2a35d0071}";
-// 12:00 UTC of a day; the clock of the tests stands here.
+using Task = ZTASK_ENG_Task;
+
+// The two ways in which the database fails that the store tells apart.
+inline constexpr int diskFull = DB_FULL;
+inline constexpr int otherFailure = DB_IO;
+// The store's code for a change that failed like this.
+inline int codeOfFailedChange(int databaseCode) {
+  return databaseCode == diskFull ? TASK_ENG_MEMORY_FULL : TASK_ENG_DATABASE_FAILURE;
+}
+
+// The test's clock shows noon UTC of this day, in seconds since 1970.
 inline constexpr int noon = 1141560000;
 inline constexpr int lastSecondOfToday = 1141599599;  // 23:59:59 in Berlin
+inline constexpr int noDate = Task::noDateSeconds;
 
-// removeAll is for subclasses.
-class Store : public ZTASK_ENG_Model {
-public:
-  using ZTASK_ENG_Model::removeAll;
+// Statuses, as they are stored.
+inline constexpr int completed = 0;
+inline constexpr int incomplete = 1;
+
+// Outcomes of statements. Most scripts return a flag with each row, which means something else in
+// each of them.
+inline calls::Outcome tablesPresent(bool tasks, bool categories) {
+  return calls::returns({{int{tasks}, int{categories}}});  // check_tables
+}
+inline calls::Outcome flag(bool value) {
+  return calls::returns({{int{value}}});
+}
+inline constexpr int workUid = 7;
+inline calls::Outcome foundCategory(int uid) {
+  return calls::returns({{int{false}, uid}});  // category_uid_by_name
+}
+inline const calls::Outcome foundWork = foundCategory(workUid);
+inline const calls::Outcome unknownCategory = flag(true);  // category_uid_by_name
+inline calls::Row listed(const calls::Field& category) {
+  return {category, int{true}};
+}
+// all_categories; the last row is not a category.
+inline calls::Outcome categories(std::vector<calls::Row> rows) {
+  rows.push_back({calls::null, int{false}});
+  return calls::returns(std::move(rows));
+}
+
+// A row of the task table as the scripts return it.
+struct TaskRow {
+  int priority = 0;
+  int status = 0;
+  calls::Field note = calls::null;
+  calls::Field summary = calls::null;
+  calls::Field uuid = calls::null;
+  int alarm = 0;
+  int due = 0;
+  int end = 0;
+  int revision = 0;
+  int category = 0;
+  int uid = 0;
+
+  // With a flag, as most scripts have it.
+  [[nodiscard]] calls::Row flagged(bool flag) const {
+    return {priority, status, note,     summary,  uuid, alarm,
+            due,      end,    revision, category, uid,  int{flag}};
+  }
+  // As all_tasks has it.
+  [[nodiscard]] calls::Row plain() const {
+    return {uid, priority, status, note, summary, uuid, alarm, due, end, revision, category};
+  }
 };
 
-inline const calls::Answer tablesPresent{0, {{1, 1}}, 1};
-inline const calls::Answer withNullCategory{0, {{{}, 1}, {{}, 0}}, 1};
-inline const calls::Answer found7{0, {{0, 7}}, 1};
-inline const calls::Answer notFound{0, {{1}}, 1};
-inline const calls::Answer flagTrue{0, {{1}}, 1};
-inline const calls::Answer flagFalse{0, {{0}}, 1};
-inline const calls::Answer noCategoryRows{0, {{{}, 0}}, 1};
-inline const calls::Answer refused{otherFailure, {}, 0};
-inline const calls::Answer refusedAsFull{full, {}, 0};
-
-inline std::vector<std::string> operator+(std::vector<std::string> left,
-                                          const std::vector<std::string>& right) {
-  left.insert(left.end(), right.begin(), right.end());
-  return left;
+// Looks up the UID of a category. If there is no such category, a log line precedes freedRows().
+inline calls::Steps lookedUpCategory(const calls::Value& name) {
+  return calls::withParameters({name}, calls::queried("category_uid_by_name"));
 }
+
+// The values of StoreCalls::milk(), as they are bound.
+inline constexpr int milkPriority = 3;
+inline constexpr int milkStatus = 2;
+inline const calls::Value milkNote = calls::exchanged(u"");
+inline const calls::Value milkSummary = calls::exchanged(u"你a");
+inline const calls::Value milkUuid = calls::exchanged(u"u");
+inline constexpr int milkAlarm = 11;
+inline constexpr int milkDue = 22;
+inline constexpr int milkRevision = 44;
 
 class StoreCalls : public testing::Test {
 protected:
@@ -49,32 +103,34 @@ protected:
     EXPECT_EQ(calls::held(), 0);
     setEngineNow(QDateTime());
   }
-  // An open store, whose calls from now on are answered by `script`.
-  Store& open(const calls::Script& script = {}) {
-    calls::begin(
-        {.answers = {{"check_tables", tablesPresent}, {"all_categories", withNullCategory}}});
+  // An open store. From now on the stand-ins follow `plan`.
+  Store& open(const calls::Plan& plan = {}) {
+    calls::begin({.outcomes = {{"check_tables", tablesPresent(true, true)},
+                               {"all_categories", categories({listed(calls::null)})}}});
     store_ = std::make_unique<Store>();
-    calls::begin(script);
+    calls::begin(plan);
     return *store_;
   }
+  // A store whose database could not be opened.
   Store& closed() {
-    calls::begin({.openResult = otherFailure});
+    calls::begin({.openCode = otherFailure});
     store_ = std::make_unique<Store>();
     calls::begin({});
     return *store_;
   }
 
-  static ZTASK_ENG_Task milk() {
-    ZTASK_ENG_Task task;
-    task.setPriority(3);
-    task.setStatus(2);
-    task.setString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY, "work");
-    task.setString(ZTASK_ENG_Task::TASK_FIELD_NOTE, "");
-    task.setString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY, QString(QChar(0x4f60)) + "a");
-    task.setString(ZTASK_ENG_Task::TASK_FIELD_UUID, "u");
-    task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_ALARM, QDateTime::fromSecsSinceEpoch(11));
-    task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE, QDateTime::fromSecsSinceEpoch(22));
-    task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION, QDateTime::fromSecsSinceEpoch(44));
+  // A task in the category "work", without an end date.
+  static Task milk() {
+    Task task;
+    task.setPriority(milkPriority);
+    task.setStatus(milkStatus);
+    task.setString(Task::TASK_FIELD_CATEGORY, "work");
+    task.setString(Task::TASK_FIELD_NOTE, "");
+    task.setString(Task::TASK_FIELD_SUMMARY, QString::fromUtf8("你a"));
+    task.setString(Task::TASK_FIELD_UUID, "u");
+    task.setDateTime(Task::TASK_FIELD_ALARM, QDateTime::fromSecsSinceEpoch(milkAlarm));
+    task.setDateTime(Task::TASK_FIELD_DUE, QDateTime::fromSecsSinceEpoch(milkDue));
+    task.setDateTime(Task::TASK_FIELD_REVISION, QDateTime::fromSecsSinceEpoch(milkRevision));
     return task;
   }
 

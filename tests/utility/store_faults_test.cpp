@@ -1,6 +1,6 @@
-// Real faults under the store: no memory for parameters, a full file, tables, indexes and rows
-// that the database cannot use. Whatever an operation answers then, what it could not do in full
-// is not done, and nobody is told of it.
+// The store on a database with real faults: no memory for parameters, a full file, missing tables
+// and indexes, rows that cannot be written. An operation that fails changes nothing and reports
+// nothing, unless a test says otherwise.
 
 #include "failing_new.h"
 #include "store_test.h"
@@ -13,7 +13,7 @@ namespace {
 using testing::ElementsAre;
 using testing::Not;
 
-// The connection of the store.
+// The connection of the store, set by keepHandle.
 sqlite3* opened = nullptr;
 int keepHandle(sqlite3* database, const char**, const void*) {
   opened = database;
@@ -40,7 +40,7 @@ protected:
     }
     reports();
   }
-  // No page more can be had.
+  // From now on the database cannot grow.
   void fillUp() {
     ASSERT_NE(opened, nullptr);
     ASSERT_EQ(sqlite3_exec(opened, "PRAGMA max_page_count = 1", nullptr, nullptr, nullptr),
@@ -49,7 +49,7 @@ protected:
   void makeRoom() {
     sqlite3_exec(opened, "PRAGMA max_page_count = 100000", nullptr, nullptr, nullptr);
   }
-  // The database refuses what the trigger looks for.
+  // From now on the database refuses statements of this kind.
   void refuse(const std::string& when) {
     sql("CREATE TRIGGER refusal BEFORE " + when +
         " BEGIN SELECT RAISE(ABORT, 'refused by the test'); END");
@@ -63,7 +63,7 @@ protected:
 struct Operation {
   const char* name;
   std::function<int(Store&)> run;
-  // What it gives when there is no memory for its first, second ... block.
+  // The results if there is no memory for the first, second, ... block.
   std::vector<int> codes;
   const char* line = "Db memary is full!";
 };
@@ -73,11 +73,11 @@ void PrintTo(const Operation& operation, std::ostream* out) {
 
 class StoreWithoutMemory : public StoreFaults, public testing::WithParamInterface<Operation> {};
 
-TEST_P(StoreWithoutMemory, FailsAtEachBlock) {
+TEST_P(StoreWithoutMemory, FailsIfAnyBlockCannotBeAllocated) {
   fill();
   const auto before = everything();
   for (std::size_t block = 0; block < GetParam().codes.size(); ++block) {
-    // A block takes two allocations; either may fail.
+    // A block takes two allocations, and either may fail.
     for (const int allocation : {0, 1}) {
       const std::string log = logOf([&] {
         allocationsLeft = 2 * static_cast<int>(block) + allocation;
@@ -89,9 +89,9 @@ TEST_P(StoreWithoutMemory, FailsAtEachBlock) {
       EXPECT_THAT(reports(), ElementsAre());
     }
   }
-  // With one block more it works: there was no other place.
+  // With one more block the operation succeeds, so it needs no others.
   allocationsLeft = 2 * static_cast<int>(GetParam().codes.size());
-  EXPECT_EQ(GetParam().run(store()), ok);
+  EXPECT_EQ(GetParam().run(store()), TASK_ENG_OK);
 }
 
 Task meeting() {
@@ -106,12 +106,11 @@ template <typename Run> Operation listing(const char* name, std::vector<int> cod
           [run](Store& store) {
             QValueList<Task> tasks;
             const int code = run(store, tasks);
-            EXPECT_EQ(tasks.isEmpty(), code != ok);
+            EXPECT_EQ(tasks.isEmpty(), code != TASK_ENG_OK);
             return code;
           },
           std::move(codes)};
 }
-// The category of each task found is looked up too, but a record is given without it.
 const QDateTime due(QDate(2006, 3, 5), QTime(12, 0));
 
 const std::vector<Operation> operations = {
@@ -119,98 +118,98 @@ const std::vector<Operation> operations = {
      [](Store& store) {
        Task task = meeting();
        const int code = store.addTask(task);
-       EXPECT_EQ(task.getUINT32(Task::TASK_FIELD_UID) != 1, code == ok);
+       EXPECT_EQ(task.getUINT32(Task::TASK_FIELD_UID) != 1, code == TASK_ENG_OK);
        return code;
      },
-     {memoryFull, memoryFull}},
+     {TASK_ENG_MEMORY_FULL, TASK_ENG_MEMORY_FULL}},
     {"UpdateTask",
      [](Store& store) {
        Task task = meeting();
        return store.updateTask(task);
      },
-     {memoryFull, memoryFull}},
-    {"RemoveTask", [](Store& store) { return store.removeTask(1); }, {memoryFull}},
+     {TASK_ENG_MEMORY_FULL, TASK_ENG_MEMORY_FULL}},
+    {"RemoveTask", [](Store& store) { return store.removeTask(1); }, {TASK_ENG_MEMORY_FULL}},
     {"RemoveTasks",
      [](Store& store) {
        QValueList<unsigned int> uids;
        uids.append(1);
        return store.removeTasks(uids);
      },
-     {databaseFailure},
+     {TASK_ENG_DATABASE_FAILURE},
      "Remove task with uid 1 failed!"},
     {"AddCategory",
      [](Store& store) {
        QString name("work");
        unsigned int uid = 55;
        const int code = store.addCategory(name, uid);
-       EXPECT_EQ(uid != 55, code == ok);
+       EXPECT_EQ(uid != 55, code == TASK_ENG_OK);
        return code;
      },
-     {databaseFailure, memoryFull}},
+     {TASK_ENG_DATABASE_FAILURE, TASK_ENG_MEMORY_FULL}},
     {"RenameCategory",
      [](Store& store) {
        QString name("party");
        QString other("feast");
        return store.renameCategory(name, other);
      },
-     {memoryFull}},
+     {TASK_ENG_MEMORY_FULL}},
     {"RemoveCategory",
      [](Store& store) {
        QString name("party");
        return store.removeCategory(name, false);
      },
-     {memoryFull}},
+     {TASK_ENG_MEMORY_FULL}},
     {"RemoveCategoryWithTasks",
      [](Store& store) {
        QString name("party");
        return store.removeCategory(name, true);
      },
-     {memoryFull, memoryFull, memoryFull}},
+     {TASK_ENG_MEMORY_FULL, TASK_ENG_MEMORY_FULL, TASK_ENG_MEMORY_FULL}},
     {"RemoveTasksWithCategoryId",
      [](Store& store) { return store.removeTasksWithCategoryId(3); },
-     {memoryFull}},
+     {TASK_ENG_MEMORY_FULL}},
     {"CountDue",
      [](Store& store) {
        int count = 0;
        return store.getCount(count, ZTASK_ENG_Model::TASK_CATEGORY_DUE);
      },
-     {memoryFull}},
+     {TASK_ENG_MEMORY_FULL}},
     {"CountIncomplete",
      [](Store& store) {
        int count = 0;
        return store.getCount(count, ZTASK_ENG_Model::TASK_CATEGORY_INCOMPLETE);
      },
-     {databaseFailure},
+     {TASK_ENG_DATABASE_FAILURE},
      "GetTasks failed! [ret=5]"},
     {"ListDue",
      [](Store& store) {
        QValueList<unsigned int> uids;
        const int code = store.getAllIDs(uids, ZTASK_ENG_Model::TASK_CATEGORY_DUE,
                                         ZTASK_ENG_Model::TASK_SORT_DUE);
-       EXPECT_EQ(uids.isEmpty(), code != ok);
+       EXPECT_EQ(uids.isEmpty(), code != TASK_ENG_OK);
        return code;
      },
-     {memoryFull}},
+     {TASK_ENG_MEMORY_FULL}},
     {"ListIncomplete",
      [](Store& store) {
        QValueList<unsigned int> uids;
        const int code = store.getAllIDs(uids, ZTASK_ENG_Model::TASK_CATEGORY_INCOMPLETE,
                                         ZTASK_ENG_Model::TASK_SORT_DUE);
-       EXPECT_EQ(uids.isEmpty(), code != ok);
+       EXPECT_EQ(uids.isEmpty(), code != TASK_ENG_OK);
        return code;
      },
-     {databaseFailure},
+     {TASK_ENG_DATABASE_FAILURE},
      "GetTasks failed! [ret=5]"},
-    listing("Range", {memoryFull},
+    listing("Range", {TASK_ENG_MEMORY_FULL},
             [](Store& store, QValueList<Task>& tasks) {
               return store.getTasks(tasks, Task::TASK_FIELD_DUE, 0, Task::noDateSeconds);
             }),
-    listing("ByCategory", {memoryFull, memoryFull},
+    listing("ByCategory", {TASK_ENG_MEMORY_FULL, TASK_ENG_MEMORY_FULL},
             [](Store& store, QValueList<Task>& tasks) {
               QString name("meeting");
               return store.getTasks(tasks, name);
             }),
-    listing("Page", {memoryFull},
+    listing("Page", {TASK_ENG_MEMORY_FULL},
             [](Store& store, QValueList<Task>& tasks) {
               Task start;
               start.setUINT32(Task::TASK_FIELD_UID, 1);
@@ -224,17 +223,17 @@ const std::vector<Operation> operations = {
 INSTANTIATE_TEST_SUITE_P(Every, StoreWithoutMemory, testing::ValuesIn(operations),
                          [](const auto& info) { return std::string(info.param.name); });
 
-TEST_F(StoreFaults, WithoutMemoryForTheCategoryARecordIsGivenWithoutIt) {
+TEST_F(StoreFaults, ReturnsRecordWithoutCategoryIfMemoryIsShort) {
   fill();
   Task read;
   allocationsLeft = 0;
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().getTask(1, read), ok); }),
+  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().getTask(1, read), TASK_ENG_OK); }),
               HasLine("Db memary is full!"));
   EXPECT_TRUE(read.getString(Task::TASK_FIELD_CATEGORY).isNull());
   EXPECT_EQ(read.getString(Task::TASK_FIELD_SUMMARY), QString("s"));
 }
 
-TEST_F(StoreFaults, WithoutMemoryForTheReporterTheStoreOpens) {
+TEST_F(StoreFaults, OpensWithoutReporterIfMemoryIsShort) {
   prepare();
   allocationsLeft = 0;
   EXPECT_THAT(logOf([&] { store(); }), HasLine("<<< changeReporter new is failing"));
@@ -245,26 +244,26 @@ TEST_F(StoreFaults, WithoutMemoryForTheReporterTheStoreOpens) {
 
 // A full file.
 
-TEST_F(StoreFaults, AFullStoreTakesNoTask) {
+TEST_F(StoreFaults, FullStoreRejectsTask) {
   fill();
   const auto before = everything();
   fillUp();
   Task added = task(large());
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().addTask(added), memoryFull); }),
+  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().addTask(added), TASK_ENG_MEMORY_FULL); }),
               HasLine("AddTask failed! [ret=12]"));
   EXPECT_EQ(added.getUINT32(Task::TASK_FIELD_UID), Task::notStored);
   EXPECT_EQ(added.getString(Task::TASK_FIELD_UUID).length(), 36);
   EXPECT_TRUE(everything() == before);
   EXPECT_THAT(reports(), ElementsAre());
-  // What there is can be read, and be removed to make room.
+  // Tasks can still be read, and can be removed to make room.
   EXPECT_EQ(count(), 3);
-  EXPECT_EQ(store().removeAll(), ok);
+  EXPECT_EQ(store().removeAll(), TASK_ENG_OK);
   EXPECT_EQ(count(), 0);
   makeRoom();
-  EXPECT_EQ(store().addTask(added), ok);
+  EXPECT_EQ(store().addTask(added), TASK_ENG_OK);
 }
 
-TEST_F(StoreFaults, AFullStoreKeepsATaskAsItWas) {
+TEST_F(StoreFaults, FullStoreKeepsTaskUnchanged) {
   fill();
   const Task before = get(1);
   fillUp();
@@ -272,7 +271,8 @@ TEST_F(StoreFaults, AFullStoreKeepsATaskAsItWas) {
   changed.setString(Task::TASK_FIELD_NOTE, large());
   changed.setStatus(0);
   changed.setString(Task::TASK_FIELD_UUID, QString());
-  const std::string log = logOf([&] { EXPECT_EQ(store().updateTask(changed), memoryFull); });
+  const std::string log =
+      logOf([&] { EXPECT_EQ(store().updateTask(changed), TASK_ENG_MEMORY_FULL); });
   EXPECT_THAT(log, HasLine("UpdateTask failed! [ret=12]"));
   EXPECT_THAT(log, HasLine("DB Memory full!"));
   EXPECT_EQ(changed.getDateTime(Task::TASK_FIELD_END), now());
@@ -282,102 +282,105 @@ TEST_F(StoreFaults, AFullStoreKeepsATaskAsItWas) {
   EXPECT_THAT(reports(), ElementsAre());
 }
 
-TEST_F(StoreFaults, AFullStoreTakesNoCategory) {
+TEST_F(StoreFaults, FullStoreRejectsCategory) {
   fill();
   const auto before = everything();
   fillUp();
   QString name = large();
   unsigned int uid = 55;
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().addCategory(name, uid), memoryFull); }),
+  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().addCategory(name, uid), TASK_ENG_MEMORY_FULL); }),
               HasLine("AddCategory failed! [ret=12]"));
   EXPECT_EQ(uid, 55U);
   QString party("party");
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().renameCategory(party, name), memoryFull); }),
+  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().renameCategory(party, name), TASK_ENG_MEMORY_FULL); }),
               HasLine("RenameCategory failed! [ret=12]"));
   EXPECT_TRUE(everything() == before);
 }
 
-TEST_F(StoreFaults, ATaskWhoseCategoryDoesNotFitIsStoredWithoutOne) {
+TEST_F(StoreFaults, StoresTaskWithoutCategoryThatDoesNotFit) {
   fill();
   fillUp();
   Task added = task("small");
   added.setString(Task::TASK_FIELD_CATEGORY, large());
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().addTask(added), ok); }),
+  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().addTask(added), TASK_ENG_OK); }),
               HasLine("AddCategory failed! [ret=12]"));
   EXPECT_THAT(sql("SELECT categoryUid FROM task_table_task WHERE UID = 4"), ElementsAre("0"));
   EXPECT_EQ(get(4).getString(Task::TASK_FIELD_CATEGORY), QString("None"));
-  EXPECT_THAT(reports(), ElementsAre("4 1"));
+  EXPECT_THAT(reports(), ElementsAre(addition(4)));
 }
 
-TEST_F(StoreFaults, AddsNoCategoryWhenTaskDoesNotFit) {
+TEST_F(StoreFaults, AddsNoCategoryIfTaskDoesNotFit) {
   fill();
   fillUp();
   Task added = task(large());
   added.setString(Task::TASK_FIELD_CATEGORY, "work");
-  EXPECT_EQ(store().addTask(added), memoryFull);
+  EXPECT_EQ(store().addTask(added), TASK_ENG_MEMORY_FULL);
   EXPECT_EQ(categories().back(), "party");
   EXPECT_EQ(count(), 3);
 }
 
-// The caller's transaction is over when the database can't undo a single statement.
+// A database that cannot undo a single statement ends the caller's transaction.
 TEST_F(StoreFaults, ReportsFullStoreWithinTransaction) {
   fill();
   fillUp();
   Task added = task("small");
   added.setString(Task::TASK_FIELD_CATEGORY, large());
   ASSERT_EQ(DB_BeginWrite(), DB_OK);
-  EXPECT_EQ(store().addTask(added), memoryFull);
+  EXPECT_EQ(store().addTask(added), TASK_ENG_MEMORY_FULL);
   EXPECT_NE(DB_EndWrite(1), DB_OK);
   EXPECT_EQ(count(), 3);
   EXPECT_THAT(reports(), ElementsAre());
 }
 
-TEST_F(StoreFaults, AFileTooSmallForTheTablesIsNotOpened) {
+TEST_F(StoreFaults, StaysClosedIfTablesDoNotFit) {
   sqlite3_auto_extension(
       reinterpret_cast<void (*)()>(+[](sqlite3* database, const char**, const void*) {
         return sqlite3_exec(database, "PRAGMA max_page_count = 3", nullptr, nullptr, nullptr);
       }));
   EXPECT_THAT(logOf([&] { store(); }), HasLine("Create task table failed! [ret=6]"));
   int number = 0;
-  EXPECT_EQ(store().getCount(number), notOpen);
-  // Nothing half made stands in the way when there is room again.
+  EXPECT_EQ(store().getCount(number), TASK_ENG_NOT_OPEN);
+  // Once there is room again, the store opens: no incomplete tables remain.
   close();
   sqlite3_reset_auto_extension();
   EXPECT_EQ(count(), 0);
   EXPECT_EQ(categories().size(), 6U);
 }
 
-// What the database cannot use.
+// Missing tables and indexes, and rows that cannot be written.
 
-TEST_F(StoreFaults, WithoutItsTableEveryOperationOnTasksFails) {
+TEST_F(StoreFaults, FailsWithoutTaskTable) {
   fill();
   sql("DROP TABLE task_table_task");
   Task record = meeting();
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().addTask(record), databaseFailure); }),
+  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().addTask(record), TASK_ENG_DATABASE_FAILURE); }),
               HasLine("AddTask failed! [ret=4]"));
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().getTask(1, record), databaseFailure); }),
+  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().getTask(1, record), TASK_ENG_DATABASE_FAILURE); }),
               HasLine("GetTask failed! [ret=4]"));
   const std::string updating =
-      logOf([&] { EXPECT_EQ(store().updateTask(record), databaseFailure); });
+      logOf([&] { EXPECT_EQ(store().updateTask(record), TASK_ENG_DATABASE_FAILURE); });
   EXPECT_THAT(updating, HasLine("UpdateTask failed! [ret=4]"));
   EXPECT_THAT(updating, Not(HasLine("DB Memory full!")));
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().removeTask(1), databaseFailure); }),
+  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().removeTask(1), TASK_ENG_DATABASE_FAILURE); }),
               HasLine("RemoveTask failed! [ret=4]"));
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().removeTasksWithCategoryId(3), databaseFailure); }),
-              HasLine("RemoveAll failed! [ret=4]"));
+  EXPECT_THAT(
+      logOf([&] { EXPECT_EQ(store().removeTasksWithCategoryId(3), TASK_ENG_DATABASE_FAILURE); }),
+      HasLine("RemoveAll failed! [ret=4]"));
   int number = 55;
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().getCount(number), databaseFailure); }),
+  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().getCount(number), TASK_ENG_DATABASE_FAILURE); }),
               HasLine("GetCount failed! [ret=4]"));
   for (const auto category :
        {ZTASK_ENG_Model::TASK_CATEGORY_DUE, ZTASK_ENG_Model::TASK_CATEGORY_INCOMPLETE}) {
-    EXPECT_THAT(logOf([&] { EXPECT_EQ(store().getCount(number, category), databaseFailure); }),
-                HasLine("GetTasks failed! [ret=4]"));
+    EXPECT_THAT(
+        logOf([&] { EXPECT_EQ(store().getCount(number, category), TASK_ENG_DATABASE_FAILURE); }),
+        HasLine("GetTasks failed! [ret=4]"));
   }
   EXPECT_EQ(number, 55);
   QValueList<unsigned int> list;
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().getAllIDs(list), databaseFailure); }),
+  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().getAllIDs(list), TASK_ENG_DATABASE_FAILURE); }),
               HasLine("GetAllIDs failed! [ret=4]"));
-  const std::string removing = logOf([&] { EXPECT_EQ(store().removeAll(), databaseFailure); });
+  const std::string removing =
+      logOf([&] { EXPECT_EQ(store().removeAll(), TASK_ENG_DATABASE_FAILURE); });
   EXPECT_THAT(removing, HasLine("GetAllIDs failed! [ret=4]"));
   EXPECT_THAT(removing, HasLine("GetAllIDs failed! [ret=6]"));
   EXPECT_TRUE(list.isEmpty());
@@ -386,7 +389,7 @@ TEST_F(StoreFaults, WithoutItsTableEveryOperationOnTasksFails) {
   EXPECT_EQ(categories().size(), 6U);
 }
 
-TEST_F(StoreFaults, WithoutAnIndexTheListsByItFail) {
+TEST_F(StoreFaults, ListsFailWithoutTheirIndex) {
   fill();
   sql("DROP INDEX task_index_due");
   sql("DROP INDEX task_index_end");
@@ -422,123 +425,130 @@ TEST_F(StoreFaults, WithoutAnIndexTheListsByItFail) {
       {[&] { return store().removeCategory(name, true); }, "RemoveAll failed! [ret=4]"},
   };
   for (const auto& one : cases)
-    EXPECT_THAT(logOf([&] { EXPECT_EQ(one.first(), databaseFailure); }), HasLine(one.second));
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().getMatchTasks(tasks, text), databaseFailure); }),
-              Not(HasLine("")));
+    EXPECT_THAT(logOf([&] { EXPECT_EQ(one.first(), TASK_ENG_DATABASE_FAILURE); }),
+                HasLine(one.second));
+  EXPECT_THAT(
+      logOf([&] { EXPECT_EQ(store().getMatchTasks(tasks, text), TASK_ENG_DATABASE_FAILURE); }),
+      Not(HasLine("")));
   EXPECT_TRUE(tasks.isEmpty());
   EXPECT_TRUE(list.isEmpty());
   EXPECT_EQ(count(), 3);
   EXPECT_EQ(categories().size(), 6U);
   EXPECT_EQ(store().getAllIDs(list, ZTASK_ENG_Model::TASK_CATEGORY_ALL,
                               ZTASK_ENG_Model::TASK_SORT_PRIORITY),
-            ok);
+            TASK_ENG_OK);
 }
 
-TEST_F(StoreFaults, WithoutTheIndexOfNamesNoNameIsFound) {
+TEST_F(StoreFaults, FailsWithoutCategoryIndex) {
   fill();
   sql("DROP INDEX task_index_category");
   const auto before = everything();
   Task record = meeting();
   QString name("meeting");
   unsigned int uid = 55;
-  const std::string adding = logOf([&] { EXPECT_EQ(store().addTask(record), databaseFailure); });
+  const std::string adding =
+      logOf([&] { EXPECT_EQ(store().addTask(record), TASK_ENG_DATABASE_FAILURE); });
   EXPECT_THAT(adding, HasLine("GetCategoryId failed! [ret=4]"));
   EXPECT_THAT(adding, HasLine("Get category id failed!"));
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().updateTask(record), databaseFailure); }),
+  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().updateTask(record), TASK_ENG_DATABASE_FAILURE); }),
               HasLine("Get categoryid failed![ret=6]"));
-  EXPECT_EQ(store().addCategory(name, uid), databaseFailure);
-  EXPECT_EQ(store().removeCategory(name, true), databaseFailure);
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().removeCategory(name, false), databaseFailure); }),
-              HasLine("RemoveCategory failed! [ret=4]"));
+  EXPECT_EQ(store().addCategory(name, uid), TASK_ENG_DATABASE_FAILURE);
+  EXPECT_EQ(store().removeCategory(name, true), TASK_ENG_DATABASE_FAILURE);
+  EXPECT_THAT(
+      logOf([&] { EXPECT_EQ(store().removeCategory(name, false), TASK_ENG_DATABASE_FAILURE); }),
+      HasLine("RemoveCategory failed! [ret=4]"));
   QValueList<Task> tasks;
-  EXPECT_EQ(store().getTasks(tasks, name), databaseFailure);
+  EXPECT_EQ(store().getTasks(tasks, name), TASK_ENG_DATABASE_FAILURE);
   EXPECT_EQ(uid, 55U);
   EXPECT_TRUE(everything() == before);
 }
 
-TEST_F(StoreFaults, WithoutCategoriesRecordsAreGivenWithoutThem) {
+TEST_F(StoreFaults, ReturnsRecordsWithoutCategoryTable) {
   fill();
   sql("DROP TABLE task_table_category");
   Task record;
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().getTask(1, record), ok); }),
+  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().getTask(1, record), TASK_ENG_OK); }),
               HasLine("GetCategory failed! [ret=4]"));
   EXPECT_TRUE(record.getString(Task::TASK_FIELD_CATEGORY).isNull());
   QValueList<QString> names;
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().getAllCategories(names), databaseFailure); }),
+  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().getAllCategories(names), TASK_ENG_DATABASE_FAILURE); }),
               HasLine("GetCategory failed! [ret=4]"));
   QString name("party");
   QString other("feast");
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().renameCategory(name, other), databaseFailure); }),
-              HasLine("RenameCategory failed! [ret=4]"));
+  EXPECT_THAT(
+      logOf([&] { EXPECT_EQ(store().renameCategory(name, other), TASK_ENG_DATABASE_FAILURE); }),
+      HasLine("RenameCategory failed! [ret=4]"));
 }
 
-TEST_F(StoreFaults, ARowThatCannotBeRemovedKeepsAllOthers) {
+TEST_F(StoreFaults, RemovesNothingIfOneRowCannotBeRemoved) {
   fill();
   refuse("DELETE ON task_table_task WHEN OLD.UID = 3");
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().removeTasksWithCategoryId(3), databaseFailure); }),
-              HasLine("RemoveAll failed! [ret=7]"));
+  EXPECT_THAT(
+      logOf([&] { EXPECT_EQ(store().removeTasksWithCategoryId(3), TASK_ENG_DATABASE_FAILURE); }),
+      HasLine("RemoveAll failed! [ret=7]"));
   EXPECT_THAT(uids(), ElementsAre(1, 2, 3));
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().removeAll(), databaseFailure); }),
+  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().removeAll(), TASK_ENG_DATABASE_FAILURE); }),
               HasLine("RemoveAll failed! [ret=7]"));
   EXPECT_THAT(uids(), ElementsAre(1, 2, 3));
   QString name("meeting");
-  EXPECT_EQ(store().removeCategory(name, true), databaseFailure);
+  EXPECT_EQ(store().removeCategory(name, true), TASK_ENG_DATABASE_FAILURE);
   EXPECT_THAT(uids(), ElementsAre(1, 2, 3));
   EXPECT_EQ(categories().at(2), "meeting");
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().removeTask(3), databaseFailure); }),
+  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().removeTask(3), TASK_ENG_DATABASE_FAILURE); }),
               HasLine("RemoveTask failed! [ret=7]"));
   EXPECT_THAT(reports(), ElementsAre());
-  // The failed removal of all left no transaction behind.
-  EXPECT_EQ(store().removeTask(1), ok);
+  // The failed removal of all tasks left no transaction open.
+  EXPECT_EQ(store().removeTask(1), TASK_ENG_OK);
   close();
   EXPECT_THAT(uids(), ElementsAre(2, 3));
 }
 
-TEST_F(StoreFaults, ACategoryThatCannotBeRemovedLosesItsTasksAllTheSame) {
+TEST_F(StoreFaults, RemovesTasksOfCategoryThatCannotBeRemoved) {
   fill();
   refuse("DELETE ON task_table_category");
   QString name("meeting");
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().removeCategory(name, true), databaseFailure); }),
-              HasLine("RemoveCategory failed! [ret=7]"));
+  EXPECT_THAT(
+      logOf([&] { EXPECT_EQ(store().removeCategory(name, true), TASK_ENG_DATABASE_FAILURE); }),
+      HasLine("RemoveCategory failed! [ret=7]"));
   EXPECT_THAT(uids(), ElementsAre(2));
   EXPECT_EQ(categories().at(2), "meeting");
-  EXPECT_THAT(reports(), testing::UnorderedElementsAre("1 3", "3 3"));
+  EXPECT_THAT(reports(), testing::UnorderedElementsAre(removal(1), removal(3)));
 }
 
-TEST_F(StoreFaults, ACategoryThatCannotBeRenamedKeepsTheOthersOfItsName) {
+TEST_F(StoreFaults, RenamesNothingIfOneRowCannotBeRenamed) {
   fill();
   sql("UPDATE task_table_category SET name = 'meeting' WHERE name = 'party'");
   refuse("UPDATE ON task_table_category WHEN OLD.UID = 6");
   QString name("meeting");
   QString other("feast");
-  EXPECT_EQ(store().renameCategory(name, other), databaseFailure);
+  EXPECT_EQ(store().renameCategory(name, other), TASK_ENG_DATABASE_FAILURE);
   EXPECT_THAT(categories(),
               ElementsAre("(null)", "none", "meeting", "vacation", "appointment", "meeting"));
 }
 
-TEST_F(StoreFaults, ARowThatCannotBeWrittenIsNotThere) {
+TEST_F(StoreFaults, StoresNothingIfRowCannotBeWritten) {
   fill();
   const auto before = everything();
   refuse("INSERT ON task_table_task");
   Task record = meeting();
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().addTask(record), databaseFailure); }),
+  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().addTask(record), TASK_ENG_DATABASE_FAILURE); }),
               HasLine("AddTask failed! [ret=7]"));
   sql("DROP TRIGGER refusal");
   refuse("UPDATE ON task_table_task");
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().updateTask(record), databaseFailure); }),
+  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().updateTask(record), TASK_ENG_DATABASE_FAILURE); }),
               HasLine("UpdateTask failed! [ret=7]"));
   sql("DROP TRIGGER refusal");
   refuse("INSERT ON task_table_category");
   QString name("work");
   unsigned int uid = 55;
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().addCategory(name, uid), databaseFailure); }),
+  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().addCategory(name, uid), TASK_ENG_DATABASE_FAILURE); }),
               HasLine("AddCategory failed! [ret=7]"));
   EXPECT_EQ(uid, 55U);
   EXPECT_TRUE(everything() == before);
   EXPECT_THAT(reports(), ElementsAre());
 }
 
-TEST_F(StoreFaults, IsClosedWhenTheNullCategoryCannotBeAdded) {
+TEST_F(StoreFaults, StaysClosedIfNullCategoryCannotBeAdded) {
   prepare();
   sql("DELETE FROM task_table_category WHERE name IS NULL");
   refuse("INSERT ON task_table_category");
@@ -547,7 +557,7 @@ TEST_F(StoreFaults, IsClosedWhenTheNullCategoryCannotBeAdded) {
   EXPECT_THAT(log, HasLine("Add null category failed!! The db ret is 6"));
   EXPECT_THAT(log, HasLine("Create task table failed! [ret=6]"));
   int number = 0;
-  EXPECT_EQ(store().getCount(number), notOpen);
+  EXPECT_EQ(store().getCount(number), TASK_ENG_NOT_OPEN);
 }
 
 }  // namespace

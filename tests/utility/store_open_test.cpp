@@ -1,4 +1,4 @@
-// Opening, the tables and their first rows, the directory for files.
+// Opening the store: its tables, their first rows, and the directory for files.
 
 #include "store_test.h"
 
@@ -14,7 +14,7 @@ using testing::Not;
 const std::vector<std::string> firstCategories = {"(null)",   "none",        "meeting",
                                                   "vacation", "appointment", "party"};
 
-TEST_F(StoreTest, MakesTablesAndSixCategoriesInANewDatabase) {
+TEST_F(StoreTest, CreatesTablesAndSixCategoriesInNewDatabase) {
   const std::string log = logOf([&] { store(); });
   EXPECT_EQ(log, line("After opening task_eng_port") + line("After opening task_ui_port") +
                      line("DB task_table_task table is not exit!Creating task table...") +
@@ -33,7 +33,7 @@ TEST_F(StoreTest, MakesTablesAndSixCategoriesInANewDatabase) {
       ElementsAre("null|1", "none|1", "meeting|1", "vacation|1", "appointment|1", "party|1"));
 }
 
-TEST_F(StoreTest, LeavesACompleteDatabaseAsItIs) {
+TEST_F(StoreTest, LeavesCompleteDatabaseUnchanged) {
   add(task("kept"));
   close();
   const auto before = sql("SELECT UID, name, flag FROM task_table_category");
@@ -50,7 +50,7 @@ TEST_F(StoreTest, LeavesACompleteDatabaseAsItIs) {
             line("Before closing task_eng_port") + line("Before closing task_ui_port"));
 }
 
-TEST_F(StoreTest, AddsAMissingNullCategory) {
+TEST_F(StoreTest, AddsMissingNullCategory) {
   prepare();
   sql("DELETE FROM task_table_category WHERE name IS NULL");
   const std::string log = logOf([&] { store(); });
@@ -63,7 +63,7 @@ TEST_F(StoreTest, AddsAMissingNullCategory) {
               ElementsAre("none", "meeting", "vacation", "appointment", "party", "(null)"));
 }
 
-TEST_F(StoreTest, AddsTheNullCategoryToAnEmptyTable) {
+TEST_F(StoreTest, AddsNullCategoryToEmptyTable) {
   prepare();
   sql("DELETE FROM task_table_category");
   const std::string log = logOf([&] { store(); });
@@ -72,17 +72,17 @@ TEST_F(StoreTest, AddsTheNullCategoryToAnEmptyTable) {
   EXPECT_THAT(log, HasLine("Attention Please, No record in category table!!!"));
   EXPECT_THAT(log, HasLine("We have to add 'null' category to make calendar work!"));
   EXPECT_THAT(categories(), ElementsAre("(null)"));
-  // A number that was given is not given again.
+  // UIDs are not reused.
   EXPECT_THAT(sql("SELECT UID > 6 FROM task_table_category"), ElementsAre("1"));
 }
 
-TEST_F(StoreTest, MakesOneMissingTable) {
+TEST_F(StoreTest, CreatesSingleMissingTable) {
   const unsigned int uid = add(task("kept"));
   close();
   sql("DROP TABLE task_table_category");
   EXPECT_THAT(logOf([&] { store(); }), HasLine("OK, DB task_table_task table do exit!"));
   EXPECT_EQ(categories(), firstCategories);
-  EXPECT_EQ(code(uid), ok);
+  EXPECT_EQ(code(uid), TASK_ENG_OK);
   addCategory("work");
   close();
   sql("DROP TABLE task_table_task");
@@ -92,35 +92,35 @@ TEST_F(StoreTest, MakesOneMissingTable) {
   EXPECT_EQ(count(), 0);
 }
 
-// A view in the way of a table, an index's name that is taken: the database refuses.
+// An index cannot be created if its name is taken.
 
-TEST_F(StoreTest, IsClosedWhenAnIndexCannotBeMade) {
+TEST_F(StoreTest, StaysClosedIfIndexCannotBeCreated) {
   prepare();
   sql("DROP TABLE task_table_task");
   sql("CREATE INDEX task_index_alarm ON task_table_category (flag)");
   EXPECT_THAT(logOf([&] { store(); }), HasLine("Create task table failed! [ret=6]"));
   int number = 55;
-  EXPECT_EQ(store().getCount(number), notOpen);
+  EXPECT_EQ(store().getCount(number), TASK_ENG_NOT_OPEN);
   EXPECT_EQ(number, 55);
-  // Nothing of the task table stays.
+  // No part of the task table remains.
   EXPECT_THAT(sql("SELECT name FROM sqlite_schema WHERE tbl_name = 'task_table_task'"),
               ElementsAre());
 }
 
-TEST_F(StoreTest, OpensWhenOnlyTheTaskTableCannotBeMade) {
+TEST_F(StoreTest, OpensIfOnlyTaskTableCannotBeCreated) {
   prepare();
   sql("DROP TABLE task_table_task");
   sql("DROP TABLE task_table_category");
   sql("CREATE TABLE other (UID INTEGER PRIMARY KEY AUTOINCREMENT, x)");
-  sql("INSERT INTO other (x) VALUES (1)");  // a database without rows would begin anew
+  sql("INSERT INTO other (x) VALUES (1)");  // a database without rows would be replaced
   sql("CREATE INDEX task_index_alarm ON other (x)");
   EXPECT_THAT(logOf([&] { store(); }), Not(HasLine("Create task table failed!")));
   EXPECT_EQ(categories(), firstCategories);
   int number = 55;
-  EXPECT_EQ(store().getCount(number), databaseFailure);
+  EXPECT_EQ(store().getCount(number), TASK_ENG_DATABASE_FAILURE);
 }
 
-TEST_F(StoreTest, IsClosedWhenTheCategoryIndexCannotBeMade) {
+TEST_F(StoreTest, StaysClosedIfCategoryIndexCannotBeCreated) {
   prepare();
   sql("INSERT INTO task_table_task (priority) VALUES (1)");
   sql("DROP TABLE task_table_category");
@@ -130,10 +130,10 @@ TEST_F(StoreTest, IsClosedWhenTheCategoryIndexCannotBeMade) {
               ElementsAre());
 }
 
-TEST_F(StoreTest, IsClosedWhenTheNullCategoryCannotBeInserted) {
+TEST_F(StoreTest, StaysClosedIfNullCategoryCannotBeInserted) {
   prepare();
   sql("DROP TABLE task_table_category");
-  // Its numbers are used up before it is made.
+  // All UIDs of the new table are used up.
   sql("INSERT INTO sqlite_sequence VALUES ('task_table_category', 9223372036854775807)");
   const std::string log = logOf([&] { store(); });
   EXPECT_THAT(log, HasLine("Insert null category failed!! The ret is"));
@@ -145,45 +145,45 @@ void expectClosed(Store& store) {
   Task task;
   int number = 55;
   QValueList<QString> names;
-  EXPECT_EQ(store.addTask(task), notOpen);
-  EXPECT_EQ(store.getTask(1, task), notOpen);
-  EXPECT_EQ(store.getCount(number), notOpen);
-  EXPECT_EQ(store.getAllCategories(names), notOpen);
-  // These two don't look whether the store is open.
+  EXPECT_EQ(store.addTask(task), TASK_ENG_NOT_OPEN);
+  EXPECT_EQ(store.getTask(1, task), TASK_ENG_NOT_OPEN);
+  EXPECT_EQ(store.getCount(number), TASK_ENG_NOT_OPEN);
+  EXPECT_EQ(store.getAllCategories(names), TASK_ENG_NOT_OPEN);
+  // These two functions do not check whether the store is open.
   QValueList<Task> tasks;
   QString name("none");
-  EXPECT_EQ(store.getTasks(tasks, Task::TASK_FIELD_DUE, 0, 1), databaseFailure);
-  EXPECT_EQ(store.getTasks(tasks, Task::TASK_FIELD_DUE, 1, 0), badParameter);
-  EXPECT_EQ(store.getTasks(tasks, name), databaseFailure);
+  EXPECT_EQ(store.getTasks(tasks, Task::TASK_FIELD_DUE, 0, 1), TASK_ENG_DATABASE_FAILURE);
+  EXPECT_EQ(store.getTasks(tasks, Task::TASK_FIELD_DUE, 1, 0), TASK_ENG_BAD_PARAMETER);
+  EXPECT_EQ(store.getTasks(tasks, name), TASK_ENG_DATABASE_FAILURE);
   EXPECT_EQ(number, 55);
   EXPECT_TRUE(tasks.isEmpty());
 }
 
-TEST_F(StoreTest, IsClosedOnAFileThatIsNoDatabase) {
+TEST_F(StoreTest, StaysClosedIfFileIsNotDatabase) {
   std::ofstream(directory_.path() / "tasks.db") << std::string(8192, 'x');
   EXPECT_THAT(logOf([&] { store(); }), HasLine("Open db failed! [ret=11]"));
   expectClosed(store());
 }
 
-TEST_F(StoreTest, IsClosedOnADirectoryInThePlaceOfTheFile) {
+TEST_F(StoreTest, StaysClosedIfFileIsDirectory) {
   std::filesystem::create_directory(directory_.path() / "tasks.db");
   EXPECT_THAT(logOf([&] { store(); }), HasLine("Open db failed! [ret="));
   expectClosed(store());
 }
 
-TEST_F(StoreTest, IsClosedWithoutADataDirectory) {
+TEST_F(StoreTest, StaysClosedWithoutDataDirectory) {
   const std::string file = (directory_.path() / "file").string();
   std::ofstream(file) << "x";
   setenv("ULO_DATA_DIR", file.c_str(), 1);
   EXPECT_THAT(logOf([&] { store(); }), HasLine("Open db failed! [ret=9]"));
   expectClosed(store());
   close();
-  // A store that is made later opens.
+  // A store that is created later opens.
   setenv("ULO_DATA_DIR", directory_.path().c_str(), 1);
   EXPECT_EQ(count(), 0);
 }
 
-TEST_F(StoreTest, IsClosedWhenACategoryListCannotBeRead) {
+TEST_F(StoreTest, StaysClosedIfCategoriesCannotBeRead) {
   prepare();
   sql("ALTER TABLE task_table_category RENAME COLUMN name TO title");
   const std::string log = logOf([&] { store(); });
@@ -192,12 +192,12 @@ TEST_F(StoreTest, IsClosedWhenACategoryListCannotBeRead) {
   EXPECT_THAT(log, HasLine("Create task table failed! [ret=6]"));
 }
 
-TEST_F(StoreTest, TwoStoresOfAThreadCloseInAnyOrder) {
+TEST_F(StoreTest, TwoStoresInOneThreadCloseInAnyOrder) {
   auto first = std::make_unique<Store>();
   auto second = std::make_unique<Store>();
   first.reset();
   Task task;
-  EXPECT_EQ(second->addTask(task), ok);
+  EXPECT_EQ(second->addTask(task), TASK_ENG_OK);
 }
 
 // The directory for files.
@@ -211,7 +211,7 @@ protected:
   TemporaryDirectory place_;
 };
 
-TEST_F(TaskWritePath, IsMadeAndFound) {
+TEST_F(TaskWritePath, IsCreatedOnFirstUse) {
   writePath(place_.path());
   const QString expected = QString::fromStdString((place_.path() / "tasks").string());
   for (int round = 0; round < 2; ++round) {
@@ -224,7 +224,7 @@ TEST_F(TaskWritePath, IsMadeAndFound) {
   EXPECT_EQ(std::distance(begin(entries), end(entries)), 1);
 }
 
-TEST_F(TaskWritePath, KeepsANameThatIsNotAscii) {
+TEST_F(TaskWritePath, AcceptsNonAsciiName) {
   const auto place = place_.path() / "Aufgäben 任务";
   std::filesystem::create_directory(place);
   writePath(place);
@@ -233,7 +233,7 @@ TEST_F(TaskWritePath, KeepsANameThatIsNotAscii) {
   EXPECT_EQ(path.toStdString(), (place / "tasks").string());
 }
 
-TEST_F(TaskWritePath, FailsWhereNoDirectoryCanBe) {
+TEST_F(TaskWritePath, FailsIfDirectoryCannotBeCreated) {
   std::ofstream(place_.path() / "tasks") << "a file";
   QString path("as it was");
   for (const auto& place : {place_.path(), place_.path() / "missing"}) {
@@ -246,7 +246,7 @@ TEST_F(TaskWritePath, FailsWhereNoDirectoryCanBe) {
   }
 }
 
-TEST_F(TaskWritePath, NeedsNoOpenStore) {
+TEST_F(TaskWritePath, WorksOnClosedStore) {
   std::ofstream(directory_.path() / "tasks.db") << std::string(8192, 'x');
   writePath(place_.path());
   QString path;

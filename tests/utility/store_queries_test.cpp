@@ -21,26 +21,25 @@ protected:
   Uids inRange(Task::TASK_FIELD_T field, long from, long to) {
     Uids found;
     const int code = range(field, from, to, found);
-    EXPECT_EQ(code, found.empty() ? notFound : ok);
+    EXPECT_EQ(code, found.empty() ? TASK_ENG_NOT_FOUND : TASK_ENG_OK);
     return found;
   }
-  Uids page(Task start, int count, int category, int sort) {
+  Uids page(Task start, int count, Filter filter, Sort sort) {
     QValueList<Task> tasks;
-    const int code = store().getTasks(tasks, start, count, ZTASK_ENG_Model::TASK_CATEGORY(category),
-                                      ZTASK_ENG_Model::TASK_SORT_FIELD(sort));
-    EXPECT_EQ(code, tasks.isEmpty() ? notFound : ok);
+    const int code = store().getTasks(tasks, start, count, filter, sort);
+    EXPECT_EQ(code, tasks.isEmpty() ? TASK_ENG_NOT_FOUND : TASK_ENG_OK);
     return uidsOf(tasks);
   }
   Uids mentioning(const QString& text) {
     QString wanted = text;
     QValueList<Task> tasks;
-    EXPECT_EQ(store().getMatchTasks(tasks, wanted), ok);
+    EXPECT_EQ(store().getMatchTasks(tasks, wanted), TASK_ENG_OK);
     return uidsOf(tasks);
   }
   Uids like(const Task& example) {
     Task wanted = example;
     QValueList<Task> tasks;
-    EXPECT_EQ(store().getMatchTasks(tasks, wanted), ok);
+    EXPECT_EQ(store().getMatchTasks(tasks, wanted), TASK_ENG_OK);
     return uidsOf(tasks);
   }
 };
@@ -58,7 +57,7 @@ TEST_F(StoreQueries, RangeIncludesBothEnds) {
   EXPECT_EQ(inRange(Task::TASK_FIELD_DUE, day + 2, day + 9), Uids{});
 }
 
-TEST_F(StoreQueries, RangeTakesAnyOtherFieldForTheEnd) {
+TEST_F(StoreQueries, RangeTreatsAnyOtherFieldAsEnd) {
   Task ended = task("ended", 1, 0, now().addDays(5));
   ended.setDateTime(Task::TASK_FIELD_END, now());
   ended.setDateTime(Task::TASK_FIELD_ALARM, now().addDays(9));
@@ -70,18 +69,18 @@ TEST_F(StoreQueries, RangeTakesAnyOtherFieldForTheEnd) {
   }
 }
 
-TEST_F(StoreQueries, RangeIsInTheOrderOfItsIndex) {
+TEST_F(StoreQueries, RangeIsInIndexOrder) {
   const unsigned int a = add(task("a", 2, 1, now()));
   const unsigned int b = add(task("b", 1, 1, now()));
   const unsigned int c = add(task("c", 2, 1, now()));
   const unsigned int d = add(task("d", 9, 1, now().addDays(-1)));
   EXPECT_EQ(inRange(Task::TASK_FIELD_DUE, 0, seconds(now())), (Uids{d, b, c, a}));
-  // By end the priority does not matter; the newest goes first.
+  // The order by end date ignores the priority and lists the newest task first.
   EXPECT_EQ(inRange(Task::TASK_FIELD_END, Task::noDateSeconds, Task::noDateSeconds),
             (Uids{d, c, b, a}));
 }
 
-TEST_F(StoreQueries, RangeFindsTasksWithoutDateOnlyAtTheFarEnd) {
+TEST_F(StoreQueries, RangeFindsTasksWithoutDateOnlyAtLatestDate) {
   const unsigned int never = add(task("never"));
   EXPECT_EQ(inRange(Task::TASK_FIELD_DUE, 0, Task::noDateSeconds - 1), Uids{});
   EXPECT_EQ(inRange(Task::TASK_FIELD_DUE, 0, Task::noDateSeconds), Uids{never});
@@ -90,7 +89,7 @@ TEST_F(StoreQueries, RangeFindsTasksWithoutDateOnlyAtTheFarEnd) {
             Uids{never});
 }
 
-TEST_F(StoreQueries, FindsNothingInRangeBeyondStoredDates) {
+TEST_F(StoreQueries, RangeBeyondStoredDatesIsEmpty) {
   const unsigned int never = add(task("never"));
   const unsigned int earliest = add(task("earliest", 1, 1, QDateTime::fromSecsSinceEpoch(INT_MIN)));
   const unsigned int latest = add(task("latest", 1, 1, QDateTime::fromSecsSinceEpoch(INT_MAX - 1)));
@@ -112,18 +111,20 @@ TEST_F(StoreQueries, FindsNothingInRangeBeyondStoredDates) {
   EXPECT_EQ(inRange(Task::TASK_FIELD_DUE, INT_MAX - 1, INT_MAX - 1), Uids{latest});
 }
 
-TEST_F(StoreQueries, RangeThatIsNoneIsRefusedSilently) {
+TEST_F(StoreQueries, RejectsReversedRangeSilently) {
   store();
   Uids found;
-  EXPECT_EQ(logOf([&] { EXPECT_EQ(range(Task::TASK_FIELD_DUE, 1, 0, found), badParameter); }), "");
+  EXPECT_EQ(
+      logOf([&] { EXPECT_EQ(range(Task::TASK_FIELD_DUE, 1, 0, found), TASK_ENG_BAD_PARAMETER); }),
+      "");
   EXPECT_EQ(range(Task::TASK_FIELD_DUE, std::numeric_limits<long>::max(),
                   std::numeric_limits<long>::max() - 1, found),
-            badParameter);
+            TASK_ENG_BAD_PARAMETER);
 }
 
 // By category.
 
-TEST_F(StoreQueries, ListsTheTasksOfACategory) {
+TEST_F(StoreQueries, ListsTasksOfCategory) {
   Uids expected;
   for (int i = 0; i < 20; ++i) {
     Task added = task("s");
@@ -134,27 +135,26 @@ TEST_F(StoreQueries, ListsTheTasksOfACategory) {
   }
   QString name("party");
   QValueList<Task> tasks;
-  EXPECT_EQ(store().getTasks(tasks, name), ok);
+  EXPECT_EQ(store().getTasks(tasks, name), TASK_ENG_OK);
   Uids found = uidsOf(tasks);
   EXPECT_THAT(found, testing::UnorderedElementsAreArray(expected));
   for (const Task& task : tasks)
     EXPECT_EQ(task.getString(Task::TASK_FIELD_CATEGORY), name);
 
   name = "vacation";
-  EXPECT_EQ(store().getTasks(tasks, name), notFound);
+  EXPECT_EQ(store().getTasks(tasks, name), TASK_ENG_NOT_FOUND);
   name = "unheard of";
-  EXPECT_EQ(logOf([&] { EXPECT_EQ(store().getTasks(tasks, name), notFound); }),
+  EXPECT_EQ(logOf([&] { EXPECT_EQ(store().getTasks(tasks, name), TASK_ENG_NOT_FOUND); }),
             line("The category unheard of is not exist!"));
   EXPECT_EQ(tasks.count(), 10U);
   const unsigned int bare = add(task("no category"));
   QString null;
   tasks.clear();
-  EXPECT_EQ(store().getTasks(tasks, null), ok);
+  EXPECT_EQ(store().getTasks(tasks, null), TASK_ENG_OK);
   EXPECT_EQ(uidsOf(tasks), Uids{bare});
 }
 
-// Every list gives whole records.
-TEST_F(StoreQueries, ListsGiveWholeRecordsAndAppend) {
+TEST_F(StoreQueries, ListsAppendWholeRecords) {
   Task added = task("summary", 3, 1, now());
   added.setString(Task::TASK_FIELD_CATEGORY, "party");
   added.setString(Task::TASK_FIELD_NOTE, QString());
@@ -165,19 +165,17 @@ TEST_F(StoreQueries, ListsGiveWholeRecordsAndAppend) {
   QString party("party");
   QString text("summ");
   QValueList<Task> tasks;
-  EXPECT_EQ(store().getTasks(tasks, Task::TASK_FIELD_DUE, 0, seconds(now())), ok);
-  EXPECT_EQ(store().getTasks(tasks, party), ok);
-  for (const int category : {0, 1, 2})
-    EXPECT_EQ(store().getTasks(tasks, added, 1, ZTASK_ENG_Model::TASK_CATEGORY(category),
-                               ZTASK_ENG_Model::TASK_SORT_DUE),
-              ok);
-  EXPECT_EQ(store().getMatchTasks(tasks, text), ok);
+  EXPECT_EQ(store().getTasks(tasks, Task::TASK_FIELD_DUE, 0, seconds(now())), TASK_ENG_OK);
+  EXPECT_EQ(store().getTasks(tasks, party), TASK_ENG_OK);
+  for (const Filter filter : {allTasks, dueTasks, incompleteTasks})
+    EXPECT_EQ(store().getTasks(tasks, added, 1, filter, byDueDate), TASK_ENG_OK);
+  EXPECT_EQ(store().getMatchTasks(tasks, text), TASK_ENG_OK);
   EXPECT_EQ(tasks.count(), 6U);
   for (const Task& task : tasks)
     EXPECT_THAT(task, IsSameTask(added));
   QValueList<Task> alike;
   Task example;
-  EXPECT_EQ(store().getMatchTasks(alike, example), ok);
+  EXPECT_EQ(store().getMatchTasks(alike, example), TASK_ENG_OK);
   ASSERT_EQ(alike.count(), 1U);
   EXPECT_THAT(alike.at(0), IsSameTask(added));
 }
@@ -193,17 +191,15 @@ protected:
       add(tasks_.back());
     }
   }
-  // The UIDs from `start` on in the whole sorted list that pass `filter`, at most `count`.
-  template <typename Filter> Uids expected(const Task& start, int count, int sort, Filter filter) {
+  // The expected page: up to `count` UIDs of tasks that match, from `start` in the sorted list.
+  template <typename Match> Uids expected(const Task& start, int count, Sort sort, Match match) {
     QValueList<unsigned int> all;
-    EXPECT_EQ(store().getAllIDs(all, ZTASK_ENG_Model::TASK_CATEGORY_ALL,
-                                ZTASK_ENG_Model::TASK_SORT_FIELD(sort)),
-              ok);
+    EXPECT_EQ(store().getAllIDs(all, allTasks, sort), TASK_ENG_OK);
     Uids result;
     bool reached = false;
     for (const unsigned int uid : all) {
       reached = reached || uid == start.getUINT32(Task::TASK_FIELD_UID);
-      if (reached && static_cast<int>(result.size()) < count && filter(get(uid)))
+      if (reached && static_cast<int>(result.size()) < count && match(get(uid)))
         result.push_back(uid);
     }
     return result;
@@ -212,102 +208,96 @@ protected:
   std::vector<Task> tasks_;
 };
 
-TEST_F(StorePages, GoOnFromTheirFirstTaskInOrderOfTheIndex) {
+TEST_F(StorePages, ContinueInIndexOrder) {
   const QDateTime tonight(now().date(), QTime(23, 59, 59));
-  for (const int sort : {0, 1}) {
+  for (const Sort sort : {byDueDate, byPriority}) {
     for (const int count : {1, 2, 7, 100}) {
       for (const Task& start : {tasks_.front(), tasks_.at(13), tasks_.back()}) {
-        EXPECT_EQ(page(start, count, 0, sort),
+        EXPECT_EQ(page(start, count, allTasks, sort),
                   expected(start, count, sort, [](const Task&) { return true; }));
-        EXPECT_EQ(page(start, count, 1, sort), expected(start, count, sort, [&](const Task& task) {
+        EXPECT_EQ(page(start, count, dueTasks, sort),
+                  expected(start, count, sort, [&](const Task& task) {
                     return task.getDateTime(Task::TASK_FIELD_DUE) < tonight;
                   }));
-        for (const int category : {2, 3, 7})
-          EXPECT_EQ(page(start, count, category, sort),
+        for (const Filter filter : {incompleteTasks, completedTasks, Filter(7)})
+          EXPECT_EQ(page(start, count, filter, sort),
                     expected(start, count, sort, [&](const Task& task) {
-                      return task.getStatusValue() == (category == 2 ? 1 : 0);
+                      return task.getStatusValue() == (filter == incompleteTasks ? 1 : 0);
                     }));
       }
     }
   }
 }
 
-TEST_F(StorePages, SkipAStartThatDoesNotPassTheFilter) {
+TEST_F(StorePages, SkipStartThatDoesNotMatchFilter) {
   const Task& completed = tasks_.front();
   ASSERT_EQ(completed.getStatusValue(), 0);
-  const Uids found = page(completed, 10, 2, 0);
+  const Uids found = page(completed, 10, incompleteTasks, byDueDate);
   EXPECT_EQ(found.size(), 10U);
   EXPECT_EQ(std::count(found.begin(), found.end(), completed.getUINT32(Task::TASK_FIELD_UID)), 0);
 }
 
-TEST_F(StorePages, NeedTheirStartAsItIsStored) {
+TEST_F(StorePages, RequireStartAsStored) {
   const Task stored = tasks_.at(3);
   Task changed = stored;
   changed.setDateTime(Task::TASK_FIELD_DUE, now().addYears(1));
-  EXPECT_EQ(store().updateTask(changed), ok);
+  EXPECT_EQ(store().updateTask(changed), TASK_ENG_OK);
   QValueList<Task> list;
-  for (const int category : {0, 1, 2, 3}) {
+  for (const Filter filter : {allTasks, dueTasks, incompleteTasks, completedTasks}) {
     Task start = stored;
     EXPECT_EQ(logOf([&] {
-                EXPECT_EQ(store().getTasks(list, start, 10,
-                                           ZTASK_ENG_Model::TASK_CATEGORY(category),
-                                           ZTASK_ENG_Model::TASK_SORT_DUE),
-                          notFound);
+                EXPECT_EQ(store().getTasks(list, start, 10, filter, byDueDate), TASK_ENG_NOT_FOUND);
               }),
               line("Record not found!! [ret=0]"));
   }
   Task otherPriority = tasks_.at(4);
   otherPriority.setPriority(77);
-  EXPECT_EQ(page(otherPriority, 10, 0, 1), Uids{});
+  EXPECT_EQ(page(otherPriority, 10, allTasks, byPriority), Uids{});
   Task otherUid = tasks_.at(4);
   otherUid.setUINT32(Task::TASK_FIELD_UID, 999);
-  EXPECT_EQ(page(otherUid, 10, 0, 0), Uids{});
+  EXPECT_EQ(page(otherUid, 10, allTasks, byDueDate), Uids{});
   EXPECT_TRUE(list.isEmpty());
 }
 
-TEST_F(StorePages, WithoutAnyTaskFromThereOnFindNothing) {
-  // The last by due date is nothing that is due.
+TEST_F(StorePages, FindNothingIfNoTaskMatchesFromStart) {
+  // The last task by due date is not due yet.
   Task last = task("far away", 0, 0, now().addYears(5));
   add(last);
   QValueList<Task> list;
   EXPECT_EQ(logOf([&] {
-              EXPECT_EQ(store().getTasks(list, last, 10, ZTASK_ENG_Model::TASK_CATEGORY_DUE,
-                                         ZTASK_ENG_Model::TASK_SORT_DUE),
-                        notFound);
-              EXPECT_EQ(store().getTasks(list, last, 10, ZTASK_ENG_Model::TASK_CATEGORY_INCOMPLETE,
-                                         ZTASK_ENG_Model::TASK_SORT_DUE),
-                        notFound);
+              EXPECT_EQ(store().getTasks(list, last, 10, dueTasks, byDueDate), TASK_ENG_NOT_FOUND);
+              EXPECT_EQ(store().getTasks(list, last, 10, incompleteTasks, byDueDate),
+                        TASK_ENG_NOT_FOUND);
             }),
             line("Record not found!! [ret=0]") + line("Record not found!! [ret=0]"));
   EXPECT_TRUE(list.isEmpty());
 }
 
-TEST_F(StorePages, NeedAPositiveSize) {
+TEST_F(StorePages, RequirePositiveCount) {
   QValueList<Task> list;
   for (const int count : {0, -5, std::numeric_limits<int>::min()}) {
     Task start = tasks_.front();
     EXPECT_EQ(logOf([&] {
-                EXPECT_EQ(store().getTasks(list, start, count, ZTASK_ENG_Model::TASK_CATEGORY_ALL,
-                                           ZTASK_ENG_Model::TASK_SORT_DUE),
-                          badParameter);
+                EXPECT_EQ(store().getTasks(list, start, count, allTasks, byDueDate),
+                          TASK_ENG_BAD_PARAMETER);
               }),
               line("The parameter is wrong!"));
   }
-  EXPECT_EQ(page(tasks_.front(), std::numeric_limits<int>::max(), 0, 0),
-            expected(tasks_.front(), 100, 0, [](const Task&) { return true; }));
+  EXPECT_EQ(page(tasks_.front(), std::numeric_limits<int>::max(), allTasks, byDueDate),
+            expected(tasks_.front(), 100, byDueDate, [](const Task&) { return true; }));
 }
 
 // Searches.
 
-TEST_F(StoreQueries, AnEmptyStoreMatchesNothing) {
+TEST_F(StoreQueries, EmptyStoreHasNoMatches) {
   QString text;
   Task example;
   QValueList<Task> tasks;
-  EXPECT_EQ(store().getMatchTasks(tasks, text), notFound);
-  EXPECT_EQ(store().getMatchTasks(tasks, example), notFound);
+  EXPECT_EQ(store().getMatchTasks(tasks, text), TASK_ENG_NOT_FOUND);
+  EXPECT_EQ(store().getMatchTasks(tasks, example), TASK_ENG_NOT_FOUND);
 }
 
-TEST_F(StoreQueries, TextIsSoughtInFourFieldsAsItIsWritten) {
+TEST_F(StoreQueries, TextSearchIsCaseSensitiveInFourFields) {
   Task milk = task("s");
   milk.setString(Task::TASK_FIELD_NOTE, "buy milk");
   Task party = task("s");
@@ -325,7 +315,7 @@ TEST_F(StoreQueries, TextIsSoughtInFourFieldsAsItIsWritten) {
   EXPECT_EQ(mentioning(QString()).size(), 4U);
 }
 
-TEST_F(StoreQueries, AnEmptyTextIsInEveryFieldThatIsNotEmpty) {
+TEST_F(StoreQueries, EmptyTextMatchesFieldsThatAreNotEmpty) {
   Task bare;
   bare.setString(Task::TASK_FIELD_UUID, "");
   bare.setString(Task::TASK_FIELD_NOTE, "");
@@ -337,7 +327,7 @@ TEST_F(StoreQueries, AnEmptyTextIsInEveryFieldThatIsNotEmpty) {
   EXPECT_EQ(mentioning(""), Uids{uid});
 }
 
-TEST_F(StoreQueries, SearchesGoInOrderOfTheDueDate) {
+TEST_F(StoreQueries, MatchesAreInOrderOfDueDate) {
   const unsigned int late = add(task("x", 1, 1, now().addDays(1)));
   const unsigned int early = add(task("x", 1, 1, now()));
   const unsigned int never = add(task("x"));
@@ -345,7 +335,7 @@ TEST_F(StoreQueries, SearchesGoInOrderOfTheDueDate) {
   EXPECT_EQ(like(Task()), (Uids{early, late, never}));
 }
 
-TEST_F(StoreQueries, AnExampleAsksOnlyForWhatItHolds) {
+TEST_F(StoreQueries, ExampleComparesOnlySetFields) {
   Task one = task("Fetch PARCEL", 3, 2, now());
   one.setString(Task::TASK_FIELD_NOTE, "Buy MILK");
   one.setDateTime(Task::TASK_FIELD_END, now().addDays(1));
@@ -379,7 +369,7 @@ TEST_F(StoreQueries, AnExampleAsksOnlyForWhatItHolds) {
   example.setString(Task::TASK_FIELD_NOTE, "absent");
   EXPECT_EQ(like(example), Uids{});
 
-  // These are not compared.
+  // The following fields are not compared.
   example = Task();
   example.setDateTime(Task::TASK_FIELD_ALARM, now());
   example.setDateTime(Task::TASK_FIELD_REVISION, now());

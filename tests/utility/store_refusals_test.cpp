@@ -1,51 +1,218 @@
-// What the store makes of every refusal of the platform.
+// Every operation of the store, at every place where the database can fail: the result code, the
+// log lines, and that nothing is reported.
 
 #include "store_calls.h"
 
 #include <functional>
-#include <map>
 
 namespace {
 
-using testing::ElementsAreArray;
+using namespace calls;
 
-// Every operation at every place where it can be refused: what the database says, how many
-// parameter blocks can be had, what the store makes of it.
+// A failure of one operation, described as
+//
+//   Refusal("AddTaskWhenInsertIsFull", addTask)
+//       .when("category_uid_by_name", foundWork)
+//       .when("insert_task", failsWith(diskFull))
+//       .returns(TASK_ENG_MEMORY_FULL)
+//       .logs({"AddTask failed! " + ret(diskFull)})
+class Refusal {
+public:
+  using Operation = std::function<int(Store&)>;
 
-struct Refusal {
-  const char* name;
-  std::function<int(Store&)> operation;
-  std::map<std::string, calls::Answer> answers;
-  int blocks;
-  int code;
-  // The last lines.
-  std::vector<std::string> log;
+  Refusal(const char* name, Operation operation) : name_(name), operation_(std::move(operation)) {}
+
+  // The outcome of a statement; others succeed.
+  Refusal& when(const char* statement, const Outcome& outcome) {
+    plan_.outcomes[statement] = outcome;
+    return *this;
+  }
+  // Only so many parameter blocks can be allocated.
+  Refusal& whenBlocksAreLimitedTo(int blocks) {
+    plan_.parameterBlocks = blocks;
+    return *this;
+  }
+  Refusal& returns(int code) {
+    code_ = code;
+    return *this;
+  }
+  // All messages that the operation logs. By default there are none.
+  Refusal& logs(const std::vector<std::string>& messages) {
+    messages_ = messages;
+    return *this;
+  }
+
+  [[nodiscard]] const std::string& name() const { return name_; }
+  [[nodiscard]] const Plan& plan() const { return plan_; }
+  int operator()(Store& store) const { return operation_(store); }
+  [[nodiscard]] int code() const { return code_; }
+  [[nodiscard]] const std::vector<std::string>& messages() const { return messages_; }
+
+private:
+  std::string name_;
+  Operation operation_;
+  Plan plan_;
+  int code_ = TASK_ENG_OK;
+  std::vector<std::string> messages_;
 };
 void PrintTo(const Refusal& refusal, std::ostream* out) {
-  *out << refusal.name;
+  *out << refusal.name();
 }
 
-int add(Store& store) {
-  ZTASK_ENG_Task task;
-  task.setString(ZTASK_ENG_Task::TASK_FIELD_UUID, "u");
+class StoreRefusal : public StoreCalls, public testing::WithParamInterface<Refusal> {};
+
+TEST_P(StoreRefusal, ReturnsCodeAndLogsReason) {
+  const Refusal& refusal = GetParam();
+  Store& store = open(refusal.plan());
+  EXPECT_EQ(refusal(store), refusal.code());
+  Steps logLines;
+  for (const std::string& step : calls::list()) {
+    if (step.starts_with("log "))
+      logLines.push_back(step);
+    EXPECT_FALSE(step.starts_with("report")) << step;
+  }
+  Steps expected;
+  for (const std::string& message : refusal.messages())
+    expected.push_back(logged(message));
+  EXPECT_THAT(logLines, testing::ElementsAreArray(expected));
+}
+
+std::string nameOfRefusal(const testing::TestParamInfo<Refusal>& info) {
+  return info.param.name();
+}
+#define INSTANTIATE_REFUSALS(operations, refusals)                                                 \
+  INSTANTIATE_TEST_SUITE_P(operations, StoreRefusal, testing::ValuesIn(refusals), nameOfRefusal)
+
+constexpr char noMemory[] = "Db memary is full!";
+constexpr char workIsUnknown[] = "The category work is not exist!";
+
+// Tasks.
+
+// The record must keep its UID.
+int addTask(Store& store) {
+  Task task;
+  task.setString(Task::TASK_FIELD_UUID, "u");
   const int code = store.addTask(task);
-  EXPECT_EQ(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID), ZTASK_ENG_Task::notStored);
+  EXPECT_EQ(task.getUINT32(Task::TASK_FIELD_UID), Task::notStored);
   return code;
 }
-int get(Store& store) {
-  ZTASK_ENG_Task task;
+// The record must stay as it is.
+int getTask5(Store& store) {
+  Task task;
   task.setPriority(77);
   const int code = store.getTask(5, task);
   EXPECT_EQ(task.getPriorityValue(), 77);
-  EXPECT_EQ(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID), ZTASK_ENG_Task::notStored);
+  EXPECT_EQ(task.getUINT32(Task::TASK_FIELD_UID), Task::notStored);
   return code;
 }
-int update(Store& store) {
-  ZTASK_ENG_Task task;
-  task.setString(ZTASK_ENG_Task::TASK_FIELD_NOTE, "n");
-  task.setString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY, "s");
+int updateTask(Store& store) {
+  Task task;
+  task.setString(Task::TASK_FIELD_NOTE, "n");
+  task.setString(Task::TASK_FIELD_SUMMARY, "s");
   return store.updateTask(task);
 }
+int removeTask5(Store& store) {
+  return store.removeTask(5);
+}
+
+const std::vector<Refusal> taskRefusals = {
+    Refusal("AddTaskWithoutBlockForLookup", addTask)
+        .whenBlocksAreLimitedTo(0)
+        .returns(TASK_ENG_MEMORY_FULL)
+        .logs({noMemory, "Get category id failed!"}),
+    Refusal("AddTaskWhenLookupIsFull", addTask)
+        .when("category_uid_by_name", failsWith(diskFull))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetCategoryId failed! " + ret(diskFull), "Get category id failed!"}),
+    Refusal("AddTaskWhenLookupFails", addTask)
+        .when("category_uid_by_name", failsWith(otherFailure))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetCategoryId failed! " + ret(otherFailure), "Get category id failed!"}),
+    Refusal("AddTaskWithoutBlockForInsert", addTask)
+        .when("category_uid_by_name", foundWork)
+        .whenBlocksAreLimitedTo(1)
+        .returns(TASK_ENG_MEMORY_FULL)
+        .logs({noMemory}),
+    Refusal("AddTaskWhenInsertIsFull", addTask)
+        .when("category_uid_by_name", foundWork)
+        .when("insert_task", failsWith(diskFull))
+        .returns(TASK_ENG_MEMORY_FULL)
+        .logs({"AddTask failed! " + ret(diskFull)}),
+    Refusal("AddTaskWhenInsertFails", addTask)
+        .when("category_uid_by_name", foundWork)
+        .when("insert_task", failsWith(otherFailure))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"AddTask failed! " + ret(otherFailure)}),
+
+    Refusal("GetTaskWhenFull", getTask5)
+        .when("get_task", failsWith(diskFull))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetTask failed! " + ret(diskFull)}),
+    Refusal("GetTaskWhenQueryFails", getTask5)
+        .when("get_task", failsWith(otherFailure))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetTask failed! " + ret(otherFailure)}),
+    Refusal("GetTaskOfUnknownUid", getTask5)
+        .when("get_task", {.tag = 0})
+        .returns(TASK_ENG_NOT_FOUND)
+        .logs({"The task with uid 5 is not exist!"}),
+
+    Refusal("UpdateTaskWithoutBlockForLookup", updateTask)
+        .whenBlocksAreLimitedTo(0)
+        .returns(TASK_ENG_MEMORY_FULL)
+        .logs({noMemory, "Get categoryid failed!" + ret(TASK_ENG_MEMORY_FULL)}),
+    Refusal("UpdateTaskWhenLookupFails", updateTask)
+        .when("category_uid_by_name", failsWith(otherFailure))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetCategoryId failed! " + ret(otherFailure),
+               "Get categoryid failed!" + ret(TASK_ENG_DATABASE_FAILURE)}),
+    Refusal("UpdateTaskOfUnknownCategory", updateTask)
+        .when("category_uid_by_name", unknownCategory)
+        .returns(TASK_ENG_NOT_FOUND)
+        .logs({"The category  is not exist!", "Get categoryid failed!" + ret(TASK_ENG_NOT_FOUND)}),
+    Refusal("UpdateTaskWithoutBlockForUpdate", updateTask)
+        .when("category_uid_by_name", foundWork)
+        .whenBlocksAreLimitedTo(1)
+        .returns(TASK_ENG_MEMORY_FULL)
+        .logs({noMemory}),
+    Refusal("UpdateTaskWhenFull", updateTask)
+        .when("category_uid_by_name", foundWork)
+        .when("update_task", failsWith(diskFull))
+        .returns(TASK_ENG_MEMORY_FULL)
+        .logs({"UpdateTask failed! " + ret(diskFull), "DB Memory full!"}),
+    Refusal("UpdateTaskWhenUpdateFails", updateTask)
+        .when("category_uid_by_name", foundWork)
+        .when("update_task", failsWith(otherFailure))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"UpdateTask failed! " + ret(otherFailure)}),
+    Refusal("UpdateTaskOfUnknownUid", updateTask)
+        .when("category_uid_by_name", foundWork)
+        .when("update_task", flag(false))
+        .returns(TASK_ENG_NOT_FOUND)
+        .logs({"The task with uid -1 is not exist!"}),
+
+    Refusal("RemoveTaskWithoutBlock", removeTask5)
+        .whenBlocksAreLimitedTo(0)
+        .returns(TASK_ENG_MEMORY_FULL)
+        .logs({noMemory}),
+    Refusal("RemoveTaskWhenFull", removeTask5)
+        .when("remove_task", failsWith(diskFull))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"RemoveTask failed! " + ret(diskFull)}),
+    Refusal("RemoveTaskWhenRemovalFails", removeTask5)
+        .when("remove_task", failsWith(otherFailure))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"RemoveTask failed! " + ret(otherFailure)}),
+    Refusal("RemoveTaskOfUnknownUid", removeTask5)
+        .when("remove_task", flag(false))
+        .returns(TASK_ENG_NOT_FOUND)
+        .logs({"The task with uid 5 is not exist!"}),
+};
+INSTANTIATE_REFUSALS(Tasks, taskRefusals);
+
+// Categories.
+
+// `uid` must stay as it is.
 int addCategory(Store& store) {
   QString name("work");
   unsigned int uid = 55;
@@ -53,428 +220,311 @@ int addCategory(Store& store) {
   EXPECT_EQ(uid, 55U);
   return code;
 }
-int rename(Store& store) {
+int renameCategory(Store& store) {
   QString name("work");
   return store.renameCategory(name, name);
 }
-template <bool withTasks> int removeCategory(Store& store) {
+int removeCategory(Store& store) {
   QString name("work");
-  return store.removeCategory(name, withTasks);
+  return store.removeCategory(name, false);
 }
-int listCategories(Store& store) {
+int removeCategoryAndTasks(Store& store) {
+  QString name("work");
+  return store.removeCategory(name, true);
+}
+// The list must stay empty.
+int getAllCategories(Store& store) {
   QValueList<QString> names;
   const int code = store.getAllCategories(names);
   EXPECT_TRUE(names.isEmpty());
   return code;
 }
-template <int category> int countOf(Store& store) {
-  int count = 55;
-  const int code = store.getCount(count, ZTASK_ENG_Model::TASK_CATEGORY(category));
-  EXPECT_EQ(count, 55);
-  return code;
+
+const std::vector<Refusal> categoryRefusals = {
+    Refusal("AddCategoryWithoutBlockForLookup", addCategory)
+        .whenBlocksAreLimitedTo(0)
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({noMemory}),
+    Refusal("AddCategoryWhenLookupFails", addCategory)
+        .when("category_uid_by_name", failsWith(diskFull))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetCategoryId failed! " + ret(diskFull)}),
+    Refusal("AddCategoryWithoutBlockForInsert", addCategory)
+        .when("category_uid_by_name", unknownCategory)
+        .whenBlocksAreLimitedTo(1)
+        .returns(TASK_ENG_MEMORY_FULL)
+        .logs({workIsUnknown, noMemory}),
+    Refusal("AddCategoryWhenInsertIsFull", addCategory)
+        .when("category_uid_by_name", unknownCategory)
+        .when("insert_category", failsWith(diskFull))
+        .returns(TASK_ENG_MEMORY_FULL)
+        .logs({workIsUnknown, "AddCategory failed! " + ret(diskFull)}),
+    Refusal("AddCategoryWhenInsertFails", addCategory)
+        .when("category_uid_by_name", unknownCategory)
+        .when("insert_category", failsWith(otherFailure))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({workIsUnknown, "AddCategory failed! " + ret(otherFailure)}),
+    Refusal("AddCategoryThatExists", addCategory)
+        .when("category_uid_by_name", foundWork)
+        .returns(TASK_ENG_EXISTS),
+
+    Refusal("RenameCategoryWithoutBlock", renameCategory)
+        .whenBlocksAreLimitedTo(0)
+        .returns(TASK_ENG_MEMORY_FULL)
+        .logs({noMemory}),
+    Refusal("RenameCategoryWhenFull", renameCategory)
+        .when("rename_category", failsWith(diskFull))
+        .returns(TASK_ENG_MEMORY_FULL)
+        .logs({"RenameCategory failed! " + ret(diskFull)}),
+    Refusal("RenameCategoryWhenUpdateFails", renameCategory)
+        .when("rename_category", failsWith(otherFailure))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"RenameCategory failed! " + ret(otherFailure)}),
+
+    Refusal("RemoveCategoryWithoutBlock", removeCategory)
+        .whenBlocksAreLimitedTo(0)
+        .returns(TASK_ENG_MEMORY_FULL)
+        .logs({noMemory}),
+    Refusal("RemoveCategoryWhenFull", removeCategory)
+        .when("remove_category", failsWith(diskFull))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"RemoveCategory failed! " + ret(diskFull)}),
+    Refusal("RemoveCategoryWhenRemovalFails", removeCategory)
+        .when("remove_category", failsWith(otherFailure))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"RemoveCategory failed! " + ret(otherFailure)}),
+
+    Refusal("RemoveCategoryAndTasksWithoutBlockForLookup", removeCategoryAndTasks)
+        .whenBlocksAreLimitedTo(0)
+        .returns(TASK_ENG_MEMORY_FULL)
+        .logs({noMemory}),
+    Refusal("RemoveCategoryAndTasksWhenLookupFails", removeCategoryAndTasks)
+        .when("category_uid_by_name", failsWith(otherFailure))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetCategoryId failed! " + ret(otherFailure)}),
+    Refusal("RemoveCategoryAndTasksOfUnknownName", removeCategoryAndTasks)
+        .when("category_uid_by_name", unknownCategory)
+        .returns(TASK_ENG_OK)
+        .logs({workIsUnknown, "No such category!!"}),
+    Refusal("RemoveCategoryAndTasksWithoutBlockForTasks", removeCategoryAndTasks)
+        .when("category_uid_by_name", foundWork)
+        .whenBlocksAreLimitedTo(1)
+        .returns(TASK_ENG_MEMORY_FULL)
+        .logs({noMemory}),
+    Refusal("RemoveCategoryAndTasksWhenTasksCannotBeRemoved", removeCategoryAndTasks)
+        .when("category_uid_by_name", foundWork)
+        .when("remove_tasks_of_category", failsWith(diskFull))
+        .returns(TASK_ENG_MEMORY_FULL)
+        .logs({"RemoveAll failed! " + ret(diskFull)}),
+    Refusal("RemoveCategoryAndTasksWithoutBlockAfterTasks", removeCategoryAndTasks)
+        .when("category_uid_by_name", foundWork)
+        .when("remove_tasks_of_category", flag(true))
+        .whenBlocksAreLimitedTo(2)
+        .returns(TASK_ENG_MEMORY_FULL)
+        .logs({"No task with such category!", noMemory}),
+
+    Refusal("GetAllCategoriesWhenQueryFails", getAllCategories)
+        .when("all_categories", failsWith(diskFull))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetCategory failed! " + ret(diskFull)}),
+    Refusal("GetAllCategoriesOfEmptyTable", getAllCategories)
+        .when("all_categories", categories({}))
+        .returns(TASK_ENG_OK)
+        .logs({"The category table is empty!"}),
+};
+INSTANTIATE_REFUSALS(Categories, categoryRefusals);
+
+// Counts and lists of UIDs.
+
+// The count must stay as it is.
+Refusal::Operation getCount(Store::TASK_CATEGORY filter) {
+  return [filter](Store& store) {
+    int count = 55;
+    const int code = store.getCount(count, filter);
+    EXPECT_EQ(count, 55);
+    return code;
+  };
 }
-template <int category> int listOf(Store& store) {
-  QValueList<unsigned int> uids;
-  const int code = store.getAllIDs(uids, ZTASK_ENG_Model::TASK_CATEGORY(category),
-                                   ZTASK_ENG_Model::TASK_SORT_DUE);
-  EXPECT_TRUE(uids.isEmpty());
-  return code;
+// The list must stay empty.
+Refusal::Operation getAllIDs(Store::TASK_CATEGORY filter) {
+  return [filter](Store& store) {
+    QValueList<unsigned int> uids;
+    const int code = store.getAllIDs(uids, filter, Store::TASK_SORT_DUE);
+    EXPECT_TRUE(uids.isEmpty());
+    return code;
+  };
 }
-int listAll(Store& store) {
+int getAllIDsUnsorted(Store& store) {
   QValueList<unsigned int> uids;
   const int code = store.getAllIDs(uids);
   EXPECT_TRUE(uids.isEmpty());
   return code;
 }
-// A query whose list must stay as it was.
-template <typename Query> int untouched(Query query) {
-  QValueList<ZTASK_ENG_Task> tasks;
+
+const std::vector<Refusal> countRefusals = {
+    Refusal("GetCountWhenQueryFails", getCount(Store::TASK_CATEGORY_ALL))
+        .when("count_tasks", failsWith(diskFull))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetCount failed! " + ret(diskFull)}),
+    Refusal("GetCountOfDueWithoutBlock", getCount(Store::TASK_CATEGORY_DUE))
+        .whenBlocksAreLimitedTo(0)
+        .returns(TASK_ENG_MEMORY_FULL)
+        .logs({noMemory}),
+    Refusal("GetCountOfDueWhenQueryFails", getCount(Store::TASK_CATEGORY_DUE))
+        .when("count_due_tasks", failsWith(otherFailure))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetTasks failed! " + ret(otherFailure)}),
+    // A filter by status does not check the block, so the query fails.
+    Refusal("GetCountOfIncompleteWithoutBlock", getCount(Store::TASK_CATEGORY_INCOMPLETE))
+        .whenBlocksAreLimitedTo(0)
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetTasks failed! " + ret(DB_BAD_PARAMETER)}),
+    Refusal("GetCountOfCompletedWhenQueryFails", getCount(Store::TASK_CATEGORY_COMPLETED))
+        .when("count_tasks_by_status", failsWith(diskFull))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetTasks failed! " + ret(diskFull)}),
+
+    Refusal("GetAllIDsUnsortedWhenQueryFails", getAllIDsUnsorted)
+        .when("all_uids", failsWith(diskFull))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetAllIDs failed! " + ret(diskFull)}),
+    Refusal("GetAllIDsWhenQueryFails", getAllIDs(Store::TASK_CATEGORY_ALL))
+        .when("uids_in_order", failsWith(otherFailure))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetTasks failed! " + ret(otherFailure)}),
+    Refusal("GetAllIDsOfDueWithoutBlock", getAllIDs(Store::TASK_CATEGORY_DUE))
+        .whenBlocksAreLimitedTo(0)
+        .returns(TASK_ENG_MEMORY_FULL)
+        .logs({noMemory}),
+    Refusal("GetAllIDsOfDueWhenQueryFails", getAllIDs(Store::TASK_CATEGORY_DUE))
+        .when("due_uids", failsWith(otherFailure))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetTasks failed! " + ret(otherFailure)}),
+    Refusal("GetAllIDsOfCompletedWithoutBlock", getAllIDs(Store::TASK_CATEGORY_COMPLETED))
+        .whenBlocksAreLimitedTo(0)
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetTasks failed! " + ret(DB_BAD_PARAMETER)}),
+    Refusal("GetAllIDsOfIncompleteWhenQueryFails", getAllIDs(Store::TASK_CATEGORY_INCOMPLETE))
+        .when("uids_by_status", failsWith(diskFull))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetTasks failed! " + ret(diskFull)}),
+};
+INSTANTIATE_REFUSALS(Counts, countRefusals);
+
+// Lists of tasks.
+
+// Runs a query whose list must stay empty.
+template <typename Query> int withoutResult(Query query) {
+  QValueList<Task> tasks;
   const int code = query(tasks);
   EXPECT_TRUE(tasks.isEmpty());
   return code;
 }
-int range(Store& store) {
-  return untouched(
-      [&](auto& tasks) { return store.getTasks(tasks, ZTASK_ENG_Task::TASK_FIELD_DUE, 0, 1); });
+int getRange(Store& store) {
+  return withoutResult(
+      [&](auto& tasks) { return store.getTasks(tasks, Task::TASK_FIELD_DUE, 0, 1); });
 }
-int byCategory(Store& store) {
+int getTasksOfCategory(Store& store) {
   QString name("work");
-  return untouched([&](auto& tasks) { return store.getTasks(tasks, name); });
+  return withoutResult([&](auto& tasks) { return store.getTasks(tasks, name); });
 }
-template <int category> int page(Store& store) {
-  ZTASK_ENG_Task start;
-  return untouched([&](auto& tasks) {
-    return store.getTasks(tasks, start, 1, ZTASK_ENG_Model::TASK_CATEGORY(category),
-                          ZTASK_ENG_Model::TASK_SORT_DUE);
-  });
+Refusal::Operation getPage(Store::TASK_CATEGORY filter) {
+  return [filter](Store& store) {
+    Task start;
+    return withoutResult(
+        [&](auto& tasks) { return store.getTasks(tasks, start, 1, filter, Store::TASK_SORT_DUE); });
+  };
 }
 int matchText(Store& store) {
   QString text("x");
-  return untouched([&](auto& tasks) { return store.getMatchTasks(tasks, text); });
+  return withoutResult([&](auto& tasks) { return store.getMatchTasks(tasks, text); });
 }
 int matchExample(Store& store) {
-  ZTASK_ENG_Task example;
-  return untouched([&](auto& tasks) { return store.getMatchTasks(tasks, example); });
+  Task example;
+  return withoutResult([&](auto& tasks) { return store.getMatchTasks(tasks, example); });
 }
 
-const std::vector<std::string> noMemory = {"log Db memary is full!"};
-const calls::Answer oneTask{0, {{1}}, 1};
-constexpr int plenty = 100;
+const Outcome oneTask = returns({{1}});  // count_tasks
 
-class StoreRefusal : public StoreCalls, public testing::WithParamInterface<Refusal> {};
+const std::vector<Refusal> listRefusals = {
+    Refusal("RangeWithoutBlock", getRange)
+        .whenBlocksAreLimitedTo(0)
+        .returns(TASK_ENG_MEMORY_FULL)
+        .logs({noMemory}),
+    Refusal("RangeWhenQueryFails", getRange)
+        .when("tasks_in_range", failsWith(diskFull))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetTasks failed! " + ret(diskFull)}),
 
-TEST_P(StoreRefusal, GivesCodeAndLine) {
-  const Refusal& refusal = GetParam();
-  Store& store = open({.blocks = refusal.blocks, .answers = refusal.answers});
-  EXPECT_EQ(refusal.operation(store), refusal.code);
-  std::vector<std::string> lines;
-  for (const std::string& call : calls::list()) {
-    if (call.compare(0, 4, "log ") == 0)
-      lines.push_back(call);
-    EXPECT_NE(call.compare(0, 6, "report"), 0) << call;
-  }
-  EXPECT_THAT(lines, ElementsAreArray(refusal.log));
-}
+    Refusal("TasksOfUnknownCategory", getTasksOfCategory)
+        .when("category_uid_by_name", unknownCategory)
+        .returns(TASK_ENG_NOT_FOUND)
+        .logs({workIsUnknown}),
+    Refusal("TasksOfCategoryWithoutBlockForLookup", getTasksOfCategory)
+        .whenBlocksAreLimitedTo(0)
+        .returns(TASK_ENG_MEMORY_FULL)
+        .logs({noMemory}),
+    Refusal("TasksOfCategoryWhenLookupFails", getTasksOfCategory)
+        .when("category_uid_by_name", failsWith(otherFailure))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetCategoryId failed! " + ret(otherFailure)}),
+    Refusal("TasksOfCategoryWithoutBlockForTasks", getTasksOfCategory)
+        .when("category_uid_by_name", foundWork)
+        .whenBlocksAreLimitedTo(1)
+        .returns(TASK_ENG_MEMORY_FULL)
+        .logs({noMemory}),
+    Refusal("TasksOfCategoryWhenQueryFails", getTasksOfCategory)
+        .when("category_uid_by_name", foundWork)
+        .when("tasks_of_category", failsWith(diskFull))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetTasks failed! " + ret(diskFull)}),
 
-const std::vector<Refusal> refusals = {
-    {"AddNoBlockForLookup",
-     add,
-     {},
-     0,
-     1,
-     {"log Db memary is full!", "log Get category id failed!"}},
-    {"AddLookupFull",
-     add,
-     {{"category_uid_by_name", refusedAsFull}},
-     plenty,
-     6,
-     {"log GetCategoryId failed! [ret=12]", "log Get category id failed!"}},
-    {"AddLookupFails",
-     add,
-     {{"category_uid_by_name", refused}},
-     plenty,
-     6,
-     {"log GetCategoryId failed! [ret=9]", "log Get category id failed!"}},
-    {"AddNoBlock", add, {{"category_uid_by_name", found7}}, 1, 1, noMemory},
-    {"AddFull",
-     add,
-     {{"category_uid_by_name", found7}, {"insert_task", refusedAsFull}},
-     plenty,
-     1,
-     {"log AddTask failed! [ret=12]"}},
-    {"AddFails",
-     add,
-     {{"category_uid_by_name", found7}, {"insert_task", refused}},
-     plenty,
-     6,
-     {"log AddTask failed! [ret=9]"}},
+    Refusal("PageWithoutBlock", getPage(Store::TASK_CATEGORY_ALL))
+        .whenBlocksAreLimitedTo(0)
+        .returns(TASK_ENG_MEMORY_FULL)
+        .logs({noMemory}),
+    Refusal("PageOfDueWithoutBlock", getPage(Store::TASK_CATEGORY_DUE))
+        .whenBlocksAreLimitedTo(0)
+        .returns(TASK_ENG_MEMORY_FULL)
+        .logs({noMemory}),
+    Refusal("PageByStatusWithoutBlock", getPage(Store::TASK_CATEGORY_INCOMPLETE))
+        .whenBlocksAreLimitedTo(0)
+        .returns(TASK_ENG_MEMORY_FULL)
+        .logs({noMemory}),
+    Refusal("PageWhenQueryFails", getPage(Store::TASK_CATEGORY_ALL))
+        .when("page_of_tasks", failsWith(diskFull))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetTasks failed! " + ret(diskFull)}),
+    Refusal("PageOfDueWhenQueryFails", getPage(Store::TASK_CATEGORY_DUE))
+        .when("page_of_due_tasks", failsWith(otherFailure))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetTasks failed! " + ret(otherFailure)}),
+    Refusal("PageByStatusWhenQueryFails", getPage(Store::TASK_CATEGORY_COMPLETED))
+        .when("page_by_status", failsWith(otherFailure))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetTasks failed! " + ret(otherFailure)}),
+    Refusal("PageWithoutRows", getPage(Store::TASK_CATEGORY_COMPLETED))
+        .returns(TASK_ENG_NOT_FOUND)
+        .logs({"Record not found!! " + ret(DB_OK)}),
 
-    {"GetFull", get, {{"get_task", refusedAsFull}}, plenty, 6, {"log GetTask failed! [ret=12]"}},
-    {"GetFails", get, {{"get_task", refused}}, plenty, 6, {"log GetTask failed! [ret=9]"}},
-    {"GetUnknown",
-     get,
-     {{"get_task", {0, {}, 0}}},
-     plenty,
-     3,
-     {"log The task with uid 5 is not exist!"}},
-
-    {"UpdateNoBlockForLookup",
-     update,
-     {},
-     0,
-     1,
-     {"log Db memary is full!", "log Get categoryid failed![ret=1]"}},
-    {"UpdateLookupFails",
-     update,
-     {{"category_uid_by_name", refused}},
-     plenty,
-     6,
-     {"log GetCategoryId failed! [ret=9]", "log Get categoryid failed![ret=6]"}},
-    {"UpdateUnknownCategory",
-     update,
-     {{"category_uid_by_name", notFound}},
-     plenty,
-     3,
-     {"log The category  is not exist!", "log Get categoryid failed![ret=3]"}},
-    {"UpdateNoBlock", update, {{"category_uid_by_name", found7}}, 1, 1, noMemory},
-    {"UpdateFull",
-     update,
-     {{"category_uid_by_name", found7}, {"update_task", refusedAsFull}},
-     plenty,
-     1,
-     {"log UpdateTask failed! [ret=12]", "log DB Memory full!"}},
-    {"UpdateFails",
-     update,
-     {{"category_uid_by_name", found7}, {"update_task", refused}},
-     plenty,
-     6,
-     {"log UpdateTask failed! [ret=9]"}},
-    {"UpdateUnknown",
-     update,
-     {{"category_uid_by_name", found7}, {"update_task", flagFalse}},
-     plenty,
-     3,
-     {"log The task with uid -1 is not exist!"}},
-
-    {"RemoveNoBlock", [](Store& store) { return store.removeTask(5); }, {}, 0, 1, noMemory},
-    {"RemoveFull",
-     [](Store& store) { return store.removeTask(5); },
-     {{"remove_task", refusedAsFull}},
-     plenty,
-     6,
-     {"log RemoveTask failed! [ret=12]"}},
-    {"RemoveFails",
-     [](Store& store) { return store.removeTask(5); },
-     {{"remove_task", refused}},
-     plenty,
-     6,
-     {"log RemoveTask failed! [ret=9]"}},
-    {"RemoveUnknown",
-     [](Store& store) { return store.removeTask(5); },
-     {{"remove_task", flagFalse}},
-     plenty,
-     3,
-     {"log The task with uid 5 is not exist!"}},
-
-    {"AddCategoryNoBlockForLookup", addCategory, {}, 0, 6, noMemory},
-    {"AddCategoryLookupFails",
-     addCategory,
-     {{"category_uid_by_name", refusedAsFull}},
-     plenty,
-     6,
-     {"log GetCategoryId failed! [ret=12]"}},
-    {"AddCategoryNoBlock",
-     addCategory,
-     {{"category_uid_by_name", notFound}},
-     1,
-     1,
-     {"log The category work is not exist!", "log Db memary is full!"}},
-    {"AddCategoryFull",
-     addCategory,
-     {{"category_uid_by_name", notFound}, {"insert_category", refusedAsFull}},
-     plenty,
-     1,
-     {"log The category work is not exist!", "log AddCategory failed! [ret=12]"}},
-    {"AddCategoryFails",
-     addCategory,
-     {{"category_uid_by_name", notFound}, {"insert_category", refused}},
-     plenty,
-     6,
-     {"log The category work is not exist!", "log AddCategory failed! [ret=9]"}},
-    {"AddCategoryThere", addCategory, {{"category_uid_by_name", found7}}, plenty, 8, {}},
-
-    {"RenameNoBlock", rename, {}, 0, 1, noMemory},
-    {"RenameFull",
-     rename,
-     {{"rename_category", refusedAsFull}},
-     plenty,
-     1,
-     {"log RenameCategory failed! [ret=12]"}},
-    {"RenameFails",
-     rename,
-     {{"rename_category", refused}},
-     plenty,
-     6,
-     {"log RenameCategory failed! [ret=9]"}},
-
-    {"RemoveCategoryNoBlock", removeCategory<false>, {}, 0, 1, noMemory},
-    {"RemoveCategoryFull",
-     removeCategory<false>,
-     {{"remove_category", refusedAsFull}},
-     plenty,
-     6,
-     {"log RemoveCategory failed! [ret=12]"}},
-    {"RemoveCategoryFails",
-     removeCategory<false>,
-     {{"remove_category", refused}},
-     plenty,
-     6,
-     {"log RemoveCategory failed! [ret=9]"}},
-    {"RemoveCategoryNoBlockForLookup", removeCategory<true>, {}, 0, 1, noMemory},
-    {"RemoveCategoryLookupFails",
-     removeCategory<true>,
-     {{"category_uid_by_name", refused}},
-     plenty,
-     6,
-     {"log GetCategoryId failed! [ret=9]"}},
-    {"RemoveCategoryUnknown",
-     removeCategory<true>,
-     {{"category_uid_by_name", notFound}},
-     plenty,
-     0,
-     {"log The category work is not exist!", "log No such category!!"}},
-    {"RemoveCategoryNoBlockForTasks",
-     removeCategory<true>,
-     {{"category_uid_by_name", found7}},
-     1,
-     1,
-     noMemory},
-    {"RemoveCategoryTasksFail",
-     removeCategory<true>,
-     {{"category_uid_by_name", found7}, {"remove_tasks_of_category", refusedAsFull}},
-     plenty,
-     1,
-     {"log RemoveAll failed! [ret=12]"}},
-    {"RemoveCategoryNoBlockAfterTasks",
-     removeCategory<true>,
-     {{"category_uid_by_name", found7}, {"remove_tasks_of_category", {0, {{1}}, 1}}},
-     2,
-     1,
-     {"log No task with such category!", "log Db memary is full!"}},
-
-    {"ListCategoriesFails",
-     listCategories,
-     {{"all_categories", refusedAsFull}},
-     plenty,
-     6,
-     {"log GetCategory failed! [ret=12]"}},
-    {"ListCategoriesNone",
-     listCategories,
-     {{"all_categories", noCategoryRows}},
-     plenty,
-     0,
-     {"log The category table is empty!"}},
-
-    {"CountFails",
-     countOf<0>,
-     {{"count_tasks", refusedAsFull}},
-     plenty,
-     6,
-     {"log GetCount failed! [ret=12]"}},
-    {"CountDueNoBlock", countOf<1>, {}, 0, 1, noMemory},
-    {"CountDueFails",
-     countOf<1>,
-     {{"count_due_tasks", refused}},
-     plenty,
-     6,
-     {"log GetTasks failed! [ret=9]"}},
-    // Without a block the query fails.
-    {"CountIncompleteNoBlock", countOf<2>, {}, 0, 6, {"log GetTasks failed! [ret=5]"}},
-    {"CountCompletedFails",
-     countOf<3>,
-     {{"count_tasks_by_status", refusedAsFull}},
-     plenty,
-     6,
-     {"log GetTasks failed! [ret=12]"}},
-
-    {"ListFails",
-     listAll,
-     {{"all_uids", refusedAsFull}},
-     plenty,
-     6,
-     {"log GetAllIDs failed! [ret=12]"}},
-    {"ListSortedFails",
-     listOf<0>,
-     {{"uids_in_order", refused}},
-     plenty,
-     6,
-     {"log GetTasks failed! [ret=9]"}},
-    {"ListDueNoBlock", listOf<1>, {}, 0, 1, noMemory},
-    {"ListDueFails",
-     listOf<1>,
-     {{"due_uids", refused}},
-     plenty,
-     6,
-     {"log GetTasks failed! [ret=9]"}},
-    {"ListCompletedNoBlock", listOf<3>, {}, 0, 6, {"log GetTasks failed! [ret=5]"}},
-    {"ListIncompleteFails",
-     listOf<2>,
-     {{"uids_by_status", refusedAsFull}},
-     plenty,
-     6,
-     {"log GetTasks failed! [ret=12]"}},
-
-    {"RangeNoBlock", range, {}, 0, 1, noMemory},
-    {"RangeFails",
-     range,
-     {{"tasks_in_range", refusedAsFull}},
-     plenty,
-     6,
-     {"log GetTasks failed! [ret=12]"}},
-    {"CategoryUnknown",
-     byCategory,
-     {{"category_uid_by_name", notFound}},
-     plenty,
-     3,
-     {"log The category work is not exist!"}},
-    {"CategoryNoBlockForLookup", byCategory, {}, 0, 1, noMemory},
-    {"CategoryLookupFails",
-     byCategory,
-     {{"category_uid_by_name", refused}},
-     plenty,
-     6,
-     {"log GetCategoryId failed! [ret=9]"}},
-    {"CategoryNoBlock", byCategory, {{"category_uid_by_name", found7}}, 1, 1, noMemory},
-    {"CategoryFails",
-     byCategory,
-     {{"category_uid_by_name", found7}, {"tasks_of_category", refusedAsFull}},
-     plenty,
-     6,
-     {"log GetTasks failed! [ret=12]"}},
-    {"PageNoBlock", page<0>, {}, 0, 1, noMemory},
-    {"PageOfDueNoBlock", page<1>, {}, 0, 1, noMemory},
-    {"PageByStatusNoBlock", page<2>, {}, 0, 1, noMemory},
-    {"PageFails",
-     page<0>,
-     {{"page_of_tasks", refusedAsFull}},
-     plenty,
-     6,
-     {"log GetTasks failed! [ret=12]"}},
-    {"PageOfDueFails",
-     page<1>,
-     {{"page_of_due_tasks", refused}},
-     plenty,
-     6,
-     {"log GetTasks failed! [ret=9]"}},
-    {"PageByStatusFails",
-     page<3>,
-     {{"page_by_status", refused}},
-     plenty,
-     6,
-     {"log GetTasks failed! [ret=9]"}},
-    {"PageWithoutRows", page<3>, {}, plenty, 3, {"log Record not found!! [ret=0]"}},
-
-    {"MatchTextCountFails",
-     matchText,
-     {{"count_tasks", refused}},
-     plenty,
-     6,
-     {"log GetCount failed! [ret=9]"}},
-    {"MatchTextReadFails",
-     matchText,
-     {{"count_tasks", oneTask}, {"all_tasks", refusedAsFull}},
-     plenty,
-     6,
-     {}},
-    {"MatchExampleCountFails",
-     matchExample,
-     {{"count_tasks", refused}},
-     plenty,
-     6,
-     {"log GetCount failed! [ret=9]"}},
-    {"MatchExampleReadFails",
-     matchExample,
-     {{"count_tasks", oneTask}, {"all_tasks", refused}},
-     plenty,
-     6,
-     {"log GetTasks failed! [ret=6]"}},
+    Refusal("MatchTextWhenCountFails", matchText)
+        .when("count_tasks", failsWith(otherFailure))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetCount failed! " + ret(otherFailure)}),
+    Refusal("MatchTextWhenTasksCannotBeRead", matchText)
+        .when("count_tasks", oneTask)
+        .when("all_tasks", failsWith(diskFull))
+        .returns(TASK_ENG_DATABASE_FAILURE),
+    Refusal("MatchExampleWhenCountFails", matchExample)
+        .when("count_tasks", failsWith(otherFailure))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetCount failed! " + ret(otherFailure)}),
+    Refusal("MatchExampleWhenTasksCannotBeRead", matchExample)
+        .when("count_tasks", oneTask)
+        .when("all_tasks", failsWith(otherFailure))
+        .returns(TASK_ENG_DATABASE_FAILURE)
+        .logs({"GetTasks failed! " + ret(TASK_ENG_DATABASE_FAILURE)}),
 };
-
-INSTANTIATE_TEST_SUITE_P(EveryPlace, StoreRefusal, testing::ValuesIn(refusals),
-                         [](const auto& info) { return std::string(info.param.name); });
-
-// A record whose category cannot be looked up is read all the same.
-TEST_F(StoreCalls, ReadsATaskWithoutTheNameOfItsCategory) {
-  const calls::Answer row{0, {{3, 2, {}, {}, {}, 11, 22, 33, 44, 7}}, 1};
-  for (const bool block : {false, true}) {
-    Store& store = open({.blocks = block ? 1 : 0,
-                         .answers = {{"get_task", row}, {"category_name_by_uid", refused}}});
-    ZTASK_ENG_Task task = milk();
-    EXPECT_EQ(store.getTask(31, task), 0);
-    EXPECT_TRUE(task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY).isNull());
-    EXPECT_THAT(calls::list(), testing::Contains(block ? "log GetCategory failed! [ret=9]"
-                                                       : "log Db memary is full!"));
-  }
-}
+INSTANTIATE_REFUSALS(Lists, listRefusals);
 
 }  // namespace

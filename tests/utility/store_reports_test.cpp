@@ -1,4 +1,4 @@
-// What others are told of changes: one entry of the journal for each stored change.
+// Reports of changes: one entry of the journal for each stored change.
 
 #include "store_test.h"
 
@@ -15,81 +15,81 @@ protected:
   }
 };
 
-TEST_F(StoreReports, TellOfEachChangeOnce) {
+TEST_F(StoreReports, ContainEachChangeOnce) {
   Task first = task("a");
   add(first);
   add(task("b"));
-  EXPECT_THAT(reports(), ElementsAre("1 1", "2 1"));
-  EXPECT_EQ(store().updateTask(first), ok);
-  EXPECT_THAT(reports(), ElementsAre("1 2"));
-  EXPECT_EQ(store().removeTask(2), ok);
-  EXPECT_THAT(reports(), ElementsAre("2 3"));
+  EXPECT_THAT(reports(), ElementsAre(addition(1), addition(2)));
+  EXPECT_EQ(store().updateTask(first), TASK_ENG_OK);
+  EXPECT_THAT(reports(), ElementsAre(update(1)));
+  EXPECT_EQ(store().removeTask(2), TASK_ENG_OK);
+  EXPECT_THAT(reports(), ElementsAre(removal(2)));
 }
 
-TEST_F(StoreReports, DoNotTellOfWhatWasNotStored) {
+TEST_F(StoreReports, OmitFailedChanges) {
   Task unknown = task("a");
-  EXPECT_EQ(store().updateTask(unknown), notFound);
+  EXPECT_EQ(store().updateTask(unknown), TASK_ENG_NOT_FOUND);
   unknown.setString(Task::TASK_FIELD_CATEGORY, "unheard of");
-  EXPECT_EQ(store().updateTask(unknown), notFound);
-  EXPECT_EQ(store().removeTask(1), notFound);
-  EXPECT_EQ(store().removeTasksWithCategoryId(1), ok);
-  EXPECT_EQ(store().removeAll(), ok);
+  EXPECT_EQ(store().updateTask(unknown), TASK_ENG_NOT_FOUND);
+  EXPECT_EQ(store().removeTask(1), TASK_ENG_NOT_FOUND);
+  EXPECT_EQ(store().removeTasksWithCategoryId(1), TASK_ENG_OK);
+  EXPECT_EQ(store().removeAll(), TASK_ENG_OK);
   EXPECT_THAT(reports(), ElementsAre());
 }
 
-TEST_F(StoreReports, TellOfTheRemovedTasksOfAList) {
+TEST_F(StoreReports, ContainTasksRemovedBeforeFailure) {
   for (int i = 0; i < 4; ++i)
     add(task("s"));
   reports();
   QValueList<unsigned int> list;
   for (const unsigned int uid : {3U, 1U, 99U, 2U})
     list.append(uid);
-  EXPECT_EQ(store().removeTasks(list), databaseFailure);
-  EXPECT_THAT(reports(), ElementsAre("3 3", "1 3"));
+  EXPECT_EQ(store().removeTasks(list), TASK_ENG_DATABASE_FAILURE);
+  EXPECT_THAT(reports(), ElementsAre(removal(3), removal(1)));
 }
 
-TEST_F(StoreReports, TellOfEveryTaskOfARemovedCategory) {
+TEST_F(StoreReports, ContainEveryTaskOfRemovedCategory) {
   for (const char* category : {"party", "meeting", "party", "party"})
     addTo(category);
   reports();
   QString party("party");
-  EXPECT_EQ(store().removeCategory(party, true), ok);
-  EXPECT_THAT(reports(), testing::UnorderedElementsAre("1 3", "3 3", "4 3"));
+  EXPECT_EQ(store().removeCategory(party, true), TASK_ENG_OK);
+  EXPECT_THAT(reports(), testing::UnorderedElementsAre(removal(1), removal(3), removal(4)));
   QString meeting("meeting");
-  EXPECT_EQ(store().removeCategory(meeting, false), ok);
+  EXPECT_EQ(store().removeCategory(meeting, false), TASK_ENG_OK);
   EXPECT_THAT(reports(), ElementsAre());
 }
 
-TEST_F(StoreReports, TellOfEveryTaskWhenAllAreRemoved) {
+TEST_F(StoreReports, ContainEveryTaskIfAllAreRemoved) {
   for (int i = 0; i < 3; ++i)
     add(task("s"));
   reports();
-  EXPECT_EQ(store().removeAll(), ok);
-  EXPECT_THAT(reports(), ElementsAre("1 3", "2 3", "3 3"));
+  EXPECT_EQ(store().removeAll(), TASK_ENG_OK);
+  EXPECT_THAT(reports(), ElementsAre(removal(1), removal(2), removal(3)));
 }
 
-TEST_F(StoreReports, DoNotTellOfCategories) {
+TEST_F(StoreReports, OmitCategories) {
   unsigned int uid = addCategory("work");
   EXPECT_EQ(uid, 7U);
   QString work("work");
   QString job("job");
-  EXPECT_EQ(store().renameCategory(work, job), ok);
-  EXPECT_EQ(store().removeCategory(job, false), ok);
+  EXPECT_EQ(store().renameCategory(work, job), TASK_ENG_OK);
+  EXPECT_EQ(store().removeCategory(job, false), TASK_ENG_OK);
   EXPECT_THAT(reports(), ElementsAre());
 }
 
-// What can't be journaled is not stored.
-TEST_F(StoreReports, AreStoredWithTheChangeOrNeitherIs) {
+// A change that cannot be written to the journal is not stored.
+TEST_F(StoreReports, AreStoredTogetherWithChange) {
   const unsigned int uid = add(task("a"));
   reports();
   RawDatabase(directory_.path()).run("DROP TABLE ulo_changes");
   Task other = task("b");
-  EXPECT_EQ(store().addTask(other), databaseFailure);
-  EXPECT_EQ(store().removeTask(uid), databaseFailure);
+  EXPECT_EQ(store().addTask(other), TASK_ENG_DATABASE_FAILURE);
+  EXPECT_EQ(store().removeTask(uid), TASK_ENG_DATABASE_FAILURE);
   EXPECT_EQ(count(), 1);
   RawDatabase(directory_.path())
       .run("CREATE TABLE ulo_changes (entry INTEGER PRIMARY KEY, time, uid, type)");
-  EXPECT_EQ(store().removeTask(uid), ok);
+  EXPECT_EQ(store().removeTask(uid), TASK_ENG_OK);
   EXPECT_EQ(count(), 0);
 }
 

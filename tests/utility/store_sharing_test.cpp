@@ -1,4 +1,4 @@
-// Several stores on one database: in a thread, in threads, in processes.
+// Several stores on one database: in one thread, in several threads, in several processes.
 
 #include "store_test.h"
 
@@ -17,8 +17,8 @@ using testing::ElementsAre;
 
 constexpr int tasksEach = 40;
 
-// Adds tasks named after `who`, removes every second one at once, and gives all UIDs that were
-// given, 0 for one that failed.
+// Adds tasks named after `who` and removes every second one at once. Returns the UIDs of all of
+// them, 0 for each that failed.
 std::vector<unsigned int> work(const std::string& who) {
   Store store;
   std::vector<unsigned int> given;
@@ -26,19 +26,20 @@ std::vector<unsigned int> work(const std::string& who) {
     Task task;
     task.setString(Task::TASK_FIELD_SUMMARY, QString::fromStdString(who + std::to_string(i)));
     task.setString(Task::TASK_FIELD_NOTE, "n");
-    bool done = store.addTask(task) == ok;
+    bool done = store.addTask(task) == TASK_ENG_OK;
     const unsigned int uid = task.getUINT32(Task::TASK_FIELD_UID);
     Task read;
-    done = done && store.getTask(uid, read) == ok &&
+    done = done && store.getTask(uid, read) == TASK_ENG_OK &&
            read.getString(Task::TASK_FIELD_SUMMARY) == task.getString(Task::TASK_FIELD_SUMMARY);
     if (i % 2 != 0)
-      done = done && store.removeTask(uid) == ok;
+      done = done && store.removeTask(uid) == TASK_ENG_OK;
     given.push_back(done ? uid : 0);
   }
   return given;
 }
 
-// A child process that runs `work` once all are there; what it returns comes back.
+// A child process that runs `work` when it reads a byte from `startPipe`, and sends back the
+// result.
 class Child {
 public:
   Child(int startPipe, const std::function<std::vector<unsigned int>()>& work) {
@@ -77,7 +78,7 @@ private:
   int resultPipe_ = -1;
 };
 
-// Two processes that begin at the same moment.
+// Runs `work` in two processes that start at the same moment.
 std::array<std::vector<unsigned int>, 2>
 inTwoProcesses(const std::function<std::vector<unsigned int>(int)>& work) {
   int start[2];
@@ -94,7 +95,7 @@ inTwoProcesses(const std::function<std::vector<unsigned int>(int)>& work) {
 
 class StoreSharing : public StoreTest {
 protected:
-  // Nothing is lost, no UID was given twice, none again after its task was removed.
+  // No task is lost, and no UID was used twice, not even after its task was removed.
   void expectAllThere(const std::vector<unsigned int>& first,
                       const std::vector<unsigned int>& second) {
     std::vector<unsigned int> kept;
@@ -116,19 +117,19 @@ protected:
   }
 };
 
-TEST_F(StoreSharing, TwoStoresOfAThreadSeeTheSame) {
+TEST_F(StoreSharing, TwoStoresInOneThreadSeeSameTasks) {
   Store other;
   const unsigned int uid = add(task("a"));
   Task read;
-  EXPECT_EQ(other.getTask(uid, read), ok);
+  EXPECT_EQ(other.getTask(uid, read), TASK_ENG_OK);
   read.setString(Task::TASK_FIELD_SUMMARY, "b");
-  EXPECT_EQ(other.updateTask(read), ok);
+  EXPECT_EQ(other.updateTask(read), TASK_ENG_OK);
   EXPECT_EQ(get(uid).getString(Task::TASK_FIELD_SUMMARY), QString("b"));
-  EXPECT_EQ(store().removeAll(), ok);
-  EXPECT_EQ(other.getTask(uid, read), notFound);
+  EXPECT_EQ(store().removeAll(), TASK_ENG_OK);
+  EXPECT_EQ(other.getTask(uid, read), TASK_ENG_NOT_FOUND);
 }
 
-TEST_F(StoreSharing, StoresOfTwoThreadsLoseNothing) {
+TEST_F(StoreSharing, TwoThreadsLoseNoTasks) {
   std::vector<unsigned int> first;
   std::vector<unsigned int> second;
   std::thread one([&] { first = work("one "); });
@@ -138,16 +139,16 @@ TEST_F(StoreSharing, StoresOfTwoThreadsLoseNothing) {
   expectAllThere(first, second);
 }
 
-TEST_F(StoreSharing, StoresOfTwoProcessesLoseNothing) {
+TEST_F(StoreSharing, TwoProcessesLoseNoTasks) {
   prepare();
   const auto results =
       inTwoProcesses([](int number) { return work(number == 0 ? "one " : "two "); });
   expectAllThere(results[0], results[1]);
 }
 
-TEST_F(StoreSharing, AChangeOfAnotherProcessIsSeenAtOnce) {
+TEST_F(StoreSharing, SeesChangeByAnotherProcessImmediately) {
   const unsigned int uid = add(task("a"));
-  // The store's connection does not go along: the child makes its own.
+  // The children must not use this connection; each opens its own.
   close();
   const auto results = inTwoProcesses([uid](int number) -> std::vector<unsigned int> {
     if (number == 1)
@@ -157,11 +158,11 @@ TEST_F(StoreSharing, AChangeOfAnotherProcessIsSeenAtOnce) {
     return {static_cast<unsigned int>(other.getTask(uid, task)),
             static_cast<unsigned int>(other.removeTask(uid))};
   });
-  EXPECT_THAT(results[0], ElementsAre(ok, ok));
-  EXPECT_EQ(code(uid), notFound);
+  EXPECT_THAT(results[0], ElementsAre(TASK_ENG_OK, TASK_ENG_OK));
+  EXPECT_EQ(code(uid), TASK_ENG_NOT_FOUND);
 }
 
-TEST_F(StoreSharing, TwoProcessesThatStartAtOnceMakeOneDatabase) {
+TEST_F(StoreSharing, TwoProcessesCreateOneDatabase) {
   for (int round = 0; round < 25; ++round) {
     const DataDirectory fresh;
     const auto results = inTwoProcesses([](int) -> std::vector<unsigned int> {
@@ -172,7 +173,7 @@ TEST_F(StoreSharing, TwoProcessesThatStartAtOnceMakeOneDatabase) {
               static_cast<unsigned int>(store.getAllCategories(names)), names.count()};
     });
     for (const auto& result : results)
-      EXPECT_THAT(result, ElementsAre(ok, ok, 6U));
+      EXPECT_THAT(result, ElementsAre(TASK_ENG_OK, TASK_ENG_OK, 6U));
     RawDatabase database(fresh.path());
     EXPECT_THAT(database.run("SELECT count(*), sum(name IS NULL) FROM task_table_category"),
                 ElementsAre("6|1"));

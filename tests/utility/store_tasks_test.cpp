@@ -29,7 +29,7 @@ protected:
   }
 };
 
-TEST_F(StoreTasks, GivesBackWhatWasAdded) {
+TEST_F(StoreTasks, ReturnsAddedTask) {
   Task added = complete();
   const unsigned int uid = add(added);
   EXPECT_THAT(get(uid), IsSameTask(added));
@@ -65,7 +65,7 @@ TEST_F(StoreTasks, KeepsEveryNumber) {
   }
 }
 
-TEST_F(StoreTasks, KeepsDatesOfTheWholeRange) {
+TEST_F(StoreTasks, KeepsDatesInWholeRange) {
   for (const long second : {-2147483647L, -1L, 0L, 1L, 2147483646L, 2147483647L}) {
     Task added = task("s");
     added.setDateTime(Task::TASK_FIELD_DUE, QDateTime::fromSecsSinceEpoch(second));
@@ -77,7 +77,7 @@ TEST_F(StoreTasks, KeepsDatesOfTheWholeRange) {
   }
 }
 
-TEST_F(StoreTasks, CreatesAMissingCategory) {
+TEST_F(StoreTasks, CreatesMissingCategory) {
   Task added = task("s");
   added.setString(Task::TASK_FIELD_CATEGORY, "work");
   const std::string log = logOf([&] { add(added); });
@@ -94,13 +94,13 @@ TEST_F(StoreTasks, CreatesAMissingCategory) {
   EXPECT_EQ(categories().size(), number);
 }
 
-TEST_F(StoreTasks, KeepsATaskWithoutCategoryInTheNullOne) {
+TEST_F(StoreTasks, StoresTaskWithoutCategoryInNullCategory) {
   const unsigned int uid = add(task("s"));
   EXPECT_TRUE(get(uid).getString(Task::TASK_FIELD_CATEGORY).isNull());
   EXPECT_THAT(sql("SELECT t.categoryUid = c.UID FROM task_table_task t, task_table_category c "
                   "WHERE c.name IS NULL"),
               ElementsAre("1"));
-  // An empty name is a name.
+  // An empty name is a name like any other.
   Task empty = task("t");
   empty.setString(Task::TASK_FIELD_CATEGORY, "");
   const QString got = get(add(empty)).getString(Task::TASK_FIELD_CATEGORY);
@@ -109,30 +109,32 @@ TEST_F(StoreTasks, KeepsATaskWithoutCategoryInTheNullOne) {
   EXPECT_EQ(categories().back(), "");
 }
 
-TEST_F(StoreTasks, StoresNullTextsWithoutLoggingThem) {
+TEST_F(StoreTasks, StoresNullTextsWithoutLogging) {
   store();
   Task bare;
   EXPECT_EQ(logOf([&] { add(bare); }), "");
   bare.setString(Task::TASK_FIELD_NOTE, "n");
-  EXPECT_EQ(logOf([&] { EXPECT_EQ(store().updateTask(bare), ok); }), line("The summary isNull!!!"));
+  EXPECT_EQ(logOf([&] { EXPECT_EQ(store().updateTask(bare), TASK_ENG_OK); }),
+            line("The summary isNull!!!"));
   const Task got = get(bare.getUINT32(Task::TASK_FIELD_UID));
   EXPECT_TRUE(got.getString(Task::TASK_FIELD_SUMMARY).isNull());
   EXPECT_EQ(got.getString(Task::TASK_FIELD_NOTE), QString("n"));
 }
 
-TEST_F(StoreTasks, UnknownTaskLeavesTheRecordAsItIs) {
+TEST_F(StoreTasks, GetOfUnknownUidLeavesRecordUnchanged) {
   add(task("s"));
   for (const unsigned int uid : {0U, 2U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
     Task record = complete();
     const Task before = record;
-    const std::string log = logOf([&] { EXPECT_EQ(store().getTask(uid, record), notFound); });
+    const std::string log =
+        logOf([&] { EXPECT_EQ(store().getTask(uid, record), TASK_ENG_NOT_FOUND); });
     EXPECT_THAT(log, HasLine("The task with uid " + std::to_string(static_cast<int>(uid)) +
                              " is not exist!"));
     EXPECT_THAT(record, IsSameTask(before));
   }
 }
 
-TEST_F(StoreTasks, ReadsATaskOfARemovedCategoryAsNone) {
+TEST_F(StoreTasks, ReadsCategoryOfTaskAsNoneAfterItsRemoval) {
   Task added = complete();
   const unsigned int uid = add(added);
   sql("DELETE FROM task_table_category WHERE name = 'meeting'");
@@ -141,14 +143,14 @@ TEST_F(StoreTasks, ReadsATaskOfARemovedCategoryAsNone) {
 
 // Updating.
 
-TEST_F(StoreTasks, UpdateChangesEveryFieldButTheUuid) {
+TEST_F(StoreTasks, UpdateChangesEveryFieldExceptUuid) {
   Task first = task("before");
   const unsigned int uid = add(first);
   const unsigned int neighbour = add(task("neighbour"));
   const Task other = get(neighbour);
   Task changed = complete();
   changed.setUINT32(Task::TASK_FIELD_UID, uid);
-  EXPECT_EQ(store().updateTask(changed), ok);
+  EXPECT_EQ(store().updateTask(changed), TASK_ENG_OK);
   EXPECT_EQ(changed.getString(Task::TASK_FIELD_UUID), QString("my own identity"));
   Task expected = changed;
   expected.setString(Task::TASK_FIELD_UUID, first.getString(Task::TASK_FIELD_UUID));
@@ -157,17 +159,17 @@ TEST_F(StoreTasks, UpdateChangesEveryFieldButTheUuid) {
   EXPECT_THAT(get(neighbour), IsSameTask(other));
 }
 
-TEST_F(StoreTasks, UpdateGivesARecordWithoutUuidOneButDoesNotStoreIt) {
+TEST_F(StoreTasks, UpdateAssignsMissingUuidButDoesNotStoreIt) {
   Task stored = complete();
   add(stored);
   stored.setString(Task::TASK_FIELD_UUID, QString());
-  EXPECT_EQ(store().updateTask(stored), ok);
+  EXPECT_EQ(store().updateTask(stored), TASK_ENG_OK);
   EXPECT_EQ(stored.getString(Task::TASK_FIELD_UUID).length(), 36);
   EXPECT_EQ(get(stored.getUINT32(Task::TASK_FIELD_UID)).getString(Task::TASK_FIELD_UUID),
             QString("my own identity"));
 }
 
-TEST_F(StoreTasks, UpdateKeepsTheEndInStepWithTheStatus) {
+TEST_F(StoreTasks, UpdateAdjustsEndToStatus) {
   const QDateTime ended = now().addDays(-3);
   const QDateTime none = Task::noDate();
   const struct {
@@ -183,7 +185,7 @@ TEST_F(StoreTasks, UpdateKeepsTheEndInStepWithTheStatus) {
     task.setDateTime(Task::TASK_FIELD_END, one.before);
     add(task);
     EXPECT_EQ(task.getDateTime(Task::TASK_FIELD_END), one.before);
-    EXPECT_EQ(store().updateTask(task), ok);
+    EXPECT_EQ(store().updateTask(task), TASK_ENG_OK);
     EXPECT_EQ(task.getDateTime(Task::TASK_FIELD_END), one.after) << one.status;
     EXPECT_EQ(task.getDateTime(Task::TASK_FIELD_REVISION), now());
     EXPECT_EQ(get(task.getUINT32(Task::TASK_FIELD_UID)).getDateTime(Task::TASK_FIELD_END),
@@ -191,14 +193,14 @@ TEST_F(StoreTasks, UpdateKeepsTheEndInStepWithTheStatus) {
   }
 }
 
-TEST_F(StoreTasks, UpdateNeedsAStoredCategory) {
+TEST_F(StoreTasks, UpdateRequiresStoredCategory) {
   Task stored = complete();
   const unsigned int uid = add(stored);
   const Task before = get(uid);
   stored.setString(Task::TASK_FIELD_CATEGORY, "unheard of");
   stored.setString(Task::TASK_FIELD_SUMMARY, "changed");
   const Task given = stored;
-  const std::string log = logOf([&] { EXPECT_EQ(store().updateTask(stored), notFound); });
+  const std::string log = logOf([&] { EXPECT_EQ(store().updateTask(stored), TASK_ENG_NOT_FOUND); });
   EXPECT_THAT(log, HasLine("The category unheard of is not exist!"));
   EXPECT_THAT(log, HasLine("Get categoryid failed![ret=3]"));
   EXPECT_THAT(get(uid), IsSameTask(before));
@@ -206,14 +208,14 @@ TEST_F(StoreTasks, UpdateNeedsAStoredCategory) {
   EXPECT_EQ(categories().size(), 6U);
 }
 
-TEST_F(StoreTasks, UpdateOfAnUnknownTaskChangesTheRecordOnly) {
+TEST_F(StoreTasks, UpdateOfUnknownUidChangesOnlyRecord) {
   const unsigned int uid = add(complete());
   const Task before = get(uid);
   Task unknown = complete();
   unknown.setUINT32(Task::TASK_FIELD_UID, uid + 1);
   unknown.setStatus(1);
   unknown.setString(Task::TASK_FIELD_UUID, QString());
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().updateTask(unknown), notFound); }),
+  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().updateTask(unknown), TASK_ENG_NOT_FOUND); }),
               HasLine("The task with uid " + std::to_string(uid + 1) + " is not exist!"));
   EXPECT_EQ(unknown.getDateTime(Task::TASK_FIELD_END), Task::noDate());
   EXPECT_EQ(unknown.getDateTime(Task::TASK_FIELD_REVISION), now());
@@ -227,44 +229,45 @@ TEST_F(StoreTasks, UpdateOfAnUnknownTaskChangesTheRecordOnly) {
 TEST_F(StoreTasks, RemovesOneTask) {
   const unsigned int uid = add(task("a"));
   const unsigned int other = add(task("b"));
-  EXPECT_EQ(store().removeTask(uid), ok);
+  EXPECT_EQ(store().removeTask(uid), TASK_ENG_OK);
   EXPECT_THAT(uids(), ElementsAre(other));
-  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().removeTask(uid), notFound); }),
+  EXPECT_THAT(logOf([&] { EXPECT_EQ(store().removeTask(uid), TASK_ENG_NOT_FOUND); }),
               HasLine("The task with uid 1 is not exist!"));
   EXPECT_THAT(uids(), ElementsAre(other));
 }
 
-TEST_F(StoreTasks, NumbersAreNotGivenAgain) {
+TEST_F(StoreTasks, DoesNotReuseUids) {
   const unsigned int last = add(task("a"));
-  EXPECT_EQ(store().removeTask(last), ok);
+  EXPECT_EQ(store().removeTask(last), TASK_ENG_OK);
   EXPECT_GT(add(task("b")), last);
-  EXPECT_EQ(store().removeAll(), ok);
+  EXPECT_EQ(store().removeAll(), TASK_ENG_OK);
   close();
   EXPECT_EQ(add(task("c")), last + 2);
 }
 
-TEST_F(StoreTasks, RemovesAListUntilOneCannotBe) {
+TEST_F(StoreTasks, RemoveTasksStopsAtFirstFailure) {
   for (int i = 0; i < 6; ++i)
     add(task("s"));
   QValueList<unsigned int> list;
-  EXPECT_EQ(logOf([&] { EXPECT_EQ(store().removeTasks(list), badParameter); }),
+  EXPECT_EQ(logOf([&] { EXPECT_EQ(store().removeTasks(list), TASK_ENG_BAD_PARAMETER); }),
             line("The parameter taskList is null!"));
   for (const unsigned int uid : {5U, 999U, 6U})
     list.append(uid);
-  const std::string log = logOf([&] { EXPECT_EQ(store().removeTasks(list), databaseFailure); });
+  const std::string log =
+      logOf([&] { EXPECT_EQ(store().removeTasks(list), TASK_ENG_DATABASE_FAILURE); });
   EXPECT_EQ(log,
             line("The task with uid 999 is not exist!") + line("Remove task with uid 999 failed!"));
   EXPECT_THAT(uids(), ElementsAre(1, 2, 3, 4, 6));
   list.clear();
   list.append(6);
   list.append(1);
-  EXPECT_EQ(store().removeTasks(list), ok);
+  EXPECT_EQ(store().removeTasks(list), TASK_ENG_OK);
   EXPECT_THAT(uids(), ElementsAre(2, 3, 4));
 }
 
-// The identity.
+// The UUID.
 
-TEST_F(StoreTasks, MakesAnIdentityOf36Characters) {
+TEST_F(StoreTasks, GeneratesUuidOf36Characters) {
   std::set<QString> seen;
   for (int i = 0; i < 50; ++i) {
     Task added = task("s");
@@ -278,7 +281,7 @@ TEST_F(StoreTasks, MakesAnIdentityOf36Characters) {
   }
 }
 
-TEST_F(StoreTasks, DrawsTheFirstGroupsFromTheSequenceAndTheRestFromTheKernel) {
+TEST_F(StoreTasks, UuidUsesSeededSequenceAndThenRandomBytesOfKernel) {
   store();
   std::set<QString> ends;
   for (int round = 0; round < 2; ++round) {
@@ -299,7 +302,7 @@ TEST_F(StoreTasks, DrawsTheFirstGroupsFromTheSequenceAndTheRestFromTheKernel) {
     for (int byte = 0; byte < 8; ++byte)
       random();
     EXPECT_EQ(random(), afterwards);
-    // Two processes with the same sequence still make different identities.
+    // Two processes with the same seed still generate different UUIDs.
     EXPECT_TRUE(ends.insert(uuid.mid(19)).second);
   }
 }
@@ -308,7 +311,7 @@ TEST_F(StoreTasks, DrawsTheFirstGroupsFromTheSequenceAndTheRestFromTheKernel) {
 
 class StoreTexts : public StoreTest, public testing::WithParamInterface<QString> {};
 
-TEST_P(StoreTexts, ComeBackUnitByUnit) {
+TEST_P(StoreTexts, AreKeptUnitByUnit) {
   Task first = task(GetParam());
   first.setString(Task::TASK_FIELD_NOTE, GetParam());
   first.setString(Task::TASK_FIELD_UUID, GetParam().isNull() ? QString("u") : GetParam());
@@ -319,14 +322,14 @@ TEST_P(StoreTexts, ComeBackUnitByUnit) {
   add(second);
   second.setString(Task::TASK_FIELD_SUMMARY, GetParam());
   second.setString(Task::TASK_FIELD_NOTE, GetParam());
-  EXPECT_EQ(store().updateTask(second), ok);
+  EXPECT_EQ(store().updateTask(second), TASK_ENG_OK);
   close();
   EXPECT_THAT(get(second.getUINT32(Task::TASK_FIELD_UID)), IsSameTask(second));
 
-  // Lists read them the same way.
+  // Lists return them unchanged, too.
   QValueList<Task> list;
   EXPECT_EQ(store().getTasks(list, Task::TASK_FIELD_DUE, Task::noDateSeconds, Task::noDateSeconds),
-            ok);
+            TASK_ENG_OK);
   ASSERT_EQ(list.count(), 2U);
   for (const Task& got : list) {
     EXPECT_EQ(got.getString(Task::TASK_FIELD_NOTE), GetParam());
@@ -362,7 +365,7 @@ INSTANTIATE_TEST_SUITE_P(
                     QString(4002, QChar(0x4e2d)), QString(4003, 'c'), QString(70000, 'd'),
                     everyUnit()));
 
-TEST_F(StoreTasks, TextsEndAtTheFirstZero) {
+TEST_F(StoreTasks, TextsEndAtFirstZeroUnit) {
   const QString text = units({'a', 0, 'b'});
   Task added = task(text);
   EXPECT_EQ(get(add(added)).getString(Task::TASK_FIELD_SUMMARY), QString("a"));

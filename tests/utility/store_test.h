@@ -1,15 +1,17 @@
-// What tests of the store on the real database share.
+// The fixture of tests that use the store on the real database.
 #pragma once
 
+#include "SVC_CT_ChangeReporter.h"
 #include "ZTASK_ENG_Model.h"
 #include "change_journal.h"
 #include "log_capture.h"
+#include "raw_database.h"
+#include "store_subclass.h"
 #include "temporary_directory.h"
 #include "test_clock.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 #include <memory>
 #include <string>
@@ -18,61 +20,23 @@
 
 using Task = ZTASK_ENG_Task;
 
-constexpr int ok = 0;
-constexpr int memoryFull = 1;
-constexpr int badParameter = 2;
-constexpr int notFound = 3;
-constexpr int databaseFailure = 6;
-constexpr int notOpen = 7;
-constexpr int exists = 8;
-
-// A store with what subclasses may use.
-class Store : public ZTASK_ENG_Model {
-public:
-  using ZTASK_ENG_Model::removeAll;
-};
-
-// The database file behind the store's back.
-class RawDatabase {
-public:
-  explicit RawDatabase(const std::filesystem::path& directory) {
-    if (sqlite3_open((directory / "tasks.db").c_str(), &handle_) != SQLITE_OK)
-      throw std::runtime_error("the database can't be opened");
-    sqlite3_busy_timeout(handle_, 5000);
-  }
-  RawDatabase(const RawDatabase&) = delete;
-  RawDatabase& operator=(const RawDatabase&) = delete;
-  ~RawDatabase() { sqlite3_close(handle_); }
-
-  // Runs one statement; gives its rows, fields as texts in UTF-8 with "|" between them.
-  std::vector<std::string> run(const std::string& sql) {
-    sqlite3_stmt* statement = nullptr;
-    if (sqlite3_prepare_v2(handle_, sql.c_str(), -1, &statement, nullptr) != SQLITE_OK)
-      throw std::runtime_error(sql + ": " + sqlite3_errmsg(handle_));
-    std::vector<std::string> rows;
-    int result = SQLITE_ROW;
-    while ((result = sqlite3_step(statement)) == SQLITE_ROW) {
-      std::string row;
-      for (int column = 0; column < sqlite3_column_count(statement); ++column) {
-        const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(statement, column));
-        row += (column == 0 ? "" : "|") + std::string(text == nullptr ? "null" : text);
-      }
-      rows.push_back(row);
-    }
-    const std::string error = sqlite3_errmsg(handle_);
-    sqlite3_finalize(statement);
-    if (result != SQLITE_DONE)
-      throw std::runtime_error(sql + ": " + error);
-    return rows;
-  }
-
-private:
-  sqlite3* handle_ = nullptr;
-};
+// Short names of result codes, for the tests of other components.
+constexpr int ok = TASK_ENG_OK;
+constexpr int notFound = TASK_ENG_NOT_FOUND;
+constexpr int databaseFailure = TASK_ENG_DATABASE_FAILURE;
 
 class StoreTest : public testing::Test {
 protected:
-  // The clock stands at noon of a winter day in Berlin.
+  using Filter = ZTASK_ENG_Model::TASK_CATEGORY;
+  static constexpr Filter allTasks = ZTASK_ENG_Model::TASK_CATEGORY_ALL;
+  static constexpr Filter dueTasks = ZTASK_ENG_Model::TASK_CATEGORY_DUE;
+  static constexpr Filter incompleteTasks = ZTASK_ENG_Model::TASK_CATEGORY_INCOMPLETE;
+  static constexpr Filter completedTasks = ZTASK_ENG_Model::TASK_CATEGORY_COMPLETED;
+  using Sort = ZTASK_ENG_Model::TASK_SORT_FIELD;
+  static constexpr Sort byDueDate = ZTASK_ENG_Model::TASK_SORT_DUE;
+  static constexpr Sort byPriority = ZTASK_ENG_Model::TASK_SORT_PRIORITY;
+
+  // The clock shows noon of a winter day in Berlin.
   void SetUp() override { setEngineNow(now()); }
   void TearDown() override { setEngineNow(QDateTime()); }
 
@@ -81,14 +45,14 @@ protected:
     return static_cast<int>(dateTime.toSecsSinceEpoch());
   }
 
-  // The store, opened at the first use and again after close().
+  // Opens the store on first use, and again after close().
   Store& store() {
     if (!store_)
       store_ = std::make_unique<Store>();
     return *store_;
   }
   void close() { store_.reset(); }
-  // A database complete but closed.
+  // Creates a complete database and closes it.
   void prepare() {
     store();
     close();
@@ -96,7 +60,7 @@ protected:
   RawDatabase raw() const { return RawDatabase(directory_.path()); }
   std::vector<std::string> sql(const std::string& text) const { return raw().run(text); }
 
-  // The store's lines while `work` ran, each without its line number.
+  // Returns what the store logs while `work` runs, without line numbers.
   template <typename Work> std::string logOf(Work work) {
     LogCapture inner;
     work();
@@ -109,7 +73,7 @@ protected:
     result.setString(Task::TASK_FIELD_NOTE, "note");
     return result;
   }
-  // A task of those fields that lists go by.
+  // A task with the fields by which lists are filtered and sorted.
   static Task task(const QString& summary, int priority, int status,
                    const QDateTime& due = Task::noDate()) {
     Task result = task(summary);
@@ -119,19 +83,19 @@ protected:
     return result;
   }
   unsigned int add(Task& task) {
-    EXPECT_EQ(store().addTask(task), ok);
+    EXPECT_EQ(store().addTask(task), TASK_ENG_OK);
     return task.getUINT32(Task::TASK_FIELD_UID);
   }
   unsigned int add(Task&& task) { return add(task); }
   unsigned int addCategory(const QString& name) {
     QString text = name;
     unsigned int uid = 0;
-    EXPECT_EQ(store().addCategory(text, uid), ok);
+    EXPECT_EQ(store().addCategory(text, uid), TASK_ENG_OK);
     return uid;
   }
   Task get(unsigned int uid) {
     Task task;
-    EXPECT_EQ(store().getTask(uid, task), ok);
+    EXPECT_EQ(store().getTask(uid, task), TASK_ENG_OK);
     return task;
   }
   int code(unsigned int uid) {
@@ -140,12 +104,12 @@ protected:
   }
   std::vector<unsigned int> uids() {
     QValueList<unsigned int> list;
-    EXPECT_EQ(store().getAllIDs(list), ok);
+    EXPECT_EQ(store().getAllIDs(list), TASK_ENG_OK);
     return {list.begin(), list.end()};
   }
   std::vector<std::string> categories() {
     QValueList<QString> names;
-    EXPECT_EQ(store().getAllCategories(names), ok);
+    EXPECT_EQ(store().getAllCategories(names), TASK_ENG_OK);
     std::vector<std::string> result;
     for (const QString& name : names)
       result.push_back(name.isNull() ? "(null)" : name.toStdString());
@@ -153,11 +117,11 @@ protected:
   }
   int count() {
     int result = -1;
-    EXPECT_EQ(store().getCount(result), ok);
+    EXPECT_EQ(store().getCount(result), TASK_ENG_OK);
     return result;
   }
 
-  // What was reported since the last call, each as "UID TYPE".
+  // The changes reported since the last call, each as the functions below write it.
   std::vector<std::string> reports() {
     ulo::ChangeJournal journal(directory_.path().string());
     std::vector<ulo::Change> changes;
@@ -165,13 +129,15 @@ protected:
     std::vector<std::string> result;
     for (const ulo::Change& change : changes) {
       EXPECT_EQ(change.source, "{9a4cdb74-34ec-415e-ba36-b8c2a35d0071}");
-      result.push_back(std::to_string(change.uid) + " " +
-                       std::to_string(static_cast<int>(change.type)));
+      result.push_back(StoreTest::change(change.uid, static_cast<int>(change.type)));
       lastReport_ = change.entry;
     }
     return result;
   }
-  // Everything that is stored, for comparing.
+  static std::string addition(unsigned int uid) { return change(uid, SVC_CT_ADDED); }
+  static std::string update(unsigned int uid) { return change(uid, SVC_CT_UPDATED); }
+  static std::string removal(unsigned int uid) { return change(uid, SVC_CT_REMOVED); }
+  // All stored rows, for comparison.
   std::vector<std::string> everything() const {
     RawDatabase database(directory_.path());
     std::vector<std::string> rows = database.run("SELECT * FROM task_table_task");
@@ -183,8 +149,12 @@ protected:
   DataDirectory directory_;
 
 private:
+  static std::string change(unsigned int uid, int type) {
+    return std::to_string(uid) + " " + std::to_string(type);
+  }
+
   std::int64_t lastReport_ = 0;
-  // What is logged outside of logOf goes here and not to the test's output.
+  // Keeps what is logged outside of logOf out of the test's output.
   LogCapture log_;
   std::unique_ptr<Store> store_;
 };
@@ -196,7 +166,7 @@ inline std::vector<unsigned int> uidsOf(const QValueList<Task>& tasks) {
   return result;
 }
 
-// A line of the store's source, as logOf gives it.
+// A line logged by the store's source, as logOf returns it.
 inline std::string line(const std::string& text) {
   return "(utility/ZTASK_ENG_Model.cpp)" + text;
 }
@@ -205,7 +175,7 @@ MATCHER_P(HasLine, text, "") {
   return arg.find(line(text)) != std::string::npos;
 }
 
-// Whether every field of two records is the same, texts unit by unit, null and empty apart.
+// Matches a record whose fields are all equal. A null text differs from an empty one.
 MATCHER_P(IsSameTask, other, "") {
   constexpr Task::TASK_FIELD_T texts[] = {Task::TASK_FIELD_CATEGORY, Task::TASK_FIELD_NOTE,
                                           Task::TASK_FIELD_SUMMARY, Task::TASK_FIELD_UUID};

@@ -1,11 +1,12 @@
-// An adaptor on the real database, with what the system and the bus do to it in a test's hand.
+// An adaptor on the real database, with a system and a bus that tests can make fail.
 #pragma once
 
 #include "TASK_ENG_SyncML.h"
 #include "log_capture.h"
+#include "log_messages.h"
 #include "store_test.h"
+#include "vcalendar_text.h"
 
-#include <algorithm>
 #include <csignal>
 #include <fcntl.h>
 #include <fstream>
@@ -17,34 +18,27 @@
 #include <unistd.h>
 #include <vector>
 
-// What the system and the bus are to do.
+// What the system and the bus do, and what they were sent.
 struct Platform {
   std::vector<std::string> sent;  // "channel message data"
-  bool noTemporaryFile = false;
-  bool nothingCanBeRemoved = false;
-  bool noMemory = false;
-  bool noDescriptor = false;   // for reading
-  bool isAnotherUser = false;  // whom the files of this process do not belong to
-  // Called once each.
-  std::function<void()> asAParserComes;
-  std::function<void()> asAFileIsReadAgain;
+  bool mkstempFails = false;
+  bool unlinkFails = false;
+  bool callocFails = false;
+  bool openForReadingFails = false;
+  bool filesAreOfAnotherUser = false;
+  // Each is called once.
+  std::function<void()> beforeParserIsLoaded;
+  std::function<void()> beforeFileIsReopened;
 };
 extern Platform* platform;
 
-// The directory of outbound files.
+// Sets the directory of outbound files.
 struct SyncAdaptorAccess {
   static QString& directory(TASK_ENG_SyncML& adaptor) { return adaptor.tmpDir; }
 };
 
 inline constexpr char milk[] = "BEGIN:VCALENDAR\r\nVERSION:1.0\r\nBEGIN:VTODO\r\nSUMMARY:Milk\r\n"
                                "STATUS:NEEDS ACTION\r\nEND:VTODO\r\nEND:VCALENDAR\r\n";
-
-inline std::string todo(const std::string& lines) {
-  return "BEGIN:VTODO\r\n" + lines + "END:VTODO\r\n";
-}
-inline std::string calendar(const std::string& todos) {
-  return "BEGIN:VCALENDAR\r\nVERSION:1.0\r\n" + todos + "END:VCALENDAR\r\n";
-}
 
 inline std::string contents(const std::string& name) {
   std::ostringstream text;
@@ -60,26 +54,26 @@ protected:
   }
   ~SyncAdaptor() override { platform = nullptr; }
 
-  // Adds a task with this summary; gives its UID.
+  // Adds a task with this summary. Returns its UID.
   unsigned int add(const std::string& summary) {
     ZTASK_ENG_Task task;
     task.setString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY, QString::fromStdString(summary));
-    EXPECT_EQ(adaptor_.addTask(task), 0);
+    EXPECT_EQ(adaptor_.addTask(task), TASK_ENG_OK);
     return task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID);
   }
   QString summary(unsigned int uid) { return text(uid, ZTASK_ENG_Task::TASK_FIELD_SUMMARY); }
   QString text(unsigned int uid, ZTASK_ENG_Task::TASK_FIELD_T field) {
     ZTASK_ENG_Task task;
-    EXPECT_EQ(adaptor_.getTask(uid, task), 0);
+    EXPECT_EQ(adaptor_.getTask(uid, task), TASK_ENG_OK);
     return task.getString(field);
   }
   std::vector<unsigned int> ids() {
     std::vector<unsigned int> all;
-    EXPECT_EQ(adaptor_.getAllIDs(all), 0);
+    EXPECT_EQ(adaptor_.getAllIDs(all), TASK_SYNCML_OK);
     return all;
   }
 
-  // A descriptor of a new file with these bytes, at its beginning.
+  // Opens a new file with these bytes, positioned at its beginning.
   int fileWith(const std::string& bytes) {
     const std::string name = scratch_.path() / "item";
     std::ofstream(name, std::ios::binary | std::ios::trunc) << bytes;
@@ -95,27 +89,14 @@ protected:
     return lstat(name.c_str(), &status) == 0;
   }
 
-  // The adaptor's own lines. Each line of the log begins with "(utility/" or "(platform/" and has
-  // no end of its own.
-  std::vector<std::string> lines() {
-    const std::string all = log_.withoutLines();
-    const std::string own = "(utility/TASK_ENG_SyncML.cpp)";
-    const auto nextLine = [&all](std::size_t from) {
-      return std::min({all.find("(utility/", from), all.find("(platform/", from), all.size()});
-    };
-    std::vector<std::string> found;
-    for (std::size_t at = nextLine(0); at < all.size();) {
-      const std::size_t end = nextLine(at + 1);
-      if (all.compare(at, own.size(), own) == 0)
-        found.push_back(all.substr(at + own.size(), end - at - own.size()));
-      at = end;
-    }
-    return found;
+  // The adaptor's own messages.
+  std::vector<std::string> messages() {
+    return messagesOf(log_.withoutLines(), "utility/TASK_ENG_SyncML.cpp");
   }
-  // The last of them, the one before it and so on; empty when there are not so many.
-  std::string said(std::size_t fromEnd) {
-    const std::vector<std::string> all = lines();
-    return fromEnd <= all.size() ? all[all.size() - fromEnd] : std::string();
+  // The last message if `place` is 1, the one before it if 2, and so on; empty if there are fewer.
+  std::string messageFromEnd(std::size_t place) {
+    const std::vector<std::string> all = messages();
+    return place <= all.size() ? all[all.size() - place] : std::string();
   }
 
   DataDirectory directory_;
@@ -126,7 +107,7 @@ protected:
   TASK_ENG_SyncML adaptor_;
 };
 
-// Files may not grow beyond so many bytes while it lives, as on a disk that is full then.
+// While it lives, files cannot grow beyond this many bytes, as on a disk that becomes full.
 class FullDisk {
 public:
   explicit FullDisk(rlim_t bytes) {

@@ -1,4 +1,4 @@
-// Texts of a synchronisation engine as tasks, and what is told of a run.
+// The adaptor takes texts from a synchronization engine, and broadcasts a run's changes.
 
 #include "sync_adaptor.h"
 
@@ -9,9 +9,9 @@ using testing::Not;
 
 namespace {
 
-// In
+// Adding
 
-TEST_F(SyncAdaptor, AddsWhatADescriptorHolds) {
+TEST_F(SyncAdaptor, AddsTaskFromDescriptor) {
   const int fd = fileWith(milk);
   lseek(fd, 30, SEEK_SET);
   unsigned int uid = 0;
@@ -19,13 +19,13 @@ TEST_F(SyncAdaptor, AddsWhatADescriptorHolds) {
   close(fd);
   EXPECT_EQ(summary(uid), QString("Milk"));
   const std::string number = std::to_string(fd);
-  EXPECT_THAT(lines(), ElementsAre("Starting addEvent with fd = " + number + ", size = 5",
-                                   "Starting fileToTask with fd = " + number,
-                                   "Exiting fileToTask successfully", "Adding task...",
-                                   "Setting uid", "Exiting addEvent successfully"));
+  EXPECT_THAT(messages(), ElementsAre("Starting addEvent with fd = " + number + ", size = 5",
+                                      "Starting fileToTask with fd = " + number,
+                                      "Exiting fileToTask successfully", "Adding task...",
+                                      "Setting uid", "Exiting addEvent successfully"));
 }
 
-TEST_F(SyncAdaptor, AddsTheFirstOfSeveral) {
+TEST_F(SyncAdaptor, AddsFirstOfSeveralTodos) {
   const std::string two = calendar(todo("SUMMARY:one\r\n") + todo("SUMMARY:two\r\n"));
   const int fd = fileWith(two);
   unsigned int uid = 0;
@@ -37,7 +37,7 @@ TEST_F(SyncAdaptor, AddsTheFirstOfSeveral) {
   EXPECT_EQ(ids().size(), 2U);
 }
 
-TEST_F(SyncAdaptor, CutsTextsToWhatTheStoreTakes) {
+TEST_F(SyncAdaptor, TruncatesTextsToLimitsOfStore) {
   for (int extra : {-1, 0, 1, 88}) {
     const QString summary(512 + extra, 's');
     const QString note(4002 + extra, 'n');
@@ -55,8 +55,8 @@ TEST_F(SyncAdaptor, CutsTextsToWhatTheStoreTakes) {
   }
 }
 
-// More than one chunk of the copy.
-TEST_F(SyncAdaptor, AddsALargeItem) {
+// The item is copied in several chunks.
+TEST_F(SyncAdaptor, AddsLargeItem) {
   const std::string item =
       calendar(todo("SUMMARY:large\r\nX-FILL:" + std::string(30000, 'x') + "\r\nPRIORITY:7\r\n"));
   const int fd = fileWith(item);
@@ -64,11 +64,11 @@ TEST_F(SyncAdaptor, AddsALargeItem) {
   EXPECT_EQ(adaptor_.addEvent(fd, 0, uid), TASK_SYNCML_OK);
   close(fd);
   ZTASK_ENG_Task task;
-  ASSERT_EQ(adaptor_.getTask(uid, task), 0);
+  ASSERT_EQ(adaptor_.getTask(uid, task), TASK_ENG_OK);
   EXPECT_EQ(task.getPriorityValue(), 7);
 }
 
-TEST_F(SyncAdaptor, APipeCannotBeReadFromItsStart) {
+TEST_F(SyncAdaptor, RejectsPipe) {
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
   ASSERT_GT(write(ends[1], milk, sizeof milk - 1), 0);
@@ -77,24 +77,24 @@ TEST_F(SyncAdaptor, APipeCannotBeReadFromItsStart) {
   EXPECT_EQ(adaptor_.addEvent(ends[0], 0, uid), TASK_SYNCML_OTHERERROR);
   close(ends[0]);
   EXPECT_EQ(uid, 77U);
-  EXPECT_EQ(said(3), "Could not lseek to beginning of file!");
-  EXPECT_EQ(said(2), "failed to get task from file descriptor!!");
-  EXPECT_EQ(said(1), "Exiting addEvent with TASK_SYNCML_OTHERERROR");
+  EXPECT_EQ(messageFromEnd(3), "Could not lseek to beginning of file!");
+  EXPECT_EQ(messageFromEnd(2), "failed to get task from file descriptor!!");
+  EXPECT_EQ(messageFromEnd(1), "Exiting addEvent with TASK_SYNCML_OTHERERROR");
   EXPECT_THAT(ids(), IsEmpty());
 }
 
-TEST_F(SyncAdaptor, WithoutATemporaryFileNothingIsAdded) {
+TEST_F(SyncAdaptor, AddsNothingWithoutTemporaryFile) {
   const int fd = fileWith(milk);
-  platform_.noTemporaryFile = true;
+  platform_.mkstempFails = true;
   unsigned int uid = 77;
   EXPECT_EQ(adaptor_.addEvent(fd, 0, uid), TASK_SYNCML_OTHERERROR);
   close(fd);
-  EXPECT_THAT(lines(), Contains("Could not create temporary file"));
+  EXPECT_THAT(messages(), Contains("Could not create temporary file"));
   EXPECT_THAT(ids(), IsEmpty());
 }
 
-// Half an item would take the place of a whole task.
-TEST_F(SyncAdaptor, WhatCannotBeCopiedWholeIsNotStored) {
+// An incomplete item must not replace a complete task.
+TEST_F(SyncAdaptor, StoresNothingIfCopyIsIncomplete) {
   const unsigned int uid = add("Milk");
   const int fd = fileWith(calendar(todo("SUMMARY:other\r\nDESCRIPTION:note\r\n")));
   {
@@ -102,42 +102,43 @@ TEST_F(SyncAdaptor, WhatCannotBeCopiedWholeIsNotStored) {
     EXPECT_EQ(adaptor_.updateEvent(fd, 0, uid), TASK_SYNCML_OTHERERROR);
   }
   close(fd);
-  EXPECT_THAT(lines(), Contains("Could not copy to the temporary file"));
+  EXPECT_THAT(messages(), Contains("Could not copy to the temporary file"));
   EXPECT_EQ(summary(uid), QString("Milk"));
 }
 
-TEST_F(SyncAdaptor, TextThatIsNoToDoIsRefused) {
+TEST_F(SyncAdaptor, RejectsTextWithoutTodo) {
   unsigned int uid = 77;
   for (const std::string& wrong :
        {std::string("no calendar"), calendar(""), std::string(milk).substr(0, 40)}) {
     const int fd = fileWith(wrong);
     EXPECT_EQ(adaptor_.addEvent(fd, 0, uid), TASK_SYNCML_OTHERERROR);
     close(fd);
-    EXPECT_EQ(said(3), "the file is in wrong format or is empty!");
-    EXPECT_EQ(said(2), "failed to get task from file descriptor!!");
-    EXPECT_EQ(said(1), "Exiting addEvent with TASK_SYNCML_OTHERERROR");
+    EXPECT_EQ(messageFromEnd(3), "the file is in wrong format or is empty!");
+    EXPECT_EQ(messageFromEnd(2), "failed to get task from file descriptor!!");
+    EXPECT_EQ(messageFromEnd(1), "Exiting addEvent with TASK_SYNCML_OTHERERROR");
     EXPECT_EQ(adaptor_.addEvent(wrong, uid), TASK_SYNCML_OTHERERROR);
-    EXPECT_EQ(said(2), "the vtodo is in wrong format or is empty!");
-    EXPECT_EQ(said(1), "failed to get task from string!!");
+    EXPECT_EQ(messageFromEnd(2), "the vtodo is in wrong format or is empty!");
+    EXPECT_EQ(messageFromEnd(1), "failed to get task from string!!");
   }
   EXPECT_EQ(uid, 77U);
   EXPECT_THAT(ids(), IsEmpty());
 }
 
-TEST_F(SyncAdaptor, AnEmptyTextIsAWrongParameter) {
+TEST_F(SyncAdaptor, RejectsEmptyText) {
   unsigned int uid = 77;
   EXPECT_EQ(adaptor_.addEvent(std::string(), uid), TASK_SYNCML_OTHERERROR);
-  EXPECT_THAT(lines(), ElementsAre("the parameter is wrong!", "failed to get task from string!!"));
+  EXPECT_THAT(messages(),
+              ElementsAre("the parameter is wrong!", "failed to get task from string!!"));
   const int fd = fileWith("");
   EXPECT_EQ(adaptor_.addEvent(fd, 0, uid), TASK_SYNCML_OTHERERROR);
   close(fd);
 }
 
-TEST_F(SyncAdaptor, AStringIsReadUpToItsFirstZero) {
+TEST_F(SyncAdaptor, ReadsStringUpToFirstZero) {
   unsigned int uid = 0;
   EXPECT_EQ(adaptor_.addEvent(milk + std::string(1, '\0') + "rest", uid), TASK_SYNCML_OK);
   EXPECT_EQ(summary(uid), QString("Milk"));
-  EXPECT_THAT(lines(), IsEmpty());
+  EXPECT_THAT(messages(), IsEmpty());
 }
 
 TEST_F(SyncAdaptor, LeavesNoInboundFile) {
@@ -160,24 +161,24 @@ TEST_F(SyncAdaptor, LeavesNoInboundFile) {
   EXPECT_EQ(inbound(), before);
 }
 
-TEST_F(SyncAdaptor, AStoreThatRefusesIsAnError) {
+TEST_F(SyncAdaptor, FailsIfStoreRejectsTask) {
   RawDatabase(directory_.path())
       .run("CREATE TRIGGER full BEFORE INSERT ON task_table_task BEGIN "
            "SELECT RAISE(FAIL, 'no'); END");
   unsigned int uid = 77;
   EXPECT_EQ(adaptor_.addEvent(milk, uid), TASK_SYNCML_OTHERERROR);
-  EXPECT_EQ(said(1), "add record to database failed!!");
+  EXPECT_EQ(messageFromEnd(1), "add record to database failed!!");
   const int fd = fileWith(milk);
   EXPECT_EQ(adaptor_.addEvent(fd, 0, uid), TASK_SYNCML_OTHERERROR);
   close(fd);
-  EXPECT_EQ(said(2), "add record to database failed!!");
-  EXPECT_EQ(said(1), "Exiting addEvent abnormally");
+  EXPECT_EQ(messageFromEnd(2), "add record to database failed!!");
+  EXPECT_EQ(messageFromEnd(1), "Exiting addEvent abnormally");
   EXPECT_EQ(uid, 77U);
 }
 
-// Over a task
+// Updating
 
-TEST_F(SyncAdaptor, StoresATextOverATask) {
+TEST_F(SyncAdaptor, UpdatesTaskFromText) {
   const unsigned int uid = add("Bread");
   const QString uuid = text(uid, ZTASK_ENG_Task::TASK_FIELD_UUID);
   const int fd = fileWith(milk);
@@ -186,25 +187,25 @@ TEST_F(SyncAdaptor, StoresATextOverATask) {
   EXPECT_EQ(summary(uid), QString("Milk"));
   EXPECT_EQ(text(uid, ZTASK_ENG_Task::TASK_FIELD_UUID), uuid);
   const std::string number = std::to_string(fd);
-  EXPECT_THAT(lines(), ElementsAre("Starting updateEvent with fd = " + number +
-                                       ", size = 9, uid = " + std::to_string(uid),
-                                   "Starting addEvent with fd = " + number + ", size = 9",
-                                   "Starting fileToTask with fd = " + number,
-                                   "Exiting fileToTask successfully", "Updating task...",
-                                   "Exiting addEvent successfully",
-                                   "Status returned by addEvent = 0", "Exiting updateEvent"));
+  EXPECT_THAT(messages(), ElementsAre("Starting updateEvent with fd = " + number +
+                                          ", size = 9, uid = " + std::to_string(uid),
+                                      "Starting addEvent with fd = " + number + ", size = 9",
+                                      "Starting fileToTask with fd = " + number,
+                                      "Exiting fileToTask successfully", "Updating task...",
+                                      "Exiting addEvent successfully",
+                                      "Status returned by addEvent = 0", "Exiting updateEvent"));
   EXPECT_EQ(adaptor_.updateEvent(calendar(todo("SUMMARY:Eggs\r\n")), uid), TASK_SYNCML_OK);
   EXPECT_EQ(summary(uid), QString("Eggs"));
   EXPECT_EQ(ids().size(), 1U);
 }
 
-TEST_F(SyncAdaptor, AnUpdateThatFailsLetsTheNextAdditionAdd) {
+TEST_F(SyncAdaptor, AddsTaskAfterFailedUpdate) {
   EXPECT_EQ(adaptor_.updateEvent(milk, 4711), TASK_SYNCML_NOTFOUND);
-  EXPECT_EQ(said(1), "add record to database failed!!");
+  EXPECT_EQ(messageFromEnd(1), "add record to database failed!!");
   EXPECT_EQ(adaptor_.updateEvent("nothing", 4711), TASK_SYNCML_OTHERERROR);
   const int fd = fileWith(milk);
   EXPECT_EQ(adaptor_.updateEvent(fd, 0, 4711), TASK_SYNCML_NOTFOUND);
-  EXPECT_EQ(said(1), "Exiting updateEvent");
+  EXPECT_EQ(messageFromEnd(1), "Exiting updateEvent");
   unsigned int uid = 0;
   EXPECT_EQ(adaptor_.addEvent(fd, 0, uid), TASK_SYNCML_OK);
   EXPECT_EQ(adaptor_.addEvent(milk, uid), TASK_SYNCML_OK);
@@ -212,9 +213,9 @@ TEST_F(SyncAdaptor, AnUpdateThatFailsLetsTheNextAdditionAdd) {
   EXPECT_EQ(ids().size(), 2U);
 }
 
-// Removal and lists
+// Removing and listing
 
-TEST_F(SyncAdaptor, RemovesTasksAndListsThem) {
+TEST_F(SyncAdaptor, RemovesAndListsTasks) {
   const unsigned int first = add("one");
   const unsigned int second = add("two");
   std::vector<unsigned int> list = {99};
@@ -227,7 +228,7 @@ TEST_F(SyncAdaptor, RemovesTasksAndListsThem) {
   EXPECT_THAT(ids(), IsEmpty());
 }
 
-TEST(SyncAdaptorWithoutStore, AnswersWithOneCode) {
+TEST(SyncAdaptorWithoutStore, ReturnsOtherError) {
   setenv("ULO_DATA_DIR", "/proc/nowhere", 1);
   LogCapture log;
   TASK_ENG_SyncML adaptor;
@@ -248,7 +249,7 @@ TEST(SyncAdaptorWithoutStore, AnswersWithOneCode) {
 
 // Runs
 
-TEST_F(SyncAdaptor, ARunThatChangedSomethingIsToldOnce) {
+TEST_F(SyncAdaptor, BroadcastsOncePerRunWithChanges) {
   const unsigned int first = add("one");
   const unsigned int second = add("two");
   adaptor_.beginSync(3);
@@ -257,14 +258,14 @@ TEST_F(SyncAdaptor, ARunThatChangedSomethingIsToldOnce) {
   EXPECT_THAT(platform_.sent, IsEmpty());
   adaptor_.endSync();
   EXPECT_THAT(platform_.sent, ElementsAre("ULO_PIM_TASK_ENG_CHANNEL TASK_ENG_dataChanged"));
-  EXPECT_EQ(said(1), "Sending db change msg to HSA!");
+  EXPECT_EQ(messageFromEnd(1), "Sending db change msg to HSA!");
   adaptor_.endSync();
   adaptor_.beginSync(0);
   adaptor_.endSync();
   EXPECT_EQ(platform_.sent.size(), 1U);
 }
 
-TEST_F(SyncAdaptor, EachKindOfChangeIsTold) {
+TEST_F(SyncAdaptor, BroadcastsEachKindOfChange) {
   const unsigned int uid = add("one");
   unsigned int added = 0;
   const int fd = fileWith(milk);
@@ -286,7 +287,7 @@ TEST_F(SyncAdaptor, EachKindOfChangeIsTold) {
   close(fd);
 }
 
-TEST_F(SyncAdaptor, WhatFailedIsNotTold) {
+TEST_F(SyncAdaptor, DoesNotBroadcastFailures) {
   add("one");
   unsigned int uid = 0;
   std::string text;
@@ -297,10 +298,10 @@ TEST_F(SyncAdaptor, WhatFailedIsNotTold) {
   EXPECT_EQ(adaptor_.getEvent(text, ids().front()), TASK_SYNCML_OK);
   adaptor_.endSync();
   EXPECT_THAT(platform_.sent, IsEmpty());
-  EXPECT_THAT(lines(), Not(Contains("Sending db change msg to HSA!")));
+  EXPECT_THAT(messages(), Not(Contains("Sending db change msg to HSA!")));
 }
 
-TEST_F(SyncAdaptor, ChangesOutsideARunAreToldWithTheNextOne) {
+TEST_F(SyncAdaptor, BroadcastsChangesOutsideRunWithNextRun) {
   const unsigned int uid = add("one");
   EXPECT_EQ(adaptor_.removeEvent(uid), TASK_SYNCML_OK);
   adaptor_.endSync();

@@ -1,4 +1,4 @@
-// Tasks as texts for a synchronisation engine.
+// The adaptor writes tasks as texts for a synchronization engine.
 
 #include "sync_adaptor.h"
 
@@ -10,9 +10,9 @@ using testing::HasSubstr;
 
 namespace {
 
-// Out, through a descriptor
+// To a descriptor
 
-TEST_F(SyncAdaptor, WritesATaskToADescriptor) {
+TEST_F(SyncAdaptor, WritesTaskToDescriptor) {
   const unsigned int uid = add("Milk");
   const int fd = fileWith("");
   int size = 0;
@@ -22,7 +22,7 @@ TEST_F(SyncAdaptor, WritesATaskToADescriptor) {
   EXPECT_THAT(scratch(), HasSubstr("Milk"));
   EXPECT_EQ(static_cast<std::size_t>(size), scratch().size());
   EXPECT_FALSE(exists(outbound(uid)));
-  EXPECT_THAT(lines(),
+  EXPECT_THAT(messages(),
               ElementsAre("Starting getEvent with fd = " + std::to_string(fd) +
                               ", maxSize = 10000, uid = " + std::to_string(uid),
                           "The tmp file name is " + outbound(uid), "Returned from p.writeVtodo",
@@ -30,7 +30,7 @@ TEST_F(SyncAdaptor, WritesATaskToADescriptor) {
                           "Exiting getEvent successfully"));
 }
 
-TEST_F(SyncAdaptor, WritesWhereTheDescriptorStands) {
+TEST_F(SyncAdaptor, WritesAtPositionOfDescriptor) {
   const unsigned int uid = add("Milk");
   const int fd = fileWith("0123456789");
   lseek(fd, 4, SEEK_SET);
@@ -41,7 +41,7 @@ TEST_F(SyncAdaptor, WritesWhereTheDescriptorStands) {
   EXPECT_EQ(scratch().size(), static_cast<std::size_t>(size) + 4);
 }
 
-TEST_F(SyncAdaptor, WritesToAPipe) {
+TEST_F(SyncAdaptor, WritesToPipe) {
   const unsigned int uid = add("Milk");
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
@@ -55,25 +55,25 @@ TEST_F(SyncAdaptor, WritesToAPipe) {
   EXPECT_EQ(got.substr(0, 15), "BEGIN:VCALENDAR");
 }
 
-// An error of the descriptor is for its owner to see.
-TEST_F(SyncAdaptor, LogsDescriptorThatRefusesTheText) {
+// The result is TASK_SYNCML_OK: errors of the descriptor are its owner's business.
+TEST_F(SyncAdaptor, LogsDescriptorThatRejectsText) {
   const unsigned int uid = add("Milk");
   close(fileWith("kept"));
   const int readOnly = ::open((scratch_.path() / "item").c_str(), O_RDONLY);
   int size = 0;
   EXPECT_EQ(adaptor_.getEvent(readOnly, size, 10000, uid), TASK_SYNCML_OK);
   EXPECT_GT(size, 0);
-  EXPECT_EQ(said(3), "the file descriptor does not take the whole vtodo!");
+  EXPECT_EQ(messageFromEnd(3), "the file descriptor does not take the whole vtodo!");
   close(readOnly);
   EXPECT_EQ(scratch(), "kept");
 }
 
-TEST_F(SyncAdaptor, WaitsForDescriptorThatDoesNotBlock) {
+TEST_F(SyncAdaptor, WaitsForNonBlockingDescriptor) {
   const unsigned int uid = add("Milk");
   ZTASK_ENG_Task task;
-  ASSERT_EQ(adaptor_.getTask(uid, task), 0);
+  ASSERT_EQ(adaptor_.getTask(uid, task), TASK_ENG_OK);
   task.setString(ZTASK_ENG_Task::TASK_FIELD_NOTE, QString(ZTASK_ENG_Task::noteLimit, u'\u00e4'));
-  ASSERT_EQ(adaptor_.updateTask(task), 0);
+  ASSERT_EQ(adaptor_.updateTask(task), TASK_ENG_OK);
   int ends[2];
   ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
   ASSERT_EQ(fcntl(ends[1], F_SETFL, O_NONBLOCK), 0);
@@ -95,7 +95,7 @@ TEST_F(SyncAdaptor, WaitsForDescriptorThatDoesNotBlock) {
   EXPECT_EQ(got, text);
 }
 
-TEST_F(SyncAdaptor, ALargeItemStaysInItsFile) {
+TEST_F(SyncAdaptor, LargeItemStaysInFile) {
   const unsigned int uid = add("Milk");
   const int fd = fileWith("");
   int whole = 0;
@@ -109,8 +109,8 @@ TEST_F(SyncAdaptor, ALargeItemStaysInItsFile) {
   EXPECT_EQ(size, whole);
   EXPECT_EQ(scratch(), "");
   EXPECT_EQ(contents(outbound(uid)), item);
-  EXPECT_EQ(said(2), "Size of vTodo file exceeds maxSize");
-  EXPECT_EQ(said(1), "Exiting getEvent with TASK_SYNCML_TOOLARGE");
+  EXPECT_EQ(messageFromEnd(2), "Size of vTodo file exceeds maxSize");
+  EXPECT_EQ(messageFromEnd(1), "Exiting getEvent with TASK_SYNCML_TOOLARGE");
 
   EXPECT_EQ(adaptor_.getEvent(second, size, whole, uid), TASK_SYNCML_OK);
   close(second);
@@ -118,46 +118,46 @@ TEST_F(SyncAdaptor, ALargeItemStaysInItsFile) {
   EXPECT_FALSE(exists(outbound(uid)));
 }
 
-TEST_F(SyncAdaptor, ATaskThatIsNotThereIsNotFound) {
+TEST_F(SyncAdaptor, FailsIfTaskIsNotFound) {
   int size = 77;
   EXPECT_EQ(adaptor_.getEvent(1, size, 10000, 4711), TASK_SYNCML_NOTFOUND);
   EXPECT_EQ(size, 77);
-  EXPECT_THAT(lines(),
+  EXPECT_THAT(messages(),
               ElementsAre("Starting getEvent with fd = 1, maxSize = 10000, uid = 4711",
                           "Error Occured when getting a Task!", "Exiting getEvent abnormally"));
   std::string text = "kept";
   EXPECT_EQ(adaptor_.getEvent(text, 4711), TASK_SYNCML_NOTFOUND);
   EXPECT_EQ(text, "kept");
-  EXPECT_EQ(said(1), "Error Occured when getting a Task!");
+  EXPECT_EQ(messageFromEnd(1), "Error Occured when getting a Task!");
 }
 
-TEST_F(SyncAdaptor, ADirectoryThatTakesNoFilesIsAnError) {
+TEST_F(SyncAdaptor, FailsIfDirectoryAcceptsNoFiles) {
   const unsigned int uid = add("Milk");
   SyncAdaptorAccess::directory(adaptor_) = "/nowhere/at/all";
   int size = 77;
   EXPECT_EQ(adaptor_.getEvent(1, size, 10000, uid), TASK_SYNCML_OTHERERROR);
   EXPECT_EQ(size, 77);
-  EXPECT_EQ(said(2), "Tmp file does not exist!");
-  EXPECT_EQ(said(1), "Exiting getEvent with TASK_SYNCML_OTHERERROR");
+  EXPECT_EQ(messageFromEnd(2), "Tmp file does not exist!");
+  EXPECT_EQ(messageFromEnd(1), "Exiting getEvent with TASK_SYNCML_OTHERERROR");
   std::string text = "kept";
   EXPECT_EQ(adaptor_.getEvent(text, uid), TASK_SYNCML_OTHERERROR);
   EXPECT_EQ(text, "kept");
-  EXPECT_EQ(said(1), "temp file is not exist!");
+  EXPECT_EQ(messageFromEnd(1), "temp file is not exist!");
 }
 
-TEST_F(SyncAdaptor, AFileThatCannotBeReadAgainStays) {
+TEST_F(SyncAdaptor, KeepsFileThatCannotBeReopened) {
   const unsigned int uid = add("Milk");
-  platform_.noDescriptor = true;
+  platform_.openForReadingFails = true;
   int size = 0;
   EXPECT_EQ(adaptor_.getEvent(1, size, 10000, uid), TASK_SYNCML_OTHERERROR);
-  platform_.noDescriptor = false;
+  platform_.openForReadingFails = false;
   EXPECT_GT(size, 0);
   EXPECT_TRUE(exists(outbound(uid)));
-  EXPECT_EQ(said(2), "Could not obtain filedescriptor for temp file");
-  EXPECT_EQ(said(1), "Exiting getEvent with TASK_SYNCML_OTHERERROR");
+  EXPECT_EQ(messageFromEnd(2), "Could not obtain filedescriptor for temp file");
+  EXPECT_EQ(messageFromEnd(1), "Exiting getEvent with TASK_SYNCML_OTHERERROR");
 }
 
-TEST_F(SyncAdaptor, HalfATextIsNotSent) {
+TEST_F(SyncAdaptor, DoesNotSendIncompleteText) {
   const unsigned int uid = add(std::string(400, 'm'));
   const int fd = fileWith("");
   int size = 77;
@@ -165,10 +165,10 @@ TEST_F(SyncAdaptor, HalfATextIsNotSent) {
   {
     const FullDisk full(100);
     EXPECT_EQ(adaptor_.getEvent(fd, size, 10000, uid), TASK_SYNCML_OTHERERROR);
-    EXPECT_EQ(said(2), "the tmp file is not whole!");
-    EXPECT_EQ(said(1), "Exiting getEvent with TASK_SYNCML_OTHERERROR");
+    EXPECT_EQ(messageFromEnd(2), "the tmp file is not whole!");
+    EXPECT_EQ(messageFromEnd(1), "Exiting getEvent with TASK_SYNCML_OTHERERROR");
     EXPECT_EQ(adaptor_.getEvent(text, uid), TASK_SYNCML_OTHERERROR);
-    EXPECT_EQ(said(1), "the tmp file is not whole!");
+    EXPECT_EQ(messageFromEnd(1), "the tmp file is not whole!");
   }
   close(fd);
   EXPECT_EQ(scratch(), "");
@@ -178,9 +178,9 @@ TEST_F(SyncAdaptor, HalfATextIsNotSent) {
   EXPECT_EQ(adaptor_.getEvent(text, uid), TASK_SYNCML_OK);
 }
 
-// Names that can be guessed
+// Files whose names others can guess
 
-TEST_F(SyncAdaptor, ASymbolicLinkIsReplacedAndNotFollowed) {
+TEST_F(SyncAdaptor, ReplacesSymbolicLinkWithoutFollowingIt) {
   const unsigned int uid = add("Milk");
   const std::string target = scratch_.path() / "precious";
   std::ofstream(target) << "precious";
@@ -198,19 +198,19 @@ TEST_F(SyncAdaptor, ASymbolicLinkIsReplacedAndNotFollowed) {
   }
 }
 
-TEST_F(SyncAdaptor, AFileThatCannotBeRemovedIsNeitherOverwrittenNorSent) {
+TEST_F(SyncAdaptor, NeitherOverwritesNorSendsFileThatCannotBeRemoved) {
   const unsigned int uid = add("Milk");
   std::ofstream(outbound(uid)) << "somebody else's";
-  platform_.nothingCanBeRemoved = true;
+  platform_.unlinkFails = true;
   const int fd = fileWith("");
   int size = 77;
   std::string text = "kept";
   EXPECT_EQ(adaptor_.getEvent(fd, size, 10000, uid), TASK_SYNCML_OTHERERROR);
-  EXPECT_EQ(said(2), "the tmp file name is taken by another file!");
-  EXPECT_EQ(said(1), "Exiting getEvent with TASK_SYNCML_OTHERERROR");
+  EXPECT_EQ(messageFromEnd(2), "the tmp file name is taken by another file!");
+  EXPECT_EQ(messageFromEnd(1), "Exiting getEvent with TASK_SYNCML_OTHERERROR");
   EXPECT_EQ(adaptor_.getEvent(text, uid), TASK_SYNCML_OTHERERROR);
-  EXPECT_EQ(said(1), "the tmp file name is taken by another file!");
-  platform_.nothingCanBeRemoved = false;
+  EXPECT_EQ(messageFromEnd(1), "the tmp file name is taken by another file!");
+  platform_.unlinkFails = false;
   close(fd);
   EXPECT_EQ(size, 77);
   EXPECT_EQ(text, "kept");
@@ -218,8 +218,8 @@ TEST_F(SyncAdaptor, AFileThatCannotBeRemovedIsNeitherOverwrittenNorSent) {
   EXPECT_EQ(contents(outbound(uid)), "somebody else's");
 }
 
-// Where a directory lets others remove files.
-TEST_F(SyncAdaptor, AFileThatTookTheNameMeanwhileIsNotSent) {
+// Other users may remove files from some directories.
+TEST_F(SyncAdaptor, DoesNotSendFileThatReplacedItsOwn) {
   const unsigned int uid = add("Milk");
   const auto replace = [&] {
     std::filesystem::remove(outbound(uid));
@@ -228,13 +228,13 @@ TEST_F(SyncAdaptor, AFileThatTookTheNameMeanwhileIsNotSent) {
   const int fd = fileWith("");
   int size = 77;
   std::string text = "kept";
-  platform_.asAParserComes = replace;
+  platform_.beforeParserIsLoaded = replace;
   EXPECT_EQ(adaptor_.getEvent(fd, size, 10000, uid), TASK_SYNCML_OTHERERROR);
-  EXPECT_EQ(said(2), "the tmp file name is taken by another file!");
+  EXPECT_EQ(messageFromEnd(2), "the tmp file name is taken by another file!");
   EXPECT_EQ(contents(outbound(uid)), milk);
-  platform_.asAParserComes = replace;
+  platform_.beforeParserIsLoaded = replace;
   EXPECT_EQ(adaptor_.getEvent(text, uid), TASK_SYNCML_OTHERERROR);
-  EXPECT_EQ(said(1), "the tmp file name is taken by another file!");
+  EXPECT_EQ(messageFromEnd(1), "the tmp file name is taken by another file!");
   EXPECT_EQ(contents(outbound(uid)), milk);
   close(fd);
   EXPECT_EQ(size, 77);
@@ -242,22 +242,22 @@ TEST_F(SyncAdaptor, AFileThatTookTheNameMeanwhileIsNotSent) {
   EXPECT_EQ(scratch(), "");
 }
 
-TEST_F(SyncAdaptor, ADirectoryOfThatNameIsInTheWay) {
+TEST_F(SyncAdaptor, FailsIfDirectoryHasNameOfFile) {
   const unsigned int uid = add("Milk");
   ASSERT_EQ(mkdir(outbound(uid).c_str(), 0700), 0);
   std::string text;
   EXPECT_EQ(adaptor_.getEvent(text, uid), TASK_SYNCML_OTHERERROR);
   EXPECT_EQ(text, "");
-  EXPECT_EQ(said(1), "the tmp file name is taken by another file!");
+  EXPECT_EQ(messageFromEnd(1), "the tmp file name is taken by another file!");
 }
 
-// The user's processes, and stores, that ask for one UID at the same time
+// Concurrent requests for one UID, by several stores and processes of the user
 
-// Runs the second request at each place of the first one where others could get in its way.
-TEST_F(SyncAdaptor, RequestsForOneUidDoNotDisturbEachOther) {
+// Runs a second request at each point where it could interfere with the first one.
+TEST_F(SyncAdaptor, HandlesConcurrentRequestsForOneUid) {
   const unsigned int uid = add("Milk");
   const DataDirectory otherDirectory;
-  // All stores of one thread are the same one.
+  // Stores in one thread share a database, so the other one needs its own thread.
   const auto inOtherStore = [&](const std::function<void(TASK_ENG_SyncML&)>& use) {
     std::thread([&] {
       TASK_ENG_SyncML other;
@@ -268,7 +268,7 @@ TEST_F(SyncAdaptor, RequestsForOneUidDoNotDisturbEachOther) {
   inOtherStore([&](TASK_ENG_SyncML& other) {
     ZTASK_ENG_Task bread;
     bread.setString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY, QStringLiteral("Bread"));
-    EXPECT_EQ(other.addTask(bread), 0);
+    EXPECT_EQ(other.addTask(bread), TASK_ENG_OK);
     EXPECT_EQ(bread.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID), uid);
   });
 
@@ -281,7 +281,7 @@ TEST_F(SyncAdaptor, RequestsForOneUidDoNotDisturbEachOther) {
       EXPECT_THAT(text, AllOf(HasSubstr("Bread"), testing::EndsWith("END:VCALENDAR\r\n\r\n")));
     });
   };
-  for (auto place : {&Platform::asAParserComes, &Platform::asAFileIsReadAgain}) {
+  for (auto place : {&Platform::beforeParserIsLoaded, &Platform::beforeFileIsReopened}) {
     const int fd = fileWith("");
     int size = 0;
     platform_.*place = ask;
@@ -290,7 +290,7 @@ TEST_F(SyncAdaptor, RequestsForOneUidDoNotDisturbEachOther) {
     EXPECT_EQ(scratch().size(), static_cast<std::size_t>(size));
     EXPECT_THAT(scratch(), AllOf(HasSubstr("Milk"), testing::EndsWith("END:VCALENDAR\r\n\r\n")));
   }
-  platform_.asAParserComes = ask;
+  platform_.beforeParserIsLoaded = ask;
   std::string text;
   EXPECT_EQ(adaptor_.getEvent(text, uid), TASK_SYNCML_OK);
   EXPECT_THAT(text, HasSubstr("Milk"));
@@ -298,7 +298,7 @@ TEST_F(SyncAdaptor, RequestsForOneUidDoNotDisturbEachOther) {
   EXPECT_TRUE(std::filesystem::is_empty(temporary_.path()));
 }
 
-// Each process asks for the UID many times, in both ways. Returns how often it did not get `whole`.
+// Requests the text of the UID many times, in both ways. Returns how often it was not `whole`.
 int failuresOfRacer(const QString& directory, const std::string& file, const std::string& whole) {
   constexpr int rounds = 50;
   TASK_ENG_SyncML adaptor;
@@ -317,7 +317,7 @@ int failuresOfRacer(const QString& directory, const std::string& file, const std
   return failures;
 }
 
-TEST(SyncAdaptorRaces, EveryProcessGetsTheWholeTextOfOneUid) {
+TEST(SyncAdaptorRaces, EveryProcessGetsWholeText) {
   const DataDirectory directory;
   const TemporaryDirectory temporary;
   const TemporaryDirectory scratch;
@@ -328,7 +328,7 @@ TEST(SyncAdaptorRaces, EveryProcessGetsTheWholeTextOfOneUid) {
   const std::string expected = scratch.path() / "expected";
   int start[2];
   ASSERT_EQ(pipe(start), 0);
-  // Before a store is open: a child must not use its parent's.
+  // Forks before a store is open: a child must not use its parent's.
   std::vector<pid_t> racers;
   for (int i = 0; i < 4; ++i) {
     const pid_t racer = fork();
@@ -346,7 +346,7 @@ TEST(SyncAdaptorRaces, EveryProcessGetsTheWholeTextOfOneUid) {
   SyncAdaptorAccess::directory(adaptor) = outbound;
   ZTASK_ENG_Task task;
   task.setString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY, QStringLiteral("Milk"));
-  EXPECT_EQ(adaptor.addTask(task), 0);
+  EXPECT_EQ(adaptor.addTask(task), TASK_ENG_OK);
   EXPECT_EQ(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID), 1);
   std::string whole;
   EXPECT_EQ(adaptor.getEvent(whole, 1), TASK_SYNCML_OK);
@@ -363,10 +363,10 @@ TEST(SyncAdaptorRaces, EveryProcessGetsTheWholeTextOfOneUid) {
   platform = nullptr;
 }
 
-TEST_F(SyncAdaptor, LeavesTheFileOfAnotherUserAlone) {
+TEST_F(SyncAdaptor, KeepsFileOfAnotherUser) {
   const unsigned int uid = add("Milk");
   std::ofstream(outbound(uid)) << milk;
-  platform_.isAnotherUser = true;
+  platform_.filesAreOfAnotherUser = true;
   std::string text;
   EXPECT_EQ(adaptor_.getEvent(text, uid), TASK_SYNCML_OK);
   EXPECT_THAT(text, HasSubstr("Milk"));
@@ -374,7 +374,7 @@ TEST_F(SyncAdaptor, LeavesTheFileOfAnotherUserAlone) {
   int size = 0;
   EXPECT_EQ(adaptor_.getEvent(fd, size, 10000, uid), TASK_SYNCML_OK);
   EXPECT_EQ(scratch(), text);
-  // There is no room for it under the name that it would stay under.
+  // The name under which the text would be kept is taken.
   EXPECT_EQ(adaptor_.getEvent(fd, size, size - 1, uid), TASK_SYNCML_TOOLARGE);
   close(fd);
   EXPECT_EQ(contents(outbound(uid)), milk);
@@ -382,34 +382,34 @@ TEST_F(SyncAdaptor, LeavesTheFileOfAnotherUserAlone) {
   EXPECT_TRUE(std::filesystem::is_empty(temporary_.path()));
 }
 
-TEST_F(SyncAdaptor, FilesGoOutUnderTmp) {
+TEST_F(SyncAdaptor, WritesFilesUnderTmp) {
   const TASK_ENG_SyncML fresh;
   EXPECT_EQ(SyncAdaptorAccess::directory(const_cast<TASK_ENG_SyncML&>(fresh)), QString("/tmp"));
 }
 
-// Out, in a string
+// To a string
 
-TEST_F(SyncAdaptor, AppendsATaskToAString) {
+TEST_F(SyncAdaptor, AppendsTaskToString) {
   const unsigned int uid = add("Milk");
   std::string text = "front";
   EXPECT_EQ(adaptor_.getEvent(text, uid), TASK_SYNCML_OK);
   EXPECT_EQ(text.substr(0, 20), "frontBEGIN:VCALENDAR");
   EXPECT_THAT(text, testing::EndsWith("END:VCALENDAR\r\n\r\n"));
   EXPECT_FALSE(exists(outbound(uid)));
-  EXPECT_THAT(lines(),
+  EXPECT_THAT(messages(),
               ElementsAre("The tmp file name is " + outbound(uid), "Returned from p.writeVtodo"));
 }
 
-TEST_F(SyncAdaptor, WithoutMemoryTheFileStays) {
+TEST_F(SyncAdaptor, KeepsFileIfMemoryIsShort) {
   const unsigned int uid = add("Milk");
   std::string text = "kept";
-  platform_.noMemory = true;
+  platform_.callocFails = true;
   const int code = adaptor_.getEvent(text, uid);
-  platform_.noMemory = false;
+  platform_.callocFails = false;
   EXPECT_EQ(code, TASK_SYNCML_NOMEMORY);
   EXPECT_EQ(text, "kept");
   EXPECT_TRUE(exists(outbound(uid)));
-  EXPECT_EQ(said(1), "Memary is full!!!");
+  EXPECT_EQ(messageFromEnd(1), "Memary is full!!!");
 }
 
 }  // namespace

@@ -16,11 +16,11 @@ constexpr Field textFields[] = {Task::TASK_FIELD_CATEGORY, Task::TASK_FIELD_NOTE
                                 Task::TASK_FIELD_SUMMARY, Task::TASK_FIELD_UUID};
 constexpr Field dateFields[] = {Task::TASK_FIELD_ALARM, Task::TASK_FIELD_DUE, Task::TASK_FIELD_END,
                                 Task::TASK_FIELD_REVISION};
-// One step outside each family, and the far ends.
-constexpr Field noTextField[] = {Field(INT_MIN),         Field(-1), Task::TASK_FIELD_UID,
-                                 Task::TASK_FIELD_ALARM, Field(9),  Field(INT_MAX)};
-constexpr Field noDateField[] = {Field(INT_MIN),        Field(-1), Task::TASK_FIELD_UID,
-                                 Task::TASK_FIELD_UUID, Field(9),  Field(INT_MAX)};
+// Values just outside the fields of each type, and the extreme ones.
+constexpr Field notTextFields[] = {Field(INT_MIN),         Field(-1), Task::TASK_FIELD_UID,
+                                   Task::TASK_FIELD_ALARM, Field(9),  Field(INT_MAX)};
+constexpr Field notDateFields[] = {Field(INT_MIN),        Field(-1), Task::TASK_FIELD_UID,
+                                   Task::TASK_FIELD_UUID, Field(9),  Field(INT_MAX)};
 
 const QDateTime moment(QDate(2006, 3, 5), QTime(12, 34, 56, 789));
 
@@ -37,7 +37,7 @@ TEST(TaskRecord, FieldNumbersAreFixed) {
   EXPECT_FALSE(std::is_polymorphic_v<Task>);
 }
 
-TEST(TaskRecord, StartsUnsetEverywhere) {
+TEST(TaskRecord, StartsUnset) {
   const Task task;
   EXPECT_EQ(task.getUINT32(Task::TASK_FIELD_UID), 4294967295U);
   EXPECT_EQ(task.getPriorityValue(), 0);
@@ -52,7 +52,7 @@ TEST(TaskRecord, StartsUnsetEverywhere) {
   }
 }
 
-TEST(TaskRecord, KeepsEachTextApart) {
+TEST(TaskRecord, KeepsTextsSeparate) {
   Task task;
   for (const Field field : textFields)
     task.setString(field, QString::number(field));
@@ -64,7 +64,7 @@ TEST(TaskRecord, KeepsEachTextApart) {
   EXPECT_TRUE(task.getString(Task::TASK_FIELD_NOTE).isNull());
 }
 
-TEST(TaskRecord, KeepsEachDateApart) {
+TEST(TaskRecord, KeepsDatesSeparate) {
   Task task;
   for (const Field field : dateFields)
     task.setDateTime(field, moment.addDays(field));
@@ -72,14 +72,14 @@ TEST(TaskRecord, KeepsEachDateApart) {
     EXPECT_EQ(task.getDateTime(field), moment.addDays(field));
 }
 
-TEST(TaskRecord, AnswersSelectorsOfOtherFamilies) {
+TEST(TaskRecord, ReturnsDefaultsForFieldsOfOtherTypes) {
   setEngineNow(moment);
   Task task;
-  for (const Field field : noTextField) {
+  for (const Field field : notTextFields) {
     EXPECT_TRUE(task.getString(field).isEmpty()) << field;
     EXPECT_FALSE(task.getString(field).isNull()) << field;
   }
-  for (const Field field : noDateField)
+  for (const Field field : notDateFields)
     EXPECT_EQ(task.getDateTime(field), moment) << field;
   for (int field = -1; field <= 9; ++field) {
     if (field != Task::TASK_FIELD_UID) {
@@ -89,11 +89,11 @@ TEST(TaskRecord, AnswersSelectorsOfOtherFamilies) {
   setEngineNow(QDateTime());
 }
 
-TEST(TaskRecord, IgnoresSettingWhatIsOfAnotherFamily) {
+TEST(TaskRecord, IgnoresSettersForFieldsOfOtherTypes) {
   Task task;
-  for (const Field field : noTextField)
+  for (const Field field : notTextFields)
     task.setString(field, "x");
-  for (const Field field : noDateField)
+  for (const Field field : notDateFields)
     task.setDateTime(field, moment);
   for (int field = -1; field <= 9; ++field) {
     if (field != Task::TASK_FIELD_UID)
@@ -109,7 +109,7 @@ TEST(TaskRecord, IgnoresSettingWhatIsOfAnotherFamily) {
   EXPECT_EQ(task.getUINT32(Task::TASK_FIELD_UID), 0x80000001U);
 }
 
-TEST(TaskRecord, FoldsPriorityIntoThreeClasses) {
+TEST(TaskRecord, ReducesPriorityToThreeClasses) {
   constexpr struct {
     int stored;
     int folded;
@@ -134,7 +134,7 @@ TEST(TaskRecord, IsCompletedOnlyWithStatus0) {
   EXPECT_EQ(task.getStatus(), 0);
 }
 
-TEST(TaskRecord, CopiesEveryFieldAndThenStandsAlone) {
+TEST(TaskRecord, CopiesAreIndependent) {
   Task task;
   task.setUINT32(Task::TASK_FIELD_UID, 42);
   task.setPriority(3);

@@ -1,4 +1,5 @@
 // Reading and writing to-dos as bytes: the records, the text, and the reports.
+#include "failing_new.h"
 #include "library_faults.h"
 
 #include "ZVtodoParser.h"
@@ -127,9 +128,9 @@ TEST_F(TodoReading, ReportsLibraryThatDoesNotRead) {
 
 TEST_F(TodoReading, ReportsRecordThatCannotBeAllocated) {
   const LeaksExpected ofRemainingObjects;
-  loader_.recordsLeft = 1;
+  allocationsLeft = 1;
   const ulo::TodosRead read = ulo::readTodos(threeTodos);
-  loader_.recordsLeft = -1;
+  allocationsLeft = allAllocationsSucceed;
   EXPECT_EQ(read.report.failure, ulo::ReadFailure::memory);
   EXPECT_THAT(summaries(read), ElementsAre("first"));
   EXPECT_EQ(read.report.text.todos, 3U);

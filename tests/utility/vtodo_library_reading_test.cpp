@@ -1,5 +1,6 @@
 // Reading with a vObject library that rejects texts, prints to standard output or records its
 // calls, and with memory running out.
+#include "failing_new.h"
 #include "library_faults.h"
 
 #include "../platform/environment_variable.h"
@@ -60,9 +61,9 @@ TEST_F(VObjectLibrary, StopsAtRecordThatCannotBeAllocated) {
   tasks.setAutoDelete(true);
   LogCapture log;
   const LeaksExpected ofRemainingObjects;
-  loader_.recordsLeft = 1;
+  allocationsLeft = 1;
   parser.readVtodo(QCString(threeTodos.c_str()), tasks);
-  loader_.recordsLeft = -1;
+  allocationsLeft = allAllocationsSucceed;
   ASSERT_EQ(tasks.count(), 1U);
   EXPECT_EQ(tasks.at(0)->getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY), "first");
   EXPECT_THAT(log.withoutLines(),

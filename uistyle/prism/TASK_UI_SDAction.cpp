@@ -6,6 +6,7 @@
 #include "ZMessageDlg.h"
 #include "lock_check.h"
 #include "module_log.h"
+#include "save_failure.h"
 #include "texts.h"
 
 #include <QFile>
@@ -30,6 +31,12 @@ void showMemoryFull() {
 }
 
 }  // namespace
+
+void reportSaveFailure(int code) {
+  ULO_LOG_ERROR("add VTodo failed! the ret is %d", code);
+  if (code == TASK_SYNCML_NOMEMORY)
+    showMemoryFull();
+}
 
 TASK_UI_SDAction::TASK_UI_SDAction() = default;
 TASK_UI_SDAction::~TASK_UI_SDAction() = default;
@@ -101,9 +108,7 @@ bool TASK_UI_SDAction::save(const QByteArray& bytes, const std::string& text) {
     popupVTodoAddedDialog(uid);
     return true;
   }
-  ULO_LOG_ERROR("add VTodo failed! the ret is %d", code);
-  if (code == TASK_SYNCML_NOMEMORY)
-    showMemoryFull();
+  reportSaveFailure(code);
   return false;
 }
 

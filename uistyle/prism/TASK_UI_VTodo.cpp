@@ -6,6 +6,21 @@
 #include "first_task.h"
 #include "lock_check.h"
 #include "module_log.h"
+#include "received_todo.h"
+
+bool takeReceived(QList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task& task) {
+  if (tasks.isEmpty()) {
+    ULO_LOG_ERROR("Task shareby bluetooth fail for Task_Sync's error : the vtodo is in wrong "
+                  "format or is empty!");
+    return false;
+  }
+  if (tasks.first() == nullptr) {
+    ULO_LOG_ERROR("Task shareby bluetooth fail for Task_Sync's error : the task pointer is empty!");
+    return false;
+  }
+  takeFirst(tasks, task);
+  return true;
+}
 
 TASK_UI_VTodo::TASK_UI_VTodo() = default;
 TASK_UI_VTodo::~TASK_UI_VTodo() = default;
@@ -25,19 +40,11 @@ unsigned int TASK_UI_VTodo::addVTodo(QArray<char>& data) {
   QList<ZTASK_ENG_Task> tasks;
   tasks.setAutoDelete(true);
   parser.readVtodo(text, tasks);
-  if (tasks.isEmpty()) {
-    delete this;
-    ULO_LOG_ERROR("Task shareby bluetooth fail for Task_Sync's error : the vtodo is in wrong "
-                  "format or is empty!");
-    return 1;
-  }
-  if (tasks.first() == nullptr) {
-    delete this;
-    ULO_LOG_ERROR("Task shareby bluetooth fail for Task_Sync's error : the task pointer is empty!");
-    return 1;
-  }
   ZTASK_ENG_Task task;
-  takeFirst(tasks, task);
+  if (!takeReceived(tasks, task)) {
+    delete this;
+    return 1;
+  }
 
   ZTASK_ENG_Model store;
   const int code = store.addTask(task);
