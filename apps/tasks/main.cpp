@@ -3,9 +3,9 @@
 #include "ZApplication.h"
 #include "ZTASK_ENG_Model.h"
 #include "data_directory.h"
-#include "lock_gate.h"
 #include "log_sink.h"
-#include "task_window.h"
+#include "window/lock_gate.h"
+#include "window/task_window.h"
 
 #include <QScreen>
 

@@ -4,9 +4,9 @@
 #include "ZMessageDlg.h"
 #include "ZTASK_ENG_Model.h"
 #include "foreign_text.h"
-#include "import.h"
 #include "modal.h"
 #include "texts.h"
+#include "window/import.h"
 
 #include <QFileInfo>
 

@@ -7,9 +7,9 @@
 #include "ZOptionsMenu.h"
 #include "ZSoftKey.h"
 #include "ZTASK_ENG_Model.h"
+#include "list/task_list_view.h"
 #include "log_sink.h"
-#include "task_list_view.h"
-#include "task_window.h"
+#include "window/task_window.h"
 
 #include <QClipboard>
 #include <QComboBox>

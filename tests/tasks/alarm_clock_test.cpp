@@ -1,10 +1,10 @@
 // Alarms of tasks, on a clock that the test sets.
 
-#include "alarm_clock.h"
+#include "alarms/alarm_clock.h"
 
-#include "store_changes.h"
 #include "tasks_test.h"
 #include "ulotask_process.h"
+#include "window/store_changes.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

@@ -1,6 +1,6 @@
 // Alarms on the desktop, with a stand-in for its notification server.
 
-#include "alarm_notifications.h"
+#include "alarms/alarm_notifications.h"
 
 #include "notification_server.h"
 #include "tasks_test.h"

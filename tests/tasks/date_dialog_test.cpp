@@ -1,10 +1,10 @@
 // The dialog that asks for a date.
 
-#include "date_dialog.h"
+#include "form/date_dialog.h"
 
 #include "ZSoftKey.h"
-#include "date_field.h"
 #include "dialogs_test.h"
+#include "form/date_field.h"
 #include "tasks_test.h"
 
 #include <QCalendarWidget>

@@ -1,11 +1,11 @@
 // The fields of the form, each alone.
 
-#include "category_field.h"
 #include "choice_field.h"
 #include "dialogs_test.h"
-#include "line_field.h"
-#include "name_dialog.h"
-#include "note_field.h"
+#include "form/category_field.h"
+#include "form/line_field.h"
+#include "form/name_dialog.h"
+#include "form/note_field.h"
 #include "tasks_test.h"
 
 #include "ZSoftKey.h"

@@ -1,19 +1,19 @@
 // The form: what the user does there, and what is stored then.
 
-#include "form_screen.h"
+#include "form/form_screen.h"
 
 #include "RES_ICON_Reader.h"
 #include "ZMessageDlg.h"
 #include "ZOptionsMenu.h"
 #include "ZSoftKey.h"
-#include "category_field.h"
-#include "date_field.h"
 #include "dialogs_test.h"
-#include "form_rows.h"
-#include "line_field.h"
+#include "form/category_field.h"
+#include "form/date_field.h"
+#include "form/form_rows.h"
+#include "form/line_field.h"
+#include "form/name_dialog.h"
+#include "form/note_field.h"
 #include "look.h"
-#include "name_dialog.h"
-#include "note_field.h"
 #include "tasks_test.h"
 
 using tasks::FormScreen;

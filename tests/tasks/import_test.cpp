@@ -1,6 +1,6 @@
 // To-dos of calendar files.
 
-#include "import.h"
+#include "window/import.h"
 
 #include "descriptor.h"
 #include "tasks_test.h"

@@ -1,9 +1,9 @@
 // The list screen under keys and the mouse, without a display.
 
 #include "AM_ActionData.h"
-#include "list_settings.h"
+#include "list/list_settings.h"
+#include "list/notice_bar.h"
 #include "list_test.h"
-#include "notice_bar.h"
 #include "screen_reader_probe.h"
 
 #include <QComboBox>

@@ -3,9 +3,9 @@
 
 #include "ZOptionsMenu.h"
 #include "ZSoftKey.h"
-#include "list_screen.h"
-#include "task_list_view.h"
-#include "task_row.h"
+#include "list/list_screen.h"
+#include "list/task_list_view.h"
+#include "list/task_row.h"
 #include "tasks_test.h"
 
 #include <QLabel>

@@ -1,6 +1,6 @@
 // Removals that are put off.
 
-#include "pending_removal.h"
+#include "list/pending_removal.h"
 #include "tasks_test.h"
 
 #include <QSignalSpy>

@@ -1,6 +1,6 @@
 // When the application hears that the store changed.
 
-#include "store_changes.h"
+#include "window/store_changes.h"
 
 #include "QCopChannel.h"
 #include "TASK_ENG_SyncML.h"

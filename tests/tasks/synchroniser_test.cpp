@@ -1,6 +1,6 @@
 // The sync engine: a script stands in for it.
 
-#include "synchroniser.h"
+#include "list/synchroniser.h"
 
 #include "AM_ActionData.h"
 #include "tasks_test.h"

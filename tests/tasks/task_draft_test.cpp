@@ -1,6 +1,6 @@
 // What is stored of what the user edits.
 
-#include "task_draft.h"
+#include "form/task_draft.h"
 #include "tasks_test.h"
 
 using tasks::TaskDraft;

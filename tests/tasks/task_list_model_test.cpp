@@ -1,6 +1,6 @@
 // The rows of the list: pages, filters, choices, and what happens to them when the store changes.
 
-#include "task_list_model.h"
+#include "list/task_list_model.h"
 #include "tasks_test.h"
 
 #include <QAbstractItemModelTester>

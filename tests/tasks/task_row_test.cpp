@@ -1,9 +1,9 @@
 // How a row of the list is painted.
 
-#include "task_row.h"
+#include "list/task_row.h"
 
 #include "gui_test.h"
-#include "task_list_model.h"
+#include "list/task_list_model.h"
 
 #include <gtest/gtest.h>
 

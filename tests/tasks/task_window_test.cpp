@@ -3,13 +3,13 @@
 #include "TASK_UI_DetailView.h"
 #include "ZDetailView.h"
 #include "ZSoftKey.h"
-#include "form_screen.h"
-#include "import.h"
-#include "line_field.h"
-#include "list_screen.h"
+#include "form/form_screen.h"
+#include "form/line_field.h"
+#include "list/list_screen.h"
+#include "list/notice_bar.h"
 #include "messages.h"
-#include "notice_bar.h"
 #include "ulotask_process.h"
+#include "window/import.h"
 #include "window_test.h"
 
 #include <QDragEnterEvent>

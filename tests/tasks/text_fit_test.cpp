@@ -1,6 +1,6 @@
 // What is kept of a text that is too long.
 
-#include "text_fit.h"
+#include "form/text_fit.h"
 
 #include <gtest/gtest.h>
 

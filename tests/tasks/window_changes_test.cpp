@@ -4,11 +4,11 @@
 #include "ZDetailView.h"
 #include "ZMessageDlg.h"
 #include "dialogs_test.h"
-#include "form_screen.h"
-#include "line_field.h"
-#include "list_screen.h"
-#include "list_settings.h"
-#include "notice_bar.h"
+#include "form/form_screen.h"
+#include "form/line_field.h"
+#include "list/list_screen.h"
+#include "list/list_settings.h"
+#include "list/notice_bar.h"
 #include "window_test.h"
 
 #include <QPointer>

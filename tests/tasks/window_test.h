@@ -3,10 +3,10 @@
 
 #include "ZKbMainWidget.h"
 #include "ZOptionsMenu.h"
+#include "list/task_list_view.h"
 #include "notification_server.h"
-#include "task_list_view.h"
-#include "task_window.h"
 #include "tasks_test.h"
+#include "window/task_window.h"
 
 #include <QFile>
 

@@ -1,0 +1,195 @@
+#include "form/task_draft.h"
+
+#include "change_task.h"
+#include "foreign_text.h"
+#include "form/local_time.h"
+#include "take_in.h"
+#include "task_texts.h"
+#include "write_transaction.h"
+
+#include "UTIL_TimeConversion.h"
+
+#include <algorithm>
+
+namespace tasks {
+
+namespace {
+
+using Task = ZTASK_ENG_Task;
+
+constexpr Task::TASK_FIELD_T editedTexts[] = {Task::TASK_FIELD_SUMMARY, Task::TASK_FIELD_NOTE,
+                                              Task::TASK_FIELD_CATEGORY};
+constexpr Task::TASK_FIELD_T editedDates[] = {Task::TASK_FIELD_DUE, Task::TASK_FIELD_ALARM};
+
+constexpr int completed = 0;
+constexpr int incomplete = 1;
+constexpr int normalPriority = 5;
+
+// The store would end a text at a character 0.
+QString limited(QString text, qsizetype units) {
+  return ulo::wholeLetters(text.remove(QChar(u'\0')), units);
+}
+
+// A text that other programs stored may be longer.
+qsizetype most(const QString& stored, qsizetype limit) {
+  return std::max(stored.size(), limit);
+}
+
+std::optional<QDateTime> dateOf(const Task& task, Task::TASK_FIELD_T field) {
+  const QDateTime stored = task.getDateTime(field);
+  return isDate(stored) ? std::optional(UTIL_TimeConversion::toLocalTime(stored)) : std::nullopt;
+}
+
+// What the store does to the end date of a task that it updates, it leaves to whoever adds one.
+void setEnd(Task& task, const QDateTime& now) {
+  if (task.getStatus() != completed)
+    task.setDateTime(Task::TASK_FIELD_END, Task::noDate());
+  else if (!isDate(task.getDateTime(Task::TASK_FIELD_END)))
+    task.setDateTime(Task::TASK_FIELD_END, now);
+}
+
+Task newTask() {
+  Task task;
+  task.setStatus(incomplete);
+  task.setPriority(normalPriority);
+  return task;
+}
+
+}  // namespace
+
+TaskDraft::TaskDraft() : TaskDraft(newTask()) {}
+
+TaskDraft::TaskDraft(const ZTASK_ENG_Task& stored) : original_(stored), wanted_(stored) {}
+
+bool TaskDraft::isNew() const {
+  return original_.getUINT32(Task::TASK_FIELD_UID) == Task::notStored;
+}
+
+void TaskDraft::setSummary(const QString& text) {
+  const QString before = original_.getString(Task::TASK_FIELD_SUMMARY);
+  wanted_.setString(Task::TASK_FIELD_SUMMARY,
+                    text == before ? before : limited(text, most(before, Task::summaryLimit)));
+}
+
+void TaskDraft::setNote(const QString& text) {
+  const QString before = original_.getString(Task::TASK_FIELD_NOTE);
+  wanted_.setString(Task::TASK_FIELD_NOTE,
+                    text == before ? before : limited(text, most(before, Task::noteLimit)));
+}
+
+void TaskDraft::setDue(const std::optional<QDate>& day) {
+  const std::optional<QDateTime> before = dateOf(original_, Task::TASK_FIELD_DUE);
+  QDateTime due = Task::noDate();
+  if (day)
+    due = before ? atTime(*day, before->time()) : day->startOfDay();
+  // The same day is the same moment, also in an hour that clocks show twice.
+  if (day && before && before->date() == *day)
+    due = original_.getDateTime(Task::TASK_FIELD_DUE);
+  wanted_.setDateTime(Task::TASK_FIELD_DUE, due);
+}
+
+std::optional<QDate> TaskDraft::due() const {
+  const std::optional<QDateTime> stored = dateOf(wanted_, Task::TASK_FIELD_DUE);
+  return stored ? std::optional(stored->date()) : std::nullopt;
+}
+
+void TaskDraft::setAlarm(const std::optional<QDateTime>& time) {
+  wanted_.setDateTime(Task::TASK_FIELD_ALARM, time.value_or(Task::noDate()));
+}
+
+std::optional<QDateTime> TaskDraft::alarm() const {
+  return dateOf(wanted_, Task::TASK_FIELD_ALARM);
+}
+
+void TaskDraft::setStatus(int status) {
+  wanted_.setStatus(status == original_.getStatus() ? original_.getStatusValue() : status);
+}
+
+void TaskDraft::setPriority(int priority) {
+  wanted_.setPriority(priority == original_.getPriority() ? original_.getPriorityValue()
+                                                          : priority);
+}
+
+void TaskDraft::setCategory(const QString& name) {
+  const QString before = original_.getString(Task::TASK_FIELD_CATEGORY);
+  if (isNoCategory(name))
+    wanted_.setString(Task::TASK_FIELD_CATEGORY, isNoCategory(before) ? before : QString());
+  else
+    wanted_.setString(Task::TASK_FIELD_CATEGORY, name);
+}
+
+bool TaskDraft::differs(ZTASK_ENG_Task::TASK_FIELD_T text) const {
+  return wanted_.getString(text) != original_.getString(text);
+}
+
+bool TaskDraft::datesDiffer(ZTASK_ENG_Task::TASK_FIELD_T date) const {
+  return dateOf(wanted_, date) != dateOf(original_, date);
+}
+
+bool TaskDraft::isChanged() const {
+  for (const Task::TASK_FIELD_T field : editedTexts)
+    if (differs(field))
+      return true;
+  for (const Task::TASK_FIELD_T field : editedDates)
+    if (datesDiffer(field))
+      return true;
+  return wanted_.getStatusValue() != original_.getStatusValue() ||
+         wanted_.getPriorityValue() != original_.getPriorityValue();
+}
+
+void TaskDraft::applyTo(ZTASK_ENG_Task& task) const {
+  for (const Task::TASK_FIELD_T field : editedTexts)
+    if (differs(field))
+      task.setString(field, wanted_.getString(field));
+  for (const Task::TASK_FIELD_T field : editedDates)
+    if (datesDiffer(field))
+      task.setDateTime(field, wanted_.getDateTime(field));
+  if (wanted_.getStatusValue() != original_.getStatusValue())
+    task.setStatus(wanted_.getStatusValue());
+  if (wanted_.getPriorityValue() != original_.getPriorityValue())
+    task.setPriority(wanted_.getPriorityValue());
+}
+
+int TaskDraft::save(ZTASK_ENG_Model& store) {
+  if (!isChanged())
+    return TASK_ENG_OK;
+  // A task that is not stored any more when it would be changed is added at the same moment.
+  ulo::WriteTransaction transaction;
+  if (!transaction)
+    return ulo::storeCode(transaction.result());
+  Task task = wanted_;
+  int code = isNew() ? static_cast<int>(TASK_ENG_NOT_FOUND) : replace(store, task);
+  if (code == TASK_ENG_NOT_FOUND)
+    code = add(store, task);
+  if (code != TASK_ENG_OK)
+    return code;
+  // As the store keeps it: it counts in seconds.
+  static_cast<void>(store.getTask(task.getUINT32(Task::TASK_FIELD_UID), task));
+  code = ulo::storeCode(transaction.commit());
+  if (code == TASK_ENG_OK)
+    *this = TaskDraft(task);
+  return code;
+}
+
+// TASK_ENG_NOT_FOUND, and the task as it was, when it is no longer stored.
+int TaskDraft::replace(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task) const {
+  ulo::ChangeReport report;
+  const int code = ulo::changeTask(
+      store, task.getUINT32(Task::TASK_FIELD_UID), [this](Task& stored) { applyTo(stored); },
+      &report);
+  if (code == TASK_ENG_OK)
+    task = report.task;
+  return code;
+}
+
+int TaskDraft::add(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task) const {
+  const QDateTime now = ulo::currentLocalTime();
+  setEnd(task, now);
+  task.setDateTime(Task::TASK_FIELD_REVISION, now);
+  // The name that stands for a category that was removed must not become one.
+  if (task.getString(Task::TASK_FIELD_CATEGORY) == ulo::vanishedCategory)
+    task.setString(Task::TASK_FIELD_CATEGORY, QString());
+  return ulo::addTask(store, task);
+}
+
+}  // namespace tasks
