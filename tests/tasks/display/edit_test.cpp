@@ -1,6 +1,6 @@
 // Making and editing tasks by keys: what is stored then, and what is not.
 
-#include "display_test.h"
+#include "display/display_test.h"
 
 namespace {
 

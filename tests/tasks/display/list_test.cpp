@@ -1,6 +1,6 @@
 // The list as it is used: checking off, opening, views, order, search and categories.
 
-#include "display_test.h"
+#include "display/display_test.h"
 
 namespace {
 

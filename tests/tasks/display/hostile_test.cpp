@@ -1,7 +1,7 @@
 // A store whose contents nobody would write on purpose: every task is listed, opened and checked
 // off all the same.
 
-#include "display_test.h"
+#include "display/display_test.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 
 #include "AM_ActionData.h"
 #include "list/list_settings.h"
+#include "list/list_test.h"
 #include "list/notice_bar.h"
-#include "list_test.h"
 #include "screen_reader_probe.h"
 
 #include <QComboBox>

@@ -1,6 +1,6 @@
 // Sharing a task, from the list and from its details.
 
-#include "display_test.h"
+#include "display/display_test.h"
 
 #include <filesystem>
 

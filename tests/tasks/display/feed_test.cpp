@@ -1,6 +1,6 @@
 // What comes into the list from elsewhere: files, other programs, the clock.
 
-#include "display_test.h"
+#include "display/display_test.h"
 #include "notification_server.h"
 
 #include <QCoreApplication>

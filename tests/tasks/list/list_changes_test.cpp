@@ -1,8 +1,8 @@
 // What the list screen keeps while tasks are deleted, brought back and changed by others.
 
 #include "environment_variable.h"
+#include "list/list_test.h"
 #include "list/notice_bar.h"
-#include "list_test.h"
 
 #include <QScrollBar>
 #include <QTimer>

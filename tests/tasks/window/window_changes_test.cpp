@@ -9,7 +9,7 @@
 #include "list/list_screen.h"
 #include "list/list_settings.h"
 #include "list/notice_bar.h"
-#include "window_test.h"
+#include "window/window_test.h"
 
 #include <QPointer>
 

@@ -1,6 +1,6 @@
 // Choosing several tasks and deleting them: by keys, by mouse, taken back, and cut off by a crash.
 
-#include "display_test.h"
+#include "display/display_test.h"
 
 namespace {
 

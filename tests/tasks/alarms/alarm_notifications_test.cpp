@@ -237,8 +237,9 @@ TEST_F(Notifications, AServerThatRefusesIsLoggedOnceAndAskedAgain) {
   }
   server_->refuses = false;
   EXPECT_EQ(shown(task(8, "b")).summary, "b");
-  EXPECT_EQ(log_.withoutLines(), "(apps/tasks/alarm_notifications.cpp)Alarms can't be shown: "
-                                 "org.freedesktop.DBus.Error.Failed refused");
+  EXPECT_EQ(log_.withoutLines(),
+            "(apps/tasks/alarms/alarm_notifications.cpp)Alarms can't be shown: "
+            "org.freedesktop.DBus.Error.Failed refused");
 }
 
 TEST_F(Notifications, WithoutAServerOneLineIsLogged) {
@@ -259,8 +260,9 @@ TEST_F(Notifications, WithoutABusOneLineIsLogged) {
     notifications_.show(task(7, "a"));
     notifications_.withdraw(7);
   }
-  EXPECT_EQ(log_.withoutLines(), "(apps/tasks/alarm_notifications.cpp)Alarms can't be shown: "
-                                 "there is no session bus");
+  EXPECT_EQ(log_.withoutLines(),
+            "(apps/tasks/alarms/alarm_notifications.cpp)Alarms can't be shown: "
+            "there is no session bus");
 }
 
 TEST_F(Notifications, ABusThatWentIsLookedForAgain) {

@@ -1,6 +1,6 @@
 // Who comes in, and what is seen when there is nothing that can be shown.
 
-#include "display_test.h"
+#include "display/display_test.h"
 
 #include <filesystem>
 

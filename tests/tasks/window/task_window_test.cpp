@@ -10,7 +10,7 @@
 #include "messages.h"
 #include "ulotask_process.h"
 #include "window/import.h"
-#include "window_test.h"
+#include "window/window_test.h"
 
 #include <QDragEnterEvent>
 #include <QDropEvent>
