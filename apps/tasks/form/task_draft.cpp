@@ -1,6 +1,7 @@
 #include "form/task_draft.h"
 
 #include "change_task.h"
+#include "dates.h"
 #include "foreign_text.h"
 #include "form/local_time.h"
 #include "take_in.h"
