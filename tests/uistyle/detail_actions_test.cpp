@@ -4,6 +4,7 @@
 #include "ZOptionsMenu.h"
 #include "ZSoftKey.h"
 #include "ZTASK_ENG_Model.h"
+#include "menu_items.h"
 #include "screen_test.h"
 
 #include <QPointer>
@@ -91,24 +92,24 @@ TEST_F(DetailActions, TheOptionsKeyOpensTheMenu) {
   EXPECT_THAT(emitted_, ElementsAre("change 3 2 1", "dispose 3"));
 }
 
-TEST_F(DetailActions, EditGoesToTheFormWithTheTask) {
-  choose(1);
+TEST_F(DetailActions, EditOpensFormWithTask) {
+  choose(ulo::detailMenu::edit);
   EXPECT_THAT(emitted_, ElementsAre("change 3 2 1", "dispose 3"));
 }
 
-TEST_F(DetailActions, TheHeadingDoesNothing) {
-  choose(2);
+TEST_F(DetailActions, HeadingDoesNothing) {
+  choose(ulo::detailMenu::share);
   EXPECT_THAT(emitted_, ElementsAre());
   EXPECT_EQ(platform_.shares, 0);
   EXPECT_THAT(platform_.launched, ElementsAre());
 }
 
 TEST_F(DetailActions, BluetoothAndMessageShare) {
-  choose(3);
+  choose(ulo::detailMenu::bluetooth);
   EXPECT_EQ(platform_.shares, 1);
   EXPECT_THAT(platform_.launched, ElementsAre());
   qputenv("ULO_LOCAL_APP_WRITE_PATH", directory_.path().c_str());
-  choose(4);
+  choose(ulo::detailMenu::message);
   qunsetenv("ULO_LOCAL_APP_WRITE_PATH");
   EXPECT_EQ(platform_.shares, 1);
   EXPECT_EQ(platform_.launched.size(), 1U);
@@ -118,7 +119,7 @@ TEST_F(DetailActions, BluetoothAndMessageShare) {
 TEST_F(DetailActions, DeleteRemovesAtOnce) {
   ZTASK_ENG_Task other;
   ASSERT_EQ(store_.addTask(other), 0);
-  choose(5);
+  choose(ulo::detailMenu::remove);
   EXPECT_EQ(count(), 1);
   EXPECT_NE(store_.getTask(task_.getUINT32(Task::TASK_FIELD_UID), other), 0);
   EXPECT_THAT(emitted_, ElementsAre("change 3 0 null", "dispose 3"));
@@ -141,7 +142,7 @@ TEST_F(DetailActions, NothingIsEmittedWhileSignalsAreBlocked) {
 
 TEST_F(DetailActions, AReceiverMayDeleteTheViewLater) {
   QObject::connect(view_, &TASK_UI_View::disposeView, view_, [this] { view_->deleteLater(); });
-  choose(1);
+  choose(ulo::detailMenu::edit);
   finishEvents();
   EXPECT_TRUE(view_.isNull());
 }

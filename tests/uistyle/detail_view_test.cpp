@@ -5,6 +5,7 @@
 #include "ZDetailView.h"
 #include "ZOptionsMenu.h"
 #include "ZSoftKey.h"
+#include "menu_items.h"
 #include "screen_test.h"
 
 using testing::ElementsAre;
@@ -176,8 +177,10 @@ TEST_F(DetailView, TheMenuHasTextsOfItsOwn) {
   EXPECT_THAT(texts(),
               ElementsAre("1 Edit", "2 Share via", "3 Bluetooth", "4 Message", "5 Delete"));
   const auto* menu = view_.findChild<ZOptionsMenu*>();
-  ASSERT_NE(menu->item(2)->menu(), nullptr);
-  EXPECT_THAT(menu->item(2)->menu()->actions(), ElementsAre(menu->item(3), menu->item(4)));
+  ASSERT_NE(menu->item(ulo::detailMenu::share)->menu(), nullptr);
+  EXPECT_THAT(
+      menu->item(ulo::detailMenu::share)->menu()->actions(),
+      ElementsAre(menu->item(ulo::detailMenu::bluetooth), menu->item(ulo::detailMenu::message)));
   EXPECT_EQ(menu->actions().size(), 3);
   const TextsAsIds ids;
   open();
@@ -191,7 +194,7 @@ TEST_F(DetailView, AMenuItemThatItDoesNotKnowIsLogged) {
   platform_.strangeMenuItem = 99;
   open();
   EXPECT_THAT(lines(), ElementsAre("shouldn't come here! check the ini file"));
-  EXPECT_EQ(view_.findChild<ZOptionsMenu*>()->item(1)->text(), "Edit");
+  EXPECT_EQ(view_.findChild<ZOptionsMenu*>()->item(ulo::detailMenu::edit)->text(), "Edit");
 }
 
 TEST_F(DetailView, AloneItOnlyGoesBack) {

@@ -14,6 +14,7 @@
 #include "ZTASK_ENG_Model.h"
 #include "ZVtodoParser.h"
 #include "clock.h"
+#include "menu_items.h"
 #include "lock_check.h"
 #include "module_log.h"
 #include "tasksMenu.h"
@@ -208,11 +209,20 @@ void TASK_UI_DetailView::addKeys() {
 
 void TASK_UI_DetailView::addMenu(ZSoftKey& keys) {
   const MenuItem known[] = {
-      {1, SLOT(slotTaskEditView()), {"TXT_RID_OPTION_EDIT", "Edit"}, keptEdit},
-      {2, nullptr, {"TXT_RID_OPTION_SHARE_VIA", "Share via"}, notKept},
-      {3, SLOT(sendToBluetooth()), {"TXT_RID_OPTION_BLUETOOTH", "Bluetooth"}, keptBluetooth},
-      {4, SLOT(sendToMessage()), {"TXT_RID_OPTION_MESSAGE", "Message"}, keptMessage},
-      {5, SLOT(slotDeleteTask()), {"TXT_RID_OPTION_DELETE", "Delete"}, notKept},
+      {ulo::detailMenu::edit, SLOT(slotTaskEditView()), {"TXT_RID_OPTION_EDIT", "Edit"}, keptEdit},
+      {ulo::detailMenu::share, nullptr, {"TXT_RID_OPTION_SHARE_VIA", "Share via"}, notKept},
+      {ulo::detailMenu::bluetooth,
+       SLOT(sendToBluetooth()),
+       {"TXT_RID_OPTION_BLUETOOTH", "Bluetooth"},
+       keptBluetooth},
+      {ulo::detailMenu::message,
+       SLOT(sendToMessage()),
+       {"TXT_RID_OPTION_MESSAGE", "Message"},
+       keptMessage},
+      {ulo::detailMenu::remove,
+       SLOT(slotDeleteTask()),
+       {"TXT_RID_OPTION_DELETE", "Delete"},
+       notKept},
   };
   auto* menu = new ZOptionsMenu(&keys, nullptr, 0, ZOptionsMenu::screenClass,
                                 std::make_unique<tasksMenu>(), QStringLiteral("detailedView"));

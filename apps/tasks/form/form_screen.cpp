@@ -9,6 +9,7 @@
 #include "form/form_rows.h"
 #include "form/line_field.h"
 #include "form/note_field.h"
+#include "menu_items.h"
 #include "messages.h"
 #include "modal.h"
 #include "tasksMenu.h"
@@ -24,8 +25,6 @@ namespace tasks {
 namespace {
 
 using Task = ZTASK_ENG_Task;
-
-constexpr int cancelItem = 1;
 
 QString cancelText() {
   return ulo::text("TXT_RID_OPTION_CANCEL_EDIT", "Cancel Edit");
@@ -87,8 +86,8 @@ void FormScreen::addKeys() {
   auto* keys = new ZSoftKey(QStringLiteral("CST_3"), this);
   auto* menu = new ZOptionsMenu(keys, nullptr, 0, ZOptionsMenu::screenClass,
                                 std::make_unique<tasksMenu>(), QStringLiteral("formView"));
-  menu->changeItem(cancelItem, cancelText());
-  menu->connectItem(cancelItem, this, SLOT(cancelEdit()));
+  menu->changeItem(ulo::formMenu::cancelEdit, cancelText());
+  menu->connectItem(ulo::formMenu::cancelEdit, this, SLOT(cancelEdit()));
   keys->setText(ZSoftKey::left, ulo::text("TXT_RID_SOFTKEY_OPTIONS", "Options"));
   keys->setOptMenu(ZSoftKey::left, menu);
   keys->setText(ZSoftKey::middle, ulo::text("TXT_RID_SOFTKEY_SAVE", "Save"));

@@ -11,6 +11,7 @@
 #include "list/task_list_view.h"
 #include "look.h"
 #include "task_texts.h"
+#include "menu_items.h"
 #include "tasksMenu.h"
 #include "texts.h"
 
@@ -30,31 +31,11 @@ namespace {
 
 using Task = ZTASK_ENG_Task;
 
-// The ids of the menu's items.
-enum Item : int {
-  itemViewBy = 1,
-  itemViewAll = 2,
-  itemViewDue = 3,
-  itemViewIncomplete = 4,
-  itemViewCompleted = 5,
-  itemCreate = 6,
-  itemEdit = 7,
-  itemShare = 8,
-  itemBluetooth = 9,
-  itemMessage = 10,
-  itemSelectMultiple = 11,
-  itemSortBy = 12,
-  itemSortDue = 13,
-  itemSortPriority = 14,
-  itemSelectAll = 15,
-  itemUnselectAll = 16,
-  itemDelete = 17,
-  itemSynchronize = 18,
-};
+namespace listMenu = ulo::listMenu;
 
 struct ViewTitle {
   ZTASK_ENG_Model::TASK_CATEGORY view;
-  Item menuItem;
+  listMenu::Item menuItem;
   const char* id;
   const char* english;
   // When it has no tasks.
@@ -62,18 +43,19 @@ struct ViewTitle {
   const char* emptyEnglish;
 };
 constexpr ViewTitle viewTitles[] = {
-    {ZTASK_ENG_Model::TASK_CATEGORY_ALL, itemViewAll, "TXT_RID_OPTION_ALL_TASKS", "All Tasks",
+    {ZTASK_ENG_Model::TASK_CATEGORY_ALL, listMenu::viewAll, "TXT_RID_OPTION_ALL_TASKS", "All Tasks",
      "TXT_RID_INSTRUCTIONALTXT_NO_TASKS_YET",
      "There are no tasks yet.\n\nPress New to write one down, or drop a calendar file here."},
-    {ZTASK_ENG_Model::TASK_CATEGORY_DUE, itemViewDue, "TXT_RID_OPTION_DUE_TASKS", "Due Tasks",
+    {ZTASK_ENG_Model::TASK_CATEGORY_DUE, listMenu::viewDue, "TXT_RID_OPTION_DUE_TASKS", "Due Tasks",
      "TXT_RID_INSTRUCTIONALTXT_NO_DUE_TASKS",
      "Nothing is due today.\n\nOptions, View by shows the other tasks."},
-    {ZTASK_ENG_Model::TASK_CATEGORY_INCOMPLETE, itemViewIncomplete,
+    {ZTASK_ENG_Model::TASK_CATEGORY_INCOMPLETE, listMenu::viewIncomplete,
      "TXT_RID_OPTION_INCOMPLETE_TASKS", "Incomplete Tasks",
      "TXT_RID_INSTRUCTIONALTXT_NO_INCOMPLETE_TASKS",
      "Nothing is left to do.\n\nPress New to write a task down."},
-    {ZTASK_ENG_Model::TASK_CATEGORY_COMPLETED, itemViewCompleted, "TXT_RID_OPTION_COMPLETED_TASKS",
-     "Completed Tasks", "TXT_RID_INSTRUCTIONALTXT_NO_COMPLETED_TASKS",
+    {ZTASK_ENG_Model::TASK_CATEGORY_COMPLETED, listMenu::viewCompleted,
+     "TXT_RID_OPTION_COMPLETED_TASKS", "Completed Tasks",
+     "TXT_RID_INSTRUCTIONALTXT_NO_COMPLETED_TASKS",
      "No task is completed yet.\n\nTouch the box of a task, or press Space, to check it off."},
 };
 
@@ -171,27 +153,29 @@ void ListScreen::buildKeys() {
 
 void ListScreen::buildMenu() {
   const MenuItem items[] = {
-      {itemSelectAll, SLOT(selectAll()), "TXT_RID_OPTION_SELECT_ALL", "Select All"},
-      {itemUnselectAll, SLOT(unselectAll()), "TXT_RID_OPTION_UNSELECT_ALL", "Unselect All"},
-      {itemViewBy, nullptr, "TXT_RID_OPTION_VIEW_BY", "View by"},
-      {itemViewAll, SLOT(viewAll()), "TXT_RID_OPTION_ALL_TASKS", "All Tasks"},
-      {itemViewDue, SLOT(viewDue()), "TXT_RID_OPTION_DUE_TASKS", "Due Tasks"},
-      {itemViewIncomplete, SLOT(viewIncomplete()), "TXT_RID_OPTION_INCOMPLETE_TASKS",
+      {listMenu::selectAll, SLOT(selectAll()), "TXT_RID_OPTION_SELECT_ALL", "Select All"},
+      {listMenu::unselectAll, SLOT(unselectAll()), "TXT_RID_OPTION_UNSELECT_ALL", "Unselect All"},
+      {listMenu::viewBy, nullptr, "TXT_RID_OPTION_VIEW_BY", "View by"},
+      {listMenu::viewAll, SLOT(viewAll()), "TXT_RID_OPTION_ALL_TASKS", "All Tasks"},
+      {listMenu::viewDue, SLOT(viewDue()), "TXT_RID_OPTION_DUE_TASKS", "Due Tasks"},
+      {listMenu::viewIncomplete, SLOT(viewIncomplete()), "TXT_RID_OPTION_INCOMPLETE_TASKS",
        "Incomplete Tasks"},
-      {itemViewCompleted, SLOT(viewCompleted()), "TXT_RID_OPTION_COMPLETED_TASKS",
+      {listMenu::viewCompleted, SLOT(viewCompleted()), "TXT_RID_OPTION_COMPLETED_TASKS",
        "Completed Tasks"},
-      {itemCreate, SLOT(createTask()), "TXT_RID_OPTION_CREATE_NEW_TASK", "Create New Task"},
-      {itemEdit, SLOT(editTask()), "TXT_RID_OPTION_EDIT", "Edit"},
-      {itemShare, nullptr, "TXT_RID_OPTION_SHARE_TASK_VIA", "Share Task via"},
-      {itemBluetooth, SLOT(shareByBluetooth()), "TXT_RID_OPTION_BLUETOOTH", "Bluetooth"},
-      {itemMessage, SLOT(shareByMessage()), "TXT_RID_OPTION_MESSAGE", "Message"},
-      {itemSynchronize, SLOT(synchronize()), "TXT_RID_OPTION_SYNCHRONIZE", "Synchronize"},
-      {itemDelete, SLOT(removeMenuTasks()), "TXT_RID_OPTION_DELETE", "Delete"},
-      {itemSelectMultiple, SLOT(selectMultiple()), "TXT_RID_OPTION_SELECT_MULTIPLE",
+      {listMenu::createTask, SLOT(createTask()), "TXT_RID_OPTION_CREATE_NEW_TASK",
+       "Create New Task"},
+      {listMenu::edit, SLOT(editTask()), "TXT_RID_OPTION_EDIT", "Edit"},
+      {listMenu::share, nullptr, "TXT_RID_OPTION_SHARE_TASK_VIA", "Share Task via"},
+      {listMenu::bluetooth, SLOT(shareByBluetooth()), "TXT_RID_OPTION_BLUETOOTH", "Bluetooth"},
+      {listMenu::message, SLOT(shareByMessage()), "TXT_RID_OPTION_MESSAGE", "Message"},
+      {listMenu::synchronize, SLOT(synchronize()), "TXT_RID_OPTION_SYNCHRONIZE", "Synchronize"},
+      {listMenu::remove, SLOT(removeMenuTasks()), "TXT_RID_OPTION_DELETE", "Delete"},
+      {listMenu::selectMultiple, SLOT(selectMultiple()), "TXT_RID_OPTION_SELECT_MULTIPLE",
        "Select Multiple"},
-      {itemSortBy, nullptr, "TXT_RID_OPTION_SORT_BY", "Sort by"},
-      {itemSortDue, SLOT(sortByDue()), "TXT_RID_OPTION_SORT_DUE_DATE", "Due Date"},
-      {itemSortPriority, SLOT(sortByPriority()), "TXT_RID_OPTION_SORT_PRIORITY", "Priority"},
+      {listMenu::sortBy, nullptr, "TXT_RID_OPTION_SORT_BY", "Sort by"},
+      {listMenu::sortByDue, SLOT(sortByDue()), "TXT_RID_OPTION_SORT_DUE_DATE", "Due Date"},
+      {listMenu::sortByPriority, SLOT(sortByPriority()), "TXT_RID_OPTION_SORT_PRIORITY",
+       "Priority"},
   };
   menu_ = new ZOptionsMenu(cstWidget(), nullptr, 0, ZOptionsMenu::screenClass,
                            std::make_unique<tasksMenu>(), QStringLiteral("listView"));
@@ -208,25 +192,27 @@ void ListScreen::updateMenu() {
   menuTargets_ = targets();
   const std::size_t count = menuTargets_.size();
   const bool any = model_.rowCount() > 0;
-  for (const int item : {itemSelectAll, itemUnselectAll})
+  for (const int item : {listMenu::selectAll, listMenu::unselectAll})
     menu_->showItem(item, choosing_);
-  for (const int item : {itemViewBy, itemCreate, itemSynchronize, itemSelectMultiple, itemSortBy})
+  for (const int item : {listMenu::viewBy, listMenu::createTask, listMenu::synchronize,
+                         listMenu::selectMultiple, listMenu::sortBy})
     menu_->showItem(item, !choosing_);
-  menu_->enableItem(itemSelectAll,
+  menu_->enableItem(listMenu::selectAll,
                     any && !model_.isChoosingAll() &&
                         model_.chosenCount() < static_cast<unsigned int>(model_.rowCount()));
-  menu_->enableItem(itemUnselectAll, model_.chosenCount() > 0);
-  menu_->enableItem(itemEdit, count == 1);
-  menu_->enableItem(itemShare, count == 1);
-  menu_->enableItem(itemDelete, count > 0);
-  menu_->enableItem(itemSelectMultiple, any);
-  menu_->enableItem(itemSortBy, any);
-  menu_->enableItem(itemSynchronize, Synchroniser::isSetUp(),
+  menu_->enableItem(listMenu::unselectAll, model_.chosenCount() > 0);
+  menu_->enableItem(listMenu::edit, count == 1);
+  menu_->enableItem(listMenu::share, count == 1);
+  menu_->enableItem(listMenu::remove, count > 0);
+  menu_->enableItem(listMenu::selectMultiple, any);
+  menu_->enableItem(listMenu::sortBy, any);
+  menu_->enableItem(listMenu::synchronize, Synchroniser::isSetUp(),
                     ulo::text("TXT_RID_STANDARD_NO_SYNC_PARTNER", "No sync partner"));
   for (const ViewTitle& title : viewTitles)
     menu_->checkItem(title.menuItem, title.view == model_.order().view);
-  menu_->checkItem(itemSortDue, model_.order().sort == ZTASK_ENG_Model::TASK_SORT_DUE);
-  menu_->checkItem(itemSortPriority, model_.order().sort == ZTASK_ENG_Model::TASK_SORT_PRIORITY);
+  menu_->checkItem(listMenu::sortByDue, model_.order().sort == ZTASK_ENG_Model::TASK_SORT_DUE);
+  menu_->checkItem(listMenu::sortByPriority,
+                   model_.order().sort == ZTASK_ENG_Model::TASK_SORT_PRIORITY);
 }
 
 void ListScreen::updateKeys() {

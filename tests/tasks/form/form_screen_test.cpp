@@ -14,6 +14,7 @@
 #include "form/name_dialog.h"
 #include "form/note_field.h"
 #include "look.h"
+#include "menu_items.h"
 #include "tasks_test.h"
 
 using tasks::FormScreen;
@@ -307,12 +308,14 @@ TEST_F(Form, CancellingAsksOnlyWhenSomethingWasChanged) {
   open(uid, details);
   retype(title(), "b");
   retype(title(), "a");
-  form_->findChild<ZOptionsMenu*>()->item(1)->trigger();
+  form_->findChild<ZOptionsMenu*>()->item(ulo::formMenu::cancelEdit)->trigger();
   expectLeft("change 2 3");
 
   open(uid, details);
   retype(title(), "b");
-  const auto cancel = [this] { form_->findChild<ZOptionsMenu*>()->item(1)->trigger(); };
+  const auto cancel = [this] {
+    form_->findChild<ZOptionsMenu*>()->item(ulo::formMenu::cancelEdit)->trigger();
+  };
   inDialog<ZMessageDlg>(cancel, [](ZMessageDlg& question) {
     EXPECT_EQ(question.text(), "Discard the changes?");
     question.keys()->click(ZSoftKey::right);
@@ -328,10 +331,12 @@ TEST_F(Form, CancellingAsksOnlyWhenSomethingWasChanged) {
 
 TEST_F(Form, TheItemOfTheMenuIsTranslated) {
   open();
-  EXPECT_EQ(form_->findChild<ZOptionsMenu*>()->item(1)->text(), "Cancel Edit");
+  EXPECT_EQ(form_->findChild<ZOptionsMenu*>()->item(ulo::formMenu::cancelEdit)->text(),
+            "Cancel Edit");
   const TextsAsIds ids;
   open();
-  EXPECT_EQ(form_->findChild<ZOptionsMenu*>()->item(1)->text(), "[TXT_RID_OPTION_CANCEL_EDIT]");
+  EXPECT_EQ(form_->findChild<ZOptionsMenu*>()->item(ulo::formMenu::cancelEdit)->text(),
+            "[TXT_RID_OPTION_CANCEL_EDIT]");
 }
 
 TEST_F(Form, GoesToTheListWhenTheTaskIsGone) {

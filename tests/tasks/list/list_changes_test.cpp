@@ -24,7 +24,7 @@ TEST_F(List, UndoBringsBackWhatWasDeleted) {
   undoButton()->click();
   EXPECT_FALSE(undoButton()->isVisible());
   EXPECT_THAT(rows(), ElementsAre("a", "b"));
-  take(17);
+  take(listMenu::remove);
   EXPECT_THAT(rows(), ElementsAre("a"));
   key(Qt::Key_Z, Qt::ControlModifier);
   EXPECT_THAT(rows(), ElementsAre("a", "b"));
@@ -107,7 +107,7 @@ TEST_F(List, TheMenuIsForTheTaskItWasOpenedFor) {
   ASSERT_EQ(store_.removeTask(a), ok);
   screen_->refresh();
   ASSERT_EQ(current(), "b");
-  menu()->item(17)->trigger();
+  menu()->item(listMenu::remove)->trigger();
   screen_->finish();
   EXPECT_TRUE(isStored(b));
   // Keys are for the current one.
@@ -149,8 +149,8 @@ TEST_F(List, ATaskThatIsKeptIsNotDeleted) {
   const unsigned int b = add("b");
   const unsigned int a = add("a");
   open();
-  take(11);
-  take(15);
+  take(listMenu::selectMultiple);
+  take(listMenu::selectAll);
   key(Qt::Key_F2);
   screen_->keep(a);
   EXPECT_THAT(rows(), ElementsAre("a"));

@@ -64,7 +64,7 @@ TEST_F(List, ACheckedTaskLeavesTheViewOfIncompleteOnes) {
   add("b");
   add("a");
   open();
-  take(4);
+  take(listMenu::viewIncomplete);
   EXPECT_EQ(screen_->appTitle(), "Incomplete Tasks");
   key(Qt::Key_Down);
   key(Qt::Key_Space);
@@ -84,23 +84,23 @@ TEST_F(List, TheMenuChangesViewAndOrderAndMarksThem) {
         items.push_back(id);
     return items;
   };
-  EXPECT_THAT(marked(), ElementsAre(2, 13));
-  take(14);
+  EXPECT_THAT(marked(), ElementsAre(listMenu::viewAll, listMenu::sortByDue));
+  take(listMenu::sortByPriority);
   EXPECT_THAT(rows(), ElementsAre("b", "a"));
-  EXPECT_THAT(marked(), ElementsAre(2, 14));
-  take(3);
+  EXPECT_THAT(marked(), ElementsAre(listMenu::viewAll, listMenu::sortByPriority));
+  take(listMenu::viewDue);
   EXPECT_EQ(screen_->appTitle(), "Due Tasks");
   EXPECT_THAT(rows(), ElementsAre("b", "a"));
-  take(5);
+  take(listMenu::viewCompleted);
   EXPECT_EQ(screen_->appTitle(), "Completed Tasks");
   EXPECT_THAT(rows(), ElementsAre("b"));
-  EXPECT_THAT(marked(), ElementsAre(5, 14));
-  // The next time it is the same.
+  EXPECT_THAT(marked(), ElementsAre(listMenu::viewCompleted, listMenu::sortByPriority));
+  // It is remembered.
   open();
   EXPECT_EQ(screen_->appTitle(), "Completed Tasks");
-  take(2);
+  take(listMenu::viewAll);
   EXPECT_THAT(rows(), ElementsAre("b", "a"));
-  take(13);
+  take(listMenu::sortByDue);
   EXPECT_THAT(rows(), ElementsAre("a", "b"));
 }
 
@@ -206,8 +206,8 @@ TEST_F(List, NewAndEditAskForTheForm) {
   open();
   key(Qt::Key_F2);
   key(Qt::Key_N, Qt::ControlModifier);
-  take(6);
-  take(7);
+  take(listMenu::createTask);
+  take(listMenu::edit);
   EXPECT_THAT(asked_,
               ElementsAre(Asked{0, 2, "-"}, Asked{0, 2, "-"}, Asked{0, 2, "-"}, Asked{0, 2, "a"}));
 }
@@ -217,7 +217,7 @@ TEST_F(List, ChoosingSeveralDeletesThem) {
   const unsigned int b = add("b");
   const unsigned int a = add("a");
   open();
-  take(11);
+  take(listMenu::selectMultiple);
   EXPECT_EQ(screen_->appTitle(), "0 Selected");
   key(Qt::Key_Space);
   key(Qt::Key_Down);
@@ -237,22 +237,22 @@ TEST_F(List, AllAreSelectedAndUnselected) {
   add("b");
   add("a");
   open();
-  take(11);
-  take(15);
+  take(listMenu::selectMultiple);
+  take(listMenu::selectAll);
   EXPECT_EQ(screen_->appTitle(), "2 Selected");
   openMenu();
-  EXPECT_FALSE(menu()->item(15)->isEnabled());
-  EXPECT_FALSE(menu()->item(7)->isEnabled());
-  EXPECT_FALSE(menu()->item(8)->isEnabled());
-  EXPECT_TRUE(menu()->item(17)->isEnabled());
-  take(16);
+  EXPECT_FALSE(menu()->item(listMenu::selectAll)->isEnabled());
+  EXPECT_FALSE(menu()->item(listMenu::edit)->isEnabled());
+  EXPECT_FALSE(menu()->item(listMenu::share)->isEnabled());
+  EXPECT_TRUE(menu()->item(listMenu::remove)->isEnabled());
+  take(listMenu::unselectAll);
   EXPECT_EQ(screen_->appTitle(), "0 Selected");
   openMenu();
-  EXPECT_FALSE(menu()->item(16)->isEnabled());
-  EXPECT_FALSE(menu()->item(17)->isEnabled());
+  EXPECT_FALSE(menu()->item(listMenu::unselectAll)->isEnabled());
+  EXPECT_FALSE(menu()->item(listMenu::remove)->isEnabled());
   click(middleOf(1));
   EXPECT_EQ(screen_->appTitle(), "1 Selected");
-  take(7);
+  take(listMenu::edit);
   EXPECT_THAT(asked_, ElementsAre(Asked{0, 2, "b"}));
   key(Qt::Key_F3);
   EXPECT_EQ(screen_->appTitle(), "All Tasks");
@@ -268,14 +268,14 @@ TEST_F(List, NothingIsDeletedWhileAllAreStillBeingSelected) {
   open();
   model_->setFilter({{"9"}, {}});
   ASSERT_TRUE(model_->isReading());
-  take(11);
-  take(15);
+  take(listMenu::selectMultiple);
+  take(listMenu::selectAll);
   ASSERT_TRUE(model_->isChoosingAll());
   const auto* deleteKey = screen_->cstWidget()->findChild<QToolButton*>(
       QStringLiteral("softkey%1").arg(ZSoftKey::middle));
   EXPECT_FALSE(deleteKey->isEnabled());
   openMenu();
-  EXPECT_FALSE(menu()->item(17)->isEnabled());
+  EXPECT_FALSE(menu()->item(listMenu::remove)->isEnabled());
   QTest::keyClick(list_, Qt::Key_Delete);
   EXPECT_GT(model_->chosenCount(), 0);
   EXPECT_TRUE(waitFor([this] { return !model_->isReading(); }));
@@ -289,7 +289,7 @@ TEST_F(List, ScreenReadersHearWhichRowsAreChosen) {
   open();
   const ScreenReader reader;
   const auto heard = [&] { return reader.last(QAccessible::StateChanged); };
-  take(11);
+  take(listMenu::selectMultiple);
   EXPECT_TRUE(heard().state.checkable);
   EXPECT_FALSE(heard().state.checked);
   key(Qt::Key_Space);
@@ -299,7 +299,7 @@ TEST_F(List, ScreenReadersHearWhichRowsAreChosen) {
   EXPECT_EQ(heard().name, rows()[0]);
   EXPECT_FALSE(heard().state.checked);
   reader.forget();
-  take(15);
+  take(listMenu::selectAll);
   EXPECT_THAT(reader.names(QAccessible::StateChanged), ElementsAre(rows()[0], rows()[1]));
   EXPECT_TRUE(heard().state.checked);
   key(Qt::Key_F3);
@@ -327,7 +327,7 @@ TEST_F(List, SharingATaskThatIsGoneSaysSo) {
     open();
     return screen_->findChild<NoticeBar*>();
   };
-  for (const int way : {9, 10}) {
+  for (const int way : {listMenu::bluetooth, listMenu::message}) {
     const unsigned int a = add("a");
     const auto* shown = notice();
     openMenu();
@@ -341,7 +341,7 @@ TEST_F(List, SharingATaskThatIsGoneSaysSo) {
   const auto* shown = notice();
   openMenu();
   raw_.run("drop table task_table_task");
-  menu()->item(9)->trigger();
+  menu()->item(listMenu::bluetooth)->trigger();
   EXPECT_EQ(shown->accessibleName(), "The tasks can't be read. The log says why.");
 }
 
@@ -357,7 +357,7 @@ TEST_F(List, SynchronizeFirstMakesTheRemovalsThatWerePutOff) {
   const std::string kept = rows()[1];
   key(Qt::Key_Delete);
   ASSERT_EQ(allUids().size(), 2);
-  take(18);
+  take(listMenu::synchronize);
   const auto* notice = screen_->findChild<NoticeBar*>();
   EXPECT_TRUE(waitFor([&] { return notice->accessibleName() == u"Synchronizing\u2026"; }));
   ASSERT_EQ(allUids().size(), 1);
@@ -377,26 +377,36 @@ TEST_F(List, EachModeHasItsMenu) {
         items.push_back(id);
     return items;
   };
-  EXPECT_THAT(shown(), ElementsAre(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 18, 17, 11, 12, 13, 14));
-  take(11);
-  EXPECT_THAT(shown(), ElementsAre(15, 16, 2, 3, 4, 5, 7, 8, 9, 10, 17, 13, 14));
+  EXPECT_THAT(shown(),
+              ElementsAre(listMenu::viewBy, listMenu::viewAll, listMenu::viewDue,
+                          listMenu::viewIncomplete, listMenu::viewCompleted, listMenu::createTask,
+                          listMenu::edit, listMenu::share, listMenu::bluetooth, listMenu::message,
+                          listMenu::synchronize, listMenu::remove, listMenu::selectMultiple,
+                          listMenu::sortBy, listMenu::sortByDue, listMenu::sortByPriority));
+  take(listMenu::selectMultiple);
+  EXPECT_THAT(shown(),
+              ElementsAre(listMenu::selectAll, listMenu::unselectAll, listMenu::viewAll,
+                          listMenu::viewDue, listMenu::viewIncomplete, listMenu::viewCompleted,
+                          listMenu::edit, listMenu::share, listMenu::bluetooth, listMenu::message,
+                          listMenu::remove, listMenu::sortByDue, listMenu::sortByPriority));
 }
 
-TEST_F(List, SynchronizeSaysWhatItLacks) {
+TEST_F(List, SynchronizeReportsMissingPartner) {
   const std::filesystem::path settings = directory_.path() / "settings";
   std::filesystem::create_directories(settings / "ulo");
   setenv("XDG_CONFIG_HOME", settings.c_str(), 1);
   open();
   openMenu();
-  EXPECT_FALSE(menu()->item(18)->isEnabled());
+  EXPECT_FALSE(menu()->item(listMenu::synchronize)->isEnabled());
   const QList<QAction*> items = menu()->actions();
-  EXPECT_EQ(items.value(items.indexOf(menu()->item(18)) + 1)->text(), "No sync partner");
+  EXPECT_EQ(items.value(items.indexOf(menu()->item(listMenu::synchronize)) + 1)->text(),
+            "No sync partner");
   std::ofstream(settings / "ulo/applications.conf")
       << '[' << AM_ActionData::synchroniser << "]\nExec=/nowhere/sync\n";
   openMenu();
-  EXPECT_TRUE(menu()->item(18)->isEnabled());
+  EXPECT_TRUE(menu()->item(listMenu::synchronize)->isEnabled());
   EXPECT_EQ(menu()->actions().size(), items.size() - 1);
-  menu()->item(18)->trigger();
+  menu()->item(listMenu::synchronize)->trigger();
   EXPECT_EQ(screen_->findChild<NoticeBar*>()->accessibleName(),
             "The synchronization could not be started.");
   unsetenv("XDG_CONFIG_HOME");
@@ -405,7 +415,8 @@ TEST_F(List, SynchronizeSaysWhatItLacks) {
 TEST_F(List, WhereThereIsNothingThereIsNothingToDo) {
   open();
   openMenu();
-  for (const int item : {7, 8, 17, 11, 12})
+  for (const int item : {listMenu::edit, listMenu::share, listMenu::remove,
+                         listMenu::selectMultiple, listMenu::sortBy})
     EXPECT_FALSE(menu()->item(item)->isEnabled()) << item;
   key(Qt::Key_Delete);
   key(Qt::Key_Return);
@@ -418,8 +429,10 @@ TEST_F(List, WhereThereIsNothingThereIsNothingToDo) {
 TEST_F(List, EachEmptyViewSaysWhatToDo) {
   open();
   for (const auto& [item, beginning] :
-       {std::pair(2, "There are no tasks yet."), std::pair(3, "Nothing is due today."),
-        std::pair(4, "Nothing is left to do."), std::pair(5, "No task is completed yet.")}) {
+       {std::pair(listMenu::viewAll, "There are no tasks yet."),
+        std::pair(listMenu::viewDue, "Nothing is due today."),
+        std::pair(listMenu::viewIncomplete, "Nothing is left to do."),
+        std::pair(listMenu::viewCompleted, "No task is completed yet.")}) {
     take(item);
     EXPECT_THAT(emptyText().toStdString(), testing::StartsWith(beginning));
   }
@@ -442,7 +455,7 @@ TEST_F(List, HoldingAnotherRowAddsIt) {
   const unsigned int b = add("b");
   const unsigned int a = add("a");
   open();
-  take(11);
+  take(listMenu::selectMultiple);
   key(Qt::Key_Space);
   QTest::mousePress(list_->viewport(), Qt::LeftButton, {}, middleOf(1));
   EXPECT_TRUE(waitFor([this] { return screen_->appTitle() != "1 Selected"; }));

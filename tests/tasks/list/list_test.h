@@ -6,12 +6,15 @@
 #include "list/list_screen.h"
 #include "list/task_list_view.h"
 #include "list/task_row.h"
+#include "menu_items.h"
 #include "tasks_test.h"
 
 #include <QLabel>
 #include <QToolButton>
 
 #include <memory>
+
+namespace listMenu = ulo::listMenu;
 
 class List : public Tasks {
 protected:

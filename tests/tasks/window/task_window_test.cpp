@@ -41,7 +41,7 @@ TEST_F(Window, ScreensComeAndGo) {
   const QPointer<QWidget> detail = current<TASK_UI_DetailView>();
   ASSERT_FALSE(detail.isNull());
   EXPECT_EQ(window_->windowTitle(), "b");
-  take(1);
+  take(ulo::detailMenu::edit);
   EXPECT_TRUE(detail.isNull());
   const QPointer<QWidget> form = current<FormScreen>();
   ASSERT_FALSE(form.isNull());
@@ -106,7 +106,7 @@ TEST_F(Window, ATaskThatIsDeletedFromItsScreenIsGoneFromTheList) {
   const unsigned int a = add("a");
   open();
   key(Qt::Key_Return);
-  take(5);
+  take(ulo::detailMenu::remove);
   EXPECT_NE(current<ListScreen>(), nullptr);
   EXPECT_THAT(rows(), ElementsAre("b"));
   EXPECT_FALSE(isStored(a));

@@ -133,7 +133,7 @@ TEST_F(Changes, TheFormBeginsWithWhatIsStored) {
   open();
   key(Qt::Key_Return);
   rename(a, "b");
-  menu()->item(1)->trigger();
+  menu()->item(ulo::detailMenu::edit)->trigger();
   EXPECT_EQ(window_->findChild<LineField*>()->text(), "b");
 }
 
@@ -143,7 +143,7 @@ TEST_F(Changes, AScreenStaysUntilItsDialogsAreOver) {
   key(Qt::Key_N, Qt::ControlModifier);
   QPointer<FormScreen> form = current<FormScreen>();
   type("c");
-  inDialog<ZMessageDlg>([this] { menu()->item(1)->trigger(); },
+  inDialog<ZMessageDlg>([this] { menu()->item(ulo::formMenu::cancelEdit)->trigger(); },
                         [&](ZMessageDlg&) {
                           window_->openTask(a);
                           finishEvents();

@@ -4,6 +4,7 @@
 #include "ZKbMainWidget.h"
 #include "ZOptionsMenu.h"
 #include "list/task_list_view.h"
+#include "menu_items.h"
 #include "notification_server.h"
 #include "tasks_test.h"
 #include "window/task_window.h"
