@@ -2,13 +2,17 @@
 #pragma once
 
 #include "ZTASK_ENG_Task.h"
+#include "task_words.h"
 
 #include <QDate>
 #include <QString>
 
 namespace tasks {
 
-// The summary as one line, whatever is in it; "Untitled" for one with nothing to see.
+// The name of a state or a class of priorities, in the user's language.
+[[nodiscard]] QString shownText(const ulo::ShownAs& shown);
+
+// The summary on one line, or "Untitled" if nothing of it is visible.
 [[nodiscard]] QString titleText(const ZTASK_ENG_Task& task);
 
 // Whether a category's name says that there is none: null, empty, the default category "none", and
@@ -18,9 +22,7 @@ namespace tasks {
 // Category" where there is none.
 [[nodiscard]] QString categoryText(const QString& name);
 
-// Whether a date field of a task holds a date.
-[[nodiscard]] bool isDate(const QDateTime& dateTime);
-// Whether the task is to be done and its due day is over.
+// Whether the task is not completed and was due before today.
 [[nodiscard]] bool isOverdue(const ZTASK_ENG_Task& task, const QDate& today);
 // A due day as "Today", "Tomorrow", "Yesterday", else as a short date.
 [[nodiscard]] QString dayText(const QDate& day, const QDate& today);

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <QDateTime>
+#include "task_words.h"
+
 #include <QString>
 
 #include <string>
@@ -16,12 +18,7 @@ unsigned int argumentUid(const std::string& argument);
 // Each UID once, in the order given.
 std::vector<unsigned int> argumentUids(const std::vector<std::string>& arguments);
 
-// "2026-03-05", which is the start of that day, "2026-03-05 18:00" or "2026-03-05T18:00:00", all
-// local. A Failure for anything else, for a local time that a change of clocks leaves out, and
-// for a date that the store can't hold.
-QDateTime argumentDate(const std::string& text, const char* name);
-
-// The same for "none", which gives the no-date value.
+// A date (ulo::parseDate), or the no-date value for "none".
 QDateTime argumentDateOrNone(const std::string& text, const char* name);
 
 // The name of a category; "" stands for none and gives a null text.
@@ -29,9 +26,8 @@ QString argumentCategory(const std::string& argument);
 
 // The status words as arguments, "-" in the place of blanks, by status code.
 std::vector<std::string> statusArguments();
-// The code of a status word, written with blanks or as statusArguments gives it. A Failure for
-// anything else.
-int argumentStatus(const std::string& word);
+// A status word, with blanks or as in statusArguments.
+ulo::Status argumentStatus(const std::string& word);
 
 // 0 to 9, or high, normal or low. A Failure for anything else.
 int argumentPriority(const std::string& text);

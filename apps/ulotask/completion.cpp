@@ -146,8 +146,8 @@ std::vector<Candidate> statuses(Session&, const Place&) {
 
 std::vector<Candidate> priorities(Session&, const Place&) {
   std::vector<Candidate> found;
-  for (const PriorityClass& entry : priorityClasses)
-    found.push_back({entry.word, std::to_string(entry.priority)});
+  for (const ulo::PriorityEntry& entry : ulo::priorities)
+    found.push_back({entry.word, std::to_string(codeOf(entry.priority))});
   return found;
 }
 

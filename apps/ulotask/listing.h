@@ -21,6 +21,14 @@ inline constexpr View views[] = {{ZTASK_ENG_Model::TASK_CATEGORY_ALL, "all"},
                                  {ZTASK_ENG_Model::TASK_CATEGORY_INCOMPLETE, "incomplete"},
                                  {ZTASK_ENG_Model::TASK_CATEGORY_COMPLETED, "completed"}};
 
+// The orders of the list and the words that choose them.
+struct Sort {
+  ZTASK_ENG_Model::TASK_SORT_FIELD field;
+  const char* word;
+};
+inline constexpr Sort sorts[] = {{ZTASK_ENG_Model::TASK_SORT_DUE, "due"},
+                                 {ZTASK_ENG_Model::TASK_SORT_PRIORITY, "priority"}};
+
 struct Listing {
   ZTASK_ENG_Model::TASK_CATEGORY view = ZTASK_ENG_Model::TASK_CATEGORY_ALL;
   ZTASK_ENG_Model::TASK_SORT_FIELD sort = ZTASK_ENG_Model::TASK_SORT_DUE;

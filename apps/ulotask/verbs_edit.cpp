@@ -5,6 +5,7 @@
 #include "session.h"
 #include "take_in.h"
 #include "task_format.h"
+#include "task_words.h"
 #include "text.h"
 #include "verbs.h"
 
@@ -33,7 +34,7 @@ struct TaskOptions {
   std::optional<std::string> note;
   bool json = false;
 
-  [[nodiscard]] bool giveNothing() const {
+  [[nodiscard]] bool isEmpty() const {
     return !summary && !due && !alarm && !priority && !status && !category && !note;
   }
 };
@@ -54,7 +55,7 @@ void apply(Session& session, const TaskOptions& given, ZTASK_ENG_Task& task) {
   if (given.priority)
     task.setPriority(argumentPriority(*given.priority));
   if (given.status)
-    task.setStatus(argumentStatus(*given.status));
+    task.setStatus(codeOf(argumentStatus(*given.status)));
   if (given.category)
     task.setString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY, argumentCategory(*given.category));
   if (given.summary) {
@@ -99,17 +100,18 @@ ZTASK_ENG_Task change(Session& session, unsigned int uid,
   return report.task;
 }
 
-void setStatus(Session& session, const std::vector<std::string>& arguments, int status) {
+void setStatus(Session& session, const std::vector<std::string>& arguments, ulo::Status status) {
   forEach(session, argumentUids(arguments), [&](unsigned int uid) {
     const ZTASK_ENG_Task task =
-        change(session, uid, [&](ZTASK_ENG_Task& stored) { stored.setStatus(status); });
-    session.output.line((status == statusCompleted ? "Done: " : "To do again: ") + named(task));
+        change(session, uid, [&](ZTASK_ENG_Task& stored) { stored.setStatus(codeOf(status)); });
+    session.output.line((status == ulo::Status::completed ? "Done: " : "To do again: ") +
+                        named(task));
   });
 }
 
 void edit(Session& session, const std::string& uid, const TaskOptions& options) {
-  if (options.giveNothing())
-    throw Failure(Exit::usage, "nothing to change is given; see ulotask edit --help");
+  if (options.isEmpty())
+    throw Failure(Exit::usage, "no change is given; see ulotask edit --help");
   const ZTASK_ENG_Task task = change(session, argumentUid(uid), [&](ZTASK_ENG_Task& stored) {
     apply(session, options, stored);
     if (options.category)
@@ -196,9 +198,10 @@ void addEditVerbs(Verb& program, Session& session) {
   };
   using Arguments = std::vector<std::string>;
   addUidVerb("done", "Mark tasks as completed", "ulotask done 7 8",
-             [](Session& s, const Arguments& uids) { setStatus(s, uids, statusCompleted); });
-  addUidVerb("undone", "Mark tasks as needing action again", "ulotask undone 7",
-             [](Session& s, const Arguments& uids) { setStatus(s, uids, statusNeedsAction); });
+             [](Session& s, const Arguments& uids) { setStatus(s, uids, ulo::Status::completed); });
+  addUidVerb(
+      "undone", "Mark tasks as needing action again", "ulotask undone 7",
+      [](Session& s, const Arguments& uids) { setStatus(s, uids, ulo::Status::needsAction); });
   addUidVerb("rm", "Remove tasks", "ulotask rm 7 8", remove);
 }
 

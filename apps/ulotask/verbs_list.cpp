@@ -45,13 +45,23 @@ struct ListOptions {
   bool json = false;
 };
 
+// Requires: the word is in the table.
+template <typename Table> const auto& entryOf(const Table& table, const std::string& word) {
+  return *std::find_if(std::begin(table), std::end(table),
+                       [&](const auto& entry) { return word == entry.word; });
+}
+
+template <typename Table> std::vector<std::string> wordsOf(const Table& table) {
+  std::vector<std::string> words;
+  for (const auto& entry : table)
+    words.emplace_back(entry.word);
+  return words;
+}
+
 void list(Session& session, const ListOptions& options) {
   Listing listing;
-  listing.view = std::find_if(std::begin(views), std::end(views), [&](const View& view) {
-                   return options.view == view.word;
-                 })->category;
-  if (options.sort != "due")
-    listing.sort = ZTASK_ENG_Model::TASK_SORT_PRIORITY;
+  listing.view = entryOf(views, options.view).category;
+  listing.sort = entryOf(sorts, options.sort).field;
   if (options.category)
     listing.category = argumentCategory(*options.category);
   listing.limit = options.limit;
@@ -88,7 +98,7 @@ std::optional<ZTASK_ENG_Task> exampleOf(const SearchOptions& options) {
   if (options.note)
     example.setString(ZTASK_ENG_Task::TASK_FIELD_NOTE, argumentText(*options.note, "--note"));
   if (options.status)
-    example.setStatus(argumentStatus(*options.status));
+    example.setStatus(codeOf(argumentStatus(*options.status)));
   if (options.priority)
     example.setPriority(*options.priority);
   return example;
@@ -134,14 +144,11 @@ void show(Session& session, const ShowOptions& options) {
 void addList(Verb& program, Session& session) {
   Verb verb = program.addVerb("list", "List tasks, one to a line");
   auto options = std::make_shared<ListOptions>();
-  std::vector<std::string> viewWords;
-  for (const View& view : views)
-    viewWords.emplace_back(view.word);
   verb.option("--view", options->view,
               "due: due until the end of today, done or not; incomplete: needs action; "
               "completed")
       .valueName("VIEW")
-      .oneOf(viewWords)
+      .oneOf(wordsOf(views))
       .showDefault();
   verb.option("--category", options->category,
               "Only tasks of this category; \"\" for those without one")
@@ -150,7 +157,7 @@ void addList(Verb& program, Session& session) {
               "due: by due date, then priority; priority: "
               "by priority, then due date")
       .valueName("ORDER")
-      .oneOf({"due", "priority"})
+      .oneOf(wordsOf(sorts))
       .showDefault();
   verb.option("--limit", options->limit, "At most so many tasks")
       .valueName("NUMBER")

@@ -3,6 +3,7 @@
 #include "change_lines.h"
 #include "change_watch.h"
 #include "data_directory.h"
+#include "dates.h"
 #include "session.h"
 #include "text.h"
 #include "verbs.h"
@@ -27,11 +28,10 @@ void print(Output& output, const Broadcast& broadcast, bool json) {
   const QString channel = QString::fromUtf8(broadcast.channel);
   const QString message = QString::fromUtf8(broadcast.message);
   if (json)
-    output.jsonLine(
-        {{"time", now.toUTC().toString(Qt::ISODate)}, {"channel", channel}, {"message", message}});
+    output.jsonLine({{"time", ulo::formatUtc(now)}, {"channel", channel}, {"message", message}});
   else
-    output.line("broadcast  " + now.toString("yyyy-MM-dd HH:mm:ss").toStdString() + "  " +
-                oneLine(channel) + "  " + oneLine(message));
+    output.line("broadcast  " + ulo::formatTimestamp(now).toStdString() + "  " + oneLine(channel) +
+                "  " + oneLine(message));
 }
 
 void watch(Session& session, const WatchOptions& options) {

@@ -1,9 +1,9 @@
 // What tests of the application's parts share: a store of the test's own, without a display.
 #pragma once
 
+#include "ZTASK_ENG_Model.h"
 #include "gui_test.h"
 #include "store_test.h"
-#include "stored_tasks.h"
 
 #include <QSettings>
 
@@ -52,7 +52,7 @@ protected:
   }
   // The UIDs of all tasks from the lowest.
   std::vector<unsigned int> allUids() {
-    tasks::Uids uids;
+    QValueList<unsigned int> uids;
     EXPECT_EQ(store_.getAllIDs(uids), ok);
     return {uids.begin(), uids.end()};
   }

@@ -110,6 +110,11 @@ TEST_F(DetailView, TheDueDateHasNoTime) {
   EXPECT_EQ(content(dueRow), "No Due Date");
 }
 
+TEST_F(DetailView, InvalidDueDateIsNoDate) {
+  task_.setDateTime(Task::TASK_FIELD_DUE, QDateTime());
+  EXPECT_EQ(content(dueRow), "No Due Date");
+}
+
 TEST_F(DetailView, StatusHasTextAndIcon) {
   for (const int status : {-1, 1, 2, 7, 8}) {
     task_.setStatus(status);

@@ -3,7 +3,8 @@
 #include "data_directory.h"
 #include "file_lock.h"
 #include "module_log.h"
-#include "task_texts.h"
+#include "task_dates.h"
+#include "task_words.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -16,15 +17,12 @@ namespace tasks {
 namespace {
 
 constexpr int pageSize = 16;
-// The order that a list is read in best; it says nothing here.
-constexpr ListOrder order{};
-
 std::int64_t alarmOf(const ZTASK_ENG_Task& task) {
   return task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_ALARM).toMSecsSinceEpoch();
 }
 
 bool isAwaited(const ZTASK_ENG_Task& task) {
-  return task.getStatus() != 0 && isDate(task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_ALARM));
+  return !ulo::isCompleted(task) && ulo::hasDate(task, ZTASK_ENG_Task::TASK_FIELD_ALARM);
 }
 
 }  // namespace
@@ -85,8 +83,8 @@ void AlarmClock::startWalk() {
   // First: what changes while it is under way is behind this entry.
   std::int64_t entry = 0;
   const bool hasJournal = journal_.lastEntry(entry);
-  Walk walk;
-  if (store_.getAllIDs(walk.uids, order.view, order.sort) != TASK_ENG_OK) {
+  ulo::TaskPages walk;
+  if (walk.open(store_, {}) != TASK_ENG_OK) {
     failed_ = true;
     return;
   }
@@ -112,7 +110,7 @@ bool AlarmClock::readSome() {
   if (walk_) {
     if (readPageOfWalk())
       return true;
-    const bool isWhole = walk_->at >= walk_->uids.count();
+    const bool isWhole = walk_->isAtEnd();
     walk_.reset();
     failed_ = !isWhole;
     if (!isWhole)
@@ -127,16 +125,11 @@ bool AlarmClock::readSome() {
 }
 
 bool AlarmClock::readPageOfWalk() {
-  if (walk_->at >= walk_->uids.count())
-    return false;
-  Records page;
-  const int code = readPage(store_, walk_->uids, walk_->at, pageSize, order, page);
-  if (code != TASK_ENG_OK && code != TASK_ENG_NOT_FOUND)
+  ulo::Records page;
+  if (walk_->isAtEnd() || walk_->next(store_, pageSize, page) != TASK_ENG_OK)
     return false;
   for (const ZTASK_ENG_Task& task : page)
     note(task);
-  // One that is no longer there is passed over.
-  walk_->at += std::max(page.count(), 1U);
   return true;
 }
 

@@ -4,7 +4,7 @@
 #include "ZTASK_ENG_Model.h"
 #include "change_journal.h"
 #include "descriptor.h"
-#include "stored_tasks.h"
+#include "task_pages.h"
 
 #include <QDateTime>
 #include <QObject>
@@ -54,12 +54,7 @@ Q_SIGNALS:
 private:
   struct Alarm {
     std::int64_t time;  // milliseconds since 1970
-    bool isOver;        // told, by this instance or another one
-  };
-  // All tasks, one after another.
-  struct Walk {
-    Uids uids;
-    unsigned int at = 0;
+    bool isOver;        // reported, by this instance or another one
   };
 
   void check();
@@ -82,7 +77,7 @@ private:
   ulo::ChangeJournal journal_;
   // What is behind it in the journal has not been looked at; none: everything has to be.
   std::optional<std::int64_t> entry_;
-  std::optional<Walk> walk_;
+  std::optional<ulo::TaskPages> walk_;  // over all tasks
   std::vector<std::uint32_t> altered_;
   std::unordered_map<unsigned int, Alarm> alarms_;  // those after checked_ and those that are over
   std::int64_t checked_;                            // alarms until here have been told

@@ -1,7 +1,9 @@
 #include "alarms/alarm_notifications.h"
 
 #include "module_log.h"
+#include "task_dates.h"
 #include "task_texts.h"
+#include "task_words.h"
 #include "texts.h"
 
 #include <QDBusPendingCallWatcher>
@@ -31,16 +33,16 @@ unsigned int uidOf(const ZTASK_ENG_Task& task) {
 
 QString bodyOf(const ZTASK_ENG_Task& task) {
   const QDateTime due = task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE);
-  return isDate(due) ? dayText(due.date(), QDate::currentDate()) : QString();
+  return ulo::hasDate(due) ? dayText(due.date(), QDate::currentDate()) : QString();
 }
 
 QVariantMap hintsOf(const ZTASK_ENG_Task& task) {
   constexpr uchar normal = 1;
   constexpr uchar critical = 2;
-  return {
-      {QStringLiteral("urgency"), QVariant::fromValue(task.getPriority() == 1 ? critical : normal)},
-      {QStringLiteral("desktop-entry"), QStringLiteral("ulo-tasks")},
-      {QStringLiteral("sound-name"), QStringLiteral("alarm-clock-elapsed")}};
+  return {{QStringLiteral("urgency"),
+           QVariant::fromValue(ulo::priorityOf(task) == ulo::Priority::high ? critical : normal)},
+          {QStringLiteral("desktop-entry"), QStringLiteral("ulo-tasks")},
+          {QStringLiteral("sound-name"), QStringLiteral("alarm-clock-elapsed")}};
 }
 
 }  // namespace
@@ -157,7 +159,7 @@ void AlarmNotifications::notify(const ZTASK_ENG_Task& task, bool hasMarkup) {
            << QStringLiteral("ulo-tasks") << titleText(task)
            << (hasMarkup ? body.toHtmlEscaped() : body)
            << QStringList{openAction, ulo::text("TXT_RID_STANDARD_OPEN", "Open"), doneAction,
-                          ulo::text("TXT_RID_STANDARD_COMPLETED", "Completed")}
+                          shownText(ulo::shownState(true))}
            << hintsOf(task) << never;
   ask(uid, question,
       [this](unsigned int asked, const QDBusMessage& reply) { notified(asked, reply); });

@@ -1,5 +1,8 @@
 #include "alarms/alarms.h"
 
+#include "change_task.h"
+#include "task_words.h"
+
 namespace tasks {
 
 Alarms::Alarms(ZTASK_ENG_Model& store, QObject* parent)
@@ -16,7 +19,7 @@ void Alarms::look() {
     ZTASK_ENG_Task task;
     const int code = store_.getTask(uid, task);
     const bool isOver =
-        code == TASK_ENG_NOT_FOUND || (code == TASK_ENG_OK && task.getStatus() == 0);
+        code == TASK_ENG_NOT_FOUND || (code == TASK_ENG_OK && ulo::isCompleted(task));
     if (isOver)
       notifications_.withdraw(uid);
     return isOver;
@@ -29,7 +32,7 @@ void Alarms::show(const ZTASK_ENG_Task& task) {
 }
 
 void Alarms::complete(unsigned int uid) {
-  const int code = setCompleted(store_, uid, true);
+  const int code = ulo::setCompleted(store_, uid, true);
   if (code != TASK_ENG_OK)
     Q_EMIT notCompleted(code);
 }

@@ -1,7 +1,7 @@
 #include "form/date_dialog.h"
 
+#include "dates.h"
 #include "field_look.h"
-#include "form/local_time.h"
 #include "look.h"
 #include "texts.h"
 
@@ -23,15 +23,7 @@ namespace tasks {
 
 namespace {
 
-// Days of which the store can keep every moment, whatever the time zone.
-QDate firstDay() {
-  return {1901, 12, 15};
-}
-QDate lastDay() {
-  return {2038, 1, 17};
-}
-
-// The months, the names of the days, the weeks.
+// The rows for the month, the names of the days, and the weeks.
 constexpr int calendarRows = 8;
 // Below this size nobody could read the days.
 constexpr int leastPoints = 9;
@@ -47,7 +39,7 @@ void setUpStep(QCalendarWidget& calendar, const char* name, Qt::ArrowType arrow)
 
 QDateTime nextHour() {
   const QDateTime soon = QDateTime::currentDateTime().addSecs(3600);
-  return atTime(soon.date(), QTime(soon.time().hour(), 0));
+  return ulo::localTimeOrStart(soon.date(), QTime(soon.time().hour(), 0));
 }
 
 }  // namespace
@@ -87,7 +79,8 @@ void DateDialog::setUpCalendar(const QDate& day) {
   calendar_->setFirstDayOfWeek(QLocale().firstDayOfWeek());
   calendar_->setVerticalHeaderFormat(QCalendarWidget::NoVerticalHeader);
   calendar_->setDateEditEnabled(false);
-  calendar_->setDateRange(firstDay(), lastDay());
+  // Other programs may have stored a day outside of the range.
+  calendar_->setDateRange(std::min(ulo::earliestDay(), day), std::max(ulo::latestDay(), day));
   calendar_->setSelectedDate(day);
   // Days off are not marked: which they are differs from person to person.
   for (const Qt::DayOfWeek dayOff : {Qt::Saturday, Qt::Sunday})
@@ -175,7 +168,7 @@ std::optional<QDateTime> DateDialog::chosen() const {
     return day.startOfDay();
   // The same time may be another moment: in one night clocks show an hour twice.
   const bool same = start_ && start_->date() == day && start_->time() == time_->time();
-  return same ? *start_ : atTime(day, time_->time());
+  return same ? *start_ : ulo::localTimeOrStart(day, time_->time());
 }
 
 }  // namespace tasks

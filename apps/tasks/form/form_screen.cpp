@@ -42,8 +42,12 @@ DateField* newAlarmField() {
                         ulo::text("TXT_RID_STANDARD_NO_ALARM", "No Alarm")});
 }
 
-void choose(ChoiceField& field, int code) {
-  field.setCurrentIndex(field.findData(code));
+template <typename Code> void choose(ChoiceField& field, Code code) {
+  field.setCurrentIndex(field.findData(codeOf(code)));
+}
+
+template <typename Code> Code chosen(const ChoiceField& field) {
+  return static_cast<Code>(field.currentData().toInt());
 }
 
 std::optional<QDate> dayOf(const std::optional<QDateTime>& date) {
@@ -112,8 +116,8 @@ void FormScreen::showDraft() {
   const std::optional<QDate> due = draft_.due();
   due_->setDate(due ? std::optional(due->startOfDay()) : std::nullopt);
   alarm_->setDate(draft_.alarm());
-  choose(*status_, task.getStatus());
-  choose(*priority_, task.getPriority());
+  choose(*status_, ulo::isCompleted(task) ? ulo::Status::completed : ulo::Status::needsAction);
+  choose(*priority_, ulo::priorityOf(task));
   category_->setStored(*engine(), task.getString(Task::TASK_FIELD_CATEGORY));
   note_->setStored(task.getString(Task::TASK_FIELD_NOTE));
 }
@@ -124,9 +128,9 @@ void FormScreen::followFields() {
   connect(due_, &DateField::chosen, this, [this] { draft_.setDue(dayOf(due_->date())); });
   connect(alarm_, &DateField::chosen, this, [this] { draft_.setAlarm(alarm_->date()); });
   connect(status_, &QComboBox::activated, this,
-          [this] { draft_.setStatus(status_->currentData().toInt()); });
+          [this] { draft_.setStatus(chosen<ulo::Status>(*status_)); });
   connect(priority_, &QComboBox::activated, this,
-          [this] { draft_.setPriority(priority_->currentData().toInt()); });
+          [this] { draft_.setPriority(chosen<ulo::Priority>(*priority_)); });
   connect(category_, &CategoryField::chosen, this,
           [this] { draft_.setCategory(category_->category()); });
   connect(note_, &NoteField::edited, this, [this] { draft_.setNote(note_->value()); });

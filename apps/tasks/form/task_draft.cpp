@@ -3,8 +3,7 @@
 #include "change_task.h"
 #include "dates.h"
 #include "foreign_text.h"
-#include "form/local_time.h"
-#include "take_in.h"
+#include "task_dates.h"
 #include "task_texts.h"
 #include "write_transaction.h"
 
@@ -22,11 +21,7 @@ constexpr Task::TASK_FIELD_T editedTexts[] = {Task::TASK_FIELD_SUMMARY, Task::TA
                                               Task::TASK_FIELD_CATEGORY};
 constexpr Task::TASK_FIELD_T editedDates[] = {Task::TASK_FIELD_DUE, Task::TASK_FIELD_ALARM};
 
-constexpr int completed = 0;
-constexpr int incomplete = 1;
-constexpr int normalPriority = 5;
-
-// The store would end a text at a character 0.
+// The store ends a text at its first character 0.
 QString limited(QString text, qsizetype units) {
   return ulo::wholeLetters(text.remove(QChar(u'\0')), units);
 }
@@ -38,21 +33,22 @@ qsizetype most(const QString& stored, qsizetype limit) {
 
 std::optional<QDateTime> dateOf(const Task& task, Task::TASK_FIELD_T field) {
   const QDateTime stored = task.getDateTime(field);
-  return isDate(stored) ? std::optional(UTIL_TimeConversion::toLocalTime(stored)) : std::nullopt;
+  return ulo::hasDate(stored) ? std::optional(UTIL_TimeConversion::toLocalTime(stored))
+                              : std::nullopt;
 }
 
 // What the store does to the end date of a task that it updates, it leaves to whoever adds one.
 void setEnd(Task& task, const QDateTime& now) {
-  if (task.getStatus() != completed)
+  if (!ulo::isCompleted(task))
     task.setDateTime(Task::TASK_FIELD_END, Task::noDate());
-  else if (!isDate(task.getDateTime(Task::TASK_FIELD_END)))
+  else if (!ulo::hasDate(task, Task::TASK_FIELD_END))
     task.setDateTime(Task::TASK_FIELD_END, now);
 }
 
 Task newTask() {
   Task task;
-  task.setStatus(incomplete);
-  task.setPriority(normalPriority);
+  task.setStatus(codeOf(ulo::Status::needsAction));
+  task.setPriority(codeOf(ulo::Priority::normal));
   return task;
 }
 
@@ -82,8 +78,8 @@ void TaskDraft::setDue(const std::optional<QDate>& day) {
   const std::optional<QDateTime> before = dateOf(original_, Task::TASK_FIELD_DUE);
   QDateTime due = Task::noDate();
   if (day)
-    due = before ? atTime(*day, before->time()) : day->startOfDay();
-  // The same day is the same moment, also in an hour that clocks show twice.
+    due = before ? ulo::localTimeOrStart(*day, before->time()) : day->startOfDay();
+  // The same day keeps the same moment, even in an hour that the clocks show twice.
   if (day && before && before->date() == *day)
     due = original_.getDateTime(Task::TASK_FIELD_DUE);
   wanted_.setDateTime(Task::TASK_FIELD_DUE, due);
@@ -102,13 +98,14 @@ std::optional<QDateTime> TaskDraft::alarm() const {
   return dateOf(wanted_, Task::TASK_FIELD_ALARM);
 }
 
-void TaskDraft::setStatus(int status) {
-  wanted_.setStatus(status == original_.getStatus() ? original_.getStatusValue() : status);
+void TaskDraft::setStatus(ulo::Status status) {
+  const bool isSame = (status == ulo::Status::completed) == ulo::isCompleted(original_);
+  wanted_.setStatus(isSame ? original_.getStatusValue() : codeOf(status));
 }
 
-void TaskDraft::setPriority(int priority) {
-  wanted_.setPriority(priority == original_.getPriority() ? original_.getPriorityValue()
-                                                          : priority);
+void TaskDraft::setPriority(ulo::Priority priority) {
+  const bool isSame = priority == ulo::priorityOf(original_);
+  wanted_.setPriority(isSame ? original_.getPriorityValue() : codeOf(priority));
 }
 
 void TaskDraft::setCategory(const QString& name) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "ZTASK_ENG_Model.h"
+#include "task_words.h"
 
 #include <QDate>
 #include <QDateTime>
@@ -36,11 +37,11 @@ public:
   [[nodiscard]] std::optional<QDate> due() const;
   void setAlarm(const std::optional<QDateTime>& time);
   [[nodiscard]] std::optional<QDateTime> alarm() const;
-  // 0 completed, 1 to be done.
-  void setStatus(int status);
-  // 1 high, 5 normal, 9 low.
-  void setPriority(int priority);
-  // Any name for which tasks::isNoCategory holds says that there is none.
+  // Keeps the stored code if the screens show it in the same way: as completed or not, and in the
+  // same class of priorities.
+  void setStatus(ulo::Status status);
+  void setPriority(ulo::Priority priority);
+  // A name for which isNoCategory returns true removes the category.
   void setCategory(const QString& name);
 
   [[nodiscard]] bool isChanged() const;

@@ -3,6 +3,7 @@
 #include "TASK_UI_DetailView.h"
 #include "ZOptionsMenu.h"
 #include "ZSoftKey.h"
+#include "change_task.h"
 #include "list/filter_bar.h"
 #include "list/list_settings.h"
 #include "list/notice_bar.h"
@@ -10,8 +11,8 @@
 #include "list/synchroniser.h"
 #include "list/task_list_view.h"
 #include "look.h"
-#include "task_texts.h"
 #include "menu_items.h"
+#include "task_texts.h"
 #include "tasksMenu.h"
 #include "texts.h"
 
@@ -271,12 +272,12 @@ void ListScreen::setSort(ZTASK_ENG_Model::TASK_SORT_FIELD sort) {
   setOrder({model_.order().view, sort});
 }
 
-void ListScreen::setOrder(const ListOrder& order) {
+void ListScreen::setOrder(const ulo::ListOrder& order) {
   writeListOrder(order);
   showOrder(order);
 }
 
-void ListScreen::showOrder(const ListOrder& order) {
+void ListScreen::showOrder(const ulo::ListOrder& order) {
   today_ = QDate::currentDate();
   readCategories();
   model_.setOrder(order);
@@ -351,7 +352,7 @@ void ListScreen::checkTask(int row) {
     return;
   }
   const bool wasCompleted = model_.index(row).data(TaskListModel::CompletedRole).toBool();
-  const int code = setCompleted(store_, uid, !wasCompleted);
+  const int code = ulo::setCompleted(store_, uid, !wasCompleted);
   if (code != TASK_ENG_OK && code != TASK_ENG_NOT_FOUND)
     tell(ulo::text("TXT_RID_INSTRUCTIONALTXT_TASK_NOT_SAVED", "The task could not be saved."));
   refresh();

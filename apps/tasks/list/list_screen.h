@@ -86,8 +86,8 @@ private:
   void updateState();
   void setView(ZTASK_ENG_Model::TASK_CATEGORY view);
   void setSort(ZTASK_ENG_Model::TASK_SORT_FIELD sort);
-  void setOrder(const ListOrder& order);
-  void showOrder(const ListOrder& order);
+  void setOrder(const ulo::ListOrder& order);
+  void showOrder(const ulo::ListOrder& order);
   void setChoosing(bool choosing);
   void openTask(int row);
   void checkTask(int row);

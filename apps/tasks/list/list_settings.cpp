@@ -19,11 +19,11 @@ public:
 
 }  // namespace
 
-ListOrder readListOrder() {
+ulo::ListOrder readListOrder() {
   const Settings from;
   const int view = from.value(QLatin1String(viewKey)).toInt();
   const int sort = from.value(QLatin1String(sortKey)).toInt();
-  ListOrder order;
+  ulo::ListOrder order;
   order.view = static_cast<ZTASK_ENG_Model::TASK_CATEGORY>(std::clamp<int>(
       view, ZTASK_ENG_Model::TASK_CATEGORY_ALL, ZTASK_ENG_Model::TASK_CATEGORY_COMPLETED));
   order.sort = sort == ZTASK_ENG_Model::TASK_SORT_PRIORITY ? ZTASK_ENG_Model::TASK_SORT_PRIORITY
@@ -31,7 +31,7 @@ ListOrder readListOrder() {
   return order;
 }
 
-void writeListOrder(const ListOrder& order) {
+void writeListOrder(const ulo::ListOrder& order) {
   Settings to;
   to.setValue(QLatin1String(viewKey), static_cast<int>(order.view));
   to.setValue(QLatin1String(sortKey), static_cast<int>(order.sort));

@@ -1,12 +1,12 @@
 // How the list was looked at the last time.
 #pragma once
 
-#include "stored_tasks.h"
+#include "task_pages.h"
 
 namespace tasks {
 
-// All tasks by due date where nothing is remembered.
-[[nodiscard]] ListOrder readListOrder();
-void writeListOrder(const ListOrder& order);
+// All tasks by due date if nothing is remembered.
+[[nodiscard]] ulo::ListOrder readListOrder();
+void writeListOrder(const ulo::ListOrder& order);
 
 }  // namespace tasks

@@ -1,7 +1,7 @@
 // Tasks on their way out.
 #pragma once
 
-#include "stored_tasks.h"
+#include "ZTASK_ENG_Model.h"
 
 #include <QTimer>
 

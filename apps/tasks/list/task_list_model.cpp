@@ -1,6 +1,8 @@
 #include "list/task_list_model.h"
 
+#include "task_dates.h"
 #include "task_texts.h"
+#include "task_words.h"
 
 #include <QElapsedTimer>
 
@@ -46,7 +48,7 @@ TaskListModel::TaskListModel(ZTASK_ENG_Model& store, std::function<QDate()> toda
   connect(&reading_, &QTimer::timeout, this, &TaskListModel::goOn);
 }
 
-void TaskListModel::setOrder(const ListOrder& order) {
+void TaskListModel::setOrder(const ulo::ListOrder& order) {
   order_ = order;
   start();
 }
@@ -71,19 +73,20 @@ void TaskListModel::setHidden(std::unordered_set<unsigned int> uids) {
 
 void TaskListModel::dropHidden(Listing& listing) const {
   std::erase_if(listing.places,
-                [&](unsigned int place) { return hidden_.contains(listing.uids[place]); });
+                [&](unsigned int place) { return hidden_.contains(listing.uidAt(place)); });
 }
 
 // The list as the store has it now; without a filter it is whole.
 TaskListModel::Listing TaskListModel::begin() {
   Listing listing;
-  code_ = store_.getAllIDs(listing.uids, order_.view, order_.sort);
+  code_ = listing.pages.open(store_, order_);
   records_.clear();
   if (!filter_.isSet()) {
-    listing.read = listing.uids.count();
-    listing.places.reserve(listing.read);
-    for (unsigned int place = 0; place < listing.read; ++place)
-      if (!hidden_.contains(listing.uids[place]))
+    listing.pages.skipToEnd();
+    const unsigned int count = listing.pages.position();
+    listing.places.reserve(count);
+    for (unsigned int place = 0; place < count; ++place)
+      if (!hidden_.contains(listing.uidAt(place)))
         listing.places.push_back(place);
   }
   return listing;
@@ -91,23 +94,21 @@ TaskListModel::Listing TaskListModel::begin() {
 
 // The places that the filter lets through of those that one slice of time is enough for.
 std::vector<unsigned int> TaskListModel::readSlice(Listing& listing) {
-  const qint64 time = listing.read == 0 ? firstSlice : slice;
+  const qint64 time = listing.pages.position() == 0 ? firstSlice : slice;
   std::vector<unsigned int> found;
   QElapsedTimer timer;
   timer.start();
-  Records page;
-  while (!isWhole(listing) && !timer.hasExpired(time)) {
-    const int code = readPage(store_, listing.uids, listing.read, filterPage, order_, page);
-    if (code != TASK_ENG_OK && code != TASK_ENG_NOT_FOUND) {
+  ulo::Records page;
+  while (!listing.isWhole() && !timer.hasExpired(time)) {
+    const unsigned int first = listing.pages.position();
+    if (const int code = listing.pages.next(store_, filterPage, page); code != TASK_ENG_OK) {
       code_ = code;
-      listing.read = listing.uids.count();
+      listing.pages.skipToEnd();
       break;
     }
     for (unsigned int i = 0; i < page.count(); ++i)
-      if (filter_.passes(page[i]) && !hidden_.contains(listing.uids[listing.read + i]))
-        found.push_back(listing.read + i);
-    // A task that is gone is passed over.
-    listing.read += std::max(page.count(), 1U);
+      if (filter_.passes(page[i]) && !hidden_.contains(listing.uidAt(first + i)))
+        found.push_back(first + i);
   }
   return found;
 }
@@ -117,7 +118,7 @@ void TaskListModel::start() {
   choosingAll_ = false;
   isOld_ = false;
   Listing listing = begin();
-  if (!isWhole(listing))
+  if (!listing.isWhole())
     listing.places = readSlice(listing);
   show(std::move(listing));
 }
@@ -130,9 +131,9 @@ void TaskListModel::refresh() {
     return;
   }
   Listing listing = begin();
-  if (!isWhole(listing))
+  if (!listing.isWhole())
     listing.places = readSlice(listing);
-  if (isWhole(listing)) {
+  if (listing.isWhole()) {
     show(std::move(listing));
   } else {
     coming_ = std::move(listing);
@@ -153,7 +154,7 @@ void TaskListModel::show(Listing listing) {
   if (choosingAll_)
     chooseNewRows(listing);
   shown_ = std::move(listing);
-  if (isWhole(shown_))
+  if (shown_.isWhole())
     dropLostChoices();
   choosingAll_ = choosingAll_ && isReading();
   endResetModel();
@@ -168,7 +169,7 @@ void TaskListModel::goOn() {
   if (coming_) {
     const std::vector<unsigned int> found = readSlice(*coming_);
     coming_->places.insert(coming_->places.end(), found.begin(), found.end());
-    if (!isWhole(*coming_))
+    if (!coming_->isWhole())
       return;
     show(*std::exchange(coming_, std::nullopt));
     if (std::exchange(isOld_, false))
@@ -179,7 +180,7 @@ void TaskListModel::goOn() {
 }
 
 bool TaskListModel::canFetchMore(const QModelIndex& parent) const {
-  return !parent.isValid() && !isWhole(shown_);
+  return !parent.isValid() && !shown_.isWhole();
 }
 
 void TaskListModel::fetchMore(const QModelIndex& parent) {
@@ -192,10 +193,10 @@ void TaskListModel::fetchMore(const QModelIndex& parent) {
     shown_.places.insert(shown_.places.end(), found.begin(), found.end());
     if (choosingAll_)
       for (const unsigned int place : found)
-        chosen_.insert(shown_.uids[place]);
+        chosen_.insert(shown_.uidAt(place));
     endInsertRows();
   }
-  if (isWhole(shown_))
+  if (shown_.isWhole())
     dropLostChoices();
   choosingAll_ = choosingAll_ && isReading();
   if (!isReading())
@@ -208,8 +209,8 @@ void TaskListModel::dropLostChoices() {
     return;
   std::unordered_set<unsigned int> kept;
   for (const unsigned int place : shown_.places)
-    if (chosen_.contains(shown_.uids[place]))
-      kept.insert(shown_.uids[place]);
+    if (chosen_.contains(shown_.uidAt(place)))
+      kept.insert(shown_.uidAt(place));
   chosen_ = std::move(kept);
 }
 
@@ -218,19 +219,19 @@ void TaskListModel::dropLostChoices() {
 void TaskListModel::chooseNewRows(const Listing& listing) {
   std::unordered_set<unsigned int> before;
   for (const unsigned int place : shown_.places)
-    before.insert(shown_.uids[place]);
+    before.insert(shown_.uidAt(place));
   for (const unsigned int place : listing.places)
-    if (!before.contains(listing.uids[place]))
-      chosen_.insert(listing.uids[place]);
+    if (!before.contains(listing.uidAt(place)))
+      chosen_.insert(listing.uidAt(place));
 }
 
 unsigned int TaskListModel::uidAt(int row) const {
-  return shown_.uids[shown_.places[static_cast<std::size_t>(row)]];
+  return shown_.uidAt(shown_.places[static_cast<std::size_t>(row)]);
 }
 
 int TaskListModel::rowOf(unsigned int uid) const {
   const auto found = std::find_if(shown_.places.begin(), shown_.places.end(),
-                                  [&](unsigned int place) { return shown_.uids[place] == uid; });
+                                  [&](unsigned int place) { return shown_.uidAt(place) == uid; });
   return found == shown_.places.end() ? -1 : static_cast<int>(found - shown_.places.begin());
 }
 
@@ -246,7 +247,7 @@ void TaskListModel::setChosen(int row, bool chosen) {
 void TaskListModel::chooseAll() {
   choosingAll_ = isReading();
   for (const unsigned int place : shown_.places)
-    chosen_.insert(shown_.uids[place]);
+    chosen_.insert(shown_.uidAt(place));
   if (rowCount() > 0)
     Q_EMIT dataChanged(index(0), index(rowCount() - 1), {ChosenRole, Qt::CheckStateRole});
   Q_EMIT stateChanged();
@@ -268,8 +269,8 @@ void TaskListModel::chooseNone() {
 std::vector<unsigned int> TaskListModel::chosen() const {
   std::vector<unsigned int> uids;
   for (const unsigned int place : shown_.places)
-    if (chosen_.contains(shown_.uids[place]))
-      uids.push_back(shown_.uids[place]);
+    if (chosen_.contains(shown_.uidAt(place)))
+      uids.push_back(shown_.uidAt(place));
   return uids;
 }
 
@@ -300,13 +301,13 @@ QVariant TaskListModel::data(const QModelIndex& index, int role) const {
   case Qt::DisplayRole:
     return titleText(*task);
   case DueRole:
-    return isDate(due) ? dayText(due.date(), today_()) : QString();
+    return ulo::hasDate(due) ? dayText(due.date(), today_()) : QString();
   case OverdueRole:
     return isOverdue(*task, today_());
   case CategoryRole:
     return isNoCategory(category) ? QString() : categoryText(category);
   case CompletedRole:
-    return task->getStatus() == 0;
+    return ulo::isCompleted(*task);
   case PriorityRole:
     return task->getPriority();
   case Qt::AccessibleDescriptionRole:
@@ -326,12 +327,12 @@ const ZTASK_ENG_Task* TaskListModel::record(int row) const {
 
 // Where all places have rows, the neighbours will be looked at too.
 void TaskListModel::readRecords(unsigned int place) const {
-  Records page;
+  ulo::Records page;
   if (!filter_.isSet())
-    readPage(store_, shown_.uids, place - place % rowPage, rowPage, order_, page);
+    shown_.pages.read(store_, place - place % rowPage, rowPage, page);
   for (const ZTASK_ENG_Task& task : page)
     records_.insert(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID), new ZTASK_ENG_Task(task));
-  const unsigned int uid = shown_.uids[place];
+  const unsigned int uid = shown_.uidAt(place);
   ZTASK_ENG_Task task;
   if (!records_.contains(uid) && store_.getTask(uid, task) == TASK_ENG_OK)
     records_.insert(uid, new ZTASK_ENG_Task(task));

@@ -1,7 +1,7 @@
 // The rows of the task list.
 #pragma once
 
-#include "stored_tasks.h"
+#include "task_pages.h"
 
 #include <QAbstractListModel>
 #include <QCache>
@@ -44,19 +44,20 @@ public:
 
   TaskListModel(ZTASK_ENG_Model& store, std::function<QDate()> today, QObject* parent = nullptr);
 
-  // Each reads the list anew. Before and after it, signals of a reset.
-  void setOrder(const ListOrder& order);
+  // Each of these reads the list again and resets the model.
+  void setOrder(const ulo::ListOrder& order);
   void setFilter(const ListFilter& filter);
   void setHidden(std::unordered_set<unsigned int> uids);
 
   // Reads anew what the store has. With a filter the rows that are there stay until all is read.
   void refresh();
 
-  [[nodiscard]] const ListOrder& order() const { return order_; }
+  [[nodiscard]] const ulo::ListOrder& order() const { return order_; }
   [[nodiscard]] const ListFilter& filter() const { return filter_; }
-  // Whether rows may still come.
-  [[nodiscard]] bool isReading() const { return !isWhole(shown_) || coming_.has_value(); }
-  // What the store said to the last reading of the list. One that refuses ends the reading.
+  // Whether more rows may follow.
+  [[nodiscard]] bool isReading() const { return !shown_.isWhole() || coming_.has_value(); }
+  // The store's result for the last reading of the list. Unless it is TASK_ENG_OK, reading has
+  // ended.
   [[nodiscard]] int storeCode() const { return code_; }
 
   // Requires: a row of the model.
@@ -94,14 +95,13 @@ Q_SIGNALS:
 private:
   // A list of the store, and which of its places have a row.
   struct Listing {
-    Uids uids;
-    std::vector<unsigned int> places;
-    unsigned int read = 0;  // places that the filter has seen
+    ulo::TaskPages pages;              // read up to where the filter has been applied
+    std::vector<unsigned int> places;  // that have a row
+
+    [[nodiscard]] unsigned int uidAt(unsigned int place) const { return pages.uids()[place]; }
+    [[nodiscard]] bool isWhole() const { return pages.isAtEnd(); }
   };
 
-  [[nodiscard]] static bool isWhole(const Listing& listing) {
-    return listing.read >= listing.uids.count();
-  }
   Listing begin();
   std::vector<unsigned int> readSlice(Listing& listing);
   void start();
@@ -116,7 +116,7 @@ private:
 
   ZTASK_ENG_Model& store_;
   std::function<QDate()> today_;
-  ListOrder order_;
+  ulo::ListOrder order_;
   ListFilter filter_;
   std::unordered_set<unsigned int> hidden_;
   std::unordered_set<unsigned int> chosen_;

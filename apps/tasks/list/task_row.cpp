@@ -72,9 +72,11 @@ void paintLine(QPainter* painter, const QStyleOptionViewItem& option, const QRec
 }  // namespace
 
 TaskRow::TaskRow(QObject* parent)
-    : QStyledItemDelegate(parent), icons_{stateIcon("complete"), stateIcon("incomplete"),
-                                          stateIcon("hi_pri"), stateIcon("normal_pri"),
-                                          stateIcon("lo_pri")} {}
+    : QStyledItemDelegate(parent), completed_(stateIcon(ulo::shownState(true))),
+      incomplete_(stateIcon(ulo::shownState(false))) {
+  for (const ulo::PriorityEntry& entry : ulo::priorities)
+    priorities_[entry.priority] = stateIcon(entry.shown);
+}
 
 QRect TaskRow::statusZone(const QWidget* widget, const QRect& row) {
   QRect room = row;
@@ -88,12 +90,6 @@ int TaskRow::heightOf(const QWidget* widget) {
 
 QSize TaskRow::sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const {
   return {0, heightOf(option.widget)};
-}
-
-const QPixmap& TaskRow::priorityIcon(int priority) const {
-  if (priority == 1)
-    return icons_.high;
-  return priority == 9 ? icons_.low : icons_.normal;
 }
 
 void TaskRow::paint(QPainter* painter, const QStyleOptionViewItem& option,
@@ -119,12 +115,11 @@ void TaskRow::paint(QPainter* painter, const QStyleOptionViewItem& option,
     paintMark(painter, option, status, chosen);
   else
     paintIcon(painter, status,
-              index.data(TaskListModel::CompletedRole).toBool() ? icons_.complete
-                                                                : icons_.incomplete);
-  // A task that is gone has no priority.
+              index.data(TaskListModel::CompletedRole).toBool() ? completed_ : incomplete_);
+  // A row without a task has no priority.
   if (const QVariant priority = index.data(TaskListModel::PriorityRole); priority.isValid())
     paintIcon(painter, takeEnd(room, ulo::iconSize(option.widget) + 2 * gap, option.direction),
-              priorityIcon(priority.toInt()));
+              priorities_.at(static_cast<ulo::Priority>(priority.toInt())));
   paintTexts(painter, option, index, room);
   painter->restore();
 }

@@ -1,6 +1,8 @@
 // How a row of the task list looks.
 #pragma once
 
+#include "task_words.h"
+
 #include <QPixmap>
 #include <QStyledItemDelegate>
 
@@ -27,14 +29,12 @@ public:
                                const QModelIndex& index) const override;
 
 private:
-  struct Icons {
-    QPixmap complete, incomplete, high, normal, low;
-  };
   void paintTexts(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index,
                   const QRect& room) const;
-  [[nodiscard]] const QPixmap& priorityIcon(int priority) const;
 
-  Icons icons_;
+  QPixmap completed_;
+  QPixmap incomplete_;
+  std::map<ulo::Priority, QPixmap> priorities_;
   bool choosing_ = false;
 };
 

@@ -25,8 +25,10 @@ using View = TASK_UI_View;
 // In the order that the detail view takes them.
 QValueList<QPixmap> stateIcons() {
   QValueList<QPixmap> icons;
-  for (const char* name : {"complete", "incomplete", "hi_pri", "normal_pri", "lo_pri"})
-    icons.append(stateIcon(name));
+  for (const ulo::StateEntry& entry : ulo::states)
+    icons.append(stateIcon(entry.shown));
+  for (const ulo::PriorityEntry& entry : ulo::priorities)
+    icons.append(stateIcon(entry.shown));
   return icons;
 }
 
@@ -40,8 +42,9 @@ bool areAlike(const ZTASK_ENG_Task& left, const ZTASK_ENG_Task& right) {
     return left.getString(text) == right.getString(text);
   };
   return isSame(ZTASK_ENG_Task::TASK_FIELD_SUMMARY) && isSame(ZTASK_ENG_Task::TASK_FIELD_NOTE) &&
-         isSame(ZTASK_ENG_Task::TASK_FIELD_CATEGORY) && left.getStatus() == right.getStatus() &&
-         left.getPriority() == right.getPriority() &&
+         isSame(ZTASK_ENG_Task::TASK_FIELD_CATEGORY) &&
+         ulo::isCompleted(left) == ulo::isCompleted(right) &&
+         ulo::priorityOf(left) == ulo::priorityOf(right) &&
          left.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE) ==
              right.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE);
 }

@@ -101,7 +101,27 @@ TEST_F(DateDialogs, AnUnchangedAlarmStaysTheSameMomentInANightOfTwoHours) {
   }
 }
 
-TEST_F(DateDialogs, WithoutADateItBeginsNow) {
+TEST_F(DateDialogs, OfferDaysThatUsersCanEnter) {
+  using Days = std::pair<QDate, QDate>;
+  const auto offered = [this](const QDate& start) {
+    Days days;
+    answer(Kind::day, start.startOfDay(), [&](DateDialog& dialog) {
+      const auto* calendar = dialog.findChild<QCalendarWidget*>();
+      days = {calendar->minimumDate(), calendar->maximumDate()};
+      EXPECT_EQ(calendar->selectedDate(), start);
+      dialog.reject();
+    });
+    return days;
+  };
+  const QDate earliest(1970, 1, 2);
+  const QDate latest(2038, 1, 17);
+  EXPECT_EQ(offered({2027, 3, 5}), Days(earliest, latest));
+  // Stored by other programs.
+  EXPECT_EQ(offered({1950, 3, 5}), Days(QDate(1950, 3, 5), latest));
+  EXPECT_EQ(offered({2050, 3, 5}), Days(earliest, QDate(2050, 3, 5)));
+}
+
+TEST_F(DateDialogs, StartNowWithoutDate) {
   const QDateTime before = QDateTime::currentDateTime();
   const auto day = answer(Kind::day, std::nullopt, pressing({Qt::Key_F1}));
   const auto time = answer(Kind::dayAndTime, std::nullopt, pressing({Qt::Key_F1}));

@@ -59,7 +59,7 @@ TEST_F(Drafts, ANewTaskIsToBeDoneAndHasARevision) {
 
 TEST_F(Drafts, ANewTaskThatIsDoneEndsNow) {
   TaskDraft draft;
-  draft.setStatus(0);
+  draft.setStatus(ulo::Status::completed);
   const qint64 before = QDateTime::currentSecsSinceEpoch();
   expectSaved(draft);
   const Task task = stored(uidOf(draft));
@@ -74,8 +74,8 @@ TEST_F(Drafts, NothingIsStoredWithoutAChange) {
   fresh.setSummary("");
   fresh.setNote("");
   fresh.setCategory("none");
-  fresh.setPriority(5);
-  fresh.setStatus(1);
+  fresh.setPriority(ulo::Priority::normal);
+  fresh.setStatus(ulo::Status::needsAction);
   fresh.setDue({});
   fresh.setAlarm({});
   EXPECT_FALSE(fresh.isChanged());
@@ -95,8 +95,8 @@ TEST_F(Drafts, EachFieldIsStored) {
   draft.setNote("note");
   draft.setDue(QDate(2027, 3, 5));
   draft.setAlarm(noon(4));
-  draft.setStatus(0);
-  draft.setPriority(9);
+  draft.setStatus(ulo::Status::completed);
+  draft.setPriority(ulo::Priority::low);
   draft.setCategory("Garden");
   expectSaved(draft);
   const Task task = stored(uidOf(draft));
@@ -127,8 +127,10 @@ TEST_F(Drafts, EachFieldAloneIsAChangeUntilItIsSetBack) {
   expectChange([](D& d) { d.setDue(QDate(2027, 3, 6)); },
                [](D& d) { d.setDue(QDate(2027, 3, 5)); });
   expectChange([](D& d) { d.setAlarm(noon(5)); }, [](D& d) { d.setAlarm({}); });
-  expectChange([](D& d) { d.setStatus(0); }, [](D& d) { d.setStatus(1); });
-  expectChange([](D& d) { d.setPriority(5); }, [](D& d) { d.setPriority(1); });
+  expectChange([](D& d) { d.setStatus(ulo::Status::completed); },
+               [](D& d) { d.setStatus(ulo::Status::needsAction); });
+  expectChange([](D& d) { d.setPriority(ulo::Priority::normal); },
+               [](D& d) { d.setPriority(ulo::Priority::high); });
   expectChange([](D& d) { d.setCategory("b"); }, [](D& d) { d.setCategory("None"); });
 }
 
@@ -216,7 +218,7 @@ TEST_F(Drafts, ATaskThatWasRemovedIsStoredAnew) {
   TaskDraft draft = edit(task.getUINT32(Task::TASK_FIELD_UID));
   ASSERT_EQ(store_.removeTask(task.getUINT32(Task::TASK_FIELD_UID)), ok);
   draft.setSummary("b");
-  draft.setStatus(0);
+  draft.setStatus(ulo::Status::completed);
   expectSaved(draft);
   const Task after = stored(uidOf(draft));
   EXPECT_EQ(after.getString(Task::TASK_FIELD_SUMMARY), "b");

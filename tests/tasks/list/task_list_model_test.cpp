@@ -7,9 +7,9 @@
 #include <QSignalSpy>
 
 using tasks::ListFilter;
-using tasks::ListOrder;
 using tasks::TaskListModel;
 using testing::ElementsAre;
+using ulo::ListOrder;
 
 namespace {
 

@@ -29,7 +29,7 @@ void letSettle(std::chrono::milliseconds time = 3 * StoreChanges::longest) {
 class StoreChangesTest : public Tasks {
 protected:
   void readEverything() {
-    tasks::Uids uids;
+    QValueList<unsigned int> uids;
     EXPECT_EQ(
         store_.getAllIDs(uids, ZTASK_ENG_Model::TASK_CATEGORY_ALL, ZTASK_ENG_Model::TASK_SORT_DUE),
         ok);
@@ -126,13 +126,13 @@ TEST_F(StoreThatIsClosed, IsNotChangedByOpeningIt) {
   const QSignalSpy heard(&changes, &StoreChanges::changed);
   ulo::DirectoryWatch files(directory_.path().string(), "tasks.db");
   for (int i = 0; i < 3; ++i) {
-    tasks::Uids uids;
+    QValueList<unsigned int> uids;
     EXPECT_EQ(ZTASK_ENG_Model().getAllIDs(uids), ok);
   }
   EXPECT_TRUE(files.sawChange());
   letSettle();
   EXPECT_EQ(heard.count(), 0);
-  tasks::Uids uids;
+  QValueList<unsigned int> uids;
   ZTASK_ENG_Model open;
   EXPECT_EQ(open.getAllIDs(uids), ok);
   letSettle();
