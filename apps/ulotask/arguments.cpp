@@ -43,7 +43,7 @@ unsigned int argumentUid(const std::string& argument) {
   const char* end = argument.data() + argument.size();
   const auto [stop, error] = std::from_chars(argument.data(), end, uid);
   if (error != std::errc() || stop != end)
-    throw Failure(Exit::usage, "\"" + argument + "\" is no UID");
+    throw Failure(Exit::usage, "\"" + argument + "\" is not a valid UID");
   return uid;
 }
 
@@ -87,7 +87,7 @@ ulo::Status argumentStatus(const std::string& word) {
       return ulo::statuses[i].status;
     known += (i == 0 ? "" : ", ") + arguments[i];
   }
-  throw Failure(Exit::usage, "--status: \"" + word + "\" is none of " + known);
+  throw Failure(Exit::usage, "--status: \"" + word + "\" is not one of " + known);
 }
 
 int argumentPriority(const std::string& text) {

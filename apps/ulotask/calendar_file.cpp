@@ -2,6 +2,7 @@
 
 #include "ZVtodoParser.h"
 #include "arguments.h"
+#include "descriptor.h"
 #include "exit_codes.h"
 #include "scratch_directory.h"
 #include "store_files.h"
@@ -23,23 +24,10 @@ namespace {
 
 constexpr const char* standardInput = "-";
 
-// An open file, closed with the object. Standard input stays open.
-class Descriptor {
-public:
-  explicit Descriptor(const std::string& name)
-      : number_(name == standardInput ? STDIN_FILENO : ::open(name.c_str(), O_RDONLY | O_CLOEXEC)) {
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor() {
-    if (number_ > STDIN_FILENO)
-      ::close(number_);
-  }
-  [[nodiscard]] int number() const { return number_; }
-
-private:
-  int number_;
-};
+ulo::Descriptor openFile(const std::string& name) {
+  return ulo::Descriptor(name == standardInput ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
+                                               : ::open(name.c_str(), O_RDONLY | O_CLOEXEC));
+}
 
 // What to say of a text that nothing can be read from.
 struct Refusal {
@@ -48,15 +36,15 @@ struct Refusal {
   const char* reason;
 };
 constexpr Refusal refusals[] = {
-    {ulo::TextProblem::unreadable, Exit::unreadable, "can't be read"},
-    {ulo::TextProblem::notCalendar, Exit::notCalendar, "is no vCalendar"},
-    {ulo::TextProblem::noTodo, Exit::noTodo, "holds no to-do"},
-    {ulo::TextProblem::truncated, Exit::incomplete, "is cut off in the middle"},
-    {ulo::TextProblem::malformed, Exit::malformed, "is not well formed"},
+    {ulo::TextProblem::unreadable, Exit::unreadable, ": cannot be read"},
+    {ulo::TextProblem::notCalendar, Exit::notCalendar, ": not a vCalendar file"},
+    {ulo::TextProblem::noTodo, Exit::noTodo, ": holds no to-do"},
+    {ulo::TextProblem::truncated, Exit::incomplete, ": truncated"},
+    {ulo::TextProblem::malformed, Exit::malformed, ": not well formed"},
 };
 
 Failure unreadable(const std::string& name) {
-  return {Exit::unreadable, shownName(name) + " can't be read: " + std::strerror(errno)};
+  return {Exit::unreadable, shownName(name) + ": cannot be read: " + std::strerror(errno)};
 }
 
 }  // namespace
@@ -66,15 +54,15 @@ std::string shownName(const std::string& name) {
 }
 
 std::string readFile(const std::string& name, std::size_t limit) {
-  const Descriptor file(name);
-  if (file.number() < 0)
+  const ulo::Descriptor file = openFile(name);
+  if (!file.isOpen())
     throw unreadable(name);
   constexpr std::size_t chunk = 65536;
   std::string bytes;
   while (true) {
     const std::size_t before = bytes.size();
     bytes.resize(before + chunk);
-    const ssize_t count = ::read(file.number(), bytes.data() + before, chunk);
+    const ssize_t count = ::read(file.get(), bytes.data() + before, chunk);
     bytes.resize(before + static_cast<std::size_t>(count > 0 ? count : 0));
     if (count < 0 && errno != EINTR)
       throw unreadable(name);
@@ -82,15 +70,15 @@ std::string readFile(const std::string& name, std::size_t limit) {
       return bytes;
     if (bytes.size() > limit)
       throw Failure(Exit::tooLarge,
-                    shownName(name) + " is larger than " + std::to_string(limit) + " bytes");
+                    shownName(name) + ": larger than " + std::to_string(limit) + " bytes");
   }
 }
 
 std::vector<std::string> readCalendar(const std::string& name, QList<ZTASK_ENG_Task>& tasks) {
   std::string text = readFile(name, largestCalendar);
   if (text.empty())
-    throw Failure(Exit::notCalendar, shownName(name) + " is empty");
-  // The reader takes a zero-terminated text.
+    throw Failure(Exit::notCalendar, shownName(name) + ": empty");
+  // The reader expects a zero-terminated text.
   text.resize(std::min(text.size(), text.find('\0')));
 
   const ulo::TextReport report = ulo::examineText(text);
@@ -98,16 +86,15 @@ std::vector<std::string> readCalendar(const std::string& name, QList<ZTASK_ENG_T
     if (refusal.problem == report.problem) {
       const std::string place =
           report.line > 0 ? " (line " + std::to_string(report.line) + ")" : "";
-      throw Failure(refusal.code, shownName(name) + " " + refusal.reason + place);
+      throw Failure(refusal.code, shownName(name) + refusal.reason + place);
     }
   }
   ZVtodoParser().readVtodo(QCString(text.c_str()), tasks);
   if (tasks.count() != report.todos) {
     const std::size_t read = tasks.count();
     tasks.clear();
-    throw Failure(Exit::failed, shownName(name) + ": only " + std::to_string(read) + " of " +
-                                    counted(report.todos, "to-do") +
-                                    " can be read; the log says why");
+    throw Failure(Exit::failed, shownName(name) + ": could read only " + std::to_string(read) +
+                                    " of " + counted(report.todos, "to-do") + "; the log says why");
   }
   std::vector<std::string> notices;
   for (const ulo::LargeProperty& property : report.tooLarge)
@@ -120,14 +107,14 @@ std::vector<std::string> readCalendar(const std::string& name, QList<ZTASK_ENG_T
 std::string calendarText(QList<ZTASK_ENG_Task>& tasks) {
   const ScratchDirectory directory;
   if (directory.path().empty())
-    throw Failure(Exit::notWritten, "no temporary directory can be made: " + directory.error());
+    throw Failure(Exit::notWritten, "cannot create a temporary directory: " + directory.error());
   const QString name = QFile::decodeName((directory.path() + "/tasks.vcs").c_str());
   ZVtodoParser().writeVtodo(name, tasks);
   QFile file(name);
   const QByteArray text = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
   // The writer gives no result; a whole text ends like this.
   if (!text.trimmed().endsWith("END:VCALENDAR"))
-    throw Failure(Exit::notWritten, "the tasks can't be written as a vCalendar text; the log says "
+    throw Failure(Exit::notWritten, "the tasks cannot be written as a vCalendar text; the log says "
                                     "why");
   return text.toStdString();
 }

@@ -55,8 +55,7 @@ bool ChangeWatch::wait(int other) {
       // Taken, or it would end the process when this object lets it through again.
       signalfd_siginfo taken{};
       if (read(signals_, &taken, sizeof taken) < 0)
-        throw Failure(Exit::failed,
-                      std::string("a signal can't be taken: ") + std::strerror(errno));
+        throw Failure(Exit::failed, std::string("a signal can't be read: ") + std::strerror(errno));
       return false;
     }
     if (ready > 0 && awaited[2].revents != 0)

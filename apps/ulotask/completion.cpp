@@ -4,7 +4,7 @@
 #include "exit_codes.h"
 #include "listing.h"
 #include "session.h"
-#include "task_format.h"
+#include "task_words.h"
 #include "text.h"
 
 #include <CLI/CLI.hpp>

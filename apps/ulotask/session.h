@@ -34,8 +34,11 @@ private:
   std::unique_ptr<ZTASK_ENG_Model> store_;
 };
 
-// Why the database failed, for the end of a message. It is in the message because the log may be on
-// the same full disk.
+// The failure of a verb that needs the task with this UID.
+Failure noTask(unsigned int uid);
+
+// The reason for which the database failed, for the end of a message. Messages include it because
+// the log may be on the same full disk.
 std::string databaseReason();
 
 // Why the store can't be opened, and which verb may help.

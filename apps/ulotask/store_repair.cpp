@@ -165,7 +165,7 @@ std::string compareJournal(ulo::ChangeJournal& journal, const std::set<unsigned 
     difference = counted(missing, "task") + " of its last entries not in the store";
   if (left > 0)
     difference += (difference.empty() ? "" : ", ") + counted(left, "task") +
-                  " that it tells removed still in the store";
+                  " removed by its last entries still in the store";
   return difference;
 }
 

@@ -82,10 +82,6 @@ void add(Session& session, const TaskOptions& options) {
   print(session, "Added ", task, options.json);
 }
 
-Failure noTask(unsigned int uid) {
-  return {Exit::notFound, "no task has the UID " + std::to_string(uid)};
-}
-
 // Returns the task as it was stored.
 ZTASK_ENG_Task change(Session& session, unsigned int uid,
                       const std::function<void(ZTASK_ENG_Task&)>& work) {
@@ -117,7 +113,7 @@ void edit(Session& session, const std::string& uid, const TaskOptions& options) 
     if (options.category)
       require(ulo::ensureCategory(session.store(),
                                   stored.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY)),
-              "making the category");
+              "adding the category");
   });
   print(session, "Changed ", task, options.json);
 }
@@ -142,8 +138,7 @@ void addTaskOptions(Verb& verb, TaskOptions& options) {
   verb.option("--priority", options.priority,
               "1 (highest) to 9 (lowest), 0 for none, or high, normal, low")
       .valueName("PRIORITY");
-  verb.option("--category", options.category,
-              "Name of a category, made when missing; \"\" for none")
+  verb.option("--category", options.category, "Name of a category, added if missing; \"\" for none")
       .valueName("CATEGORY");
   verb.option("--note", options.note, "The text of the task");
 }
@@ -172,13 +167,13 @@ void addEdit(Verb& program, Session& session) {
               "A status word, such as completed, needs-action, accepted or delegated")
       .valueName("STATUS");
   verb.flag("--json", options->json, "Print the stored task as a JSON object");
-  verb.footer("What isn't given stays as it is, but for the time of the change. The end follows "
-              "the\nstatus: a task that becomes completed gets it, one that needs action loses "
-              "it.\n"
-              "Examples:\n"
-              "  ulotask edit 7 --due \"2026-03-06 09:00\" --priority high\n"
-              "  ulotask edit 7 --due none --category \"\" --note \"\"\n"
-              "  ulotask edit 7 --status delegated");
+  verb.footer(
+      "Other fields stay unchanged, except for the time of the change. The end follows the\n"
+      "status: it is set if the task becomes completed and removed if it needs action.\n"
+      "Examples:\n"
+      "  ulotask edit 7 --due \"2026-03-06 09:00\" --priority high\n"
+      "  ulotask edit 7 --due none --category \"\" --note \"\"\n"
+      "  ulotask edit 7 --status delegated");
   verb.run([uid, options, &session] { edit(session, *uid, *options); });
 }
 

@@ -146,8 +146,8 @@ void addExchangeVerbs(Verb& program, Session& session) {
   verb.option("FILE", importOptions->files, "A vCalendar file, or - for standard input").required();
   verb.flag("--json", importOptions->json, "Print the stored tasks as a JSON array");
   verb.footer(
-      "Stores all to-dos of all files, or none: nothing is stored if a file is wrong, the store\n"
-      "gets full, or the program is stopped.\n"
+      "Stores all to-dos of all files, or none: nothing is stored if a file is invalid, the store\n"
+      "becomes full, or the program is stopped.\n"
       "Examples:\n"
       "  ulotask import phone.vcs\n"
       "  ulotask import - < phone.vcs");
@@ -155,11 +155,11 @@ void addExchangeVerbs(Verb& program, Session& session) {
 
   verb = program.addVerb("export", "Write tasks as a vCalendar 1.0 text");
   auto exportOptions = std::make_shared<ExportOptions>();
-  verb.option("UID", exportOptions->uids, "Numbers of tasks; all tasks without one");
+  verb.option("UID", exportOptions->uids, "Numbers of tasks; default: all tasks");
   verb.option("-o,--output", exportOptions->file, "The file to write; - is standard output")
       .valueName("FILE")
       .showDefault();
-  verb.footer("The text carries no UID, and its category isn't read back by import.\n"
+  verb.footer("The text contains no UID, and import does not read its category.\n"
               "Examples:\n"
               "  ulotask export -o tasks.vcs\n"
               "  ulotask export 7 8 > two.vcs");

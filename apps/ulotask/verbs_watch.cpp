@@ -45,7 +45,7 @@ void watch(Session& session, const WatchOptions& options) {
   ChangeWatch files(directory, ulo::ChangeJournal::fileName);
   BroadcastListener listener(options.channels);
   if (!listener.isConnected())
-    output.notice("there is no session bus, no broadcast will be seen");
+    output.notice("there is no session bus; broadcasts will not be shown");
   do {
     printNewEntries(output, journal, entry, options.json);
     for (const Broadcast& broadcast : listener.take())
@@ -61,8 +61,8 @@ void addWatchVerb(Verb& program, Session& session) {
       program.addVerb("watch", "Show broadcasts and changes as they happen, until interrupted");
   auto options = std::make_shared<WatchOptions>();
   verb.option("--channel", options->channels, "Listen on this channel instead").showDefault();
-  verb.flag("--json", options->json, "Print JSON objects, one to a line");
-  verb.footer("A line has the number of a journal entry, or the word broadcast, in front.\n"
+  verb.flag("--json", options->json, "Print JSON objects, one per line");
+  verb.footer("Each line begins with the number of a journal entry, or with the word broadcast.\n"
               "Example:\n"
               "  ulotask watch");
   verb.run([options, &session] { watch(session, *options); });

@@ -43,8 +43,8 @@ TEST_F(Category, AddAddsEachOnce) {
   const Outcome run = ulotask({"category", "add", "garden", "party", "Party"});
   EXPECT_EQ(run.code, 15);
   EXPECT_EQ(run.out, "Added category \"Party\"\n");
-  EXPECT_EQ(run.err, "ulotask: there is a category \"garden\" already\n"
-                     "ulotask: there is a category \"party\" already\n");
+  EXPECT_EQ(run.err, "ulotask: the category \"garden\" exists already\n"
+                     "ulotask: the category \"party\" exists already\n");
   EXPECT_EQ(succeed({"category", "list", "--json"}).array().size(), 8);
 }
 
@@ -63,11 +63,11 @@ TEST_F(Category, RenameAnswersForNamesThatDoNotFit) {
   EXPECT_EQ(unknown.err, "ulotask: no category has the name \"nowhere\"\n");
   const Outcome taken = ulotask({"category", "rename", "party", "Meeting"});
   EXPECT_EQ(taken.code, 15);
-  EXPECT_EQ(taken.err, "ulotask: there is a category \"meeting\" already\n");
+  EXPECT_EQ(taken.err, "ulotask: the category \"meeting\" exists already\n");
   const Outcome capital = ulotask({"category", "rename", "Garden", "yard"});
   EXPECT_EQ(capital.code, 2);
-  EXPECT_EQ(capital.err, "ulotask: the category \"Garden\" can't be renamed: the store renames "
-                         "names in lower case only\n");
+  EXPECT_EQ(capital.err, "ulotask: the category \"Garden\" cannot be renamed: the store renames "
+                         "only names in lower case\n");
   EXPECT_THAT(succeed({"category", "list"}).out, HasSubstr("party\n    0  Garden\n"));
 }
 
@@ -84,7 +84,7 @@ TEST_F(Category, RemoveLeavesTheTasksAndSaysSo) {
             "Removed category \"garden\"; now of category None: 2 tasks\n"
             "Removed category \"party\"\n");
   EXPECT_EQ(categoryOf("1"), "None");
-  EXPECT_THAT(succeed({"category", "rm", "--help"}).out, HasSubstr("read as of category None"));
+  EXPECT_THAT(succeed({"category", "rm", "--help"}).out, HasSubstr("shown with the category None"));
 }
 
 TEST_F(Category, RemoveCanTakeTheTasksAlong) {

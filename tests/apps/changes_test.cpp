@@ -71,7 +71,7 @@ TEST_F(Changes, SaysWhatThePrunedJournalDoesNotTell) {
   forgetEntriesTo(2);
   const Outcome run = ulotask({"changes", "--since", "1"});
   EXPECT_EQ(run.code, 0);
-  EXPECT_EQ(run.err, "ulotask: the journal doesn't tell everything that happened after entry 1: "
+  EXPECT_EQ(run.err, "ulotask: the journal does not have all changes after entry 1: "
                      "compare all tasks\n");
   EXPECT_THAT(run.out, testing::StartsWith("     3  "));
   // Nothing after entry 2 is missing.
@@ -119,7 +119,7 @@ TEST_F(Changes, TellsJournalsApartByTheirGeneration) {
   EXPECT_NE(generation(), first);
   const Outcome run = ulotask({"changes", "--since", "4", "--generation", first, "--net"});
   EXPECT_EQ(run.code, 0);
-  EXPECT_EQ(run.err, "ulotask: the journal doesn't tell everything that happened after entry 4: "
+  EXPECT_EQ(run.err, "ulotask: the journal does not have all changes after entry 4: "
                      "compare all tasks\n");
 }
 

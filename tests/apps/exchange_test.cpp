@@ -19,7 +19,7 @@ protected:
     const Outcome run = ulotask({"import", name});
     EXPECT_EQ(run.code, code) << run.err;
     EXPECT_EQ(run.out, "");
-    EXPECT_THAT(run.err, testing::StartsWith("ulotask: " + name + " "));
+    EXPECT_THAT(run.err, testing::StartsWith("ulotask: " + name + ": "));
     EXPECT_THAT(run.err, HasSubstr(reason));
     EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
     EXPECT_EQ(succeed({"list"}).out, "No tasks.\n");
@@ -157,7 +157,7 @@ TEST_F(Import, RefusesAFileThatIsNotThere) {
   const Outcome run = ulotask({"import", path("none.vcs")});
   EXPECT_EQ(run.code, 4);
   EXPECT_EQ(run.err,
-            "ulotask: " + path("none.vcs") + " can't be read: No such file or directory\n");
+            "ulotask: " + path("none.vcs") + ": cannot be read: No such file or directory\n");
 }
 
 TEST_F(Import, RefusesADirectory) {
@@ -166,14 +166,14 @@ TEST_F(Import, RefusesADirectory) {
   EXPECT_THAT(run.err, HasSubstr("Is a directory"));
 }
 
-TEST_F(Import, RefusesWhatIsNoCalendar) {
-  expectRefused("", 5, "is empty");
-  expectRefused("Dear reader,\nthis is a letter.\n", 5, "is no vCalendar");
-  expectRefused("BEGIN:VCARD\r\nVERSION:2.1\r\nN:Doe\r\nEND:VCARD\r\n", 5, "is no vCalendar");
+TEST_F(Import, RejectsOtherFiles) {
+  expectRefused("", 5, "empty");
+  expectRefused("Dear reader,\nthis is a letter.\n", 5, "not a vCalendar file");
+  expectRefused("BEGIN:VCARD\r\nVERSION:2.1\r\nN:Doe\r\nEND:VCARD\r\n", 5, "not a vCalendar file");
   expectRefused(std::string("\x7f"
                             "ELF\0\0\0\1",
                             8),
-                5, "is no vCalendar");
+                5, "not a vCalendar file");
 }
 
 TEST_F(Import, RefusesACalendarWithoutATodo) {
@@ -187,22 +187,22 @@ TEST_F(Import, RefusesACalendarThatIsCutAnywhere) {
   // The line end behind the last word may be missing.
   const std::size_t lastWord = whole.size() - 2;
   for (std::size_t length = afterFirstLine; length < lastWord; length += 7)
-    expectRefused(whole.substr(0, length), 7, "is cut off");
-  expectRefused(whole.substr(0, lastWord - 1), 7, "is cut off");
+    expectRefused(whole.substr(0, length), 7, "truncated");
+  expectRefused(whole.substr(0, lastWord - 1), 7, "truncated");
 }
 
 TEST_F(Import, RefusesComponentsTooDeepInOneAnother) {
   std::string nested;
   for (int i = 0; i < 100; ++i)
     nested = todo(nested);
-  expectRefused(calendar(nested), 14, "is not well formed");
+  expectRefused(calendar(nested), 14, "not well formed");
 }
 
 TEST_F(Import, RefusesACalendarThatAZeroByteCuts) {
   std::string text = calendar(milk);
   text[60] = '\0';
-  expectRefused(text, 7, "is cut off");
-  // Behind the calendar it is padding.
+  expectRefused(text, 7, "truncated");
+  // After the calendar it is padding.
   succeed({"import", "-"}, calendar(milk) + std::string(100, '\0'));
 }
 
@@ -213,9 +213,9 @@ TEST_F(Import, RefusesNoise) {
     state = state * 1664525U + 1013904223U;
     c = static_cast<char>(state >> 24U);
   }
-  expectRefused(noise, 8, "is larger than");
+  expectRefused(noise, 8, "larger than");
   noise.resize(1'000'000);
-  expectRefused(noise, 5, "is no vCalendar");
+  expectRefused(noise, 5, "not a vCalendar file");
 }
 
 TEST_F(Import, StoresNothingWhenOneOfSeveralFilesIsWrong) {

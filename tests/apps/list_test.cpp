@@ -150,7 +150,7 @@ TEST_F(Show, TakesDecimalUidsOnly) {
   for (const char* text : {"x", "-1", "0x10", "1.5", "", " 1", "1 ", "4294967296", "+1"}) {
     const Outcome run = ulotask({"show", "--", text});
     EXPECT_EQ(run.code, 2) << text;
-    EXPECT_THAT(run.err, HasSubstr("is no UID")) << text;
+    EXPECT_THAT(run.err, HasSubstr("is not a valid UID")) << text;
   }
   EXPECT_EQ(ulotask({"show", "4294967295"}).code, 3);
   // Not octal.

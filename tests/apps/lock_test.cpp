@@ -133,7 +133,7 @@ TEST_F(Lock, ADamagedOneIsNeitherChangedNorCleared) {
 }
 
 TEST_F(Lock, OffersItsVerbs) {
-  EXPECT_EQ(succeed({"__complete", "lock", ""}).out, "set\tSet the lock, or give it another code\n"
+  EXPECT_EQ(succeed({"__complete", "lock", ""}).out, "set\tSet the lock, or change its code\n"
                                                      "clear\tRemove the lock\n"
                                                      "status\tShow whether the lock is set\n");
 }

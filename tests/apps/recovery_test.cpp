@@ -195,7 +195,7 @@ TEST_F(Recovery, CheckComparesTheJournalWithTheStore) {
   const Outcome run = ulotask({"db", "check"});
   EXPECT_EQ(run.code, 11) << run.out;
   EXPECT_THAT(run.out, HasSubstr("change journal: 1 task of its last entries not in the store, 1 "
-                                 "task that it tells removed still in the store\n"));
+                                 "task removed by its last entries still in the store\n"));
 }
 
 TEST_F(Recovery, CheckTellsOfFilesThatOthersMayRead) {

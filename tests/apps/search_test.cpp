@@ -70,9 +70,9 @@ TEST_F(Search, ATaskHasToMatchAllThatIsGiven) {
 
 TEST_F(Search, RefusesWhatMakesNoSense) {
   const std::vector<std::pair<Arguments, const char*>> wrong = {
-      {{"search"}, "search for what?"},
-      {{"search", "--json"}, "search for what?"},
-      {{"search", "--status", "lost"}, "\"lost\" is none of completed, needs-action, accepted"},
+      {{"search"}, "nothing to search for;"},
+      {{"search", "--json"}, "nothing to search for;"},
+      {{"search", "--status", "lost"}, "\"lost\" is not one of completed, needs-action, accepted"},
       {{"search", "--priority", "0"}, "--priority"},
       {{"search", "--priority", "10"}, "--priority"},
       {{"search", "--priority", "high"}, "--priority"},

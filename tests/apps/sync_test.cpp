@@ -68,7 +68,7 @@ TEST_F(Sync, TakesItemsUpToALimit) {
   EXPECT_EQ(succeed({"sync-item", "put"}, item).out, "1\n");
   const Outcome run = ulotask({"sync-item", "put"}, item + '\n');
   EXPECT_EQ(run.code, 8);
-  EXPECT_EQ(run.err, "ulotask: the item is larger than 16777216 bytes\n");
+  EXPECT_EQ(run.err, "ulotask: standard input: larger than 16777216 bytes\n");
 }
 
 TEST_F(Sync, AFullStoreIsTold) {
@@ -145,7 +145,7 @@ TEST_F(Sync, WithoutABusChangesAreSeenAllTheSame) {
   begin(process, watching);
   EXPECT_EQ(watching.endBy(SIGTERM), 0);
   EXPECT_EQ(process.readAllStandardError().toStdString(),
-            "ulotask: there is no session bus, no broadcast will be seen\n");
+            "ulotask: there is no session bus; broadcasts will not be shown\n");
   const Outcome put = ulotask({"sync-item", "put"}, calendar(todo("SUMMARY:Milk\r\n")));
   EXPECT_EQ(put.code, 0);
   EXPECT_EQ(put.err, "");
