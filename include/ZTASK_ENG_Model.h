@@ -87,7 +87,7 @@ public:
   // TASK_ENG_MEMORY_FULL; TASK_ENG_NOT_FOUND when the task, or a category of that name, does not
   // exist.
   int updateTask(ZTASK_ENG_Task& task);
-  // TASK_ENG_MEMORY_FULL, TASK_ENG_NOT_FOUND.
+  // TASK_ENG_NOT_FOUND; TASK_ENG_MEMORY_FULL only if memory was short, not if the store is full.
   int removeTask(unsigned int uid);
   // Removes tasks one by one until one can't be: TASK_ENG_DATABASE_FAILURE, whatever the reason,
   // and those before it stay removed. TASK_ENG_BAD_PARAMETER for an empty list.
@@ -104,8 +104,9 @@ public:
   // there may be none. Their tasks stay theirs. TASK_ENG_MEMORY_FULL.
   int renameCategory(QString& oldName, QString& newName);
   // Removes the first category of that name, if any; before that its tasks if `withTasks`.
-  // Otherwise they read as of category "None". TASK_ENG_MEMORY_FULL. The tasks stay removed
-  // when the category then can't be.
+  // Otherwise they read as of category "None". TASK_ENG_MEMORY_FULL if memory was short or the
+  // tasks cannot be removed from a full store, but not if the category then cannot be: the tasks
+  // stay removed.
   int removeCategory(QString& name, bool withTasks);
   // Removes all tasks of a category; there may be none. TASK_ENG_MEMORY_FULL.
   int removeTasksWithCategoryId(int categoryUid);
