@@ -16,7 +16,7 @@ ChoiceField::ChoiceField(QWidget* parent) : QComboBox(parent) {
   setIconSize(QSize(ulo::iconSize(this), ulo::iconSize(this)));
   setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
   setSizeAdjustPolicy(AdjustToMinimumContentsLengthWithIcon);
-  // The rows of the list take their height from the style sheet.
+  // The style sheet sets the height of the rows.
   setItemDelegate(new QStyledItemDelegate(this));
 }
 

@@ -25,7 +25,7 @@ constexpr DefaultCategory defaultCategories[] = {
     {"party", "TXT_RID_STANDARD_CATEGORY_PARTY", "Party"},
 };
 
-// Longer than any line of a screen.
+// In characters; longer than any line of a screen.
 constexpr qsizetype lineLimit = 512;
 
 }  // namespace

@@ -29,7 +29,7 @@ ulo::Descriptor openFile(const std::string& name) {
                                                : ::open(name.c_str(), O_RDONLY | O_CLOEXEC));
 }
 
-// What to say of a text that nothing can be read from.
+// The failures of a text from which nothing can be read.
 struct Refusal {
   ulo::TextProblem problem;
   Exit code;
@@ -112,7 +112,7 @@ std::string calendarText(QList<ZTASK_ENG_Task>& tasks) {
   ZVtodoParser().writeVtodo(name, tasks);
   QFile file(name);
   const QByteArray text = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-  // The writer gives no result; a whole text ends like this.
+  // The writer returns no result; a complete text ends like this.
   if (!text.trimmed().endsWith("END:VCALENDAR"))
     throw Failure(Exit::notWritten, "the tasks cannot be written as a vCalendar text; the log says "
                                     "why");
@@ -141,7 +141,7 @@ void writeFile(const std::string& name, const std::string& bytes) {
   const bool written =
       file.open(QIODevice::WriteOnly) && file.write(data) == data.size() && file.flush();
   require(written, file.errorString().toStdString());
-  // A file system may report only now that there is no room.
+  // Some file systems report only now that the disk is full.
   const bool synced = ::fsync(file.handle()) == 0;
   require(synced, std::strerror(errno));
   require(file.commit(), file.errorString().toStdString());

@@ -1,5 +1,4 @@
-// How the program ends. The one place where its exit codes are written down: --help prints this
-// table.
+// The exit codes of the program. --help prints the table of their meanings.
 #pragma once
 
 #include <stdexcept>
@@ -58,7 +57,7 @@ inline constexpr ExitMeaning exitMeanings[] = {
     {Exit::notStore, "a file is not a sound store, or nothing can be read from it"},
 };
 
-// Ends the program with `code` after `message`, which names what failed and why.
+// Ends the program with `code` after printing `message`, which names what failed and why.
 class Failure : public std::runtime_error {
 public:
   Failure(Exit code, const std::string& message) : std::runtime_error(message), code_(code) {}

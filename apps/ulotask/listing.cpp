@@ -37,7 +37,7 @@ Key keyOf(const ZTASK_ENG_Task& task, ZTASK_ENG_Model::TASK_SORT_FIELD sort) {
                                                 : Key(priority, due, newestFirst);
 }
 
-// Seconds since 1970; what is due before is due.
+// In seconds since 1970. Tasks with earlier due dates are due.
 long endOfToday() {
   return UTIL_TimeConversion::toUTC(UTIL_TimeConversion::lastSecondOf(QDate::currentDate()));
 }
@@ -56,7 +56,7 @@ bool shows(ZTASK_ENG_Model::TASK_CATEGORY view, const ZTASK_ENG_Task& task, long
   return task.getStatusValue() == codeOf(ulo::Status::completed);
 }
 
-// The first `limit` tasks in the order of their keys, of those behind the key `last`.
+// Returns the first `limit` tasks after the key `last`, in the order of their keys.
 QValueList<ZTASK_ENG_Task> sorted(const QValueList<ZTASK_ENG_Task>& tasks,
                                   ZTASK_ENG_Model::TASK_SORT_FIELD sort,
                                   const std::optional<Key>& last, std::size_t limit) {

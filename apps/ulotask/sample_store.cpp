@@ -12,7 +12,7 @@ namespace {
 
 constexpr const char* directoryVariable = "ULO_DATA_DIR";
 
-// The data directory is another one while the object lives. This program has one thread.
+// Changes the data directory while the object exists. Requires: the program has one thread.
 class DataDirectoryElsewhere {
 public:
   explicit DataDirectoryElsewhere(const char* path) {

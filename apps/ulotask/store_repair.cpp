@@ -98,7 +98,7 @@ std::string addOriginals(const std::vector<StoreQuestions::Category>& categories
     requireDatabase(DB_Exec(addStatement, name), repairing);
     ++added;
   }
-  // What tells a store whose first start was completed.
+  // The mark of a store whose first start was completed.
   for (const StoreQuestions::Category& category : categories) {
     if (category.name.isNull())
       requireDatabase(DB_Exec(markScript, static_cast<int>(category.uid)), repairing);

@@ -1,4 +1,4 @@
-// A task as people and programs read it.
+// Tasks as they are printed, for users and for programs.
 #pragma once
 
 #include "ZTASK_ENG_Task.h"
@@ -14,13 +14,13 @@ namespace ulotask {
 // Returns all fields, with dates in UTC and null for fields that are not set.
 QJsonObject toJson(const ZTASK_ENG_Task& task);
 
-// All fields, one to a line.
+// Prints all fields, one per line.
 void printTask(Output& output, const ZTASK_ENG_Task& task);
 
-// What happened to a text that was too long.
+// Says in a sentence that a text was too long.
 std::string sentence(const ulo::ShortenedText& text);
 
-// One line for each task, as `list` prints it.
+// The table that `list` prints, with one line per task.
 Table taskTable();
 void addTo(Table& table, const ZTASK_ENG_Task& task);
 

@@ -62,7 +62,7 @@ void renameCategory(Session& session, const std::string& from, const std::string
   const std::string what = "renaming the category " + quoted(oldName);
   session.inTransaction(what, [&] {
     session.requireCategory(oldName);
-    // The store would rename the one in lower case, if there is one.
+    // The store would rename the category whose name is in lower case.
     if (oldName != oldName.toLower())
       throw Failure(Exit::usage,
                     "the category " + quoted(oldName) +

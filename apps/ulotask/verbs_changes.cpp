@@ -26,7 +26,7 @@ struct ChangesOptions {
   bool json = false;
 };
 
-// What numbers in JSON carry, and no store ever reaches.
+// The largest integer that JSON numbers represent exactly. No store reaches it.
 constexpr std::int64_t furthestEntry = (std::int64_t{1} << 53) - 1;
 
 void printNet(Output& output, const ulo::NetChanges& net, bool json) {
@@ -71,7 +71,7 @@ void changes(Session& session, const ChangesOptions& options) {
     printNewEntries(output, journal, entry, options.json);
     return;
   }
-  // No entry is left out because its number is not reached yet.
+  // `since` may be greater than the last entry: new entries must not be left out.
   entry = std::min(entry, net.lastEntry);
   ChangeWatch watch(directory, ulo::ChangeJournal::fileName);
   do

@@ -48,7 +48,7 @@ void keepLine(void* text, const char* utf8) {
   *static_cast<std::string*>(text) = utf8;
 }
 
-// Lines of a maintenance function: results if it succeeds, else the reasons.
+// Lines of a maintenance function: its results, or the reasons for its failure.
 struct Lines {
   std::vector<std::string> texts;
 
@@ -67,7 +67,8 @@ struct Lines {
   }
 };
 
-// Whether the file is sound; its defects are printed. A Failure if it can't be examined.
+// Prints the defects of the file and returns whether it has none. Throws a Failure if it cannot be
+// examined.
 bool isSound(Output& output, const SampleStore& sample) {
   Lines defects;
   const int result = DB_Inspect(ulo::storeDatabase, sample.file().c_str(), Lines::add, &defects);
@@ -159,7 +160,7 @@ void check(Session& session, bool repair) {
                       (isRepairable ? "; try \"ulotask db check --repair\"" : ""));
 }
 
-// How a result of the maintenance functions ends the program.
+// How a result of a maintenance function ends the program.
 struct MaintenanceFailure {
   int result;
   Exit code;
@@ -185,7 +186,7 @@ std::string shownFile(const std::string& file) {
   return oneLine(std::string_view(file));
 }
 
-// What the store holds now.
+// Says what the store holds.
 std::string content(Session& session) {
   int count = 0;
   require(session.store().getCount(count), "counting the tasks");
@@ -218,7 +219,7 @@ void restore(Session& session, const std::string& file) {
               {{DB_CORRUPT, Exit::notStore, ""},
                {DB_BAD_ARGUMENT, Exit::usage, ""},
                {DB_IO, Exit::unreadable, ""}});
-  // The store is in its place already: whatever fails from here on doesn't undo that.
+  // The store has been replaced: a failure from here on does not undo that.
   std::string counted;
   try {
     counted = content(session);

@@ -23,7 +23,7 @@ std::string named(const ZTASK_ENG_Task& task) {
          oneLine(task.getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY));
 }
 
-// What the command line gives for a task.
+// The fields of a task on the command line.
 struct TaskOptions {
   std::optional<std::string> summary;
   std::optional<std::string> due;
@@ -46,7 +46,7 @@ void setText(Session& session, ZTASK_ENG_Task& task, ZTASK_ENG_Task::TASK_FIELD_
     session.output.notice(sentence(*shortened));
 }
 
-// Sets the fields that are given; the others stay.
+// Sets the fields that are given and leaves the others unchanged.
 void apply(Session& session, const TaskOptions& given, ZTASK_ENG_Task& task) {
   if (given.due)
     task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE, argumentDateOrNone(*given.due, "--due"));

@@ -29,7 +29,7 @@ struct Calendar {
   QList<ZTASK_ENG_Task> tasks;
 };
 
-// The UIDs of what went in, the middle of many left out.
+// The stored UIDs, abbreviated if there are many.
 std::string shownUids(const std::vector<unsigned int>& uids) {
   constexpr std::size_t shownAtBothEnds = 5;
   std::string text;
@@ -43,12 +43,12 @@ std::string shownUids(const std::vector<unsigned int>& uids) {
   return text;
 }
 
-// What has failed if an import stores nothing.
+// The operation that failed if an import stores nothing.
 constexpr const char* nothingStored = "nothing was stored: the import";
 
 using Calendars = std::vector<std::unique_ptr<Calendar>>;
 
-// Reports of an import, which are true only after everything has been committed.
+// Reports of an import. They are printed only after everything has been committed.
 struct Stored {
   std::vector<std::string> notices;
   std::vector<std::string> lines;

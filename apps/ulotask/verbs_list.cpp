@@ -79,7 +79,7 @@ struct SearchOptions {
   bool json = false;
 };
 
-// A search of the store; a store without tasks has nothing to find.
+// Searches the store. A store without tasks has no matches.
 template <typename Wanted> QValueList<ZTASK_ENG_Task> matches(Session& session, Wanted& wanted) {
   QValueList<ZTASK_ENG_Task> found;
   const int code = session.store().getMatchTasks(found, wanted);

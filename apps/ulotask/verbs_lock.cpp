@@ -28,7 +28,7 @@ ulo::AppLock::State stateOf(const ulo::AppLock& lock) {
   return state;
 }
 
-// Asks for the code that the lock has; a Failure when another one is given.
+// Asks for the present code. Fails with Exit::refused if the answer is wrong.
 void requireCode(ulo::AppLock& lock) {
   const auto tooEarly = [](milliseconds wait) {
     return Failure(Exit::refused, "too many wrong codes; next try in " + seconds(wait));

@@ -39,7 +39,7 @@ void requireSync(int code, const std::string& what) {
   }
 }
 
-// A run of a synchronisation. What it changed is broadcast when it ends, however it ends.
+// A synchronization run. Its destructor broadcasts that something was changed.
 class Run {
 public:
   explicit Run(TASK_ENG_SyncML& adaptor) : adaptor_(adaptor) { adaptor_.beginSync(0); }
@@ -61,7 +61,7 @@ void addItemVerb(Verb& group, Session& session, const char* name, const char* de
     verb.option("UID", *uid, "The task's number, as printed by ids").required();
   verb.run([uid, wantsUid, work, &session] {
     const unsigned int number = wantsUid ? argumentUid(*uid) : 0;
-    // A store that can't be opened is told as for the other verbs.
+    // Reports a store that cannot be opened as the other verbs do.
     session.store();
     TASK_ENG_SyncML adaptor;
     const Run run(adaptor);

@@ -41,7 +41,7 @@ void watch(Session& session, const WatchOptions& options) {
   ulo::ChangeJournal journal(directory);
   std::int64_t entry = 0;
   requireJournal(journal.lastEntry(entry));
-  // First: the threads of the listener take over which signals are held back.
+  // Before the listener, whose threads inherit the blocked signals.
   ChangeWatch files(directory, ulo::ChangeJournal::fileName);
   BroadcastListener listener(options.channels);
   if (!listener.isConnected())

@@ -31,7 +31,7 @@ TEST_F(Category, ListShowsNamesAndNumbersOfTasks) {
   EXPECT_EQ(array[5].toObject(), (QJsonObject{{"name", "garden"}, {"tasks", 2}}));
 }
 
-TEST_F(Category, ListSaysThatThereIsNone) {
+TEST_F(Category, ListReportsEmptyStore) {
   succeed({"category", "rm", "none", "meeting", "vacation", "appointment", "party"});
   EXPECT_EQ(succeed({"category", "list"}).out, "No categories.\n");
   EXPECT_EQ(succeed({"category", "list", "--json"}).array().size(), 0);
@@ -56,7 +56,7 @@ TEST_F(Category, RenameKeepsTheTasks) {
   EXPECT_EQ(ulotask({"list", "--category", "garden"}).code, 3);
 }
 
-TEST_F(Category, RenameAnswersForNamesThatDoNotFit) {
+TEST_F(Category, RenameRejectsUnsuitableNames) {
   succeed({"category", "add", "Garden"});
   const Outcome unknown = ulotask({"category", "rename", "nowhere", "elsewhere"});
   EXPECT_EQ(unknown.code, 3);
@@ -71,13 +71,13 @@ TEST_F(Category, RenameAnswersForNamesThatDoNotFit) {
   EXPECT_THAT(succeed({"category", "list"}).out, HasSubstr("party\n    0  Garden\n"));
 }
 
-TEST_F(Category, RenameOfACapitalNameLeavesTheOtherOneAlone) {
+TEST_F(Category, RenameOfCapitalNameKeepsLowerCaseName) {
   succeed({"category", "add", "Garden", "garden"});
   EXPECT_EQ(ulotask({"category", "rename", "Garden", "yard"}).code, 2);
   EXPECT_THAT(succeed({"category", "list"}).out, HasSubstr("    0  Garden\n    0  garden\n"));
 }
 
-TEST_F(Category, RemoveLeavesTheTasksAndSaysSo) {
+TEST_F(Category, RemoveKeepsTasksAndReportsThem) {
   add({"a", "--category", "garden"});
   add({"b", "--category", "garden"});
   EXPECT_EQ(succeed({"category", "rm", "garden", "party"}).out,
@@ -87,7 +87,7 @@ TEST_F(Category, RemoveLeavesTheTasksAndSaysSo) {
   EXPECT_THAT(succeed({"category", "rm", "--help"}).out, HasSubstr("shown with the category None"));
 }
 
-TEST_F(Category, RemoveCanTakeTheTasksAlong) {
+TEST_F(Category, RemoveCanRemoveTasksToo) {
   add({"a", "--category", "garden"});
   add({"b", "--category", "party"});
   EXPECT_EQ(succeed({"category", "rm", "garden", "--with-tasks"}).out,
@@ -95,7 +95,7 @@ TEST_F(Category, RemoveCanTakeTheTasksAlong) {
   EXPECT_EQ(uids({"list"}), std::vector<int>{2});
 }
 
-TEST_F(Category, RemoveAnswersForEachThatIsNotThere) {
+TEST_F(Category, RemoveReportsEachMissingName) {
   const Outcome run = ulotask({"category", "rm", "one", "party", "two", "Meeting"});
   EXPECT_EQ(run.code, 3);
   EXPECT_EQ(run.out, "Removed category \"party\"\n");
@@ -104,7 +104,7 @@ TEST_F(Category, RemoveAnswersForEachThatIsNotThere) {
                      "ulotask: no category has the name \"Meeting\"\n");
 }
 
-TEST_F(Category, AnEmptyNameIsNone) {
+TEST_F(Category, EmptyNameIsRejected) {
   for (const Arguments& arguments : std::vector<Arguments>{{"category", "add", ""},
                                                            {"category", "rename", "", "x"},
                                                            {"category", "rename", "party", ""},

@@ -1,4 +1,4 @@
-// What tests of the application's parts share: a store of the test's own, without a display.
+// Base of the tests of the application's parts: with its own store and without a display.
 #pragma once
 
 #include "ZTASK_ENG_Model.h"
@@ -13,12 +13,12 @@
 class Tasks : public testing::Test {
 protected:
   Tasks() {
-    // Settings are the test's own too.
+    // The settings are the test's own, too.
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope,
                        QString::fromStdString((directory_.path() / "config").string()));
   }
 
-  // What is stored of a task; the rest is as in a new record of status 1.
+  // The fields of a task; others are those of a new record with status 1.
   struct Given {
     QString summary;
     std::optional<QDateTime> due = std::nullopt;
@@ -27,7 +27,7 @@ protected:
     QString category = {};
   };
 
-  // Stores a task; gives its UID.
+  // Stores a task. Returns its UID.
   unsigned int add(const Given& given) {
     Task task;
     task.setString(Task::TASK_FIELD_SUMMARY, given.summary);
@@ -57,7 +57,7 @@ protected:
     return {uids.begin(), uids.end()};
   }
 
-  // Has events handled until the condition holds. False when it doesn't for half a minute.
+  // Processes events until the condition holds. Returns false after half a minute.
   static bool waitFor(const std::function<bool()>& condition) {
     return QTest::qWaitFor(condition, 30'000);
   }

@@ -9,7 +9,7 @@
 using testing::ElementsAre;
 using testing::IsSupersetOf;
 
-// The interface that a framework may have the plug-in hold.
+// An interface that a framework passes to the plug-in.
 struct SDActionAccess {
   static QUnknownInterface*& held(TASK_UI_SDAction& plugin) { return plugin.held_; }
 };
@@ -48,7 +48,7 @@ protected:
   }
   QString path() { return QString::fromStdString((directory_.path() / "item.vcs").string()); }
 
-  // What the plug-in said since it was asked to act.
+  // The log of the plug-in since it was invoked.
   std::vector<std::string> said() {
     std::vector<std::string> all = lines(source);
     all.erase(all.begin(), std::find(all.begin(), all.end(), "Entering invokeAction"));
@@ -71,7 +71,7 @@ TEST(ActionPluginLife, CountsReferences) {
   EXPECT_TRUE(deleted);
 }
 
-TEST(ActionPluginLife, ComesWithOneReference) {
+TEST(ActionPluginLife, StartsWithOneReference) {
   const LogCapture quiet;
   QUnknownInterface* plugin = ucm_instantiate();
   ASSERT_NE(plugin, nullptr);
@@ -98,7 +98,7 @@ TEST(ActionPluginLife, KnowsTwoInterfaces) {
   plugin->release();
 }
 
-// Counts how often it is released.
+// Counts its releases.
 class HeldInterface : public QUnknownInterface {
 public:
   unsigned long queryInterface(const QUuid&, QUnknownInterface**) override {
@@ -110,7 +110,7 @@ public:
   unsigned long released = 0;
 };
 
-TEST_F(ActionPlugin, ReleasesWhatItHoldsHoweverAnActionEnds) {
+TEST_F(ActionPlugin, ReleasesHeldInterfaceAfterEveryAction) {
   const auto releasedBy = [this](const char* action, const char* bytes) {
     HeldInterface held;
     SDActionAccess::held(*static_cast<TASK_UI_SDAction*>(plugin_)) = &held;
@@ -125,16 +125,16 @@ TEST_F(ActionPlugin, ReleasesWhatItHoldsHoweverAnActionEnds) {
   EXPECT_EQ(releasedBy("TASK_PRINT", milk.c_str()), 1U);
   platform_.lockAnswer = 0;
   EXPECT_EQ(releasedBy("TASK_SAVE", milk.c_str()), 1U);
-  // Nothing is held now.
+  // No interface is held now.
   EXPECT_EQ(SDActionAccess::held(*static_cast<TASK_UI_SDAction*>(plugin_)), nullptr);
 }
 
-TEST_F(ActionPlugin, SaysWhoItIs) {
+TEST_F(ActionPlugin, ReportsItsUuid) {
   EXPECT_EQ(plugin_->getUuid().toString(), actionUuid);
   EXPECT_TRUE(plugin_->describe().isNull());
 }
 
-TEST_F(ActionPlugin, SavesAndSaysSo) {
+TEST_F(ActionPlugin, SavesAndReportsIt) {
   EXPECT_TRUE(invoke("TASK_SAVE", milk));
   EXPECT_THAT(stored(), ElementsAre("Buy milk"));
   ASSERT_EQ(dialogs_.size(), 1U);
@@ -155,7 +155,7 @@ TEST_F(ActionPlugin, TextsOfDialogsHaveIds) {
   EXPECT_EQ(dialogs_[0].text, "[FMT_RID_INSTRUCTIONALTXT_1_SAVED_TO_TASK_LIST]");
 }
 
-TEST_F(ActionPlugin, ASummaryIsShownAsItIs) {
+TEST_F(ActionPlugin, SummaryIsShownUnchanged) {
   EXPECT_TRUE(invoke("TASK_SAVE", calendar(todo("SUMMARY:%1 <b>%2</b> & %L1\r\n"))));
   ASSERT_EQ(dialogs_.size(), 1U);
   EXPECT_EQ(dialogs_[0].text, "%1 <b>%2</b> & %L1 saved to Task List");
@@ -166,13 +166,13 @@ TEST_F(ActionPlugin, SavesTheFirstOfSeveral) {
   EXPECT_THAT(stored(), ElementsAre("one"));
 }
 
-TEST_F(ActionPlugin, BytesComeThroughUnchanged) {
+TEST_F(ActionPlugin, PassesBytesUnchanged) {
   EXPECT_TRUE(invoke("TASK_SAVE", calendar(todo("SUMMARY;CHARSET=UTF-8:K\xC3\xA4se\r\n"))));
   EXPECT_TRUE(invoke("TASK_SAVE", calendar(todo("SUMMARY:K\xE4se\r\n"))));
   EXPECT_THAT(stored(), ElementsAre("Käse", "Käse"));
 }
 
-TEST_F(ActionPlugin, WhatIsNoToDoIsNotSaved) {
+TEST_F(ActionPlugin, DoesNotSaveTextWithoutTodo) {
   EXPECT_FALSE(invoke("TASK_SAVE", "no calendar"));
   EXPECT_FALSE(invoke("TASK_SAVE", ""));
   EXPECT_THAT(stored(), ElementsAre());
@@ -190,7 +190,7 @@ TEST_F(ActionPlugin, ShowsWithoutSaving) {
                                   "View a vTodo", "Leaving invoke Action"));
 }
 
-TEST_F(ActionPlugin, WhatIsNoToDoIsNotShown) {
+TEST_F(ActionPlugin, DoesNotShowTextWithoutTodo) {
   EXPECT_FALSE(invoke("TASK_VIEW", "no calendar"));
   EXPECT_THAT(shown(), ElementsAre());
   EXPECT_THAT(said(), ElementsAre("Entering invokeAction", "String passed to parser: \nno calendar",
@@ -205,7 +205,7 @@ TEST_F(ActionPlugin, AnotherActionCountsAsDone) {
   EXPECT_TRUE(dialogs_.empty());
 }
 
-TEST_F(ActionPlugin, NeedsToPassTheLock) {
+TEST_F(ActionPlugin, AsksTheLock) {
   platform_.lockAnswer = 0;
   EXPECT_FALSE(invoke("TASK_SAVE", milk));
   EXPECT_FALSE(invoke("TASK_VIEW", milk));
@@ -215,13 +215,13 @@ TEST_F(ActionPlugin, NeedsToPassTheLock) {
   EXPECT_THAT(shown(), ElementsAre());
 }
 
-TEST_F(ActionPlugin, AFileThatCannotBeReadIsLogged) {
+TEST_F(ActionPlugin, LogsFileThatCannotBeRead) {
   EXPECT_FALSE(invoke("TASK_SAVE"));
   EXPECT_THAT(said(), ElementsAre("Entering invokeAction",
                                   "Can not open vtodo file: " + path().toStdString() + "\n"));
 }
 
-TEST_F(ActionPlugin, AFullStoreIsTold) {
+TEST_F(ActionPlugin, ReportsFullStore) {
   platform_.addAnswer = 2;
   EXPECT_FALSE(invoke("TASK_SAVE", milk));
   ASSERT_EQ(dialogs_.size(), 1U);
@@ -248,14 +248,14 @@ TEST_F(ActionPlugin, OtherFailuresShowNothing) {
   EXPECT_TRUE(dialogs_.empty());
 }
 
-TEST_F(ActionPlugin, ATaskThatIsGoneIsNotTold) {
+TEST_F(ActionPlugin, DoesNotReportTaskThatIsGone) {
   platform_.addAnswer = 0;
   EXPECT_TRUE(invoke("TASK_SAVE", milk));
   EXPECT_TRUE(dialogs_.empty());
   EXPECT_THAT(said(), IsSupersetOf({"for model error", "Leaving invoke Action"}));
 }
 
-TEST_F(ActionPlugin, AStoreThatRefusesShowsNothing) {
+TEST_F(ActionPlugin, FailingStoreShowsNothing) {
   closeStore();
   EXPECT_FALSE(invoke("TASK_SAVE", milk));
   EXPECT_TRUE(dialogs_.empty());

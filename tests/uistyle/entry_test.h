@@ -1,4 +1,4 @@
-// What tests of the entry points share.
+// Base of the tests of the entry points.
 #pragma once
 
 #include "ZMessageDlg.h"
@@ -54,7 +54,7 @@ protected:
         result.push_back(view->appTitle().toStdString());
     return result;
   }
-  // Each dialog that comes up is noted and closed.
+  // Records and closes every dialog.
   void closeDialogs() {
     QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] {
       if (auto* dialog = qobject_cast<ZMessageDlg*>(QApplication::activeModalWidget())) {
@@ -65,7 +65,7 @@ protected:
     });
     timer_.start(10);
   }
-  // The store takes no task any more.
+  // The store accepts no more tasks.
   void closeStore() {
     { const ZTASK_ENG_Model makesIt; }
     sqlite3* database = nullptr;

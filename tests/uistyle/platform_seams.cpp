@@ -1,4 +1,4 @@
-// The calls of the screens to the platform, as the linker hands them over.
+// The calls from the screens to the platform, which the linker redirects.
 
 #include "screen_test.h"
 

@@ -1,4 +1,4 @@
-// A to-do that another device pushed.
+// A to-do that was received from another device.
 
 #include "TASK_UI_VTodo.h"
 
@@ -16,7 +16,7 @@ constexpr char wrongFormat[] = "Task shareby bluetooth fail for Task_Sync's erro
 
 class ReceivedTodo : public EntryPoint {
 protected:
-  // Hands over a text with its zero byte.
+  // Passes a text with its zero byte.
   unsigned int receive(const std::string& text) { return receiveBytes(text + '\0'); }
   unsigned int receiveBytes(const std::string& bytes) {
     QArray<char> data;
@@ -46,7 +46,7 @@ TEST_F(ReceivedTodo, IsStoredAndShown) {
   EXPECT_THAT(lines(source), ElementsAre("after add to db the vtodo is " + milk));
 }
 
-TEST_F(ReceivedTodo, BackClosesAndDeletesTheView) {
+TEST_F(ReceivedTodo, BackClosesAndDeletesView) {
   receive(milk);
   std::vector<QPointer<TASK_UI_DetailView>> views;
   for (QWidget* window : QApplication::topLevelWidgets())
@@ -60,13 +60,13 @@ TEST_F(ReceivedTodo, BackClosesAndDeletesTheView) {
   EXPECT_TRUE(views[0].isNull());
 }
 
-TEST_F(ReceivedTodo, OnlyTheFirstIsTaken) {
+TEST_F(ReceivedTodo, StoresOnlyTheFirst) {
   EXPECT_EQ(receive(calendar(todo("SUMMARY:one\r\n") + todo("SUMMARY:two\r\n"))), 0U);
   EXPECT_THAT(stored(), ElementsAre("one"));
   EXPECT_THAT(shown(), ElementsAre("one"));
 }
 
-TEST_F(ReceivedTodo, TextsAreCut) {
+TEST_F(ReceivedTodo, TruncatesTexts) {
   const std::string note(4003, 'n');
   EXPECT_EQ(receive(calendar(
                 todo("SUMMARY:" + std::string(513, 's') + "\r\nDESCRIPTION:" + note + "\r\n"))),
@@ -100,7 +100,7 @@ TEST_F(ReceivedTodo, IsReadUpToItsFirstZeroByte) {
   EXPECT_EQ(receive(cut), 1U);
 }
 
-TEST_F(ReceivedTodo, WhatIsNoToDoIsRefused) {
+TEST_F(ReceivedTodo, RejectsTextWithoutTodo) {
   for (const std::string& text : {std::string(), std::string("no calendar"), calendar("")}) {
     log_.~LogCapture();
     new (&log_) LogCapture;
@@ -111,12 +111,12 @@ TEST_F(ReceivedTodo, WhatIsNoToDoIsRefused) {
   EXPECT_THAT(shown(), ElementsAre());
 }
 
-TEST_F(ReceivedTodo, AnArrayWithoutBytesIsRefused) {
+TEST_F(ReceivedTodo, RejectsEmptyArray) {
   EXPECT_EQ(receiveBytes(""), 1U);
   EXPECT_THAT(lines(source), ElementsAre(wrongFormat));
 }
 
-TEST_F(ReceivedTodo, ANullTaskIsRefused) {
+TEST_F(ReceivedTodo, RejectsNullTask) {
   platform_.nullTask = true;
   EXPECT_EQ(receive(milk), 1U);
   EXPECT_THAT(lines(source),
@@ -136,7 +136,7 @@ TEST_F(ReceivedTodo, NeedsToPassTheLock) {
   EXPECT_THAT(shown(), ElementsAre());
 }
 
-TEST_F(ReceivedTodo, AStoreThatRefusesLooksLikeSuccess) {
+TEST_F(ReceivedTodo, FailingStoreLooksLikeSuccess) {
   closeStore();
   EXPECT_EQ(receive(milk), 0U);
   EXPECT_THAT(lines(source),

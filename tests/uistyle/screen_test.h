@@ -1,4 +1,4 @@
-// What tests of the screens share: what the platform was asked, and what it answers.
+// Base of the tests of the screens: records the calls to the platform and sets their results.
 #pragma once
 
 #include "TASK_UI_DetailView.h"
@@ -15,8 +15,7 @@
 
 using Task = ZTASK_ENG_Task;
 
-// The platform's answers, and what it was asked, in the place of the loader, the launcher and the
-// Bluetooth push.
+// The results and the recorded calls of the loader, the launcher and the Bluetooth push.
 struct Platform {
   // The lock.
   bool hasLockLibrary = true;
@@ -31,14 +30,14 @@ struct Platform {
   QString sharedName, sharedType;
   std::string sharedBytes;
   int shares = 0;
-  // What adding an item answers, without adding it; negative to add it.
+  // The result of adding an item, without adding it; negative to add it.
   int addAnswer = -1;
-  // An id that the menu has besides its own; 0 for none.
+  // An ID that the menu has in addition to its own; 0 for none.
   int strangeMenuItem = 0;
-  // The reader gives a list with a null in it.
+  // The reader returns a list with a null task.
   bool nullTask = false;
 };
-// Of the running test.
+// That of the running test.
 extern Platform* platform;
 
 class Screen : public testing::Test {
@@ -46,7 +45,8 @@ protected:
   Screen() { ::platform = &platform_; }
   ~Screen() override { ::platform = nullptr; }
 
-  // The lines of the log, each without its place, of the source file `from` alone when given.
+  // The lines of the log without their positions; only those of the source file `from` if it is
+  // given.
   std::vector<std::string> lines(const std::string& from = {}) {
     std::vector<std::string> result;
     std::string text = log_.withoutLines();

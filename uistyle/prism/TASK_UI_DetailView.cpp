@@ -13,8 +13,8 @@
 #include "ZTASK_ENG_Model.h"
 #include "ZVtodoParser.h"
 #include "clock.h"
-#include "menu_items.h"
 #include "lock_check.h"
+#include "menu_items.h"
 #include "module_log.h"
 #include "task_dates.h"
 #include "task_words.h"
@@ -38,7 +38,7 @@ struct Text {
   [[nodiscard]] QString get() const { return ulo::text(id, english); }
 };
 
-// What a row is called, as a screen of its own and as one of the task list's.
+// The label of a row, for a standalone screen and for a screen of the task list.
 struct Label {
   const char* standaloneId;
   const char* id;

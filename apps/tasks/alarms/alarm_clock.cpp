@@ -50,10 +50,10 @@ void AlarmClock::check() {
 
 void AlarmClock::lookAt(std::int64_t now) {
   failed_ = false;
-  // A clock that is put right by parts of a second was not set back.
+  // Adjustments by fractions of a second do not set the clock back.
   constexpr std::int64_t leastStep = 1000;
   if (now + leastStep < checked_) {
-    // What was over then is ahead once more, unless it was told.
+    // Alarms that had passed are ahead again, unless they were reported.
     checked_ = now;
     entry_.reset();
     walk_.reset();
@@ -63,7 +63,7 @@ void AlarmClock::lookAt(std::int64_t now) {
 
 void AlarmClock::takeChanges() {
   if (walk_)
-    return;  // at its end
+    return;  // readSome() calls this again at its end
   ulo::NetChanges net;
   if (!entry_ || !journal_.changesSince(ZTASK_ENG_Model::identifier, *entry_, net) ||
       net.incomplete) {
@@ -80,7 +80,7 @@ void AlarmClock::takeChanges() {
 }
 
 void AlarmClock::startWalk() {
-  // First: what changes while it is under way is behind this entry.
+  // Read before the list: changes during the walk have later entries.
   std::int64_t entry = 0;
   const bool hasJournal = journal_.lastEntry(entry);
   ulo::TaskPages walk;
@@ -105,7 +105,7 @@ void AlarmClock::readSlice() {
   schedule();
 }
 
-// Reads a few tasks. False when there are none left, or the store refuses.
+// Reads a few tasks. Returns false if none are left or the store fails.
 bool AlarmClock::readSome() {
   if (walk_) {
     if (readPageOfWalk())
@@ -177,12 +177,12 @@ void AlarmClock::tell(std::int64_t now) {
     else if (!tellOf(uid))
       failed_ = true;
   }
-  // What is still to be read may have an alarm that came since.
+  // Tasks that have not been read yet may have an alarm that came in the meantime.
   if (!isReading() && !failed_)
     checked_ = std::max(checked_, now);
 }
 
-// Reads the task once more: a moment ago it may have become another. False when the store refuses.
+// Reads the task again, because it may have changed. Returns false if the store fails.
 bool AlarmClock::tellOf(unsigned int uid) {
   const auto known = alarms_.find(uid);
   if (known == alarms_.end() || known->second.isOver)

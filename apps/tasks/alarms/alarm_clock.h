@@ -1,4 +1,4 @@
-// Tells when tasks are to be remembered.
+// Reports due alarms of tasks.
 #pragma once
 
 #include "ZTASK_ENG_Model.h"
@@ -19,36 +19,36 @@
 
 namespace tasks {
 
-// Tells once of each task whose alarm comes while the clock runs, unless the task is completed by
-// then. Alarms from before the clock was made are not told; one that is set to another time yet to
-// come is told then. After a suspension those that came meanwhile are told.
+// Reports each alarm once when its time comes, unless the task is completed by then. Does not
+// report alarms from before the object was created. An alarm that is set to a later time is
+// reported again at that time. After a suspension, reports the alarms that came in the meantime.
 //
-// Of several instances of the application one tells: it holds a lock on the file `lockName` in the
-// data directory. When it ends, the next one that looks takes over. Where the file can't be made,
-// each one tells.
+// If several instances of the application run, only one reports: it holds a lock on the file
+// `lockName` in the data directory. When it exits, the next one that checks takes over. If the file
+// cannot be created, every instance reports.
 class AlarmClock : public QObject {
   Q_OBJECT
 
 public:
   static constexpr char lockName[] = "tasks-alarms.lock";
-  // It looks at least so often: nothing tells of a clock that was set, or of a suspension.
+  // The longest interval between two checks, because nothing reports that the clock was set or the
+  // system was suspended.
   static constexpr std::chrono::milliseconds longestWait{30'000};
-  // How long the event loop waits at most, roughly, while tasks are looked at.
+  // How long, roughly, reading tasks may block the event loop.
   static constexpr std::chrono::milliseconds slice{5};
 
-  // `now` gives the time of day.
+  // `now` returns the time of day.
   AlarmClock(ZTASK_ENG_Model& store, std::function<QDateTime()> now, QObject* parent);
 
-  // Whether there are tasks that it still has to look at, a few at a time in the event loop.
+  // Whether tasks remain to be read, a few at a time on the event loop.
   [[nodiscard]] bool isReading() const { return walk_.has_value() || !altered_.empty(); }
 
 public Q_SLOTS:
-  // Looks at what changed in the store, the first time at all tasks. Nothing is told before this
-  // returns.
+  // Checks the changes in the store; the first time, all tasks. Reports nothing before it returns.
   void look();
 
 Q_SIGNALS:
-  // The alarm of this task, as it is stored now, has come.
+  // Emitted when the alarm of this task, as it is stored now, has come.
   void due(const ZTASK_ENG_Task& task);
 
 private:
@@ -75,13 +75,13 @@ private:
   ZTASK_ENG_Model& store_;
   std::function<QDateTime()> now_;
   ulo::ChangeJournal journal_;
-  // What is behind it in the journal has not been looked at; none: everything has to be.
+  // The last journal entry that has been processed; none if all tasks have to be read.
   std::optional<std::int64_t> entry_;
   std::optional<ulo::TaskPages> walk_;  // over all tasks
   std::vector<std::uint32_t> altered_;
-  std::unordered_map<unsigned int, Alarm> alarms_;  // those after checked_ and those that are over
-  std::int64_t checked_;                            // alarms until here have been told
-  bool failed_ = false;                             // the store refused, it is asked again later
+  std::unordered_map<unsigned int, Alarm> alarms_;  // later than checked_, or over
+  std::int64_t checked_;                            // alarms until then have been reported
+  bool failed_ = false;                             // the store failed and is tried again later
   ulo::Descriptor lock_;
   QTimer timer_;
   QTimer reading_;

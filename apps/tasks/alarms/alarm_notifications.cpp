@@ -18,7 +18,7 @@ constexpr QLatin1String service("org.freedesktop.Notifications");
 constexpr QLatin1String path("/org/freedesktop/Notifications");
 constexpr QLatin1String openAction("default");
 constexpr QLatin1String doneAction("done");
-// A server that is started for the question has this long to answer.
+// The timeout of a call. A server that is started by it needs some time.
 constexpr int patienceMs = 25'000;
 // The notification stays until the user closes it.
 constexpr int never = 0;
@@ -56,7 +56,7 @@ AlarmNotifications::~AlarmNotifications() {
     return;
   for (const auto& [uid, shown] : shown_)
     close(shown.id);
-  // The bus answers once it has got all of them.
+  // The reply shows that the bus has received all of them.
   constexpr int patienceAtEndMs = 1000;
   bus_->connection().call(QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
                                                          QStringLiteral("/org/freedesktop/DBus"),
@@ -102,7 +102,7 @@ void AlarmNotifications::withdraw(unsigned int uid) {
   shown_.erase(shown);
 }
 
-// False without a bus. One that went away is looked for again.
+// Returns false without a bus. Connects again if the connection was lost.
 bool AlarmNotifications::connectToBus() {
   if (bus_ != nullptr && bus_->isConnected())
     return true;
@@ -110,7 +110,7 @@ bool AlarmNotifications::connectToBus() {
   bus_ = std::make_unique<ulo::PrivateBus>(ulo::PrivateBus::Kind::session);
   if (!bus_->isConnected())
     return false;
-  // From any sender: for a name QtDBus would ask the bus, and wait for the answer.
+  // Accepts any sender: for a name, QtDBus would call the bus and wait for the reply.
   QDBusConnection& bus = bus_->connection();
   bus.connect(QString(), path, service, QStringLiteral("ActionInvoked"), this,
               SLOT(actionInvoked(QDBusMessage)));
@@ -123,7 +123,8 @@ bool AlarmNotifications::connectToBus() {
   return true;
 }
 
-// What a server that went has shown is gone, and its numbers mean nothing to the next one.
+// The notifications of a server that has exited are gone, and their IDs are invalid for the next
+// one.
 void AlarmNotifications::serverChanged() {
   server_.clear();
   std::erase_if(shown_, [](const auto& each) { return each.second.call == 0; });

@@ -1,4 +1,4 @@
-// Alarms as notifications of the desktop.
+// Desktop notifications for alarms.
 #pragma once
 
 #include "ZTASK_ENG_Task.h"
@@ -16,10 +16,9 @@
 
 namespace tasks {
 
-// Shows alarms by the notification server of the session (Desktop Notifications Specification 1.2).
-// A notification stays until the user has seen it or the object is destroyed. Nothing waits for the
-// server; where there is
-// none, or no bus, nothing is shown and one line is logged.
+// Shows alarms through the notification server of the session (Desktop Notifications Specification
+// 1.2). A notification stays until the user closes it or the object is destroyed. Never blocks on
+// the server. Without a server or a bus nothing is shown and one line is logged.
 class AlarmNotifications : public QObject {
   Q_OBJECT
 
@@ -27,15 +26,15 @@ public:
   explicit AlarmNotifications(QObject* parent);
   ~AlarmNotifications() override;
 
-  // Shows a stored task, in place of what is shown of it.
+  // Shows a notification for a stored task. Replaces an earlier one for the same task.
   void show(const ZTASK_ENG_Task& task);
-  // Takes away what is shown of a task, if anything is.
+  // Closes the notification of a task, if there is one.
   void withdraw(unsigned int uid);
 
 Q_SIGNALS:
-  // The user wants to see the task.
+  // Emitted when the user wants to see the task.
   void opened(unsigned int uid);
-  // The user says that the task is done.
+  // Emitted when the user marks the task as done.
   void completed(unsigned int uid);
 
 private Q_SLOTS:
@@ -46,9 +45,9 @@ private Q_SLOTS:
 private:
   // The notification of a task.
   struct Shown {
-    std::uint32_t id = 0;                   // 0: the server has none
-    std::uint64_t call = 0;                 // the question under way; 0: none
-    std::optional<ZTASK_ENG_Task> waiting;  // to be shown after it
+    std::uint32_t id = 0;                   // 0 if the server has none
+    std::uint64_t call = 0;                 // the pending call; 0 if there is none
+    std::optional<ZTASK_ENG_Task> waiting;  // to be shown after that call
     bool isWithdrawn = false;
   };
   using Answer = std::function<void(unsigned int uid, const QDBusMessage& reply)>;
@@ -60,12 +59,12 @@ private:
   void close(std::uint32_t id);
   void fail(unsigned int uid, const QString& why);
   void logOnce(const QString& why);
-  // The task of a server's signal, whose first argument is an id.
+  // Returns the task of a signal of the server, whose first argument is a notification ID.
   [[nodiscard]] std::optional<unsigned int> taskOf(const QDBusMessage& signal) const;
 
   std::unique_ptr<ulo::PrivateBus> bus_;
   std::unique_ptr<QDBusServiceWatcher> watcher_;
-  QString server_;  // its own name on the bus, once it has answered
+  QString server_;  // its unique name on the bus, once it has replied
   std::unordered_map<unsigned int, Shown> shown_;
   std::uint64_t calls_ = 0;
   bool isLogged_ = false;

@@ -1,4 +1,4 @@
-// Alarms of tasks, as notifications.
+// Shows alarms of tasks as notifications.
 #pragma once
 
 #include "alarms/alarm_clock.h"
@@ -10,8 +10,8 @@
 
 namespace tasks {
 
-// While it lives, an alarm that comes is shown. It is withdrawn when its task is completed or gone,
-// and when the object is destroyed.
+// Shows alarms while the object exists. A notification is withdrawn when its task is completed or
+// removed, and when the object is destroyed.
 class Alarms : public QObject {
   Q_OBJECT
 
@@ -19,13 +19,14 @@ public:
   Alarms(ZTASK_ENG_Model& store, QObject* parent);
 
 public Q_SLOTS:
-  // Looks at what changed in the store; the first time at everything.
+  // Checks the changes in the store; the first time, all tasks.
   void look();
 
 Q_SIGNALS:
-  // The user wants to see the task.
+  // Emitted when the user wants to see the task.
   void opened(unsigned int uid);
-  // The task that the user completed could not be stored; a code of setCompleted.
+  // Emitted when a task that the user completed could not be stored. `code` is a result of
+  // ulo::setCompleted.
   void notCompleted(int code);
 
 private:

@@ -19,7 +19,7 @@ CategoryField::CategoryField(QWidget* parent) : ChoiceField(parent) {
 
 void CategoryField::setStored(ZTASK_ENG_Model& store, const QString& category) {
   QValueList<QString> stored;
-  // Without the list there are still this one and new ones.
+  // If the store fails, this one and new ones can still be chosen.
   static_cast<void>(store.getAllCategories(stored));
   std::vector<QString> names;
   std::copy_if(stored.begin(), stored.end(), std::back_inserter(names),
@@ -37,7 +37,7 @@ void CategoryField::setStored(ZTASK_ENG_Model& store, const QString& category) {
   choose(category);
 }
 
-// The place of what is stored or shown under this name; -1 when there is none.
+// The index of the choice with this name or text; -1 if there is none.
 int CategoryField::placeOf(const QString& category) const {
   if (isNoCategory(category))
     return 0;
@@ -72,7 +72,7 @@ void CategoryField::askForName() {
   if (!dialog.isThere())
     return;
   QString name = accepted ? dialog->name() : chosen_;
-  // Who types the wording of a category means that category.
+  // A user who types the translated name of a category means that category.
   if (const int worded = findText(name); placeOf(name) < 0 && worded >= 0 && !asks(worded))
     name = itemData(worded).toString();
   choose(name);

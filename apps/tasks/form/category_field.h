@@ -6,21 +6,21 @@ class ZTASK_ENG_Model;
 
 namespace tasks {
 
-// The category of a task: none, one that is stored, or a new one, which the field asks for and
-// which is stored with the task only.
+// The category of a task: none, a stored one, or a new one, which the field asks for and which is
+// stored together with the task.
 class CategoryField : public ChoiceField {
   Q_OBJECT
 
 public:
   explicit CategoryField(QWidget* parent = nullptr);
 
-  // Offers the store's categories and this one, and shows it.
+  // Offers the store's categories and `name`, and shows `name`.
   void setStored(ZTASK_ENG_Model& store, const QString& category);
   // Null for none.
   [[nodiscard]] QString category() const { return chosen_; }
 
 Q_SIGNALS:
-  // The user has chosen.
+  // Emitted when the user has chosen a category.
   void chosen();
 
 private:

@@ -25,10 +25,10 @@ namespace {
 
 // The rows for the month, the names of the days, and the weeks.
 constexpr int calendarRows = 8;
-// Below this size nobody could read the days.
+// Smaller type is not legible.
 constexpr int leastPoints = 9;
 
-// The button that goes to another month.
+// The button for the previous or next month.
 void setUpStep(QCalendarWidget& calendar, const char* name, Qt::ArrowType arrow) {
   auto* button = calendar.findChild<QToolButton*>(QLatin1String(name));
   if (button == nullptr)
@@ -82,7 +82,7 @@ void DateDialog::setUpCalendar(const QDate& day) {
   // Other programs may have stored a day outside of the range.
   calendar_->setDateRange(std::min(ulo::earliestDay(), day), std::max(ulo::latestDay(), day));
   calendar_->setSelectedDate(day);
-  // Days off are not marked: which they are differs from person to person.
+  // Days off differ between users, so none are marked.
   for (const Qt::DayOfWeek dayOff : {Qt::Saturday, Qt::Sunday})
     calendar_->setWeekdayTextFormat(dayOff, QTextCharFormat());
   connect(calendar_, &QCalendarWidget::activated, this, &DateDialog::accept);
@@ -98,7 +98,7 @@ void DateDialog::showEvent(QShowEvent* event) {
   revealDay();
 }
 
-// Where the calendar is higher than the screen.
+// Scrolls to the selected day if the calendar is higher than the screen.
 void DateDialog::revealDay() {
   const auto* days = calendar_->findChild<QTableView*>();
   auto* scroll = findChild<QScrollArea*>(QString(), Qt::FindDirectChildrenOnly);
@@ -107,16 +107,16 @@ void DateDialog::revealDay() {
   scroll->ensureVisible(place.x(), place.y(), 0, day.height());
 }
 
-// What the dialog has for the calendar, in a screen of this size.
+// The room for the calendar on a screen of this size.
 QSize DateDialog::roomFor(const QSize& screen) const {
   const int margin = 2 * ulo::gap(this);
-  // Beside the frame; title, keys and the row below the calendar.
+  // Without the frame, the title, the keys and the row below the calendar.
   return {std::min(screen.width() - margin, ulo::scaled(this, 320)) - 2 - 2 * margin,
           screen.height() - 4 * margin - 3 * ulo::touchHeight(this)};
 }
 
-// As high as fingers like it and the screen allows. Where there is little room the days' names are
-// a letter each, and large type is made smaller.
+// As high as is convenient to touch, if the screen allows it. If there is little room, the names of
+// the days are one letter each, and large type becomes smaller.
 void DateDialog::fitCalendar() {
   const QSize room = roomFor(parentWidget()->window()->size());
   const auto fits = [this, room] {
@@ -130,7 +130,7 @@ void DateDialog::fitCalendar() {
     font.setPointSize(size);
     calendar_->setFont(font);
   }
-  // All days share the room that there is.
+  // All days share the width.
   for (auto* header : calendar_->findChildren<QHeaderView*>())
     header->setMinimumSectionSize(1);
   const int row = ulo::touchHeight(this);
@@ -166,7 +166,7 @@ std::optional<QDateTime> DateDialog::chosen() const {
   const QDate day = calendar_->selectedDate();
   if (time_ == nullptr)
     return day.startOfDay();
-  // The same time may be another moment: in one night clocks show an hour twice.
+  // The same local time may be another moment if the clocks show an hour twice.
   const bool same = start_ && start_->date() == day && start_->time() == time_->time();
   return same ? *start_ : ulo::localTimeOrStart(day, time_->time());
 }

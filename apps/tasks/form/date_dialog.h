@@ -11,21 +11,21 @@ class QTimeEdit;
 
 namespace tasks {
 
-// Asks for a day, or for a day and a time, or for none. Arrow keys go through the calendar, Enter
-// takes the day, Backspace takes none.
+// Asks for a day, for a day and a time, or for no date. Arrow keys move in the calendar, Enter
+// chooses the day, Backspace chooses no date.
 class DateDialog : public ZPopup {
   Q_OBJECT
 
 public:
   enum class Kind { day, dayAndTime };
 
-  // `none` is what the choice of no date is called. The dialog begins with `start`, with today, or
-  // with the full hour that comes.
+  // `none` is the label of the button for no date. The dialog starts with `start`; without one,
+  // with today or the next full hour.
   DateDialog(const QString& title, const QString& none, Kind kind,
              const std::optional<QDateTime>& start, QWidget* parent);
 
-  // What was accepted: with Kind::day the first moment of the day. The very `start` when its day
-  // and time were not changed.
+  // The accepted date: for Kind::day the first moment of the day. Returns `start` itself if neither
+  // its day nor its time was changed.
   [[nodiscard]] std::optional<QDateTime> chosen() const;
 
 protected:
@@ -42,7 +42,7 @@ private:
 
   std::optional<QDateTime> start_;
   QCalendarWidget* calendar_;
-  QTimeEdit* time_ = nullptr;  // null for days alone
+  QTimeEdit* time_ = nullptr;  // null for Kind::day
   bool none_ = false;
 };
 

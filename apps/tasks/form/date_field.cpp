@@ -11,7 +11,7 @@ DateField::DateField(DateDialog::Kind kind, Wording wording, QWidget* parent)
     : QPushButton(parent), kind_(kind), wording_(std::move(wording)) {
   setMinimumHeight(ulo::touchHeight(this));
   setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-  // Enter presses it.
+  // So that Enter presses it.
   setAutoDefault(true);
   connect(this, &QPushButton::clicked, this, &DateField::ask);
   setDate({});

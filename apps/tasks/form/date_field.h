@@ -6,12 +6,12 @@
 
 namespace tasks {
 
-// A button that shows a date and asks for another when it is pressed.
+// A button that shows a date and, when pressed, asks for another one.
 class DateField : public QPushButton {
   Q_OBJECT
 
 public:
-  // What it is called in the dialog's title, and what it shows when there is no date.
+  // The title of the dialog, and the text for no date.
   struct Wording {
     QString title;
     QString none;
@@ -23,7 +23,7 @@ public:
   [[nodiscard]] const std::optional<QDateTime>& date() const { return date_; }
 
 Q_SIGNALS:
-  // The user has chosen.
+  // Emitted when the user has chosen a date, or none.
   void chosen();
 
 private:

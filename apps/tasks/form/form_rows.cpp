@@ -13,8 +13,8 @@ namespace tasks {
 
 namespace {
 
-// Pixels in the narrow screen's font: from which width on labels stand beside their fields, and
-// the width of their column.
+// In pixels at the narrow screen's font size: the width from which on labels are beside their
+// fields, and the width of their column.
 constexpr int wideScreen = 400;
 constexpr int labelColumn = 96;
 
@@ -44,7 +44,7 @@ public:
 private:
   QBoxLayout* line_;
   ZWrappedText* label_;
-  Qt::Alignment side_;  // of the label, when it is beside the field
+  Qt::Alignment side_;  // of a label beside its field
 };
 
 FormRows::FormRows(QWidget* parent) : QScrollArea(parent) {
@@ -72,7 +72,7 @@ void FormRows::addRow(const QString& label, QWidget* field, bool grows) {
   column_->addWidget(row, grows ? 1 : 0);
 }
 
-// With its label, where both have room.
+// Together with its label, if both fit.
 void FormRows::reveal(QWidget* field) {
   for (FormRow* row : rows_)
     if (row->isAncestorOf(field))
@@ -85,7 +85,7 @@ void FormRows::resizeEvent(QResizeEvent* event) {
   for (FormRow* row : rows_)
     row->setWide(wide);
   QScrollArea::resizeEvent(event);
-  // A keyboard on the screen takes room from the form.
+  // An on-screen keyboard covers a part of the form.
   if (QWidget* field = QApplication::focusWidget();
       field != nullptr && widget()->isAncestorOf(field))
     reveal(field);

@@ -10,15 +10,15 @@ namespace tasks {
 
 class FormRow;
 
-// Rows of a label and a field each: the label above the field where the screen is narrow, beside
-// it where it is wide. The field with the focus is scrolled into view.
+// Rows of a label and a field. The label is above the field on narrow screens and beside it on wide
+// ones. Scrolls to the field with the focus.
 class FormRows : public QScrollArea {
   Q_OBJECT
 
 public:
   explicit FormRows(QWidget* parent = nullptr);
 
-  // Takes the field. One that `grows` gets the height that others leave.
+  // Takes ownership of the field. A field that `grows` gets the remaining height.
   void addRow(const QString& label, QWidget* field, bool grows = false);
 
 protected:

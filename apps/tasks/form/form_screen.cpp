@@ -122,7 +122,7 @@ void FormScreen::showDraft() {
   note_->setStored(task.getString(Task::TASK_FIELD_NOTE));
 }
 
-// Has the draft follow what the user does.
+// Applies each edit to the draft.
 void FormScreen::followFields() {
   connect(title_, &QLineEdit::textEdited, this, [this] { draft_.setSummary(title_->value()); });
   connect(due_, &DateField::chosen, this, [this] { draft_.setDue(dayOf(due_->date())); });
@@ -137,7 +137,7 @@ void FormScreen::followFields() {
 }
 
 bool FormScreen::save() {
-  // What an input method still holds was typed too.
+  // Includes text that an input method has not committed yet.
   QGuiApplication::inputMethod()->commit();
   const int code = draft_.save(*engine());
   if (code != TASK_ENG_OK)

@@ -1,4 +1,4 @@
-// The screen on which a task is made or edited.
+// The screen for adding or editing a task.
 #pragma once
 
 #include "TASK_UI_View.h"
@@ -12,26 +12,26 @@ class DateField;
 class LineField;
 class NoteField;
 
-// Whoever leaves it has saved, unless the user cancels the edit. It gives way by the signals of
-// TASK_UI_View, with the task as it is stored then; null when there is none.
+// Leaving the screen saves the task, unless the user cancels. The screen leaves by the signals of
+// TASK_UI_View, with the task as it is stored then, or null if it is not stored.
 class FormScreen : public TASK_UI_View {
   Q_OBJECT
 
 public:
   explicit FormScreen(QWidget* parent);
 
-  // Fills the screen with a copy of the task, or for a new one when it is null. `setEngine` comes
-  // first. `from` is the screen to go back to.
+  // Fills the screen with a copy of the task, or with a new task if it is null. Requires: setEngine
+  // was called. `from` is the screen to return to.
   void openTask(const ZTASK_ENG_Task* task, TASK_UI_View::TASK_VIEW_TYPE from);
 
-  // Stores what was changed. False, after the user was told why, when that can't be done.
+  // Stores the changes. If that fails, tells the user why and returns false.
   bool save();
   [[nodiscard]] bool isChanged() const { return draft_.isChanged(); }
 
 public Q_SLOTS:
   // Saves and leaves.
   void finish();
-  // Leaves without saving; asks before if something was changed.
+  // Leaves without saving. If there are changes, asks first.
   void cancelEdit();
 
 protected:

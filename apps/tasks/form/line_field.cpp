@@ -9,7 +9,7 @@
 
 namespace tasks {
 
-// Cuts what is put in; refuses nothing.
+// Truncates input and rejects nothing.
 class Limit : public QValidator {
 public:
   Limit(qsizetype limit, QLineEdit* line) : QValidator(line), limit_(limit) {

@@ -6,8 +6,8 @@ namespace tasks {
 
 class Limit;
 
-// A line to type a text of limited length into. What is put in and is too long is cut at a whole
-// letter. Up and Down go to the field before and behind.
+// A line for a text of limited length. Input beyond the limit is truncated at a whole letter. Up
+// and Down move to the neighboring fields.
 class LineField : public QLineEdit {
   Q_OBJECT
 
@@ -15,11 +15,11 @@ public:
   // In characters of 16 bits.
   explicit LineField(qsizetype limit, QWidget* parent = nullptr);
 
-  // Shows a text as far as a line can show it, its beginning where it is too long. The rest is
-  // kept.
+  // Shows the beginning of a text, as far as it fits into the limit and a single line. Keeps the
+  // rest.
   void setStored(const QString& text);
-  // The text that is shown, followed by the rest of a stored one that is too long; the stored text,
-  // unit by unit, if the user has not edited the visible text.
+  // The visible text, followed by the rest of a stored text that is too long. If the user has not
+  // edited the visible text, the stored text, unit by unit.
   [[nodiscard]] QString value() const;
 
 protected:
@@ -29,8 +29,8 @@ private:
   const qsizetype most_;
   Limit* limit_;
   QString stored_;
-  QString rest_;   // of the stored text, which is not shown
-  QString shown_;  // what the line made of it
+  QString rest_;   // the invisible end of the stored text
+  QString shown_;  // the stored text as the line shows it
 };
 
 }  // namespace tasks

@@ -13,7 +13,7 @@ namespace tasks {
 
 namespace {
 
-// What lists of categories can show.
+// The length that lists of categories can show.
 constexpr qsizetype nameLimit = 64;
 
 }  // namespace

@@ -6,14 +6,14 @@ namespace tasks {
 
 class LineField;
 
-// Asks for the name of a new category. It is accepted with a name only.
+// Asks for the name of a new category, which must not be empty.
 class NameDialog : public ZPopup {
   Q_OBJECT
 
 public:
   explicit NameDialog(QWidget* parent);
 
-  // Without blanks around it.
+  // Without surrounding blanks.
   [[nodiscard]] QString name() const;
 
 public Q_SLOTS:

@@ -14,7 +14,7 @@ namespace tasks {
 
 namespace {
 
-// Below so many characters the user is told how many are left.
+// The remaining number of characters is shown below this limit.
 constexpr qsizetype fewLeft = 200;
 constexpr int linesSeen = 5;
 
@@ -39,7 +39,7 @@ void NoteEdit::setStored(const QString& text) {
   limit_ = rest_.isEmpty() ? most_ : shown_.size();
 }
 
-// Other than toPlainText it leaves blanks that keep words together as they are.
+// Unlike toPlainText(), keeps no-break spaces.
 QString NoteEdit::content() const {
   return document()->toRawText().replace(QChar(QChar::ParagraphSeparator), QChar(u'\n'));
 }
@@ -50,7 +50,7 @@ QString NoteEdit::value() const {
 }
 
 qsizetype NoteEdit::left() const {
-  // The last paragraph's end counts as a character.
+  // The end of the last paragraph counts as a character.
   return limit_ - (document()->characterCount() - 1);
 }
 
@@ -61,7 +61,7 @@ void NoteEdit::limit() {
     before_ = text;
     return;
   }
-  // One step to undo, together with what was put in. It comes back here.
+  // Joins the insertion to one undo step. Calls this function again.
   QTextCursor cursor = textCursor();
   cursor.joinPreviousEditBlock();
   cursor.setPosition(static_cast<int>(surplus.from));

@@ -6,20 +6,20 @@ class QLabel;
 
 namespace tasks {
 
-// Lines to type a text of limited length into. What is put in and is too long is cut at a whole
-// letter. Tab leaves the field; so do Up on its first line and Down on its last.
+// Lines for a text of limited length. Input beyond the limit is truncated at a whole letter. Tab
+// leaves the field; so do Up on its first line and Down on its last one.
 class NoteEdit : public QPlainTextEdit {
   Q_OBJECT
 
 public:
   explicit NoteEdit(qsizetype limit, QWidget* parent = nullptr);
 
-  // Shows a text, its beginning where it is too long, without a signal. The rest is kept.
+  // Shows a text, or its beginning if it is too long, without emitting a signal. Keeps the rest.
   void setStored(const QString& text);
-  // The text that is shown, followed by the rest of a stored one that is too long; the stored text,
-  // unit by unit, if the user has not edited the visible text.
+  // The visible text, followed by the rest of a stored text that is too long. If the user has not
+  // edited the visible text, the stored text, unit by unit.
   [[nodiscard]] QString value() const;
-  // How many characters of 16 bits may still be put in.
+  // The number of characters of 16 bits that can still be entered.
   [[nodiscard]] qsizetype left() const;
 
   [[nodiscard]] QSize sizeHint() const override;
@@ -33,27 +33,27 @@ private:
   void limit();
 
   const qsizetype most_;
-  qsizetype limit_;  // for the visible text; lower if a rest is kept
-  QString rest_;     // of the stored text, which is not shown
+  qsizetype limit_;  // of the visible text; lower if a rest is kept
+  QString rest_;     // the invisible end of the stored text
   QString before_;   // the content before the last change
   QString stored_;
-  QString shown_;  // what the lines made of it
+  QString shown_;  // the stored text as the lines show it
 };
 
-// The lines, and below them how much may still be put in once that is little.
+// The lines, and below them the number of characters that can still be entered once that is small.
 class NoteField : public QWidget {
   Q_OBJECT
 
 public:
   explicit NoteField(qsizetype limit, QWidget* parent = nullptr);
 
-  // As the functions of NoteEdit.
+  // See NoteEdit.
   void setStored(const QString& text);
   [[nodiscard]] QString value() const;
   [[nodiscard]] NoteEdit* edit() const { return edit_; }
 
 Q_SIGNALS:
-  // The user has changed the text.
+  // Emitted when the user has edited the text.
   void edited();
 
 private:

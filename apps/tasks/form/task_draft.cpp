@@ -26,7 +26,7 @@ QString limited(QString text, qsizetype units) {
   return ulo::wholeLetters(text.remove(QChar(u'\0')), units);
 }
 
-// A text that other programs stored may be longer.
+// Texts stored by other programs may be longer than the limit.
 qsizetype most(const QString& stored, qsizetype limit) {
   return std::max(stored.size(), limit);
 }
@@ -37,7 +37,7 @@ std::optional<QDateTime> dateOf(const Task& task, Task::TASK_FIELD_T field) {
                               : std::nullopt;
 }
 
-// What the store does to the end date of a task that it updates, it leaves to whoever adds one.
+// The store maintains the end date of tasks that it updates, but not of tasks that it adds.
 void setEnd(Task& task, const QDateTime& now) {
   if (!ulo::isCompleted(task))
     task.setDateTime(Task::TASK_FIELD_END, Task::noDate());
@@ -151,7 +151,7 @@ void TaskDraft::applyTo(ZTASK_ENG_Task& task) const {
 int TaskDraft::save(ZTASK_ENG_Model& store) {
   if (!isChanged())
     return TASK_ENG_OK;
-  // A task that is not stored any more when it would be changed is added at the same moment.
+  // A task that another program has removed is added again in the same transaction.
   ulo::WriteTransaction transaction;
   if (!transaction)
     return ulo::storeCode(transaction.result());
@@ -161,7 +161,7 @@ int TaskDraft::save(ZTASK_ENG_Model& store) {
     code = add(store, task);
   if (code != TASK_ENG_OK)
     return code;
-  // As the store keeps it: it counts in seconds.
+  // As it was stored, in whole seconds.
   static_cast<void>(store.getTask(task.getUINT32(Task::TASK_FIELD_UID), task));
   code = ulo::storeCode(transaction.commit());
   if (code == TASK_ENG_OK)
@@ -169,7 +169,7 @@ int TaskDraft::save(ZTASK_ENG_Model& store) {
   return code;
 }
 
-// TASK_ENG_NOT_FOUND, and the task as it was, when it is no longer stored.
+// Returns TASK_ENG_NOT_FOUND, and leaves `task` unchanged, if it is no longer stored.
 int TaskDraft::replace(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task) const {
   ulo::ChangeReport report;
   const int code = ulo::changeTask(
@@ -184,7 +184,7 @@ int TaskDraft::add(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task) const {
   const QDateTime now = ulo::currentLocalTime();
   setEnd(task, now);
   task.setDateTime(Task::TASK_FIELD_REVISION, now);
-  // The name that stands for a category that was removed must not become one.
+  // The name that stands for a removed category must not become a category.
   if (task.getString(Task::TASK_FIELD_CATEGORY) == ulo::vanishedCategory)
     task.setString(Task::TASK_FIELD_CATEGORY, QString());
   return ulo::addTask(store, task);

@@ -1,4 +1,4 @@
-// What the user makes of a task before it is saved.
+// A task that is being edited.
 #pragma once
 
 #include "ZTASK_ENG_Model.h"
@@ -12,28 +12,28 @@
 
 namespace tasks {
 
-// A new task or a change of a stored one. A field that is set to what it was is not changed: what
-// is stored of it stays as it is, unit by unit and code by code.
+// A new task or a change of a stored one. Setting a field to its stored value leaves it unchanged,
+// unit by unit and code by code.
 class TaskDraft {
 public:
-  // A new task: to be done, of normal priority.
+  // A new task that needs action and has normal priority.
   TaskDraft();
   explicit TaskDraft(const ZTASK_ENG_Task& stored);
 
-  // The task as it would be saved; the stored one once it is.
+  // The task as it would be saved; after saving, as it is stored.
   [[nodiscard]] const ZTASK_ENG_Task& task() const { return wanted_; }
-  // The task as the draft began with it.
+  // The task at the start of the draft, or when it was last saved.
   [[nodiscard]] const ZTASK_ENG_Task& original() const { return original_; }
   [[nodiscard]] bool isNew() const;
 
-  // Texts are cut, at a whole letter, to what a task holds, or to the length of the stored text if
-  // that is longer.
+  // Texts are truncated at a whole letter to the limit of the field, or to the length of the stored
+  // text if that is longer.
   void setSummary(const QString& text);
   void setNote(const QString& text);
-  // Local midnight of a day; the time of day that was stored where there was one. Nothing for a
-  // task that isn't due.
+  // Sets the due date to the start of the day, or to its stored time of day if there is one.
+  // Without a day, the task has no due date.
   void setDue(const std::optional<QDate>& day);
-  // The local day on which the task is due.
+  // The local day of the due date.
   [[nodiscard]] std::optional<QDate> due() const;
   void setAlarm(const std::optional<QDateTime>& time);
   [[nodiscard]] std::optional<QDateTime> alarm() const;
@@ -45,9 +45,9 @@ public:
   void setCategory(const QString& name);
 
   [[nodiscard]] bool isChanged() const;
-  // Stores the fields that were changed, over the task as it is stored now; a task that was removed
-  // meanwhile is stored anew. A category that there isn't yet is made. Nothing is stored of a draft
-  // without changes. A code of the store; the draft stays as it is when that isn't TASK_ENG_OK.
+  // Stores the changed fields into the task as it is stored now. Adds a task that was removed in
+  // the meantime, and a category that does not exist. Stores nothing if nothing was changed.
+  // Returns a code of the store; unless it is TASK_ENG_OK, the draft stays unchanged.
   int save(ZTASK_ENG_Model& store);
 
 private:

@@ -14,7 +14,7 @@ Span surplusOf(const QString& before, const QString& text, qsizetype cursor, qsi
       std::mismatch(before.cbegin(), before.cend(), text.cbegin(), text.cend()).second;
   const qsizetype begin = std::min<qsizetype>(differs - text.cbegin(), cursor);
   const qsizetype end = cursor - surplus;
-  if (end < begin)  // more is too much than was put in
+  if (end < begin)  // the insertion is shorter than the surplus
     return {ulo::wholeLetters(text, limit).size(), text.size()};
   return {std::max(begin, ulo::wholeLetters(text.first(cursor), end).size()), cursor};
 }

@@ -1,19 +1,19 @@
-// Texts that are kept to a limit while they are typed.
+// Limits the length of a text while it is edited.
 #pragma once
 
 #include <QString>
 
 namespace tasks {
 
-// A part of a text, from one place up to another.
+// The part of a text from `from` up to `to`.
 struct Span {
   qsizetype from = 0;
   qsizetype to = 0;
 };
 
-// What has to go from a text so that `limit` characters of 16 bits hold it; empty for one that
-// fits. `before` is the text before something was put in that ends at `cursor`: it is the end of
-// this that goes, and what is kept of it ends with a whole letter.
+// Returns the part to remove so that the text has at most `limit` characters of 16 bits; an empty
+// part if it fits. `before` is the text before the last insertion, which ends at `cursor`. The end
+// of the insertion is removed, at the border of a letter.
 [[nodiscard]] Span surplusOf(const QString& before, const QString& text, qsizetype cursor,
                              qsizetype limit);
 

@@ -1,4 +1,4 @@
-// What the list leaves out, as the user says it.
+// The controls of the filter of the list.
 #pragma once
 
 #include "list/task_list_model.h"
@@ -11,24 +11,24 @@ namespace tasks {
 
 class ChoiceField;
 
-// A line to search in and a choice of one category.
+// A search line and a choice of one category.
 class FilterBar : public QWidget {
   Q_OBJECT
 
 public:
   explicit FilterBar(QWidget* parent);
 
-  // The categories to choose from; one that is chosen stays so while it is among them.
+  // Sets the categories to choose from. The chosen one stays chosen while it is among them.
   void setCategories(const QValueList<QString>& names);
   [[nodiscard]] ListFilter filter() const;
-  // Leaves nothing out.
+  // Removes the filter.
   void clear();
-  // Goes on typing in the search line, with this text behind what is there.
+  // Moves the focus to the search line and appends this text.
   void type(const QString& text);
 
 Q_SIGNALS:
   void changed();
-  // The user is done with the search line.
+  // Emitted when the user leaves the search line.
   void left();
 
 protected:

@@ -39,7 +39,7 @@ struct ViewTitle {
   listMenu::Item menuItem;
   const char* id;
   const char* english;
-  // When it has no tasks.
+  // The text for an empty view.
   const char* emptyId;
   const char* emptyEnglish;
 };
@@ -242,7 +242,7 @@ void ListScreen::updateState() {
   const bool hadFocus = list_->hasFocus() || emptyPage_->hasFocus();
   empty_->setText(emptyText());
   pages_->setCurrentWidget(page);
-  // Keys reach the screen where there is no list, too.
+  // Also delivers keys to the screen if the list is empty.
   setFocusProxy(page);
   if (hadFocus)
     page->setFocus();
@@ -310,7 +310,7 @@ void ListScreen::tell(const QString& message) {
 }
 
 std::vector<unsigned int> ListScreen::targets() const {
-  // Not a part of what the user has chosen.
+  // Never only a part of the selection.
   if (choosing_)
     return model_.isChoosingAll() ? std::vector<unsigned int>() : model_.chosen();
   if (list_->currentRow() < 0)
@@ -380,7 +380,7 @@ void ListScreen::shareByMessage() {
     shareTask(store_, task, ShareBy::message);
 }
 
-// The partner is to learn of everything that the user has deleted.
+// The partner must receive all deletions of the user.
 void ListScreen::synchronize() {
   syncWanted_ = true;
   removal_.hasten();
@@ -424,7 +424,7 @@ void ListScreen::undoRemoval() {
 }
 
 void ListScreen::removalChanged() {
-  // A button that goes leaves the focus to the list.
+  // If the focused button is hidden, the list gets the focus.
   const bool hadFocus = notice_->isAncestorOf(QApplication::focusWidget());
   model_.setHidden(removal_.uids());
   const std::size_t count = removal_.undoable();
@@ -453,7 +453,7 @@ void ListScreen::showEvent(QShowEvent* event) {
   setFocus();
 }
 
-// What nothing on the screen has taken; letters search.
+// Keys that no child has handled. Letters start a search.
 void ListScreen::keyPressEvent(QKeyEvent* event) {
   const bool plain = (event->modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier)) == 0;
   const QString letters = plain ? event->text().trimmed() : QString();

@@ -19,36 +19,37 @@ class FilterBar;
 class NoticeBar;
 class TaskListView;
 
-// Shows one of four views of the list, by due date or priority, and gives way to the screens that
-// show, make or edit a task. View and order are those of the last time.
+// Shows one of four views of the list, sorted by due date or priority, and requests the screens
+// that show, add or edit a task. Remembers the view and the order.
 class ListScreen : public TASK_UI_View {
   Q_OBJECT
 
 public:
-  // How long a removal can be taken back.
+  // The undo period of a deletion.
   static constexpr std::chrono::milliseconds undoTime{6000};
 
   // The store must outlive the screen.
   ListScreen(ZTASK_ENG_Model& store, QWidget* parent = nullptr);
   ~ListScreen() override;
 
-  // Shows the task, where the view has it.
+  // Selects the task if the view shows it.
   void goTo(unsigned int uid);
-  // Whether view, search or category leave this task out. False while it may still be found.
+  // Whether the view, the search or the category filter hides this task. Returns false while the
+  // search is still running.
   [[nodiscard]] bool leavesOut(unsigned int uid) const;
-  // Tells of something that was done.
+  // Shows a message.
   void tell(const QString& message);
-  // A task that the user deleted a moment ago stays after all.
+  // Restores a task that the user has just deleted.
   void keep(unsigned int uid) { removal_.keep(uid); }
-  // Makes what cannot wait: removals that could be taken back.
+  // Completes pending deletions.
   void finish() { removal_.finish(); }
 
 public Q_SLOTS:
-  // Reads anew what the store has.
+  // Reads the list again.
   void refresh();
 
 Q_SIGNALS:
-  // The user wants to leave the application.
+  // Emitted when the user wants to leave the application.
   void exitAsked();
 
 protected:
@@ -94,10 +95,10 @@ private:
   void remove(const std::vector<unsigned int>& uids);
   void removalChanged();
   void readCategories();
-  // The tasks that a key is for: the chosen ones, or the current one.
+  // The tasks on which a key acts: the selected ones, or the current one.
   [[nodiscard]] std::vector<unsigned int> targets() const;
-  // Reads the one task that the menu is for. Returns false if there are none or several, and, after
-  // telling the user why, if it is gone or can't be read.
+  // Reads the single task on which the menu acts. Returns false if there are none or several; also,
+  // after telling the user why, if the task is gone or cannot be read.
   bool readMenuTask(ZTASK_ENG_Task& task);
   void startSynchronizing();
   [[nodiscard]] QString emptyText() const;
@@ -113,11 +114,11 @@ private:
   QScrollArea* emptyPage_ = nullptr;
   QLabel* empty_ = nullptr;
   ZOptionsMenu* menu_ = nullptr;
-  // What the menu was opened for, whatever happens to the list meanwhile.
+  // The tasks for which the menu was opened, even if the list changes while it is open.
   std::vector<unsigned int> menuTargets_;
   QTimer day_{this};
   bool choosing_ = false;
-  bool syncWanted_ = false;  // once nothing is left to remove
+  bool syncWanted_ = false;  // starts when no deletion is pending
 };
 
 }  // namespace tasks

@@ -1,4 +1,4 @@
-// How the list was looked at the last time.
+// The view and the order that the user chose last.
 #pragma once
 
 #include "task_pages.h"

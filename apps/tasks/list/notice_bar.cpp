@@ -17,7 +17,7 @@ namespace tasks {
 
 namespace {
 
-// Screen readers say what an alert contains when it is shown.
+// Screen readers speak an alert when it is shown.
 QAccessibleInterface* alertOf(const QString&, QObject* object) {
   auto* bar = qobject_cast<NoticeBar*>(object);
   return bar == nullptr ? nullptr : new QAccessibleWidget(bar, QAccessible::AlertMessage);
@@ -57,13 +57,13 @@ void NoticeBar::showText(const QString& text, bool isUndoable) {
   show();
 }
 
-// The button below a text that has not half of the bar for itself.
+// Puts the button below a text that would get less than half of the bar.
 void NoticeBar::arrange() {
   const int beside = undo_->isHidden() ? 0 : undo_->sizeHint().width();
   const bool fits = text_->widthOnOneLine() + beside + 4 * ulo::gap(this) <= width();
   line_->setDirection(fits || beside < width() / 3 ? QBoxLayout::LeftToRight
                                                    : QBoxLayout::TopToBottom);
-  // A text of several lines takes the height that it needs.
+  // A text of several lines gets the height that it needs.
   line_->setAlignment(text_, fits ? Qt::AlignVCenter : Qt::Alignment());
 }
 
@@ -88,7 +88,7 @@ void NoticeBar::showMessage(const QString& text) {
     time_.start();
 }
 
-// The screen that it is on may come later.
+// The screen may be shown later.
 void NoticeBar::showEvent(QShowEvent* event) {
   QWidget::showEvent(event);
   ulo::announce(this, text_->text());

@@ -1,4 +1,4 @@
-// What has just been done, for some seconds.
+// Messages about what has just been done.
 #pragma once
 
 #include <QTimer>
@@ -16,12 +16,11 @@ class NoticeBar : public QWidget {
 public:
   explicit NoticeBar(QWidget* parent);
 
-  // Stays until it is hidden, and offers to take back what was done.
+  // Shows a text with an undo button until hideUndoable() is called.
   void showUndoable(const QString& text);
-  // Goes by itself, some seconds after it was first seen. Waits for one that offers to take
-  // something back.
+  // Shows a message for some seconds, once the bar is visible and no undo button is shown.
   void showMessage(const QString& text);
-  // Of what can be taken back; a message stays, or comes.
+  // Hides a text with an undo button. A message stays, or is shown next.
   void hideUndoable();
 
 Q_SIGNALS:
@@ -39,7 +38,7 @@ private:
   QBoxLayout* line_;
   ZWrappedText* text_;
   QToolButton* undo_;
-  QString next_;  // the message that waits
+  QString next_;  // the message to show next
   QTimer time_{this};
 };
 

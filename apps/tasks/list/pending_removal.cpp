@@ -73,7 +73,7 @@ void PendingRemoval::removeSome() {
   Q_EMIT changed();
 }
 
-// False when there is nothing to do any more.
+// Returns false if nothing is left to delete.
 bool PendingRemoval::removeNext() {
   if (due_.empty()) {
     work_.stop();

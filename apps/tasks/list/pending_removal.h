@@ -1,4 +1,4 @@
-// Tasks on their way out.
+// Deferred deletion with undo.
 #pragma once
 
 #include "ZTASK_ENG_Model.h"
@@ -11,9 +11,9 @@
 
 namespace tasks {
 
-// Puts the removal of tasks off for as long as the user may take it back. Until then the store has
-// them as they were: a task that comes back is the same one, and a program that dies removes
-// nothing. The removal itself goes on between other events.
+// Deletes tasks only after the undo period has passed. Until then they remain in the store
+// unchanged, so that undo restores the same task with the same UID, and a crash deletes nothing.
+// The deletion runs in small slices on the event loop.
 class PendingRemoval : public QObject {
   Q_OBJECT
 
@@ -21,29 +21,29 @@ public:
   PendingRemoval(ZTASK_ENG_Model& store, std::chrono::milliseconds patience,
                  QObject* parent = nullptr);
 
-  // Tasks of an earlier call can no longer be taken back.
+  // Schedules `uids` for deletion. Tasks scheduled earlier can no longer be restored.
   void begin(const std::vector<unsigned int>& uids);
-  // What can be taken back stays.
+  // Restores the tasks of the last begin().
   void undo();
-  // A task that is to be removed stays after all.
+  // Restores a single task, even one that can no longer be undone.
   void keep(unsigned int uid);
   // Deletes everything that is scheduled without waiting for the undo period, in slices on the
   // event loop. None of it can be restored any longer.
   void hasten();
-  // Removes everything now.
+  // Deletes everything that is scheduled before it returns.
   void finish();
 
-  // How many can be taken back.
+  // The number of tasks that undo() would restore.
   [[nodiscard]] std::size_t undoable() const { return undoable_.size(); }
   // Whether nothing is scheduled or being deleted.
   [[nodiscard]] bool isIdle() const { return undoable_.empty() && due_.empty(); }
-  // All that is to be removed.
+  // All scheduled tasks.
   [[nodiscard]] std::unordered_set<unsigned int> uids() const;
 
 Q_SIGNALS:
-  // What can be taken back is another one, or all that was to be removed is.
+  // Emitted when the set of undoable tasks changes or the deletion has finished.
   void changed();
-  // The store refused to remove a task, with this code; the task and those behind it stay.
+  // Emitted when the store fails to delete a task. The task and all following ones are kept.
   void failed(int code);
 
 private:
@@ -53,7 +53,7 @@ private:
 
   ZTASK_ENG_Model& store_;
   std::vector<unsigned int> undoable_;
-  std::vector<unsigned int> due_;  // from the last to the first
+  std::vector<unsigned int> due_;  // last one first
   QTimer patience_;
   QTimer work_;
 };

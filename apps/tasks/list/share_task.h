@@ -1,4 +1,4 @@
-// Gives a task to other people.
+// Sending a task to other people.
 #pragma once
 
 #include "ZTASK_ENG_Model.h"
@@ -7,7 +7,7 @@ namespace tasks {
 
 enum class ShareBy { bluetooth, message };
 
-// As the detail view of the task does. Dialogs tell of what goes wrong on the way to a device.
+// Sends the task as the detail view does. Dialogs report problems with the device.
 void shareTask(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task, ShareBy way);
 
 }  // namespace tasks

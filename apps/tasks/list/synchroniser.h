@@ -1,16 +1,16 @@
-// The sync engine, as the application asks it to run.
+// The synchronization program.
 #pragma once
 
 namespace tasks {
 
-// Which program that is the launch table says, under AM_ActionData::synchroniser; the owner may
-// change it at any time.
+// The launch table names the program under AM_ActionData::synchroniser. The user can change it at
+// any time.
 class Synchroniser {
 public:
-  // Whether the launch table has a sync engine.
+  // Whether the launch table names a program.
   [[nodiscard]] static bool isSetUp();
-  // Starts it and returns at once; what it changes shows as any program's changes do. False, with a
-  // line in the log, when there is none or it can't be started.
+  // Starts the program and returns at once. Its changes appear like those of any other program.
+  // Returns false, and logs why, if there is none or it cannot be started.
   [[nodiscard]] static bool start();
 };
 

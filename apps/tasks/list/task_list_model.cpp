@@ -16,8 +16,8 @@ namespace {
 constexpr int rowPage = 32;      // records that are read for rows on the screen
 constexpr int filterPage = 256;  // records that are read for a filter
 constexpr int keptRecords = 1024;
-// Milliseconds for which a filter reads before it lets others go on; the first time, so that short
-// lists are there at once.
+// In milliseconds: how long a filter reads before it returns to the event loop. The first slice is
+// longer, so that short lists appear at once.
 constexpr qint64 slice = 6;
 constexpr qint64 firstSlice = 30;
 
@@ -61,7 +61,7 @@ void TaskListModel::setFilter(const ListFilter& filter) {
 void TaskListModel::setHidden(std::unordered_set<unsigned int> uids) {
   hidden_ = std::move(uids);
   if (filter_.isSet()) {
-    // What is hidden goes at once, what comes back is found anew.
+    // Hidden rows are removed at once. Rows that reappear require reading the list again.
     Listing listing = shown_;
     dropHidden(listing);
     if (coming_)
@@ -76,7 +76,7 @@ void TaskListModel::dropHidden(Listing& listing) const {
                 [&](unsigned int place) { return hidden_.contains(listing.uidAt(place)); });
 }
 
-// The list as the store has it now; without a filter it is whole.
+// The list as it is stored now. Without a filter it is complete.
 TaskListModel::Listing TaskListModel::begin() {
   Listing listing;
   code_ = listing.pages.open(store_, order_);
@@ -92,7 +92,7 @@ TaskListModel::Listing TaskListModel::begin() {
   return listing;
 }
 
-// The places that the filter lets through of those that one slice of time is enough for.
+// Reads for one slice of time. Returns the places that pass the filter.
 std::vector<unsigned int> TaskListModel::readSlice(Listing& listing) {
   const qint64 time = listing.pages.position() == 0 ? firstSlice : slice;
   std::vector<unsigned int> found;
@@ -125,7 +125,7 @@ void TaskListModel::start() {
 
 void TaskListModel::refresh() {
   if (coming_) {
-    // Reading ends even if changes don't.
+    // Finish reading first, in case changes never end.
     isOld_ = true;
     renewRows();
     return;
@@ -142,7 +142,7 @@ void TaskListModel::refresh() {
   }
 }
 
-// The records of the rows are read again when they are looked at.
+// Reads the records again when the rows are displayed.
 void TaskListModel::renewRows() {
   records_.clear();
   if (rowCount() > 0)
@@ -214,8 +214,8 @@ void TaskListModel::dropLostChoices() {
   chosen_ = std::move(kept);
 }
 
-// The rows that take the place of the shown ones and were not among them: whether one of those is
-// chosen is up to the user.
+// While all rows are being selected, selects the rows that were not shown before. The user may have
+// deselected others.
 void TaskListModel::chooseNewRows(const Listing& listing) {
   std::unordered_set<unsigned int> before;
   for (const unsigned int place : shown_.places)
@@ -317,7 +317,7 @@ QVariant TaskListModel::data(const QModelIndex& index, int role) const {
   }
 }
 
-// Null where the store no longer has the task: until the list is read anew its row is empty.
+// Returns null if the task is no longer stored. Its row stays empty until the list is read again.
 const ZTASK_ENG_Task* TaskListModel::record(int row) const {
   const unsigned int uid = uidAt(row);
   if (!records_.contains(uid))
@@ -325,7 +325,7 @@ const ZTASK_ENG_Task* TaskListModel::record(int row) const {
   return records_.object(uid);
 }
 
-// Where all places have rows, the neighbours will be looked at too.
+// Without a filter, the neighboring rows will be displayed too.
 void TaskListModel::readRecords(unsigned int place) const {
   ulo::Records page;
   if (!filter_.isSet())

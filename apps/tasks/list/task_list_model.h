@@ -15,11 +15,11 @@
 
 namespace tasks {
 
-// What a list leaves out.
+// The filter of the list.
 struct ListFilter {
-  // Each of these words has to be in the summary, the note or the category, in any case.
+  // Each word must occur in the summary, the note or the category, ignoring case.
   QStringList words;
-  // The name of a category; all that isNoCategory holds for are one.
+  // The name of a category. All names for which isNoCategory returns true are equivalent.
   std::optional<QString> category;
 
   [[nodiscard]] bool isSet() const { return !words.isEmpty() || category.has_value(); }
@@ -27,8 +27,8 @@ struct ListFilter {
   bool operator==(const ListFilter&) const = default;
 };
 
-// Knows the UIDs of the list and reads records a page at a time, those that are looked at. With a
-// filter the rows come by and by, as its pages are read and while the event loop has time.
+// Holds the UIDs of the list and reads records page by page when rows are displayed. With a filter,
+// rows are added in small slices on the event loop while the list is read.
 class TaskListModel : public QAbstractListModel {
   Q_OBJECT
 
@@ -49,7 +49,7 @@ public:
   void setFilter(const ListFilter& filter);
   void setHidden(std::unordered_set<unsigned int> uids);
 
-  // Reads anew what the store has. With a filter the rows that are there stay until all is read.
+  // Reads the list again. With a filter, the present rows stay until it has been read completely.
   void refresh();
 
   [[nodiscard]] const ulo::ListOrder& order() const { return order_; }
@@ -62,17 +62,17 @@ public:
 
   // Requires: a row of the model.
   [[nodiscard]] unsigned int uidAt(int row) const;
-  // -1 for a task that has no row.
+  // -1 if the task has no row.
   [[nodiscard]] int rowOf(unsigned int uid) const;
 
-  // While the user chooses tasks, rows can be checked (Qt::CheckStateRole): the chosen ones are.
-  // Begins and ends with none chosen.
+  // In selection mode rows can be checked (Qt::CheckStateRole), which selects their tasks. Entering
+  // or leaving the mode clears the selection.
   void setChoosing(bool choosing);
-  // Tasks that the user has chosen. One that loses its row is no longer chosen.
+  // Selects or deselects a row. A task that loses its row is no longer selected.
   void setChosen(int row, bool chosen);
-  // Chooses all rows, and each row that is still to come until all are read.
+  // Selects all rows, including those that follow until the list is read completely.
   void chooseAll();
-  // Whether chooseAll waits for rows.
+  // Whether chooseAll() still waits for rows.
   [[nodiscard]] bool isChoosingAll() const { return choosingAll_; }
   void chooseNone();
   [[nodiscard]] unsigned int chosenCount() const {
@@ -85,15 +85,15 @@ public:
   [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
   [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& index) const override;
   [[nodiscard]] bool canFetchMore(const QModelIndex& parent) const override;
-  // Reads pages for some milliseconds.
+  // Reads pages for a few milliseconds.
   void fetchMore(const QModelIndex& parent) override;
 
 Q_SIGNALS:
-  // isReading or the number of rows or of chosen ones may be another one.
+  // Emitted when isReading(), the number of rows or the selection may have changed.
   void stateChanged();
 
 private:
-  // A list of the store, and which of its places have a row.
+  // A list of the store.
   struct Listing {
     ulo::TaskPages pages;              // read up to where the filter has been applied
     std::vector<unsigned int> places;  // that have a row

@@ -48,7 +48,7 @@ std::pair<int, int> TaskListView::visibleRows() const {
   return {first, std::min(tasks_.rowCount(), first + viewport()->height() / height + 1)};
 }
 
-// A screen reader hears which of the rows that are seen were chosen, or no longer are.
+// Tells screen readers which of the visible rows were selected or deselected.
 void TaskListView::dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
                                const QList<int>& roles) {
   QListView::dataChanged(topLeft, bottomRight, roles);
@@ -77,8 +77,8 @@ void TaskListView::notePlace() {
     place_.seen.push_back(tasks_.uidAt(row));
 }
 
-// The first visible task that is still there stays where it was; a current one that is gone leaves
-// its row to the next.
+// The first visible task that still exists keeps its position. If the current task is gone, the
+// following one becomes current.
 void TaskListView::takePlace() {
   executeDelayedItemsLayout();
   const int rows = tasks_.rowCount();
@@ -97,7 +97,7 @@ void TaskListView::takePlace() {
   verticalScrollBar()->setValue(scrolled);
 }
 
-// Who comes by keyboard sees where they are.
+// Keyboard users see the current row.
 void TaskListView::focusInEvent(QFocusEvent* event) {
   QListView::focusInEvent(event);
   if (!currentIndex().isValid() && tasks_.rowCount() > 0)

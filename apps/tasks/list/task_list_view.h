@@ -1,4 +1,4 @@
-// The task list as the user touches it.
+// The view of the task list, with touch and keys.
 #pragma once
 
 #include <QBasicTimer>
@@ -13,9 +13,9 @@ namespace tasks {
 class TaskListModel;
 class TaskRow;
 
-// Enter or a touch opens a task, Space or a touch of its status checks it off. Keeps the current
-// task and what is seen where they are when the model is reset; a touch goes on meanwhile. A key
-// that is held does nothing again that changes a task.
+// Enter or a touch opens a task; Space or a touch of its status completes it. When the model is
+// reset, keeps the current task and the scroll position, and a touch continues. Auto-repeated keys
+// do not change tasks.
 class TaskListView : public QListView {
   Q_OBJECT
 
@@ -23,15 +23,15 @@ public:
   TaskListView(TaskListModel& tasks, QWidget* parent);
 
   void setChoosing(bool choosing);
-  // -1 where there is none.
+  // -1 if there is none.
   [[nodiscard]] int currentRow() const { return currentIndex().row(); }
-  // Makes the row current and shows it; does nothing for one that isn't there.
+  // Makes the row current and visible. Does nothing if it does not exist.
   void goTo(int row);
 
 Q_SIGNALS:
   void opened(int row);
   void checked(int row);
-  // Touched and held.
+  // Emitted when the user touches and holds a row.
   void held(int row);
   void removalAsked();
 
@@ -46,19 +46,19 @@ protected:
   void focusInEvent(QFocusEvent* event) override;
 
 private:
-  // Where the list was.
+  // The scroll position.
   struct Place {
     int row = -1;
     unsigned int uid = 0;
-    std::vector<unsigned int> seen;  // the tasks from the first visible row on
-    int offset = 0;                  // pixels of that row that are not seen
+    std::vector<unsigned int> seen;  // the tasks of the visible rows
+    int offset = 0;                  // hidden pixels of the first one
     int scrolled = 0;
   };
 
   void notePlace();
   void takePlace();
   void letGo();
-  // The first row that is seen, and the one after the last.
+  // The first visible row, and the one after the last.
   [[nodiscard]] std::pair<int, int> visibleRows() const;
 
   TaskListModel& tasks_;

@@ -13,7 +13,7 @@ namespace tasks {
 
 namespace {
 
-// Takes a part of the room from the side where lines begin, or end.
+// Cuts off the part of `room` where lines start, or end.
 QRect takeStart(QRect& room, int width, Qt::LayoutDirection direction) {
   QRect part = room;
   if (direction == Qt::RightToLeft) {
@@ -36,7 +36,7 @@ void paintIcon(QPainter* painter, const QRect& place, const QPixmap& icon) {
                       icon);
 }
 
-// A disc with a tick, or a ring.
+// A disc with a check mark, or a ring.
 void paintMark(QPainter* painter, const QStyleOptionViewItem& option, const QRect& place,
                bool chosen) {
   const int side = ulo::iconSize(option.widget);
@@ -56,7 +56,7 @@ void paintMark(QPainter* painter, const QStyleOptionViewItem& option, const QRec
   painter->setRenderHint(QPainter::Antialiasing, false);
 }
 
-// As red as the ground lets it be read.
+// The red that is legible on this background.
 QColor overdueColour(const QPalette& palette) {
   return palette.color(QPalette::Base).lightness() < 128 ? QColor(0xff, 0x8a, 0x80)
                                                          : QColor(0xc9, 0x2a, 0x2a);
@@ -95,7 +95,7 @@ QSize TaskRow::sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) 
 void TaskRow::paint(QPainter* painter, const QStyleOptionViewItem& option,
                     const QModelIndex& index) const {
   painter->save();
-  // Letters with many marks are higher than a line.
+  // Letters with many combining marks are higher than a line.
   painter->setClipRect(option.rect);
   const bool current = (option.state & QStyle::State_HasFocus) != 0;
   const bool chosen = choosing_ && index.data(TaskListModel::ChosenRole).toBool();

@@ -1,4 +1,4 @@
-// How a row of the task list looks.
+// The look of a row of the task list.
 #pragma once
 
 #include "task_words.h"
@@ -10,16 +10,16 @@
 
 namespace tasks {
 
-// Status, title and priority; below the title due day and category. All rows are equally high. One
-// line of text each, elided where it is too long.
+// Paints status, title and priority, and below the title the due day and the category. All rows
+// have the same height. Texts are on one line and elided.
 class TaskRow : public QStyledItemDelegate {
 public:
   explicit TaskRow(QObject* parent = nullptr);
 
-  // Rows begin with the mark of a chosen task in place of the status.
+  // In selection mode rows start with a selection mark in place of the status.
   void setChoosing(bool choosing) { choosing_ = choosing; }
 
-  // The part of a row that checks it off.
+  // The part of a row that completes the task when touched.
   [[nodiscard]] static QRect statusZone(const QWidget* widget, const QRect& row);
   [[nodiscard]] static int heightOf(const QWidget* widget);
 

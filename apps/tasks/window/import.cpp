@@ -19,7 +19,7 @@ namespace tasks {
 
 namespace {
 
-// The bytes of a file; none for one that is too large, no regular file, or can't be read.
+// Returns the bytes of a file; none if it is too large, is not a regular file, or cannot be read.
 std::optional<QByteArray> readFile(const QString& path) {
   const ulo::Descriptor file(
       open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
@@ -27,7 +27,7 @@ std::optional<QByteArray> readFile(const QString& path) {
   if (!file.isOpen() || fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
       status.st_size > largestImport)
     return {};
-  // What the system tells as the size may be out of date, or 0 as in /proc.
+  // The size that the system reports may be out of date, or 0 as in /proc.
   constexpr qsizetype chunk = 65536;
   QByteArray bytes;
   bytes.reserve(status.st_size + chunk);
@@ -44,7 +44,7 @@ std::optional<QByteArray> readFile(const QString& path) {
   return {};
 }
 
-// To-dos that the file holds; none where it can't be read.
+// Returns the to-dos of the file; none if it cannot be read.
 void appendTodos(const QString& path, std::vector<ZTASK_ENG_Task>& tasks) {
   const std::optional<QByteArray> bytes = readFile(path);
   if (!bytes)
@@ -92,7 +92,7 @@ void Import::storeSome() {
     }
 }
 
-// False when nothing is on its way any more.
+// Returns false if nothing is left to store.
 bool Import::storeNext() {
   if (!isUnderWay_)
     return false;

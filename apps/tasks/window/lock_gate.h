@@ -2,8 +2,8 @@
 
 namespace tasks {
 
-// Whether the user may see the tasks: asks the platform's lock, which may ask for a code. Without
-// the lock nobody is let in; standard error says so.
+// Asks the application lock, which may ask the user for a code. Returns whether the user may see
+// the tasks. Without the lock library access is denied, with a message on standard error.
 [[nodiscard]] bool passesLock();
 
 }  // namespace tasks

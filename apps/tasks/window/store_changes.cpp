@@ -54,8 +54,8 @@ void StoreChanges::gather() {
 }
 
 void StoreChanges::gathered() {
-  // The time stamp of a file is coarse: one that was written a moment ago may be written once more
-  // and look the same. Where it didn't become quiet it is looked at once more.
+  // Time stamps of files are coarse: a file that has just been written may be written again and
+  // keep its time stamp. If it did not become quiet, it is checked once more.
   if (isLate_)
     gather();
   if (isOther(true))
@@ -67,8 +67,8 @@ void StoreChanges::lookAround() {
     Q_EMIT changed();
 }
 
-// `wasTold`: files or a broadcast say that there is something. A journal that can't be read is only
-// asked then, and where the store's file is another.
+// `wasTold`: a file event or a broadcast has reported a change. A journal that cannot be read is
+// tried again only then, or if the store's file has changed.
 bool StoreChanges::isOther(bool wasTold) {
   const StoreState state = storeState();
   bool other = std::exchange(store_, state) != state;
@@ -81,8 +81,8 @@ bool StoreChanges::isOther(bool wasTold) {
   return other;
 }
 
-// An empty file is as good as none: one that opens the store makes an empty log, and the last one
-// that closes it removes it.
+// An empty file counts as none: opening the store creates an empty log, and closing it for the last
+// time removes the log.
 StoreChanges::FileState StoreChanges::stateOf(const char* name) const {
   struct stat status {};
   if (stat((directory_ + '/' + name).c_str(), &status) != 0 || status.st_size == 0)
@@ -91,7 +91,7 @@ StoreChanges::FileState StoreChanges::stateOf(const char* name) const {
   return {status.st_ino, status.st_size, status.st_mtim.tv_sec * second + status.st_mtim.tv_nsec};
 }
 
-// What other files the database has says nothing: readers write them too.
+// Other files of the database do not matter: readers write them too.
 StoreChanges::StoreState StoreChanges::storeState() const {
   return {stateOf(ulo::ChangeJournal::fileName), stateOf(storeLog)};
 }

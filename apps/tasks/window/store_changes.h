@@ -1,4 +1,4 @@
-// When to look at the store again.
+// Notification of changes in the store.
 #pragma once
 
 #include "QCopChannel.h"
@@ -18,30 +18,30 @@
 
 namespace tasks {
 
-// Tells that tasks or categories changed, whichever program did it, this one too: by the broadcast
-// at the end of a synchronisation, by the journal of changes, and by the store's own file, for what
-// happens to categories is in no journal. Reading the store is no change.
+// Reports changes of tasks or categories made by any program, including this one. Uses the
+// broadcast at the end of a synchronization, the journal of changes, and the store's own file,
+// because changes of categories have no journal entry. Reading the store is not a change.
 class StoreChanges : public QObject {
   Q_OBJECT
 
 public:
-  // Changes that come one after another are gathered until none comes for `quiet`, but not longer
+  // Changes in quick succession are combined until none has followed for `quiet`, but for no longer
   // than `longest`.
   static constexpr std::chrono::milliseconds quiet{50};
   static constexpr std::chrono::milliseconds longest{250};
-  // How often it looks where the file system tells nothing.
+  // The polling interval if the file system reports no changes.
   static constexpr std::chrono::milliseconds interval{2000};
 
-  // Sees what happens from now on in the data directory of this moment.
+  // Observes the data directory that is set now, from now on.
   explicit StoreChanges(QObject* parent);
   ~StoreChanges() override;
 
 Q_SIGNALS:
-  // Something may be other than before. Never within a call that changes something.
+  // Emitted when something may have changed. Never emitted within a call that changes something.
   void changed();
 
 private:
-  // What tells one state of a file from another.
+  // Distinguishes states of a file.
   struct FileState {
     std::uint64_t inode = 0;
     std::int64_t size = 0;
@@ -71,8 +71,8 @@ private:
   QTimer quiet_;
   QTimer interval_;
   QElapsedTimer gathering_;
-  bool isLate_ = false;                        // it is not waited for quiet any more
-  std::unique_ptr<QSocketNotifier> notifier_;  // goes before its descriptor
+  bool isLate_ = false;                        // `longest` has passed
+  std::unique_ptr<QSocketNotifier> notifier_;  // destroyed before its descriptor
 };
 
 }  // namespace tasks

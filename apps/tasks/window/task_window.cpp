@@ -22,7 +22,7 @@ namespace {
 
 using View = TASK_UI_View;
 
-// In the order that the detail view takes them.
+// In the order of TASK_UI_DetailView::loadPixmap.
 QValueList<QPixmap> stateIcons() {
   QValueList<QPixmap> icons;
   for (const ulo::StateEntry& entry : ulo::states)
@@ -36,7 +36,7 @@ unsigned int uidOf(const ZTASK_ENG_Task& task) {
   return task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID);
 }
 
-// Whether the details of two tasks read the same.
+// Whether the details of both tasks look the same.
 bool areAlike(const ZTASK_ENG_Task& left, const ZTASK_ENG_Task& right) {
   const auto isSame = [&](ZTASK_ENG_Task::TASK_FIELD_T text) {
     return left.getString(text) == right.getString(text);
@@ -78,7 +78,7 @@ TaskWindow::TaskWindow(ZTASK_ENG_Model& store)
   connect(&tidying_, &QTimer::timeout, this, &TaskWindow::tidy);
   connect(&alarms_, &Alarms::opened, this, &TaskWindow::openTask);
   connect(&alarms_, &Alarms::notCompleted, this, &TaskWindow::tellNotCompleted);
-  // Once the list is seen.
+  // After the list has been shown.
   QTimer::singleShot(0, &alarms_, SLOT(look()));
   ulo::connectReturnToIdle(this, SLOT(close()));
 }
@@ -129,8 +129,8 @@ void TaskWindow::changeView(View::TASK_VIEW_TYPE from, View::TASK_VIEW_TYPE to,
   }
 }
 
-// Dialogs of the screen go first: whoever opened one is still at work, as is the menu it was asked
-// from.
+// Closes the dialogs of the screen first: the code that opened one, and the menu from which it was
+// opened, are still running.
 void TaskWindow::disposeView(View::TASK_VIEW_TYPE type) {
   const auto found = screens_.find(type);
   if (found == screens_.end())
@@ -145,8 +145,8 @@ void TaskWindow::disposeView(View::TASK_VIEW_TYPE type) {
   dropLeft();
 }
 
-// A screen goes after the event that it was disposed of in, and never while an event loop runs that
-// began on it.
+// A screen is deleted after the event in which it was disposed of, and never while an event loop
+// runs that it started.
 void TaskWindow::dropLeft() {
   std::erase_if(left_, [](const Screen& screen) {
     const bool isFree = QThread::currentThread()->loopLevel() <= screen.loops;
@@ -158,7 +158,8 @@ void TaskWindow::dropLeft() {
     tidying_.start();
 }
 
-// Not below a menu or a dialog, which are for what was there when they were opened.
+// Not while a menu or a dialog is open, which belong to the task that was shown when they were
+// opened.
 void TaskWindow::renewDetails() {
   const auto found = screens_.find(View::TASK_DETAIL_VIEW);
   detailsAreOld_ = found != screens_.end() && (QApplication::activePopupWidget() != nullptr ||
@@ -199,7 +200,7 @@ View* TaskWindow::makeDetailView(ZTASK_ENG_Task& task) {
 View* TaskWindow::makeForm(View::TASK_VIEW_TYPE from, const ZTASK_ENG_Task* task) {
   auto* screen = new FormScreen(this);
   screen->setEngine(&store_);
-  // What was shown may have changed since.
+  // The task may have changed since it was shown.
   ZTASK_ENG_Task stored;
   const bool isStored = task != nullptr && store_.getTask(uidOf(*task), stored) == TASK_ENG_OK;
   screen->openTask(isStored ? &stored : task, from);
@@ -207,7 +208,7 @@ View* TaskWindow::makeForm(View::TASK_VIEW_TYPE from, const ZTASK_ENG_Task* task
   return screen;
 }
 
-// Null where nothing is being edited.
+// Null if nothing is being edited.
 FormScreen* TaskWindow::form() const {
   const auto found = screens_.find(View::TASK_FORM_VIEW);
   return found == screens_.end() ? nullptr : static_cast<FormScreen*>(found->second.view);
@@ -218,7 +219,7 @@ void TaskWindow::openTask(unsigned int uid) {
   if (store_.getTask(uid, task) != TASK_ENG_OK || (form() != nullptr && !form()->save()))
     return;
   list_->keep(uid);
-  // What was saved just now may be this task.
+  // The form may just have saved this task.
   static_cast<void>(store_.getTask(uid, task));
   showScreen(View::TASK_DETAIL_VIEW, makeDetailView(task));
   disposeView(View::TASK_FORM_VIEW);
@@ -228,7 +229,7 @@ void TaskWindow::openTask(unsigned int uid) {
   activateWindow();
 }
 
-// The alarm was seen on the desktop; the window may be below others.
+// The user acted on the desktop, where other windows may cover this one.
 void TaskWindow::tellNotCompleted(int code) {
   list_->tell(
       code == TASK_ENG_NOT_FOUND
@@ -270,7 +271,7 @@ void TaskWindow::dropEvent(QDropEvent* event) {
   event->acceptProposedAction();
 }
 
-// What was typed is kept; the window stays where it can't be. Its dialogs go with it.
+// Saves what is being edited, and stays open if that fails. Closes all dialogs.
 void TaskWindow::closeEvent(QCloseEvent* event) {
   if (form() != nullptr && !form()->save()) {
     event->ignore();

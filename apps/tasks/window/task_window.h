@@ -1,4 +1,4 @@
-// The window of the application: one screen at a time.
+// The window of the application, which shows one screen at a time.
 #pragma once
 
 #include "TASK_UI_View.h"
@@ -17,19 +17,20 @@ namespace tasks {
 class FormScreen;
 class ListScreen;
 
-// Screens ask for each other by their signals. The list is always there; the others come when they
-// are asked for and go when they are disposed of. Details are those of the task as it is stored; of
-// one that is gone the list is shown.
+// Screens request each other by their signals. The list always exists; the other screens are
+// created on request and deleted when they are disposed of. The details follow the stored task; if
+// it is deleted, the list is shown.
 class TaskWindow : public QStackedWidget {
   Q_OBJECT
 
 public:
   explicit TaskWindow(ZTASK_ENG_Model& store);
 
-  // Shows a stored task, once what is being edited is saved; nothing for one that isn't stored. One
-  // that the user deleted a moment ago stays.
+  // Shows a stored task after saving what is being edited. Does nothing if the task is not stored.
+  // A task that the user has just deleted is restored.
   void openTask(unsigned int uid);
-  // Stores the to-dos of calendar files, a few at a time, and tells of it; nothing without files.
+  // Stores the to-dos of calendar files in small slices and reports the result. Does nothing
+  // without files.
   void import(const QStringList& paths);
 
 protected:
@@ -44,7 +45,7 @@ private Q_SLOTS:
   void disposeView(TASK_UI_View::TASK_VIEW_TYPE type);
 
 private:
-  // A screen, and how many event loops ran within each other when it came.
+  // A screen, and the event-loop depth at its creation.
   struct Screen {
     TASK_UI_View* view;
     int loops;
@@ -67,10 +68,10 @@ private:
   Alarms alarms_;
   Import import_;
   ListScreen* list_;
-  // All but the list.
+  // All screens except the list.
   std::map<TASK_UI_View::TASK_VIEW_TYPE, Screen> screens_;
-  std::vector<Screen> left_;  // disposed of, but still in use
-  ZTASK_ENG_Task details_;    // as they are shown
+  std::vector<Screen> left_;  // disposed of but still in use
+  ZTASK_ENG_Task details_;    // the task that the details show
   bool detailsAreOld_ = false;
   QTimer tidying_{this};
 };

@@ -26,13 +26,13 @@ protected:
         told.push_back(task.getString(Task::TASK_FIELD_SUMMARY).toStdString());
       });
     }
-    // It has seen the store as it is now.
+    // It has read the current state of the store.
     void look() {
       clock.look();
       EXPECT_TRUE(waitFor([this] { return !clock.isReading(); }));
     }
 
-    // It has let alarms come that are over by now: timers fire in the order of their times.
+    // Passed alarms have been reported: timers fire in the order of their times.
     void check() {
       look();
       bool checked = false;
@@ -65,7 +65,7 @@ protected:
              " where uid = " + std::to_string(uid));
     raw_.run("delete from ulo_changes where entry = (select max(entry) from ulo_changes)");
   }
-  // What `instance` tells until the alarm of a task of its own, which is the last one, at `time`.
+  // The reports of `instance` until the alarm of another task, which is the last one, at `time`.
   std::vector<std::string> toldUntil(Instance& instance, const QDateTime& time) {
     addAlarm("the last one", time);
     now_ = time;
@@ -81,7 +81,7 @@ protected:
   QDateTime now_ = at(10);
 };
 
-TEST_F(AlarmClockTest, AnAlarmIsToldOnceWhenItComes) {
+TEST_F(AlarmClockTest, ReportsAlarmOnceWhenItComes) {
   addAlarm("a", at(11));
   Instance instance(*this);
   instance.look();
@@ -90,7 +90,7 @@ TEST_F(AlarmClockTest, AnAlarmIsToldOnceWhenItComes) {
   EXPECT_THAT(toldUntil(instance, at(12)), IsEmpty());
 }
 
-TEST_F(AlarmClockTest, NothingIsToldWhileItLooks) {
+TEST_F(AlarmClockTest, ReportsNothingDuringLook) {
   addAlarm("a", at(11));
   Instance instance(*this);
   instance.look();
@@ -100,7 +100,7 @@ TEST_F(AlarmClockTest, NothingIsToldWhileItLooks) {
   EXPECT_TRUE(waitFor([&] { return !instance.told.empty(); }));
 }
 
-TEST_F(AlarmClockTest, AnAlarmComesByItself) {
+TEST_F(AlarmClockTest, ReportsAlarmWithoutLook) {
   now_ = at(11).addMSecs(-1);
   addAlarm("a", at(11));
   Instance instance(*this);
@@ -109,14 +109,14 @@ TEST_F(AlarmClockTest, AnAlarmComesByItself) {
   EXPECT_TRUE(waitFor([&] { return !instance.told.empty(); }));
 }
 
-TEST_F(AlarmClockTest, AlarmsFromBeforeAreNotTold) {
+TEST_F(AlarmClockTest, IgnoresEarlierAlarms) {
   addAlarm("before", at(9));
   addAlarm("just then", at(10));
   Instance instance(*this);
   EXPECT_THAT(toldUntil(instance, at(11)), IsEmpty());
 }
 
-TEST_F(AlarmClockTest, WhatCameWhileTheDeviceSleptIsToldInItsOrder) {
+TEST_F(AlarmClockTest, ReportsAlarmsOfSuspensionInOrder) {
   addAlarm("later", at(12));
   addAlarm("first", at(11));
   Instance instance(*this);
@@ -124,7 +124,7 @@ TEST_F(AlarmClockTest, WhatCameWhileTheDeviceSleptIsToldInItsOrder) {
   EXPECT_THAT(toldUntil(instance, at(20)), ElementsAre("first", "later"));
 }
 
-TEST_F(AlarmClockTest, CompletedTasksAreNotTold) {
+TEST_F(AlarmClockTest, IgnoresCompletedTasks) {
   addAlarm("done", at(11), 0);
   const unsigned int uid = addAlarm("done soon", at(11));
   Instance instance(*this);
@@ -135,7 +135,7 @@ TEST_F(AlarmClockTest, CompletedTasksAreNotTold) {
   EXPECT_THAT(toldUntil(instance, at(11)), IsEmpty());
 }
 
-TEST_F(AlarmClockTest, AnAlarmThatIsSetAnewIsToldAgain) {
+TEST_F(AlarmClockTest, ReportsAlarmAgainIfSetAgain) {
   const unsigned int uid = addAlarm("a", at(11));
   Instance instance(*this);
   instance.look();
@@ -149,8 +149,8 @@ TEST_F(AlarmClockTest, AnAlarmThatIsSetAnewIsToldAgain) {
   EXPECT_THAT(toldUntil(instance, at(13)), IsEmpty());
 }
 
-// Even where nothing told of the change.
-TEST_F(AlarmClockTest, ATaskIsReadOnceMoreWhenItsAlarmComes) {
+// Even if nothing reported the change.
+TEST_F(AlarmClockTest, ReadsTaskAgainWhenAlarmComes) {
   const unsigned int completed = addAlarm("completed", at(11));
   const unsigned int moved = addAlarm("moved", at(11));
   const unsigned int removed = addAlarm("removed", at(11));
@@ -170,7 +170,7 @@ TEST_F(AlarmClockTest, ATaskIsReadOnceMoreWhenItsAlarmComes) {
   EXPECT_THAT(toldUntil(instance, at(12)), ElementsAre("moved"));
 }
 
-TEST_F(AlarmClockTest, OnlyWhatTheJournalNamesIsReadAgain) {
+TEST_F(AlarmClockTest, ReadsOnlyTasksOfJournalAgain) {
   const unsigned int uid = addAlarm("unnamed", at(20));
   Instance instance(*this);
   instance.look();
@@ -179,7 +179,7 @@ TEST_F(AlarmClockTest, OnlyWhatTheJournalNamesIsReadAgain) {
   EXPECT_THAT(toldUntil(instance, at(12)), ElementsAre("named"));
 }
 
-TEST_F(AlarmClockTest, EverythingIsReadAgainWhereTheJournalDoesNotTellAll) {
+TEST_F(AlarmClockTest, ReadsEverythingIfJournalIsIncomplete) {
   const unsigned int uid = addAlarm("unnamed", at(20));
   Instance instance(*this);
   instance.look();
@@ -192,7 +192,7 @@ TEST_F(AlarmClockTest, EverythingIsReadAgainWhereTheJournalDoesNotTellAll) {
   EXPECT_THAT(toldUntil(instance, at(12)), testing::UnorderedElementsAre("named", "unnamed"));
 }
 
-TEST_F(AlarmClockTest, ARemovedTaskIsForgotten) {
+TEST_F(AlarmClockTest, ForgetsRemovedTask) {
   const unsigned int uid = addAlarm("a", at(11));
   Instance instance(*this);
   instance.look();
@@ -200,7 +200,7 @@ TEST_F(AlarmClockTest, ARemovedTaskIsForgotten) {
   EXPECT_THAT(toldUntil(instance, at(12)), IsEmpty());
 }
 
-TEST_F(AlarmClockTest, WhenTheClockIsSetBackWhatIsAheadAgainIsTold) {
+TEST_F(AlarmClockTest, ReportsAlarmsAheadAfterClockIsSetBack) {
   addAlarm("over", at(9, 30));
   addAlarm("told", at(10, 30));
   Instance instance(*this);
@@ -212,7 +212,7 @@ TEST_F(AlarmClockTest, WhenTheClockIsSetBackWhatIsAheadAgainIsTold) {
   EXPECT_THAT(toldUntil(instance, at(12)), ElementsAre("over"));
 }
 
-TEST_F(AlarmClockTest, OtherThingsHappenWhileManyTasksAreRead) {
+TEST_F(AlarmClockTest, ProcessesOtherEventsWhileReading) {
   add("one of many");
   constexpr unsigned int many = 10'000;
   raw_.run(
@@ -234,7 +234,7 @@ TEST_F(AlarmClockTest, OtherThingsHappenWhileManyTasksAreRead) {
   EXPECT_THAT(toldUntil(instance, at(11)), ElementsAre("one of many"));
 }
 
-TEST_F(AlarmClockTest, OneInstanceTellsUntilItEnds) {
+TEST_F(AlarmClockTest, OneInstanceReportsUntilItEnds) {
   auto first = std::make_unique<Instance>(*this);
   Instance second(*this);
   first->look();
@@ -242,7 +242,7 @@ TEST_F(AlarmClockTest, OneInstanceTellsUntilItEnds) {
   addAlarm("a", at(11));
   second.look();
   EXPECT_THAT(toldUntil(*first, at(11)), ElementsAre("a"));
-  // It finds that the other one still tells.
+  // It finds that the other instance still reports.
   second.check();
   first.reset();
   EXPECT_THAT(toldUntil(second, at(12)), IsEmpty());
@@ -250,7 +250,7 @@ TEST_F(AlarmClockTest, OneInstanceTellsUntilItEnds) {
   EXPECT_THAT(toldUntil(second, at(14)), ElementsAre("b"));
 }
 
-TEST_F(AlarmClockTest, WhileAnotherProcessHoldsTheLockNothingIsTold) {
+TEST_F(AlarmClockTest, ReportsNothingWhileAnotherProcessHoldsLock) {
   const std::string path = directory_.path() / AlarmClock::lockName;
   const ulo::Descriptor other(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
   ASSERT_EQ(flock(other.get(), LOCK_EX), 0);
@@ -264,7 +264,7 @@ TEST_F(AlarmClockTest, WhileAnotherProcessHoldsTheLockNothingIsTold) {
   EXPECT_THAT(toldUntil(instance, at(12)), IsEmpty());
 }
 
-TEST_F(AlarmClockTest, AlarmsOfAnotherProgramsTasksCome) {
+TEST_F(AlarmClockTest, ReportsAlarmsStoredByOtherPrograms) {
   Instance instance(*this);
   tasks::StoreChanges changes(nullptr);
   QObject::connect(&changes, &tasks::StoreChanges::changed, &instance.clock, &AlarmClock::look);
@@ -276,7 +276,7 @@ TEST_F(AlarmClockTest, AlarmsOfAnotherProgramsTasksCome) {
   EXPECT_THAT(instance.told, ElementsAre("from elsewhere"));
 }
 
-TEST_F(AlarmClockTest, AStoreThatRefusesIsAskedAgain) {
+TEST_F(AlarmClockTest, RetriesFailingStore) {
   addAlarm("a", at(11));
   Instance instance(*this);
   raw_.run("alter table task_table_task rename to elsewhere");

@@ -31,16 +31,16 @@ protected:
   Notifications() { setenv("DBUS_SESSION_BUS_ADDRESS", qPrintable(bus_.address()), 1); }
   ~Notifications() override { unsetenv("DBUS_SESSION_BUS_ADDRESS"); }
 
-  // Has a task shown; gives what the server got.
+  // Shows a task. Returns what the server received.
   NotificationServer::Note shown(const Task& task) {
     const std::size_t before = server_->notes.size();
     notifications_.show(task);
     EXPECT_TRUE(waitUntil([&] { return server_->notes.size() > before; }));
-    // And its answer is there: what follows is not held up.
+    // Its reply has arrived, too, so that later calls are not delayed.
     settle();
     return server_->notes.size() > before ? server_->notes.back() : NotificationServer::Note();
   }
-  // Lets everything arrive that was sent on the bus until now: a task that is shown after it does.
+  // Waits for everything that has been sent on the bus: a task that is shown now arrives later.
   void settle() {
     const bool hesitated = std::exchange(server_->hesitates, false);
     AlarmNotifications other(nullptr);
@@ -63,7 +63,7 @@ protected:
   QSignalSpy completed_{&notifications_, &AlarmNotifications::completed};
 };
 
-TEST_F(Notifications, AreOfTheFormThatServersKnow) {
+TEST_F(Notifications, HaveSpecifiedForm) {
   const NotificationServer::Note note = shown(task(7, "Buy milk"));
   EXPECT_EQ(note.signature, "susssasa{sv}i");
   EXPECT_EQ(note.application, "Tasks");
@@ -83,8 +83,8 @@ TEST_F(Notifications, OfHighPriorityAreUrgent) {
   EXPECT_EQ(shown(task(7, "a", 9)).hints["urgency"], QVariant::fromValue(uchar{1}));
 }
 
-// The body is markup where the server says so.
-TEST_F(Notifications, TellWhenTheTaskIsDue) {
+// The body is markup if the server supports it.
+TEST_F(Notifications, ShowDueDay) {
   class Translator : public QTranslator {
   public:
     [[nodiscard]] bool isEmpty() const override { return false; }
@@ -103,18 +103,18 @@ TEST_F(Notifications, TellWhenTheTaskIsDue) {
   QCoreApplication::removeTranslator(&translator);
 }
 
-TEST_F(Notifications, AnyTitleIsShown) {
+TEST_F(Notifications, ShowAnyTitle) {
   EXPECT_EQ(shown(task(7, "<b>a</b> & %1\r\n\x01 \u202Eb")).summary, "<b>a</b> & %1 b");
   EXPECT_EQ(shown(task(7, QString(100'000, u'x'))).summary.size(), 513);
   EXPECT_EQ(shown(task(7, QString())).summary, "Untitled");
-  // What can't be written in UTF-8, and what is no character.
+  // Characters that UTF-8 cannot represent, and codes that are not characters.
   for (const char16_t unit : {0xD800, 0xDC00, 0xFFFF, 0xFFFE, 0xFDD0})
     EXPECT_TRUE(shown(task(7, QString("a") + QChar(unit) + "b")).summary.startsWith("a"))
         << static_cast<int>(unit);
   EXPECT_EQ(log_.text(), "");
 }
 
-TEST_F(Notifications, TheSecondOfATaskReplacesTheFirst) {
+TEST_F(Notifications, SecondOfTaskReplacesFirst) {
   const std::uint32_t first = shown(task(7, "a")).id;
   const std::uint32_t other = shown(task(8, "b")).id;
   EXPECT_NE(first, other);
@@ -122,7 +122,7 @@ TEST_F(Notifications, TheSecondOfATaskReplacesTheFirst) {
   EXPECT_EQ(shown(task(8, "b")).replaces, other);
 }
 
-TEST_F(Notifications, TheSecondOfATaskReplacesAFirstThatIsOnItsWay) {
+TEST_F(Notifications, SecondOfTaskReplacesPendingFirst) {
   server_->hesitates = true;
   notifications_.show(task(7, "a"));
   EXPECT_TRUE(waitUntil([&] { return server_->calls.contains("GetCapabilities"); }));
@@ -137,7 +137,7 @@ TEST_F(Notifications, TheSecondOfATaskReplacesAFirstThatIsOnItsWay) {
   EXPECT_EQ(server_->notes.back().replaces, server_->notes.front().id);
 }
 
-TEST_F(Notifications, TellWhatTheUserChose) {
+TEST_F(Notifications, ReportChosenAction) {
   const std::uint32_t seven = shown(task(7, "a")).id;
   const std::uint32_t eight = shown(task(8, "b")).id;
   server_->invoke(seven, "default");
@@ -149,7 +149,7 @@ TEST_F(Notifications, TellWhatTheUserChose) {
   EXPECT_TRUE(opened_.isEmpty());
 }
 
-TEST_F(Notifications, OthersSayNothingOfOurs) {
+TEST_F(Notifications, IgnoreSignalsOfOtherSenders) {
   const std::uint32_t id = shown(task(7, "a")).id;
   BusConnection other(bus_, "org.example.Other");
   QDBusMessage message = QDBusMessage::createSignal(
@@ -163,7 +163,7 @@ TEST_F(Notifications, OthersSayNothingOfOurs) {
   EXPECT_TRUE(completed_.isEmpty());
 }
 
-TEST_F(Notifications, OneThatWasClosedIsForgotten) {
+TEST_F(Notifications, ForgetClosedOnes) {
   const std::uint32_t id = shown(task(7, "a")).id;
   server_->closeByUser(id);
   settle();
@@ -172,7 +172,7 @@ TEST_F(Notifications, OneThatWasClosedIsForgotten) {
   EXPECT_TRUE(opened_.isEmpty());
 }
 
-TEST_F(Notifications, OfATaskThatIsDoneAreTakenAway) {
+TEST_F(Notifications, OfCompletedTaskAreWithdrawn) {
   const std::uint32_t id = shown(task(7, "a")).id;
   notifications_.withdraw(8);
   notifications_.withdraw(7);
@@ -182,7 +182,7 @@ TEST_F(Notifications, OfATaskThatIsDoneAreTakenAway) {
   EXPECT_THAT(server_->closed, ElementsAre(id));
 }
 
-TEST_F(Notifications, OfATaskThatIsDoneBeforeAreNotShown) {
+TEST_F(Notifications, OfTaskCompletedBeforeAreNotShown) {
   server_->hesitates = true;
   notifications_.show(task(7, "a"));
   EXPECT_TRUE(waitUntil([&] { return server_->calls.contains("GetCapabilities"); }));
@@ -193,7 +193,7 @@ TEST_F(Notifications, OfATaskThatIsDoneBeforeAreNotShown) {
   EXPECT_THAT(server_->notes, IsEmpty());
 }
 
-TEST_F(Notifications, OfATaskThatIsDoneMeanwhileAreTakenAway) {
+TEST_F(Notifications, OfTaskCompletedMeanwhileAreWithdrawn) {
   server_->hesitates = true;
   notifications_.show(task(7, "a"));
   EXPECT_TRUE(waitUntil([&] { return server_->calls.contains("GetCapabilities"); }));
@@ -206,7 +206,7 @@ TEST_F(Notifications, OfATaskThatIsDoneMeanwhileAreTakenAway) {
   EXPECT_THAT(server_->closed, ElementsAre(server_->notes.front().id));
 }
 
-TEST_F(Notifications, GoWithTheProgram) {
+TEST_F(Notifications, CloseWhenProgramEnds) {
   auto program = std::make_unique<AlarmNotifications>(nullptr);
   program->show(task(7, "a"));
   program->show(task(8, "b"));
@@ -218,7 +218,7 @@ TEST_F(Notifications, GoWithTheProgram) {
   EXPECT_THAT(server_->closed, testing::UnorderedElementsAreArray(ids));
 }
 
-TEST_F(Notifications, ANewServerKnowsNothingOfTheOldOne) {
+TEST_F(Notifications, IgnoreIdsOfOldServer) {
   const std::uint32_t id = shown(task(7, "a")).id;
   server_.reset();
   server_ = std::make_unique<NotificationServer>(bus_);
@@ -228,7 +228,7 @@ TEST_F(Notifications, ANewServerKnowsNothingOfTheOldOne) {
   EXPECT_TRUE(opened_.isEmpty());
 }
 
-TEST_F(Notifications, AServerThatRefusesIsLoggedOnceAndAskedAgain) {
+TEST_F(Notifications, LogRefusingServerOnceAndRetry) {
   server_->refuses = true;
   for (int i = 0; i < 2; ++i) {
     notifications_.show(task(7, "a"));
@@ -242,7 +242,7 @@ TEST_F(Notifications, AServerThatRefusesIsLoggedOnceAndAskedAgain) {
             "org.freedesktop.DBus.Error.Failed refused");
 }
 
-TEST_F(Notifications, WithoutAServerOneLineIsLogged) {
+TEST_F(Notifications, LogOneLineWithoutServer) {
   server_.reset();
   notifications_.show(task(7, "a"));
   notifications_.show(task(8, "b"));
@@ -254,7 +254,7 @@ TEST_F(Notifications, WithoutAServerOneLineIsLogged) {
   EXPECT_EQ(log_.text().find("Alarms"), log_.text().rfind("Alarms"));
 }
 
-TEST_F(Notifications, WithoutABusOneLineIsLogged) {
+TEST_F(Notifications, LogOneLineWithoutBus) {
   bus_.end();
   for (int i = 0; i < 2; ++i) {
     notifications_.show(task(7, "a"));
@@ -265,7 +265,7 @@ TEST_F(Notifications, WithoutABusOneLineIsLogged) {
             "there is no session bus");
 }
 
-TEST_F(Notifications, ABusThatWentIsLookedForAgain) {
+TEST_F(Notifications, ReconnectToBus) {
   shown(task(7, "a"));
   const TestBus next;
   bus_.end();

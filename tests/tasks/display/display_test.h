@@ -1,5 +1,5 @@
-// ulo-tasks as its users have it: on a display of its own, with keys and a mouse. The store is
-// asked through the command line.
+// ulo-tasks as its users run it: on its own display, with keys and a mouse. The store is read
+// through the command line.
 #pragma once
 
 #include "display.h"
@@ -21,7 +21,7 @@ protected:
   // The items of a task's menu.
   enum DetailItem { editIt, shareIt, removeIt };
 
-  // Where things are, in pixels of a display of 240x320 with the font of 9 points.
+  // Positions in pixels on a display of 240x320 with a font of 9 points.
   static constexpr int width = 240;
   static constexpr int height = 320;
   static constexpr int barHeight = 30;  // the title, and the soft keys at the bottom
@@ -40,12 +40,12 @@ protected:
   static constexpr QRect listPlace{0, barHeight + filterHeight, width,
                                    height - 2 * barHeight - filterHeight};
 
-  // The middle of an entry of the opened category box.
+  // The center of an entry of the opened category box.
   static constexpr QPoint categoryAt(int entry) {
     return {categoryBox.x(), barHeight + filterHeight + entry * itemHeight + itemHeight / 2 - 2};
   }
 
-  // The middle of a row that is on the screen, and of the box that it begins with.
+  // The center of a visible row, and of its box.
   static constexpr QPoint textOf(int row) {
     return {width / 2, barHeight + filterHeight + row * rowHeight + rowHeight / 2};
   }
@@ -62,13 +62,13 @@ protected:
     std::filesystem::create_directories(path("config/ulo"));
     addApplication("{1e18dc2d-f4f1-4653-bec5-fd4591927127}",
                    "touch " + path("synchronised") + "\n");
-    // No bus is started because somebody asks for it.
+    // Prevents starting a bus on demand.
     for (const char* bus : {"DBUS_SESSION_BUS_ADDRESS", "DBUS_SYSTEM_BUS_ADDRESS"})
       environment_[bus] = "unix:path=" + path("no-bus");
   }
   ~TasksOnDisplay() override { kill(); }
 
-  // Names a program that the application may ask for something; the first one is a synchroniser.
+  // Configures a program for the application; the first one is a synchronizer.
   void addApplication(const std::string& uuid, const std::string& command) {
     std::ofstream(path("config/ulo/applications.conf"), std::ios::app)
         << '[' << uuid << "]\nExec=" << command;
@@ -80,18 +80,18 @@ protected:
     process_.start(ULO_TASKS, arguments);
     ASSERT_TRUE(process_.waitForStarted());
   }
-  // Ends it without a chance to do anything.
+  // Kills it.
   void kill() {
     process_.kill();
     process_.waitForFinished();
   }
-  // What it ends with.
+  // Its exit code.
   int end() {
     EXPECT_TRUE(process_.waitForFinished(60'000));
     EXPECT_EQ(process_.exitStatus(), QProcess::NormalExit);
     return process_.exitCode();
   }
-  // Leaves it from the list.
+  // Exits from the list.
   void leave() {
     press({"F3"});
     EXPECT_EQ(end(), 0);

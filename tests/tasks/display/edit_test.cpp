@@ -22,7 +22,7 @@ protected:
   }
 };
 
-TEST_F(EditOnDisplay, ANewTaskIsStored) {
+TEST_F(EditOnDisplay, StoresNewTask) {
   start();
   ASSERT_TRUE(shows("All Tasks"));
   press({"F2"});
@@ -46,7 +46,7 @@ TEST_F(EditOnDisplay, ANewTaskIsStored) {
   leave();
 }
 
-TEST_F(EditOnDisplay, ANewTaskIsBegunByCtrlN) {
+TEST_F(EditOnDisplay, CtrlNStartsNewTask) {
   start();
   ASSERT_TRUE(shows("All Tasks"));
   press({"ctrl+n"});
@@ -57,7 +57,7 @@ TEST_F(EditOnDisplay, ANewTaskIsBegunByCtrlN) {
   EXPECT_THAT(tasks(), IsEmpty());
 }
 
-TEST_F(EditOnDisplay, ATaskIsChangedFromItsDetails) {
+TEST_F(EditOnDisplay, ChangesTaskFromDetails) {
   const std::string uid = add({"old", "--note", "stays", "--priority", "3"});
   const QJsonObject before = task(uid);
   start();
@@ -80,7 +80,7 @@ TEST_F(EditOnDisplay, ATaskIsChangedFromItsDetails) {
   leave();
 }
 
-TEST_F(EditOnDisplay, ATaskGetsADueDate) {
+TEST_F(EditOnDisplay, SetsDueDate) {
   const std::string uid = add({"a", "--note", "stays"});
   const QJsonObject before = task(uid);
   editFirst();
@@ -98,7 +98,7 @@ TEST_F(EditOnDisplay, ATaskGetsADueDate) {
   leave();
 }
 
-TEST_F(EditOnDisplay, ACategoryIsMadeOnTheSpot) {
+TEST_F(EditOnDisplay, AddsCategoryWhileEditing) {
   const std::string uid = add({"a"});
   editFirst();
   press({"Tab", "Tab", "Tab", "Tab", "Tab", "Return", "End", "Return"});
@@ -113,7 +113,7 @@ TEST_F(EditOnDisplay, ACategoryIsMadeOnTheSpot) {
   EXPECT_THAT(summaries({"list", "--category", "Boat"}), ElementsAre("a"));
 }
 
-TEST_F(EditOnDisplay, CancellingWithoutAChangeAsksNothing) {
+TEST_F(EditOnDisplay, CancelingWithoutChangeDoesNotAsk) {
   const std::string uid = add({"a"});
   const QJsonObject before = task(uid);
   editFirst();
@@ -127,7 +127,7 @@ TEST_F(EditOnDisplay, CancellingWithoutAChangeAsksNothing) {
   EXPECT_EQ(task(uid), before);
 }
 
-TEST_F(EditOnDisplay, CancellingAsksBeforeChangesAreLost) {
+TEST_F(EditOnDisplay, CancelingAsksBeforeDiscardingChanges) {
   const std::string uid = add({"a"});
   const QJsonObject before = task(uid);
   editFirst();
@@ -145,7 +145,7 @@ TEST_F(EditOnDisplay, CancellingAsksBeforeChangesAreLost) {
   EXPECT_EQ(task(uid), before);
 }
 
-TEST_F(EditOnDisplay, AKilledProgramLeavesTheTaskAsItWasStored) {
+TEST_F(EditOnDisplay, KilledProgramKeepsStoredTask) {
   const std::string uid = add({"a", "--note", "whole"});
   const QJsonObject before = task(uid);
   editFirst();

@@ -23,7 +23,7 @@ protected:
   }
 };
 
-TEST_F(FeedOnDisplay, FilesThatAreNamedAreImported) {
+TEST_F(FeedOnDisplay, ImportsFilesOfCommandLine) {
   add({"a"});
   start({QString::fromStdString(calendarFile(2))});
   ASSERT_TRUE(shows("All Tasks"));
@@ -35,7 +35,7 @@ TEST_F(FeedOnDisplay, FilesThatAreNamedAreImported) {
   leave();
 }
 
-TEST_F(FeedOnDisplay, TheSynchroniserIsStarted) {
+TEST_F(FeedOnDisplay, StartsSynchronizer) {
   add({"a"});
   start();
   ASSERT_TRUE(shows("All Tasks"));
@@ -50,7 +50,7 @@ protected:
   DropOnDisplay() : FeedOnDisplay(1000, 720) {}
 };
 
-TEST_F(DropOnDisplay, AFileThatIsDroppedIsImported) {
+TEST_F(DropOnDisplay, ImportsDroppedFile) {
   start();
   ASSERT_TRUE(shows("All Tasks"));
   QProcess source;
@@ -96,14 +96,14 @@ protected:
     press({"F3"});
     ASSERT_TRUE(shows("All Tasks"));
   }
-  // The list is where it was: a touch meets the same task.
+  // The list has not scrolled: a touch meets the same task.
   void expectInPlace(int day) {
     click(textOf(rowOf(day)));
     ASSERT_TRUE(shows("task " + QString::number(day)));
     press({"F3"});
     ASSERT_TRUE(shows("All Tasks"));
   }
-  // Runs the command line and waits until this task's row is seen to be other than before.
+  // Runs the command line and waits until the row of this task looks different.
   void changes(int day, const std::function<void()>& others) {
     const QRect row(0, textOf(rowOf(day)).y() - rowHeight / 2, width, rowHeight);
     const QByteArray before = display_.picture(row);
@@ -114,7 +114,7 @@ protected:
   std::map<int, std::string> uids_;
 };
 
-TEST_F(OthersOnDisplay, ChangedAndAddedTasksLeaveTheListInPlace) {
+TEST_F(OthersOnDisplay, ChangedAndAddedTasksDoNotScrollList) {
   changes(30, [&] {
     add({"earlier", "--due", "2036-01-01"});
     succeed({"edit", uids_[30], "--summary", "renamed"});
@@ -126,7 +126,7 @@ TEST_F(OthersOnDisplay, ChangedAndAddedTasksLeaveTheListInPlace) {
   leave();
 }
 
-TEST_F(OthersOnDisplay, AWholeImportLeavesTheListInPlace) {
+TEST_F(OthersOnDisplay, ImportDoesNotScrollList) {
   changes(30, [&] {
     succeed({"import", calendarFile(500)});
     succeed({"done", uids_[30]});
@@ -140,7 +140,7 @@ TEST_F(OthersOnDisplay, AWholeImportLeavesTheListInPlace) {
   leave();
 }
 
-TEST_F(OthersOnDisplay, ARemovedTaskLeavesItsRowToTheNext) {
+TEST_F(OthersOnDisplay, FollowingTaskTakesRowOfRemovedOne) {
   changes(28, [&] { succeed({"rm", uids_[28]}); });
   expectCurrent("task 29");
   leave();
@@ -154,7 +154,7 @@ protected:
   NotificationServer server_{bus_};
 };
 
-TEST_F(AlarmOnDisplay, AnAlarmComesAndItsTaskIsOpened) {
+TEST_F(AlarmOnDisplay, AlarmOpensItsTask) {
   const auto wait = [](const std::function<bool()>& condition) {
     return waitFor([&] {
       QCoreApplication::processEvents();
@@ -165,7 +165,7 @@ TEST_F(AlarmOnDisplay, AnAlarmComesAndItsTaskIsOpened) {
   environment_["DBUS_SESSION_BUS_ADDRESS"] = bus_.address().toStdString();
   start();
   ASSERT_TRUE(shows("All Tasks"));
-  // Put off again when it was over before the program could see it.
+  // Postponed again if it passed before the program could see it.
   QDateTime alarm;
   ASSERT_TRUE(wait([&] {
     if (!alarm.isValid() || alarm.secsTo(QDateTime::currentDateTime()) > 5) {

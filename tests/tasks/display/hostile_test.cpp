@@ -1,11 +1,11 @@
-// A store whose contents nobody would write on purpose: every task is listed, opened and checked
-// off all the same.
+// A store with contents that no program writes on purpose: every task can be listed, opened and
+// completed.
 
 #include "display/display_test.h"
 
 namespace {
 
-// The values of a row in SQL, beside the defaults of a task that is to do.
+// The values of a row in SQL; others are those of a task that needs action.
 struct Row {
   std::string summary = "'plain'";
   std::string note = "''";
@@ -51,7 +51,7 @@ protected:
     for (const char* category : {"NULL", "0", "99", "-1"})
       addRow({.category = category});
   }
-  // What is to stay of each task that is checked off, in the list's order.
+  // The fields that must not change when a task is completed, in the order of the list.
   std::vector<std::string> lasting() {
     std::vector<std::string> result;
     for (const QJsonValue& task : tasks()) {
@@ -68,7 +68,7 @@ protected:
       count += task["completed"].toBool() ? 1 : 0;
     return count;
   }
-  // Opens every task from the first and comes back to its row.
+  // Opens every task from the first on and returns to its row.
   void openEach(int count) {
     press({"Home"});
     for (int i = 0; i < count; ++i) {
@@ -85,7 +85,7 @@ protected:
       press({"space", "Down"});
     ASSERT_TRUE(waitFor([&] { return completed() == count; })) << completed();
   }
-  // Goes through the list in all ways, opens, checks off, and leaves.
+  // Visits the list in all ways, opens and completes tasks, and exits.
   void useAll() {
     const std::vector<std::string> before = lasting();
     const int count = static_cast<int>(before.size());
@@ -100,19 +100,19 @@ protected:
   }
 };
 
-TEST_F(HostileStore, TextsOfAnyKind) {
+TEST_F(HostileStore, ShowsTextsOfAnyKind) {
   succeed({"stats"});
   addTexts();
   useAll();
 }
 
-TEST_F(HostileStore, ValuesOutOfRange) {
+TEST_F(HostileStore, ShowsValuesOutOfRange) {
   succeed({"stats"});
   addValues();
   useAll();
 }
 
-TEST_F(HostileStore, TheCategoryOfTasksWithoutOneHasAName) {
+TEST_F(HostileStore, ShowsNullCategoryWithName) {
   add({"a"});
   add({"b", "--category", "work"});
   sql("UPDATE task_table_category SET name = 'renamed' WHERE name IS NULL");

@@ -1,4 +1,4 @@
-// The list as it is used: checking off, opening, views, order, search and categories.
+// Use of the list: completing, opening, views, order, search and categories.
 
 #include "display/display_test.h"
 
@@ -8,7 +8,7 @@ using testing::ElementsAre;
 
 using ListOnDisplay = TasksOnDisplay;
 
-TEST_F(ListOnDisplay, SpaceChecksATaskOffAndBack) {
+TEST_F(ListOnDisplay, SpaceCompletesTaskAndReopensIt) {
   const std::string uid = add({"Buy milk"});
   start();
   ASSERT_TRUE(shows("All Tasks"));
@@ -21,7 +21,7 @@ TEST_F(ListOnDisplay, SpaceChecksATaskOffAndBack) {
   leave();
 }
 
-TEST_F(ListOnDisplay, TheBoxChecksOffAndTheRowStays) {
+TEST_F(ListOnDisplay, BoxCompletesTaskAndRowStays) {
   add({"first", "--due", "2026-01-01"});
   const std::string uid = add({"second", "--due", "2026-01-02"});
   start();
@@ -36,7 +36,7 @@ TEST_F(ListOnDisplay, TheBoxChecksOffAndTheRowStays) {
   leave();
 }
 
-TEST_F(ListOnDisplay, ATaskIsOpenedByKeyAndByMouse) {
+TEST_F(ListOnDisplay, OpensTaskByKeyAndByMouse) {
   add({"first", "--due", "2026-01-01"});
   add({"second", "--due", "2026-01-02"});
   start();
@@ -53,7 +53,7 @@ TEST_F(ListOnDisplay, ATaskIsOpenedByKeyAndByMouse) {
   EXPECT_EQ(end(), 0);
 }
 
-TEST_F(ListOnDisplay, ATaskIsDeletedWhereItsDetailsAre) {
+TEST_F(ListOnDisplay, DeletesTaskFromDetails) {
   add({"first", "--due", "2026-01-01"});
   add({"second", "--due", "2026-01-02"});
   start();
@@ -70,7 +70,7 @@ TEST_F(ListOnDisplay, ATaskIsDeletedWhereItsDetailsAre) {
   leave();
 }
 
-// Whether a view is chosen by keys or by mouse.
+// Whether views are chosen by keys or by mouse.
 enum class By { keys, mouse };
 
 class ViewsOnDisplay : public ListOnDisplay, public testing::WithParamInterface<By> {
@@ -123,7 +123,7 @@ TEST_P(ViewsOnDisplay, AreSortedByPriorityOrByDueDate) {
   leave();
 }
 
-TEST_F(ListOnDisplay, IsTheSameAtTheNextStart) {
+TEST_F(ListOnDisplay, RemembersViewAndOrder) {
   add({"soon", "--due", "2037-01-01", "--priority", "9"});
   add({"urgent", "--due", "2037-01-02", "--priority", "1"});
   start();
@@ -149,7 +149,7 @@ protected:
   }
 };
 
-TEST_F(SearchOnDisplay, WhileLettersAreTypedInAnyCase) {
+TEST_F(SearchOnDisplay, StartsWhenTypingAndIgnoresCase) {
   start();
   ASSERT_TRUE(shows("All Tasks"));
   type("bAnK");
@@ -169,7 +169,7 @@ TEST_F(SearchOnDisplay, WhileLettersAreTypedInAnyCase) {
   leave();
 }
 
-TEST_F(SearchOnDisplay, ByWordsInTheLineThatIsTouched) {
+TEST_F(SearchOnDisplay, UsesWordsTypedIntoTouchedLine) {
   start();
   ASSERT_TRUE(shows("All Tasks"));
   click(searchField);
@@ -179,12 +179,12 @@ TEST_F(SearchOnDisplay, ByWordsInTheLineThatIsTouched) {
   leave();
 }
 
-TEST_F(SearchOnDisplay, ByTheCategoryThatIsTouched) {
+TEST_F(SearchOnDisplay, UsesTouchedCategory) {
   start();
   ASSERT_TRUE(shows("All Tasks"));
   click(categoryBox);
   ASSERT_TRUE(waitFor([&] { return popups() == 1; }));
-  // A box that was opened a moment ago takes no click.
+  // A box that has just been opened ignores clicks.
   constexpr int work = 6;
   ASSERT_TRUE(waitFor([&] {
     click(categoryAt(work));

@@ -1,4 +1,4 @@
-// Choosing several tasks and deleting them: by keys, by mouse, taken back, and cut off by a crash.
+// Selecting several tasks and deleting them: by keys, by mouse, undone, and interrupted by a crash.
 
 #include "display/display_test.h"
 
@@ -17,9 +17,9 @@ protected:
     start();
     ASSERT_TRUE(shows("All Tasks"));
   }
-  // All that is known of all tasks, UIDs and uuids too.
+  // All fields of all tasks, including UIDs and UUIDs.
   std::string stored() { return succeed({"list", "--json"}).out; }
-  // Chooses rows from the first on by Space.
+  // Selects rows from the first on with Space.
   void choose(int rows) {
     chooseByKeys(selectMultiple);
     ASSERT_TRUE(shows("0 Selected"));
@@ -32,7 +32,7 @@ protected:
   std::string before_;
 };
 
-TEST_F(RemovalOnDisplay, OfOneIsTakenBackByKey) {
+TEST_F(RemovalOnDisplay, OfOneTaskIsUndoneByKey) {
   press({"Delete"});
   expectAt("Home", "task 02");
   press({"ctrl+z"});
@@ -41,7 +41,7 @@ TEST_F(RemovalOnDisplay, OfOneIsTakenBackByKey) {
   EXPECT_EQ(stored(), before_);
 }
 
-TEST_F(RemovalOnDisplay, OfSeveralIsTakenBackByTouch) {
+TEST_F(RemovalOnDisplay, OfSeveralTasksIsUndoneByTouch) {
   choose(2);
   press({"F2"});
   ASSERT_TRUE(shows("All Tasks"));
@@ -52,7 +52,7 @@ TEST_F(RemovalOnDisplay, OfSeveralIsTakenBackByTouch) {
   EXPECT_EQ(stored(), before_);
 }
 
-TEST_F(RemovalOnDisplay, IsMadeOnLeaving) {
+TEST_F(RemovalOnDisplay, IsCompletedOnExit) {
   choose(3);
   chooseByKeys(2);
   ASSERT_TRUE(shows("All Tasks"));
@@ -62,18 +62,18 @@ TEST_F(RemovalOnDisplay, IsMadeOnLeaving) {
   expectSound();
 }
 
-TEST_F(RemovalOnDisplay, IsMadeWhenItsTimeIsOver) {
+TEST_F(RemovalOnDisplay, IsCompletedAfterUndoPeriod) {
   press({"Delete"});
   ASSERT_TRUE(waitFor([&] { return tasks().size() == 3; }));
   EXPECT_THAT(summaries(), ElementsAre("task 02", "task 03", "task 04"));
-  // There is nothing left to take back.
+  // Nothing is left to undo.
   press({"ctrl+z"});
   expectAt("Home", "task 02");
   leave();
   EXPECT_EQ(tasks().size(), 3);
 }
 
-TEST_F(RemovalOnDisplay, IsMadeWhenTheNextOneBegins) {
+TEST_F(RemovalOnDisplay, IsCompletedWhenNextOneBegins) {
   choose(2);
   press({"F2"});
   ASSERT_TRUE(shows("All Tasks"));
@@ -84,14 +84,14 @@ TEST_F(RemovalOnDisplay, IsMadeWhenTheNextOneBegins) {
   EXPECT_THAT(summaries(), ElementsAre("task 03", "task 04"));
 }
 
-TEST_F(RemovalOnDisplay, OfWhatWasFoundIsMade) {
+TEST_F(RemovalOnDisplay, OfFoundTasksIsCompleted) {
   type("03");
   press({"Return", "Delete", "F3"});
   EXPECT_EQ(end(), 0);
   EXPECT_THAT(summaries(), ElementsAre("task 01", "task 02", "task 04"));
 }
 
-TEST_F(RemovalOnDisplay, NeverHappensWhenTheProgramIsKilledBefore) {
+TEST_F(RemovalOnDisplay, IsDiscardedIfProgramIsKilled) {
   choose(2);
   press({"F2"});
   ASSERT_TRUE(shows("All Tasks"));
@@ -105,7 +105,7 @@ TEST_F(RemovalOnDisplay, NeverHappensWhenTheProgramIsKilledBefore) {
   leave();
 }
 
-TEST_F(RemovalOnDisplay, HoldingARowBeginsToChoose) {
+TEST_F(RemovalOnDisplay, HoldingRowStartsSelection) {
   EXPECT_TRUE(display_.hold(textOf(1)));
   ASSERT_TRUE(shows("1 Selected"));
   EXPECT_TRUE(display_.letGo());
@@ -124,7 +124,7 @@ TEST_F(RemovalOnDisplay, AllAreSelectedAndUnselected) {
   ASSERT_TRUE(shows("0 Selected"));
   chooseByKeys(0);
   ASSERT_TRUE(shows("4 Selected"));
-  // The first item that can be chosen now.
+  // The first enabled item.
   chooseByKeys(0);
   ASSERT_TRUE(shows("0 Selected"));
   press({"ctrl+a"});
@@ -135,7 +135,7 @@ TEST_F(RemovalOnDisplay, AllAreSelectedAndUnselected) {
   EXPECT_EQ(stored(), before_);
 }
 
-TEST_F(RemovalOnDisplay, TheDragOfAFingerChoosesNothing) {
+TEST_F(RemovalOnDisplay, DragSelectsNothing) {
   EXPECT_TRUE(display_.drag(textOf(2), textOf(0)));
   press({"ctrl+a"});
   expectAt("Home", "task 01");
@@ -145,7 +145,7 @@ TEST_F(RemovalOnDisplay, TheDragOfAFingerChoosesNothing) {
 
 class KilledOnDisplay : public TasksOnDisplay {};
 
-TEST_F(KilledOnDisplay, InTheMiddleOfARemovalLeavesWholeTasks) {
+TEST_F(KilledOnDisplay, DuringRemovalKeepsTasksIntact) {
   constexpr int count = 3000;
   constexpr int removed = 1234;
   std::string todos;
@@ -155,7 +155,7 @@ TEST_F(KilledOnDisplay, InTheMiddleOfARemovalLeavesWholeTasks) {
   const QJsonArray before = tasks();
   ASSERT_EQ(before.size(), count);
   const int stuck = before[removed]["uid"].toInt();
-  // This task's removal takes for ever.
+  // The removal of this task never ends.
   sql("CREATE VIEW endless AS WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM n) "
       "SELECT i FROM n;"
       "CREATE TRIGGER stuck BEFORE DELETE ON task_table_task WHEN OLD.uid = " +

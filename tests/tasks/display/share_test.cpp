@@ -18,7 +18,7 @@ protected:
     add({"Walk", "--due", "2037-01-02"});
     environment_["ULO_LOCAL_APP_WRITE_PATH"] = path("out");
     std::filesystem::create_directories(path("out"));
-    // A composer that keeps what it is given, the file last and at once.
+    // A composer that records its arguments; the file last and in one step.
     const std::string composer =
         file("composer", "#!/bin/sh\n"
                          "printf '%s\\n' \"$@\" >'" +
@@ -33,8 +33,8 @@ protected:
     addApplication("{220072c6-9008-468e-9968-11f3c50fa95e}",
                    composer + " --attach %f\nWait=true\n");
   }
-  // Waits for the composer; expects this task in the message, and its file, which was in that
-  // directory, gone afterwards.
+  // Waits for the composer. Expects this task in the message, and that its file, which was in this
+  // directory, is deleted afterwards.
   void expectMessage(const std::string& summary, const std::string& directory) {
     ASSERT_TRUE(waitFor([&] { return std::filesystem::exists(path("message.vcs")); }));
     EXPECT_THAT(readWhole(path("message.vcs")), HasSubstr(":" + summary + "\r\n"));
@@ -68,7 +68,7 @@ TEST_F(ShareOnDisplay, ByMessageFromTheDetails) {
   leave();
 }
 
-TEST_F(ShareOnDisplay, AttachmentsHaveAPlaceOfTheirOwn) {
+TEST_F(ShareOnDisplay, AttachmentsHaveTheirOwnDirectory) {
   environment_.erase("ULO_LOCAL_APP_WRITE_PATH");
   environment_["XDG_CACHE_HOME"] = path("cache");
   start();
@@ -78,7 +78,7 @@ TEST_F(ShareOnDisplay, AttachmentsHaveAPlaceOfTheirOwn) {
   leave();
 }
 
-TEST_F(ShareOnDisplay, ByBluetoothWithoutAnAdapterIsSaid) {
+TEST_F(ShareOnDisplay, ByBluetoothWithoutAdapterIsReported) {
   start();
   ASSERT_TRUE(shows("All Tasks"));
   chooseByKeys(share, byBluetooth);

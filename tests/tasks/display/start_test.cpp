@@ -1,4 +1,4 @@
-// Who comes in, and what is seen when there is nothing that can be shown.
+// Access, and what is shown if nothing can be shown.
 
 #include "display/display_test.h"
 
@@ -15,7 +15,7 @@ protected:
   StartOnDisplay() { add({"secret"}); }
 };
 
-TEST_F(StartOnDisplay, TheRightCodeLetsTheUserIn) {
+TEST_F(StartOnDisplay, RightCodeGrantsAccess) {
   succeed({"lock", "set"}, "4711\n");
   start();
   ASSERT_TRUE(shows(lockTitle));
@@ -27,7 +27,7 @@ TEST_F(StartOnDisplay, TheRightCodeLetsTheUserIn) {
   leave();
 }
 
-TEST_F(StartOnDisplay, AWrongCodeKeepsTheUserOut) {
+TEST_F(StartOnDisplay, WrongCodeDeniesAccess) {
   succeed({"lock", "set"}, "4711\n");
   start();
   ASSERT_TRUE(shows(lockTitle));
@@ -39,23 +39,23 @@ TEST_F(StartOnDisplay, AWrongCodeKeepsTheUserOut) {
   EXPECT_EQ(end(), 1);
 }
 
-TEST_F(StartOnDisplay, WithoutTheLockLibraryNobodyComesIn) {
+TEST_F(StartOnDisplay, DeniesAccessWithoutLockLibrary) {
   hideLibrary("libulosecuritysetup.so");
   start();
   EXPECT_EQ(end(), 1);
 }
 
-TEST_F(StartOnDisplay, AStoreThatCannotBeOpenedIsSaid) {
+TEST_F(StartOnDisplay, ReportsStoreThatCannotBeOpened) {
   environment_["ULO_DATA_DIR"] = path("other");
   std::filesystem::create_directories(path("other/tasks.db"));
   start();
   ASSERT_TRUE(shows("All Tasks"));
-  // There is nothing to open, to check off or to delete, and every key is safe.
+  // Nothing can be opened, completed or deleted, and every key is safe.
   press({"Return", "space", "Delete", "Down", "ctrl+a", "ctrl+z"});
   click(textOf(0));
   chooseByKeys(viewBy, 1);
   ASSERT_TRUE(shows("Due Tasks"));
-  // The message: more than the colour of the ground.
+  // The message consists of more than the background color.
   ASSERT_TRUE(waitFor([&] {
     const QByteArray picture = display_.picture(listPlace);
     return picture.count(picture.at(0)) < picture.size();

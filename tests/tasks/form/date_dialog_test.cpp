@@ -1,4 +1,4 @@
-// The dialog that asks for a date.
+// The dialog for dates.
 
 #include "form/date_dialog.h"
 
@@ -29,7 +29,7 @@ protected:
 
   static QDateTime evening(int day) { return {QDate(2027, 3, day), QTime(18, 30, 5)}; }
   using Answer = std::optional<std::optional<QDateTime>>;
-  // What the dialog gives after this was done to it; nothing when it was rejected.
+  // The result of the dialog after these actions; none if it was rejected.
   template <typename Work> Answer answer(Kind kind, std::optional<QDateTime> start, Work work) {
     DateDialog dialog("Date", "None", kind, start, &behind_);
     bool accepted = false;
@@ -46,7 +46,7 @@ protected:
   QWidget behind_;
 };
 
-TEST_F(DateDialogs, ArrowKeysAndEnterTakeADay) {
+TEST_F(DateDialogs, ArrowKeysAndEnterChooseDay) {
   const auto chosen =
       answer(Kind::day, evening(5), pressing({Qt::Key_Right, Qt::Key_Down, Qt::Key_Return}));
   EXPECT_EQ(chosen, QDate(2027, 3, 13).startOfDay());
@@ -59,7 +59,7 @@ TEST_F(DateDialogs, SoftKeysWorkInTheCalendar) {
   EXPECT_FALSE(answer(Kind::day, evening(5), pressing({Qt::Key_Escape})).has_value());
 }
 
-TEST_F(DateDialogs, AClickAndOkTakeADay) {
+TEST_F(DateDialogs, ClickAndOkChooseDay) {
   const auto chosen = answer(Kind::day, evening(5), [](DateDialog& dialog) {
     dialog.findChild<QCalendarWidget*>()->setSelectedDate(QDate(2027, 4, 1));
     dialog.keys()->click(ZSoftKey::left);
@@ -67,7 +67,7 @@ TEST_F(DateDialogs, AClickAndOkTakeADay) {
   EXPECT_EQ(chosen, QDate(2027, 4, 1).startOfDay());
 }
 
-TEST_F(DateDialogs, NoDateCanBeTaken) {
+TEST_F(DateDialogs, NoDateCanBeChosen) {
   const Answer none(std::in_place, std::nullopt);
   EXPECT_EQ(answer(Kind::day, evening(5), pressing({Qt::Key_Backspace})), none);
   EXPECT_EQ(answer(Kind::dayAndTime, evening(5),
@@ -79,7 +79,7 @@ TEST_F(DateDialogs, NoDateCanBeTaken) {
             none);
 }
 
-TEST_F(DateDialogs, AnAlarmKeepsItsTimeToTheSecond) {
+TEST_F(DateDialogs, AlarmKeepsItsTimeToTheSecond) {
   EXPECT_EQ(answer(Kind::dayAndTime, evening(5), pressing({Qt::Key_F1})), evening(5));
   EXPECT_EQ(answer(Kind::dayAndTime, evening(5), pressing({Qt::Key_Right, Qt::Key_F1})),
             evening(6));
@@ -90,7 +90,7 @@ TEST_F(DateDialogs, AnAlarmKeepsItsTimeToTheSecond) {
   EXPECT_EQ(later, QDateTime(QDate(2027, 3, 5), QTime(7, 15)));
 }
 
-TEST_F(DateDialogs, AnUnchangedAlarmStaysTheSameMomentInANightOfTwoHours) {
+TEST_F(DateDialogs, UnchangedAlarmKeepsItsMomentInRepeatedHour) {
   // 2:30 for the first and for the second time.
   for (const int hours : {1, 2}) {
     const QDateTime start = QDateTime(QDate(2027, 10, 31), QTime(1, 30)).addSecs(hours * 3600);
@@ -134,7 +134,7 @@ TEST_F(DateDialogs, StartNowWithoutDate) {
   EXPECT_EQ((*time)->time().minute(), 0);
 }
 
-TEST_F(DateDialogs, WeeksBeginAsTheyDoWhereTheUserLives) {
+TEST_F(DateDialogs, WeeksBeginAsInLocale) {
   for (const auto& [language, day] :
        {std::pair("de_DE", Qt::Monday), std::pair("en_US", Qt::Sunday)}) {
     QLocale::setDefault(QLocale(language));
@@ -161,7 +161,7 @@ TEST_F(DateDialogs, FitOnTheNarrowScreen) {
     }
 }
 
-TEST_F(DateDialogs, AFieldShowsWhatWasChosen) {
+TEST_F(DateDialogs, FieldShowsChosenDate) {
   tasks::DateField field(Kind::day, {"Due Date", "No Due Date"}, &behind_);
   QSignalSpy chosen(&field, &tasks::DateField::chosen);
   EXPECT_EQ(field.text(), "No Due Date");
@@ -176,7 +176,7 @@ TEST_F(DateDialogs, AFieldShowsWhatWasChosen) {
   EXPECT_EQ(chosen.count(), 2);
 }
 
-TEST_F(DateDialogs, AFieldMayGoWhileItAsks) {
+TEST_F(DateDialogs, FieldMayBeDeletedWhileDialogIsOpen) {
   auto* field = new tasks::DateField(Kind::day, {"Due Date", "No Due Date"}, &behind_);
   QSignalSpy chosen(field, &tasks::DateField::chosen);
   inDialog<DateDialog>([&] { field->click(); }, [&](DateDialog&) { delete field; });

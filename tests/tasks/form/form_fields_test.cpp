@@ -1,4 +1,4 @@
-// The fields of the form, each alone.
+// The fields of the form, one by one.
 
 #include "choice_field.h"
 #include "dialogs_test.h"
@@ -31,7 +31,7 @@ QString times(qsizetype count, char16_t unit = u'x') {
   return QString(count, unit);
 }
 
-TEST(LineFields, TakeAsMuchAsTheirLimit) {
+TEST(LineFields, AcceptUpToTheirLimit) {
   LineField line(10);
   line.setStored(times(8));
   line.end(false);
@@ -45,7 +45,7 @@ TEST(LineFields, TakeAsMuchAsTheirLimit) {
   EXPECT_EQ(line.value(), 'c' + times(7) + "ab");
 }
 
-TEST(LineFields, KeepWholeLettersOfWhatIsPasted) {
+TEST(LineFields, KeepWholeLettersOfPastedText) {
   LineField line(10);
   line.setStored(times(9));
   line.end(false);
@@ -62,7 +62,7 @@ TEST(LineFields, KeepWholeLettersOfWhatIsPasted) {
   EXPECT_EQ(line.cursorPosition(), 5);
 }
 
-TEST(LineFields, GiveBackWhatWasStoredUnitByUnit) {
+TEST(LineFields, ReturnStoredTextUnitByUnit) {
   LineField line(10);
   for (const QString& text : {broken, times(11), times(9) + bicycle}) {
     line.setStored(text);
@@ -76,7 +76,7 @@ TEST(LineFields, GiveBackWhatWasStoredUnitByUnit) {
   }
 }
 
-TEST(LineFields, KeepWhatTheyDoNotShow) {
+TEST(LineFields, KeepInvisibleText) {
   LineField line(10);
   line.setStored(times(9) + bicycle + "rest");
   QTest::keyClick(&line, Qt::Key_Delete);
@@ -105,7 +105,7 @@ protected:
   QSignalSpy spy_{&field_, &NoteField::edited};
 };
 
-TEST_F(NoteFields, TakeAsMuchAsTheirLimit) {
+TEST_F(NoteFields, AcceptUpToTheirLimit) {
   field_.setStored(times(998));
   field_.edit()->moveCursor(QTextCursor::End);
   QTest::keyClicks(field_.edit(), "a");
@@ -117,7 +117,7 @@ TEST_F(NoteFields, TakeAsMuchAsTheirLimit) {
   EXPECT_EQ(field_.value(), times(998) + "ab");
 }
 
-TEST_F(NoteFields, CutWhatIsPastedAtAWholeLetter) {
+TEST_F(NoteFields, TruncatePastedTextAtWholeLetter) {
   field_.setStored("begin end");
   QTextCursor cursor = field_.edit()->textCursor();
   cursor.setPosition(6);
@@ -134,7 +134,7 @@ TEST_F(NoteFields, CutWhatIsPastedAtAWholeLetter) {
   EXPECT_EQ(field_.value(), "begin " + times(989) + bicycle + "end");
 }
 
-TEST_F(NoteFields, GiveBackWhatWasStoredUnitByUnit) {
+TEST_F(NoteFields, ReturnStoredTextUnitByUnit) {
   for (const QString& text : {broken, times(1001), times(999) + bicycle}) {
     field_.setStored(text);
     EXPECT_EQ(field_.value(), text);
@@ -146,8 +146,8 @@ TEST_F(NoteFields, GiveBackWhatWasStoredUnitByUnit) {
   }
 }
 
-// Other programs may store more than the form takes.
-TEST_F(NoteFields, KeepWhatTheyDoNotShow) {
+// Other programs may store longer texts than the form accepts.
+TEST_F(NoteFields, KeepInvisibleText) {
   const QString text = times(999) + bicycle + times(5000);
   field_.setStored(text);
   field_.edit()->moveCursor(QTextCursor::Start);
@@ -166,7 +166,7 @@ TEST_F(NoteFields, KeepWhatTheyDoNotShow) {
   EXPECT_EQ(field_.value(), "short" + times(995));
 }
 
-TEST_F(NoteFields, LeaveTheRestOfAnEditedTextAlone) {
+TEST_F(NoteFields, KeepRestOfEditedText) {
   field_.setStored(QStringLiteral("a\u00A0b\u2028c\nd") + QChar(0xD800));
   field_.edit()->moveCursor(QTextCursor::Start);
   QTest::keyClicks(field_.edit(), "e");
@@ -175,7 +175,7 @@ TEST_F(NoteFields, LeaveTheRestOfAnEditedTextAlone) {
   EXPECT_TRUE(field_.value().startsWith("e\na"));
 }
 
-TEST_F(NoteFields, TellHowMuchIsLeftOnceThatIsLittle) {
+TEST_F(NoteFields, ShowRemainingCharactersNearLimit) {
   field_.setStored(times(800));
   EXPECT_FALSE(left()->isVisible());
   field_.edit()->moveCursor(QTextCursor::End);
@@ -202,12 +202,12 @@ protected:
       texts.push_back(field_.itemText(i).toStdString());
     return texts;
   }
-  // The user takes this entry.
+  // The user chooses this entry.
   void take(int index) {
     field_.setCurrentIndex(index);
     Q_EMIT field_.activated(index);
   }
-  // The user asks for a new category, and then does this in the dialog.
+  // The user requests a new category and then does this in the dialog.
   template <typename Work> void askForNew(Work work) {
     inDialog<NameDialog>([&] { take(field_.count() - 1); }, work);
   }
@@ -239,7 +239,7 @@ TEST_F(CategoryFields, OfferEveryCategoryOnce) {
   EXPECT_EQ(field_.category(), "gone\nmeanwhile");
 }
 
-TEST_F(CategoryFields, TakeANewNameWithoutStoringIt) {
+TEST_F(CategoryFields, AcceptNewNameWithoutStoringIt) {
   field_.setStored(store_, "meeting");
   QSignalSpy chosen(&field_, &CategoryField::chosen);
   askForNew(naming("  Holiday plans "));
@@ -251,7 +251,7 @@ TEST_F(CategoryFields, TakeANewNameWithoutStoringIt) {
               ElementsAre("0"));
 }
 
-TEST_F(CategoryFields, StayWhenTheNewNameIsCancelled) {
+TEST_F(CategoryFields, StayUnchangedIfNewNameIsCanceled) {
   field_.setStored(store_, "meeting");
   QSignalSpy chosen(&field_, &CategoryField::chosen);
   askForNew([](NameDialog& dialog) { dialog.keys()->click(ZSoftKey::right); });
@@ -260,7 +260,7 @@ TEST_F(CategoryFields, StayWhenTheNewNameIsCancelled) {
   EXPECT_EQ(chosen.count(), 0);
 }
 
-TEST_F(CategoryFields, MayGoWhileTheyAsk) {
+TEST_F(CategoryFields, MayBeDeletedWhileDialogIsOpen) {
   auto* field = new CategoryField;
   field->setStored(store_, "meeting");
   QSignalSpy chosen(field, &CategoryField::chosen);
@@ -269,7 +269,7 @@ TEST_F(CategoryFields, MayGoWhileTheyAsk) {
   EXPECT_EQ(chosen.count(), 0);
 }
 
-TEST_F(CategoryFields, KnowTheNamesThatThereAre) {
+TEST_F(CategoryFields, RecognizeExistingNames) {
   field_.setStored(store_, {});
   askForNew(naming("garden"));
   EXPECT_EQ(field_.category(), "garden");
@@ -281,7 +281,7 @@ TEST_F(CategoryFields, KnowTheNamesThatThereAre) {
   EXPECT_EQ(field_.count(), 7);
 }
 
-TEST_F(CategoryFields, ANameIsNotEmpty) {
+TEST_F(CategoryFields, RejectEmptyName) {
   QWidget behind;
   NameDialog dialog(&behind);
   auto* line = dialog.findChild<QLineEdit*>();
@@ -321,7 +321,7 @@ TEST(ChoiceFields, EachChoiceHasItsIcon) {
               ElementsAre(Pair(1, "hi_pri"), Pair(5, "normal_pri"), Pair(9, "lo_pri")));
 }
 
-TEST(ChoiceFields, ArrowsGoOnAndEnterOpensTheList) {
+TEST(ChoiceFields, ArrowsMoveFocusAndEnterOpensList) {
   QWidget window;
   auto* column = new QVBoxLayout(&window);
   auto* status = tasks::newStatusField(&window);

@@ -1,4 +1,4 @@
-// The form: what the user does there, and what is stored then.
+// The form: actions of the user, and what is stored.
 
 #include "form/form_screen.h"
 
@@ -26,7 +26,7 @@ namespace {
 constexpr auto list = TASK_UI_View::TASK_LIST_VIEW;
 constexpr auto details = TASK_UI_View::TASK_DETAIL_VIEW;
 
-// Every database that is opened while it lives.
+// Refers to every database that is opened while it exists.
 class Opened {
 public:
   Opened() {
@@ -37,7 +37,7 @@ public:
   Opened& operator=(const Opened&) = delete;
   ~Opened() { sqlite3_reset_auto_extension(); }
 
-  // How many pages a database may have; one means that it is full.
+  // The maximum number of pages of a database; one means that it is full.
   static void setMost(int pages) {
     const std::string limit = "PRAGMA max_page_count = " + std::to_string(pages);
     for (sqlite3* handle : handles())
@@ -59,7 +59,7 @@ private:
 
 class Form : public Opened, public Tasks {
 protected:
-  // A form of the narrow screen's size, with what it was given.
+  // A form of the size of the narrow screen, with its results.
   FormScreen& open(const Task* task = nullptr, TASK_UI_View::TASK_VIEW_TYPE from = list) {
     form_ = std::make_unique<FormScreen>(nullptr);
     signals_.clear();
@@ -101,16 +101,16 @@ protected:
     line->selectAll();
     QTest::keyClicks(line, QString::fromUtf8(text));
   }
-  // The user takes the entry of this wording from the list.
+  // The user chooses the entry with this text from the list.
   static void take(QComboBox* field, const char* text) {
     const int index = field->findText(QString::fromUtf8(text));
     ASSERT_GE(index, 0) << text;
     field->setCurrentIndex(index);
     Q_EMIT field->activated(index);
   }
-  // In the field with the focus.
+  // Types into the field with the focus.
   void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
-    // Nobody else makes it active again after a dialog.
+    // Without a window manager, nothing activates the window after a dialog.
     form_->activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(form_.get()));
     QTest::keyClick(QApplication::focusWidget(), key, modifiers);
@@ -128,7 +128,7 @@ protected:
   std::optional<Task> handed_;  // with the last changeView
 };
 
-TEST_F(Form, ANewTaskIsStoredAndHandedOn) {
+TEST_F(Form, NewTaskIsStoredAndPassedOn) {
   open();
   EXPECT_EQ(form_->appTitle(), "New Task");
   EXPECT_TRUE(title()->hasFocus());
@@ -147,7 +147,7 @@ TEST_F(Form, ANewTaskIsStoredAndHandedOn) {
   EXPECT_THAT(*handed_, IsSameTask(task));
 }
 
-TEST_F(Form, ANewTaskThatStaysEmptyIsNotStored) {
+TEST_F(Form, EmptyNewTaskIsNotStored) {
   open();
   press(Qt::Key_F3);
   expectLeft("change 2 0");
@@ -199,7 +199,7 @@ TEST_F(Form, EveryFieldIsShownAndStored) {
   EXPECT_EQ(after.getPriorityValue(), 1);
 }
 
-TEST_F(Form, WhatIsNotEditedIsNotTouched) {
+TEST_F(Form, UneditedFieldsStayUnchanged) {
   const QString broken = QStringLiteral("a\r\n\u0007b") + QChar(0xD800);
   Task task;
   task.setString(Task::TASK_FIELD_SUMMARY, broken);
@@ -241,7 +241,7 @@ TEST_F(Form, TextsEndAtTheirLimits) {
   EXPECT_EQ(only().getString(Task::TASK_FIELD_NOTE), QString(Task::noteLimit - 1, u'n') + 'x');
 }
 
-TEST_F(Form, LongTextsAreNotCutByAnEdit) {
+TEST_F(Form, EditingDoesNotTruncateLongTexts) {
   Task task;
   task.setString(Task::TASK_FIELD_SUMMARY, QString(600, u's'));
   task.setString(Task::TASK_FIELD_NOTE, QString(6000, u'n'));
@@ -283,7 +283,7 @@ TEST_F(Form, TheSoftKeysWorkInEveryField) {
   }
 }
 
-TEST_F(Form, BackSavesToo) {
+TEST_F(Form, BackKeySaves) {
   open(add("a"), details);
   retype(title(), "b");
   form_->cstWidget()->click(ZSoftKey::right);
@@ -293,7 +293,7 @@ TEST_F(Form, BackSavesToo) {
   EXPECT_EQ(handed_->getString(Task::TASK_FIELD_SUMMARY), "b");
 }
 
-TEST_F(Form, TheOwnerCanSaveIt) {
+TEST_F(Form, OwnerCanSave) {
   open(add("a"));
   EXPECT_TRUE(form_->save());
   retype(title(), "b");
@@ -303,7 +303,7 @@ TEST_F(Form, TheOwnerCanSaveIt) {
   expectStays();
 }
 
-TEST_F(Form, CancellingAsksOnlyWhenSomethingWasChanged) {
+TEST_F(Form, CancelingAsksOnlyIfSomethingChanged) {
   const unsigned int uid = add("a");
   open(uid, details);
   retype(title(), "b");
@@ -329,7 +329,7 @@ TEST_F(Form, CancellingAsksOnlyWhenSomethingWasChanged) {
   EXPECT_EQ(stored(uid).getString(Task::TASK_FIELD_SUMMARY), "a");
 }
 
-TEST_F(Form, TheItemOfTheMenuIsTranslated) {
+TEST_F(Form, MenuItemIsTranslated) {
   open();
   EXPECT_EQ(form_->findChild<ZOptionsMenu*>()->item(ulo::formMenu::cancelEdit)->text(),
             "Cancel Edit");
@@ -339,7 +339,7 @@ TEST_F(Form, TheItemOfTheMenuIsTranslated) {
             "[TXT_RID_OPTION_CANCEL_EDIT]");
 }
 
-TEST_F(Form, GoesToTheListWhenTheTaskIsGone) {
+TEST_F(Form, ReturnsToListIfTaskIsGone) {
   const unsigned int uid = add("a");
   open(uid, details);
   ASSERT_EQ(store_.removeTask(uid), ok);
@@ -348,7 +348,7 @@ TEST_F(Form, GoesToTheListWhenTheTaskIsGone) {
   EXPECT_FALSE(handed_);
 }
 
-TEST_F(Form, WhatWasTypedIsStoredWhenTheTaskIsGone) {
+TEST_F(Form, StoresEditsIfTaskIsGone) {
   const unsigned int uid = add("a");
   open(uid, details);
   ASSERT_EQ(store_.removeTask(uid), ok);
@@ -360,7 +360,7 @@ TEST_F(Form, WhatWasTypedIsStoredWhenTheTaskIsGone) {
   EXPECT_EQ(handed_->getUINT32(Task::TASK_FIELD_UID), only().getUINT32(Task::TASK_FIELD_UID));
 }
 
-TEST_F(Form, OtherProgramsMayChangeTheRest) {
+TEST_F(Form, OtherProgramsMayChangeOtherFields) {
   const unsigned int uid = add({.summary = "a", .category = "garden"});
   open(uid);
   Task theirs = stored(uid);
@@ -376,7 +376,7 @@ TEST_F(Form, OtherProgramsMayChangeTheRest) {
   EXPECT_TRUE(only().getString(Task::TASK_FIELD_CATEGORY).isNull());
 }
 
-TEST_F(Form, ANewCategoryIsStoredWithTheTask) {
+TEST_F(Form, NewCategoryIsStoredWithTask) {
   open(add("a"));
   inDialog<tasks::NameDialog>([&] { take(category(), "New Category\xe2\x80\xa6"); },
                               [](QDialog& dialog) {
@@ -387,7 +387,7 @@ TEST_F(Form, ANewCategoryIsStoredWithTheTask) {
   EXPECT_EQ(only().getString(Task::TASK_FIELD_CATEGORY), "Holiday");
 }
 
-TEST_F(Form, AFullStoreKeepsTheFormOpen) {
+TEST_F(Form, FullStoreKeepsFormOpen) {
   open();
   QTest::keyClicks(title(), "a");
   note()->insertPlainText(QString(4000, u'n'));
@@ -410,7 +410,7 @@ TEST_F(Form, AFullStoreKeepsTheFormOpen) {
   EXPECT_EQ(only().getString(Task::TASK_FIELD_NOTE).size(), 4000);
 }
 
-TEST_F(Form, AStoreThatRefusesKeepsTheFormOpen) {
+TEST_F(Form, FailingStoreKeepsFormOpen) {
   const unsigned int uid = add("a");
   raw_.run("create trigger refusal before update on task_table_task"
            " begin select raise(abort, 'refused by the test'); end");
@@ -426,14 +426,14 @@ TEST_F(Form, AStoreThatRefusesKeepsTheFormOpen) {
   EXPECT_EQ(stored(uid).getString(Task::TASK_FIELD_SUMMARY), "a");
 }
 
-TEST_F(Form, MayGoWhileItAsks) {
+TEST_F(Form, MayBeDeletedWhileDialogIsOpen) {
   open(add("a"));
   retype(title(), "b");
   inDialog<ZMessageDlg>([this] { form_->cancelEdit(); }, [this](ZMessageDlg&) { form_.reset(); });
   expectStays();
 }
 
-TEST_F(Form, DownGoesThroughAllFieldsAndShowsThem) {
+TEST_F(Form, DownKeyVisitsAllFields) {
   open();
   const std::vector<QWidget*> all = fields();
   const auto* rows = form_->findChild<tasks::FormRows*>();
@@ -451,7 +451,7 @@ TEST_F(Form, DownGoesThroughAllFieldsAndShowsThem) {
   }
 }
 
-TEST_F(Form, TabGoesThroughAllFields) {
+TEST_F(Form, TabKeyVisitsAllFields) {
   open();
   for (QWidget* field : fields()) {
     EXPECT_TRUE(field->hasFocus()) << field->accessibleName().toStdString();
@@ -486,7 +486,7 @@ TEST_P(Layouts, NothingIsWiderThanTheNarrowScreen) {
   }
 }
 
-TEST_P(Layouts, LabelsStandBesideTheFieldsWhereThereIsRoom) {
+TEST_P(Layouts, LabelsAreBesideFieldsIfThereIsRoom) {
   QApplication::setLayoutDirection(GetParam());
   open();
   const int wide = ulo::scaled(form_.get(), 400);

@@ -1,4 +1,4 @@
-// What is stored of what the user edits.
+// Drafts, and what is stored of them.
 
 #include "form/task_draft.h"
 #include "tasks_test.h"
@@ -26,7 +26,7 @@ protected:
     EXPECT_FALSE(draft.isChanged());
     EXPECT_THAT(draft.task(), IsSameTask(stored(uidOf(draft))));
   }
-  // Has another program do this to the stored task.
+  // Changes the stored task as another program would.
   template <typename Work> void meanwhile(unsigned int uid, Work work) {
     Task task = stored(uid);
     work(task);
@@ -35,7 +35,7 @@ protected:
   void removeCategory(QString name) { ASSERT_EQ(store_.removeCategory(name, false), ok); }
 };
 
-TEST_F(Drafts, ANewTaskIsToBeDoneAndHasARevision) {
+TEST_F(Drafts, NewTaskNeedsActionAndHasRevision) {
   TaskDraft draft;
   EXPECT_TRUE(draft.isNew());
   EXPECT_FALSE(draft.isChanged());
@@ -57,7 +57,7 @@ TEST_F(Drafts, ANewTaskIsToBeDoneAndHasARevision) {
     EXPECT_EQ(task.getDateTime(field), Task::noDate());
 }
 
-TEST_F(Drafts, ANewTaskThatIsDoneEndsNow) {
+TEST_F(Drafts, NewCompletedTaskEndsNow) {
   TaskDraft draft;
   draft.setStatus(ulo::Status::completed);
   const qint64 before = QDateTime::currentSecsSinceEpoch();
@@ -69,7 +69,7 @@ TEST_F(Drafts, ANewTaskThatIsDoneEndsNow) {
             QDateTime::currentSecsSinceEpoch());
 }
 
-TEST_F(Drafts, NothingIsStoredWithoutAChange) {
+TEST_F(Drafts, StoresNothingWithoutChange) {
   TaskDraft fresh;
   fresh.setSummary("");
   fresh.setNote("");
@@ -110,7 +110,7 @@ TEST_F(Drafts, EachFieldIsStored) {
   EXPECT_EQ(task.getString(Task::TASK_FIELD_CATEGORY), "Garden");
 }
 
-TEST_F(Drafts, EachFieldAloneIsAChangeUntilItIsSetBack) {
+TEST_F(Drafts, EachFieldIsAChangeUntilItIsSetBack) {
   const unsigned int uid = add({.summary = "a", .due = noon(5), .priority = 3, .status = 2});
   const auto expectChange = [&](auto change, auto back) {
     TaskDraft draft = edit(uid);
@@ -134,7 +134,7 @@ TEST_F(Drafts, EachFieldAloneIsAChangeUntilItIsSetBack) {
   expectChange([](D& d) { d.setCategory("b"); }, [](D& d) { d.setCategory("None"); });
 }
 
-TEST_F(Drafts, WhatIsNotEditedStaysUnitByUnit) {
+TEST_F(Drafts, UneditedFieldsStayUnitByUnit) {
   Task task;
   task.setString(Task::TASK_FIELD_SUMMARY, loneSurrogate);
   task.setString(Task::TASK_FIELD_NOTE, loneSurrogate.repeated(2000));
@@ -154,7 +154,7 @@ TEST_F(Drafts, WhatIsNotEditedStaysUnitByUnit) {
   EXPECT_EQ(after.getStatusValue(), 2);
 }
 
-TEST_F(Drafts, TextsAreCutAtAWholeLetter) {
+TEST_F(Drafts, TruncatesTextsAtWholeLetter) {
   const auto summaryOf = [](const QString& text) {
     TaskDraft draft;
     draft.setSummary(text);
@@ -175,7 +175,7 @@ TEST_F(Drafts, TextsAreCutAtAWholeLetter) {
   EXPECT_EQ(draft.task().getString(Task::TASK_FIELD_NOTE), "ab");
 }
 
-TEST_F(Drafts, ADueDateKeepsItsTimeOfDay) {
+TEST_F(Drafts, DueDateKeepsItsTimeOfDay) {
   TaskDraft draft = edit(add({.summary = "a", .due = noon(5)}));
   EXPECT_EQ(draft.due(), QDate(2027, 3, 5));
   draft.setDue(QDate(2027, 3, 6));
@@ -187,7 +187,7 @@ TEST_F(Drafts, ADueDateKeepsItsTimeOfDay) {
   EXPECT_EQ(stored(uidOf(draft)).getDateTime(Task::TASK_FIELD_DUE), Task::noDate());
 }
 
-TEST_F(Drafts, ATimeThatClocksLeaveOutStaysOnItsDay) {
+TEST_F(Drafts, SkippedTimeStaysOnItsDay) {
   const QDate spring(2027, 3, 28);
   TaskDraft draft = edit(add({.summary = "a", .due = QDateTime(spring.addDays(-1), QTime(2, 30))}));
   draft.setDue(spring);
@@ -196,7 +196,7 @@ TEST_F(Drafts, ATimeThatClocksLeaveOutStaysOnItsDay) {
   EXPECT_EQ(stored(uidOf(draft)).getDateTime(Task::TASK_FIELD_DUE).date(), spring);
 }
 
-TEST_F(Drafts, OtherFieldsKeepWhatAnotherProgramChanged) {
+TEST_F(Drafts, KeepsChangesOfOtherPrograms) {
   const unsigned int uid = add("a");
   TaskDraft draft = edit(uid);
   meanwhile(uid, [](Task& task) {
@@ -212,7 +212,7 @@ TEST_F(Drafts, OtherFieldsKeepWhatAnotherProgramChanged) {
   EXPECT_EQ(task.getPriorityValue(), 7);
 }
 
-TEST_F(Drafts, ATaskThatWasRemovedIsStoredAnew) {
+TEST_F(Drafts, AddsRemovedTaskAgain) {
   Task task = stored(add({.summary = "a", .priority = 3, .category = "garden"}));
   removeCategory("garden");
   TaskDraft draft = edit(task.getUINT32(Task::TASK_FIELD_UID));
@@ -228,7 +228,7 @@ TEST_F(Drafts, ATaskThatWasRemovedIsStoredAnew) {
   EXPECT_EQ(after.getString(Task::TASK_FIELD_UUID), task.getString(Task::TASK_FIELD_UUID));
 }
 
-TEST_F(Drafts, ACategoryThatVanishedBecomesNone) {
+TEST_F(Drafts, RemovedCategoryBecomesNone) {
   const unsigned int uid = add({.summary = "a", .category = "garden"});
   TaskDraft draft = edit(uid);
   removeCategory("garden");
@@ -238,7 +238,7 @@ TEST_F(Drafts, ACategoryThatVanishedBecomesNone) {
   EXPECT_TRUE(stored(uid).getString(Task::TASK_FIELD_CATEGORY).isNull());
 }
 
-TEST_F(Drafts, NoCategoryCanBeHadAfterItWasRenamed) {
+TEST_F(Drafts, RenamedNullCategoryCanBeChosen) {
   const unsigned int uid = add({.summary = "a", .category = "garden"});
   const unsigned int other = add("b");
   TaskDraft draft = edit(uid);
@@ -252,7 +252,7 @@ TEST_F(Drafts, NoCategoryCanBeHadAfterItWasRenamed) {
   EXPECT_EQ(stored(other).getString(Task::TASK_FIELD_CATEGORY), "renamed");
 }
 
-TEST_F(Drafts, ADraftThatIsRefusedStaysAsItIs) {
+TEST_F(Drafts, RejectedDraftStaysUnchanged) {
   raw_.run("create trigger refusal before update on task_table_task"
            " begin select raise(abort, 'refused by the test'); end");
   const unsigned int uid = add("a");

@@ -1,4 +1,4 @@
-// What the list screen keeps while tasks are deleted, brought back and changed by others.
+// The list screen while tasks are deleted, restored and changed by others.
 
 #include "environment_variable.h"
 #include "list/list_test.h"
@@ -12,7 +12,7 @@ using testing::ElementsAre;
 
 namespace {
 
-TEST_F(List, UndoBringsBackWhatWasDeleted) {
+TEST_F(List, UndoRestoresDeletedTasks) {
   add("b");
   add("a");
   open();
@@ -32,7 +32,7 @@ TEST_F(List, UndoBringsBackWhatWasDeleted) {
   EXPECT_EQ(allUids().size(), 2);
 }
 
-TEST_F(List, DeletingTheLastRowLeavesTheOneBefore) {
+TEST_F(List, DeletingLastRowSelectsPrecedingOne) {
   add("b");
   add("a");
   open();
@@ -41,12 +41,12 @@ TEST_F(List, DeletingTheLastRowLeavesTheOneBefore) {
   EXPECT_EQ(current(), "a");
   key(Qt::Key_Delete);
   EXPECT_THAT(emptyText().toStdString(), testing::StartsWith("There are no tasks yet."));
-  // The screen still answers to keys.
+  // The screen still handles keys.
   key(Qt::Key_Z, Qt::ControlModifier);
   EXPECT_THAT(rows(), ElementsAre("a"));
 }
 
-TEST_F(List, ATouchIsFeltWhileOthersChangeTheList) {
+TEST_F(List, TouchContinuesWhileListChanges) {
   add("b");
   const unsigned int a = add("a");
   open();
@@ -54,7 +54,7 @@ TEST_F(List, ATouchIsFeltWhileOthersChangeTheList) {
   screen_->refresh();
   QTest::mouseRelease(list_->viewport(), Qt::LeftButton, {}, middleOf(0));
   EXPECT_THAT(asked_, ElementsAre(Asked{0, 3, "a"}));
-  // Another task has come under the finger.
+  // Another task is under the finger now.
   QTest::mousePress(list_->viewport(), Qt::LeftButton, {}, middleOf(0));
   ASSERT_EQ(store_.removeTask(a), ok);
   screen_->refresh();
@@ -62,7 +62,7 @@ TEST_F(List, ATouchIsFeltWhileOthersChangeTheList) {
   EXPECT_EQ(asked_.size(), 1);
 }
 
-TEST_F(List, TheListStaysWhereItIsWhenOthersChangeIt) {
+TEST_F(List, ScrollPositionStaysWhenOthersChangeList) {
   std::vector<unsigned int> uids;
   for (int i = 0; i < 60; ++i)
     uids.push_back(add({.summary = QString::number(i),
@@ -80,13 +80,13 @@ TEST_F(List, TheListStaysWhereItIsWhenOthersChangeIt) {
   EXPECT_EQ(current(), "30");
   EXPECT_EQ(list_->currentRow(), 29);
   EXPECT_EQ(middleOf(29).y(), y);
-  // The current one itself goes: the next takes its place.
+  // The current task itself is removed: the next one becomes current.
   ASSERT_EQ(store_.removeTask(uids[30]), ok);
   screen_->refresh();
   EXPECT_EQ(current(), "31");
 }
 
-TEST_F(List, ATaskIsGoneToWhereItIsListed) {
+TEST_F(List, GoToSelectsListedTask) {
   unsigned int last = 0;
   for (int i = 0; i < 40; ++i)
     last = add({.summary = QString::number(i),
@@ -99,7 +99,7 @@ TEST_F(List, ATaskIsGoneToWhereItIsListed) {
   EXPECT_EQ(current(), "39");
 }
 
-TEST_F(List, TheMenuIsForTheTaskItWasOpenedFor) {
+TEST_F(List, MenuActsOnTaskItWasOpenedFor) {
   const unsigned int b = add("b");
   const unsigned int a = add("a");
   open();
@@ -110,13 +110,13 @@ TEST_F(List, TheMenuIsForTheTaskItWasOpenedFor) {
   menu()->item(listMenu::remove)->trigger();
   screen_->finish();
   EXPECT_TRUE(isStored(b));
-  // Keys are for the current one.
+  // Keys act on the current task.
   QTest::keyClick(list_, Qt::Key_Delete);
   screen_->finish();
   EXPECT_FALSE(isStored(b));
 }
 
-TEST_F(List, ANewDayIsSeen) {
+TEST_F(List, NewDayUpdatesRows) {
   const EnvironmentVariable west("TZ", "UTC+12");
   open();
   auto* day = screen_->findChild<QTimer*>("day");
@@ -124,13 +124,13 @@ TEST_F(List, ANewDayIsSeen) {
   EXPECT_TRUE(day->isActive());
   EXPECT_LE(day->interval(), 60'000);
   add("a");
-  // Where it is tomorrow already.
+  // A time zone in which it is tomorrow.
   const EnvironmentVariable east("TZ", "UTC-14");
   day->setInterval(0);
   EXPECT_TRUE(waitFor([this] { return model_->rowCount() == 1; }));
 }
 
-TEST_F(List, AfterUndoKeysGoToTheListAgain) {
+TEST_F(List, UndoReturnsFocusToList) {
   add("b");
   add("a");
   open();
@@ -145,7 +145,7 @@ TEST_F(List, AfterUndoKeysGoToTheListAgain) {
   EXPECT_TRUE(list_->hasFocus());
 }
 
-TEST_F(List, ATaskThatIsKeptIsNotDeleted) {
+TEST_F(List, KeptTaskIsNotDeleted) {
   const unsigned int b = add("b");
   const unsigned int a = add("a");
   open();
@@ -160,7 +160,7 @@ TEST_F(List, ATaskThatIsKeptIsNotDeleted) {
   EXPECT_FALSE(isStored(b));
 }
 
-TEST_F(List, AMessageWaitsWhileSomethingCanBeTakenBack) {
+TEST_F(List, MessageWaitsDuringUndoPeriod) {
   add("a");
   open();
   key(Qt::Key_Delete);
@@ -170,13 +170,13 @@ TEST_F(List, AMessageWaitsWhileSomethingCanBeTakenBack) {
   const auto* notice = screen_->findChild<tasks::NoticeBar*>();
   EXPECT_EQ(notice->accessibleName(), "done");
   EXPECT_TRUE(notice->isVisible());
-  // Once.
+  // Only once.
   key(Qt::Key_Delete);
   screen_->finish();
   EXPECT_FALSE(notice->isVisible());
 }
 
-TEST_F(List, AMessageWaitsUntilTheListIsShown) {
+TEST_F(List, MessageWaitsUntilListIsShown) {
   open();
   auto* time = screen_->findChild<QTimer*>("message");
   ASSERT_NE(time, nullptr);
@@ -187,7 +187,7 @@ TEST_F(List, AMessageWaitsUntilTheListIsShown) {
   EXPECT_TRUE(time->isActive());
 }
 
-TEST_F(List, ATaskThatIsGoneOpensNothing) {
+TEST_F(List, RemovedTaskOpensNothing) {
   const unsigned int a = add("a");
   add("b");
   open();
@@ -198,7 +198,7 @@ TEST_F(List, ATaskThatIsGoneOpensNothing) {
   EXPECT_THAT(rows(), ElementsAre("b"));
 }
 
-TEST_F(List, AStoreThatCannotBeReadIsSaid) {
+TEST_F(List, ReportsStoreThatCannotBeRead) {
   open();
   raw_.run("drop table task_table_task");
   screen_->refresh();

@@ -22,7 +22,7 @@ using testing::ElementsAre;
 
 namespace {
 
-TEST_F(List, EnterAndATouchOpenATask) {
+TEST_F(List, EnterAndTouchOpenTask) {
   add("b");
   add("a");
   open();
@@ -33,7 +33,7 @@ TEST_F(List, EnterAndATouchOpenATask) {
   EXPECT_THAT(asked_, ElementsAre(Asked{0, 3, "b"}, Asked{0, 3, "a"}));
 }
 
-TEST_F(List, SpaceAndATouchOfTheBoxCheckOff) {
+TEST_F(List, SpaceAndTouchOfBoxCompleteTask) {
   const unsigned int b = add({.summary = "b", .priority = 9});
   const unsigned int a = add({.summary = "a", .priority = 4, .status = 5});
   open();
@@ -49,7 +49,7 @@ TEST_F(List, SpaceAndATouchOfTheBoxCheckOff) {
   EXPECT_TRUE(asked_.empty());
 }
 
-TEST_F(List, ATaskWithoutItsCategoryIsCheckedOff) {
+TEST_F(List, CompletesTaskOfRemovedCategory) {
   const unsigned int a = add({.summary = "a", .category = "garden"});
   QString garden = "garden";
   ASSERT_EQ(store_.removeCategory(garden, false), ok);
@@ -59,7 +59,7 @@ TEST_F(List, ATaskWithoutItsCategoryIsCheckedOff) {
   EXPECT_TRUE(stored(a).getString(Task::TASK_FIELD_CATEGORY).isNull());
 }
 
-TEST_F(List, ACheckedTaskLeavesTheViewOfIncompleteOnes) {
+TEST_F(List, CompletedTaskLeavesIncompleteView) {
   add("c");
   add("b");
   add("a");
@@ -72,7 +72,7 @@ TEST_F(List, ACheckedTaskLeavesTheViewOfIncompleteOnes) {
   EXPECT_EQ(current(), "c");
 }
 
-TEST_F(List, TheMenuChangesViewAndOrderAndMarksThem) {
+TEST_F(List, MenuChangesAndMarksViewAndOrder) {
   add({.summary = "a", .due = QDateTime(QDate(2001, 1, 1), QTime()), .priority = 9});
   add({.summary = "b", .due = QDateTime(QDate(2001, 1, 2), QTime()), .priority = 1, .status = 0});
   open();
@@ -104,14 +104,14 @@ TEST_F(List, TheMenuChangesViewAndOrderAndMarksThem) {
   EXPECT_THAT(rows(), ElementsAre("a", "b"));
 }
 
-TEST_F(List, RememberedNonsenseIsPassedOver) {
+TEST_F(List, InvalidSettingsAreReplaced) {
   tasks::writeListOrder({static_cast<ZTASK_ENG_Model::TASK_CATEGORY>(77),
                          static_cast<ZTASK_ENG_Model::TASK_SORT_FIELD>(-4)});
   EXPECT_EQ(tasks::readListOrder().view, ZTASK_ENG_Model::TASK_CATEGORY_COMPLETED);
   EXPECT_EQ(tasks::readListOrder().sort, ZTASK_ENG_Model::TASK_SORT_DUE);
 }
 
-TEST_F(List, LettersSearchAndEscapeEndsTheSearch) {
+TEST_F(List, LettersStartSearchAndEscapeEndsIt) {
   add("banana");
   add("Apple");
   open();
@@ -130,7 +130,7 @@ TEST_F(List, LettersSearchAndEscapeEndsTheSearch) {
   EXPECT_EQ(model_->rowCount(), 2);
 }
 
-TEST_F(List, WhereNothingIsFoundEscapeEndsTheFilterToo) {
+TEST_F(List, EscapeEndsFilterWithoutMatches) {
   add({.summary = "a", .category = "meeting"});
   open();
   screen_->findChild<QComboBox*>()->setCurrentIndex(1);
@@ -144,7 +144,7 @@ TEST_F(List, WhereNothingIsFoundEscapeEndsTheFilterToo) {
   EXPECT_TRUE(list_->hasFocus());
 }
 
-TEST_F(List, WhatWasFoundIsDeletedAndBroughtBack) {
+TEST_F(List, DeletesAndRestoresFoundTasks) {
   const unsigned int uid = add("banana");
   add("bank");
   add("Apple");
@@ -165,7 +165,7 @@ TEST_F(List, WhatWasFoundIsDeletedAndBroughtBack) {
   EXPECT_THAT(rows(), ElementsAre("bank"));
 }
 
-TEST_F(List, LettersSearchWhereThereIsNoListToo) {
+TEST_F(List, LettersStartSearchInEmptyList) {
   add("a");
   open();
   type("x");
@@ -175,7 +175,7 @@ TEST_F(List, LettersSearchWhereThereIsNoListToo) {
   EXPECT_THAT(model_->filter().words, ElementsAre("xy"));
 }
 
-TEST_F(List, ACategoryIsChosenBesideTheSearch) {
+TEST_F(List, CategoryAndSearchCombine) {
   add({.summary = "a", .category = "meeting"});
   add({.summary = "b", .category = "Garden"});
   add("c");
@@ -188,7 +188,7 @@ TEST_F(List, ACategoryIsChosenBesideTheSearch) {
                                  "Appointment", "Party", "Garden"));
   box->setCurrentIndex(6);
   EXPECT_THAT(rows(), ElementsAre("b"));
-  // What somebody else adds can be chosen, and what is chosen stays.
+  // A removed category can no longer be chosen.
   add({.summary = "d", .category = "Boat"});
   screen_->refresh();
   EXPECT_EQ(box->currentText(), "Garden");
@@ -201,7 +201,7 @@ TEST_F(List, ACategoryIsChosenBesideTheSearch) {
   EXPECT_EQ(model_->rowCount(), 4);
 }
 
-TEST_F(List, NewAndEditAskForTheForm) {
+TEST_F(List, NewAndEditRequestForm) {
   add("a");
   open();
   key(Qt::Key_F2);
@@ -212,7 +212,7 @@ TEST_F(List, NewAndEditAskForTheForm) {
               ElementsAre(Asked{0, 2, "-"}, Asked{0, 2, "-"}, Asked{0, 2, "-"}, Asked{0, 2, "a"}));
 }
 
-TEST_F(List, ChoosingSeveralDeletesThem) {
+TEST_F(List, DeletesSelectedTasks) {
   const unsigned int c = add("c");
   const unsigned int b = add("b");
   const unsigned int a = add("a");
@@ -233,7 +233,7 @@ TEST_F(List, ChoosingSeveralDeletesThem) {
   EXPECT_THAT(allUids(), ElementsAre(b));
 }
 
-TEST_F(List, AllAreSelectedAndUnselected) {
+TEST_F(List, SelectsAndUnselectsAll) {
   add("b");
   add("a");
   open();
@@ -259,8 +259,8 @@ TEST_F(List, AllAreSelectedAndUnselected) {
   EXPECT_EQ(model_->chosenCount(), 0);
 }
 
-// What is found later would be left out.
-TEST_F(List, NothingIsDeletedWhileAllAreStillBeingSelected) {
+// Tasks that are found later would not be deleted.
+TEST_F(List, DeletesNothingWhileSelectAllIsRunning) {
   raw_.run("with recursive n(i) as (select 1 union all select i + 1 from n where i < 30000) "
            "insert into task_table_task (summary, note, status, priority, due, alarm, \"end\", "
            "revision, categoryUid) select printf('task %05d', i), '', 1, 5, 1000000 + i, "
@@ -283,7 +283,7 @@ TEST_F(List, NothingIsDeletedWhileAllAreStillBeingSelected) {
   EXPECT_EQ(screen_->appTitle(), "10317 Selected");
 }
 
-TEST_F(List, ScreenReadersHearWhichRowsAreChosen) {
+TEST_F(List, ScreenReadersReceiveSelection) {
   add("b");
   add("a");
   open();
@@ -322,7 +322,7 @@ TEST_F(List, NoticesReachScreenReaders) {
   EXPECT_EQ(reader.last(QAccessible::Alert).name, "second");
 }
 
-TEST_F(List, SharingATaskThatIsGoneSaysSo) {
+TEST_F(List, SharingRemovedTaskReportsIt) {
   const auto notice = [this] {
     open();
     return screen_->findChild<NoticeBar*>();
@@ -345,7 +345,7 @@ TEST_F(List, SharingATaskThatIsGoneSaysSo) {
   EXPECT_EQ(shown->accessibleName(), "The tasks can't be read. The log says why.");
 }
 
-TEST_F(List, SynchronizeFirstMakesTheRemovalsThatWerePutOff) {
+TEST_F(List, SynchronizeCompletesPendingRemovalsFirst) {
   const std::filesystem::path settings = directory_.path() / "settings";
   std::filesystem::create_directories(settings / "ulo");
   setenv("XDG_CONFIG_HOME", settings.c_str(), 1);
@@ -366,7 +366,7 @@ TEST_F(List, SynchronizeFirstMakesTheRemovalsThatWerePutOff) {
   unsetenv("XDG_CONFIG_HOME");
 }
 
-TEST_F(List, EachModeHasItsMenu) {
+TEST_F(List, EachModeHasOwnMenu) {
   add("a");
   open();
   const auto shown = [this] {
@@ -412,7 +412,7 @@ TEST_F(List, SynchronizeReportsMissingPartner) {
   unsetenv("XDG_CONFIG_HOME");
 }
 
-TEST_F(List, WhereThereIsNothingThereIsNothingToDo) {
+TEST_F(List, EmptyListDisablesActions) {
   open();
   openMenu();
   for (const int item : {listMenu::edit, listMenu::share, listMenu::remove,
@@ -426,7 +426,7 @@ TEST_F(List, WhereThereIsNothingThereIsNothingToDo) {
   EXPECT_THAT(asked_, ElementsAre(Asked{0, 2, "-"}));
 }
 
-TEST_F(List, EachEmptyViewSaysWhatToDo) {
+TEST_F(List, EachEmptyViewExplainsWhatToDo) {
   open();
   for (const auto& [item, beginning] :
        {std::pair(listMenu::viewAll, "There are no tasks yet."),
@@ -438,7 +438,7 @@ TEST_F(List, EachEmptyViewSaysWhatToDo) {
   }
 }
 
-TEST_F(List, HoldingARowBeginsToChoose) {
+TEST_F(List, HoldingRowStartsSelection) {
   add("b");
   const unsigned int a = add("a");
   open();
@@ -451,7 +451,7 @@ TEST_F(List, HoldingARowBeginsToChoose) {
   EXPECT_EQ(screen_->appTitle(), "All Tasks");
 }
 
-TEST_F(List, HoldingAnotherRowAddsIt) {
+TEST_F(List, HoldingAnotherRowSelectsIt) {
   const unsigned int b = add("b");
   const unsigned int a = add("a");
   open();
@@ -463,7 +463,7 @@ TEST_F(List, HoldingAnotherRowAddsIt) {
   EXPECT_THAT(model_->chosen(), ElementsAre(a, b));
 }
 
-TEST_F(List, AKeyThatIsHeldDoesNothingAgain) {
+TEST_F(List, HeldKeyDoesNotRepeatAction) {
   add("b");
   const unsigned int a = add("a");
   open();
@@ -481,7 +481,7 @@ TEST_F(List, AKeyThatIsHeldDoesNothingAgain) {
   EXPECT_THAT(rows(), ElementsAre("b"));
 }
 
-TEST_F(List, AFingerOpensAndChecksOff) {
+TEST_F(List, TouchOpensAndCompletes) {
   const unsigned int b = add("b");
   add("a");
   open();
@@ -497,7 +497,7 @@ TEST_F(List, AFingerOpensAndChecksOff) {
   EXPECT_TRUE(waitFor([&] { return stored(b).getStatusValue() == 0; }));
 }
 
-TEST_F(List, AFingerDragsTheList) {
+TEST_F(List, DragScrollsList) {
   for (int i = 0; i < 40; ++i)
     add("x");
   open();
@@ -513,7 +513,7 @@ TEST_F(List, AFingerDragsTheList) {
   EXPECT_TRUE(asked_.empty());
 }
 
-TEST_F(List, ALongWordForUndoStandsBelowItsText) {
+TEST_F(List, LongUndoLabelIsBelowText) {
   auto* notice = new NoticeBar(nullptr);
   const std::unique_ptr<QWidget> owner(notice);
   QFont large = notice->font();
@@ -531,7 +531,7 @@ TEST_F(List, ALongWordForUndoStandsBelowItsText) {
   EXPECT_LT(button->y(), below);
 }
 
-TEST_F(List, ADragIsNoTouch) {
+TEST_F(List, DragIsNotTouch) {
   add("b");
   add("a");
   open();
@@ -541,14 +541,14 @@ TEST_F(List, ADragIsNoTouch) {
   EXPECT_TRUE(asked_.empty());
 }
 
-TEST_F(List, ExitIsAskedForByTheRightKey) {
+TEST_F(List, RightKeyRequestsExit) {
   open();
   const QSignalSpy exits(screen_.get(), &ListScreen::exitAsked);
   key(Qt::Key_F3);
   EXPECT_EQ(exits.count(), 1);
 }
 
-TEST_F(List, NothingNeedsMoreThanTheNarrowScreen) {
+TEST_F(List, FitsOnNarrowScreen) {
   add({.summary = QString(512, QChar(0x4E00)), .category = QString(60, u'w')});
   open();
   EXPECT_LE(screen_->minimumSizeHint().width(), 240);

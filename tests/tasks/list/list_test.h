@@ -1,4 +1,4 @@
-// The list screen, for its tests: without a display.
+// Base of the tests of the list screen, without a display.
 #pragma once
 
 #include "ZOptionsMenu.h"
@@ -18,7 +18,7 @@ namespace listMenu = ulo::listMenu;
 
 class List : public Tasks {
 protected:
-  // Shows the screen with what is stored so far.
+  // Shows the screen with the tasks that are stored so far.
   void open(int width = 240, int height = 320) {
     screen_ = std::make_unique<tasks::ListScreen>(store_);
     QObject::connect(screen_.get(), &TASK_UI_View::changeView,
@@ -44,7 +44,7 @@ protected:
     return tasks::TaskRow::statusZone(list_, list_->visualRect(model_->index(row))).center();
   }
   void click(const QPoint& at) { QTest::mouseClick(list_->viewport(), Qt::LeftButton, {}, at); }
-  // Takes an item of the options menu.
+  // Triggers an item of the options menu.
   void take(int item) {
     openMenu();
     ASSERT_TRUE(menu()->item(item)->isEnabled());
@@ -63,7 +63,7 @@ protected:
     return titles;
   }
   std::string current() { return list_->currentIndex().data().toString().toStdString(); }
-  // What is said in place of a list; empty where there is one.
+  // The text in place of an empty list; empty if there is a list.
   QString emptyText() {
     for (const QLabel* label : screen_->findChildren<QLabel*>())
       if (label->isVisible() && !label->text().isEmpty())

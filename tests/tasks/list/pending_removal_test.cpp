@@ -1,4 +1,4 @@
-// Removals that are put off.
+// Deferred deletion.
 
 #include "list/pending_removal.h"
 #include "tasks_test.h"
@@ -20,7 +20,7 @@ protected:
   unsigned int a_, b_, c_;
 };
 
-TEST_F(Removal, NothingIsRemovedWhileItCanBeTakenBack) {
+TEST_F(Removal, RemovesNothingDuringUndoPeriod) {
   PendingRemoval removal(store_, never);
   const QSignalSpy changes(&removal, &PendingRemoval::changed);
   removal.begin({a_, c_});
@@ -37,12 +37,12 @@ TEST_F(Removal, NothingIsRemovedWhileItCanBeTakenBack) {
   EXPECT_THAT(allUids(), ElementsAre(a_, b_, c_));
 }
 
-TEST_F(Removal, AnObjectThatGoesRemovesNothing) {
+TEST_F(Removal, DestructorRemovesNothing) {
   { PendingRemoval(store_, never).begin({a_, b_}); }
   EXPECT_THAT(allUids(), ElementsAre(a_, b_, c_));
 }
 
-TEST_F(Removal, TasksGoWhenTheirTimeIsOver) {
+TEST_F(Removal, RemovesTasksAfterUndoPeriod) {
   PendingRemoval removal(store_, std::chrono::milliseconds(1));
   removal.begin({a_, c_});
   EXPECT_TRUE(waitFor([&] { return removal.uids().empty(); }));
@@ -50,7 +50,7 @@ TEST_F(Removal, TasksGoWhenTheirTimeIsOver) {
   EXPECT_THAT(allUids(), ElementsAre(b_));
 }
 
-TEST_F(Removal, TheNextRemovalMakesTheOneBeforeFinal) {
+TEST_F(Removal, NextRemovalMakesEarlierOneFinal) {
   PendingRemoval removal(store_, never);
   removal.begin({a_});
   removal.begin({b_});
@@ -61,7 +61,7 @@ TEST_F(Removal, TheNextRemovalMakesTheOneBeforeFinal) {
   EXPECT_THAT(allUids(), ElementsAre(b_, c_));
 }
 
-TEST_F(Removal, FinishingRemovesAtOnce) {
+TEST_F(Removal, FinishRemovesAtOnce) {
   PendingRemoval removal(store_, never);
   removal.begin({a_});
   removal.begin({c_, b_});
@@ -70,7 +70,7 @@ TEST_F(Removal, FinishingRemovesAtOnce) {
   EXPECT_THAT(removal.uids(), UnorderedElementsAre());
 }
 
-TEST_F(Removal, WhatOthersRemovedIsNoFault) {
+TEST_F(Removal, TaskRemovedByOthersIsNotAnError) {
   PendingRemoval removal(store_, never);
   const QSignalSpy failures(&removal, &PendingRemoval::failed);
   removal.begin({a_, b_, c_});
@@ -80,7 +80,7 @@ TEST_F(Removal, WhatOthersRemovedIsNoFault) {
   EXPECT_EQ(failures.count(), 0);
 }
 
-TEST_F(Removal, WhatTheStoreRefusesComesBack) {
+TEST_F(Removal, TaskThatStoreKeepsReappears) {
   raw_.run("create trigger refuse before delete on task_table_task when old.UID = " +
            std::to_string(b_) + " begin select raise(abort, 'no'); end");
   PendingRemoval removal(store_, never);
@@ -93,7 +93,7 @@ TEST_F(Removal, WhatTheStoreRefusesComesBack) {
   EXPECT_THAT(allUids(), ElementsAre(b_, c_));
 }
 
-TEST_F(Removal, ManyGoBetweenOtherEvents) {
+TEST_F(Removal, RemovesManyBetweenOtherEvents) {
   std::vector<unsigned int> uids;
   for (int i = 0; i < 300; ++i)
     uids.push_back(add("x"));
@@ -108,7 +108,7 @@ TEST_F(Removal, ManyGoBetweenOtherEvents) {
   EXPECT_GT(others, 2);
 }
 
-TEST_F(Removal, ATaskThatIsKeptStays) {
+TEST_F(Removal, KeptTaskStays) {
   PendingRemoval removal(store_, never);
   removal.begin({a_});
   removal.begin({b_, c_});

@@ -1,4 +1,4 @@
-// The sync engine: a script stands in for it.
+// The synchronization program, replaced by a script.
 
 #include "list/synchroniser.h"
 
@@ -43,7 +43,7 @@ TEST_F(SynchroniserTest, IsSetUpWithAnEntryOfTheLaunchTable) {
   EXPECT_THAT(log_.text(), testing::HasSubstr("/nowhere/sync can't be started"));
 }
 
-TEST_F(SynchroniserTest, RunsBesideTheApplication) {
+TEST_F(SynchroniserTest, RunsInItsOwnProcess) {
   std::ofstream(path("sync")) << "#!/bin/sh\nmkdir '" << path("ran") << "'\n";
   chmod(path("sync").c_str(), 0700);
   entry(path("sync"));

@@ -1,4 +1,4 @@
-// The rows of the list: pages, filters, choices, and what happens to them when the store changes.
+// The rows of the list: pages, filters, selection, and changes of the store.
 
 #include "list/task_list_model.h"
 #include "tasks_test.h"
@@ -15,7 +15,7 @@ namespace {
 
 class Model : public Tasks {
 protected:
-  // Reading on is the tests' own business.
+  // The tests themselves control further reading.
   Model() { tester_.setUseFetchMore(false); }
 
   std::vector<std::string> rows() {
@@ -27,7 +27,7 @@ protected:
   QString text(int row, int role = Qt::DisplayRole) {
     return model_.index(row).data(role).toString();
   }
-  // The rows once all are read.
+  // The rows after everything has been read.
   std::vector<std::string> allRows() {
     EXPECT_TRUE(waitFor([this] { return !model_.isReading(); }));
     return rows();
@@ -47,7 +47,7 @@ protected:
   QAbstractItemModelTester tester_{&model_, QAbstractItemModelTester::FailureReportingMode::Fatal};
 };
 
-TEST_F(Model, RowsAreTheViewsTasksInOrder) {
+TEST_F(Model, RowsAreTasksOfViewInOrder) {
   add({.summary = "late", .due = day(4), .priority = 9});
   add({.summary = "soon", .due = day(6), .priority = 1});
   add({.summary = "done", .due = day(7), .priority = 5, .status = 0});
@@ -59,7 +59,7 @@ TEST_F(Model, RowsAreTheViewsTasksInOrder) {
   EXPECT_THAT(rows(), ElementsAre("done"));
 }
 
-TEST_F(Model, ARowSaysAllOfItsTask) {
+TEST_F(Model, RowHasAllDataOfItsTask) {
   add({.summary = "a\nb", .due = day(4), .priority = 3, .status = 1, .category = "meeting"});
   add({.summary = "", .due = day(5), .priority = 7, .status = 0});
   add({.summary = "c"});
@@ -83,11 +83,11 @@ TEST_F(Model, ARowSaysAllOfItsTask) {
   EXPECT_EQ(text(2, Qt::AccessibleDescriptionRole), "Incomplete");
 }
 
-TEST_F(Model, EveryRowOfALongListIsItsOwn) {
+TEST_F(Model, RowsOfLongListAreDistinct) {
   addMany(500);
   model_.setOrder({});
   ASSERT_EQ(model_.rowCount(), 500);
-  // In an order that no page has.
+  // In an order that differs from that of pages.
   for (int i = 0; i < 500; ++i) {
     const int row = (i * 197 + 31) % 500;
     ASSERT_EQ(text(row).toStdString(), QString::asprintf("task %05d", row).toStdString());
@@ -96,7 +96,7 @@ TEST_F(Model, EveryRowOfALongListIsItsOwn) {
   EXPECT_EQ(model_.rowOf(123456), -1);
 }
 
-TEST_F(Model, WordsAreFoundInSummaryNoteAndCategoryInAnyCase) {
+TEST_F(Model, FindsWordsInSummaryNoteAndCategoryIgnoringCase) {
   add("Käse kaufen");
   add({.summary = "Plants", .category = "meeting"});
   Task noted;
@@ -110,14 +110,14 @@ TEST_F(Model, WordsAreFoundInSummaryNoteAndCategoryInAnyCase) {
   EXPECT_THAT(allRows(), ElementsAre("Plants"));
   model_.setFilter({{"kauf", "käse"}, {}});
   EXPECT_THAT(allRows(), ElementsAre("Käse kaufen"));
-  // What stands for no category is not one.
+  // A name that stands for no category is not a category.
   model_.setFilter({{"categ"}, {}});
   EXPECT_THAT(allRows(), ElementsAre());
   model_.setFilter({});
   EXPECT_EQ(model_.rowCount(), 4);
 }
 
-TEST_F(Model, ACategoryIsPickedByItsName) {
+TEST_F(Model, FiltersByCategoryName) {
   add({.summary = "a", .category = "meeting"});
   add({.summary = "b", .category = "Meeting"});
   add({.summary = "c", .category = "none"});
@@ -135,7 +135,7 @@ TEST_F(Model, ACategoryIsPickedByItsName) {
   EXPECT_THAT(allRows(), ElementsAre("d"));
 }
 
-TEST_F(Model, ALongListIsFilteredByAndBy) {
+TEST_F(Model, FiltersLongListInSlices) {
   addMany(30'000);
   model_.setOrder({});
   model_.setFilter({{"9"}, {}});
@@ -146,13 +146,13 @@ TEST_F(Model, ALongListIsFilteredByAndBy) {
   model_.fetchMore({});
   EXPECT_GT(model_.rowCount(), first);
   EXPECT_TRUE(waitFor([this] { return !model_.isReading(); }));
-  // All numbers to 29999 but those without a 9.
+  // All numbers up to 29999 except those without a 9.
   EXPECT_EQ(model_.rowCount(), 30'000 - 3 * 9 * 9 * 9 * 9);
   EXPECT_FALSE(model_.canFetchMore({}));
   EXPECT_EQ(text(0), "task 00009");
 }
 
-TEST_F(Model, ANewFilterEndsTheOneBefore) {
+TEST_F(Model, NewFilterReplacesEarlierOne) {
   addMany(30'000);
   model_.setOrder({});
   model_.setFilter({{"1"}, {}});
@@ -161,7 +161,7 @@ TEST_F(Model, ANewFilterEndsTheOneBefore) {
   EXPECT_THAT(allRows(), ElementsAre("task 29999"));
 }
 
-TEST_F(Model, RefreshingShowsWhatOthersChanged) {
+TEST_F(Model, RefreshShowsChangesOfOthers) {
   const unsigned int a = add("a");
   add("b");
   model_.setOrder({});
@@ -179,7 +179,7 @@ TEST_F(Model, RefreshingShowsWhatOthersChanged) {
   EXPECT_THAT(rows(), ElementsAre("b"));
 }
 
-TEST_F(Model, ARowWhoseTaskIsGoneIsEmptyUntilTheNextRefresh) {
+TEST_F(Model, RowOfRemovedTaskIsEmptyUntilRefresh) {
   const unsigned int a = add("a");
   TaskListModel model(store_, [] { return QDate(); });
   model.setOrder({});
@@ -191,7 +191,7 @@ TEST_F(Model, ARowWhoseTaskIsGoneIsEmptyUntilTheNextRefresh) {
   EXPECT_EQ(model.rowCount(), 0);
 }
 
-TEST_F(Model, RowsOfAFilterStayWhileItIsReadAnew) {
+TEST_F(Model, FilteredRowsStayDuringRefresh) {
   addMany(30'000);
   model_.setOrder({});
   model_.setFilter({{"task"}, {}});
@@ -200,7 +200,7 @@ TEST_F(Model, RowsOfAFilterStayWhileItIsReadAnew) {
   model_.refresh();
   EXPECT_TRUE(model_.isReading());
   EXPECT_EQ(model_.rowCount(), 30'000);
-  // Changes that go on don't keep it from coming to an end.
+  // Endless changes do not prevent it from finishing.
   ASSERT_EQ(store_.removeTask(model_.uidAt(1)), ok);
   model_.refresh();
   EXPECT_TRUE(waitFor([this] { return !model_.isReading(); }));
@@ -225,7 +225,7 @@ TEST_F(Model, HiddenTasksHaveNoRows) {
   EXPECT_THAT(rows(), ElementsAre("c", "b", "a"));
 }
 
-TEST_F(Model, ChoicesStayWithTheirTasks) {
+TEST_F(Model, SelectionFollowsTasks) {
   const unsigned int a = add("a");
   const unsigned int b = add("b");
   model_.setOrder({});
@@ -246,7 +246,7 @@ TEST_F(Model, ChoicesStayWithTheirTasks) {
   EXPECT_EQ(model_.chosenCount(), 0);
 }
 
-TEST_F(Model, AllMeansAllThatAreShownOrComing) {
+TEST_F(Model, SelectAllIncludesRowsThatFollow) {
   addMany(30'000);
   model_.setOrder({});
   model_.setFilter({{"9"}, {}});
@@ -260,13 +260,13 @@ TEST_F(Model, AllMeansAllThatAreShownOrComing) {
   EXPECT_FALSE(model_.isChoosingAll());
   EXPECT_EQ(model_.chosenCount(), 10'317);
   EXPECT_EQ(model_.rowCount(), 10'317);
-  // What the filter no longer shows is no longer chosen.
+  // Rows that the filter hides are deselected.
   model_.setFilter({{"29999"}, {}});
   EXPECT_TRUE(waitFor([this] { return !model_.isReading(); }));
   EXPECT_EQ(model_.chosenCount(), 1);
 }
 
-TEST_F(Model, WhatTheUserUnchoosesWhileAllAreChosenStaysSo) {
+TEST_F(Model, DeselectedRowsStayDeselectedDuringSelectAll) {
   addMany(30'000);
   model_.setOrder({});
   model_.setFilter({{"9"}, {}});
@@ -279,7 +279,7 @@ TEST_F(Model, WhatTheUserUnchoosesWhileAllAreChosenStaysSo) {
   finish();
   EXPECT_EQ(model_.chosenCount(), 10'316);
 
-  // The same while the list is read anew, with tasks that come with it.
+  // The same while the list is read again, with new tasks.
   addMany(10);
   model_.refresh();
   model_.chooseAll();
@@ -294,7 +294,7 @@ TEST_F(Model, WhatTheUserUnchoosesWhileAllAreChosenStaysSo) {
   EXPECT_EQ(model_.chosenCount(), 0);
 }
 
-TEST_F(Model, ANewFilterEndsTheChoosingOfAll) {
+TEST_F(Model, NewFilterEndsSelectAll) {
   addMany(30'000);
   model_.setOrder({});
   model_.setFilter({{"9"}, {}});
@@ -307,7 +307,7 @@ TEST_F(Model, ANewFilterEndsTheChoosingOfAll) {
   EXPECT_EQ(static_cast<int>(model_.chosenCount()), known);
 }
 
-TEST_F(Model, AStoreThatAnswersWithAnErrorIsAnEmptyList) {
+TEST_F(Model, ListIsEmptyIfStoreFails) {
   add("a");
   model_.setOrder({});
   raw_.run("drop table task_table_task");
@@ -316,7 +316,7 @@ TEST_F(Model, AStoreThatAnswersWithAnErrorIsAnEmptyList) {
   EXPECT_EQ(model_.storeCode(), databaseFailure);
 }
 
-TEST_F(Model, AStoreThatRefusesEndsTheReading) {
+TEST_F(Model, FailingStoreEndsReading) {
   addMany(30'000);
   model_.setOrder({});
   model_.setFilter({{"9"}, {}});
@@ -326,7 +326,7 @@ TEST_F(Model, AStoreThatRefusesEndsTheReading) {
   EXPECT_EQ(model_.storeCode(), databaseFailure);
 }
 
-TEST_F(Model, WhatIsHiddenStaysSoWhileTheListIsReadAnew) {
+TEST_F(Model, HiddenRowsStayHiddenDuringRefresh) {
   addMany(20'000);
   model_.setOrder({});
   model_.setFilter({{"task"}, {}});

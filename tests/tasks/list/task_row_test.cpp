@@ -1,4 +1,4 @@
-// How a row of the list is painted.
+// Painting of a row of the list.
 
 #include "list/task_row.h"
 
@@ -40,7 +40,7 @@ protected:
     row_.paint(&painter, option, model_.index(0, 0));
     return image;
   }
-  // Pixels of a color that differ little from it.
+  // Pixels of almost this color.
   static int pixels(const QImage& image, const QColor& wanted) {
     constexpr int tolerance = 40;
     int count = 0;
@@ -55,7 +55,7 @@ protected:
       }
     return count;
   }
-  // Pixels that are clearly more red than anything else.
+  // Pixels that are clearly red.
   static int redPixels(const QImage& image) {
     int count = 0;
     for (int y = above; y < image.height() - above; ++y)
@@ -72,14 +72,14 @@ protected:
   TaskRow row_;
 };
 
-TEST_F(Row, AnOverdueDayIsRed) {
+TEST_F(Row, OverdueDayIsRed) {
   item_->setData("Yesterday", TaskListModel::DueRole);
   EXPECT_EQ(redPixels(painted()), 0);
   item_->setData(true, TaskListModel::OverdueRole);
   EXPECT_GT(redPixels(painted()), 20);
 }
 
-TEST_F(Row, StatusPriorityAndChoiceAreSeen) {
+TEST_F(Row, ShowsStatusPriorityAndSelection) {
   const QImage plain = painted();
   item_->setData(true, TaskListModel::CompletedRole);
   const QImage completed = painted();
@@ -124,7 +124,7 @@ TEST_F(Row, EachStatusAndPriorityHasItsIcon) {
   EXPECT_EQ(pixels(low, blue), 0);
 }
 
-TEST_F(Row, NothingIsPaintedBesideIt) {
+TEST_F(Row, PaintsNothingOutside) {
   item_->setText(QString("a" + QString(40, QChar(0x0301))).repeated(20));
   item_->setData(QString(200, u'W'), TaskListModel::DueRole);
   item_->setData(QString(200, u'W'), TaskListModel::CategoryRole);
@@ -134,7 +134,7 @@ TEST_F(Row, NothingIsPaintedBesideIt) {
       ASSERT_EQ(image.pixelColor(x, y), QColor(Qt::magenta)) << x << ' ' << y;
 }
 
-TEST_F(Row, TheBoxStandsWhereLinesBegin) {
+TEST_F(Row, BoxIsAtStartOfLine) {
   const QRect row(0, 0, width, 36);
   EXPECT_EQ(TaskRow::statusZone(&widget_, row).left(), 0);
   widget_.setLayoutDirection(Qt::RightToLeft);

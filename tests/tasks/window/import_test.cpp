@@ -1,4 +1,4 @@
-// To-dos of calendar files.
+// Import of calendar files.
 
 #include "window/import.h"
 
@@ -25,8 +25,8 @@ int keepHandle(sqlite3* database, const char**, const void*) {
   return SQLITE_OK;
 }
 
-// A store that has room for some tasks. Made in a thread of its own, it has a connection of its
-// own.
+// A store with room for a few tasks. It is created in another thread and therefore has its own
+// connection.
 struct SmallStore {
   SmallStore() {
     sqlite3_reset_auto_extension();
@@ -38,7 +38,7 @@ struct SmallStore {
   ZTASK_ENG_Model store;
 };
 
-// What comes of the files when nothing else happens.
+// The result of importing the files without interruption.
 ImportResult importFiles(ZTASK_ENG_Model& store, const QStringList& paths) {
   tasks::Import import(store);
   ImportResult result;
@@ -76,7 +76,7 @@ protected:
   TemporaryDirectory files_;
 };
 
-TEST_F(Import, EveryToDoOfEveryFileIsStored) {
+TEST_F(Import, StoresEveryTodoOfEveryFile) {
   const ImportResult result =
       importFiles(store_, {file("one.vcs", calendar(todo("a") + todo("b"))),
                            file("two.vcs", calendar(todo("c")) + calendar(todo("d")))});
@@ -87,17 +87,17 @@ TEST_F(Import, EveryToDoOfEveryFileIsStored) {
   EXPECT_EQ(result.lastUid, allUids().back());
 }
 
-TEST_F(Import, ATextEndsAtItsFirstZero) {
+TEST_F(Import, TextEndsAtFirstZeroByte) {
   EXPECT_EQ(
       importFiles(store_, {file("a", calendar(todo("a")) + '\0' + calendar(todo("b")))}).imported,
       1U);
 }
 
-TEST_F(Import, FilesWithoutToDosAreNamed) {
+TEST_F(Import, NamesFilesWithoutTodos) {
   const QString directory = QString::fromStdString(files_.path().string());
   const QString pipe = directory + "/pipe";
   ASSERT_EQ(mkfifo(qPrintable(pipe), 0600), 0);
-  // A text stands ready in it.
+  // It contains a complete text.
   const ulo::Descriptor reader(open(qPrintable(pipe), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   const std::string text = calendar(todo("b"));
   ASSERT_EQ(write(ulo::Descriptor(open(qPrintable(pipe), O_WRONLY | O_CLOEXEC)).get(), text.data(),
@@ -127,7 +127,7 @@ TEST_F(Import, LargerFilesAreNotRead) {
   }
 }
 
-TEST_F(Import, TextsAreCutAtWholeLetters) {
+TEST_F(Import, TruncatesTextsAtWholeLetters) {
   const std::string bicycle = "\xf0\x9f\x9a\xb2";
   const std::string note(Task::noteLimit - 1, 'n');
   const std::string summary(Task::summaryLimit - 1, 's');
@@ -143,7 +143,7 @@ TEST_F(Import, TextsAreCutAtWholeLetters) {
   EXPECT_EQ(stored(allUids()[1]).getString(Task::TASK_FIELD_SUMMARY).toStdString(), summary + "t");
 }
 
-TEST_F(Import, WithoutAStatusItIsToBeDone) {
+TEST_F(Import, TodoWithoutStatusNeedsAction) {
   const QString path = file("a.vcs", calendar(todo("a") + todo("b", "STATUS:COMPLETED\r\n") +
                                               todo("c", "STATUS:DELEGATED\r\n")));
   EXPECT_EQ(importFiles(store_, {path}).imported, 3U);
@@ -153,7 +153,7 @@ TEST_F(Import, WithoutAStatusItIsToBeDone) {
   EXPECT_THAT(statuses, ElementsAre(1, 0, 7));
 }
 
-TEST_F(Import, ItStopsWhereTheStoreIsFull) {
+TEST_F(Import, StopsIfStoreIsFull) {
   const QString many =
       file("a.vcs", calendar(todo("a", "DESCRIPTION:" + std::string(4000, 'n') + "\r\n")));
   ImportResult result;
@@ -168,7 +168,7 @@ TEST_F(Import, ItStopsWhereTheStoreIsFull) {
   EXPECT_EQ(result.lastUid, allUids().back());
 }
 
-TEST_F(Import, ItStopsWhereTheStoreRefuses) {
+TEST_F(Import, StopsIfStoreFails) {
   raw_.run("create trigger refusal before insert on task_table_task when (select count(*) from"
            " task_table_task) = 2 begin select raise(abort, 'refused'); end");
   const ImportResult result =
@@ -180,13 +180,13 @@ TEST_F(Import, ItStopsWhereTheStoreRefuses) {
   EXPECT_THAT(summaries(), ElementsAre("a", "b"));
 }
 
-TEST_F(Import, NothingIsAnEmptyResult) {
+TEST_F(Import, ResultOfNothingIsEmpty) {
   const ImportResult result = importFiles(store_, {});
   EXPECT_EQ(result.imported, 0U);
   EXPECT_EQ(result.lastUid, Task::notStored);
 }
 
-TEST_F(Import, ManyAreStoredBetweenOtherEvents) {
+TEST_F(Import, StoresManyBetweenOtherEvents) {
   std::string todos;
   for (int i = 0; i < 300; ++i)
     todos += todo("x");
@@ -195,7 +195,7 @@ TEST_F(Import, ManyAreStoredBetweenOtherEvents) {
   QSignalSpy ends(&import, &tasks::Import::ended);
   import.add({file("a.vcs", calendar(todos))});
   EXPECT_TRUE(allUids().empty());
-  // What comes meanwhile is taken too.
+  // Files that are added in the meantime are imported, too.
   ASSERT_TRUE(waitFor([&] { return progress.count() > 0; }));
   EXPECT_GT(progress[0][0].toUInt(), 0U);
   EXPECT_EQ(progress[0][1].toUInt(), 300U);

@@ -1,4 +1,4 @@
-// When the application hears that the store changed.
+// Notification of changes in the store.
 
 #include "window/store_changes.h"
 
@@ -18,8 +18,7 @@ using tasks::StoreChanges;
 
 namespace {
 
-// Lets everything happen that what was done until now brings about: timers fire in the order of
-// their times, and this one's is behind all others.
+// Processes all pending timers: they fire in the order of their times, and this one is the last.
 void letSettle(std::chrono::milliseconds time = 3 * StoreChanges::longest) {
   bool settled = false;
   QTimer::singleShot(time, &application(), [&] { settled = true; });
@@ -46,7 +45,7 @@ protected:
   QSignalSpy heard_{&changes_, &StoreChanges::changed};
 };
 
-TEST_F(StoreChangesTest, OwnChangesAreHeardAfterwards) {
+TEST_F(StoreChangesTest, ReportsOwnChangesLater) {
   const unsigned int uid = add("a");
   EXPECT_EQ(heard_.count(), 0);
   EXPECT_TRUE(waitFor([this] { return hasHeard(); }));
@@ -57,12 +56,12 @@ TEST_F(StoreChangesTest, OwnChangesAreHeardAfterwards) {
   EXPECT_TRUE(waitFor([this] { return hasHeard(); }));
 }
 
-TEST_F(StoreChangesTest, ChangesOfAnotherProcessAreHeard) {
+TEST_F(StoreChangesTest, ReportsChangesOfAnotherProcess) {
   runUlotask({"add", "a"});
   EXPECT_TRUE(waitFor([this] { return hasHeard(); }));
 }
 
-TEST_F(StoreChangesTest, CategoriesAreHeardOf) {
+TEST_F(StoreChangesTest, ReportsChangesOfCategories) {
   runUlotask({"category", "rename", "party", "feast"});
   EXPECT_TRUE(waitFor([this] { return hasHeard(); }));
   letSettle();
@@ -71,7 +70,7 @@ TEST_F(StoreChangesTest, CategoriesAreHeardOf) {
   EXPECT_TRUE(waitFor([this] { return hasHeard(); }));
 }
 
-TEST_F(StoreChangesTest, ChangesThatFollowEachOtherAreOne) {
+TEST_F(StoreChangesTest, CombinesChangesInQuickSuccession) {
   for (int i = 0; i < 20; ++i)
     add("a");
   EXPECT_TRUE(waitFor([this] { return hasHeard(); }));
@@ -79,7 +78,7 @@ TEST_F(StoreChangesTest, ChangesThatFollowEachOtherAreOne) {
   EXPECT_EQ(heard_.count(), 1);
 }
 
-TEST_F(StoreChangesTest, ChangesAreGathered) {
+TEST_F(StoreChangesTest, CombinesChanges) {
   constexpr int many = 20;
   for (int i = 0; i < many; ++i) {
     add("a");
@@ -90,14 +89,14 @@ TEST_F(StoreChangesTest, ChangesAreGathered) {
   EXPECT_LT(heard_.count(), many / 2);
 }
 
-TEST_F(StoreChangesTest, ChangesThatDoNotEndAreHeardAllTheSame) {
+TEST_F(StoreChangesTest, ReportsChangesThatDoNotEnd) {
   QTimer writing;
   QObject::connect(&writing, &QTimer::timeout, &writing, [this] { add("a"); });
   writing.start(StoreChanges::quiet / 10);
   EXPECT_TRUE(waitFor([this] { return heard_.count() >= 2; }));
 }
 
-TEST_F(StoreChangesTest, ReadingIsNoChange) {
+TEST_F(StoreChangesTest, ReadingIsNotAChange) {
   add("a");
   EXPECT_TRUE(waitFor([this] { return hasHeard(); }));
   letSettle();
@@ -119,7 +118,7 @@ protected:
   LogCapture log_;
 };
 
-// Whoever opens a store that nobody has open makes the files beside it anew.
+// Opening a store that is not open elsewhere creates the files beside it again.
 TEST_F(StoreThatIsClosed, IsNotChangedByOpeningIt) {
   { const ZTASK_ENG_Model makesTheFile; }
   StoreChanges changes(nullptr);
@@ -139,7 +138,7 @@ TEST_F(StoreThatIsClosed, IsNotChangedByOpeningIt) {
   EXPECT_EQ(heard.count(), 0);
 }
 
-TEST_F(StoreThatIsClosed, ABroadcastIsHeard) {
+TEST_F(StoreThatIsClosed, BroadcastIsReceived) {
   const SessionBus bus;
   StoreChanges changes(nullptr);
   QSignalSpy heard(&changes, &StoreChanges::changed);
@@ -151,8 +150,9 @@ TEST_F(StoreThatIsClosed, ABroadcastIsHeard) {
   EXPECT_TRUE(QTest::qWaitFor([&] { return heard.count() > 0; }, 30'000));
 }
 
-// The files are elsewhere, where nobody watches, as on a file system that tells nothing.
-TEST_F(StoreThatIsClosed, WhatTheSystemDoesNotTellIsSeenInTime) {
+// The files are in another directory, which is not watched, as on a file system that reports no
+// changes.
+TEST_F(StoreThatIsClosed, UnreportedChangesAreFoundByPolling) {
   const TemporaryDirectory elsewhere;
   std::ofstream(elsewhere.path() / "tasks.db") << "a";
   std::filesystem::create_symlink(elsewhere.path() / "tasks.db", directory_.path() / "tasks.db");
@@ -163,7 +163,7 @@ TEST_F(StoreThatIsClosed, WhatTheSystemDoesNotTellIsSeenInTime) {
   EXPECT_TRUE(QTest::qWaitFor([&] { return heard.count() > 0; }, 30'000));
 }
 
-TEST_F(StoreThatIsClosed, WhereTheJournalCannotBeReadItsFilesSayEnough) {
+TEST_F(StoreThatIsClosed, FilesRevealChangesWithoutJournal) {
   const auto damage = [this] {
     std::ofstream(directory_.path() / "tasks.db", std::ios::app) << std::string(8192, 'x');
   };

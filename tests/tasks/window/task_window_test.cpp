@@ -1,4 +1,4 @@
-// The window: which screen is seen, and what goes with the others.
+// The window: the visible screen, and the lifetime of the others.
 
 #include "TASK_UI_DetailView.h"
 #include "ZDetailView.h"
@@ -24,7 +24,7 @@ using testing::ElementsAre;
 
 namespace {
 
-TEST_F(Window, BeginsWithTheList) {
+TEST_F(Window, StartsWithList) {
   add("a");
   open();
   EXPECT_NE(current<ListScreen>(), nullptr);
@@ -88,7 +88,7 @@ TEST_F(Window, DetailsShowStatusAndPriorityAsIcons) {
   }
 }
 
-TEST_F(Window, ANewTaskIsTheCurrentOneOfTheList) {
+TEST_F(Window, NewTaskBecomesCurrentInList) {
   add("b");
   add("c");
   open();
@@ -101,7 +101,7 @@ TEST_F(Window, ANewTaskIsTheCurrentOneOfTheList) {
   EXPECT_EQ(rows().size(), 3);
 }
 
-TEST_F(Window, ATaskThatIsDeletedFromItsScreenIsGoneFromTheList) {
+TEST_F(Window, TaskDeletedOnItsScreenLeavesList) {
   add("b");
   const unsigned int a = add("a");
   open();
@@ -112,7 +112,7 @@ TEST_F(Window, ATaskThatIsDeletedFromItsScreenIsGoneFromTheList) {
   EXPECT_FALSE(isStored(a));
 }
 
-TEST_F(Window, ClosingKeepsWhatWasTyped) {
+TEST_F(Window, ClosingSavesEdits) {
   open();
   key(Qt::Key_F2);
   type("typed");
@@ -120,7 +120,7 @@ TEST_F(Window, ClosingKeepsWhatWasTyped) {
   EXPECT_EQ(only().getString(Task::TASK_FIELD_SUMMARY), "typed");
 }
 
-TEST_F(Window, ClosingRemovesWhatWasDeleted) {
+TEST_F(Window, ClosingCompletesDeletions) {
   add("a");
   open();
   key(Qt::Key_Delete);
@@ -129,7 +129,7 @@ TEST_F(Window, ClosingRemovesWhatWasDeleted) {
   EXPECT_EQ(allUids().size(), 0);
 }
 
-TEST_F(Window, ClosingStoresWhatIsImported) {
+TEST_F(Window, ClosingCompletesImport) {
   open();
   window_->import({calendar("one.vcs", "named")});
   EXPECT_TRUE(allUids().empty());
@@ -137,7 +137,7 @@ TEST_F(Window, ClosingStoresWhatIsImported) {
   EXPECT_EQ(only().getString(Task::TASK_FIELD_SUMMARY), "named");
 }
 
-TEST_F(Window, ExitAndTheIdleScreenCloseIt) {
+TEST_F(Window, ExitAndReturnToIdleCloseIt) {
   open();
   key(Qt::Key_F3);
   EXPECT_FALSE(window_->isVisible());
@@ -146,7 +146,7 @@ TEST_F(Window, ExitAndTheIdleScreenCloseIt) {
   EXPECT_FALSE(window_->isVisible());
 }
 
-TEST_F(Window, ChangesOfOtherProgramsAreSeen) {
+TEST_F(Window, ShowsChangesOfOtherPrograms) {
   const unsigned int a = add("a");
   add("b");
   open();
@@ -160,7 +160,7 @@ TEST_F(Window, ChangesOfOtherProgramsAreSeen) {
   EXPECT_EQ(listed(), "z");
 }
 
-TEST_F(Window, FilesAreDroppedOnIt) {
+TEST_F(Window, ImportsDroppedFiles) {
   open();
   QMimeData data;
   data.setUrls({QUrl::fromLocalFile(calendar("one.vcs", "dropped"))});
@@ -180,7 +180,7 @@ TEST_F(Window, FilesAreDroppedOnIt) {
   EXPECT_FALSE(other.isAccepted());
 }
 
-TEST_F(Window, AnAlarmIsShownAndOpensItsTask) {
+TEST_F(Window, AlarmIsShownAndOpensItsTask) {
   NotificationServer server(bus_);
   Task task;
   task.setString(Task::TASK_FIELD_SUMMARY, "wake up");
@@ -195,16 +195,16 @@ TEST_F(Window, AnAlarmIsShownAndOpensItsTask) {
   server.invoke(server.notes[0].id, "default");
   EXPECT_TRUE(waitFor([this] { return current<TASK_UI_DetailView>() != nullptr; }));
   EXPECT_EQ(window_->windowTitle(), "wake up");
-  // What was being written is kept.
+  // Edits are saved.
   finishEvents();
   EXPECT_EQ(window_->findChild<FormScreen*>(), nullptr);
   EXPECT_EQ(allUids().size(), 2);
-  // A task that is done needs no notification.
+  // A completed task needs no notification.
   runUlotask({"done", QString::number(task.getUINT32(Task::TASK_FIELD_UID))});
   EXPECT_TRUE(waitFor([&] { return !server.closed.empty(); }));
 }
 
-TEST_F(Window, AnAlarmChecksItsTaskOff) {
+TEST_F(Window, AlarmCompletesItsTask) {
   NotificationServer server(bus_);
   Task task;
   task.setString(Task::TASK_FIELD_SUMMARY, "wake up");
@@ -217,7 +217,7 @@ TEST_F(Window, AnAlarmChecksItsTaskOff) {
   EXPECT_TRUE(waitFor([this] { return only().getStatusValue() == 0; }));
 }
 
-TEST_F(Window, AnAlarmWhoseTaskCannotBeCheckedOffSaysSo) {
+TEST_F(Window, ReportsAlarmWhoseTaskCannotBeCompleted) {
   NotificationServer server(bus_);
   Task task;
   task.setString(Task::TASK_FIELD_SUMMARY, "wake up");
@@ -235,13 +235,13 @@ TEST_F(Window, AnAlarmWhoseTaskCannotBeCheckedOffSaysSo) {
   EXPECT_EQ(only().getStatusValue(), 1);
 }
 
-TEST_F(Window, ATaskThatIsGoneIsNotOpened) {
+TEST_F(Window, RemovedTaskIsNotOpened) {
   open();
   window_->openTask(77);
   EXPECT_NE(current<ListScreen>(), nullptr);
 }
 
-TEST(ImportMessages, SayWhatCameAndWhatDidNot) {
+TEST(ImportMessages, ReportImportedAndUnreadFiles) {
   EXPECT_EQ(tasks::importText(12, 345), u"12 of 345 tasks imported\u2026");
   tasks::ImportResult result;
   result.imported = 1;

@@ -1,4 +1,4 @@
-// The window while others change the store, and what it tells.
+// The window while other programs change the store, and its messages.
 
 #include "TASK_UI_DetailView.h"
 #include "ZDetailView.h"
@@ -22,12 +22,12 @@ namespace {
 
 class Changes : public Window {
 protected:
-  // What the list tells; empty when it tells nothing.
+  // The message of the list; empty if there is none.
   std::string told() {
     const auto* notice = window_->findChild<tasks::NoticeBar*>();
     return notice->isVisible() ? notice->accessibleName().toStdString() : std::string();
   }
-  // The title of the task whose details are shown.
+  // The title in the details.
   std::string details() {
     auto* rows = window_->currentWidget()->findChild<ZDetailView*>();
     return rows == nullptr ? std::string() : rows->item(0)->content().toStdString();
@@ -57,7 +57,7 @@ TEST_F(Changes, EscapeLeavesTheDetails) {
   }
 }
 
-TEST_F(Changes, ATaskThatIsOpenedIsNotDeleted) {
+TEST_F(Changes, OpeningTaskRestoresIt) {
   const unsigned int a = add("a");
   open();
   key(Qt::Key_Delete);
@@ -68,7 +68,7 @@ TEST_F(Changes, ATaskThatIsOpenedIsNotDeleted) {
   EXPECT_TRUE(isStored(a));
 }
 
-TEST_F(Changes, AnOpenedWindowKeepsItsSize) {
+TEST_F(Changes, OpeningTaskKeepsWindowSize) {
   const unsigned int a = add("a");
   open();
   window_->setWindowState(Qt::WindowMaximized);
@@ -94,7 +94,7 @@ TEST_F(Changes, DetailsFollowTheStore) {
   expectFocusAndTitle();
 }
 
-TEST_F(Changes, SharingFromDetailsOfATaskThatIsGoneSaysSo) {
+TEST_F(Changes, SharingRemovedTaskFromDetailsReportsIt) {
   const unsigned int a = add("a");
   open();
   key(Qt::Key_Return);
@@ -113,7 +113,7 @@ TEST_F(Changes, SharingFromDetailsOfATaskThatIsGoneSaysSo) {
   EXPECT_NE(current<ListScreen>(), nullptr);
 }
 
-TEST_F(Changes, AMenuIsNotTakenAway) {
+TEST_F(Changes, OpenMenuStays) {
   const unsigned int a = add("a");
   open();
   key(Qt::Key_Return);
@@ -121,14 +121,14 @@ TEST_F(Changes, AMenuIsNotTakenAway) {
   key(Qt::Key_F1);
   ASSERT_EQ(QApplication::activePopupWidget(), menu());
   ASSERT_EQ(store_.removeTask(a), ok);
-  // The list has seen it.
+  // The list has been updated.
   EXPECT_TRUE(waitFor([this] { return rows().empty(); }));
   EXPECT_EQ(current<TASK_UI_DetailView>(), details);
   menu()->hide();
   EXPECT_TRUE(waitFor([this] { return current<ListScreen>() != nullptr; }));
 }
 
-TEST_F(Changes, TheFormBeginsWithWhatIsStored) {
+TEST_F(Changes, FormStartsWithStoredTask) {
   const unsigned int a = add("a");
   open();
   key(Qt::Key_Return);
@@ -137,7 +137,7 @@ TEST_F(Changes, TheFormBeginsWithWhatIsStored) {
   EXPECT_EQ(window_->findChild<LineField*>()->text(), "b");
 }
 
-TEST_F(Changes, AScreenStaysUntilItsDialogsAreOver) {
+TEST_F(Changes, ScreenStaysUntilItsDialogsEnd) {
   const unsigned int a = add("a");
   open();
   key(Qt::Key_N, Qt::ControlModifier);
@@ -147,7 +147,7 @@ TEST_F(Changes, AScreenStaysUntilItsDialogsAreOver) {
                         [&](ZMessageDlg&) {
                           window_->openTask(a);
                           finishEvents();
-                          // The menu that asks is its.
+                          // The menu belongs to the form.
                           EXPECT_NE(form, nullptr);
                           EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
                         });
@@ -157,7 +157,7 @@ TEST_F(Changes, AScreenStaysUntilItsDialogsAreOver) {
   EXPECT_EQ(allUids().size(), 2);
 }
 
-TEST_F(Changes, ATaskThatTheViewDoesNotShowIsTold) {
+TEST_F(Changes, ReportsSavedTaskThatViewDoesNotShow) {
   tasks::writeListOrder({ZTASK_ENG_Model::TASK_CATEGORY_COMPLETED});
   open();
   key(Qt::Key_F2);
@@ -171,7 +171,7 @@ TEST_F(Changes, ATaskThatTheViewDoesNotShowIsTold) {
   EXPECT_THAT(rows(), ElementsAre("c"));
 }
 
-TEST_F(Changes, StaysWhereTheFormCannotBeSaved) {
+TEST_F(Changes, StaysOnFormThatCannotBeSaved) {
   open();
   key(Qt::Key_F2);
   type("a");
@@ -187,7 +187,7 @@ TEST_F(Changes, StaysWhereTheFormCannotBeSaved) {
   expectFocusAndTitle();
 }
 
-TEST_F(Changes, AWindowThatClosesTakesItsDialogsWithIt) {
+TEST_F(Changes, ClosingWindowClosesItsDialogs) {
   open();
   key(Qt::Key_F2);
   type("a");
@@ -199,7 +199,7 @@ TEST_F(Changes, AWindowThatClosesTakesItsDialogsWithIt) {
   EXPECT_EQ(only().getString(Task::TASK_FIELD_SUMMARY), "a");
 }
 
-TEST_F(Changes, MessagesOfTheListWaitForIt) {
+TEST_F(Changes, MessagesWaitUntilListIsShown) {
   open();
   key(Qt::Key_F2);
   window_->import({calendar("a.vcs", "a")});

@@ -1,4 +1,4 @@
-// The window of the application, for its tests: with a bus of its own, without a display.
+// Base of the tests of the window: with its own bus and without a display.
 #pragma once
 
 #include "ZKbMainWidget.h"
@@ -18,7 +18,7 @@ protected:
   Window() { setenv("DBUS_SESSION_BUS_ADDRESS", qPrintable(bus_.address()), 1); }
   ~Window() override { unsetenv("DBUS_SESSION_BUS_ADDRESS"); }
 
-  // Shows the window with what is stored so far.
+  // Shows the window with the tasks that are stored so far.
   void open() {
     window_ = std::make_unique<tasks::TaskWindow>(store_);
     window_->resize(240, 320);
@@ -31,7 +31,7 @@ protected:
     QTest::keyClick(QApplication::focusWidget(), key, modifiers);
   }
   void type(const QString& text) { QTest::keyClicks(QApplication::focusWidget(), text); }
-  // Takes an item of the options menu.
+  // Triggers an item of the options menu.
   void take(int item) {
     menu()->item(item)->trigger();
     finishEvents();
