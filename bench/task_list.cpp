@@ -4,13 +4,13 @@
 
 #include "ZApplication.h"
 #include "dataset.h"
-#include "list_screen.h"
-#include "lock_gate.h"
+#include "list/list_screen.h"
+#include "list/task_list_model.h"
+#include "list/task_list_view.h"
 #include "log_sink.h"
 #include "paint_watch.h"
-#include "task_list_model.h"
-#include "task_list_view.h"
-#include "task_window.h"
+#include "window/lock_gate.h"
+#include "window/task_window.h"
 
 #include <QElapsedTimer>
 #include <QKeyEvent>

@@ -87,7 +87,8 @@ public:
   // is 1; the uuid if it was null. Can fail with TASK_ENG_MEMORY_FULL. Fails with
   // TASK_ENG_NOT_FOUND if the task or its category does not exist.
   int updateTask(ZTASK_ENG_Task& task);
-  // Removes a task. Can fail with TASK_ENG_MEMORY_FULL or TASK_ENG_NOT_FOUND.
+  // Removes a task. Fails with TASK_ENG_NOT_FOUND if no task has this UID, and with
+  // TASK_ENG_MEMORY_FULL if memory is exhausted, but not if the store is full.
   int removeTask(unsigned int uid);
   // Removes tasks one by one. If one cannot be removed, returns TASK_ENG_DATABASE_FAILURE, whatever
   // the reason; the tasks before it stay removed. Fails with TASK_ENG_BAD_PARAMETER if the list is
@@ -106,7 +107,8 @@ public:
   int renameCategory(QString& oldName, QString& newName);
   // Removes the first category of that name, if any. If `withTasks` is set, first removes its
   // tasks, which stay removed even if the category then cannot be removed. Otherwise its tasks read
-  // as category "None". Can fail with TASK_ENG_MEMORY_FULL.
+  // as category "None". Fails with TASK_ENG_MEMORY_FULL if memory is exhausted, or if the tasks
+  // cannot be removed because the store is full.
   int removeCategory(QString& name, bool withTasks);
   // Removes all tasks of a category, if it has any. Can fail with TASK_ENG_MEMORY_FULL.
   int removeTasksWithCategoryId(int categoryUid);

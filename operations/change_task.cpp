@@ -1,5 +1,6 @@
 #include "change_task.h"
 
+#include "task_words.h"
 #include "ulodb2.h"
 #include "write_transaction.h"
 
@@ -48,6 +49,11 @@ int changeTask(ZTASK_ENG_Model& store, unsigned int uid,
   if (code == TASK_ENG_OK && report != nullptr)
     *report = changed;
   return code;
+}
+
+int setCompleted(ZTASK_ENG_Model& store, unsigned int uid, bool completed) {
+  const Status status = completed ? Status::completed : Status::needsAction;
+  return changeTask(store, uid, [=](ZTASK_ENG_Task& task) { task.setStatus(codeOf(status)); });
 }
 
 int removeTask(ZTASK_ENG_Model& store, unsigned int uid, ZTASK_ENG_Task& removed) {

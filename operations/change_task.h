@@ -29,6 +29,9 @@ struct ChangeReport {
 int changeTask(ZTASK_ENG_Model& store, unsigned int uid,
                const std::function<void(ZTASK_ENG_Task&)>& change, ChangeReport* report = nullptr);
 
+// Sets the status to completed, or to needs action. Returns a result of changeTask.
+int setCompleted(ZTASK_ENG_Model& store, unsigned int uid, bool completed);
+
 // Removes the task and sets `removed` to its last state. Returns a result of the store; unless it
 // is TASK_ENG_OK, nothing was removed.
 int removeTask(ZTASK_ENG_Model& store, unsigned int uid, ZTASK_ENG_Task& removed);

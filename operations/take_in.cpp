@@ -1,14 +1,12 @@
 #include "take_in.h"
 
-#include "UTIL_TimeConversion.h"
 #include "change_task.h"
+#include "dates.h"
 #include "foreign_text.h"
+#include "task_words.h"
 
 namespace ulo {
 namespace {
-
-constexpr int statusNone = -1;
-constexpr int statusNeedsAction = 1;
 
 // 0 for a field without a limit.
 constexpr int limitOf(ZTASK_ENG_Task::TASK_FIELD_T field) {
@@ -23,10 +21,6 @@ constexpr int limitOf(ZTASK_ENG_Task::TASK_FIELD_T field) {
 }
 
 }  // namespace
-
-QDateTime currentLocalTime() {
-  return UTIL_TimeConversion::toLocalTime(QDateTime::currentDateTimeUtc());
-}
 
 std::optional<ShortenedText> shortenToLimit(ZTASK_ENG_Task& task,
                                             ZTASK_ENG_Task::TASK_FIELD_T field) {
@@ -47,8 +41,8 @@ int takeIn(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task, std::vector<ShortenedTe
     if (const std::optional<ShortenedText> report = shortenToLimit(task, field))
       reports.push_back(*report);
   }
-  if (task.getStatusValue() == statusNone)
-    task.setStatus(statusNeedsAction);
+  if (task.getStatusValue() == codeOf(Status::none))
+    task.setStatus(codeOf(Status::needsAction));
   task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION, currentLocalTime());
   const int code = addTask(store, task);
   if (code == TASK_ENG_OK && shortened != nullptr)

@@ -3,16 +3,10 @@
 
 #include "ZTASK_ENG_Model.h"
 
-#include <QDateTime>
-
 #include <optional>
 #include <vector>
 
 namespace ulo {
-
-// The current time for a record: local time, and the right one of the two when the clocks show an
-// hour twice.
-QDateTime currentLocalTime();
 
 // A text that was longer than the store accepts (ZTASK_ENG_Task::summaryLimit, noteLimit).
 struct ShortenedText {

@@ -5,11 +5,6 @@
 #include "ulodb2.h"
 
 namespace ulo {
-namespace {
-
-constexpr int storeDatabase = 1;
-
-}  // namespace
 
 WriteTransaction::WriteTransaction() : result_(DB_Open(storeDatabase)) {
   opened_ = result_ == DB_OK;

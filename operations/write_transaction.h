@@ -2,6 +2,9 @@
 
 namespace ulo {
 
+// The number of the store's database, for DB_Open.
+inline constexpr int storeDatabase = 1;
+
 // A write transaction on the store of this thread.
 //
 // All stores (ZTASK_ENG_Model) of a thread use one connection. What they store while a

@@ -7,6 +7,7 @@
 #include "module_log.h"
 #include "store_steps.h"
 #include "task_match.h"
+#include "task_words.h"
 #include "uuid.h"
 
 #include <QDir>
@@ -219,9 +220,10 @@ int ZTASK_ENG_Model::updateTask(ZTASK_ENG_Task& task) {
     return found;
   }
   const bool ended = hasDate(task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_END));
-  if (task.getStatusValue() == 0 && !ended)
+  const int status = task.getStatusValue();
+  if (status == codeOf(ulo::Status::completed) && !ended)
     task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_END, now);
-  else if (task.getStatusValue() == 1 && ended)
+  else if (status == codeOf(ulo::Status::needsAction) && ended)
     task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_END,
                      UTIL_TimeConversion::fromUTC(ZTASK_ENG_Task::noDateSeconds));
   task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION, now);

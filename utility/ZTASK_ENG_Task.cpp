@@ -1,25 +1,17 @@
 #include "ZTASK_ENG_Task.h"
 
 #include "clock.h"
+#include "task_words.h"
 
 #include <utility>
-
-namespace {
-
-// The three classes of getPriority; stored values between high and normal count as high.
-constexpr int normalPriority = 5;
-constexpr int highPriority = 1;
-constexpr int lowPriority = 9;
-
-}  // namespace
 
 QDateTime ZTASK_ENG_Task::noDate() {
   return QDateTime::fromSecsSinceEpoch(noDateSeconds);
 }
 
 ZTASK_ENG_Task::ZTASK_ENG_Task()
-    : uid_(notStored), priority_(0), status_(-1), alarm_(noDate()), due_(alarm_), end_(alarm_),
-      revision_(alarm_) {}
+    : uid_(notStored), priority_(0), status_(codeOf(ulo::Status::none)), alarm_(noDate()),
+      due_(alarm_), end_(alarm_), revision_(alarm_) {}
 
 ZTASK_ENG_Task::ZTASK_ENG_Task(const ZTASK_ENG_Task& other) = default;
 ZTASK_ENG_Task& ZTASK_ENG_Task::operator=(const ZTASK_ENG_Task& other) = default;
@@ -113,9 +105,10 @@ void ZTASK_ENG_Task::setPriority(int priority) {
 }
 
 int ZTASK_ENG_Task::getPriority() const {
-  if (priority_ == 0 || priority_ == normalPriority)
-    return normalPriority;
-  return priority_ > 0 && priority_ < normalPriority ? highPriority : lowPriority;
+  constexpr int normal = codeOf(ulo::Priority::normal);
+  if (priority_ == 0 || priority_ == normal)
+    return normal;
+  return codeOf(priority_ > 0 && priority_ < normal ? ulo::Priority::high : ulo::Priority::low);
 }
 
 int ZTASK_ENG_Task::getStatusValue() const {
@@ -127,5 +120,6 @@ void ZTASK_ENG_Task::setStatus(int status) {
 }
 
 int ZTASK_ENG_Task::getStatus() const {
-  return status_ == 0 ? 0 : 1;
+  constexpr int completed = codeOf(ulo::Status::completed);
+  return status_ == completed ? completed : codeOf(ulo::Status::needsAction);
 }

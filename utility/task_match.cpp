@@ -1,6 +1,7 @@
 #include "task_match.h"
 
 #include "UTIL_TimeConversion.h"
+#include "task_words.h"
 
 #include <algorithm>
 #include <iterator>
@@ -42,7 +43,7 @@ bool Example::isMetBy(const ZTASK_ENG_Task& task) const {
   return hasDate(task, ZTASK_ENG_Task::TASK_FIELD_DUE, due_) &&
          hasDate(task, ZTASK_ENG_Task::TASK_FIELD_END, end_) &&
          (priority_ == 0 || task.getPriorityValue() == priority_) &&
-         (status_ == -1 || task.getStatusValue() == status_) &&
+         (status_ == codeOf(ulo::Status::none) || task.getStatusValue() == status_) &&
          hasText(task, ZTASK_ENG_Task::TASK_FIELD_NOTE, note_) &&
          hasText(task, ZTASK_ENG_Task::TASK_FIELD_SUMMARY, summary_);
 }

@@ -3,7 +3,7 @@
 #include "field_look.h"
 #include "look.h"
 #include "state_icon.h"
-#include "texts.h"
+#include "task_texts.h"
 
 #include <QKeyEvent>
 #include <QStylePainter>
@@ -16,7 +16,7 @@ ChoiceField::ChoiceField(QWidget* parent) : QComboBox(parent) {
   setIconSize(QSize(ulo::iconSize(this), ulo::iconSize(this)));
   setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
   setSizeAdjustPolicy(AdjustToMinimumContentsLengthWithIcon);
-  // The rows of the list take their height from the style sheet.
+  // The style sheet sets the height of the rows.
   setItemDelegate(new QStyledItemDelegate(this));
 }
 
@@ -65,24 +65,23 @@ void ChoiceField::paintEvent(QPaintEvent*) {
 
 namespace {
 
-void add(ChoiceField& field, int code, const QString& text, const char* state) {
-  field.addItem(stateIcon(state), text, code);
+void add(ChoiceField& field, int code, const ulo::ShownAs& shown) {
+  field.addItem(stateIcon(shown), shownText(shown), code);
 }
 
 }  // namespace
 
 ChoiceField* newStatusField(QWidget* parent) {
   auto* field = new ChoiceField(parent);
-  add(*field, 1, ulo::text("TXT_RID_STANDARD_INCOMPLETE", "Incomplete"), "incomplete");
-  add(*field, 0, ulo::text("TXT_RID_STANDARD_COMPLETED", "Completed"), "complete");
+  add(*field, codeOf(ulo::Status::needsAction), ulo::shownState(false));
+  add(*field, codeOf(ulo::Status::completed), ulo::shownState(true));
   return field;
 }
 
 ChoiceField* newPriorityField(QWidget* parent) {
   auto* field = new ChoiceField(parent);
-  add(*field, 1, ulo::text("TXT_RID_SETTING_B_HIGH", "High"), "hi_pri");
-  add(*field, 5, ulo::text("TXT_RID_SETTING_B_NORMAL", "Normal"), "normal_pri");
-  add(*field, 9, ulo::text("TXT_RID_SETTING_B_LOW", "Low"), "lo_pri");
+  for (const ulo::PriorityEntry& entry : ulo::priorities)
+    add(*field, codeOf(entry.priority), entry.shown);
   return field;
 }
 

@@ -4,8 +4,8 @@
 
 namespace tasks {
 
-// A field that shows one of several choices and opens their list for Enter or a touch. Up and Down
-// go to the field before and behind; dragging over it changes nothing.
+// A field that shows one of several choices. Enter or a touch opens their list, Up and Down move to
+// the neighboring fields, and the wheel changes nothing.
 class ChoiceField : public QComboBox {
 public:
   explicit ChoiceField(QWidget* parent = nullptr);
@@ -18,7 +18,8 @@ protected:
   void paintEvent(QPaintEvent* event) override;
 };
 
-// Status and priority: each choice's data is the task's code.
+// Fields for the status and the priority. The data of a choice is its ulo::Status or ulo::Priority,
+// as a number.
 [[nodiscard]] ChoiceField* newStatusField(QWidget* parent);
 [[nodiscard]] ChoiceField* newPriorityField(QWidget* parent);
 

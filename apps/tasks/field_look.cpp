@@ -9,8 +9,9 @@ namespace tasks {
 
 namespace {
 
-// %1 and %2 are the padding beside a text, without and with the focus; %3 the round of the corners;
-// %4 the height of a row in a list of choices; %5 the part of a field that opens its list.
+// %1 and %2 are the padding of a text without and with the focus, %3 the radius of the corners, %4
+// the height of a row in a list of choices, %5 the width of the part of a field that opens its
+// list.
 constexpr char fieldStyle[] =
     "QLineEdit, QPlainTextEdit, QPushButton, QComboBox {"
     " border: 1px solid palette(mid); border-radius: %3px; padding: 0 %1px;"

@@ -1,11 +1,11 @@
-// ulo-tasks [FILE...]: the owner's task list. Calendar files that are named are taken into it.
+// ulo-tasks [FILE...]: the task list. Imports the calendar files.
 
 #include "ZApplication.h"
 #include "ZTASK_ENG_Model.h"
 #include "data_directory.h"
-#include "lock_gate.h"
 #include "log_sink.h"
-#include "task_window.h"
+#include "window/lock_gate.h"
+#include "window/task_window.h"
 
 #include <QScreen>
 
@@ -16,7 +16,7 @@ namespace {
 
 enum Exit : int { exitDone = 0, exitLocked = 1 };
 
-// A handset's whole screen, or a part of a larger one.
+// The whole screen of a handset, or a part of a larger screen.
 QRect placeOn(const QRect& room) {
   constexpr QSize wanted(480, 720);
   QRect place(QPoint(0, 0), wanted.boundedTo(room.size()));
@@ -26,8 +26,8 @@ QRect placeOn(const QRect& room) {
   return place;
 }
 
-// Files that are attached to messages are made where the environment says, else among what may go
-// at any time.
+// Attachments of messages are created in the directory that the environment names, otherwise in the
+// cache directory.
 void chooseAttachmentDirectory() {
   constexpr char variable[] = "ULO_LOCAL_APP_WRITE_PATH";
   const std::string directory = ulo::userDirectory("XDG_CACHE_HOME", ".cache") + "/attachments";
@@ -38,7 +38,7 @@ void chooseAttachmentDirectory() {
 }  // namespace
 
 int main(int count, char** arguments) {
-  // A limit on the size of files shows as a failed write.
+  // If a limit on the size of files is reached, a write fails instead.
   std::signal(SIGXFSZ, SIG_IGN);
   ZApplication application(count, arguments);
   QApplication::setDesktopFileName(QStringLiteral("ulo-tasks"));

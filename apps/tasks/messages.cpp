@@ -4,9 +4,9 @@
 #include "ZMessageDlg.h"
 #include "ZTASK_ENG_Model.h"
 #include "foreign_text.h"
-#include "import.h"
 #include "modal.h"
 #include "texts.h"
+#include "window/import.h"
 
 #include <QFileInfo>
 
@@ -53,7 +53,7 @@ QString importText(const ImportResult& result, bool isShown) {
   for (const QString& path : result.unread)
     parts.append(ulo::text("FMT_RID_INSTRUCTIONALTXT_NO_TASK_IN_1", "There is no task in %1.")
                      .arg(ulo::oneLine(QFileInfo(path).fileName(), nameLimit)));
-  // More than two lines of names say less.
+  // Longer messages do not fit.
   constexpr qsizetype mostParts = 3;
   if (parts.size() > mostParts) {
     parts.resize(mostParts);

@@ -1,4 +1,4 @@
-// What the application says of what it did or could not do.
+// Messages about what the application did or could not do.
 #pragma once
 
 #include <QString>
@@ -9,14 +9,14 @@ namespace tasks {
 
 struct ImportResult;
 
-// Tells, in a dialog, that the store did not take a task, and returns when the user has seen it.
-// The code is the store's.
+// Shows a dialog that says that the store rejected a task with this code, and returns when the user
+// has closed it.
 void tellNotStored(int code, QWidget* parent);
 
-// How far an import has come.
+// The progress of an import.
 [[nodiscard]] QString importText(unsigned int stored, unsigned int all);
-// How many tasks came from files, and from which file none. Says so where the list does not show
-// what came last.
+// The result of an import: the number of tasks and the files without any. Mentions if the list does
+// not show the last task.
 [[nodiscard]] QString importText(const ImportResult& result, bool isShown);
 
 }  // namespace tasks

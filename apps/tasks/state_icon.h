@@ -1,13 +1,13 @@
 #pragma once
 
 #include "RES_ICON_Reader.h"
+#include "task_words.h"
 
 namespace tasks {
 
-// The icon of a status or a priority: "complete", "incomplete", "hi_pri", "normal_pri" or "lo_pri".
-[[nodiscard]] inline QPixmap stateIcon(const char* state) {
-  const QString name = QStringLiteral("todo_task_%1_small.gif").arg(QLatin1String(state));
-  return RES_ICON_Reader::getIcon(name, true);
+// The icon of a state or a class of priorities.
+[[nodiscard]] inline QPixmap stateIcon(const ulo::ShownAs& shown) {
+  return RES_ICON_Reader::getIcon(QString::fromLatin1(shown.icon), true);
 }
 
 }  // namespace tasks

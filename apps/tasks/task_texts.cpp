@@ -3,6 +3,7 @@
 #include "UTIL_DateTime.h"
 #include "change_task.h"
 #include "foreign_text.h"
+#include "task_dates.h"
 #include "texts.h"
 
 #include <algorithm>
@@ -24,10 +25,14 @@ constexpr DefaultCategory defaultCategories[] = {
     {"party", "TXT_RID_STANDARD_CATEGORY_PARTY", "Party"},
 };
 
-// Longer than any line of a screen.
+// In characters; longer than any line of a screen.
 constexpr qsizetype lineLimit = 512;
 
 }  // namespace
+
+QString shownText(const ulo::ShownAs& shown) {
+  return ulo::text(shown.textId, shown.english);
+}
 
 QString titleText(const ZTASK_ENG_Task& task) {
   const QString line = ulo::oneLine(task.getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY), lineLimit);
@@ -49,13 +54,9 @@ QString categoryText(const QString& name) {
   return ulo::oneLine(name, lineLimit);
 }
 
-bool isDate(const QDateTime& dateTime) {
-  return dateTime.isValid() && dateTime != ZTASK_ENG_Task::noDate();
-}
-
 bool isOverdue(const ZTASK_ENG_Task& task, const QDate& today) {
   const QDateTime due = task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE);
-  return task.getStatus() != 0 && isDate(due) && due.date() < today;
+  return !ulo::isCompleted(task) && ulo::hasDate(due) && due.date() < today;
 }
 
 QString dayText(const QDate& day, const QDate& today) {
@@ -73,17 +74,14 @@ QString dayText(const QDate& day, const QDate& today) {
 
 QString descriptionText(const ZTASK_ENG_Task& task, const QDate& today) {
   QStringList parts;
-  parts.append(task.getStatus() == 0 ? ulo::text("TXT_RID_STANDARD_COMPLETED", "Completed")
-                                     : ulo::text("TXT_RID_STANDARD_INCOMPLETE", "Incomplete"));
+  parts.append(shownText(ulo::shownState(ulo::isCompleted(task))));
   const QDateTime due = task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE);
-  if (isDate(due))
+  if (ulo::hasDate(due))
     parts.append(dayText(due.date(), today));
   if (isOverdue(task, today))
     parts.append(ulo::text("TXT_RID_STANDARD_OVERDUE", "Overdue"));
-  if (task.getPriority() == 1)
-    parts.append(ulo::text("TXT_RID_SETTING_B_HIGH", "High"));
-  else if (task.getPriority() == 9)
-    parts.append(ulo::text("TXT_RID_SETTING_B_LOW", "Low"));
+  if (const ulo::Priority priority = ulo::priorityOf(task); priority != ulo::Priority::normal)
+    parts.append(shownText(ulo::entryOf(priority).shown));
   if (const QString name = task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY); !isNoCategory(name))
     parts.append(categoryText(name));
   return parts.join(QStringLiteral(", "));

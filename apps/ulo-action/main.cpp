@@ -1,5 +1,5 @@
-// ulo-action ACTION FILE: does with a file what an action framework would. It loads the task
-// engine's library, asks it for its plug-in and has that do the action.
+// ulo-action ACTION FILE: performs an action on a file, like an action framework: loads the task
+// engine's library, requests its plug-in, and invokes the action.
 
 #include "ActionInterface.h"
 #include "ZApplication.h"
@@ -22,9 +22,9 @@ struct ReleaseInterface {
 };
 template <typename Interface> using Held = std::unique_ptr<Interface, ReleaseInterface>;
 
-// Null, with a line on standard error, where there is no plug-in.
+// Returns null, after a message on standard error, if there is no plug-in.
 Held<ActionInterface> loadPlugin() {
-  // It stays loaded: the screens that an action shows are made of its code.
+  // The library stays loaded: it has the code of the screens that an action shows.
   void* library = dlopen(ULO_ENGINE_LIBRARY, RTLD_NOW);
   const auto instantiate =
       library == nullptr ? nullptr
@@ -51,7 +51,7 @@ bool showsWindow() {
 }  // namespace
 
 int main(int count, char** arguments) {
-  // A limit on the size of files shows as a failed write.
+  // If a limit on the size of files is reached, a write fails instead.
   std::signal(SIGXFSZ, SIG_IGN);
   ZApplication application(count, arguments);
   ulo::openLogSink("ulo-action");
@@ -70,7 +70,7 @@ int main(int count, char** arguments) {
   data.fileName = words[2];
   if (!plugin->invokeAction(words[1], data))
     return exitNotDone;
-  // What was shown stays until the user closes it.
+  // Screens stay until the user closes them.
   if (showsWindow())
     QApplication::exec();
   return exitDone;

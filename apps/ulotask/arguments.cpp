@@ -1,7 +1,7 @@
 #include "arguments.h"
 
+#include "dates.h"
 #include "exit_codes.h"
-#include "task_format.h"
 
 #include <QStringDecoder>
 
@@ -11,12 +11,22 @@
 namespace ulotask {
 namespace {
 
-// Dates before this one are read from calendars as no date at all.
-const QDate earliestDate(1970, 1, 2);
-// The last whole day before the no-date value in every time zone.
-const QDate latestDate(2038, 1, 17);
-
 constexpr char lowestPriority = '9';
+
+std::string reasonOf(ulo::DateProblem problem, const std::string& text) {
+  const std::string quoted = '"' + text + '"';
+  switch (problem) {
+  case ulo::DateProblem::skipped:
+    return "the clocks skip the local time " + quoted;
+  case ulo::DateProblem::outOfRange:
+    return quoted + " is not between " + ulo::earliestDay().toString(Qt::ISODate).toStdString() +
+           " and " + ulo::latestDay().toString(Qt::ISODate).toStdString();
+  case ulo::DateProblem::none:
+  case ulo::DateProblem::notDate:
+    break;
+  }
+  return "invalid date " + quoted + "; use 2026-03-05 or \"2026-03-05 18:00\"";
+}
 
 }  // namespace
 
@@ -33,7 +43,7 @@ unsigned int argumentUid(const std::string& argument) {
   const char* end = argument.data() + argument.size();
   const auto [stop, error] = std::from_chars(argument.data(), end, uid);
   if (error != std::errc() || stop != end)
-    throw Failure(Exit::usage, "\"" + argument + "\" is no UID");
+    throw Failure(Exit::usage, "\"" + argument + "\" is not a valid UID");
   return uid;
 }
 
@@ -47,37 +57,13 @@ std::vector<unsigned int> argumentUids(const std::vector<std::string>& arguments
   return uids;
 }
 
-QDateTime argumentDate(const std::string& text, const char* name) {
-  constexpr qsizetype dateLength = 10;  // of yyyy-MM-dd
-  const QString all = QString::fromStdString(text);
-  const QDate date = QDate::fromString(all.left(dateLength), "yyyy-MM-dd");
-  const QString rest = all.mid(dateLength);
-  QDateTime result;
-  if (rest.isEmpty()) {
-    result = date.startOfDay();
-  } else if (rest[0] == ' ' || rest[0] == 'T') {
-    QTime time = QTime::fromString(rest.mid(1), "HH:mm");
-    if (!time.isValid())
-      time = QTime::fromString(rest.mid(1), "HH:mm:ss");
-    if (date.isValid() && time.isValid()) {
-      result = QDateTime(date, time);
-      if (!result.isValid() || result.time() != time)
-        throw Failure(Exit::usage, std::string(name) + ": there is no local time \"" + text +
-                                       "\", the clocks change over it");
-    }
-  }
-  if (!result.isValid())
-    throw Failure(Exit::usage, std::string(name) + ": \"" + text +
-                                   "\" is no date; write 2026-03-05 or \"2026-03-05 18:00\"");
-  if (date < earliestDate || date > latestDate)
-    throw Failure(Exit::usage, std::string(name) + ": \"" + text + "\" is not between " +
-                                   earliestDate.toString(Qt::ISODate).toStdString() + " and " +
-                                   latestDate.toString(Qt::ISODate).toStdString());
-  return result;
-}
-
 QDateTime argumentDateOrNone(const std::string& text, const char* name) {
-  return text == "none" ? ZTASK_ENG_Task::noDate() : argumentDate(text, name);
+  if (text == "none")
+    return ZTASK_ENG_Task::noDate();
+  const ulo::ParsedDate parsed = ulo::parseDate(QString::fromStdString(text));
+  if (parsed.problem != ulo::DateProblem::none)
+    throw Failure(Exit::usage, std::string(name) + ": " + reasonOf(parsed.problem, text));
+  return parsed.dateTime;
 }
 
 QString argumentCategory(const std::string& argument) {
@@ -85,29 +71,31 @@ QString argumentCategory(const std::string& argument) {
 }
 
 std::vector<std::string> statusArguments() {
-  std::vector<std::string> arguments(std::begin(statusWords), std::end(statusWords));
-  for (std::string& argument : arguments)
-    std::replace(argument.begin(), argument.end(), ' ', '-');
+  std::vector<std::string> arguments;
+  for (const ulo::StatusEntry& entry : ulo::statuses) {
+    arguments.emplace_back(entry.word);
+    std::replace(arguments.back().begin(), arguments.back().end(), ' ', '-');
+  }
   return arguments;
 }
 
-int argumentStatus(const std::string& word) {
+ulo::Status argumentStatus(const std::string& word) {
   const std::vector<std::string> arguments = statusArguments();
   std::string known;
-  for (std::size_t status = 0; status < arguments.size(); ++status) {
-    if (word == statusWords[status] || word == arguments[status])
-      return static_cast<int>(status);
-    known += (status == 0 ? "" : ", ") + arguments[status];
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    if (word == ulo::statuses[i].word || word == arguments[i])
+      return ulo::statuses[i].status;
+    known += (i == 0 ? "" : ", ") + arguments[i];
   }
-  throw Failure(Exit::usage, "--status: \"" + word + "\" is none of " + known);
+  throw Failure(Exit::usage, "--status: \"" + word + "\" is not one of " + known);
 }
 
 int argumentPriority(const std::string& text) {
   if (text.size() == 1 && text[0] >= '0' && text[0] <= lowestPriority)
     return text[0] - '0';
-  for (const PriorityClass& entry : priorityClasses) {
+  for (const ulo::PriorityEntry& entry : ulo::priorities) {
     if (text == entry.word)
-      return entry.priority;
+      return codeOf(entry.priority);
   }
   throw Failure(Exit::usage, "--priority: \"" + text + "\" is not 0 to 9, high, normal or low");
 }

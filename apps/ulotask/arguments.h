@@ -1,5 +1,8 @@
-// What the words of the command line stand for. A word that stands for nothing is a Failure.
+// The values of command-line arguments. An argument without a valid value is a Failure with
+// Exit::usage.
 #pragma once
+
+#include "task_words.h"
 
 #include <QDateTime>
 #include <QString>
@@ -9,31 +12,25 @@
 
 namespace ulotask {
 
-// The text of a command-line argument; a Failure when it isn't UTF-8.
+// The text of an argument, which must be UTF-8. `name` names it in the message.
 QString argumentText(const std::string& argument, const char* name);
-// The number that a UID argument stands for: decimal digits, at most 32 bits.
+// A UID: decimal digits, at most 32 bits.
 unsigned int argumentUid(const std::string& argument);
 // Each UID once, in the order given.
 std::vector<unsigned int> argumentUids(const std::vector<std::string>& arguments);
 
-// "2026-03-05", which is the start of that day, "2026-03-05 18:00" or "2026-03-05T18:00:00", all
-// local. A Failure for anything else, for a local time that a change of clocks leaves out, and
-// for a date that the store can't hold.
-QDateTime argumentDate(const std::string& text, const char* name);
-
-// The same for "none", which gives the no-date value.
+// A date (ulo::parseDate), or the no-date value for "none".
 QDateTime argumentDateOrNone(const std::string& text, const char* name);
 
-// The name of a category; "" stands for none and gives a null text.
+// The name of a category; a null text for "", which stands for none.
 QString argumentCategory(const std::string& argument);
 
-// The status words as arguments, "-" in the place of blanks, by status code.
+// The status words as they are typed, with "-" in place of blanks, in the order of ulo::statuses.
 std::vector<std::string> statusArguments();
-// The code of a status word, written with blanks or as statusArguments gives it. A Failure for
-// anything else.
-int argumentStatus(const std::string& word);
+// A status word, with blanks or as in statusArguments.
+ulo::Status argumentStatus(const std::string& word);
 
-// 0 to 9, or high, normal or low. A Failure for anything else.
+// The number of a priority: 0 to 9, or high, normal or low.
 int argumentPriority(const std::string& text);
 
 }  // namespace ulotask

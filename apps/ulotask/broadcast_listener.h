@@ -1,4 +1,4 @@
-// Hears broadcasts while the program does something else.
+// Receives broadcasts on a thread of its own.
 #pragma once
 
 #include "QCopChannel.h"
@@ -26,11 +26,11 @@ public:
   BroadcastListener& operator=(const BroadcastListener&) = delete;
   ~BroadcastListener();
 
-  // False when there is no session bus: nothing will be heard.
+  // False if there is no session bus. Nothing is received then.
   [[nodiscard]] bool isConnected() const { return isConnected_; }
-  // Can be read while there is something to take.
+  // Readable while take() has something to return.
   [[nodiscard]] int descriptor() const { return ready_.get(); }
-  // What was heard since the last call, in its order.
+  // Returns what was received since the last call, in order.
   std::vector<Broadcast> take();
 
 private:
@@ -40,7 +40,7 @@ private:
   std::mutex mutex_;
   std::vector<Broadcast> heard_;
   bool isConnected_ = true;
-  // The event loop of another thread needs an application.
+  // Required by the event loop of the thread.
   std::unique_ptr<QCoreApplication> application_;
   QThread thread_;
 };

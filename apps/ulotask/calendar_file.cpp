@@ -1,6 +1,7 @@
 #include "calendar_file.h"
 
 #include "arguments.h"
+#include "descriptor.h"
 #include "exit_codes.h"
 #include "store_files.h"
 #include "text.h"
@@ -24,40 +25,27 @@ namespace {
 
 constexpr const char* standardInput = "-";
 
-// An open file, closed with the object. Standard input stays open.
-class Descriptor {
-public:
-  explicit Descriptor(const std::string& name)
-      : number_(name == standardInput ? STDIN_FILENO : ::open(name.c_str(), O_RDONLY | O_CLOEXEC)) {
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor() {
-    if (number_ > STDIN_FILENO)
-      ::close(number_);
-  }
-  [[nodiscard]] int number() const { return number_; }
+ulo::Descriptor openFile(const std::string& name) {
+  return ulo::Descriptor(name == standardInput ? ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
+                                               : ::open(name.c_str(), O_RDONLY | O_CLOEXEC));
+}
 
-private:
-  int number_;
-};
-
-// What to say of a text that nothing can be read from.
+// The failures of a text from which nothing can be read.
 struct Refusal {
   ulo::TextProblem problem;
   Exit code;
   const char* reason;
 };
 constexpr Refusal refusals[] = {
-    {ulo::TextProblem::unreadable, Exit::unreadable, "can't be read"},
-    {ulo::TextProblem::notCalendar, Exit::notCalendar, "is no vCalendar"},
-    {ulo::TextProblem::noTodo, Exit::noTodo, "holds no to-do"},
-    {ulo::TextProblem::truncated, Exit::incomplete, "is cut off in the middle"},
-    {ulo::TextProblem::malformed, Exit::malformed, "is not well formed"},
+    {ulo::TextProblem::unreadable, Exit::unreadable, ": cannot be read"},
+    {ulo::TextProblem::notCalendar, Exit::notCalendar, ": not a vCalendar file"},
+    {ulo::TextProblem::noTodo, Exit::noTodo, ": holds no to-do"},
+    {ulo::TextProblem::truncated, Exit::incomplete, ": truncated"},
+    {ulo::TextProblem::malformed, Exit::malformed, ": not well formed"},
 };
 
 Failure unreadable(const std::string& name) {
-  return {Exit::unreadable, shownName(name) + " can't be read: " + std::strerror(errno)};
+  return {Exit::unreadable, shownName(name) + ": cannot be read: " + std::strerror(errno)};
 }
 
 }  // namespace
@@ -67,15 +55,15 @@ std::string shownName(const std::string& name) {
 }
 
 std::string readFile(const std::string& name, std::size_t limit) {
-  const Descriptor file(name);
-  if (file.number() < 0)
+  const ulo::Descriptor file = openFile(name);
+  if (!file.isOpen())
     throw unreadable(name);
   constexpr std::size_t chunk = 65536;
   std::string bytes;
   while (true) {
     const std::size_t before = bytes.size();
     bytes.resize(before + chunk);
-    const ssize_t count = ::read(file.number(), bytes.data() + before, chunk);
+    const ssize_t count = ::read(file.get(), bytes.data() + before, chunk);
     bytes.resize(before + static_cast<std::size_t>(count > 0 ? count : 0));
     if (count < 0 && errno != EINTR)
       throw unreadable(name);
@@ -83,14 +71,14 @@ std::string readFile(const std::string& name, std::size_t limit) {
       return bytes;
     if (bytes.size() > limit)
       throw Failure(Exit::tooLarge,
-                    shownName(name) + " is larger than " + std::to_string(limit) + " bytes");
+                    shownName(name) + ": larger than " + std::to_string(limit) + " bytes");
   }
 }
 
 std::vector<std::string> readCalendar(const std::string& name, QList<ZTASK_ENG_Task>& tasks) {
   std::string text = readFile(name, largestCalendar);
   if (text.empty())
-    throw Failure(Exit::notCalendar, shownName(name) + " is empty");
+    throw Failure(Exit::notCalendar, shownName(name) + ": empty");
   // What follows a zero byte is not part of the text.
   text.resize(std::min(text.size(), text.find('\0')));
 
@@ -100,13 +88,13 @@ std::vector<std::string> readCalendar(const std::string& name, QList<ZTASK_ENG_T
     if (refusal.problem == report.problem) {
       const std::string place =
           report.line > 0 ? " (line " + std::to_string(report.line) + ")" : "";
-      throw Failure(refusal.code, shownName(name) + " " + refusal.reason + place);
+      throw Failure(refusal.code, shownName(name) + refusal.reason + place);
     }
   }
   if (read.tasks.size() != report.todos)
-    throw Failure(Exit::failed, shownName(name) + ": only " + std::to_string(read.tasks.size()) +
-                                    " of " + counted(report.todos, "to-do") +
-                                    " can be read; the log says why");
+    throw Failure(Exit::failed, shownName(name) + ": could read only " +
+                                    std::to_string(read.tasks.size()) + " of " +
+                                    counted(report.todos, "to-do") + "; the log says why");
   tasks.clear();
   for (std::unique_ptr<ZTASK_ENG_Task>& task : read.tasks)
     tasks.append(task.release());
@@ -121,7 +109,7 @@ std::vector<std::string> readCalendar(const std::string& name, QList<ZTASK_ENG_T
 std::string calendarText(const QList<ZTASK_ENG_Task>& tasks) {
   ulo::TodosWritten written = ulo::writeTodos(tasks);
   if (written.report.failure != ulo::WriteFailure::none)
-    throw Failure(Exit::notWritten, "the tasks can't be written as a vCalendar text; the log says "
+    throw Failure(Exit::notWritten, "the tasks cannot be written as a vCalendar text; the log says "
                                     "why");
   return std::move(written.text);
 }
@@ -148,7 +136,7 @@ void writeFile(const std::string& name, const std::string& bytes) {
   const bool written =
       file.open(QIODevice::WriteOnly) && file.write(data) == data.size() && file.flush();
   require(written, file.errorString().toStdString());
-  // A file system may report only now that there is no room.
+  // Some file systems report only now that the disk is full.
   const bool synced = ::fsync(file.handle()) == 0;
   require(synced, std::strerror(errno));
   require(file.commit(), file.errorString().toStdString());

@@ -9,27 +9,27 @@
 
 namespace ulotask {
 
-// The largest text that is read: far more than a handset's whole task list, little enough to be
+// The largest text that is read: far more than the task list of a handset, and small enough to be
 // held in memory.
 inline constexpr std::size_t largestCalendar = 64UL * 1024 * 1024;
 
-// The bytes of a file, or of standard input for "-". A Failure when it can't be read or holds
-// more than `limit` bytes.
+// Returns the bytes of a file, or of standard input for "-". Throws a Failure if it cannot be read
+// or is larger than `limit` bytes.
 std::string readFile(const std::string& name, std::size_t limit);
 
-// Puts the to-dos of a file, or of standard input for "-", into `tasks`. A Failure that names the
-// file and the reason when there are none or the text isn't whole; `tasks` is empty then. Returns a
-// sentence for each property that is too large and left out.
+// Appends the to-dos of a file, or of standard input for "-", to `tasks`. Throws a Failure, and
+// leaves `tasks` empty, if there are none or the text is not complete. Returns a sentence for each
+// property that was left out because it is too large.
 std::vector<std::string> readCalendar(const std::string& name, QList<ZTASK_ENG_Task>& tasks);
 
-// Returns the tasks as one vCalendar text. A Failure if it cannot be written.
+// Returns the tasks as one vCalendar text. Throws a Failure if it cannot be written.
 std::string calendarText(const QList<ZTASK_ENG_Task>& tasks);
 
 // Writes the bytes to a file. An existing file is replaced after all bytes have reached the disk;
 // if that fails, it is left unchanged. A file of the data directory is refused (see store_files.h).
 void writeFile(const std::string& name, const std::string& bytes);
 
-// How messages name a file.
+// The name of a file in messages.
 std::string shownName(const std::string& name);
 
 }  // namespace ulotask

@@ -1,5 +1,6 @@
 #include "change_lines.h"
 
+#include "dates.h"
 #include "exit_codes.h"
 
 #include <QDateTime>
@@ -32,13 +33,13 @@ void print(Output& output, const ulo::Change& change, bool json) {
   const QDateTime time = QDateTime::fromSecsSinceEpoch(change.time);
   if (json)
     output.jsonLine({{"entry", static_cast<qint64>(change.entry)},
-                     {"time", time.toUTC().toString(Qt::ISODate)},
+                     {"time", ulo::formatUtc(time)},
                      {"change", wordOf(change.type)},
                      {"uid", static_cast<qint64>(change.uid)},
                      {"source", QString::fromStdString(change.source)}});
   else
-    output.line(columns(change.entry, time.toString("yyyy-MM-dd HH:mm:ss").toStdString(),
-                        wordOf(change.type), change.uid));
+    output.line(columns(change.entry, ulo::formatTimestamp(time).toStdString(), wordOf(change.type),
+                        change.uid));
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The entries of the change journal as the program prints them.
+// Entries of the change journal, as they are printed.
 #pragma once
 
 #include "change_journal.h"
@@ -11,10 +11,10 @@ namespace ulotask {
 // "added", "updated" or "removed".
 const char* wordOf(ulo::ChangeType type);
 
-// A Failure unless the journal did what it was asked for.
+// Throws a Failure if `done` is false, that is, if an operation of the journal failed.
 void requireJournal(bool done);
 
-// Prints the entries behind `entry`, one to a line, and lets `entry` be the last one.
+// Prints the entries after `entry`, one per line, and sets `entry` to the last one.
 void printNewEntries(Output& output, ulo::ChangeJournal& journal, std::int64_t& entry, bool json);
 
 }  // namespace ulotask

@@ -14,8 +14,8 @@
 namespace ulotask {
 namespace {
 
-// A database writes a change and then makes it known to its readers, of which the system tells
-// nothing.
+// A database writes a change before its readers can see it, and the system reports only the
+// writing.
 constexpr std::chrono::milliseconds changeTakes{50};
 
 }  // namespace
@@ -52,11 +52,10 @@ bool ChangeWatch::wait(int other) {
     if (ready < 0 && errno != EINTR)
       throw Failure(Exit::failed, std::string("waiting failed: ") + std::strerror(errno));
     if (ready > 0 && awaited[0].revents != 0) {
-      // Taken, or it would end the process when this object lets it through again.
+      // Consumed, because it would end the process when this object unblocks it.
       signalfd_siginfo taken{};
       if (read(signals_, &taken, sizeof taken) < 0)
-        throw Failure(Exit::failed,
-                      std::string("a signal can't be taken: ") + std::strerror(errno));
+        throw Failure(Exit::failed, std::string("a signal can't be read: ") + std::strerror(errno));
       return false;
     }
     if (ready > 0 && awaited[2].revents != 0)

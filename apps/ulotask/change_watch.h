@@ -1,4 +1,4 @@
-// Waits for changes of files in a directory.
+// Waits until files of a directory change.
 #pragma once
 
 #include "directory_watch.h"
@@ -8,31 +8,31 @@
 
 namespace ulotask {
 
-// From its making on, SIGINT and SIGTERM no longer end the process but end the waiting.
+// While the object exists, SIGINT and SIGTERM end wait() instead of the process.
 class ChangeWatch {
 public:
-  // Looks at the files of the directory whose names begin with `prefix`. A Failure when the system
-  // refuses.
+  // Watches the files of the directory whose names begin with `prefix`. Throws a Failure if signals
+  // cannot be received.
   ChangeWatch(const std::string& directory, std::string prefix);
   ChangeWatch(const ChangeWatch&) = delete;
   ChangeWatch& operator=(const ChangeWatch&) = delete;
   ~ChangeWatch();
 
-  // True when one of the files is being changed, a moment after that, when the change is to be
-  // seen, and after longestWait seconds in any case. False when it is time to end: a signal asks
-  // for it, or nobody is left to read standard output.
+  // Returns true when one of the files has changed, once more a moment later, when readers see the
+  // change, and after longestWait seconds at the latest. Returns false when the program should end:
+  // on a signal, or if the reader of standard output has exited.
   bool wait() { return wait(-1); }
-  // True also, and at once, when the descriptor `other` can be read.
+  // Also returns true as soon as the descriptor `other` is readable.
   bool wait(int other);
 
-  // Seconds. Some file systems, such as those of a network, tell nothing of changes.
+  // Seconds. Some file systems, such as network file systems, do not report changes.
   static constexpr int longestWait = 2;
 
 private:
-  ulo::DirectoryWatch files_;  // where the system refuses it, changes are seen later
+  ulo::DirectoryWatch files_;  // if the system refuses it, changes are seen after longestWait
   sigset_t before_{};
   int signals_ = -1;
-  bool changed_ = false;  // the last answer was that a file is being changed
+  bool changed_ = false;  // the last call returned because a file had changed
 };
 
 }  // namespace ulotask

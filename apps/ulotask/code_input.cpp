@@ -23,8 +23,8 @@ void note(int signal) {
   caught = signal;
 }
 
-// While the object lives the terminal shows nothing of what is typed, and signals that would end
-// or stop the program only end the waiting. They arrive when the terminal is as it was.
+// While the object exists, the terminal does not echo, and signals that would end or stop the
+// program only end waitForInput(). They are delivered after the terminal has been restored.
 class Unseen {
 public:
   Unseen() {
@@ -55,7 +55,7 @@ public:
     sigprocmask(SIG_SETMASK, &mask_, nullptr);
   }
 
-  // False when a signal comes first.
+  // Returns false if a signal arrives before the input.
   [[nodiscard]] bool waitForInput() const {
     pollfd input{STDIN_FILENO, POLLIN, 0};
     return ppoll(&input, 1, nullptr, &mask_) == 1;
@@ -68,7 +68,7 @@ private:
   termios shown_{};
 };
 
-// A line of bytes, overwritten when it goes.
+// A line of bytes, overwritten when it is destroyed.
 struct Line {
   static constexpr std::size_t mostBytes = ulo::LockCode::most * 3UL;
   std::array<char, mostBytes> bytes{};
@@ -81,7 +81,8 @@ struct Line {
   Line& operator=(const Line&) = delete;
   ~Line() { explicit_bzero(bytes.data(), bytes.size()); }
 
-  // Byte by byte: what is behind the line stays for the next one. Ends when `ready` says so.
+  // Reads byte by byte, so that the following line stays unread. Ends early if `ready` returns
+  // false.
   template <typename Ready> void read(const Ready& ready) {
     char byte = 0;
     while (ready() && ::read(STDIN_FILENO, &byte, 1) == 1) {

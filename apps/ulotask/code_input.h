@@ -1,4 +1,4 @@
-// Takes a secret from the user.
+// Reads a secret from the user.
 #pragma once
 
 #include "lock_code.h"
@@ -7,12 +7,12 @@
 
 namespace ulotask {
 
-// From a terminal, after `prompt` and without showing what is typed; from anything else the next
-// line of standard input. Nothing of it stays in the program but the code. A Failure when nothing
-// comes, it is no UTF-8 or has more characters than a code can have.
+// Reads the next line of standard input; from a terminal, after `prompt` and without echo. No other
+// copy of the code stays in memory. Throws a Failure if there is no input, or if it is not UTF-8 or
+// longer than a code can be.
 std::unique_ptr<ulo::LockCode> readCode(const char* prompt);
 
-// Whether standard input is a terminal, where a code is better asked for twice.
+// Whether standard input is a terminal, where a new code should be entered twice.
 bool isTyped();
 
 }  // namespace ulotask

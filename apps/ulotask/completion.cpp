@@ -4,7 +4,7 @@
 #include "exit_codes.h"
 #include "listing.h"
 #include "session.h"
-#include "task_format.h"
+#include "task_words.h"
 #include "text.h"
 
 #include <CLI/CLI.hpp>
@@ -14,7 +14,7 @@
 namespace ulotask {
 namespace {
 
-// Of more tasks than these nobody picks one by looking.
+// Longer lists are of no use in a shell.
 constexpr std::size_t mostTasks = 50;
 
 struct Candidate {
@@ -38,12 +38,12 @@ const CLI::App* verbNamed(const CLI::App& group, const std::string& name) {
   return nullptr;
 }
 
-// Where the word that is being typed stands.
+// The position of the word that is being typed.
 struct Place {
-  const CLI::App* verb = nullptr;       // the verb or group before it
-  const CLI::Option* option = nullptr;  // whose value it is
-  std::string prefix;                   // what is typed of the value
-  std::string before;                   // what stands before the value in the same word: "--sort="
+  const CLI::App* verb = nullptr;       // the verb or group that precedes it
+  const CLI::Option* option = nullptr;  // null unless the word is a value of this option
+  std::string prefix;                   // the part of the value that has been typed
+  std::string before;                   // the text before the value in the same word: "--sort="
   bool mayBeOption = true;
 };
 
@@ -51,7 +51,7 @@ bool takesValue(const CLI::Option& option) {
   return option.get_items_expected_max() > 0;
 }
 
-// The positional argument number `index`; the last one if that takes any number of words.
+// The positional argument number `index`, or the last one if that accepts any number of words.
 const CLI::Option* positional(const CLI::App& verb, std::size_t index) {
   const CLI::Option* last = nullptr;
   for (const CLI::Option* option : verb.get_options()) {
@@ -130,7 +130,7 @@ std::vector<Candidate> categories(Session& session, const Place&) {
   require(session.store().getAllCategories(names), "reading the categories");
   std::vector<Candidate> found;
   for (const QString& name : names) {
-    // What can't be shown as it is can't be typed either.
+    // A name that cannot be shown unchanged cannot be typed either.
     if (!name.isEmpty() && oneLine(name) == name.toStdString())
       found.push_back({name.toStdString(), ""});
   }
@@ -146,12 +146,12 @@ std::vector<Candidate> statuses(Session&, const Place&) {
 
 std::vector<Candidate> priorities(Session&, const Place&) {
   std::vector<Candidate> found;
-  for (const PriorityClass& entry : priorityClasses)
-    found.push_back({entry.word, std::to_string(entry.priority)});
+  for (const ulo::PriorityEntry& entry : ulo::priorities)
+    found.push_back({entry.word, std::to_string(codeOf(entry.priority))});
   return found;
 }
 
-// What the values of options and arguments are called in the help, and where they come from.
+// The kinds of values by their names in the help, and the functions that list them.
 struct Kind {
   const char* name;
   std::vector<Candidate> (*values)(Session&, const Place&);
@@ -165,7 +165,7 @@ std::string kindOf(const CLI::Option& option) {
   return name.substr(0, name.find(':'));
 }
 
-// The words that an option's check names: "VIEW:{all,due}".
+// The words of an option that accepts only some, from its help: "VIEW:{all,due}".
 std::vector<Candidate> listedValues(const CLI::Option& option) {
   const std::string type = option.get_type_name();
   std::vector<Candidate> found;

@@ -1,4 +1,4 @@
-// What a shell can offer for the word that is being typed.
+// Completion of the word that is being typed in a shell.
 #pragma once
 
 #include <string>
@@ -12,12 +12,13 @@ namespace ulotask {
 
 class Session;
 
-// The verb, known to the shells' completion files alone, under which main asks for this.
+// The verb that the completion files of the shells use. It is not in the help.
 inline constexpr char completeVerb[] = "__complete";
 
-// Prints what can stand for the last of `words`, the words behind the program's name: on each line
-// a value, a tab and what it means. A line without a value and with "files" says that names of
-// files fit too. Verbs and options are those of `app`. A store that can't be read adds nothing.
+// Prints the completions of the last of `words`, which are the words after the program's name. Each
+// line has a value, a tab and a description. A line with an empty value and the description "files"
+// means that file names are valid too. Verbs and options are those of `app`. If the store cannot be
+// read, it contributes nothing.
 void complete(const CLI::App& app, Session& session, std::vector<std::string> words);
 
 }  // namespace ulotask

@@ -1,5 +1,4 @@
-// How the program ends. The one place where its exit codes are written down: --help prints this
-// table.
+// The exit codes of the program. --help prints the table of their meanings.
 #pragma once
 
 #include <stdexcept>
@@ -41,16 +40,16 @@ inline constexpr ExitMeaning exitMeanings[] = {
     {Exit::usage, "the command line is wrong"},
     {Exit::notFound, "no task has this UID, or no category this name"},
     {Exit::unreadable, "a file can't be read"},
-    {Exit::notCalendar, "a file is no vCalendar"},
-    {Exit::noTodo, "a vCalendar holds no to-do"},
-    {Exit::incomplete, "a vCalendar is cut off in the middle"},
-    {Exit::tooLarge, "a file is larger than import takes"},
+    {Exit::notCalendar, "a file is not a vCalendar file"},
+    {Exit::noTodo, "a vCalendar file holds no to-do"},
+    {Exit::incomplete, "a vCalendar file is truncated"},
+    {Exit::tooLarge, "a file is larger than import accepts"},
     {Exit::storeFull, "the store is full"},
     {Exit::storeClosed, "the store can't be opened"},
     {Exit::storeUnsound, "db check found something wrong"},
     {Exit::notWritten, "the output can't be written, or would go into the data directory"},
     {Exit::badScript, "a script or statement is wrong"},
-    {Exit::malformed, "a vCalendar is not well formed"},
+    {Exit::malformed, "a vCalendar file is not well formed"},
     {Exit::exists, "a category has this name already"},
     {Exit::refused, "the code of the lock is wrong, or it is too early to try again"},
     {Exit::inUse, "another program has the store open"},
@@ -58,7 +57,7 @@ inline constexpr ExitMeaning exitMeanings[] = {
     {Exit::notStore, "a file is not a sound store, or nothing can be read from it"},
 };
 
-// Ends the program with `code` after `message`, which names what failed and why.
+// Ends the program with `code` after printing `message`, which names what failed and why.
 class Failure : public std::runtime_error {
 public:
   Failure(Exit code, const std::string& message) : std::runtime_error(message), code_(code) {}

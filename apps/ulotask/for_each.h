@@ -7,8 +7,9 @@
 
 namespace ulotask {
 
-// Does `work` for each item. One that isn't there, or is there already, doesn't keep it from the
-// others; what is wrong with the last such item is the Failure in the end.
+// Runs `work` for each item. Items that fail because they are not found or exist already are
+// reported, and the others are still processed; the last such Failure is thrown at the end. Any
+// other Failure is thrown at once.
 template <typename Items, typename Work>
 void forEach(Session& session, const Items& items, const Work& work) {
   std::optional<Failure> last;

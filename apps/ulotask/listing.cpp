@@ -1,10 +1,12 @@
 #include "listing.h"
 
 #include "UTIL_TimeConversion.h"
+#include "database.h"
 #include "exit_codes.h"
 #include "session.h"
 #include "store_questions.h"
-#include "task_format.h"
+#include "task_pages.h"
+#include "task_words.h"
 
 #include <QDateTime>
 
@@ -14,10 +16,6 @@
 
 namespace ulotask {
 namespace {
-
-// The task at which a page begins can be changed by another program between two questions; then
-// they are asked again.
-constexpr int pageAttempts = 10;
 
 constexpr int unlimited = std::numeric_limits<int>::max();
 
@@ -39,7 +37,7 @@ Key keyOf(const ZTASK_ENG_Task& task, ZTASK_ENG_Model::TASK_SORT_FIELD sort) {
                                                 : Key(priority, due, newestFirst);
 }
 
-// Seconds since 1970; what is due before is due.
+// In seconds since 1970. Tasks with earlier due dates are due.
 long endOfToday() {
   return UTIL_TimeConversion::toUTC(UTIL_TimeConversion::lastSecondOf(QDate::currentDate()));
 }
@@ -51,14 +49,14 @@ bool shows(ZTASK_ENG_Model::TASK_CATEGORY view, const ZTASK_ENG_Task& task, long
   case ZTASK_ENG_Model::TASK_CATEGORY_DUE:
     return dueOf(task) < todayEnds;
   case ZTASK_ENG_Model::TASK_CATEGORY_INCOMPLETE:
-    return task.getStatusValue() == statusNeedsAction;
+    return task.getStatusValue() == codeOf(ulo::Status::needsAction);
   case ZTASK_ENG_Model::TASK_CATEGORY_COMPLETED:
     break;
   }
-  return task.getStatusValue() == statusCompleted;
+  return task.getStatusValue() == codeOf(ulo::Status::completed);
 }
 
-// The first `limit` tasks in the order of their keys, of those behind the key `last`.
+// Returns the first `limit` tasks after the key `last`, in the order of their keys.
 QValueList<ZTASK_ENG_Task> sorted(const QValueList<ZTASK_ENG_Task>& tasks,
                                   ZTASK_ENG_Model::TASK_SORT_FIELD sort,
                                   const std::optional<Key>& last, std::size_t limit) {
@@ -94,58 +92,32 @@ QValueList<ZTASK_ENG_Task> tasksOfCategory(Session& session, const Listing& list
                 static_cast<std::size_t>(listing.limit.value_or(unlimited)));
 }
 
-// Whether `start` is stored where a page that begins at it has to find it.
-bool isInPlace(Session& session, const ZTASK_ENG_Task& start,
-               ZTASK_ENG_Model::TASK_SORT_FIELD sort) {
-  ZTASK_ENG_Task stored;
-  return session.store().getTask(uidOf(start), stored) == TASK_ENG_OK &&
-         keyOf(stored, sort) == keyOf(start, sort);
-}
-
-// The page as the store knows it: it begins at a task, which belongs to it if the view shows it.
+// A page of the list, which begins at a task: the store leaves that out if the view does not show
+// it.
 QValueList<ZTASK_ENG_Task> page(Session& session, const Listing& listing) {
-  session.store();
-  const StoreQuestions questions;
+  std::optional<unsigned int> start = listing.after;
+  if (start)
+    session.task(*start);
+  else
+    start = StoreQuestions().firstTask(listing.sort);
+  if (!start)
+    return {};
   const int limit = listing.limit.value_or(unlimited);
   const int count = listing.after && limit < unlimited ? limit + 1 : limit;
-  int code = TASK_ENG_OK;
-  for (int attempt = 0; attempt < pageAttempts; ++attempt) {
-    const std::optional<unsigned int> first =
-        listing.after ? listing.after : questions.firstTask(listing.sort);
-    if (!first)
-      return {};
-    ZTASK_ENG_Task start;
-    if (listing.after) {
-      start = session.task(*first);
-    } else if (code = session.store().getTask(*first, start); code == TASK_ENG_NOT_FOUND) {
-      continue;
-    } else {
-      require(code, "reading the first task");
-    }
-    QValueList<ZTASK_ENG_Task> tasks;
-    code = session.store().getTasks(tasks, start, count, listing.view, listing.sort);
-    if (code == TASK_ENG_OK) {
-      require(code, "reading the tasks");
-      if (listing.after && uidOf(tasks[0]) == *listing.after)
-        tasks.remove(tasks.begin());
-      else if (listing.limit && tasks.count() > static_cast<uint>(limit))
-        tasks.remove(tasks.end() - 1);
-      return tasks;
-    }
-    if (code != TASK_ENG_NOT_FOUND)
-      require(code, "reading the tasks");
-    // Either nothing from there on passes the filter, or the task has moved.
-    if (listing.view != ZTASK_ENG_Model::TASK_CATEGORY_ALL &&
-        isInPlace(session, start, listing.sort))
-      return {};
-  }
-  require(code, "reading the tasks, which change all the time,");
-  return {};
+  QValueList<ZTASK_ENG_Task> tasks;
+  require(ulo::readPage(session.store(), *start, count, {listing.view, listing.sort}, tasks),
+          "reading the tasks");
+  if (listing.after && !tasks.isEmpty() && uidOf(tasks[0]) == *listing.after)
+    tasks.remove(tasks.begin());
+  tasks.truncate(static_cast<uint>(limit));
+  return tasks;
 }
 
 }  // namespace
 
 QValueList<ZTASK_ENG_Task> tasksOf(Session& session, const Listing& listing) {
+  session.store();
+  const ReadSnapshot snapshot;
   return listing.category ? tasksOfCategory(session, listing) : page(session, listing);
 }
 

@@ -1,4 +1,4 @@
-// Parts of the to-do list.
+// What the verbs list.
 #pragma once
 
 #include "ZTASK_ENG_Model.h"
@@ -11,7 +11,7 @@ namespace ulotask {
 
 class Session;
 
-// The views of the list by the words that choose them.
+// The views of the list and the words that choose them.
 struct View {
   ZTASK_ENG_Model::TASK_CATEGORY category;
   const char* word;
@@ -21,17 +21,25 @@ inline constexpr View views[] = {{ZTASK_ENG_Model::TASK_CATEGORY_ALL, "all"},
                                  {ZTASK_ENG_Model::TASK_CATEGORY_INCOMPLETE, "incomplete"},
                                  {ZTASK_ENG_Model::TASK_CATEGORY_COMPLETED, "completed"}};
 
+// The orders of the list and the words that choose them.
+struct Sort {
+  ZTASK_ENG_Model::TASK_SORT_FIELD field;
+  const char* word;
+};
+inline constexpr Sort sorts[] = {{ZTASK_ENG_Model::TASK_SORT_DUE, "due"},
+                                 {ZTASK_ENG_Model::TASK_SORT_PRIORITY, "priority"}};
+
 struct Listing {
   ZTASK_ENG_Model::TASK_CATEGORY view = ZTASK_ENG_Model::TASK_CATEGORY_ALL;
   ZTASK_ENG_Model::TASK_SORT_FIELD sort = ZTASK_ENG_Model::TASK_SORT_DUE;
-  std::optional<QString> category;    // only tasks of this one; null: those without one
-  std::optional<unsigned int> after;  // only tasks that come behind this one, which may be of
-                                      // another view or category
-  std::optional<int> limit;           // at most so many; positive
+  std::optional<QString> category;    // only tasks of this category; null for those without one
+  std::optional<unsigned int> after;  // only tasks that follow this one, which may be in another
+                                      // view or category
+  std::optional<int> limit;           // the maximum number of tasks; positive
 };
 
-// The tasks that the listing asks for, read at one moment. A Failure when there is no such category
-// or no task of the UID `after`.
+// Returns the tasks that match, all read in one state of the store. Fails with Exit::notFound if
+// the category or the task `after` does not exist.
 QValueList<ZTASK_ENG_Task> tasksOf(Session& session, const Listing& listing);
 
 }  // namespace ulotask

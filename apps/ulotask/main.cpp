@@ -23,7 +23,7 @@ namespace {
 
 using ulotask::Exit;
 
-// Texts are UTF-8 whatever the locale; the column widths of characters need one that says so.
+// Texts are UTF-8 in every locale, but the widths of characters need a UTF-8 locale.
 void useUtf8() {
   std::setlocale(LC_CTYPE, "");
   if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0)
@@ -88,7 +88,7 @@ int run(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     fail(Exit::usage, std::string(error.what()) + "; see ulotask --help");
   } catch (const ulotask::Failure& failure) {
-    // What was done before it failed is said first.
+    // First report what was done before the failure.
     session.output.finishQuietly();
     fail(failure.code(), failure.what());
   }
@@ -98,9 +98,9 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  // A reader that goes away early shows as a failed write.
+  // If the reader of a pipe exits early, or a limit on the size of files is reached, a write fails
+  // instead.
   std::signal(SIGPIPE, SIG_IGN);
-  // So does a limit on the size of files.
   std::signal(SIGXFSZ, SIG_IGN);
   try {
     useUtf8();

@@ -19,7 +19,7 @@ constexpr int usualColumns = 80;
 constexpr int narrowestLastColumn = 10;
 constexpr int columnGap = 2;
 
-// Writes all of `text`; gives 0 or the error number.
+// Writes all of `text`. Returns 0 or the error number.
 int writeAll(int descriptor, std::string_view text) {
   while (!text.empty()) {
     const ssize_t count = ::write(descriptor, text.data(), text.size());
@@ -32,8 +32,8 @@ int writeAll(int descriptor, std::string_view text) {
   return 0;
 }
 
-// QJsonDocument leaves U+007F to U+009F as they are, and some terminals obey them. They can only
-// stand inside strings, where an escape means the same.
+// Escapes U+007F to U+009F, which QJsonDocument leaves unchanged and some terminals interpret. They
+// occur only inside strings.
 std::string withoutControls(const QByteArray& json) {
   std::string result;
   result.reserve(static_cast<std::size_t>(json.size()));
@@ -100,7 +100,7 @@ std::optional<int> Output::terminalColumns(int descriptor) {
 }
 
 void printError(const std::string& text) {
-  // Nobody is left to tell when this fails.
+  // A failure cannot be reported anywhere.
   static_cast<void>(writeAll(STDERR_FILENO, "ulotask: " + oneLine(std::string_view(text)) + '\n'));
 }
 

@@ -1,4 +1,4 @@
-// What the program says: results on standard output, all else on standard error.
+// The output of the program: results on standard output, everything else on standard error.
 #pragma once
 
 #include <QJsonArray>
@@ -19,43 +19,43 @@ public:
     write(text);
     write("\n");
   }
-  // The value as JSON. Nothing but ASCII is written raw that a terminal could obey.
+  // Writes the value as JSON, with control characters escaped.
   void json(const QJsonObject& object);
   void json(const QJsonArray& array);
-  void jsonLine(const QJsonObject& object);  // the same in one line
+  void jsonLine(const QJsonObject& object);  // on one line
 
-  // Writes what was collected. A reader that has gone away is no error; anything else that keeps
-  // the text from being written is a Failure.
+  // Writes the collected results to standard output. Fails with Exit::notWritten if that is not
+  // possible; a reader that has exited is not an error.
   void finish();
-  // The same on the way out of a failure, which a second one must not hide.
+  // The same while a failure is handled: a second failure is ignored.
   void finishQuietly() noexcept;
 
-  // Says something about the work on standard error, behind the results collected so far.
+  // Writes the collected results, then the text to standard error.
   void notice(const std::string& text);
 
-  // The columns of the terminal behind a descriptor; none when it is something else.
+  // The width of the terminal that the descriptor refers to; none if it is not a terminal.
   [[nodiscard]] static std::optional<int> terminalColumns(int descriptor);
 
 private:
   std::string pending_;
 };
 
-// Prints "ulotask: text" on standard error, in one line.
+// Prints "ulotask: text" on standard error, on one line.
 void printError(const std::string& text);
 
-// Rows under titles, in aligned columns two blanks apart. On a terminal the last column is cut to
-// what is left of the line, on other outputs nothing is cut.
+// Rows under titles, in aligned columns two blanks apart. On a terminal the last column is
+// truncated to the width of the line; elsewhere nothing is truncated.
 class Table {
 public:
   enum class Align { left, right };
   struct Column {
     const char* title;
     Align align;
-    int widest;  // columns on a terminal; 0 for no limit
+    int widest;  // in columns of a terminal; 0 for no limit
   };
 
   explicit Table(std::vector<Column> columns) : columns_(std::move(columns)) {}
-  // Requires: one cell for each column, each in one line.
+  // Requires: one cell for each column, each without line breaks.
   void add(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
   void print(Output& output) const;
 

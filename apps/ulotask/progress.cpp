@@ -15,7 +15,7 @@ constexpr std::chrono::milliseconds betweenLooks{100};
 constexpr std::size_t barColumns = 20;
 
 void print(const std::string& text) {
-  // Nobody is left to tell when this fails.
+  // A failure cannot be reported anywhere.
   static_cast<void>(std::fputs(text.c_str(), stderr));
   static_cast<void>(std::fflush(stderr));
 }

@@ -1,4 +1,4 @@
-// How far a long work has come.
+// The progress of a long operation.
 #pragma once
 
 #include <chrono>
@@ -7,19 +7,19 @@
 
 namespace ulotask {
 
-// One line on standard error, written over and over and gone in the end. It appears where standard
-// error is a terminal, and only when the work takes longer than half a second.
+// Shows the progress on one line of standard error, which is removed at the end. Shows nothing if
+// standard error is not a terminal, or if the operation ends within half a second.
 class Progress {
 public:
-  // `what` is being done to `total` things.
+  // `what` names the operation, which has `total` steps.
   Progress(const char* what, std::size_t total);
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
   ~Progress() { hide(); }
 
-  // One more is done.
+  // Counts one more step as done.
   void advance();
-  // Takes the line away, to let something else be printed. It comes back.
+  // Removes the line so that something else can be printed. The next step shows it again.
   void hide();
 
 private:
@@ -30,7 +30,7 @@ private:
   std::size_t total_;
   std::size_t done_ = 0;
   Clock::time_point begin_;
-  Clock::time_point next_;  // when to show it the next time
+  Clock::time_point next_;  // when the line is updated next
   int shownColumns_ = 0;
 };
 

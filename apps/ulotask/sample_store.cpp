@@ -12,7 +12,7 @@ namespace {
 
 constexpr const char* directoryVariable = "ULO_DATA_DIR";
 
-// The data directory is another one while the object lives. This program has one thread.
+// Changes the data directory while the object exists. Requires: the program has one thread.
 class DataDirectoryElsewhere {
 public:
   explicit DataDirectoryElsewhere(const char* path) {
@@ -38,13 +38,13 @@ private:
 SampleStore::SampleStore() {
   const std::string& path = directory_.path();
   if (path.empty())
-    throw Failure(Exit::failed, "no temporary directory can be made: " + directory_.error());
+    throw Failure(Exit::failed, "cannot create a temporary directory: " + directory_.error());
   const DataDirectoryElsewhere elsewhere(path.c_str());
   ZTASK_ENG_Model store;
   int count = 0;
   if (store.getCount(count) != TASK_ENG_OK)
     throw Failure(Exit::failed,
-                  std::string("no store can be made in a temporary directory") + databaseReason());
+                  std::string("cannot create a store in a temporary directory") + databaseReason());
   file_ = path + "/tasks.db";
 }
 

@@ -7,8 +7,9 @@
 
 namespace ulotask {
 
-// A store as this program makes it, in a temporary directory that is deleted with the object. A
-// Failure if it can't be made. Requires: the store of this thread is closed.
+// A store as this program creates it, in a temporary directory that is deleted with the object. The
+// constructor throws a Failure if it cannot be created. Requires: the store of this thread is
+// closed.
 class SampleStore {
 public:
   SampleStore();

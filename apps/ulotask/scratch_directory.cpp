@@ -27,7 +27,7 @@ ScratchDirectory::~ScratchDirectory() {
     if (!path_.empty())
       std::filesystem::remove_all(path_, error);
   } catch (const std::exception&) {
-    // Without memory the directory stays.
+    // Out of memory: the directory remains.
   }
 }
 

@@ -14,8 +14,6 @@
 namespace ulotask {
 namespace {
 
-constexpr int storeDatabase = 1;
-
 void keepLine(void* text, const char* line) {
   *static_cast<std::string*>(text) = line;
 }
@@ -36,6 +34,10 @@ std::string reasonOf(int result) {
 
 }  // namespace
 
+Failure noTask(unsigned int uid) {
+  return {Exit::notFound, "no task has the UID " + std::to_string(uid)};
+}
+
 std::string databaseReason() {
   const std::string said = DB_LastFailure();
   return said.empty() ? "; the log says why" : ": " + said;
@@ -49,11 +51,11 @@ Failure closedStore() {
   if (ulo::dataDirectory().empty())
     return {Exit::storeClosed, closed + ": " + std::strerror(errno)};
   std::string lost;
-  if (DB_FindLost(storeDatabase, keepLine, &lost) == DB_CORRUPT)
+  if (DB_FindLost(ulo::storeDatabase, keepLine, &lost) == DB_CORRUPT)
     return {Exit::storeClosed, closed + ": " + lost +
                                    "; try \"ulotask db rescue\", or \"ulotask db restore FILE\" "
                                    "with a backup"};
-  const int result = DB_Open(storeDatabase);
+  const int result = DB_Open(ulo::storeDatabase);
   if (result == DB_OK)
     DB_Close();
   return {Exit::storeClosed, closed + reasonOf(result)};
@@ -74,7 +76,7 @@ ZTASK_ENG_Task Session::task(unsigned int uid) {
   ZTASK_ENG_Task task;
   const int code = store().getTask(uid, task);
   if (code == TASK_ENG_NOT_FOUND)
-    throw Failure(Exit::notFound, "no task has the UID " + std::to_string(uid));
+    throw noTask(uid);
   require(code, "reading task " + std::to_string(uid));
   return task;
 }
@@ -105,7 +107,7 @@ void require(int storeCode, const std::string& what) {
     return;
   if (storeCode == TASK_ENG_MEMORY_FULL)
     throw Failure(Exit::storeFull, what + " failed: the store is full" + databaseReason());
-  throw Failure(Exit::failed, what + " failed: the store answers " + std::to_string(storeCode) +
+  throw Failure(Exit::failed, what + " failed: the store returned " + std::to_string(storeCode) +
                                   databaseReason());
 }
 
@@ -118,7 +120,7 @@ void requireDatabase(int result, const std::string& what) {
   case DB_BUSY:
     throw Failure(Exit::failed, what + " failed: another program keeps the store locked");
   default:
-    throw Failure(Exit::failed, what + " failed: the database returns " + std::to_string(result) +
+    throw Failure(Exit::failed, what + " failed: the database returned " + std::to_string(result) +
                                     databaseReason());
   }
 }

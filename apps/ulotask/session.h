@@ -15,30 +15,33 @@ class Session {
 public:
   Output output;
 
-  // The store, opened at the first call. A store that can't be opened is a Failure.
+  // The store, opened by the first call. Throws a Failure if it cannot be opened.
   ZTASK_ENG_Model& store();
 
-  // The task with this UID; a Failure when there is none.
+  // The task with this UID. Throws noTask() if there is none.
   ZTASK_ENG_Task task(unsigned int uid);
   // Runs `work` in one write transaction: everything that it stores is committed, or nothing. An
-  // exception of `work` discards the transaction and is thrown on. A Failure if the transaction
-  // can't be begun or committed; its message begins with `what`.
+  // exception of `work` discards the transaction and is rethrown. Throws a Failure if the
+  // transaction cannot begin or commit; its message begins with `what`.
   void inTransaction(const std::string& what, const std::function<void()>& work);
 
-  // Null is a name too, and another one than the empty text.
+  // A null name is that of tasks without a category, and differs from an empty one.
   bool hasCategory(const QString& name);
-  // A Failure unless there is a category of this name.
+  // Fails with Exit::notFound unless a category has this name.
   void requireCategory(const QString& name);
 
 private:
   std::unique_ptr<ZTASK_ENG_Model> store_;
 };
 
-// Why the database failed, for the end of a message. It is in the message because the log may be on
-// the same full disk.
+// The failure of a verb that needs the task with this UID.
+Failure noTask(unsigned int uid);
+
+// The reason for which the database failed, for the end of a message. Messages include it because
+// the log may be on the same full disk.
 std::string databaseReason();
 
-// Why the store can't be opened, and which verb may help.
+// Says why the store cannot be opened, and which verb may help.
 Failure closedStore();
 
 // Throws a Failure for any store result other than 0; its message begins with `what`, the name of

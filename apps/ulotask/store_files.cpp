@@ -18,7 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// As many as the kernel follows.
+// The limit of the kernel.
 constexpr int mostLinks = 40;
 
 struct Identity {

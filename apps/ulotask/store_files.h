@@ -20,7 +20,7 @@ std::vector<std::filesystem::directory_entry> entriesOf(const std::filesystem::p
 std::string targetOf(const std::string& name);
 
 // Fails with Exit::notWritten if writing to `name` would create or replace a file in the data
-// directory, by whatever path, symbolic link or hard link `name` leads there.
+// directory, even through symbolic or hard links.
 void refuseStoreFile(const std::string& name);
 
 // Flushes the directory entry of the file to the disk, as far as the file system can.

@@ -4,13 +4,12 @@
 #include "exit_codes.h"
 #include "session.h"
 #include "ulodb2.h"
+#include "write_transaction.h"
 
 namespace ulotask {
 namespace {
 
-constexpr int storeDatabase = 1;
-
-// Argument: the index.
+// Argument: the name of the index.
 constexpr const char* firstScript = "sml:declare schema first (uid integer);\n"
                                     "declare buffer schema first;\n"
                                     "cursor $task = open_cursor('%s');\n"
@@ -72,7 +71,7 @@ void requireRows(int code, const char* what) {
 }  // namespace
 
 StoreQuestions::StoreQuestions() {
-  if (DB_Open(storeDatabase) != DB_OK)
+  if (DB_Open(ulo::storeDatabase) != DB_OK)
     throw Failure(Exit::storeClosed, std::string("the store can't be opened") + databaseReason());
 }
 

@@ -1,4 +1,4 @@
-// Questions to the store's database that the store's own operations answer only at a price.
+// Queries that the store's own operations do not offer, or only slowly.
 #pragma once
 
 #include "ZTASK_ENG_Model.h"
@@ -10,8 +10,8 @@
 
 namespace ulotask {
 
-// The database of the store, open for this thread as long as the object lives. A Failure when it
-// can't be opened. Requires: the store has been opened, so that its tables are there.
+// The database of the store, open for this thread while the object exists. The constructor throws a
+// Failure if it cannot be opened. Requires: the store has been opened, so that its tables exist.
 class StoreQuestions {
 public:
   StoreQuestions();
@@ -19,21 +19,21 @@ public:
   StoreQuestions& operator=(const StoreQuestions&) = delete;
   ~StoreQuestions();
 
-  // Each is a Failure when the database refuses.
+  // Each throws a Failure if the database fails.
 
-  // The UID of the task that comes first in this order, whatever the size of the store.
+  // The UID of the first task in this order. The time does not depend on the number of tasks.
   [[nodiscard]] std::optional<unsigned int> firstTask(ZTASK_ENG_Model::TASK_SORT_FIELD sort) const;
 
   struct Category {
     unsigned int uid;
     QString name;     // null for the category of tasks without one
-    bool isOriginal;  // made at the first start
+    bool isOriginal;  // created at the first start
     int tasks;
   };
   // All categories in the order of their UIDs.
   [[nodiscard]] std::vector<Category> categories() const;
 
-  // Tasks that name a category which is gone.
+  // The UIDs of tasks whose category was removed.
   [[nodiscard]] std::vector<unsigned int> tasksWithoutCategory() const;
 };
 

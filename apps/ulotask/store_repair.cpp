@@ -98,7 +98,7 @@ std::string addOriginals(const std::vector<StoreQuestions::Category>& categories
     requireDatabase(DB_Exec(addStatement, name), repairing);
     ++added;
   }
-  // What tells a store whose first start was completed.
+  // The mark of a store whose first start was completed.
   for (const StoreQuestions::Category& category : categories) {
     if (category.name.isNull())
       requireDatabase(DB_Exec(markScript, static_cast<int>(category.uid)), repairing);
@@ -165,7 +165,7 @@ std::string compareJournal(ulo::ChangeJournal& journal, const std::set<unsigned 
     difference = counted(missing, "task") + " of its last entries not in the store";
   if (left > 0)
     difference += (difference.empty() ? "" : ", ") + counted(left, "task") +
-                  " that it tells removed still in the store";
+                  " removed by its last entries still in the store";
   return difference;
 }
 

@@ -1,24 +1,27 @@
 #include "task_format.h"
 
+#include "dates.h"
+#include "task_dates.h"
+#include "task_words.h"
 #include "text.h"
-
-#include <QTime>
-
-#include <algorithm>
 
 namespace ulotask {
 namespace {
 
-std::string statusWord(int status) {
-  const bool known = status >= 0 && status < static_cast<int>(std::size(statusWords));
-  return statusWords[known ? status : statusNeedsAction];
+const char* statusWord(const ZTASK_ENG_Task& task) {
+  return ulo::entryOf(task.getStatusValue()).word;
 }
 
 const char* priorityWord(const ZTASK_ENG_Task& task) {
-  const auto* found = std::find_if(
-      std::begin(priorityClasses), std::end(priorityClasses),
-      [&](const PriorityClass& entry) { return entry.priority == task.getPriority(); });
-  return found->word;
+  return ulo::entryOf(ulo::priorityOf(task)).word;
+}
+
+std::string orDash(const std::string& text) {
+  return text.empty() ? "-" : text;
+}
+
+std::string shownDate(const ZTASK_ENG_Task& task, ZTASK_ENG_Task::TASK_FIELD_T field) {
+  return orDash(ulo::formatDate(task.getDateTime(field)).toStdString());
 }
 
 struct DateField {
@@ -47,7 +50,7 @@ constexpr int labelColumns = 10;
 
 void printField(Output& output, std::string label, const std::string& value) {
   label.resize(labelColumns, ' ');
-  output.line(label + (value.empty() ? "-" : value));
+  output.line(label + orDash(value));
 }
 
 void printField(Output& output, const ZTASK_ENG_Task& task, const TextField& field) {
@@ -61,21 +64,10 @@ QJsonValue jsonText(const QString& text) {
 }
 
 QJsonValue jsonDate(const QDateTime& dateTime) {
-  return isSet(dateTime) ? QJsonValue(dateTime.toUTC().toString(Qt::ISODate)) : QJsonValue();
+  return ulo::hasDate(dateTime) ? QJsonValue(ulo::formatUtc(dateTime)) : QJsonValue();
 }
 
 }  // namespace
-
-bool isSet(const QDateTime& dateTime) {
-  return dateTime.isValid() && dateTime.toSecsSinceEpoch() != ZTASK_ENG_Task::noDateSeconds;
-}
-
-std::string shownDate(const QDateTime& dateTime) {
-  if (!isSet(dateTime))
-    return "-";
-  const bool midnight = dateTime.time() == QTime(0, 0);
-  return dateTime.toString(midnight ? "yyyy-MM-dd" : "yyyy-MM-dd HH:mm").toStdString();
-}
 
 QJsonObject toJson(const ZTASK_ENG_Task& task) {
   QJsonObject object;
@@ -83,8 +75,8 @@ QJsonObject toJson(const ZTASK_ENG_Task& task) {
   object["priority"] = task.getPriorityValue();
   object["priorityClass"] = priorityWord(task);
   object["status"] = task.getStatusValue();
-  object["statusWord"] = QString::fromStdString(statusWord(task.getStatusValue()));
-  object["completed"] = task.getStatus() == 0;
+  object["statusWord"] = statusWord(task);
+  object["completed"] = ulo::isCompleted(task);
   for (const TextField& field : {summaryField, categoryField, uuidField, noteField})
     object[field.jsonName] = jsonText(task.getString(field.field));
   for (const DateField& field : dateFields)
@@ -95,12 +87,12 @@ QJsonObject toJson(const ZTASK_ENG_Task& task) {
 void printTask(Output& output, const ZTASK_ENG_Task& task) {
   printField(output, "UID", std::to_string(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID)));
   printField(output, task, summaryField);
-  printField(output, "Status", statusWord(task.getStatusValue()));
+  printField(output, "Status", statusWord(task));
   printField(output, "Priority",
              std::to_string(task.getPriorityValue()) + " (" + priorityWord(task) + ")");
   printField(output, task, categoryField);
   for (const DateField& field : dateFields)
-    printField(output, field.label, shownDate(task.getDateTime(field.field)));
+    printField(output, field.label, shownDate(task, field.field));
   printField(output, task, uuidField);
   printField(output, task, noteField);
 }
@@ -122,11 +114,10 @@ Table taskTable() {
 }
 
 void addTo(Table& table, const ZTASK_ENG_Task& task) {
-  const std::string category = oneLine(task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY));
   table.add({std::to_string(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID)),
-             shownDate(task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE)),
-             std::to_string(task.getPriorityValue()), statusWord(task.getStatusValue()),
-             category.empty() ? "-" : category,
+             shownDate(task, ZTASK_ENG_Task::TASK_FIELD_DUE),
+             std::to_string(task.getPriorityValue()), statusWord(task),
+             orDash(oneLine(task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY))),
              oneLine(task.getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY))});
 }
 

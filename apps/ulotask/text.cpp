@@ -24,7 +24,7 @@ bool isLineBreak(char32_t c) {
   return c == '\n' || c == '\r' || c == lineSeparator || c == paragraphSeparator;
 }
 
-// Half a surrogate pair, which has no UTF-8, comes out as U+FFFD.
+// Half a surrogate pair, which has no UTF-8, becomes U+FFFD.
 std::u32string characters(const QString& text) {
   return text.toStdU32String();
 }

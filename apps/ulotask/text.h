@@ -1,4 +1,4 @@
-// Texts as a terminal shows them: UTF-8, measured in columns, nothing in them that it could obey.
+// Texts for a terminal: UTF-8, measured in columns, without control characters.
 #pragma once
 
 #include <QString>
@@ -8,19 +8,19 @@
 
 namespace ulotask {
 
-// `text` in one line: line breaks and tabs become blanks. Control characters, which a terminal
-// would obey, and characters that reverse the text after them become U+FFFD.
+// Returns `text` on one line: line breaks and tabs become blanks. Control characters, and
+// characters that change the direction of the following text, become U+FFFD.
 std::string oneLine(const QString& text);
 // The same for bytes that are meant to be UTF-8, such as a file name.
 std::string oneLine(std::string_view text);
 
-// The same with the line breaks kept; each line after the first begins with `indent` blanks.
+// The same, but keeps line breaks. Each line after the first begins with `indent` blanks.
 std::string severalLines(const QString& text, int indent);
 
-// The columns that a text of the functions above takes on a terminal.
+// The width on a terminal of a text that the functions above returned.
 int columnsOf(std::string_view text);
 
-// `text` if it has no more than `columns` columns, else its beginning and an ellipsis.
+// Returns `text` if it fits into `columns` columns, otherwise its beginning and an ellipsis.
 // Requires: columns > 0.
 std::string elided(const std::string& text, int columns);
 

@@ -5,7 +5,6 @@
 #include "store_questions.h"
 #include "text.h"
 #include "verbs.h"
-#include "write_transaction.h"
 
 #include <QJsonArray>
 
@@ -47,21 +46,12 @@ void listCategories(Session& session, bool json) {
   table.print(session.output);
 }
 
-// Runs `work`, which reads and then writes, while no other program writes.
-template <typename Work> void alone(Session& session, const std::string& what, const Work& work) {
-  session.store();
-  ulo::WriteTransaction transaction;
-  require(ulo::storeCode(transaction.result()), what);
-  work();
-  require(ulo::storeCode(transaction.commit()), what);
-}
-
 void addCategory(Session& session, const std::string& argument) {
   QString name = categoryName(argument);
   unsigned int uid = 0;
   const int code = session.store().addCategory(name, uid);
   if (code == TASK_ENG_EXISTS)
-    throw Failure(Exit::exists, "there is a category " + quoted(name) + " already");
+    throw Failure(Exit::exists, "the category " + quoted(name) + " exists already");
   require(code, "adding the category " + quoted(name));
   session.output.line("Added category " + quoted(name));
 }
@@ -70,15 +60,15 @@ void renameCategory(Session& session, const std::string& from, const std::string
   QString oldName = categoryName(from);
   QString newName = categoryName(to).toLower();  // as the store keeps it
   const std::string what = "renaming the category " + quoted(oldName);
-  alone(session, what, [&] {
+  session.inTransaction(what, [&] {
     session.requireCategory(oldName);
-    // The store would rename the one in lower case, if there is one.
+    // The store would rename the category whose name is in lower case.
     if (oldName != oldName.toLower())
       throw Failure(Exit::usage,
                     "the category " + quoted(oldName) +
-                        " can't be renamed: the store renames names in lower case only");
+                        " cannot be renamed: the store renames only names in lower case");
     if (session.hasCategory(newName))
-      throw Failure(Exit::exists, "there is a category " + quoted(newName) + " already");
+      throw Failure(Exit::exists, "the category " + quoted(newName) + " exists already");
     require(session.store().renameCategory(oldName, newName), what);
   });
   session.output.line("Renamed category " + quoted(oldName) + " to " + quoted(newName));
@@ -88,7 +78,7 @@ void removeCategory(Session& session, const std::string& argument, bool withTask
   QString name = categoryName(argument);
   const std::string what = "removing the category " + quoted(name);
   int tasks = 0;
-  alone(session, what, [&] {
+  session.inTransaction(what, [&] {
     session.requireCategory(name);
     for (const StoreQuestions::Category& category : StoreQuestions().categories())
       tasks += category.name == name && !category.name.isNull() ? category.tasks : 0;
@@ -116,7 +106,7 @@ void addCategoryVerbs(Verb& program, Session& session) {
   auto names = std::make_shared<std::vector<std::string>>();
   verb = group.addVerb("add", "Add categories");
   verb.option("NAME", *names, "Names of new categories").required();
-  verb.footer("Names that differ in upper and lower case are different names.\n"
+  verb.footer("Names are case-sensitive.\n"
               "Example:\n"
               "  ulotask category add garden \"spare time\"");
   verb.run([names, &session] {
@@ -128,8 +118,8 @@ void addCategoryVerbs(Verb& program, Session& session) {
     std::string to;
   };
   auto rename = std::make_shared<Rename>();
-  verb = group.addVerb("rename", "Rename a category; its tasks stay its tasks");
-  verb.option("CATEGORY", rename->from, "The name it has, in lower case").required();
+  verb = group.addVerb("rename", "Rename a category, which keeps its tasks");
+  verb.option("CATEGORY", rename->from, "The present name, in lower case").required();
   verb.option("NAME", rename->to, "The new name, which is stored in lower case").required();
   verb.footer("Example:\n"
               "  ulotask category rename party feast");
@@ -142,12 +132,13 @@ void addCategoryVerbs(Verb& program, Session& session) {
   auto removal = std::make_shared<Removal>();
   verb = group.addVerb("rm", "Remove categories");
   verb.option("CATEGORY", removal->names, "Names of categories").required();
-  verb.flag("--with-tasks", removal->withTasks, "Remove their tasks too");
-  verb.footer("Tasks of a removed category stay and read as of category None; the next change of "
-              "one\nstores it without a category.\n"
-              "Examples:\n"
-              "  ulotask category rm garden\n"
-              "  ulotask category rm \"spare time\" --with-tasks");
+  verb.flag("--with-tasks", removal->withTasks, "Also remove their tasks");
+  verb.footer(
+      "Tasks of a removed category are kept and shown with the category None. The next change "
+      "of\nsuch a task stores it without a category.\n"
+      "Examples:\n"
+      "  ulotask category rm garden\n"
+      "  ulotask category rm \"spare time\" --with-tasks");
   verb.run([removal, &session] {
     forEach(session, removal->names,
             [&](const std::string& name) { removeCategory(session, name, removal->withTasks); });

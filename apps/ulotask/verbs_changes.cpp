@@ -26,7 +26,7 @@ struct ChangesOptions {
   bool json = false;
 };
 
-// What numbers in JSON carry, and no store ever reaches.
+// The largest integer that JSON numbers represent exactly. No store reaches it.
 constexpr std::int64_t furthestEntry = (std::int64_t{1} << 53) - 1;
 
 void printNet(Output& output, const ulo::NetChanges& net, bool json) {
@@ -60,7 +60,7 @@ void changes(Session& session, const ChangesOptions& options) {
   requireJournal(
       journal.changesSince(ZTASK_ENG_Model::identifier, options.since, net, options.generation));
   if (net.incomplete)
-    output.notice("the journal doesn't tell everything that happened after entry " +
+    output.notice("the journal does not have all changes after entry " +
                   std::to_string(options.since) + ": compare all tasks");
   if (options.net) {
     printNet(output, net, options.json);
@@ -71,7 +71,7 @@ void changes(Session& session, const ChangesOptions& options) {
     printNewEntries(output, journal, entry, options.json);
     return;
   }
-  // No entry is left out because its number is not reached yet.
+  // `since` may be greater than the last entry: new entries must not be left out.
   entry = std::min(entry, net.lastEntry);
   ChangeWatch watch(directory, ulo::ChangeJournal::fileName);
   do
@@ -92,14 +92,15 @@ void addChangeVerbs(Verb& program, Session& session) {
               "The journal that ENTRY belongs to, as --net --json prints it")
       .valueName("ID");
   const Argument follow = verb.flag("--follow", options->follow,
-                                    "Go on with new entries as they come, until interrupted");
-  verb.flag("--net", options->net, "One line for each task that is new, other or gone since then")
+                                    "Print new entries as they are added, until interrupted");
+  verb.flag("--net", options->net,
+            "One line for each task that was added, updated or removed since then")
       .excludes(follow);
-  verb.flag("--json", options->json, "Print JSON objects, one to a line; one for --net");
-  verb.footer("Entries of a store that was restored or replaced have another generation: then the "
-              "numbers of the\nearlier one mean nothing, and a program has to compare all tasks.\n"
+  verb.flag("--json", options->json, "Print JSON objects, one per line; one object for --net");
+  verb.footer("A store that was restored or replaced has another generation: entry numbers of the "
+              "earlier\none are invalid then, and a program has to compare all tasks.\n"
               "A line has the number of the entry, the local time, the kind of change and the "
-              "UID.\n--follow looks when the store's files change, and every " +
+              "UID.\n--follow checks when the store's files change, and every " +
               std::to_string(ChangeWatch::longestWait) +
               " seconds.\n"
               "Examples:\n"

@@ -11,6 +11,7 @@
 #include "ulodb2.h"
 #include "ulodb2_files.h"
 #include "verbs.h"
+#include "write_transaction.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -21,8 +22,6 @@
 
 namespace ulotask {
 namespace {
-
-constexpr int storeDatabase = 1;
 
 void printLine(void* output, const char* utf8) {
   static_cast<Output*>(output)->line(severalLines(QString::fromUtf8(utf8), 0));
@@ -42,14 +41,14 @@ void explain(Session& session, const std::string& argument) {
   const int code = DB_Explain(text.c_str(), DB_EXPLAIN_TOKENS | DB_EXPLAIN_TREE | DB_EXPLAIN_SQL,
                               nullptr, printLine, &session.output);
   if (code != DB_OK)
-    throw Failure(Exit::badScript, "the text is refused with code " + std::to_string(code));
+    throw Failure(Exit::badScript, "the text was rejected with code " + std::to_string(code));
 }
 
 void keepLine(void* text, const char* utf8) {
   *static_cast<std::string*>(text) = utf8;
 }
 
-// Lines of a maintenance function: results if it succeeds, else the reasons.
+// Lines of a maintenance function: its results, or the reasons for its failure.
 struct Lines {
   std::vector<std::string> texts;
 
@@ -68,10 +67,11 @@ struct Lines {
   }
 };
 
-// Whether the file is sound; its defects are printed. A Failure if it can't be examined.
+// Prints the defects of the file and returns whether it has none. Throws a Failure if it cannot be
+// examined.
 bool isSound(Output& output, const SampleStore& sample) {
   Lines defects;
-  const int result = DB_Inspect(storeDatabase, sample.file().c_str(), Lines::add, &defects);
+  const int result = DB_Inspect(ulo::storeDatabase, sample.file().c_str(), Lines::add, &defects);
   if (result != DB_OK && result != DB_ERROR)
     throw closedStore();
   defects.print(output);
@@ -160,7 +160,7 @@ void check(Session& session, bool repair) {
                       (isRepairable ? "; try \"ulotask db check --repair\"" : ""));
 }
 
-// How a result of the maintenance functions ends the program.
+// How a result of a maintenance function ends the program.
 struct MaintenanceFailure {
   int result;
   Exit code;
@@ -186,7 +186,7 @@ std::string shownFile(const std::string& file) {
   return oneLine(std::string_view(file));
 }
 
-// What the store holds now.
+// Says what the store holds.
 std::string content(Session& session) {
   int count = 0;
   require(session.store().getCount(count), "counting the tasks");
@@ -199,7 +199,7 @@ void backUp(Session& session, const std::string& file, bool force) {
   const std::string saved = content(session);
   std::string reason;
   const int result =
-      DB_Backup(storeDatabase, targetOf(file).c_str(), force ? 1 : 0, keepLine, &reason);
+      DB_Backup(ulo::storeDatabase, targetOf(file).c_str(), force ? 1 : 0, keepLine, &reason);
   requireDone(result, reason,
               {{DB_CONSTRAINT, Exit::fileExists, "; --force replaces it"},
                {DB_CORRUPT, Exit::storeUnsound, "; try \"ulotask db rescue\""},
@@ -212,14 +212,14 @@ void restore(Session& session, const std::string& file) {
   Lines lines;
   const SampleStore sample;
   const int result =
-      DB_Restore(storeDatabase, file.c_str(), sample.file().c_str(), Lines::add, &lines);
+      DB_Restore(ulo::storeDatabase, file.c_str(), sample.file().c_str(), Lines::add, &lines);
   const std::string reason = result == DB_OK ? "" : lines.reason();
   lines.print(session.output);
   requireDone(result, reason,
               {{DB_CORRUPT, Exit::notStore, ""},
                {DB_BAD_ARGUMENT, Exit::usage, ""},
                {DB_IO, Exit::unreadable, ""}});
-  // The store is in its place already: whatever fails from here on doesn't undo that.
+  // The store has been replaced: a failure from here on does not undo that.
   std::string counted;
   try {
     counted = content(session);
@@ -233,12 +233,12 @@ void rescue(Session& session) {
   Output& output = session.output;
   const SampleStore sample;
   Lines defects;
-  if (DB_Inspect(storeDatabase, sample.file().c_str(), Lines::add, &defects) == DB_OK) {
+  if (DB_Inspect(ulo::storeDatabase, sample.file().c_str(), Lines::add, &defects) == DB_OK) {
     output.line("The database file is sound: there is nothing to rescue.");
     return;
   }
   Lines lines;
-  const int result = DB_Rescue(storeDatabase, sample.file().c_str(), Lines::add, &lines);
+  const int result = DB_Rescue(ulo::storeDatabase, sample.file().c_str(), Lines::add, &lines);
   const std::string reason = result == DB_OK ? "" : lines.reason();
   lines.print(output);
   requireDone(
@@ -252,11 +252,11 @@ void rescue(Session& session) {
 void addDatabaseVerbs(Verb& program, Session& session) {
   Verb group = program.addGroup("db", "Look into the database");
 
-  Verb verb = group.addVerb("explain", "Show how a script or statement is understood");
+  Verb verb = group.addVerb("explain", "Show how a script or statement is parsed");
   auto script = std::make_shared<std::string>();
   verb.option("SCRIPT", *script, "The text, a file that holds it, or - for standard input")
       .required();
-  verb.footer("Prints its words, its checked tree and the SQL that it leads to.\n"
+  verb.footer("Prints its tokens, its checked tree and the SQL that is derived from it.\n"
               "Example:\n"
               "  ulotask db explain \"sml:cursor \\$c = open_cursor('task_index_due');\"");
   verb.run([script, &session] { explain(session, *script); });
@@ -265,7 +265,7 @@ void addDatabaseVerbs(Verb& program, Session& session) {
   auto repair = std::make_shared<bool>(false);
   verb.flag("--repair", *repair,
             "Merge categories of the same name and add missing default categories");
-  verb.footer("Ends with 11 if something is wrong. Nothing is changed without --repair.\n"
+  verb.footer("Exits with 11 if it finds a defect. Changes nothing without --repair.\n"
               "Examples:\n"
               "  ulotask db check\n"
               "  ulotask db check --repair");
@@ -284,7 +284,7 @@ void addDatabaseVerbs(Verb& program, Session& session) {
               "  ulotask db backup tasks-$(date +%F).db");
   verb.run([backup, &session] { backUp(session, backup->file, backup->force); });
 
-  verb = group.addVerb("restore", "Replace the store by a backup");
+  verb = group.addVerb("restore", "Replace the store with a backup");
   auto source = std::make_shared<std::string>();
   verb.option("FILE", *source, "A file that db backup has written, or an old store").required();
   verb.footer("No other program may have the store open. The replaced store is kept beside it, as\n"
@@ -293,7 +293,7 @@ void addDatabaseVerbs(Verb& program, Session& session) {
               "  ulotask db restore tasks-2026-11-22.db");
   verb.run([source, &session] { restore(session, *source); });
 
-  verb = group.addVerb("rescue", "Replace a damaged store by what can be read of it");
+  verb = group.addVerb("rescue", "Replace a damaged store with what can be read from it");
   verb.footer("No other program may have the store open. Tasks keep their UIDs. The damaged store "
               "is\nkept beside it, as tasks.db with the date and time.\n"
               "Example:\n"

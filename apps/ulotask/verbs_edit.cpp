@@ -5,6 +5,7 @@
 #include "session.h"
 #include "take_in.h"
 #include "task_format.h"
+#include "task_words.h"
 #include "text.h"
 #include "verbs.h"
 
@@ -22,7 +23,7 @@ std::string named(const ZTASK_ENG_Task& task) {
          oneLine(task.getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY));
 }
 
-// What the command line gives for a task.
+// The fields of a task on the command line.
 struct TaskOptions {
   std::optional<std::string> summary;
   std::optional<std::string> due;
@@ -33,7 +34,7 @@ struct TaskOptions {
   std::optional<std::string> note;
   bool json = false;
 
-  [[nodiscard]] bool giveNothing() const {
+  [[nodiscard]] bool isEmpty() const {
     return !summary && !due && !alarm && !priority && !status && !category && !note;
   }
 };
@@ -45,7 +46,7 @@ void setText(Session& session, ZTASK_ENG_Task& task, ZTASK_ENG_Task::TASK_FIELD_
     session.output.notice(sentence(*shortened));
 }
 
-// Sets the fields that are given; the others stay.
+// Sets the fields that are given and leaves the others unchanged.
 void apply(Session& session, const TaskOptions& given, ZTASK_ENG_Task& task) {
   if (given.due)
     task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE, argumentDateOrNone(*given.due, "--due"));
@@ -54,7 +55,7 @@ void apply(Session& session, const TaskOptions& given, ZTASK_ENG_Task& task) {
   if (given.priority)
     task.setPriority(argumentPriority(*given.priority));
   if (given.status)
-    task.setStatus(argumentStatus(*given.status));
+    task.setStatus(codeOf(argumentStatus(*given.status)));
   if (given.category)
     task.setString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY, argumentCategory(*given.category));
   if (given.summary) {
@@ -81,10 +82,6 @@ void add(Session& session, const TaskOptions& options) {
   print(session, "Added ", task, options.json);
 }
 
-Failure noTask(unsigned int uid) {
-  return {Exit::notFound, "no task has the UID " + std::to_string(uid)};
-}
-
 // Returns the task as it was stored.
 ZTASK_ENG_Task change(Session& session, unsigned int uid,
                       const std::function<void(ZTASK_ENG_Task&)>& work) {
@@ -99,23 +96,24 @@ ZTASK_ENG_Task change(Session& session, unsigned int uid,
   return report.task;
 }
 
-void setStatus(Session& session, const std::vector<std::string>& arguments, int status) {
+void setStatus(Session& session, const std::vector<std::string>& arguments, ulo::Status status) {
   forEach(session, argumentUids(arguments), [&](unsigned int uid) {
     const ZTASK_ENG_Task task =
-        change(session, uid, [&](ZTASK_ENG_Task& stored) { stored.setStatus(status); });
-    session.output.line((status == statusCompleted ? "Done: " : "To do again: ") + named(task));
+        change(session, uid, [&](ZTASK_ENG_Task& stored) { stored.setStatus(codeOf(status)); });
+    session.output.line((status == ulo::Status::completed ? "Done: " : "To do again: ") +
+                        named(task));
   });
 }
 
 void edit(Session& session, const std::string& uid, const TaskOptions& options) {
-  if (options.giveNothing())
-    throw Failure(Exit::usage, "nothing to change is given; see ulotask edit --help");
+  if (options.isEmpty())
+    throw Failure(Exit::usage, "no change is given; see ulotask edit --help");
   const ZTASK_ENG_Task task = change(session, argumentUid(uid), [&](ZTASK_ENG_Task& stored) {
     apply(session, options, stored);
     if (options.category)
       require(ulo::ensureCategory(session.store(),
                                   stored.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY)),
-              "making the category");
+              "adding the category");
   });
   print(session, "Changed ", task, options.json);
 }
@@ -140,8 +138,7 @@ void addTaskOptions(Verb& verb, TaskOptions& options) {
   verb.option("--priority", options.priority,
               "1 (highest) to 9 (lowest), 0 for none, or high, normal, low")
       .valueName("PRIORITY");
-  verb.option("--category", options.category,
-              "Name of a category, made when missing; \"\" for none")
+  verb.option("--category", options.category, "Name of a category, added if missing; \"\" for none")
       .valueName("CATEGORY");
   verb.option("--note", options.note, "The text of the task");
 }
@@ -170,13 +167,13 @@ void addEdit(Verb& program, Session& session) {
               "A status word, such as completed, needs-action, accepted or delegated")
       .valueName("STATUS");
   verb.flag("--json", options->json, "Print the stored task as a JSON object");
-  verb.footer("What isn't given stays as it is, but for the time of the change. The end follows "
-              "the\nstatus: a task that becomes completed gets it, one that needs action loses "
-              "it.\n"
-              "Examples:\n"
-              "  ulotask edit 7 --due \"2026-03-06 09:00\" --priority high\n"
-              "  ulotask edit 7 --due none --category \"\" --note \"\"\n"
-              "  ulotask edit 7 --status delegated");
+  verb.footer(
+      "Other fields stay unchanged, except for the time of the change. The end follows the\n"
+      "status: it is set if the task becomes completed and removed if it needs action.\n"
+      "Examples:\n"
+      "  ulotask edit 7 --due \"2026-03-06 09:00\" --priority high\n"
+      "  ulotask edit 7 --due none --category \"\" --note \"\"\n"
+      "  ulotask edit 7 --status delegated");
   verb.run([uid, options, &session] { edit(session, *uid, *options); });
 }
 
@@ -196,9 +193,10 @@ void addEditVerbs(Verb& program, Session& session) {
   };
   using Arguments = std::vector<std::string>;
   addUidVerb("done", "Mark tasks as completed", "ulotask done 7 8",
-             [](Session& s, const Arguments& uids) { setStatus(s, uids, statusCompleted); });
-  addUidVerb("undone", "Mark tasks as needing action again", "ulotask undone 7",
-             [](Session& s, const Arguments& uids) { setStatus(s, uids, statusNeedsAction); });
+             [](Session& s, const Arguments& uids) { setStatus(s, uids, ulo::Status::completed); });
+  addUidVerb(
+      "undone", "Mark tasks as needing action again", "ulotask undone 7",
+      [](Session& s, const Arguments& uids) { setStatus(s, uids, ulo::Status::needsAction); });
   addUidVerb("rm", "Remove tasks", "ulotask rm 7 8", remove);
 }
 

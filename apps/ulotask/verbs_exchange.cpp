@@ -29,7 +29,7 @@ struct Calendar {
   QList<ZTASK_ENG_Task> tasks;
 };
 
-// The UIDs of what went in, the middle of many left out.
+// The stored UIDs, abbreviated if there are many.
 std::string shownUids(const std::vector<unsigned int>& uids) {
   constexpr std::size_t shownAtBothEnds = 5;
   std::string text;
@@ -43,12 +43,12 @@ std::string shownUids(const std::vector<unsigned int>& uids) {
   return text;
 }
 
-// What has failed if an import stores nothing.
+// The operation that failed if an import stores nothing.
 constexpr const char* nothingStored = "nothing was stored: the import";
 
 using Calendars = std::vector<std::unique_ptr<Calendar>>;
 
-// Reports of an import, which are true only after everything has been committed.
+// Reports of an import. They are printed only after everything has been committed.
 struct Stored {
   std::vector<std::string> notices;
   std::vector<std::string> lines;
@@ -146,8 +146,8 @@ void addExchangeVerbs(Verb& program, Session& session) {
   verb.option("FILE", importOptions->files, "A vCalendar file, or - for standard input").required();
   verb.flag("--json", importOptions->json, "Print the stored tasks as a JSON array");
   verb.footer(
-      "Stores all to-dos of all files, or none: nothing is stored if a file is wrong, the store\n"
-      "gets full, or the program is stopped.\n"
+      "Stores all to-dos of all files, or none: nothing is stored if a file is invalid, the store\n"
+      "becomes full, or the program is stopped.\n"
       "Examples:\n"
       "  ulotask import phone.vcs\n"
       "  ulotask import - < phone.vcs");
@@ -155,11 +155,11 @@ void addExchangeVerbs(Verb& program, Session& session) {
 
   verb = program.addVerb("export", "Write tasks as a vCalendar 1.0 text");
   auto exportOptions = std::make_shared<ExportOptions>();
-  verb.option("UID", exportOptions->uids, "Numbers of tasks; all tasks without one");
+  verb.option("UID", exportOptions->uids, "Numbers of tasks; default: all tasks");
   verb.option("-o,--output", exportOptions->file, "The file to write; - is standard output")
       .valueName("FILE")
       .showDefault();
-  verb.footer("The text carries no UID, and its category isn't read back by import.\n"
+  verb.footer("The text contains no UID, and import does not read its category.\n"
               "Examples:\n"
               "  ulotask export -o tasks.vcs\n"
               "  ulotask export 7 8 > two.vcs");

@@ -45,13 +45,23 @@ struct ListOptions {
   bool json = false;
 };
 
+// Requires: the word is in the table.
+template <typename Table> const auto& entryOf(const Table& table, const std::string& word) {
+  return *std::find_if(std::begin(table), std::end(table),
+                       [&](const auto& entry) { return word == entry.word; });
+}
+
+template <typename Table> std::vector<std::string> wordsOf(const Table& table) {
+  std::vector<std::string> words;
+  for (const auto& entry : table)
+    words.emplace_back(entry.word);
+  return words;
+}
+
 void list(Session& session, const ListOptions& options) {
   Listing listing;
-  listing.view = std::find_if(std::begin(views), std::end(views), [&](const View& view) {
-                   return options.view == view.word;
-                 })->category;
-  if (options.sort != "due")
-    listing.sort = ZTASK_ENG_Model::TASK_SORT_PRIORITY;
+  listing.view = entryOf(views, options.view).category;
+  listing.sort = entryOf(sorts, options.sort).field;
   if (options.category)
     listing.category = argumentCategory(*options.category);
   listing.limit = options.limit;
@@ -69,7 +79,7 @@ struct SearchOptions {
   bool json = false;
 };
 
-// A search of the store; a store without tasks has nothing to find.
+// Searches the store. A store without tasks has no matches.
 template <typename Wanted> QValueList<ZTASK_ENG_Task> matches(Session& session, Wanted& wanted) {
   QValueList<ZTASK_ENG_Task> found;
   const int code = session.store().getMatchTasks(found, wanted);
@@ -88,7 +98,7 @@ std::optional<ZTASK_ENG_Task> exampleOf(const SearchOptions& options) {
   if (options.note)
     example.setString(ZTASK_ENG_Task::TASK_FIELD_NOTE, argumentText(*options.note, "--note"));
   if (options.status)
-    example.setStatus(argumentStatus(*options.status));
+    example.setStatus(codeOf(argumentStatus(*options.status)));
   if (options.priority)
     example.setPriority(*options.priority);
   return example;
@@ -97,7 +107,7 @@ std::optional<ZTASK_ENG_Task> exampleOf(const SearchOptions& options) {
 void search(Session& session, const SearchOptions& options) {
   std::optional<ZTASK_ENG_Task> example = exampleOf(options);
   if (!options.text && !example)
-    throw Failure(Exit::usage, "search for what? See ulotask search --help");
+    throw Failure(Exit::usage, "nothing to search for; see ulotask search --help");
   QValueList<ZTASK_ENG_Task> found;
   if (options.text) {
     QString text = argumentText(*options.text, "text");
@@ -132,33 +142,30 @@ void show(Session& session, const ShowOptions& options) {
 }
 
 void addList(Verb& program, Session& session) {
-  Verb verb = program.addVerb("list", "List tasks, one to a line");
+  Verb verb = program.addVerb("list", "List tasks, one per line");
   auto options = std::make_shared<ListOptions>();
-  std::vector<std::string> viewWords;
-  for (const View& view : views)
-    viewWords.emplace_back(view.word);
   verb.option("--view", options->view,
               "due: due until the end of today, done or not; incomplete: needs action; "
               "completed")
       .valueName("VIEW")
-      .oneOf(viewWords)
+      .oneOf(wordsOf(views))
       .showDefault();
   verb.option("--category", options->category,
-              "Only tasks of this category; \"\" for those without one")
+              "Only tasks of this category; \"\" for tasks without one")
       .valueName("CATEGORY");
   verb.option("--sort", options->sort,
               "due: by due date, then priority; priority: "
               "by priority, then due date")
       .valueName("ORDER")
-      .oneOf({"due", "priority"})
+      .oneOf(wordsOf(sorts))
       .showDefault();
-  verb.option("--limit", options->limit, "At most so many tasks")
+  verb.option("--limit", options->limit, "The maximum number of tasks")
       .valueName("NUMBER")
       .range(1, std::numeric_limits<int>::max());
-  verb.option("--after", options->after, "Only tasks that come behind this one in the order")
+  verb.option("--after", options->after, "Only tasks that follow this one in the order")
       .valueName("UID");
   verb.flag("--json", options->json, "Print a JSON array for programs");
-  verb.footer("The last UID of a page is the --after of the next one.\n"
+  verb.footer("Use the last UID of a page as --after for the next page.\n"
               "Examples:\n"
               "  ulotask list\n"
               "  ulotask list --view incomplete --sort priority --limit 10\n"
@@ -170,17 +177,16 @@ void addList(Verb& program, Session& session) {
 void addSearch(Verb& program, Session& session) {
   Verb verb = program.addVerb("search", "List the tasks that match");
   auto options = std::make_shared<SearchOptions>();
-  verb.option("TEXT", options->text,
-              "In the summary, note, category or UUID, upper and lower case told apart");
-  verb.option("--summary", options->summary, "In the summary, in any case").valueName("TEXT");
-  verb.option("--note", options->note, "In the note, in any case").valueName("TEXT");
+  verb.option("TEXT", options->text, "In the summary, note, category or UUID; case-sensitive");
+  verb.option("--summary", options->summary, "In the summary; ignores case").valueName("TEXT");
+  verb.option("--note", options->note, "In the note; ignores case").valueName("TEXT");
   verb.option("--status", options->status, "A status word, such as completed or needs-action")
       .valueName("STATUS");
-  verb.option("--priority", options->priority, "Exactly this one, 1 to 9")
+  verb.option("--priority", options->priority, "This number, 1 to 9")
       .valueName("NUMBER")
       .range(1, 9);
   verb.flag("--json", options->json, "Print a JSON array for programs");
-  verb.footer("A task has to match all that is given. Sorted by due date, then priority.\n"
+  verb.footer("Lists tasks that match everything that is given, by due date, then priority.\n"
               "Examples:\n"
               "  ulotask search Milk\n"
               "  ulotask search --summary milk --status needs-action\n"

@@ -28,7 +28,7 @@ ulo::AppLock::State stateOf(const ulo::AppLock& lock) {
   return state;
 }
 
-// Asks for the code that the lock has; a Failure when another one is given.
+// Asks for the present code. Fails with Exit::refused if the answer is wrong.
 void requireCode(ulo::AppLock& lock) {
   const auto tooEarly = [](milliseconds wait) {
     return Failure(Exit::refused, "too many wrong codes; next try in " + seconds(wait));
@@ -93,13 +93,14 @@ void showLock(Session& session) {
 void addLockVerbs(Verb& program, Session& session) {
   Verb group = program.addGroup("lock", "Lock the task application with a code");
 
-  Verb verb = group.addVerb("set", "Set the lock, or give it another code");
-  verb.footer("Asks for the code on a terminal; elsewhere it is the first line of standard "
-              "input.\nA lock that is set asks for its present code first. A code has " +
-              std::to_string(ulo::LockCode::fewest) + " to " + std::to_string(ulo::LockCode::most) +
-              "\ncharacters. After three wrong codes each further one makes the next wait longer.\n"
-              "Example:\n"
-              "  ulotask lock set");
+  Verb verb = group.addVerb("set", "Set the lock, or change its code");
+  verb.footer(
+      "Asks for the code on a terminal; elsewhere it is the first line of standard "
+      "input.\nIf the lock is set, asks for the present code first. A code has " +
+      std::to_string(ulo::LockCode::fewest) + " to " + std::to_string(ulo::LockCode::most) +
+      "\ncharacters. After three wrong codes, each further one makes the next wait longer.\n"
+      "Example:\n"
+      "  ulotask lock set");
   verb.run([&session] { setLock(session); });
 
   verb = group.addVerb("clear", "Remove the lock");

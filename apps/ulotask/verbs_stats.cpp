@@ -26,7 +26,7 @@ struct Statistics {
   std::int64_t lastEntry = 0;
 };
 
-// The files of the databases with what stands beside them while they are used.
+// The database files, and the files beside them that exist while they are in use.
 std::map<std::string, std::uintmax_t> databaseFiles() {
   std::map<std::string, std::uintmax_t> files;
   for (const auto& entry : entriesOf(ulo::dataDirectory())) {
@@ -61,7 +61,7 @@ Statistics statistics(Session& session) {
   // attempt is shown.
   constexpr int attempts = 100;
   Statistics result;
-  // Creates the journal where there is none yet.
+  // Creates the journal if there is none yet.
   session.store();
   ulo::ChangeJournal journal(ulo::dataDirectory());
   for (int attempt = 0; attempt < attempts; ++attempt) {

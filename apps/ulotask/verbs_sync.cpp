@@ -1,16 +1,14 @@
 #include "TASK_ENG_SyncML.h"
 #include "arguments.h"
+#include "calendar_file.h"
 #include "exit_codes.h"
 #include "session.h"
 #include "ulodb2.h"
 #include "verbs.h"
 
-#include <cerrno>
-#include <cstring>
 #include <functional>
 #include <memory>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 namespace ulotask {
@@ -19,22 +17,7 @@ namespace {
 constexpr std::size_t largestItem = std::size_t{1} << 24U;  // bytes; a note has 4002 characters
 
 std::string standardInput() {
-  std::string text;
-  char chunk[8192];
-  for (;;) {
-    const ssize_t got = read(STDIN_FILENO, chunk, sizeof chunk);
-    if (got == 0)
-      return text;
-    if (got < 0 && errno == EINTR)
-      continue;
-    if (got < 0)
-      throw Failure(Exit::unreadable,
-                    std::string("standard input can't be read: ") + std::strerror(errno));
-    text.append(chunk, static_cast<std::size_t>(got));
-    if (text.size() > largestItem)
-      throw Failure(Exit::tooLarge,
-                    "the item is larger than " + std::to_string(largestItem) + " bytes");
-  }
+  return readFile("-", largestItem);
 }
 
 void requireSync(int code, const std::string& what) {
@@ -43,20 +26,20 @@ void requireSync(int code, const std::string& what) {
     return;
   case TASK_SYNCML_NOTFOUND:
     throw Failure(Exit::notFound, what + ": no task has this UID, or no category the name that "
-                                         "the item gives");
+                                         "the item names");
   case TASK_SYNCML_NOMEMORY:
     throw Failure(Exit::storeFull, what + ": the store is full");
   case TASK_SYNCML_TOOLARGE:
     throw Failure(Exit::tooLarge, what + ": the item is too large");
   case TASK_SYNCML_BADPARAM:
-    throw Failure(Exit::usage, what + ": a parameter is wrong");
+    throw Failure(Exit::usage, what + ": invalid parameter");
   default:
     throw Failure(DB_LastResult() == DB_FULL ? Exit::storeFull : Exit::failed,
                   what + " failed" + databaseReason());
   }
 }
 
-// A run of a synchronisation. What it changed is broadcast when it ends, however it ends.
+// A synchronization run. Its destructor broadcasts that something was changed.
 class Run {
 public:
   explicit Run(TASK_ENG_SyncML& adaptor) : adaptor_(adaptor) { adaptor_.beginSync(0); }
@@ -75,10 +58,10 @@ void addItemVerb(Verb& group, Session& session, const char* name, const char* de
   Verb verb = group.addVerb(name, description);
   auto uid = std::make_shared<std::string>();
   if (wantsUid)
-    verb.option("UID", *uid, "The task's number, as ids prints it").required();
+    verb.option("UID", *uid, "The task's number, as printed by ids").required();
   verb.run([uid, wantsUid, work, &session] {
     const unsigned int number = wantsUid ? argumentUid(*uid) : 0;
-    // A store that can't be opened is told as for the other verbs.
+    // Reports a store that cannot be opened as the other verbs do.
     session.store();
     TASK_ENG_SyncML adaptor;
     const Run run(adaptor);
@@ -90,9 +73,9 @@ void addItemVerb(Verb& group, Session& session, const char* name, const char* de
 
 void addSyncVerbs(Verb& program, Session& session) {
   Verb verb = program.addGroup(
-      "sync-item", "Exchange single to-dos as vCalendar 1.0 text, as a synchronisation does");
-  verb.footer("Texts are read from standard input and written to standard output. What changed is\n"
-              "broadcast at the end; ulotask watch shows that.\n"
+      "sync-item", "Exchange single to-dos as vCalendar 1.0 text, as a synchronization does");
+  verb.footer("Texts are read from standard input and written to standard output. A change is\n"
+              "broadcast at the end; ulotask watch shows the broadcast.\n"
               "Examples:\n"
               "  ulotask sync-item ids\n"
               "  ulotask sync-item get 7 > item.vcs\n"

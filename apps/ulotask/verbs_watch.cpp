@@ -3,6 +3,7 @@
 #include "change_lines.h"
 #include "change_watch.h"
 #include "data_directory.h"
+#include "dates.h"
 #include "session.h"
 #include "text.h"
 #include "verbs.h"
@@ -27,11 +28,10 @@ void print(Output& output, const Broadcast& broadcast, bool json) {
   const QString channel = QString::fromUtf8(broadcast.channel);
   const QString message = QString::fromUtf8(broadcast.message);
   if (json)
-    output.jsonLine(
-        {{"time", now.toUTC().toString(Qt::ISODate)}, {"channel", channel}, {"message", message}});
+    output.jsonLine({{"time", ulo::formatUtc(now)}, {"channel", channel}, {"message", message}});
   else
-    output.line("broadcast  " + now.toString("yyyy-MM-dd HH:mm:ss").toStdString() + "  " +
-                oneLine(channel) + "  " + oneLine(message));
+    output.line("broadcast  " + ulo::formatTimestamp(now).toStdString() + "  " + oneLine(channel) +
+                "  " + oneLine(message));
 }
 
 void watch(Session& session, const WatchOptions& options) {
@@ -41,11 +41,11 @@ void watch(Session& session, const WatchOptions& options) {
   ulo::ChangeJournal journal(directory);
   std::int64_t entry = 0;
   requireJournal(journal.lastEntry(entry));
-  // First: the threads of the listener take over which signals are held back.
+  // Before the listener, whose threads inherit the blocked signals.
   ChangeWatch files(directory, ulo::ChangeJournal::fileName);
   BroadcastListener listener(options.channels);
   if (!listener.isConnected())
-    output.notice("there is no session bus, no broadcast will be seen");
+    output.notice("there is no session bus; broadcasts will not be shown");
   do {
     printNewEntries(output, journal, entry, options.json);
     for (const Broadcast& broadcast : listener.take())
@@ -61,8 +61,8 @@ void addWatchVerb(Verb& program, Session& session) {
       program.addVerb("watch", "Show broadcasts and changes as they happen, until interrupted");
   auto options = std::make_shared<WatchOptions>();
   verb.option("--channel", options->channels, "Listen on this channel instead").showDefault();
-  verb.flag("--json", options->json, "Print JSON objects, one to a line");
-  verb.footer("A line has the number of a journal entry, or the word broadcast, in front.\n"
+  verb.flag("--json", options->json, "Print JSON objects, one per line");
+  verb.footer("Each line begins with the number of a journal entry, or with the word broadcast.\n"
               "Example:\n"
               "  ulotask watch");
   verb.run([options, &session] { watch(session, *options); });

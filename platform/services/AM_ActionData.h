@@ -13,7 +13,7 @@
 // 1.5):
 //
 //   [{220072c6-9008-468e-9968-11f3c50fa95e}]
-//   Exec=thunderbird -compose attachment=%f
+//   Exec=mailer --compose --attach=%f
 //   Wait=true
 //
 // In Exec, %f is replaced with the path in the value "Files", %s with the value "Subject", each

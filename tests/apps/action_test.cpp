@@ -1,4 +1,4 @@
-// ulo-action on a display: what users see and press when a to-do has come in.
+// ulo-action on a display: what users see and press when they receive a to-do.
 
 #include "display.h"
 #include "ulotask_runner.h"
@@ -26,7 +26,7 @@ protected:
     process_.start(ULO_ACTION, {QString::fromStdString(action), QString::fromStdString(file)});
   }
   void begin(const std::string& action) { begin(action, item_); }
-  // What it ends with.
+  // Its exit code.
   int end() {
     EXPECT_TRUE(process_.waitForFinished(60'000));
     return process_.exitCode();
@@ -43,7 +43,7 @@ protected:
   std::string item_;
 };
 
-TEST_F(Action, SavesAndSaysSo) {
+TEST_F(Action, SavesAndReportsIt) {
   begin("TASK_SAVE");
   ASSERT_TRUE(display_.focus("^Saved to Task List$"));
   EXPECT_THAT(summaries(), ElementsAre("Buy milk"));
@@ -67,7 +67,7 @@ TEST_F(Action, ShowsWithoutSaving) {
   EXPECT_THAT(summaries(), ElementsAre());
 }
 
-TEST_F(Action, AFullStoreIsTold) {
+TEST_F(Action, ReportsFullStore) {
   add({"one"});
   limitStore(1);
   begin("TASK_SAVE",
@@ -78,7 +78,7 @@ TEST_F(Action, AFullStoreIsTold) {
   EXPECT_EQ(end(), 1);
 }
 
-TEST_F(Action, WhatCannotBeDoneEnds) {
+TEST_F(Action, ExitsIfActionFails) {
   begin("TASK_SAVE", path("missing.vcs"));
   EXPECT_EQ(end(), 1);
   begin("TASK_VIEW", file("none.vcs", "no calendar"));
@@ -88,7 +88,7 @@ TEST_F(Action, WhatCannotBeDoneEnds) {
   EXPECT_THAT(summaries(), ElementsAre());
 }
 
-TEST_F(Action, TheRightCodeLetsTheUserIn) {
+TEST_F(Action, RightCodeGrantsAccess) {
   succeed({"lock", "set"}, "4711\n");
   begin("TASK_SAVE");
   ASSERT_TRUE(display_.focus(QLatin1String(lockTitle)));
@@ -100,7 +100,7 @@ TEST_F(Action, TheRightCodeLetsTheUserIn) {
   EXPECT_THAT(summaries(), ElementsAre("Buy milk"));
 }
 
-TEST_F(Action, AWrongCodeKeepsTheUserOut) {
+TEST_F(Action, WrongCodeDeniesAccess) {
   succeed({"lock", "set"}, "4711\n");
   begin("TASK_SAVE");
   ASSERT_TRUE(display_.focus(QLatin1String(lockTitle)));
@@ -112,7 +112,7 @@ TEST_F(Action, AWrongCodeKeepsTheUserOut) {
   EXPECT_THAT(summaries(), ElementsAre());
 }
 
-TEST_F(Action, WithoutTheLockLibraryNobodyComesIn) {
+TEST_F(Action, DeniesAccessWithoutLockLibrary) {
   hideLibrary("libulosecuritysetup.so");
   begin("TASK_SAVE");
   EXPECT_EQ(end(), 1);

@@ -31,7 +31,7 @@ TEST_F(Category, ListShowsNamesAndNumbersOfTasks) {
   EXPECT_EQ(array[5].toObject(), (QJsonObject{{"name", "garden"}, {"tasks", 2}}));
 }
 
-TEST_F(Category, ListSaysThatThereIsNone) {
+TEST_F(Category, ListReportsEmptyStore) {
   succeed({"category", "rm", "none", "meeting", "vacation", "appointment", "party"});
   EXPECT_EQ(succeed({"category", "list"}).out, "No categories.\n");
   EXPECT_EQ(succeed({"category", "list", "--json"}).array().size(), 0);
@@ -43,8 +43,8 @@ TEST_F(Category, AddAddsEachOnce) {
   const Outcome run = ulotask({"category", "add", "garden", "party", "Party"});
   EXPECT_EQ(run.code, 15);
   EXPECT_EQ(run.out, "Added category \"Party\"\n");
-  EXPECT_EQ(run.err, "ulotask: there is a category \"garden\" already\n"
-                     "ulotask: there is a category \"party\" already\n");
+  EXPECT_EQ(run.err, "ulotask: the category \"garden\" exists already\n"
+                     "ulotask: the category \"party\" exists already\n");
   EXPECT_EQ(succeed({"category", "list", "--json"}).array().size(), 8);
 }
 
@@ -56,38 +56,38 @@ TEST_F(Category, RenameKeepsTheTasks) {
   EXPECT_EQ(ulotask({"list", "--category", "garden"}).code, 3);
 }
 
-TEST_F(Category, RenameAnswersForNamesThatDoNotFit) {
+TEST_F(Category, RenameRejectsUnsuitableNames) {
   succeed({"category", "add", "Garden"});
   const Outcome unknown = ulotask({"category", "rename", "nowhere", "elsewhere"});
   EXPECT_EQ(unknown.code, 3);
   EXPECT_EQ(unknown.err, "ulotask: no category has the name \"nowhere\"\n");
   const Outcome taken = ulotask({"category", "rename", "party", "Meeting"});
   EXPECT_EQ(taken.code, 15);
-  EXPECT_EQ(taken.err, "ulotask: there is a category \"meeting\" already\n");
+  EXPECT_EQ(taken.err, "ulotask: the category \"meeting\" exists already\n");
   const Outcome capital = ulotask({"category", "rename", "Garden", "yard"});
   EXPECT_EQ(capital.code, 2);
-  EXPECT_EQ(capital.err, "ulotask: the category \"Garden\" can't be renamed: the store renames "
-                         "names in lower case only\n");
+  EXPECT_EQ(capital.err, "ulotask: the category \"Garden\" cannot be renamed: the store renames "
+                         "only names in lower case\n");
   EXPECT_THAT(succeed({"category", "list"}).out, HasSubstr("party\n    0  Garden\n"));
 }
 
-TEST_F(Category, RenameOfACapitalNameLeavesTheOtherOneAlone) {
+TEST_F(Category, RenameOfCapitalNameKeepsLowerCaseName) {
   succeed({"category", "add", "Garden", "garden"});
   EXPECT_EQ(ulotask({"category", "rename", "Garden", "yard"}).code, 2);
   EXPECT_THAT(succeed({"category", "list"}).out, HasSubstr("    0  Garden\n    0  garden\n"));
 }
 
-TEST_F(Category, RemoveLeavesTheTasksAndSaysSo) {
+TEST_F(Category, RemoveKeepsTasksAndReportsThem) {
   add({"a", "--category", "garden"});
   add({"b", "--category", "garden"});
   EXPECT_EQ(succeed({"category", "rm", "garden", "party"}).out,
             "Removed category \"garden\"; now of category None: 2 tasks\n"
             "Removed category \"party\"\n");
   EXPECT_EQ(categoryOf("1"), "None");
-  EXPECT_THAT(succeed({"category", "rm", "--help"}).out, HasSubstr("read as of category None"));
+  EXPECT_THAT(succeed({"category", "rm", "--help"}).out, HasSubstr("shown with the category None"));
 }
 
-TEST_F(Category, RemoveCanTakeTheTasksAlong) {
+TEST_F(Category, RemoveCanRemoveTasksToo) {
   add({"a", "--category", "garden"});
   add({"b", "--category", "party"});
   EXPECT_EQ(succeed({"category", "rm", "garden", "--with-tasks"}).out,
@@ -95,7 +95,7 @@ TEST_F(Category, RemoveCanTakeTheTasksAlong) {
   EXPECT_EQ(uids({"list"}), std::vector<int>{2});
 }
 
-TEST_F(Category, RemoveAnswersForEachThatIsNotThere) {
+TEST_F(Category, RemoveReportsEachMissingName) {
   const Outcome run = ulotask({"category", "rm", "one", "party", "two", "Meeting"});
   EXPECT_EQ(run.code, 3);
   EXPECT_EQ(run.out, "Removed category \"party\"\n");
@@ -104,7 +104,7 @@ TEST_F(Category, RemoveAnswersForEachThatIsNotThere) {
                      "ulotask: no category has the name \"Meeting\"\n");
 }
 
-TEST_F(Category, AnEmptyNameIsNone) {
+TEST_F(Category, EmptyNameIsRejected) {
   for (const Arguments& arguments : std::vector<Arguments>{{"category", "add", ""},
                                                            {"category", "rename", "", "x"},
                                                            {"category", "rename", "party", ""},

@@ -1,4 +1,4 @@
-// changes.
+// The verb `changes`.
 
 #include "ulotask_runner.h"
 
@@ -27,7 +27,7 @@ protected:
   }
 };
 
-TEST_F(Changes, AreALineEach) {
+TEST_F(Changes, PrintsOneLineForEach) {
   EXPECT_EQ(succeed({"changes"}).out, "");
   changeSomething();
   const std::string time = "  [0-9-]+ [0-9]+:[0-9]+:[0-9]+  ";
@@ -47,7 +47,7 @@ TEST_F(Changes, AreDated) {
               HasSubstr(time.toLocalTime().toString("yyyy-MM-dd HH:mm:ss").toStdString()));
 }
 
-TEST_F(Changes, GivesEachAsAJsonLine) {
+TEST_F(Changes, PrintsOneJsonLineForEach) {
   changeSomething();
   const std::string out = succeed({"changes", "--json", "--since", "3"}).out;
   EXPECT_EQ(std::count(out.begin(), out.end(), '\n'), 1);
@@ -59,19 +59,19 @@ TEST_F(Changes, GivesEachAsAJsonLine) {
   EXPECT_EQ(change.size(), 5);
 }
 
-TEST_F(Changes, SinceLeavesTheEarlierOnesOut) {
+TEST_F(Changes, SinceOmitsEarlierEntries) {
   changeSomething();
   EXPECT_EQ(succeed({"changes", "--since", "0"}).out, succeed({"changes"}).out);
   EXPECT_THAT(succeed({"changes", "--since", "3"}).out, MatchesRegex("     4  .*removed  2\n"));
   EXPECT_EQ(succeed({"changes", "--since", "4"}).out, "");
 }
 
-TEST_F(Changes, SaysWhatThePrunedJournalDoesNotTell) {
+TEST_F(Changes, ReportsPrunedJournal) {
   changeSomething();
   forgetEntriesTo(2);
   const Outcome run = ulotask({"changes", "--since", "1"});
   EXPECT_EQ(run.code, 0);
-  EXPECT_EQ(run.err, "ulotask: the journal doesn't tell everything that happened after entry 1: "
+  EXPECT_EQ(run.err, "ulotask: the journal does not have all changes after entry 1: "
                      "compare all tasks\n");
   EXPECT_THAT(run.out, testing::StartsWith("     3  "));
   // Nothing after entry 2 is missing.
@@ -81,14 +81,14 @@ TEST_F(Changes, SaysWhatThePrunedJournalDoesNotTell) {
   succeed({"changes", "--since", "4"});
 }
 
-TEST_F(Changes, SaysThatAnEntryIsOfAnotherJournal) {
+TEST_F(Changes, ReportsEntryOfAnotherJournal) {
   changeSomething();
   const Outcome run = ulotask({"changes", "--since", "5"});
   EXPECT_EQ(run.code, 0);
   EXPECT_THAT(run.err, HasSubstr("after entry 5"));
 }
 
-TEST_F(Changes, NetTellsWhatBecameOfEachTask) {
+TEST_F(Changes, NetPrintsNetChangeOfEachTask) {
   changeSomething();
   EXPECT_EQ(succeed({"changes", "--net"}).out, "added 1\n");
   EXPECT_EQ(succeed({"changes", "--net", "--since", "2"}).out, "updated 1\nremoved 2\n");
@@ -106,7 +106,7 @@ TEST_F(Changes, NetTellsWhatBecameOfEachTask) {
   EXPECT_NE(run.err, "");
 }
 
-TEST_F(Changes, TellsJournalsApartByTheirGeneration) {
+TEST_F(Changes, DistinguishesJournalsByGeneration) {
   changeSomething();
   const auto generation = [this] {
     return succeed({"changes", "--net", "--json"}).object()["generation"].toString().toStdString();
@@ -119,11 +119,11 @@ TEST_F(Changes, TellsJournalsApartByTheirGeneration) {
   EXPECT_NE(generation(), first);
   const Outcome run = ulotask({"changes", "--since", "4", "--generation", first, "--net"});
   EXPECT_EQ(run.code, 0);
-  EXPECT_EQ(run.err, "ulotask: the journal doesn't tell everything that happened after entry 4: "
+  EXPECT_EQ(run.err, "ulotask: the journal does not have all changes after entry 4: "
                      "compare all tasks\n");
 }
 
-TEST_F(Changes, RefusesWhatMakesNoSense) {
+TEST_F(Changes, RejectsInvalidOptions) {
   for (const Arguments& arguments :
        std::vector<Arguments>{{"changes", "--since", "-1"},
                               {"changes", "--since", "x"},
@@ -137,7 +137,7 @@ TEST_F(Changes, RefusesWhatMakesNoSense) {
   }
 }
 
-TEST_F(Changes, SaysThatTheJournalCannotBeRead) {
+TEST_F(Changes, ReportsJournalThatCannotBeRead) {
   add({"one"});
   sql("ALTER TABLE ulo_changes RENAME COLUMN entry TO away");
   const Outcome run = ulotask({"changes"});
@@ -145,7 +145,7 @@ TEST_F(Changes, SaysThatTheJournalCannotBeRead) {
   EXPECT_EQ(run.err, "ulotask: the change journal can't be read; the log says why\n");
 }
 
-TEST_F(Changes, FollowPrintsWhatOtherProcessesDo) {
+TEST_F(Changes, FollowPrintsChangesOfOtherProcesses) {
   add({"a"});
   QProcess process;
   prepare(process);
@@ -160,7 +160,7 @@ TEST_F(Changes, FollowPrintsWhatOtherProcessesDo) {
   EXPECT_EQ(process.readAllStandardError().toStdString(), "");
 }
 
-TEST_F(Changes, FollowBeginsWithoutAJournal) {
+TEST_F(Changes, FollowStartsWithoutJournal) {
   QProcess process;
   prepare(process);
   Running following(process, {"changes", "--follow", "--json"});
@@ -170,12 +170,12 @@ TEST_F(Changes, FollowBeginsWithoutAJournal) {
   EXPECT_EQ(following.endBy(SIGINT), 0);
 }
 
-TEST_F(Changes, FollowGoesOnFromAnEntryThatIsNotReached) {
+TEST_F(Changes, FollowContinuesFromFutureEntry) {
   add({"a"});
   QProcess process;
   prepare(process);
   Running following(process, {"changes", "--follow", "--since", "100"});
-  // It has looked at the journal when it complains.
+  // It complains after reading the journal.
   process.setReadChannel(QProcess::StandardError);
   EXPECT_THAT(following.line(), HasSubstr("after entry 100"));
   process.setReadChannel(QProcess::StandardOutput);
@@ -184,7 +184,7 @@ TEST_F(Changes, FollowGoesOnFromAnEntryThatIsNotReached) {
   EXPECT_EQ(following.endBy(SIGTERM), 0);
 }
 
-TEST_F(Changes, FollowEndsWhenItsReaderGoesAway) {
+TEST_F(Changes, FollowEndsWhenReaderExits) {
   add({"a"});
   const Outcome run = shell("\"$ULOTASK\" changes --follow | head -n 1; echo ${PIPESTATUS[0]}");
   EXPECT_THAT(run.out, MatchesRegex("     1  .*added    1\n0\n"));

@@ -1,5 +1,5 @@
-// Preloaded into a process: its monotonic clock goes on by $ULO_TEST_CLOCK_STEP milliseconds
-// whenever it is read, and at no other time.
+// Preloaded into a process: its monotonic clock advances by $ULO_TEST_CLOCK_STEP milliseconds on
+// every reading, and only then.
 
 #include <atomic>
 #include <cerrno>

@@ -1,4 +1,4 @@
-// What the program offers to shells, and what bash makes of it.
+// The completions that the program offers to shells, and how bash uses them.
 
 #include "ulotask_runner.h"
 
@@ -21,12 +21,12 @@ protected:
       result.push_back(line);
     return result;
   }
-  // The lines that the program prints for these words, the last of which is being typed.
+  // The lines that the program prints for these words. The last word is being typed.
   std::vector<std::string> offered(Arguments words) {
     words.insert(words.begin(), "__complete");
     return lines(succeed(words).out);
   }
-  // The values alone.
+  // Only the values.
   std::vector<std::string> values(const Arguments& words) {
     std::vector<std::string> result;
     for (const std::string& line : offered(words))
@@ -34,8 +34,8 @@ protected:
     return result;
   }
 
-  // What bash's function answers for `words`, shell text behind the program's name as bash splits
-  // it, and the options that it sets on the way.
+  // The replies of bash's function for `words`, shell text after the program's name as bash splits
+  // it, and the options that it sets.
   std::vector<std::string> inBash(const std::string& words, int key = '\t') {
     const std::string script = "source '" ULO_SOURCE_DIR "/packaging/completions/ulotask.bash'\n"
                                "compopt() { echo \"compopt $*\"; }\n"
@@ -87,7 +87,7 @@ TEST_F(Completion, OffersAnOptionOnce) {
   EXPECT_THAT(values({"list", "--view", "all", "--v"}), IsEmpty());
 }
 
-TEST_F(Completion, OffersTheWordsThatAnOptionTakes) {
+TEST_F(Completion, OffersWordsThatOptionAccepts) {
   EXPECT_THAT(values({"list", "--view", ""}), ElementsAre("all", "due", "incomplete", "completed"));
   EXPECT_THAT(values({"list", "--view", "co"}), ElementsAre("completed"));
   EXPECT_THAT(values({"list", "--view=co"}), ElementsAre("--view=completed"));
@@ -97,7 +97,7 @@ TEST_F(Completion, OffersTheWordsThatAnOptionTakes) {
   EXPECT_THAT(values({"list", "--limit", ""}), IsEmpty());
 }
 
-TEST_F(Completion, WordsThatItOffersAreTaken) {
+TEST_F(Completion, OfferedWordsAreAccepted) {
   add({"x"});
   for (Arguments words : {Arguments{"edit", "1", "--status"},
                           {"edit", "1", "--priority"},
@@ -124,7 +124,7 @@ TEST_F(Completion, OffersCategoryNames) {
   EXPECT_THAT(values({"category", "rename", "meeting", ""}), IsEmpty());
 }
 
-TEST_F(Completion, LeavesOutNamesThatCannotBeShown) {
+TEST_F(Completion, OmitsNamesThatCannotBeShown) {
   succeed({"category", "add", "a\x1b[31m", "b\nc", "d"});
   const std::vector<std::string> names = values({"list", "--category", ""});
   EXPECT_EQ(names.size(), 6U);
@@ -144,7 +144,7 @@ TEST_F(Completion, OffersUidsWithSummariesInDueOrder) {
   EXPECT_THAT(values({"undone", ""}), ElementsAre("1"));
 }
 
-TEST_F(Completion, OffersAnEndOfUids) {
+TEST_F(Completion, LimitsNumberOfUids) {
   for (int i = 0; i < 3; ++i)
     add({"x"});
   sql("WITH RECURSIVE n(i) AS (VALUES (4) UNION ALL SELECT i + 1 FROM n WHERE i < 60) "
@@ -154,7 +154,7 @@ TEST_F(Completion, OffersAnEndOfUids) {
   EXPECT_THAT(values({"show", "6"}), ElementsAre("60", "6"));
 }
 
-TEST_F(Completion, OffersFilesWhereTheyFit) {
+TEST_F(Completion, OffersFilesWhereValid) {
   for (const Arguments& words : std::vector<Arguments>{{"import", ""},
                                                        {"import", "a.vcs", ""},
                                                        {"export", "-o", ""},
@@ -164,31 +164,31 @@ TEST_F(Completion, OffersFilesWhereTheyFit) {
   EXPECT_THAT(offered({"stats", ""}), IsEmpty());
 }
 
-TEST_F(Completion, NothingIsAnOptionBehindTwoDashes) {
+TEST_F(Completion, OffersNoOptionsAfterTwoDashes) {
   EXPECT_THAT(values({"add", "--", "--"}), IsEmpty());
   EXPECT_THAT(values({"add", "--", "--category", ""}), IsEmpty());
 }
 
-TEST_F(Completion, AStoreThatCannotBeOpenedAddsNothing) {
+TEST_F(Completion, AddsNothingIfStoreCannotBeOpened) {
   environment_["ULO_DATA_DIR"] = file("occupied", "");
   EXPECT_THAT(values({"show", ""}), IsEmpty());
   EXPECT_THAT(values({"list", "--category", ""}), IsEmpty());
   EXPECT_THAT(values({"list", "--view", "d"}), ElementsAre("due"));
 }
 
-TEST_F(Completion, OfNothingIsTheVerbs) {
+TEST_F(Completion, CompletesEmptyLineWithVerbs) {
   const std::string offered = succeed({"__complete"}).out;
   EXPECT_THAT(offered, HasSubstr("list\t"));
   EXPECT_EQ(offered, succeed({"__complete", ""}).out);
 }
 
-TEST_F(Completion, BashInsertsTheOneThatFits) {
+TEST_F(Completion, BashInsertsSingleMatch) {
   EXPECT_THAT(inBash("sea"), ElementsAre("search"));
   EXPECT_THAT(inBash("list --view co"), ElementsAre("completed"));
   EXPECT_THAT(inBash("list --view nowhere"), IsEmpty());
 }
 
-TEST_F(Completion, BashShowsMeaningsAmongSeveral) {
+TEST_F(Completion, BashShowsDescriptionsOfSeveralMatches) {
   add({"Buy milk"});
   add({"Call $(the) bank"});
   EXPECT_THAT(inBash("show ''"), ElementsAre("2  (Call $(the) bank)", "1  (Buy milk)"));

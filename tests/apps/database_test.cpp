@@ -21,7 +21,7 @@ constexpr const char* walk = "sml:declare schema s (uid integer);\n"
                              "buffer_move_next();\n"
                              "};";
 
-TEST_F(DatabaseVerbs, ExplainPrintsWordsTreeAndSql) {
+TEST_F(DatabaseVerbs, ExplainPrintsTokensTreeAndSql) {
   const std::string out = succeed({"db", "explain", walk}).out;
   EXPECT_THAT(out, HasSubstr("open_cursor"));
   EXPECT_THAT(out, HasSubstr("task_index_due"));
@@ -30,7 +30,7 @@ TEST_F(DatabaseVerbs, ExplainPrintsWordsTreeAndSql) {
   EXPECT_EQ(succeed({"db", "explain", "-"}, walk).out, out);
 }
 
-TEST_F(DatabaseVerbs, ExplainTakesStatementsAndChangesNothing) {
+TEST_F(DatabaseVerbs, ExplainAcceptsStatementsAndChangesNothing) {
   add({"one"});
   const std::string out =
       succeed(
@@ -40,7 +40,7 @@ TEST_F(DatabaseVerbs, ExplainTakesStatementsAndChangesNothing) {
   EXPECT_THAT(succeed({"db", "check"}).out, HasSubstr("1 task, 6 categories"));
 }
 
-TEST_F(DatabaseVerbs, ExplainSaysWhatIsWrongAndWhere) {
+TEST_F(DatabaseVerbs, ExplainReportsErrorsWithPosition) {
   const Outcome run = ulotask({"db", "explain", "sml:declare schema s (uid integer);\ncursor c;"});
   EXPECT_EQ(run.code, 13);
   EXPECT_THAT(run.out, HasSubstr("line 2, column 8"));
@@ -54,7 +54,7 @@ TEST_F(DatabaseVerbs, ExplainShowsNoControlCharacter) {
   EXPECT_THAT(run.out + run.err, testing::Not(HasSubstr("\x1b")));
 }
 
-TEST_F(DatabaseVerbs, ExplainTakesNoLongerTextThanTheDatabase) {
+TEST_F(DatabaseVerbs, ExplainLimitsTextLikeDatabase) {
   EXPECT_EQ(ulotask({"db", "explain", "-"}, "sml:" + std::string(70000, ' ')).code, 8);
 }
 
@@ -80,7 +80,7 @@ TEST_F(DatabaseVerbs, CheckFindsADamagedFile) {
   for (int i = 0; i < 20; ++i)
     add({"task", "--note", std::string(4000, 'n')});
   sql("PRAGMA wal_checkpoint(TRUNCATE)");
-  // Rubbish over the last pages, which hold notes.
+  // Overwrites the last pages, which hold notes.
   std::string bytes = readWhole(databaseFile());
   std::fill(bytes.end() - 20000, bytes.end() - 4000, '\x55');
   file("data/tasks.db", bytes);
@@ -97,14 +97,14 @@ TEST_F(DatabaseVerbs, CheckFindsADamagedJournal) {
   EXPECT_THAT(run.out, HasSubstr("the table ulo_changes is missing\n"));
 }
 
-TEST_F(DatabaseVerbs, AFileThatIsNoDatabaseCannotBeOpened) {
+TEST_F(DatabaseVerbs, FileThatIsNotDatabaseCannotBeOpened) {
   succeed({"list"});
   file("data/tasks.db", std::string(8192, 'x'));
   EXPECT_EQ(ulotask({"db", "check"}).code, 10);
   EXPECT_EQ(ulotask({"list"}).code, 10);
 }
 
-TEST_F(DatabaseVerbs, CheckCountsTasksWhoseCategoryIsGone) {
+TEST_F(DatabaseVerbs, CheckCountsTasksOfRemovedCategories) {
   add({"one", "--category", "garden"});
   add({"two", "--category", "garden"});
   add({"three"});
@@ -114,7 +114,7 @@ TEST_F(DatabaseVerbs, CheckCountsTasksWhoseCategoryIsGone) {
                         "None\n"));
 }
 
-TEST_F(DatabaseVerbs, ATaskWhoseCategoryIsGoneCanBeDone) {
+TEST_F(DatabaseVerbs, TaskOfRemovedCategoryCanBeDone) {
   add({"one", "--category", "garden"});
   sql("DELETE FROM task_table_category WHERE name = 'garden'");
   EXPECT_EQ(succeed({"show", "1", "--json"}).object()["category"].toString(), "None");
@@ -144,7 +144,7 @@ TEST_F(Stats, CountsViewsCategoriesAndChanges) {
   EXPECT_EQ(found["directory"].toString().toStdString(), path("data"));
 }
 
-TEST_F(Stats, GivesTheSizesOfTheDatabases) {
+TEST_F(Stats, PrintsSizesOfDatabases) {
   add({"one"});
   file("data/other.txt", "not of a database");
   const QJsonObject files = succeed({"stats", "--json"}).object()["files"].toObject();
@@ -152,7 +152,7 @@ TEST_F(Stats, GivesTheSizesOfTheDatabases) {
   EXPECT_FALSE(files.contains("other.txt"));
 }
 
-TEST_F(Stats, PrintsALineForEach) {
+TEST_F(Stats, PrintsOneLineForEach) {
   const std::string out = succeed({"stats"}).out;
   EXPECT_THAT(out, testing::StartsWith("WHAT               HOW MUCH\n"
                                        "tasks, all         0\n"
@@ -164,7 +164,7 @@ TEST_F(Stats, PrintsALineForEach) {
   EXPECT_THAT(out, testing::EndsWith("last change        entry 0\n"));
 }
 
-TEST_F(Stats, SaysThatTheJournalCannotBeRead) {
+TEST_F(Stats, ReportsJournalThatCannotBeRead) {
   add({"one"});
   sql("ALTER TABLE ulo_changes RENAME COLUMN entry TO away");
   const Outcome run = ulotask({"stats"});

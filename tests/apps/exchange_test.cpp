@@ -19,7 +19,7 @@ protected:
     const Outcome run = ulotask({"import", name});
     EXPECT_EQ(run.code, code) << run.err;
     EXPECT_EQ(run.out, "");
-    EXPECT_THAT(run.err, testing::StartsWith("ulotask: " + name + " "));
+    EXPECT_THAT(run.err, testing::StartsWith("ulotask: " + name + ": "));
     EXPECT_THAT(run.err, HasSubstr(reason));
     EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
     EXPECT_EQ(succeed({"list"}).out, "No tasks.\n");
@@ -42,7 +42,7 @@ TEST_F(Import, StoresEachTodo) {
   EXPECT_EQ(tasks[1]["summary"].toString(), "Buy bread");
 }
 
-TEST_F(Import, GivesATaskOfNoStatusOneAndDatesTheChange) {
+TEST_F(Import, SetsMissingStatusAndTimeOfChange) {
   const QDateTime before = QDateTime::currentDateTimeUtc().addSecs(-1);
   const Outcome run =
       succeed({"import", "--json", "-"},
@@ -90,7 +90,7 @@ TEST_F(Import, NamesTheFirstAndLastOfMany) {
             "11 tasks imported from standard input: UID 1, 2, 3, 4, 5, ..., 7, 8, 9, 10, 11\n");
 }
 
-TEST_F(Import, CutsLongTextsAndSaysSo) {
+TEST_F(Import, TruncatesLongTextsAndReportsIt) {
   const auto withTexts = [](int summary, int note) {
     return calendar(todo("SUMMARY:" + std::string(summary, 's') +
                          "\r\nDESCRIPTION:" + std::string(note, 'n') + "\r\n"));
@@ -118,7 +118,7 @@ TEST_F(Import, NeverSplitsASurrogatePair) {
             std::string(511, 's'));
 }
 
-TEST_F(Import, TellsOfAPropertyThatIsTooLarge) {
+TEST_F(Import, ReportsPropertyThatIsTooLarge) {
   const std::string large =
       file("large.vcs",
            calendar(todo("SUMMARY:a\r\nDESCRIPTION:" + std::string(5U << 20U, 'n') + "\r\n")));
@@ -148,77 +148,77 @@ TEST_F(Import, StoresAllFilesOrNothing) {
   EXPECT_EQ(uids({"list"}).size(), 4U);
 }
 
-TEST_F(Import, MakesCategories) {
+TEST_F(Import, AddsCategories) {
   succeed({"import", "-"}, calendar(todo("SUMMARY:a\r\nCATEGORIES:garden\r\n")));
   EXPECT_EQ(succeed({"show", "1", "--json"}).object()["category"].toString(), "garden");
 }
 
-TEST_F(Import, RefusesAFileThatIsNotThere) {
+TEST_F(Import, RejectsMissingFile) {
   const Outcome run = ulotask({"import", path("none.vcs")});
   EXPECT_EQ(run.code, 4);
   EXPECT_EQ(run.err,
-            "ulotask: " + path("none.vcs") + " can't be read: No such file or directory\n");
+            "ulotask: " + path("none.vcs") + ": cannot be read: No such file or directory\n");
 }
 
-TEST_F(Import, RefusesADirectory) {
+TEST_F(Import, RejectsDirectory) {
   const Outcome run = ulotask({"import", path("")});
   EXPECT_EQ(run.code, 4);
   EXPECT_THAT(run.err, HasSubstr("Is a directory"));
 }
 
-TEST_F(Import, RefusesWhatIsNoCalendar) {
-  expectRefused("", 5, "is empty");
-  expectRefused("Dear reader,\nthis is a letter.\n", 5, "is no vCalendar");
-  expectRefused("BEGIN:VCARD\r\nVERSION:2.1\r\nN:Doe\r\nEND:VCARD\r\n", 5, "is no vCalendar");
+TEST_F(Import, RejectsOtherFiles) {
+  expectRefused("", 5, "empty");
+  expectRefused("Dear reader,\nthis is a letter.\n", 5, "not a vCalendar file");
+  expectRefused("BEGIN:VCARD\r\nVERSION:2.1\r\nN:Doe\r\nEND:VCARD\r\n", 5, "not a vCalendar file");
   expectRefused(std::string("\x7f"
                             "ELF\0\0\0\1",
                             8),
-                5, "is no vCalendar");
+                5, "not a vCalendar file");
 }
 
-TEST_F(Import, RefusesACalendarWithoutATodo) {
+TEST_F(Import, RejectsCalendarWithoutTodo) {
   expectRefused(calendar(""), 6, "holds no to-do");
   expectRefused(calendar("BEGIN:VEVENT\r\nSUMMARY:Party\r\nEND:VEVENT\r\n"), 6, "holds no to-do");
 }
 
-TEST_F(Import, RefusesACalendarThatIsCutAnywhere) {
+TEST_F(Import, RejectsTruncatedCalendar) {
   const std::string whole = calendar(milk + bread);
   const std::size_t afterFirstLine = whole.find('\n') + 1;
-  // The line end behind the last word may be missing.
+  // The line end after the last word may be missing.
   const std::size_t lastWord = whole.size() - 2;
   for (std::size_t length = afterFirstLine; length < lastWord; length += 7)
-    expectRefused(whole.substr(0, length), 7, "is cut off");
-  expectRefused(whole.substr(0, lastWord - 1), 7, "is cut off");
+    expectRefused(whole.substr(0, length), 7, "truncated");
+  expectRefused(whole.substr(0, lastWord - 1), 7, "truncated");
 }
 
-TEST_F(Import, RefusesComponentsTooDeepInOneAnother) {
+TEST_F(Import, RejectsDeeplyNestedComponents) {
   std::string nested;
   for (int i = 0; i < 100; ++i)
     nested = todo(nested);
-  expectRefused(calendar(nested), 14, "is not well formed");
+  expectRefused(calendar(nested), 14, "not well formed");
 }
 
-TEST_F(Import, RefusesACalendarThatAZeroByteCuts) {
+TEST_F(Import, RejectsCalendarCutByZeroByte) {
   std::string text = calendar(milk);
   text[60] = '\0';
-  expectRefused(text, 7, "is cut off");
-  // Behind the calendar it is padding.
+  expectRefused(text, 7, "truncated");
+  // After the calendar it is padding.
   succeed({"import", "-"}, calendar(milk) + std::string(100, '\0'));
 }
 
-TEST_F(Import, RefusesNoise) {
+TEST_F(Import, RejectsNoise) {
   std::string noise(100'000'000, '\0');
   unsigned int state = 1;
   for (char& c : noise) {
     state = state * 1664525U + 1013904223U;
     c = static_cast<char>(state >> 24U);
   }
-  expectRefused(noise, 8, "is larger than");
+  expectRefused(noise, 8, "larger than");
   noise.resize(1'000'000);
-  expectRefused(noise, 5, "is no vCalendar");
+  expectRefused(noise, 5, "not a vCalendar file");
 }
 
-TEST_F(Import, StoresNothingWhenOneOfSeveralFilesIsWrong) {
+TEST_F(Import, StoresNothingIfOneFileIsInvalid) {
   const std::string good = file("good.vcs", calendar(milk));
   const std::string bad = file("bad.vcs", calendar(milk).substr(0, 60));
   const Outcome run = ulotask({"import", good, bad});
@@ -227,14 +227,14 @@ TEST_F(Import, StoresNothingWhenOneOfSeveralFilesIsWrong) {
   EXPECT_EQ(succeed({"list"}).out, "No tasks.\n");
 }
 
-TEST_F(Import, NeverShowsAFileNameRaw) {
+TEST_F(Import, EscapesFileNames) {
   const Outcome run = ulotask({"import", path("a\x1b[31m.vcs")});
   EXPECT_EQ(run.code, 4);
   EXPECT_THAT(run.err, Not(HasSubstr("\x1b")));
   EXPECT_THAT(run.err, HasSubstr("a\uFFFD[31m.vcs"));
 }
 
-TEST_F(Import, TakesFileNamesOfAnyBytes) {
+TEST_F(Import, AcceptsFileNamesOfAnyBytes) {
   const Outcome run =
       shell("printf 'BEGIN:VCALENDAR\\r\\nVERSION:1.0\\r\\nBEGIN:VTODO\\r\\nSUMMARY:a\\r\\n"
             "END:VTODO\\r\\nEND:VCALENDAR\\r\\n' > \"$HOME\"$'\\xe4.vcs' && "
@@ -255,7 +255,7 @@ TEST_F(Export, WritesAllTasksInUidOrder) {
   EXPECT_LT(late, early);
 }
 
-TEST_F(Export, WritesTheTasksAskedFor) {
+TEST_F(Export, WritesRequestedTasks) {
   for (const char* summary : {"one", "two", "three"})
     add({summary});
   const std::string out = succeed({"export", "3", "1"}).out;
@@ -263,7 +263,7 @@ TEST_F(Export, WritesTheTasksAskedFor) {
   EXPECT_LT(out.find("three"), out.find("one"));
 }
 
-TEST_F(Export, RefusesAMissingTask) {
+TEST_F(Export, FailsForMissingTask) {
   add({"one"});
   const Outcome run = ulotask({"export", "1", "999", "-o", path("out.vcs")});
   EXPECT_EQ(run.code, 3);
@@ -271,7 +271,7 @@ TEST_F(Export, RefusesAMissingTask) {
   EXPECT_FALSE(std::filesystem::exists(path("out.vcs")));
 }
 
-TEST_F(Export, ComesBackByImport) {
+TEST_F(Export, ImportReadsIt) {
   add({"Käse; 1 = zwei, 给妈妈\U0001F6B2", "--due", "2027-03-05 13:00", "--alarm",
        "2027-03-05 08:00", "--priority", "3", "--note",
        "erste Zeile\nzweite Zeile\n" + std::string(300, 'n')});
@@ -289,14 +289,14 @@ TEST_F(Export, ComesBackByImport) {
   }
 }
 
-TEST_F(Export, AnEmptyStoreGivesACalendarWithoutTodos) {
+TEST_F(Export, EmptyStoreBecomesCalendarWithoutTodos) {
   const std::string out = succeed({"export"}).out;
   EXPECT_THAT(out, HasSubstr("BEGIN:VCALENDAR"));
   EXPECT_THAT(out, Not(HasSubstr("VTODO")));
   EXPECT_EQ(ulotask({"import", "-"}, out).code, 6);
 }
 
-TEST_F(Export, ReplacesAFileWholeOrNotAtAll) {
+TEST_F(Export, ReplacesFileCompletelyOrNotAtAll) {
   add({"one"});
   const std::string name = file("out.vcs", "precious");
   EXPECT_EQ(ulotask({"export", "999", "-o", name}).code, 3);
@@ -324,7 +324,7 @@ TEST_F(Export, KeepsTheOldFileOnAFullDisk) {
   EXPECT_EQ(std::distance(begin(files), end(files)), 1);
 }
 
-TEST_F(Export, RefusesFilesOfTheStore) {
+TEST_F(Export, RejectsFilesOfTheStore) {
   add({"one"});
   std::filesystem::create_directory(path("sub"));
   std::filesystem::create_symlink(path("data/tasks.db"), path("link.vcs"));
@@ -345,7 +345,7 @@ TEST_F(Export, RefusesFilesOfTheStore) {
   succeed({"export", "-o", path("sub/out.vcs")});
 }
 
-TEST_F(Export, SaysWhenTheFileCannotBeWritten) {
+TEST_F(Export, ReportsFileThatCannotBeWritten) {
   add({"one"});
   for (const std::string& name : {path("none/out.vcs"), path("")}) {
     const Outcome run = ulotask({"export", "-o", name});
@@ -355,7 +355,7 @@ TEST_F(Export, SaysWhenTheFileCannotBeWritten) {
   }
 }
 
-TEST_F(Export, WritesIntoAPipeAndLeavesItOne) {
+TEST_F(Export, WritesIntoPipeWithoutReplacingIt) {
   add({"one"});
   environment_["PIPE"] = path("pipe");
   const Outcome run =
@@ -364,7 +364,7 @@ TEST_F(Export, WritesIntoAPipeAndLeavesItOne) {
   EXPECT_TRUE(std::filesystem::is_fifo(path("pipe")));
 }
 
-TEST_F(Export, SaysWhenStandardOutputCannotBeWritten) {
+TEST_F(Export, ReportsStandardOutputThatCannotBeWritten) {
   add({"one"});
   const Outcome run = shell("\"$ULOTASK\" export > /dev/full");
   EXPECT_EQ(run.code, 12);

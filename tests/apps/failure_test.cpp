@@ -1,4 +1,4 @@
-// What the program says when the store or the reader of its output fails.
+// Failures of the store and of the output.
 
 #include "ulotask_runner.h"
 
@@ -39,7 +39,7 @@ protected:
   }
 };
 
-TEST_F(Failures, EveryVerbSaysThatTheStoreCannotBeOpened) {
+TEST_F(Failures, EveryVerbReportsStoreThatCannotBeOpened) {
   environment_["ULO_DATA_DIR"] = file("occupied", "a file where a directory should be");
   for (const Arguments& arguments : allVerbs_)
     expectClosed(arguments);
@@ -67,37 +67,37 @@ TEST_F(Failures, ImportIntoFullStoreStoresNothing) {
   const Outcome run = ulotask({"import", "-"}, calendar(many));
   EXPECT_EQ(run.code, 9);
   EXPECT_EQ(run.out, "");
-  // No cut of a task that was not stored is told.
+  // Truncation is not reported for a task that was not stored.
   EXPECT_THAT(run.err, testing::StartsWith("ulotask: nothing was stored: the import failed: the "
                                            "store is full: "));
   EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1);
   EXPECT_EQ(uids({"list"}), std::vector<int>{1});
 
-  // What fits is stored.
+  // A smaller task is stored.
   succeed({"import", "-"}, calendar(todo("SUMMARY:small\r\n")));
   int code = 0;
   for (int i = 0; i < 40 && code == 0; ++i)
     code = ulotask({"add", "x", "--note", std::string(4000, 'n')}).code;
   EXPECT_EQ(code, 9);
   EXPECT_THAT(succeed({"db", "check"}).out, HasSubstr("database file: sound"));
-  // What is there can still be removed.
+  // Stored tasks can still be removed.
   succeed({"rm", "1"});
 }
 
-TEST_F(Failures, NamesTheReasonWhereNoDirectoryIsNamed) {
+TEST_F(Failures, ReportsThatNoDirectoryIsNamed) {
   environment_["HOME"] = environment_["ULO_DATA_DIR"] = environment_["XDG_DATA_HOME"] = "";
   const Outcome run = ulotask({"list"});
   EXPECT_EQ(run.code, 10);
   EXPECT_EQ(run.err, "ulotask: cannot open the store: HOME is not set and ULO_DATA_DIR is empty\n");
 }
 
-TEST_F(Failures, NamesTheDirectoryThatCannotBeMade) {
+TEST_F(Failures, NamesDirectoryThatCannotBeCreated) {
   environment_["ULO_DATA_DIR"] = file("occupied", "");
   EXPECT_EQ(ulotask({"list"}).err, "ulotask: the store in \"" + path("occupied") +
                                        "\" can't be opened: Not a directory\n");
 }
 
-TEST_F(Failures, TellsOfAnUnknownTimeZoneOnce) {
+TEST_F(Failures, ReportsUnknownTimeZoneOnce) {
   for (const char* zone : {"Europe/Berln", "nonsense", "/none", ":Mars/Phobos", "../../../etc"}) {
     environment_["TZ"] = zone;
     const Outcome run = ulotask({"list"});
@@ -112,10 +112,10 @@ TEST_F(Failures, TellsOfAnUnknownTimeZoneOnce) {
   }
 }
 
-TEST_F(Failures, AFullStoreTakesNoTaskWithoutItsCategory) {
+TEST_F(Failures, FullStoreAddsNoTaskWithoutItsCategory) {
   add({"first"});
   limitStore(40);
-  // Each category takes pages of its own; the tasks would still have room.
+  // Each category needs its own pages, while the tasks would still fit.
   int code = 0;
   int added = 0;
   for (; code == 0 && added < 200; ++added)
@@ -127,7 +127,7 @@ TEST_F(Failures, AFullStoreTakesNoTaskWithoutItsCategory) {
     EXPECT_NE(task["category"].toString(), "None");
 }
 
-TEST_F(Failures, AReaderThatGoesAwayIsNoError) {
+TEST_F(Failures, ReaderThatExitsIsNotAnError) {
   succeed({"import", "-"}, [] {
     std::string many;
     for (int i = 0; i < 2000; ++i)
@@ -139,7 +139,7 @@ TEST_F(Failures, AReaderThatGoesAwayIsNoError) {
   EXPECT_THAT(run.out, testing::EndsWith("\n0\n"));
 }
 
-TEST_F(Failures, EveryVerbWithResultsSaysThatTheyCannotBeWritten) {
+TEST_F(Failures, EveryVerbReportsResultsThatCannotBeWritten) {
   add({"one"});
   add({"two"});
   for (const char* line : {"list",

@@ -1,5 +1,5 @@
-// Preloaded into a process: the store's database may grow to $ULO_TEST_MAX_PAGES pages and no
-// further, so that it fills up as it would on a small device.
+// Preloaded into a process: limits the database of the store to $ULO_TEST_MAX_PAGES pages, so that
+// it fills up as on a small device.
 
 #include <cstdlib>
 #include <cstring>

@@ -13,7 +13,7 @@ using testing::Not;
 
 class List : public UlotaskTest {};
 
-TEST_F(List, SaysThatThereIsNothing) {
+TEST_F(List, ReportsEmptyList) {
   EXPECT_EQ(succeed({"list"}).out, "No tasks.\n");
   EXPECT_EQ(succeed({"list", "--json"}).array().size(), 0);
 }
@@ -39,14 +39,14 @@ TEST_F(List, SortsByDueDateThenPriorityThenNewest) {
   EXPECT_EQ(uids({"list", "--sort", "priority"}), (std::vector<int>{4, 1, 5, 2, 3}));
 }
 
-TEST_F(List, RefusesAnotherOrder) {
+TEST_F(List, RejectsUnknownOrder) {
   const Outcome run = ulotask({"list", "--sort", "colour"});
   EXPECT_EQ(run.code, 2);
   EXPECT_THAT(run.err, HasSubstr("colour"));
   EXPECT_EQ(run.out, "");
 }
 
-TEST_F(List, CutsNothingWhenNoTerminalReads) {
+TEST_F(List, TruncatesNothingWithoutTerminal) {
   const std::string summary(500, 'x');
   add({summary});
   EXPECT_THAT(succeed({"list"}).out, HasSubstr(summary));
@@ -72,7 +72,7 @@ TEST_F(List, EscapesControlCharactersInJson) {
                               "c\u009bd\u0085e\u00a0f\u4e2d"));
 }
 
-TEST_F(List, GivesAllFieldsInJson) {
+TEST_F(List, PrintsAllFieldsInJson) {
   const QDateTime before = QDateTime::currentDateTimeUtc().addSecs(-1);
   add({"Buy milk", "--due", "2027-03-05 18:00", "--alarm", "2027-07-05T08:00:30", "--priority",
        "low", "--category", "shop", "--note", "two\nlines"});
@@ -96,7 +96,7 @@ TEST_F(List, GivesAllFieldsInJson) {
   EXPECT_EQ(task.size(), 14);
 }
 
-TEST_F(List, GivesNullForWhatIsNotSet) {
+TEST_F(List, PrintsNullForUnsetFields) {
   add({"bare"});
   const QJsonObject task = succeed({"show", "1", "--json"}).object();
   for (const char* name : {"note", "category", "due", "alarm", "end"})
@@ -139,18 +139,18 @@ TEST_F(Show, ShowsNoControlCharacter) {
   EXPECT_THAT(out, Not(HasSubstr("\x1b")));
 }
 
-TEST_F(Show, AnswersForATaskThatIsNotThere) {
+TEST_F(Show, FailsForMissingTask) {
   const Outcome run = ulotask({"show", "999"});
   EXPECT_EQ(run.code, 3);
   EXPECT_EQ(run.out, "");
   EXPECT_EQ(run.err, "ulotask: no task has the UID 999\n");
 }
 
-TEST_F(Show, TakesDecimalUidsOnly) {
+TEST_F(Show, AcceptsOnlyDecimalUids) {
   for (const char* text : {"x", "-1", "0x10", "1.5", "", " 1", "1 ", "4294967296", "+1"}) {
     const Outcome run = ulotask({"show", "--", text});
     EXPECT_EQ(run.code, 2) << text;
-    EXPECT_THAT(run.err, HasSubstr("is no UID")) << text;
+    EXPECT_THAT(run.err, HasSubstr("is not a valid UID")) << text;
   }
   EXPECT_EQ(ulotask({"show", "4294967295"}).code, 3);
   // Not octal.
@@ -161,7 +161,7 @@ TEST_F(Show, TakesDecimalUidsOnly) {
 
 class Help : public UlotaskTest {};
 
-// What --help lists, and the commands that the verbs and their groups make.
+// The commands that --help lists, and those of the groups.
 const std::vector<std::string> verbs = {"import", "list", "search",  "show",    "add",
                                         "edit",   "done", "undone",  "rm",      "export",
                                         "stats",  "db",   "changes", "category"};
@@ -232,11 +232,11 @@ TEST_F(Help, ReadmeNamesEachExitCode) {
   EXPECT_EQ(codes, 20);
 }
 
-TEST_F(Help, TellsItsVersion) {
+TEST_F(Help, PrintsVersion) {
   EXPECT_EQ(succeed({"--version"}).out, "ulotask 0.1.0\n");
 }
 
-TEST_F(Help, RefusesWhatItDoesNotKnow) {
+TEST_F(Help, RejectsUnknownArguments) {
   for (const Arguments& arguments : std::vector<Arguments>{{},
                                                            {"dance"},
                                                            {"list", "--loud"},

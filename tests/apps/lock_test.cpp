@@ -1,4 +1,4 @@
-// The lock's verbs.
+// The verbs of the lock.
 
 #include "ulotask_runner.h"
 
@@ -16,7 +16,7 @@ protected:
   std::string status() { return succeed({"lock", "status"}).out; }
 };
 
-TEST_F(Lock, IsSetFromALineOfInputAndCleared) {
+TEST_F(Lock, IsSetFromLineOfInputAndCleared) {
   EXPECT_EQ(status(), "There is no lock.\n");
   EXPECT_EQ(succeed({"lock", "set"}, "1234\n").out, "The lock is set.\n");
   EXPECT_EQ(status(), "The lock is set.\n");
@@ -25,7 +25,7 @@ TEST_F(Lock, IsSetFromALineOfInputAndCleared) {
   EXPECT_EQ(succeed({"lock", "clear"}).out, "There is no lock.\n");
 }
 
-TEST_F(Lock, KeepsNoCodeThatCanBeRead) {
+TEST_F(Lock, StoresNoReadableCode) {
   set("72915");
   const std::string text = readWhole(path("data/lock.json"));
   EXPECT_THAT(text, HasSubstr("$argon2id$"));
@@ -35,7 +35,7 @@ TEST_F(Lock, KeepsNoCodeThatCanBeRead) {
   EXPECT_EQ(status.st_mode & 0777U, 0600U);
 }
 
-TEST_F(Lock, IsChangedWithItsPresentCodeAlone) {
+TEST_F(Lock, IsChangedOnlyWithPresentCode) {
   set("1234");
   Outcome run = ulotask({"lock", "set"}, "5678\n9012\n");
   EXPECT_EQ(run.code, 16);
@@ -48,13 +48,13 @@ TEST_F(Lock, IsChangedWithItsPresentCodeAlone) {
   succeed({"lock", "clear"}, "5678\n");
 }
 
-TEST_F(Lock, WrongCodesMakeTheNextOneWait) {
+TEST_F(Lock, WrongCodesDelayTheNextOne) {
   set("1234");
   for (int i = 0; i < 3; ++i)
     EXPECT_EQ(ulotask({"lock", "clear"}, "5678\n").err, "ulotask: the code is wrong\n");
   EXPECT_EQ(ulotask({"lock", "clear"}, "5678\n").err,
             "ulotask: the code is wrong; next try in 2 seconds\n");
-  // However long the test takes.
+  // Independent of the duration of the test.
   std::string text = readWhole(path("data/lock.json"));
   const std::string four = "\"failures\": 4";
   ASSERT_THAT(text, HasSubstr(four));
@@ -66,7 +66,7 @@ TEST_F(Lock, WrongCodesMakeTheNextOneWait) {
   EXPECT_THAT(status(), testing::StartsWith("The lock is set; next try in "));
 }
 
-TEST_F(Lock, TakesFourToSixtyFourCharacters) {
+TEST_F(Lock, AcceptsFourToSixtyFourCharacters) {
   const auto codeFor = [this](const std::string& code) {
     const int result = ulotask({"lock", "set"}, code + "\n").code;
     if (result == 0)
@@ -85,19 +85,19 @@ TEST_F(Lock, TakesFourToSixtyFourCharacters) {
             2);
 }
 
-TEST_F(Lock, NoInputIsNoCode) {
+TEST_F(Lock, RejectsMissingInput) {
   const Outcome run = ulotask({"lock", "set"});
   EXPECT_EQ(run.code, 2);
   EXPECT_EQ(run.err, "ulotask: no code was given\n");
   EXPECT_EQ(status(), "There is no lock.\n");
 }
 
-TEST_F(Lock, ALineMayEndAsPhonesEndIt) {
+TEST_F(Lock, AcceptsCarriageReturnAtLineEnd) {
   succeed({"lock", "set"}, "1234\r\n");
   succeed({"lock", "clear"}, "1234");
 }
 
-TEST_F(Lock, IsAskedForTwiceOnATerminalAndNeverShown) {
+TEST_F(Lock, IsEnteredTwiceOnTerminalAndNeverShown) {
   const Outcome run =
       onTerminal({"lock", "set"}, 80, {{"New code: ", "72915\n"}, {"New code again: ", "72915\n"}});
   EXPECT_EQ(run.code, 0);
@@ -105,7 +105,7 @@ TEST_F(Lock, IsAskedForTwiceOnATerminalAndNeverShown) {
   EXPECT_EQ(onTerminal({"lock", "clear"}, 80, {{"Present code: ", "72915\n"}}).code, 0);
 }
 
-TEST_F(Lock, CodesThatDifferAreNotTaken) {
+TEST_F(Lock, RejectsCodesThatDiffer) {
   const Outcome run =
       onTerminal({"lock", "set"}, 80, {{"New code: ", "72915\n"}, {"New code again: ", "72916\n"}});
   EXPECT_EQ(run.code, 2);
@@ -113,7 +113,7 @@ TEST_F(Lock, CodesThatDifferAreNotTaken) {
   EXPECT_EQ(status(), "There is no lock.\n");
 }
 
-TEST_F(Lock, AnInterruptLeavesTheTerminalAsItWas) {
+TEST_F(Lock, InterruptRestoresTerminal) {
   const Outcome run = shellOnTerminal("trap 'stty -a | grep -ow -e -echo -e echo' EXIT; "
                                       "stty -echo; stty echo; \"$ULOTASK\" lock set",
                                       80, {{"New code: ", "12\x03"}});
@@ -121,7 +121,7 @@ TEST_F(Lock, AnInterruptLeavesTheTerminalAsItWas) {
   EXPECT_EQ(status(), "There is no lock.\n");
 }
 
-TEST_F(Lock, ADamagedOneIsNeitherChangedNorCleared) {
+TEST_F(Lock, DamagedOneIsNeitherChangedNorCleared) {
   succeed({"list"});
   file("data/lock.json", "{}");
   for (const char* verb : {"set", "clear", "status"}) {
@@ -133,7 +133,7 @@ TEST_F(Lock, ADamagedOneIsNeitherChangedNorCleared) {
 }
 
 TEST_F(Lock, OffersItsVerbs) {
-  EXPECT_EQ(succeed({"__complete", "lock", ""}).out, "set\tSet the lock, or give it another code\n"
+  EXPECT_EQ(succeed({"__complete", "lock", ""}).out, "set\tSet the lock, or change its code\n"
                                                      "clear\tRemove the lock\n"
                                                      "status\tShow whether the lock is set\n");
 }

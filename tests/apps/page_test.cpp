@@ -1,4 +1,4 @@
-// Views, categories and pages of list.
+// Views, categories and pages of `list`.
 
 #include "ulotask_runner.h"
 
@@ -35,7 +35,7 @@ protected:
     succeed({"done", "2", "4", "6", "8"});
   }
 
-  // The pages of so many tasks one behind the other, for as long as there is something on them.
+  // All pages of this size, one after the other, until one is empty.
   std::vector<int> pageByPage(const Arguments& listing, int size) {
     std::vector<int> all;
     std::vector<int> page;
@@ -52,7 +52,7 @@ protected:
   }
 };
 
-TEST_F(Pages, AViewShowsItsTasks) {
+TEST_F(Pages, ViewShowsItsTasks) {
   addTasks();
   EXPECT_THAT(uids({"list"}), ElementsAre(2, 1, 4, 6, 7, 3, 8, 5));
   EXPECT_THAT(uids({"list", "--view", "all"}), ElementsAre(2, 1, 4, 6, 7, 3, 8, 5));
@@ -62,7 +62,7 @@ TEST_F(Pages, AViewShowsItsTasks) {
   EXPECT_THAT(uids({"list", "--view", "completed", "--sort", "priority"}), ElementsAre(8, 6, 2, 4));
 }
 
-TEST_F(Pages, ACategoryShowsItsTasksInOrder) {
+TEST_F(Pages, CategoryShowsItsTasksInOrder) {
   addTasks();
   EXPECT_THAT(uids({"list", "--category", "shop"}), ElementsAre(1, 6, 3, 5));
   EXPECT_THAT(uids({"list", "--category", "shop", "--sort", "priority"}), ElementsAre(3, 6, 5, 1));
@@ -70,7 +70,7 @@ TEST_F(Pages, ACategoryShowsItsTasksInOrder) {
   EXPECT_THAT(uids({"list", "--category", "meeting"}), IsEmpty());
 }
 
-TEST_F(Pages, ACategoryAndAViewShowWhatIsInBoth) {
+TEST_F(Pages, CategoryAndViewShowCommonTasks) {
   addTasks();
   const std::vector<int> shop = uids({"list", "--category", "shop"});
   for (const char* view : {"all", "due", "incomplete", "completed"}) {
@@ -99,7 +99,7 @@ TEST_F(Pages, PagesChain) {
   }
 }
 
-TEST_F(Pages, APageMayBeginBehindATaskThatItDoesNotShow) {
+TEST_F(Pages, PageMayFollowTaskThatViewDoesNotShow) {
   addTasks();
   const std::vector<int> all = uids({"list"});
   const std::set<int> completed = {2, 4, 6, 8};
@@ -119,7 +119,7 @@ TEST_F(Pages, APageMayBeginBehindATaskThatItDoesNotShow) {
   }
 }
 
-TEST_F(Pages, AViewThatShowsNothingIsEmpty) {
+TEST_F(Pages, ViewWithoutTasksIsEmpty) {
   add({"later", "--due", daysFromToday(3)});
   EXPECT_EQ(succeed({"list", "--view", "completed"}).out, "No tasks.\n");
   EXPECT_EQ(succeed({"list", "--view", "due", "--limit", "5"}).out, "No tasks.\n");
@@ -150,7 +150,7 @@ TEST_F(Pages, LimitsAreCountsFromOne) {
   }
 }
 
-TEST_F(Pages, AnUnknownCategoryIsAnError) {
+TEST_F(Pages, UnknownCategoryIsAnError) {
   addTasks();
   for (const char* name : {"nowhere", "Shop", "None"}) {
     const Outcome run = ulotask({"list", "--category", name});
@@ -160,7 +160,7 @@ TEST_F(Pages, AnUnknownCategoryIsAnError) {
   }
 }
 
-TEST_F(Pages, AnUnknownTaskToBeginBehindIsAnError) {
+TEST_F(Pages, UnknownTaskBeforePageIsAnError) {
   addTasks();
   for (const Arguments& arguments : std::vector<Arguments>{
            {"list", "--after", "99"}, {"list", "--category", "shop", "--after", "99"}}) {
@@ -171,7 +171,7 @@ TEST_F(Pages, AnUnknownTaskToBeginBehindIsAnError) {
   EXPECT_EQ(ulotask({"list", "--after", "first"}).code, 2);
 }
 
-TEST_F(Pages, AnUnknownViewIsAnError) {
+TEST_F(Pages, UnknownViewIsAnError) {
   const Outcome run = ulotask({"list", "--view", "overdue"});
   EXPECT_EQ(run.code, 2);
   EXPECT_THAT(run.err, HasSubstr("overdue"));

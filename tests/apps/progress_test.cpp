@@ -1,4 +1,4 @@
-// The line that tells how far an import has come.
+// The progress line of an import.
 
 #include "ulotask_runner.h"
 
@@ -17,7 +17,7 @@ constexpr int longWork = 1000;  // milliseconds between two looks at the clock
 
 class ProgressLine : public UlotaskTest {
 protected:
-  // A calendar of so many tasks.
+  // A calendar with this number of tasks.
   std::string tasks(int count, const std::string& note = {}) {
     std::string content;
     for (int i = 0; i < count; ++i)
@@ -26,8 +26,8 @@ protected:
   }
 };
 
-// What is left to be read on a terminal that was sent `text`, by lines. Fails when there is more in
-// it than plain characters, returns and line ends.
+// The visible text on a terminal that received `text`, by lines. Fails if `text` has anything but
+// plain characters, carriage returns and line ends.
 std::vector<std::string> screen(const std::string& text) {
   std::vector<std::string> lines(1);
   std::size_t column = 0;
@@ -50,7 +50,7 @@ std::vector<std::string> screen(const std::string& text) {
   return lines;
 }
 
-TEST_F(ProgressLine, ShowsCountAndRateAndGoesAway) {
+TEST_F(ProgressLine, ShowsCountAndRateAndDisappears) {
   stepClock(longWork);
   const Outcome run = onTerminal({"import", tasks(10)}, 80);
   EXPECT_EQ(run.code, 0);
@@ -62,7 +62,7 @@ TEST_F(ProgressLine, ShowsCountAndRateAndGoesAway) {
                                            "7, 8, 9, 10"));
 }
 
-TEST_F(ProgressLine, AShortImportShowsNone) {
+TEST_F(ProgressLine, ShortImportShowsNone) {
   stepClock(0);
   const Outcome run = onTerminal({"import", tasks(10)}, 80);
   EXPECT_EQ(run.code, 0);
@@ -89,7 +89,7 @@ TEST_F(ProgressLine, IsNeverPiped) {
   EXPECT_THAT(screen(run.out), testing::IsEmpty());
 }
 
-TEST_F(ProgressLine, GoesAwayWhenTheImportFails) {
+TEST_F(ProgressLine, DisappearsIfImportFails) {
   add({"first"});
   const std::string calendar = tasks(100, "DESCRIPTION:" + std::string(4000, 'n') + "\r\n");
   limitStore(40);

@@ -1,6 +1,4 @@
-// Several processes that change the same thing at the same moment.
-//
-// ULO_RACES sets how many races each test runs.
+// Several processes that change the same thing at once.
 
 #include "ulotask_runner.h"
 
@@ -18,7 +16,7 @@ int races() {
 
 class Race : public UlotaskTest {
 protected:
-  // Starts all processes before it waits for the first. Returns their exit codes.
+  // Starts all processes before waiting for the first. Returns their exit codes.
   std::vector<int> together(const std::vector<Arguments>& commands) {
     std::vector<std::unique_ptr<QProcess>> processes;
     for (const Arguments& arguments : commands) {
@@ -42,7 +40,7 @@ protected:
     return together(std::vector<Arguments>(static_cast<std::size_t>(count), arguments));
   }
 
-  // The numbers of tasks of the categories with this name.
+  // The number of tasks of each category with this name.
   std::vector<int> categories(const std::string& name) {
     std::vector<int> tasks;
     for (const auto each : succeed({"category", "list", "--json"}).array())
@@ -51,7 +49,7 @@ protected:
     return tasks;
   }
 
-  // Races with a wrong outcome: a test reports how many, not only that there was one.
+  // The number of races with a wrong outcome, which tests report.
   int failed_ = 0;
 };
 

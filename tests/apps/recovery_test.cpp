@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 
 constexpr std::size_t pageSize = 4096;
 
-// Another program that has a store open.
+// Another program with the store open.
 class OpenStore {
 public:
   explicit OpenStore(const std::string& file) {
@@ -80,7 +80,7 @@ protected:
     file("data/tasks.db", bytes);
   }
 
-  // The page, counted from 0, that holds the task in the middle of 100.
+  // The page, counted from 0, with the task in the middle of 100.
   std::size_t middlePage() {
     const std::string note("n\0005\0000\000", 6);
     return readWhole(storeFile()).find(note) / pageSize;
@@ -99,7 +99,7 @@ protected:
 
 // Reports.
 
-TEST_F(Recovery, CheckReportsWhatTheDatabaseComplainsOf) {
+TEST_F(Recovery, CheckReportsDatabaseErrors) {
   fill(10);
   sql("PRAGMA writable_schema = 1; DELETE FROM sqlite_schema WHERE name = 'task_index_due'");
   sql("PRAGMA wal_checkpoint(TRUNCATE)");
@@ -122,8 +122,8 @@ TEST_F(Recovery, CheckReportsUidsAboveTheCounter) {
   EXPECT_EQ(add({"next"}), "4");
 }
 
-// Opening a store without a numbered row drops its tables, to fill them anew.
-TEST_F(Recovery, AStoreWithoutItsNumberingKeepsItsTasks) {
+// Opening a store without a numbered row drops its tables and creates them again.
+TEST_F(Recovery, StoreWithoutCountersKeepsItsTasks) {
   fill(3);
   const std::string before = list();
   sql("DELETE FROM sqlite_sequence");
@@ -133,8 +133,8 @@ TEST_F(Recovery, AStoreWithoutItsNumberingKeepsItsTasks) {
   EXPECT_EQ(list(), before);
 }
 
-// Whoever follows the journal compares everything after the store was replaced.
-TEST_F(Recovery, RestoreBeginsAnotherGeneration) {
+// Followers of the journal compare everything after the store was replaced.
+TEST_F(Recovery, RestoreStartsNewGeneration) {
   fill(3);
   succeed({"db", "backup", path("saved.db")});
   add({"later"});
@@ -195,10 +195,10 @@ TEST_F(Recovery, CheckComparesTheJournalWithTheStore) {
   const Outcome run = ulotask({"db", "check"});
   EXPECT_EQ(run.code, 11) << run.out;
   EXPECT_THAT(run.out, HasSubstr("change journal: 1 task of its last entries not in the store, 1 "
-                                 "task that it tells removed still in the store\n"));
+                                 "task removed by its last entries still in the store\n"));
 }
 
-TEST_F(Recovery, CheckTellsOfFilesThatOthersMayRead) {
+TEST_F(Recovery, CheckReportsFilesReadableByOthers) {
   add({"one"});
   EXPECT_THAT(succeed({"db", "check"}).out, Not(HasSubstr("other users")));
   chmod(storeFile().c_str(), 0644);
@@ -214,9 +214,9 @@ constexpr int damagesOfEach = 40;
 class Damage : public Recovery, public testing::WithParamInterface<int> {};
 INSTANTIATE_TEST_SUITE_P(Seeds, Damage, testing::Range(1, 6));
 
-// Flips one bit in each of 200 copies of a store of 100 tasks. Damage is reported, or the tasks are
-// unchanged; only what the file holds once and nothing else tells, a text, a status or a time of
-// change, may differ in one task.
+// Flips one bit in each of 200 copies of a store of 100 tasks. Either the damage is reported, or
+// the tasks are unchanged. Only data without redundancy (a text, a status or a time of change) may
+// differ in one task.
 TEST_P(Damage, IsReportedOrHarmless) {
   fill(100);
   const std::string sound = readWhole(storeFile());
@@ -269,7 +269,7 @@ TEST_P(Damage, IsReportedOrHarmless) {
 
 // Backup and restore.
 
-TEST_F(Recovery, BackupComesBackByRestore) {
+TEST_F(Recovery, RestoreBringsBackBackup) {
   fill(20);
   const std::string backup = path("saved.db");
   EXPECT_EQ(succeed({"db", "backup", backup}).out,
@@ -286,12 +286,12 @@ TEST_F(Recovery, BackupComesBackByRestore) {
                          backup + " (20 tasks and 8 categories)\n");
   EXPECT_EQ(list(), before);
   succeed({"db", "check"});
-  // What was replaced is a store, too.
+  // The replaced file is a store, too.
   succeed({"db", "restore", keptFiles()[0]});
   EXPECT_THAT(list(), HasSubstr("later"));
 }
 
-TEST_F(Recovery, BackupHoldsWhatAnOpenProgramHasStored) {
+TEST_F(Recovery, BackupIncludesChangesOfOpenProgram) {
   add({"one"});
   QProcess process;
   prepare(process);
@@ -304,7 +304,7 @@ TEST_F(Recovery, BackupHoldsWhatAnOpenProgramHasStored) {
   EXPECT_THAT(uids({"list"}), testing::SizeIs(2));
 }
 
-TEST_F(Recovery, BackupReplacesAFileOnlyByForce) {
+TEST_F(Recovery, BackupReplacesFileOnlyWithForce) {
   add({"one"});
   const std::string backup = file("saved.db", "precious");
   const Outcome run = ulotask({"db", "backup", backup});
@@ -315,7 +315,7 @@ TEST_F(Recovery, BackupReplacesAFileOnlyByForce) {
   EXPECT_THAT(readWhole(backup), testing::StartsWith("SQLite format 3"));
 }
 
-TEST_F(Recovery, BackupLeavesNothingWhereItFails) {
+TEST_F(Recovery, FailedBackupLeavesNoFile) {
   fill(100);
   EXPECT_EQ(ulotask({"db", "backup", storeFile()}).code, 12);
   EXPECT_EQ(ulotask({"db", "backup", "--force", path("data/more.db")}).code, 12);
@@ -329,7 +329,7 @@ TEST_F(Recovery, BackupLeavesNothingWhereItFails) {
   succeed({"db", "check"});
 }
 
-TEST_F(Recovery, RestoreRefusesAStoreInUse) {
+TEST_F(Recovery, RestoreRejectsStoreInUse) {
   add({"one"});
   succeed({"db", "backup", path("saved.db")});
   add({"two"});
@@ -342,7 +342,7 @@ TEST_F(Recovery, RestoreRefusesAStoreInUse) {
   EXPECT_EQ(ulotask({"db", "rescue"}).code, 0);  // nothing to do
 }
 
-TEST_F(Recovery, RestoreRefusesWhatIsNoSoundStore) {
+TEST_F(Recovery, RestoreRejectsUnsoundStore) {
   fill(100);
   const std::string before = list();
   EXPECT_EQ(ulotask({"db", "restore", path("none.db")}).code, 4);
@@ -362,7 +362,7 @@ TEST_F(Recovery, RestoreRefusesWhatIsNoSoundStore) {
 
 // Rescue.
 
-TEST_F(Recovery, RescueHasNothingToDoWithASoundStore) {
+TEST_F(Recovery, RescueLeavesSoundStoreUnchanged) {
   fill(2);
   EXPECT_EQ(succeed({"db", "rescue"}).out,
             "The database file is sound: there is nothing to rescue.\n");
@@ -420,7 +420,7 @@ TEST_F(Recovery, RescueReadsAStoreWithoutItsFirstPage) {
   succeed({"db", "check"});
 }
 
-TEST_F(Recovery, RescueRefusesAFileOfNothing) {
+TEST_F(Recovery, RescueRejectsEmptyFile) {
   succeed({"list"});
   file("data/tasks.db", std::string(8192, 'x'));
   const Outcome run = ulotask({"db", "rescue"});
@@ -431,7 +431,7 @@ TEST_F(Recovery, RescueRefusesAFileOfNothing) {
 
 // Lost stores.
 
-TEST_F(Recovery, ALostStoreIsNotReplacedByAnEmptyOne) {
+TEST_F(Recovery, LostStoreIsNotReplacedByEmptyOne) {
   add({"one"});
   succeed({"db", "backup", path("saved.db")});
   file("data/tasks.db-wal", std::string(8192, 'x'));
@@ -454,7 +454,7 @@ TEST_F(Recovery, ALostStoreIsNotReplacedByAnEmptyOne) {
   EXPECT_THAT(uids({"list"}), testing::ElementsAre(1));
 }
 
-TEST_F(Recovery, AStoreThatWasCutIsNotReplacedByAnEmptyOne) {
+TEST_F(Recovery, TruncatedStoreIsNotReplacedByEmptyOne) {
   fill(10);
   const std::string bytes = readWhole(storeFile());
   for (const std::size_t size : {1UL, 50UL, 100UL, 511UL, 512UL, 4095UL, 4096UL, 8192UL}) {
@@ -464,8 +464,8 @@ TEST_F(Recovery, AStoreThatWasCutIsNotReplacedByAnEmptyOne) {
   }
 }
 
-// Nothing else is left when the last program closed the store.
-TEST_F(Recovery, AStoreThatWasEmptiedIsNotReplacedByAnEmptyOne) {
+// Nothing else remains after the last program has closed the store.
+TEST_F(Recovery, EmptiedStoreIsNotReplacedByEmptyOne) {
   fill(3);
   for (const bool isThere : {true, false}) {
     if (isThere)
@@ -481,7 +481,7 @@ TEST_F(Recovery, AStoreThatWasEmptiedIsNotReplacedByAnEmptyOne) {
   succeed({"list"});
 }
 
-TEST_F(Recovery, AStoreThatWasNeverFilledIsNotLost) {
+TEST_F(Recovery, StoreThatWasNeverFilledIsNotLost) {
   fs::create_directory(path("data"));
   file("data/tasks.db", "");
   succeed({"list"});

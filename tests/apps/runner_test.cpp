@@ -1,4 +1,4 @@
-// What the tests' own way to run the program reports.
+// Errors that the runner of the tests reports.
 
 #include "ulotask_runner.h"
 
@@ -10,7 +10,7 @@ namespace {
 
 class Runner : public UlotaskTest {};
 
-// A signal to process 0 or -1 would end the test run, and more.
+// A signal to process 0 or -1 would end the test run and other processes.
 TEST_F(Runner, SendsNoSignalToProgramThatHasEnded) {
   QProcess process;
   prepare(process);

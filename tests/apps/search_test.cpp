@@ -1,4 +1,4 @@
-// search.
+// The verb `search`.
 
 #include "ulotask_runner.h"
 
@@ -19,13 +19,13 @@ protected:
   }
 };
 
-TEST_F(Search, LooksForTextInSummaryNoteAndCategory) {
+TEST_F(Search, FindsTextInSummaryNoteAndCategory) {
   EXPECT_THAT(uids({"search", "Milk"}), ElementsAre(1, 3, 4));
   EXPECT_THAT(uids({"search", "milk"}), ElementsAre(2));
   EXPECT_THAT(uids({"search", "Corner shop"}), ElementsAre(2));
 }
 
-TEST_F(Search, LooksForTextInTheUuid) {
+TEST_F(Search, FindsTextInUuid) {
   const std::string uuid =
       succeed({"show", "3", "--json"}).object()["uuid"].toString().toStdString();
   EXPECT_THAT(uids({"search", uuid}), ElementsAre(3));
@@ -37,19 +37,19 @@ TEST_F(Search, PrintsTasksAsListDoes) {
             "  2  2027-03-04    0  needs action  -         buy milk\n");
 }
 
-TEST_F(Search, FindingNothingIsNoError) {
+TEST_F(Search, NoMatchIsNotAnError) {
   EXPECT_EQ(succeed({"search", "cocoa"}).out, "No tasks.\n");
   EXPECT_THAT(uids({"search", "cocoa"}), IsEmpty());
   EXPECT_EQ(succeed({"search", "--note", "cocoa"}).out, "No tasks.\n");
 }
 
-TEST_F(Search, AnEmptyStoreHasNothingToFind) {
+TEST_F(Search, EmptyStoreHasNoMatch) {
   succeed({"rm", "1", "2", "3", "4"});
   EXPECT_EQ(succeed({"search", "Milk"}).out, "No tasks.\n");
   EXPECT_EQ(succeed({"search", "--status", "completed"}).out, "No tasks.\n");
 }
 
-TEST_F(Search, ExampleTextsMatchInAnyCase) {
+TEST_F(Search, ExampleTextsIgnoreCase) {
   EXPECT_THAT(uids({"search", "--summary", "MILK"}), ElementsAre(2, 1));
   EXPECT_THAT(uids({"search", "--note", "milk"}), ElementsAre(4));
 }
@@ -62,17 +62,17 @@ TEST_F(Search, StatusAndPriorityMatchExactly) {
   EXPECT_THAT(uids({"search", "--priority", "9"}), IsEmpty());
 }
 
-TEST_F(Search, ATaskHasToMatchAllThatIsGiven) {
+TEST_F(Search, TaskMustMatchEverythingGiven) {
   EXPECT_THAT(uids({"search", "Milk", "--status", "needs-action"}), ElementsAre(3, 4));
   EXPECT_THAT(uids({"search", "Milk", "--priority", "5", "--note", "no"}), ElementsAre(4));
   EXPECT_THAT(uids({"search", "--summary", "milk", "--status", "completed"}), ElementsAre(1));
 }
 
-TEST_F(Search, RefusesWhatMakesNoSense) {
+TEST_F(Search, RejectsInvalidOptions) {
   const std::vector<std::pair<Arguments, const char*>> wrong = {
-      {{"search"}, "search for what?"},
-      {{"search", "--json"}, "search for what?"},
-      {{"search", "--status", "lost"}, "\"lost\" is none of completed, needs-action, accepted"},
+      {{"search"}, "nothing to search for;"},
+      {{"search", "--json"}, "nothing to search for;"},
+      {{"search", "--status", "lost"}, "\"lost\" is not one of completed, needs-action, accepted"},
       {{"search", "--priority", "0"}, "--priority"},
       {{"search", "--priority", "10"}, "--priority"},
       {{"search", "--priority", "high"}, "--priority"},

@@ -1,5 +1,6 @@
-// A synchronisation engine in small: `sync_client get|put|get-text|put-text UID` exchanges one item
-// between the store and standard input or output and prints the adaptor's code on standard error.
+// A minimal synchronization engine: `sync_client get|put|get-text|put-text UID` exchanges one item
+// between the store and standard input or output, and prints the code of the adaptor on standard
+// error.
 
 #include "TASK_ENG_SyncML.h"
 

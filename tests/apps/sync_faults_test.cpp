@@ -1,5 +1,5 @@
-// An exchange whose temporary files meet a full disk, a directory that takes none, and files of
-// somebody else: a whole process, with the system's own calls failing.
+// Exchanges whose temporary files meet a full disk, a read-only directory, or files of another
+// user: a whole process, in which system calls fail.
 
 #include "ulotask_runner.h"
 
@@ -33,7 +33,7 @@ protected:
 
 const std::string item = calendar(todo("SUMMARY:Bread\r\n"));
 
-TEST_F(SyncFaults, WithoutOneItemsGoBothWays) {
+TEST_F(SyncFaults, ItemsGoBothWaysWithoutFault) {
   for (const char* verb : {"get", "get-text"}) {
     const Outcome run = client(verb);
     EXPECT_EQ(run.err, ok);
@@ -43,7 +43,7 @@ TEST_F(SyncFaults, WithoutOneItemsGoBothWays) {
   EXPECT_EQ(client("put-text", item).err, ok);
 }
 
-TEST_F(SyncFaults, AFullDiskSendsNothingAndStoresNothing) {
+TEST_F(SyncFaults, FullDiskSendsAndStoresNothing) {
   breakTemporaryFiles("full");
   expectNothingSent("get");
   expectNothingSent("get-text");
@@ -53,7 +53,7 @@ TEST_F(SyncFaults, AFullDiskSendsNothingAndStoresNothing) {
   EXPECT_EQ(client("put-text", item).err, ok) << "needs no file";
 }
 
-TEST_F(SyncFaults, ADirectoryThatTakesNoFilesSendsNothingAndStoresNothing) {
+TEST_F(SyncFaults, ReadOnlyDirectorySendsAndStoresNothing) {
   breakTemporaryFiles("unwritable");
   expectNothingSent("get");
   expectNothingSent("get-text");
@@ -62,7 +62,7 @@ TEST_F(SyncFaults, ADirectoryThatTakesNoFilesSendsNothingAndStoresNothing) {
   EXPECT_EQ(client("put-text", item).err, ok) << "needs no file";
 }
 
-TEST_F(SyncFaults, AFileOfSomebodyElseIsNeitherOverwrittenNorSent) {
+TEST_F(SyncFaults, ForeignFileIsNeitherOverwrittenNorSent) {
   std::ofstream(outboundName) << "theirs";
   breakTemporaryFiles("foreign");
   expectNothingSent("get");
@@ -70,7 +70,7 @@ TEST_F(SyncFaults, AFileOfSomebodyElseIsNeitherOverwrittenNorSent) {
   EXPECT_EQ(readWhole(outboundName), "theirs");
 }
 
-TEST_F(SyncFaults, ALinkOfSomebodyElseIsNotFollowed) {
+TEST_F(SyncFaults, ForeignLinkIsNotFollowed) {
   const std::string target = file("target", "theirs");
   std::filesystem::create_symlink(target, outboundName);
   breakTemporaryFiles("foreign");
@@ -80,7 +80,7 @@ TEST_F(SyncFaults, ALinkOfSomebodyElseIsNotFollowed) {
   EXPECT_TRUE(std::filesystem::is_symlink(outboundName));
 }
 
-TEST_F(SyncFaults, ALinkThatCanBeRemovedIsReplaced) {
+TEST_F(SyncFaults, RemovableLinkIsReplaced) {
   const std::string target = file("target", "theirs");
   for (const char* verb : {"get", "get-text"}) {
     std::filesystem::create_symlink(target, outboundName);

@@ -1,4 +1,4 @@
-// What a synchronisation exchanges, and who hears of it.
+// Synchronization, and its broadcasts.
 
 #include "session_bus.h"
 #include "ulotask_runner.h"
@@ -13,7 +13,7 @@ namespace {
 
 class Sync : public UlotaskTest {
 protected:
-  // A watcher that has begun: it tells of changes that are made now.
+  // A watcher that is running: it reports changes from now on.
   void begin(QProcess& process, Running& watching) {
     do
       add({"noise"});
@@ -22,7 +22,7 @@ protected:
   }
 };
 
-TEST_F(Sync, PutsAndGetsAnItem) {
+TEST_F(Sync, PutsAndGetsItem) {
   const Outcome put = succeed({"sync-item", "put"}, calendar(todo("SUMMARY:Milk\r\n")));
   EXPECT_EQ(put.out, "1\n");
   const std::string text = succeed({"sync-item", "get", "1"}).out;
@@ -32,7 +32,7 @@ TEST_F(Sync, PutsAndGetsAnItem) {
   EXPECT_EQ(succeed({"sync-item", "ids"}).out, "1\n2\n");
 }
 
-TEST_F(Sync, ReplacesAndRemovesAnItem) {
+TEST_F(Sync, ReplacesAndRemovesItem) {
   add({"Bread"});
   add({"Eggs"});
   EXPECT_EQ(succeed({"sync-item", "replace", "1"}, calendar(todo("SUMMARY:Milk\r\n"))).out, "");
@@ -41,7 +41,7 @@ TEST_F(Sync, ReplacesAndRemovesAnItem) {
   EXPECT_EQ(succeed({"sync-item", "ids"}).out, "2\n");
 }
 
-TEST_F(Sync, SaysWhatIsWrong) {
+TEST_F(Sync, ReportsErrors) {
   for (const Arguments& arguments :
        std::vector<Arguments>{{"sync-item", "get", "7"}, {"sync-item", "rm", "7"}}) {
     const Outcome run = ulotask(arguments);
@@ -61,17 +61,17 @@ TEST_F(Sync, SaysWhatIsWrong) {
   EXPECT_EQ(succeed({"sync-item", "ids"}).out, "");
 }
 
-TEST_F(Sync, TakesItemsUpToALimit) {
+TEST_F(Sync, AcceptsItemsUpToLimit) {
   const std::size_t limit = std::size_t{1} << 24U;
   std::string item = calendar(todo("SUMMARY:large\r\n"));
   item.append(limit - item.size(), '\n');
   EXPECT_EQ(succeed({"sync-item", "put"}, item).out, "1\n");
   const Outcome run = ulotask({"sync-item", "put"}, item + '\n');
   EXPECT_EQ(run.code, 8);
-  EXPECT_EQ(run.err, "ulotask: the item is larger than 16777216 bytes\n");
+  EXPECT_EQ(run.err, "ulotask: standard input: larger than 16777216 bytes\n");
 }
 
-TEST_F(Sync, AFullStoreIsTold) {
+TEST_F(Sync, ReportsFullStore) {
   add({"one"});
   limitStore(1);
   EXPECT_EQ(
@@ -81,7 +81,7 @@ TEST_F(Sync, AFullStoreIsTold) {
       9);
 }
 
-TEST_F(Sync, EveryWatcherHearsOfARunOnce) {
+TEST_F(Sync, EveryWatcherReceivesRunOnce) {
   const SessionBus bus;
   environment_["DBUS_SESSION_BUS_ADDRESS"] = bus.address().toStdString();
   QProcess processes[2];
@@ -124,7 +124,7 @@ TEST_F(Sync, WatchingPrintsObjectsForPrograms) {
   QProcess process;
   prepare(process);
   Running watching(process, {"watch", "--json"});
-  // A broadcast that is sent before it listens is lost.
+  // A broadcast before it listens is lost.
   do
     add({"noise"});
   while (!process.waitForReadyRead(200));
@@ -138,14 +138,14 @@ TEST_F(Sync, WatchingPrintsObjectsForPrograms) {
   EXPECT_EQ(watching.endBy(SIGINT), 0);
 }
 
-TEST_F(Sync, WithoutABusChangesAreSeenAllTheSame) {
+TEST_F(Sync, ShowsChangesWithoutBus) {
   QProcess process;
   prepare(process);
   Running watching(process, {"watch"});
   begin(process, watching);
   EXPECT_EQ(watching.endBy(SIGTERM), 0);
   EXPECT_EQ(process.readAllStandardError().toStdString(),
-            "ulotask: there is no session bus, no broadcast will be seen\n");
+            "ulotask: there is no session bus; broadcasts will not be shown\n");
   const Outcome put = ulotask({"sync-item", "put"}, calendar(todo("SUMMARY:Milk\r\n")));
   EXPECT_EQ(put.code, 0);
   EXPECT_EQ(put.err, "");

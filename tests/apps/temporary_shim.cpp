@@ -1,6 +1,6 @@
-// Preloaded into a process: what the directory of temporary files does to the files of an
-// exchange, as $ULO_TEST_TEMPORARY says: "full" (nothing can be written to them), "unwritable"
-// (none can be made), "foreign" (none can be removed, as when they belong to another user).
+// Preloaded into a process: makes operations on the temporary files of an exchange fail, as
+// $ULO_TEST_TEMPORARY says: "full" (writing fails), "unwritable" (creating fails), "foreign"
+// (removing fails, as for files of another user).
 
 #include <cerrno>
 #include <cstdarg>

@@ -1,4 +1,4 @@
-// What a terminal is shown.
+// Output on a terminal.
 
 #include "ulotask_runner.h"
 
@@ -15,7 +15,7 @@ using testing::Not;
 
 class Terminal : public UlotaskTest {
 protected:
-  // The lines that `list` shows on a terminal of so many columns.
+  // The output of `list` on a terminal of this width.
   std::vector<std::string> lines(int columns) {
     const Outcome run = onTerminal({"list"}, columns);
     EXPECT_EQ(run.code, 0);
@@ -28,14 +28,14 @@ protected:
   }
 };
 
-TEST_F(Terminal, LinesAreCutToItsWidth) {
+TEST_F(Terminal, LinesAreTruncatedToItsWidth) {
   add({std::string(200, 'x')});
   EXPECT_THAT(lines(62), testing::ElementsAre("UID  DUE  PRI  STATUS        CATEGORY  SUMMARY",
                                               "  1  -      0  needs action  -         " +
                                                   std::string(22, 'x') + "…"));
 }
 
-TEST_F(Terminal, ALineThatFitsIsNotCut) {
+TEST_F(Terminal, LineThatFitsIsNotTruncated) {
   add({std::string(23, 'x')});
   EXPECT_THAT(lines(62).at(1), testing::EndsWith(" " + std::string(23, 'x')));
   EXPECT_THAT(lines(61).at(1), testing::EndsWith(" " + std::string(21, 'x') + "…"));
@@ -63,7 +63,7 @@ TEST_F(Terminal, LongCategoriesLeaveRoomForTheSummary) {
   EXPECT_THAT(lines(62).at(1), HasSubstr("  a category of m…  Buy milk"));
 }
 
-TEST_F(Terminal, ANarrowOneStillShowsTenColumnsOfTheSummary) {
+TEST_F(Terminal, NarrowOneShowsTenColumnsOfSummary) {
   add({std::string(200, 'x')});
   EXPECT_THAT(lines(20).at(1), testing::EndsWith(" " + std::string(9, 'x') + "…"));
 }
@@ -73,7 +73,7 @@ TEST_F(Terminal, UnknownWidthCountsAsEighty) {
   EXPECT_THAT(lines(0).at(1), testing::EndsWith(" " + std::string(40, 'x') + "…"));
 }
 
-TEST_F(Terminal, GetsNoControlCharacterOfATask) {
+TEST_F(Terminal, ReceivesNoControlCharacterOfTask) {
   add({"a\x1b[31mb\x07\u009b5mc", "--note", "x\x1b]0;y\x07", "--category", "c\x1b[1m"});
   for (const Arguments& arguments : std::vector<Arguments>{{"list"},
                                                            {"show", "1"},
@@ -101,7 +101,7 @@ TEST_F(Terminal, GetsNoControlCharacterOfATask) {
   }
 }
 
-// No descriptor can be opened while it lives.
+// While it exists, no descriptor can be opened.
 class NoDescriptors {
 public:
   NoDescriptors() {
@@ -120,11 +120,11 @@ private:
   bool isSet_ = false;
 };
 
-TEST_F(Terminal, ATestWithoutOneSaysSo) {
+TEST_F(Terminal, ReportsTestWithoutTerminal) {
   add({"a"});
   std::string message;
   try {
-    // Lifted before the exception is looked at: the sanitizers open descriptors, too.
+    // Ended before the exception is examined, because the sanitizers open descriptors, too.
     const NoDescriptors none;
     ASSERT_TRUE(none.isSet());
     onTerminal({"list"}, 80);

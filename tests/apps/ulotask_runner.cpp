@@ -152,7 +152,7 @@ Outcome UlotaskTest::startOnTerminal(const std::string& program, const Arguments
   ssize_t count = 0;
   auto next = typed.begin();
   std::size_t seen = 0;
-  // A terminal whose last program has ended answers EIO.
+  // Reading from a terminal whose last program has ended fails with EIO.
   while ((count = read(terminal, buffer, sizeof buffer)) > 0 || (count < 0 && errno == EINTR)) {
     if (count > 0)
       run.out.append(buffer, static_cast<std::size_t>(count));
@@ -202,7 +202,8 @@ void UlotaskTest::sql(const std::string& text, const std::string& file) {
 void UlotaskTest::preload(const std::string& library) {
   std::string& libraries = environment_["LD_PRELOAD"];
   libraries += (libraries.empty() ? "" : ":") + library;
-  // The sanitizers' own library stands behind a preloaded one, which is fine here.
+  // The sanitizers complain about a library that is preloaded before theirs, which is harmless
+  // here.
   const char* options = std::getenv("ASAN_OPTIONS");
   environment_["ASAN_OPTIONS"] =
       std::string(options == nullptr ? "" : options) + ":verify_asan_link_order=0";

@@ -1,4 +1,4 @@
-// Runs the program as its users do: a process with a store, a log and a home of its own.
+// Runs the program as its users do: as a process with its own store, log and home directory.
 #pragma once
 
 #include "temporary_directory.h"
@@ -19,12 +19,12 @@ struct Outcome {
   std::string out;
   std::string err;
 
-  // What standard output holds as JSON; fails the test when it is none.
+  // Standard output as JSON. Fails the test if it is not JSON.
   [[nodiscard]] QJsonArray array() const;
   [[nodiscard]] QJsonObject object() const;
 };
 
-// `ulotask arguments...`, which goes on until it is ended; with the object at the latest.
+// `ulotask arguments...`, running until it is ended, at the latest by the destructor.
 class Running {
 public:
   Running(QProcess& process, const QStringList& arguments);
@@ -32,7 +32,7 @@ public:
   Running& operator=(const Running&) = delete;
   ~Running();
 
-  // The next line; empty when none comes.
+  // The next line; empty if there is none.
   std::string line();
   // Sends a signal and returns the exit code. Fails the test and sends nothing if the program is
   // not running.
@@ -43,7 +43,7 @@ private:
   QProcess& process_;
 };
 
-// What is typed once the terminal was sent `prompt`.
+// The text that is typed after the terminal has received `prompt`.
 struct Typed {
   std::string prompt;
   std::string text;
@@ -57,8 +57,7 @@ protected:
 
   // Runs `ulotask arguments...` with `input` on standard input.
   Outcome ulotask(const Arguments& arguments, const std::string& input = {});
-  // The same on a terminal of so many columns; `out` is what the terminal was sent.
-  // Texts are typed one after another. Throws if no pseudo-terminal is available.
+  // The same on a terminal of this width; `out` is what the terminal received.
   Outcome onTerminal(const Arguments& arguments, int columns, const std::vector<Typed>& typed = {});
   // The same for a line of the shell.
   Outcome shellOnTerminal(const std::string& line, int columns,
@@ -66,36 +65,37 @@ protected:
   // Runs a line of the shell in which $ULOTASK is the program.
   Outcome shell(const std::string& line);
 
-  // Gives a process the environment that the program is run in.
+  // Sets the environment in which the program runs.
   void prepare(QProcess& process) const;
 
-  // Runs the program and expects that it succeeds and says nothing on standard error.
+  // Runs the program, and expects success and no output on standard error.
   Outcome succeed(const Arguments& arguments, const std::string& input = {});
-  // Adds a task; gives its UID.
+  // Adds a task. Returns its UID.
   std::string add(const Arguments& arguments);
 
   // The UIDs in the JSON that the program prints.
   std::vector<int> uids(Arguments arguments);
-  // Runs SQL on the store's file, or another database beside it, behind the engine's back.
+  // Runs SQL on the store's file, or on another database beside it, without the engine.
   void sql(const std::string& text, const std::string& file = "tasks.db");
 
-  // A file of the test's own with these bytes.
+  // Creates a file with these bytes.
   std::string file(const std::string& name, const std::string& bytes);
   [[nodiscard]] std::string path(const std::string& name) const {
     return (directory_.path() / name).string();
   }
 
-  // From here on the store's database may grow to so many pages.
+  // Limits the store's database to this number of pages from now on.
   void limitStore(int pages);
-  // From here on the program's monotonic clock goes on by so much whenever it is read.
+  // Makes the program's monotonic clock advance by this step on every reading, from now on.
   void stepClock(int milliseconds);
 
-  // From here on the program finds no library of this name.
+  // Hides the library of this name from the program, from now on.
   void hideLibrary(const std::string& name);
-  // From here on temporary files of an exchange fail: "full", "unwritable" or "foreign".
+  // Makes operations on temporary files of an exchange fail from now on: "full", "unwritable" or
+  // "foreign".
   void breakTemporaryFiles(const std::string& how);
 
-  // What the program finds in its environment besides PATH and what ctest sets.
+  // The environment of the program besides PATH and the variables of ctest.
   std::map<std::string, std::string> environment_ = {
       {"HOME", path("home")},
       {"ULO_DATA_DIR", path("data")},
@@ -110,9 +110,9 @@ private:
   void preload(const std::string& library);
 };
 
-// A vCalendar text around `content`, its lines ended as phones end them.
+// A vCalendar text with this content and the line ends that phones write.
 std::string calendar(const std::string& content);
-// A to-do of these lines.
+// A to-do with these lines.
 std::string todo(const std::string& lines);
 
 std::string readWhole(const std::string& path);

@@ -38,6 +38,16 @@ TEST_F(ChangeTask, StoresChangeAndReportsTaskAsStored) {
   EXPECT_FALSE(report.categoryVanished);
 }
 
+TEST_F(ChangeTask, CompletesTaskAndReopensIt) {
+  const unsigned int uid = add(task("a"));
+  EXPECT_EQ(ulo::setCompleted(store(), uid, true), ok);
+  EXPECT_EQ(get(uid).getStatusValue(), 0);
+  EXPECT_EQ(ulo::setCompleted(store(), uid, false), ok);
+  EXPECT_EQ(get(uid).getStatusValue(), 1);
+  ASSERT_EQ(store().removeTask(uid), ok);
+  EXPECT_EQ(ulo::setCompleted(store(), uid, true), notFound);
+}
+
 TEST_F(ChangeTask, KeepsOtherWritersOutBetweenReadingAndStoring) {
   const unsigned int uid = add(task("a"));
   bool locked = false;

@@ -17,7 +17,7 @@ protected:
   }
 };
 
-TEST_F(TakeIn, GivesStatusOnlyToTaskWithoutOne) {
+TEST_F(TakeIn, SetsOnlyMissingStatus) {
   Task without = task("a");
   without.setStatus(-1);
   EXPECT_EQ(takeIn(without).getStatusValue(), 1);
@@ -26,7 +26,7 @@ TEST_F(TakeIn, GivesStatusOnlyToTaskWithoutOne) {
   EXPECT_EQ(takeIn(delegated).getStatusValue(), 7);
 }
 
-TEST_F(TakeIn, DatesTheChangeNow) {
+TEST_F(TakeIn, SetsTimeOfChange) {
   Task old = task("a");
   old.setDateTime(Task::TASK_FIELD_REVISION, QDateTime(QDate(2020, 1, 2), QTime(3, 4)));
   const QDateTime before = QDateTime::currentDateTimeUtc().addSecs(-1);
@@ -35,7 +35,7 @@ TEST_F(TakeIn, DatesTheChangeNow) {
   EXPECT_LE(revision, QDateTime::currentDateTimeUtc());
 }
 
-TEST_F(TakeIn, AddsTheCategory) {
+TEST_F(TakeIn, AddsCategory) {
   Task shopping = task("a");
   shopping.setString(Task::TASK_FIELD_CATEGORY, "shopping");
   EXPECT_EQ(takeIn(shopping).getString(Task::TASK_FIELD_CATEGORY), "shopping");
@@ -82,7 +82,7 @@ TEST_F(TakeIn, KeepsLettersWhole) {
   }
 }
 
-TEST_F(TakeIn, LeavesTheReportAloneIfNothingWasStored) {
+TEST_F(TakeIn, LeavesReportUnchangedIfNothingWasStored) {
   Task other = task("a");
   other.setString(Task::TASK_FIELD_SUMMARY, QString(513, 's'));
   std::vector<ulo::ShortenedText> shortened;

@@ -9,6 +9,7 @@
 #include "ZMessageDlg.h"
 #include "ZOptionsMenu.h"
 #include "ZSoftKey.h"
+#include "task_words.h"
 #include "texts.h"
 
 #include <QLineEdit>
@@ -35,9 +36,8 @@ ZTASK_ENG_Task sampleTask() {
 
 QValueList<QPixmap> stateIcons() {
   QValueList<QPixmap> icons;
-  for (const char* name : {"complete", "incomplete", "hi_pri", "normal_pri", "lo_pri"})
-    icons.append(
-        RES_ICON_Reader::getIcon(QStringLiteral("todo_task_%1_small.gif").arg(name), true));
+  for (const ulo::ShownAs* shown : ulo::iconOrder)
+    icons.append(RES_ICON_Reader::getIcon(QString::fromLatin1(shown->icon), true));
   return icons;
 }
 

@@ -8,9 +8,10 @@
 #include "ZOptionsMenu.h"
 #include "ZSoftKey.h"
 #include "ZTASK_ENG_Model.h"
+#include "list/task_list_view.h"
 #include "log_sink.h"
-#include "task_list_view.h"
-#include "task_window.h"
+#include "menu_items.h"
+#include "window/task_window.h"
 
 #include <QClipboard>
 #include <QComboBox>
@@ -137,20 +138,20 @@ void shootList(Phone& phone) {
   phone.type(QStringLiteral("xyz"));
   phone.shoot("list-no-match");
   phone.press({Qt::Key_Escape});
-  phone.take(11);
+  phone.take(ulo::listMenu::selectMultiple);
   phone.press({Qt::Key_Space, Qt::Key_Down, Qt::Key_Space});
   phone.shoot("list-choosing");
   phone.press({Qt::Key_F2});
   phone.shoot("list-undo");
-  phone.take(14);
+  phone.take(ulo::listMenu::sortByPriority);
   phone.shoot("list-by-priority");
-  phone.take(13);
+  phone.take(ulo::listMenu::sortByDue);
 }
 
 void shootForm(Phone& phone) {
   phone.press({Qt::Key_Home, Qt::Key_Return});
   phone.shoot("detail-in-window");
-  phone.take(1);
+  phone.take(ulo::detailMenu::edit);
   phone.shoot("form-edit");
   auto* form = phone.window().currentWidget();
   const QList<QPushButton*> dates = form->findChildren<QPushButton*>();
@@ -186,11 +187,11 @@ void shootHostile(const Camera& camera, ZTASK_ENG_Model& store) {
   phone.shoot("hostile-list");
   phone.press({Qt::Key_Down, Qt::Key_Return});
   phone.shoot("hostile-detail");
-  phone.take(1);
+  phone.take(ulo::detailMenu::edit);
   phone.shoot("hostile-form");
   phone.press({Qt::Key_F3, Qt::Key_F3});
-  phone.take(11);
-  phone.take(15);
+  phone.take(ulo::listMenu::selectMultiple);
+  phone.take(ulo::listMenu::selectAll);
   phone.shoot("hostile-choosing");
 }
 

@@ -1,4 +1,4 @@
-// Working in modal dialogs.
+// Tests of modal dialogs.
 #pragma once
 
 #include "gui_test.h"
@@ -8,7 +8,7 @@
 #include <QDialog>
 #include <QTimer>
 
-// Runs `open`, which opens a dialog of that class, and `work` on the dialog, which has to close it.
+// Runs `open`, which opens a dialog of this class, and `work` on the dialog, which must close it.
 template <typename Dialog, typename Open, typename Work> void inDialog(Open open, Work work) {
   bool came = false;
   QTimer timer;
@@ -31,7 +31,7 @@ template <typename Dialog, typename Open, typename Work> void inDialog(Open open
   EXPECT_TRUE(came) << "no such dialog";
 }
 
-// A press of this key in whatever has the focus in the dialog.
+// Presses this key in the widget with the focus in the dialog.
 inline auto pressing(Qt::Key key) {
   return [key](QDialog& dialog) {
     QWidget* focus = dialog.focusWidget();

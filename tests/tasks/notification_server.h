@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <vector>
 
-// In place of the desktop's notification server: keeps what it is to show.
+// A replacement for the desktop's notification server that records what it should show.
 class NotificationServer : public QDBusVirtualObject {
 public:
   struct Note {
@@ -29,11 +29,11 @@ public:
   explicit NotificationServer(const TestBus& bus);
   ~NotificationServer() override;
 
-  // What it says of itself.
+  // Its reply about its capabilities.
   QStringList capabilities = {QStringLiteral("actions"), QStringLiteral("body")};
-  // It answers with an error.
+  // Replies with an error.
   bool refuses = false;
-  // It keeps its answers until they are asked for.
+  // Holds its replies until they are requested.
   bool hesitates = false;
 
   std::vector<Note> notes;
@@ -41,7 +41,7 @@ public:
   std::vector<std::uint32_t> closed;  // by CloseNotification
 
   void answer();
-  // What the user does.
+  // Actions of the user.
   void invoke(std::uint32_t id, const QString& action);
   void closeByUser(std::uint32_t id);
 

@@ -1,4 +1,4 @@
-// How tasks are worded.
+// The texts of tasks.
 
 #include "task_texts.h"
 #include "tasks_test.h"
@@ -11,13 +11,13 @@ Task withSummary(const QString& summary) {
   return task;
 }
 
-TEST(TaskTexts, ATitleIsOneLineWithoutControlCharacters) {
+TEST(TaskTexts, TitleIsOneLineWithoutControlCharacters) {
   EXPECT_EQ(tasks::titleText(withSummary(QStringLiteral("a\r\nb\tc\u0007\u202Ed"))), "a b cd");
   EXPECT_EQ(tasks::titleText(withSummary(QString())), "Untitled");
   EXPECT_EQ(tasks::titleText(withSummary(QStringLiteral(" \n\u0001"))), "Untitled");
 }
 
-TEST(TaskTexts, ThereAreThreeWaysToHaveNoCategory) {
+TEST(TaskTexts, RecognizesNamesThatMeanNoCategory) {
   for (const QString& name : {QString(), QString(""), QString("none"), QString("None")}) {
     EXPECT_TRUE(tasks::isNoCategory(name));
     EXPECT_EQ(tasks::categoryText(name), "No Category");
@@ -25,7 +25,7 @@ TEST(TaskTexts, ThereAreThreeWaysToHaveNoCategory) {
   EXPECT_FALSE(tasks::isNoCategory("nones"));
 }
 
-TEST(TaskTexts, DefaultCategoriesAreWordedForTheUser) {
+TEST(TaskTexts, DefaultCategoriesAreTranslated) {
   application().setLanguages({"de"});
   EXPECT_EQ(tasks::categoryText("meeting"), "Besprechung");
   EXPECT_EQ(tasks::categoryText("Garten\n1"), "Garten 1");
@@ -33,7 +33,7 @@ TEST(TaskTexts, DefaultCategoriesAreWordedForTheUser) {
   EXPECT_EQ(tasks::categoryText("meeting"), "Meeting");
 }
 
-TEST(TaskTexts, ATaskIsOverdueFromTheDayAfterItsDueDay) {
+TEST(TaskTexts, TaskIsOverdueAfterItsDueDay) {
   const QDate today(2027, 3, 5);
   Task task = withSummary("a");
   task.setStatus(1);

@@ -1,9 +1,9 @@
-// What tests of the application's parts share: a store of the test's own, without a display.
+// Base of the tests of the application's parts: with its own store and without a display.
 #pragma once
 
+#include "ZTASK_ENG_Model.h"
 #include "gui_test.h"
 #include "store_test.h"
-#include "stored_tasks.h"
 
 #include <QSettings>
 
@@ -13,12 +13,12 @@
 class Tasks : public testing::Test {
 protected:
   Tasks() {
-    // Settings are the test's own too.
+    // The settings are the test's own, too.
     QSettings::setPath(QSettings::IniFormat, QSettings::UserScope,
                        QString::fromStdString((directory_.path() / "config").string()));
   }
 
-  // What is stored of a task; the rest is as in a new record of status 1.
+  // The fields of a task; others are those of a new record with status 1.
   struct Given {
     QString summary;
     std::optional<QDateTime> due = std::nullopt;
@@ -27,7 +27,7 @@ protected:
     QString category = {};
   };
 
-  // Stores a task; gives its UID.
+  // Stores a task. Returns its UID.
   unsigned int add(const Given& given) {
     Task task;
     task.setString(Task::TASK_FIELD_SUMMARY, given.summary);
@@ -52,12 +52,12 @@ protected:
   }
   // The UIDs of all tasks from the lowest.
   std::vector<unsigned int> allUids() {
-    tasks::Uids uids;
+    QValueList<unsigned int> uids;
     EXPECT_EQ(store_.getAllIDs(uids), ok);
     return {uids.begin(), uids.end()};
   }
 
-  // Has events handled until the condition holds. False when it doesn't for half a minute.
+  // Processes events until the condition holds. Returns false after half a minute.
   static bool waitFor(const std::function<bool()>& condition) {
     return QTest::qWaitFor(condition, 30'000);
   }

@@ -1,4 +1,4 @@
-// Changes that another program makes.
+// Changes by another program.
 #pragma once
 
 #include <QProcess>

@@ -13,7 +13,7 @@
 using testing::ElementsAre;
 using testing::IsSupersetOf;
 
-// The interface that a framework may have the plug-in hold.
+// An interface that a framework passes to the plug-in.
 struct SDActionAccess {
   static QUnknownInterface*& held(TASK_UI_SDAction& plugin) { return plugin.held_; }
 };
@@ -52,7 +52,7 @@ protected:
   }
   QString path() { return QString::fromStdString((directory_.path() / "item.vcs").string()); }
 
-  // What the plug-in said since it was asked to act.
+  // The log of the plug-in since it was invoked.
   std::vector<std::string> said() {
     std::vector<std::string> all = lines(source);
     all.erase(all.begin(), std::find(all.begin(), all.end(), "Entering invokeAction"));
@@ -75,7 +75,7 @@ TEST(ActionPluginLife, CountsReferences) {
   EXPECT_TRUE(deleted);
 }
 
-TEST(ActionPluginLife, ComesWithOneReference) {
+TEST(ActionPluginLife, StartsWithOneReference) {
   const LogCapture quiet;
   QUnknownInterface* plugin = ucm_instantiate();
   ASSERT_NE(plugin, nullptr);
@@ -102,7 +102,7 @@ TEST(ActionPluginLife, KnowsTwoInterfaces) {
   plugin->release();
 }
 
-// Counts how often it is released.
+// Counts its releases.
 class HeldInterface : public QUnknownInterface {
 public:
   unsigned long queryInterface(const QUuid&, QUnknownInterface**) override {
@@ -114,7 +114,7 @@ public:
   unsigned long released = 0;
 };
 
-TEST_F(ActionPlugin, ReleasesWhatItHoldsHoweverAnActionEnds) {
+TEST_F(ActionPlugin, ReleasesHeldInterfaceAfterEveryAction) {
   const auto releasedBy = [this](const char* action, const char* bytes) {
     HeldInterface held;
     SDActionAccess::held(*static_cast<TASK_UI_SDAction*>(plugin_)) = &held;
@@ -129,16 +129,16 @@ TEST_F(ActionPlugin, ReleasesWhatItHoldsHoweverAnActionEnds) {
   EXPECT_EQ(releasedBy("TASK_PRINT", milk.c_str()), 1U);
   platform_.lockResult = 0;
   EXPECT_EQ(releasedBy("TASK_SAVE", milk.c_str()), 1U);
-  // Nothing is held now.
+  // No interface is held now.
   EXPECT_EQ(SDActionAccess::held(*static_cast<TASK_UI_SDAction*>(plugin_)), nullptr);
 }
 
-TEST_F(ActionPlugin, SaysWhoItIs) {
+TEST_F(ActionPlugin, ReportsItsUuid) {
   EXPECT_EQ(plugin_->getUuid().toString(), actionUuid);
   EXPECT_TRUE(plugin_->describe().isNull());
 }
 
-TEST_F(ActionPlugin, SavesAndSaysSo) {
+TEST_F(ActionPlugin, SavesAndReportsIt) {
   EXPECT_TRUE(invoke("TASK_SAVE", milk));
   EXPECT_THAT(stored(), ElementsAre("Buy milk"));
   ASSERT_EQ(dialogs_.size(), 1U);
@@ -159,7 +159,7 @@ TEST_F(ActionPlugin, TextsOfDialogsHaveIds) {
   EXPECT_EQ(dialogs_[0].text, "[FMT_RID_INSTRUCTIONALTXT_1_SAVED_TO_TASK_LIST]");
 }
 
-TEST_F(ActionPlugin, ASummaryIsShownAsItIs) {
+TEST_F(ActionPlugin, SummaryIsShownUnchanged) {
   EXPECT_TRUE(invoke("TASK_SAVE", calendar(todo("SUMMARY:%1 <b>%2</b> & %L1\r\n"))));
   ASSERT_EQ(dialogs_.size(), 1U);
   EXPECT_EQ(dialogs_[0].text, "%1 <b>%2</b> & %L1 saved to Task List");
@@ -170,13 +170,13 @@ TEST_F(ActionPlugin, SavesTheFirstOfSeveral) {
   EXPECT_THAT(stored(), ElementsAre("one"));
 }
 
-TEST_F(ActionPlugin, BytesComeThroughUnchanged) {
+TEST_F(ActionPlugin, PassesBytesUnchanged) {
   EXPECT_TRUE(invoke("TASK_SAVE", calendar(todo("SUMMARY;CHARSET=UTF-8:K\xC3\xA4se\r\n"))));
   EXPECT_TRUE(invoke("TASK_SAVE", calendar(todo("SUMMARY:K\xE4se\r\n"))));
   EXPECT_THAT(stored(), ElementsAre("Käse", "Käse"));
 }
 
-TEST_F(ActionPlugin, WhatIsNoToDoIsNotSaved) {
+TEST_F(ActionPlugin, DoesNotSaveTextWithoutTodo) {
   EXPECT_FALSE(invoke("TASK_SAVE", "no calendar"));
   EXPECT_FALSE(invoke("TASK_SAVE", ""));
   EXPECT_THAT(stored(), ElementsAre());
@@ -194,7 +194,7 @@ TEST_F(ActionPlugin, ShowsWithoutSaving) {
                                   "View a vTodo", "Leaving invoke Action"));
 }
 
-TEST_F(ActionPlugin, WhatIsNoToDoIsNotShown) {
+TEST_F(ActionPlugin, DoesNotShowTextWithoutTodo) {
   EXPECT_FALSE(invoke("TASK_VIEW", "no calendar"));
   EXPECT_THAT(shown(), ElementsAre());
   EXPECT_THAT(said(), ElementsAre("Entering invokeAction", "String passed to parser: \nno calendar",
@@ -209,7 +209,7 @@ TEST_F(ActionPlugin, AnotherActionCountsAsDone) {
   EXPECT_TRUE(dialogs_.empty());
 }
 
-TEST_F(ActionPlugin, NeedsToPassTheLock) {
+TEST_F(ActionPlugin, AsksTheLock) {
   platform_.lockResult = 0;
   EXPECT_FALSE(invoke("TASK_SAVE", milk));
   EXPECT_FALSE(invoke("TASK_VIEW", milk));
@@ -219,7 +219,7 @@ TEST_F(ActionPlugin, NeedsToPassTheLock) {
   EXPECT_THAT(shown(), ElementsAre());
 }
 
-TEST_F(ActionPlugin, AFileThatCannotBeReadIsLogged) {
+TEST_F(ActionPlugin, LogsFileThatCannotBeRead) {
   EXPECT_FALSE(invoke("TASK_SAVE"));
   EXPECT_THAT(said(), ElementsAre("Entering invokeAction",
                                   "Can not open vtodo file: " + path().toStdString() + "\n"));
@@ -240,7 +240,7 @@ public:
   ~FullStore() { sqlite3_reset_auto_extension(); }
 };
 
-TEST_F(ActionPlugin, TellsUserIfStoreIsFull) {
+TEST_F(ActionPlugin, ReportsFullStore) {
   const std::string large = calendar(todo("DESCRIPTION:" + std::string(4002, 'n') + "\r\n"));
   const FullStore full;
   EXPECT_FALSE(invoke("TASK_SAVE", large));
@@ -269,7 +269,7 @@ TEST_F(ActionPlugin, ShowsNoDialogForOtherFailures) {
   EXPECT_TRUE(dialogs_.empty());
 }
 
-TEST_F(ActionPlugin, ShowsNoDialogForTaskThatIsRemovedAtOnce) {
+TEST_F(ActionPlugin, DoesNotReportTaskThatIsGone) {
   addTrigger("removal AFTER INSERT ON task_table_task "
              "BEGIN DELETE FROM task_table_task WHERE UID = NEW.UID; END");
   EXPECT_TRUE(invoke("TASK_SAVE", milk));
@@ -277,7 +277,7 @@ TEST_F(ActionPlugin, ShowsNoDialogForTaskThatIsRemovedAtOnce) {
   EXPECT_THAT(said(), IsSupersetOf({"for model error", "Leaving invoke Action"}));
 }
 
-TEST_F(ActionPlugin, AStoreThatRefusesShowsNothing) {
+TEST_F(ActionPlugin, FailingStoreShowsNothing) {
   closeStore();
   EXPECT_FALSE(invoke("TASK_SAVE", milk));
   EXPECT_TRUE(dialogs_.empty());

@@ -1,9 +1,10 @@
-// What the keys and the menu of the detail view do.
+// The keys and the menu of the detail view.
 
 #include "ZApplication.h"
 #include "ZOptionsMenu.h"
 #include "ZSoftKey.h"
 #include "ZTASK_ENG_Model.h"
+#include "menu_items.h"
 #include "screen_test.h"
 
 #include <QPointer>
@@ -50,12 +51,12 @@ protected:
   std::vector<std::string> emitted_;
 };
 
-TEST_F(DetailActions, BackGoesToTheList) {
+TEST_F(DetailActions, BackReturnsToList) {
   view_->slotBack();
   EXPECT_THAT(emitted_, ElementsAre("change 3 0 null", "dispose 3"));
 }
 
-TEST_F(DetailActions, TheBackKeyGoesBackOnce) {
+TEST_F(DetailActions, BackKeyGoesBackOnce) {
   view_->show();
   ASSERT_TRUE(QTest::qWaitForWindowActive(view_));
   QTest::keyClick(view_, Qt::Key_F3);
@@ -65,7 +66,7 @@ TEST_F(DetailActions, TheBackKeyGoesBackOnce) {
   EXPECT_THAT(emitted_, ElementsAre("change 3 0 null", "dispose 3"));
 }
 
-TEST_F(DetailActions, TheBackKeyWorksAfterAnotherTaskWasOpened) {
+TEST_F(DetailActions, BackKeyWorksAfterAnotherTaskWasOpened) {
   view_->openView(&task_);
   view_->show();
   ASSERT_TRUE(QTest::qWaitForWindowActive(view_));
@@ -73,7 +74,7 @@ TEST_F(DetailActions, TheBackKeyWorksAfterAnotherTaskWasOpened) {
   EXPECT_THAT(emitted_, ElementsAre("change 3 0 null", "dispose 3"));
 }
 
-TEST_F(DetailActions, TheOptionsKeyOpensTheMenu) {
+TEST_F(DetailActions, OptionsKeyOpensMenu) {
   view_->show();
   ASSERT_TRUE(QTest::qWaitForWindowActive(view_));
   QTest::keyClick(view_, Qt::Key_F1);
@@ -86,29 +87,29 @@ TEST_F(DetailActions, TheOptionsKeyOpensTheMenu) {
   EXPECT_THAT(emitted_, ElementsAre());
   QTest::keyClick(view_, Qt::Key_F1);
   ASSERT_TRUE(menu->isVisible());
-  // F1 takes the current item, the first.
+  // F1 triggers the current item, the first one.
   QTest::keyClick(menu, Qt::Key_F1);
   EXPECT_THAT(emitted_, ElementsAre("change 3 2 1", "dispose 3"));
 }
 
-TEST_F(DetailActions, EditGoesToTheFormWithTheTask) {
-  choose(1);
+TEST_F(DetailActions, EditOpensFormWithTask) {
+  choose(ulo::detailMenu::edit);
   EXPECT_THAT(emitted_, ElementsAre("change 3 2 1", "dispose 3"));
 }
 
-TEST_F(DetailActions, TheHeadingDoesNothing) {
-  choose(2);
+TEST_F(DetailActions, HeadingDoesNothing) {
+  choose(ulo::detailMenu::share);
   EXPECT_THAT(emitted_, ElementsAre());
   EXPECT_EQ(platform_.shares, 0);
   EXPECT_THAT(platform_.launched, ElementsAre());
 }
 
 TEST_F(DetailActions, BluetoothAndMessageShare) {
-  choose(3);
+  choose(ulo::detailMenu::bluetooth);
   EXPECT_EQ(platform_.shares, 1);
   EXPECT_THAT(platform_.launched, ElementsAre());
   qputenv("ULO_LOCAL_APP_WRITE_PATH", directory_.path().c_str());
-  choose(4);
+  choose(ulo::detailMenu::message);
   qunsetenv("ULO_LOCAL_APP_WRITE_PATH");
   EXPECT_EQ(platform_.shares, 1);
   EXPECT_EQ(platform_.launched.size(), 1U);
@@ -118,14 +119,14 @@ TEST_F(DetailActions, BluetoothAndMessageShare) {
 TEST_F(DetailActions, DeleteRemovesAtOnce) {
   ZTASK_ENG_Task other;
   ASSERT_EQ(store_.addTask(other), 0);
-  choose(5);
+  choose(ulo::detailMenu::remove);
   EXPECT_EQ(count(), 1);
   EXPECT_NE(store_.getTask(task_.getUINT32(Task::TASK_FIELD_UID), other), 0);
   EXPECT_THAT(emitted_, ElementsAre("change 3 0 null", "dispose 3"));
   EXPECT_THAT(lines(source), ElementsAre());
 }
 
-TEST_F(DetailActions, DeletingWhatIsGoneIsOnlyLogged) {
+TEST_F(DetailActions, DeletingRemovedTaskIsOnlyLogged) {
   ASSERT_EQ(store_.removeTask(task_.getUINT32(Task::TASK_FIELD_UID)), 0);
   view_->slotDeleteTask();
   EXPECT_THAT(emitted_, ElementsAre("change 3 0 null", "dispose 3"));
@@ -139,14 +140,14 @@ TEST_F(DetailActions, NothingIsEmittedWhileSignalsAreBlocked) {
   EXPECT_THAT(emitted_, ElementsAre());
 }
 
-TEST_F(DetailActions, AReceiverMayDeleteTheViewLater) {
+TEST_F(DetailActions, ReceiverMayDeleteViewLater) {
   QObject::connect(view_, &TASK_UI_View::disposeView, view_, [this] { view_->deleteLater(); });
-  choose(1);
+  choose(ulo::detailMenu::edit);
   finishEvents();
   EXPECT_TRUE(view_.isNull());
 }
 
-TEST_F(DetailActions, ReturningToIdleClosesTheView) {
+TEST_F(DetailActions, ReturnToIdleClosesView) {
   view_->show();
   application().returnToIdle(7);
   finishEvents();
@@ -155,7 +156,7 @@ TEST_F(DetailActions, ReturningToIdleClosesTheView) {
   EXPECT_THAT(emitted_, ElementsAre());
 }
 
-TEST_F(DetailActions, AloneBackClosesAndDeletesTheView) {
+TEST_F(DetailActions, StandaloneBackClosesAndDeletesView) {
   QPointer<TASK_UI_DetailView> view = new TASK_UI_DetailView(nullptr, nullptr, 0);
   listen(*view);
   view->openStandaloneView(task_);
@@ -167,7 +168,7 @@ TEST_F(DetailActions, AloneBackClosesAndDeletesTheView) {
   EXPECT_THAT(emitted_, ElementsAre());
 }
 
-TEST_F(DetailActions, AloneReturningToIdleClosesAndDeletesTheView) {
+TEST_F(DetailActions, StandaloneReturnToIdleClosesAndDeletesView) {
   QPointer<TASK_UI_DetailView> view = new TASK_UI_DetailView(nullptr, nullptr, 0);
   view->openStandaloneView(task_);
   view->show();
@@ -176,7 +177,7 @@ TEST_F(DetailActions, AloneReturningToIdleClosesAndDeletesTheView) {
   EXPECT_TRUE(view.isNull());
 }
 
-// Ignores the closing of a window.
+// Ignores close events of a window.
 class KeepsOpen : public QObject {
 public:
   bool eventFilter(QObject*, QEvent* event) override {
@@ -187,7 +188,7 @@ public:
   }
 };
 
-TEST_F(DetailActions, AloneItGoesEvenIfItsCloseEventIsIgnored) {
+TEST_F(DetailActions, StandaloneIsDeletedEvenIfCloseEventIsIgnored) {
   for (const bool byKey : {true, false}) {
     KeepsOpen filter;
     QPointer<TASK_UI_DetailView> view = new TASK_UI_DetailView(nullptr, nullptr, 0);
@@ -203,7 +204,7 @@ TEST_F(DetailActions, AloneItGoesEvenIfItsCloseEventIsIgnored) {
   }
 }
 
-TEST_F(DetailActions, AloneItMayBeDeletedByItsCloseEvent) {
+TEST_F(DetailActions, StandaloneMayBeDeletedByCloseEvent) {
   class Deletes : public QObject {
   public:
     using QObject::QObject;
@@ -221,7 +222,7 @@ TEST_F(DetailActions, AloneItMayBeDeletedByItsCloseEvent) {
   EXPECT_TRUE(view.isNull());
 }
 
-TEST_F(DetailActions, AViewThatIsNotShownCanGoBackToo) {
+TEST_F(DetailActions, HiddenViewCanGoBack) {
   QPointer<TASK_UI_DetailView> view = new TASK_UI_DetailView(nullptr, nullptr, 0);
   view->openStandaloneView(task_);
   view->slotBack();

@@ -1,10 +1,11 @@
-// What the detail view shows.
+// The contents of the detail view.
 
 #include "UTIL_DateTime.h"
 #include "UTIL_TimeConversion.h"
 #include "ZDetailView.h"
 #include "ZOptionsMenu.h"
 #include "ZSoftKey.h"
+#include "menu_items.h"
 #include "screen_test.h"
 
 using testing::ElementsAre;
@@ -32,7 +33,7 @@ protected:
     return qobject_cast<ZDetailView*>(view_.contentWidget());
   }
   QString content(Row row) { return open()->item(row)->content(); }
-  // The place of a row's icon in the list; -1 for none.
+  // The index of a row's icon in the list; -1 for none.
   int iconOf(Row row) {
     const QPixmap icon = open()->item(row)->icon();
     for (uint i = 0; i < icons_.count(); ++i)
@@ -64,7 +65,7 @@ TEST_F(DetailView, IsTitledAfterTheTask) {
   EXPECT_EQ(view_.appTitle(), "Buy milk");
 }
 
-TEST_F(DetailView, LabelsHaveIdsOfTheirMode) {
+TEST_F(DetailView, LabelIdsDependOnMode) {
   const TextsAsIds ids;
   const auto labels = [](const TASK_UI_DetailView& view) {
     const auto* rows = qobject_cast<ZDetailView*>(view.contentWidget());
@@ -100,12 +101,17 @@ TEST_F(DetailView, ContentsHaveIds) {
   }
 }
 
-TEST_F(DetailView, TheDueDateHasNoTime) {
+TEST_F(DetailView, DueDateHasNoTime) {
   const QDateTime due(QDate(2027, 3, 5), QTime(18, 30));
   task_.setDateTime(Task::TASK_FIELD_DUE, due);
   EXPECT_EQ(content(dueRow), UTIL_DateTime::dateToString(due, UTIL_DateTime::dateOnly));
   EXPECT_FALSE(content(dueRow).contains("18"));
   task_.setDateTime(Task::TASK_FIELD_DUE, UTIL_TimeConversion::fromUTC(2147483647));
+  EXPECT_EQ(content(dueRow), "No Due Date");
+}
+
+TEST_F(DetailView, InvalidDueDateIsNoDate) {
+  task_.setDateTime(Task::TASK_FIELD_DUE, QDateTime());
   EXPECT_EQ(content(dueRow), "No Due Date");
 }
 
@@ -135,14 +141,14 @@ TEST_F(DetailView, PriorityIsShownInThreeClasses) {
   }
 }
 
-TEST_F(DetailView, WithoutIconsTextsAreShown) {
+TEST_F(DetailView, ShowsTextsWithoutIcons) {
   view_.openView(&task_);
   const auto* rows = qobject_cast<ZDetailView*>(view_.contentWidget());
   EXPECT_EQ(rows->item(statusRow)->content(), "Incomplete");
   EXPECT_TRUE(rows->item(statusRow)->icon().isNull());
 }
 
-TEST_F(DetailView, KeepsACopyOfTheTask) {
+TEST_F(DetailView, KeepsCopyOfTask) {
   open();
   task_.setString(Task::TASK_FIELD_SUMMARY, QStringLiteral("changed"));
   QString shown;
@@ -164,7 +170,7 @@ TEST_F(DetailView, HasTwoKeys) {
   EXPECT_EQ(view_.cstWidget()->text(ZSoftKey::right), "[TXT_RID_SOFTKEY_BACK]");
 }
 
-TEST_F(DetailView, TheMenuHasTextsOfItsOwn) {
+TEST_F(DetailView, MenuHasOwnTexts) {
   open();
   const auto texts = [this] {
     const auto* menu = view_.findChild<ZOptionsMenu*>();
@@ -176,8 +182,10 @@ TEST_F(DetailView, TheMenuHasTextsOfItsOwn) {
   EXPECT_THAT(texts(),
               ElementsAre("1 Edit", "2 Share via", "3 Bluetooth", "4 Message", "5 Delete"));
   const auto* menu = view_.findChild<ZOptionsMenu*>();
-  ASSERT_NE(menu->item(2)->menu(), nullptr);
-  EXPECT_THAT(menu->item(2)->menu()->actions(), ElementsAre(menu->item(3), menu->item(4)));
+  ASSERT_NE(menu->item(ulo::detailMenu::share)->menu(), nullptr);
+  EXPECT_THAT(
+      menu->item(ulo::detailMenu::share)->menu()->actions(),
+      ElementsAre(menu->item(ulo::detailMenu::bluetooth), menu->item(ulo::detailMenu::message)));
   EXPECT_EQ(menu->actions().size(), 3);
   const TextsAsIds ids;
   open();
@@ -187,14 +195,14 @@ TEST_F(DetailView, TheMenuHasTextsOfItsOwn) {
   EXPECT_THAT(lines(), ElementsAre());
 }
 
-TEST_F(DetailView, AMenuItemThatItDoesNotKnowIsLogged) {
+TEST_F(DetailView, LogsUnknownMenuItem) {
   platform_.unknownMenuItem = 99;
   open();
   EXPECT_THAT(lines(), ElementsAre("shouldn't come here! check the ini file"));
-  EXPECT_EQ(view_.findChild<ZOptionsMenu*>()->item(1)->text(), "Edit");
+  EXPECT_EQ(view_.findChild<ZOptionsMenu*>()->item(ulo::detailMenu::edit)->text(), "Edit");
 }
 
-TEST_F(DetailView, AloneItOnlyGoesBack) {
+TEST_F(DetailView, StandaloneOnlyGoesBack) {
   TASK_UI_DetailView view(nullptr, nullptr, 0);
   view.openStandaloneView(task_);
   EXPECT_EQ(view.cstWidget()->text(ZSoftKey::left), "");
@@ -202,7 +210,7 @@ TEST_F(DetailView, AloneItOnlyGoesBack) {
   EXPECT_EQ(view.findChild<ZOptionsMenu*>(), nullptr);
 }
 
-TEST_F(DetailView, AloneItReadsItsIcons) {
+TEST_F(DetailView, StandaloneReadsItsIcons) {
   TASK_UI_DetailView view(nullptr, nullptr, 0);
   const auto icon = [&](int status, int priority, Row row) {
     task_.setStatus(status);
@@ -218,14 +226,14 @@ TEST_F(DetailView, AloneItReadsItsIcons) {
   EXPECT_THAT(lines(), ElementsAre());
 }
 
-TEST_F(DetailView, AloneItHasNoIconsButItsOwn) {
+TEST_F(DetailView, StandaloneUsesOnlyItsIcons) {
   view_.loadPixmap(icons_);
   view_.openStandaloneView(task_);
   const QPixmap icon = qobject_cast<ZDetailView*>(view_.contentWidget())->item(statusRow)->icon();
   EXPECT_TRUE(isIcon(icon, "todo_task_incomplete_small.gif"));
 }
 
-TEST_F(DetailView, TheRowsHaveTheFocus) {
+TEST_F(DetailView, RowsHaveFocus) {
   open();
   view_.show();
   ASSERT_TRUE(QTest::qWaitForWindowActive(&view_));

@@ -1,4 +1,4 @@
-// What tests of the entry points share.
+// Base of the tests of the entry points.
 #pragma once
 
 #include "ZMessageDlg.h"
@@ -48,7 +48,7 @@ protected:
         result.push_back(view->appTitle().toStdString());
     return result;
   }
-  // Each dialog that comes up is noted and closed.
+  // Records and closes every dialog.
   void closeDialogs() {
     QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] {
       if (auto* dialog = qobject_cast<ZMessageDlg*>(QApplication::activeModalWidget())) {
@@ -64,7 +64,7 @@ protected:
     { const ZTASK_ENG_Model creates; }
     RawDatabase(directory_.path()).run("CREATE TRIGGER " + trigger);
   }
-  // From now on the store accepts no tasks.
+  // The store accepts no more tasks.
   void closeStore() {
     addTrigger("closed BEFORE INSERT ON task_table_task BEGIN SELECT RAISE(ABORT, 'closed'); END");
   }

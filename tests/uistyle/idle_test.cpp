@@ -1,4 +1,4 @@
-// The request to return to the idle screen, by an application object of any class.
+// The request to return to the idle screen, with application objects of any class.
 
 #include "TASK_UI_DetailView.h"
 #include "temporary_directory.h"
@@ -32,7 +32,7 @@ TEST(ReturnToIdle, ClosesViewsOfAnyApplicationThatHasTheSignal) {
   EXPECT_FALSE(view.isVisible());
 }
 
-TEST(ReturnToIdle, DeletesViewThatStandsAlone) {
+TEST(ReturnToIdle, DeletesStandaloneView) {
   const DataDirectory directory;
   ZTASK_ENG_Task task;
   QPointer<TASK_UI_DetailView> view = new TASK_UI_DetailView(nullptr, nullptr, 0);

@@ -1,4 +1,4 @@
-// The application lock, as the entry points ask it.
+// The application lock, as the entry points use it.
 
 #include "lock_check.h"
 
@@ -10,34 +10,34 @@ namespace {
 
 class Lock : public Screen {};
 
-TEST_F(Lock, OpenLetsTheUserIn) {
+TEST_F(Lock, OpenLockGrantsAccess) {
   EXPECT_EQ(appLockCheck(), 1);
   EXPECT_THAT(platform_.lockCalls, ElementsAre("{9a4cdb74-34ec-415e-ba36-b8c2a35d0071} 1"));
   EXPECT_THAT(lines(), ElementsAre("get dllHandle success!\n", "verify successed!\n"));
   EXPECT_EQ(platform_.librariesOpen, 0);
 }
 
-TEST_F(Lock, AnyAnswerButZeroLetsTheUserIn) {
+TEST_F(Lock, NonzeroAnswerGrantsAccess) {
   for (const int answer : {2, -1}) {
     platform_.lockResult = answer;
     EXPECT_EQ(appLockCheck(), 1);
   }
 }
 
-TEST_F(Lock, ARefusedCodeKeepsTheUserOut) {
+TEST_F(Lock, RejectedCodeDeniesAccess) {
   platform_.lockResult = 0;
   EXPECT_EQ(appLockCheck(), 0);
   EXPECT_THAT(lines(), ElementsAre("get dllHandle success!\n", "verify failed!\n"));
   EXPECT_EQ(platform_.librariesOpen, 0);
 }
 
-TEST_F(Lock, WithoutItsLibraryKeepsTheUserOut) {
+TEST_F(Lock, DeniesAccessWithoutLibrary) {
   platform_.hasLockLibrary = false;
   EXPECT_EQ(appLockCheck(), 0);
   EXPECT_THAT(lines(), ElementsAre("get dllHandle failed!\n"));
 }
 
-TEST_F(Lock, WithoutItsFunctionTheLibraryStaysOpen) {
+TEST_F(Lock, LibraryStaysOpenWithoutFunction) {
   platform_.hasLockFunction = false;
   EXPECT_EQ(appLockCheck(), 0);
   EXPECT_THAT(lines(),

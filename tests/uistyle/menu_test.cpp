@@ -45,12 +45,12 @@ TEST(TasksMenu, OfTheForm) {
   EXPECT_THAT(itemsOf("formView"), ElementsAre("1/0 Cancel Edit"));
 }
 
-TEST(TasksMenu, OfAnotherNameIsEmpty) {
+TEST(TasksMenu, UnknownMenuIsEmpty) {
   for (const char* name : {"", "listview", "detailView", "formView "})
     EXPECT_THAT(itemsOf(name), ElementsAre()) << name;
 }
 
-TEST(TasksMenu, IsAppended) {
+TEST(TasksMenu, AppendsItems) {
   tasksMenu parser;
   QValueList<ZOptMenuItem> items;
   items.append({QStringLiteral("first"), 99, 0, 0});
@@ -59,7 +59,7 @@ TEST(TasksMenu, IsAppended) {
   EXPECT_EQ(items.at(0).id, 99);
 }
 
-// What the meta-object of a class says of its own members.
+// The own members in the meta-object of a class.
 std::vector<std::string> ownMethods(const QMetaObject& meta, QMetaMethod::MethodType type) {
   std::vector<std::string> result;
   for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)

@@ -1,4 +1,4 @@
-// A task on its way out through the real launcher.
+// Sharing a task through the real launcher.
 
 #include "TASK_UI_DetailView.h"
 #include "ZTASK_ENG_Model.h"
@@ -34,7 +34,7 @@ protected:
       qunsetenv(name);
   }
 
-  // The message composer is a program that keeps what it is given.
+  // The message composer is a program that records its arguments.
   void makeComposer(const char* wait) {
     const std::string program = directory_.path() / "composer";
     const std::string kept = directory_.path() / "kept";
@@ -70,7 +70,7 @@ protected:
   ZTASK_ENG_Model store_;
 };
 
-TEST_F(Outbound, TheComposerGetsTheFileWhichGoesWithIt) {
+TEST_F(Outbound, FileIsDeletedWhenComposerExits) {
   makeComposer("true");
   send();
   EXPECT_THAT(kept(), HasSubstr("Buy milk=3B 100 % \"fres"));
@@ -79,7 +79,7 @@ TEST_F(Outbound, TheComposerGetsTheFileWhichGoesWithIt) {
   EXPECT_TRUE(QTest::qWaitFor([this] { return isOutEmpty(); }, 30'000));
 }
 
-TEST_F(Outbound, AComposerThatIsNotWaitedForKeepsTheFile) {
+TEST_F(Outbound, FileStaysForComposerThatIsNotWaitedFor) {
   makeComposer("false");
   send();
   EXPECT_THAT(kept(), HasSubstr("Buy milk"));

@@ -1,4 +1,4 @@
-// A to-do that another device pushed.
+// A to-do that was received from another device.
 
 #include "TASK_UI_VTodo.h"
 
@@ -17,7 +17,7 @@ constexpr char wrongFormat[] = "Task shareby bluetooth fail for Task_Sync's erro
 
 class ReceivedTodo : public EntryPoint {
 protected:
-  // Hands over a text with its zero byte.
+  // Passes a text with its zero byte.
   unsigned int receive(const std::string& text) { return receiveBytes(text + '\0'); }
   unsigned int receiveBytes(const std::string& bytes) {
     QArray<char> data;
@@ -47,7 +47,7 @@ TEST_F(ReceivedTodo, IsStoredAndShown) {
   EXPECT_THAT(lines(source), ElementsAre("after add to db the vtodo is " + milk));
 }
 
-TEST_F(ReceivedTodo, BackClosesAndDeletesTheView) {
+TEST_F(ReceivedTodo, BackClosesAndDeletesView) {
   receive(milk);
   std::vector<QPointer<TASK_UI_DetailView>> views;
   for (QWidget* window : QApplication::topLevelWidgets())
@@ -61,13 +61,13 @@ TEST_F(ReceivedTodo, BackClosesAndDeletesTheView) {
   EXPECT_TRUE(views[0].isNull());
 }
 
-TEST_F(ReceivedTodo, OnlyTheFirstIsTaken) {
+TEST_F(ReceivedTodo, StoresOnlyTheFirst) {
   EXPECT_EQ(receive(calendar(todo("SUMMARY:one\r\n") + todo("SUMMARY:two\r\n"))), 0U);
   EXPECT_THAT(stored(), ElementsAre("one"));
   EXPECT_THAT(shown(), ElementsAre("one"));
 }
 
-TEST_F(ReceivedTodo, TextsAreCut) {
+TEST_F(ReceivedTodo, TruncatesTexts) {
   const std::string note(4003, 'n');
   EXPECT_EQ(receive(calendar(
                 todo("SUMMARY:" + std::string(513, 's') + "\r\nDESCRIPTION:" + note + "\r\n"))),
@@ -101,7 +101,7 @@ TEST_F(ReceivedTodo, IsReadUpToItsFirstZeroByte) {
   EXPECT_EQ(receive(cut), 1U);
 }
 
-TEST_F(ReceivedTodo, WhatIsNoToDoIsRefused) {
+TEST_F(ReceivedTodo, RejectsTextWithoutTodo) {
   for (const std::string& text : {std::string(), std::string("no calendar"), calendar("")}) {
     log_.~LogCapture();
     new (&log_) LogCapture;
@@ -112,12 +112,12 @@ TEST_F(ReceivedTodo, WhatIsNoToDoIsRefused) {
   EXPECT_THAT(shown(), ElementsAre());
 }
 
-TEST_F(ReceivedTodo, AnArrayWithoutBytesIsRefused) {
+TEST_F(ReceivedTodo, RejectsEmptyArray) {
   EXPECT_EQ(receiveBytes(""), 1U);
   EXPECT_THAT(lines(source), ElementsAre(wrongFormat));
 }
 
-TEST_F(ReceivedTodo, RefusesNullTask) {
+TEST_F(ReceivedTodo, RejectsNullTask) {
   QList<ZTASK_ENG_Task> tasks;
   tasks.append(nullptr);
   ZTASK_ENG_Task task;
@@ -139,7 +139,7 @@ TEST_F(ReceivedTodo, NeedsToPassTheLock) {
   EXPECT_THAT(shown(), ElementsAre());
 }
 
-TEST_F(ReceivedTodo, AStoreThatRefusesLooksLikeSuccess) {
+TEST_F(ReceivedTodo, FailingStoreLooksLikeSuccess) {
   closeStore();
   EXPECT_EQ(receive(milk), 0U);
   EXPECT_THAT(lines(source),

@@ -1,4 +1,4 @@
-// A task on its way out: as a message's attachment, over Bluetooth.
+// Sharing a task: as an attachment of a message, and over Bluetooth.
 
 #include "TASK_ENG_SyncML.h"
 #include "ZTASK_ENG_Model.h"
@@ -43,7 +43,7 @@ protected:
   ZTASK_ENG_Task task_;
 };
 
-TEST_F(Sharing, AMessageHasTheTaskAttached) {
+TEST_F(Sharing, MessageHasTaskAttached) {
   viewOf(QStringLiteral("Buy milk"))->sendToMessage();
   EXPECT_THAT(files(), ElementsAre("Buy milk-20070315-093005.vcs"));
   const std::string path = out_.path() / "Buy milk-20070315-093005.vcs";
@@ -73,7 +73,7 @@ TEST_F(Sharing, AttachmentsAreNamedBySummaryAndTime) {
   }
 }
 
-TEST_F(Sharing, WithoutAFileTheComposerIsNotOpened) {
+TEST_F(Sharing, DoesNotOpenComposerWithoutFile) {
   viewOf(QStringLiteral("a/b"))->sendToMessage();
   EXPECT_THAT(platform_.launched, ElementsAre());
   EXPECT_THAT(lines(source), ElementsAre("attached file " + out_.path().string() +
@@ -87,9 +87,9 @@ TEST_F(Sharing, WithoutADirectoryThePathBeginsAtTheRoot) {
               ElementsAre("attached file /no/where-20070315-093005.vcs isnot exist"));
 }
 
-TEST_F(Sharing, BluetoothGetsTheStoredText) {
+TEST_F(Sharing, BluetoothSendsStoredText) {
   const auto view = viewOf(QStringLiteral("Buy milk"));
-  // What is stored counts, not what is shown.
+  // The stored task is sent, not the one that is shown.
   task_.setString(Task::TASK_FIELD_NOTE, QStringLiteral("changed meanwhile"));
   ASSERT_EQ(store_.updateTask(task_), 0);
   view->sendToBluetooth();
@@ -103,12 +103,12 @@ TEST_F(Sharing, BluetoothGetsTheStoredText) {
   EXPECT_THAT(lines(source), ElementsAre());
 }
 
-TEST_F(Sharing, WithoutASummaryTheNameIsTheExtension) {
+TEST_F(Sharing, NameWithoutSummaryIsExtension) {
   viewOf(QString())->sendToBluetooth();
   EXPECT_EQ(platform_.sharedName, ".vcs");
 }
 
-TEST_F(Sharing, NothingOfATaskThatIsGoneIsPushed) {
+TEST_F(Sharing, SendsNothingOfRemovedTask) {
   const auto view = viewOf(QStringLiteral("Buy milk"));
   ASSERT_EQ(store_.removeTask(task_.getUINT32(Task::TASK_FIELD_UID)), 0);
   view->sendToBluetooth();
@@ -116,7 +116,7 @@ TEST_F(Sharing, NothingOfATaskThatIsGoneIsPushed) {
   EXPECT_THAT(lines(source), ElementsAre("the task can't be read, ret = 1; nothing is sent"));
 }
 
-TEST_F(Sharing, ARefusedPushIsLogged) {
+TEST_F(Sharing, LogsRejectedPush) {
   platform_.shareResult = false;
   viewOf(QStringLiteral("Buy milk"))->sendToBluetooth();
   EXPECT_THAT(lines(source), ElementsAre("shareByBT return false!"));

@@ -6,7 +6,6 @@
 #include "SHARE_Tool.h"
 #include "TASK_ENG_SyncML.h"
 #include "UTIL_DateTime.h"
-#include "UTIL_TimeConversion.h"
 #include "ZApplication.h"
 #include "ZDetailView.h"
 #include "ZOptionsMenu.h"
@@ -15,7 +14,10 @@
 #include "ZVtodoParser.h"
 #include "clock.h"
 #include "lock_check.h"
+#include "menu_items.h"
 #include "module_log.h"
+#include "task_dates.h"
+#include "task_words.h"
 #include "tasksMenu.h"
 #include "texts.h"
 
@@ -36,7 +38,7 @@ struct Text {
   [[nodiscard]] QString get() const { return ulo::text(id, english); }
 };
 
-// What a row is called, as a screen of its own and as one of the task list's.
+// The label of a row, for a standalone screen and for a screen of the task list.
 struct Label {
   const char* standaloneId;
   const char* id;
@@ -55,32 +57,16 @@ constexpr Label priorityLabel{"TXT_RID_LABEL_FORMITEM_PRIORITY", "TXT_RID_EMPHAS
 constexpr Label notesLabel{"TXT_RID_LABEL_FORMITEM_NOTES", "TXT_RID_EMPHASIS_NOTE", "Notes:"};
 constexpr Text noDueDate{"TXT_RID_STANDARD_NO_DUE_DATE", "No Due Date"};
 
-// Places in the list of icons.
-enum Icon { iconComplete, iconIncomplete, iconHigh, iconNormal, iconLow };
-constexpr const char* iconFiles[] = {
-    "todo_task_complete_small.gif", "todo_task_incomplete_small.gif", "todo_task_hi_pri_small.gif",
-    "todo_task_normal_pri_small.gif", "todo_task_lo_pri_small.gif"};
-
-// What a code of a task is shown as.
-struct Shown {
-  int code;
-  Text text;
-  Icon icon;
-};
-constexpr Shown statuses[] = {
-    {0, {"TXT_RID_STANDARD_COMPLETED", "Completed"}, iconComplete},
-    {1, {"TXT_RID_STANDARD_INCOMPLETE", "Incomplete"}, iconIncomplete},
-};
-constexpr Shown priorities[] = {
-    {1, {"TXT_RID_SETTING_B_HIGH", "High"}, iconHigh},
-    {5, {"TXT_RID_SETTING_B_NORMAL", "Normal"}, iconNormal},
-    {9, {"TXT_RID_SETTING_B_LOW", "Low"}, iconLow},
-};
-
 constexpr int labelColumn = 72;  // pixels on the narrow screen
 constexpr int backKey = 0x1032;  // F3
 
-// Places in the list of menu items that are kept.
+// Returns the index of an icon in icons_.
+int iconPlace(const ulo::ShownAs& shown) {
+  const auto* const found = std::find(std::begin(ulo::iconOrder), std::end(ulo::iconOrder), &shown);
+  return static_cast<int>(found - std::begin(ulo::iconOrder));
+}
+
+// Indexes in menuItems_.
 enum KeptItem { keptEdit, keptMessage, keptBluetooth, notKept };
 struct MenuItem {
   int id;
@@ -158,8 +144,8 @@ void TASK_UI_DetailView::openStandaloneView(ZTASK_ENG_Task& task) {
   // Also if its close event is ignored.
   ulo::connectReturnToIdle(this, SLOT(deleteLater()));
   icons_.clear();
-  for (const char* file : iconFiles)
-    icons_.append(RES_ICON_Reader::getIcon(QString::fromLatin1(file), true));
+  for (const ulo::ShownAs* shown : ulo::iconOrder)
+    icons_.append(RES_ICON_Reader::getIcon(QString::fromLatin1(shown->icon), true));
   openView(&task);
 }
 
@@ -171,23 +157,18 @@ void TASK_UI_DetailView::addRows() {
     row->appendTextIconRow(text);
     rows_->addItem(row);
   };
-  const auto addCode = [this](const Label& label, const auto& table, int code) {
+  const auto addWord = [this](const Label& label, const ulo::ShownAs& shown) {
     auto* row = new ZDetailItem(ZDetailItem::textWithIcon, label.get(standalone_));
-    const auto shown = std::find_if(std::begin(table), std::end(table),
-                                    [code](const Shown& entry) { return entry.code == code; });
-    const bool known = shown != std::end(table);
-    row->appendTextIconRow(known ? shown->text.get() : QString(),
-                           known ? icon(shown->icon) : QPixmap(), true);
+    row->appendTextIconRow(ulo::text(shown.textId, shown.english), icon(iconPlace(shown)), true);
     rows_->addItem(row);
   };
 
   const QDateTime due = task_->getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE);
-  const bool hasDue = due != UTIL_TimeConversion::fromUTC(ZTASK_ENG_Task::noDateSeconds);
   addText(titleLabel, task_->getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY));
-  addText(dueLabel,
-          hasDue ? UTIL_DateTime::dateToString(due, UTIL_DateTime::dateOnly) : noDueDate.get());
-  addCode(statusLabel, statuses, task_->getStatus());
-  addCode(priorityLabel, priorities, task_->getPriority());
+  addText(dueLabel, ulo::hasDate(due) ? UTIL_DateTime::dateToString(due, UTIL_DateTime::dateOnly)
+                                      : noDueDate.get());
+  addWord(statusLabel, ulo::shownState(ulo::isCompleted(*task_)));
+  addWord(priorityLabel, ulo::entryOf(ulo::priorityOf(*task_)).shown);
   addText(notesLabel, task_->getString(ZTASK_ENG_Task::TASK_FIELD_NOTE));
 }
 
@@ -208,11 +189,20 @@ void TASK_UI_DetailView::addKeys() {
 
 void TASK_UI_DetailView::addMenu(ZSoftKey& keys) {
   const MenuItem known[] = {
-      {1, SLOT(slotTaskEditView()), {"TXT_RID_OPTION_EDIT", "Edit"}, keptEdit},
-      {2, nullptr, {"TXT_RID_OPTION_SHARE_VIA", "Share via"}, notKept},
-      {3, SLOT(sendToBluetooth()), {"TXT_RID_OPTION_BLUETOOTH", "Bluetooth"}, keptBluetooth},
-      {4, SLOT(sendToMessage()), {"TXT_RID_OPTION_MESSAGE", "Message"}, keptMessage},
-      {5, SLOT(slotDeleteTask()), {"TXT_RID_OPTION_DELETE", "Delete"}, notKept},
+      {ulo::detailMenu::edit, SLOT(slotTaskEditView()), {"TXT_RID_OPTION_EDIT", "Edit"}, keptEdit},
+      {ulo::detailMenu::share, nullptr, {"TXT_RID_OPTION_SHARE_VIA", "Share via"}, notKept},
+      {ulo::detailMenu::bluetooth,
+       SLOT(sendToBluetooth()),
+       {"TXT_RID_OPTION_BLUETOOTH", "Bluetooth"},
+       keptBluetooth},
+      {ulo::detailMenu::message,
+       SLOT(sendToMessage()),
+       {"TXT_RID_OPTION_MESSAGE", "Message"},
+       keptMessage},
+      {ulo::detailMenu::remove,
+       SLOT(slotDeleteTask()),
+       {"TXT_RID_OPTION_DELETE", "Delete"},
+       notKept},
   };
   auto* menu = new ZOptionsMenu(&keys, nullptr, 0, ZOptionsMenu::screenClass,
                                 std::make_unique<tasksMenu>(), QStringLiteral("detailedView"));

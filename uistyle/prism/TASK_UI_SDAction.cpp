@@ -88,7 +88,7 @@ bool TASK_UI_SDAction::act(const QString& action, const SDData& data) {
   }
   const QByteArray bytes = file.readAll();
   file.close();
-  // Latin-1 gives back the bytes that the file holds.
+  // Latin-1 keeps the bytes of the file.
   const QByteArray text = QString::fromLatin1(bytes).toLatin1();
   moduleLog(logDump, "(%s:%d)String passed to parser: \n%s", __FILE__, __LINE__, text.constData());
   if (action == QLatin1String("TASK_SAVE"))

@@ -1,6 +1,6 @@
 #include "TASK_UI_View.h"
 
-// The store is whatever setEngine says; there is none to start with.
+// The store is set by setEngine; null until then.
 TASK_UI_View::TASK_UI_View(QWidget* parent, const char* name, unsigned int flags)
     : ZKbMainWidget(parent, name, flags) {}
 

@@ -1,5 +1,6 @@
 #pragma once
 
-// Non-zero when the user may use the task application now: asks the platform's lock, which may ask
-// the user for a code. 0 when it refuses or is not there.
+// Asks the application lock, which may ask the user for a code. Returns a value other than 0 if the
+// user may use the task application now, and 0 if not or if the lock is not installed.
+// Defined in TASK_UI_DetailView.cpp, which its log lines name.
 int appLockCheck();

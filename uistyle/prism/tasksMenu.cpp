@@ -1,8 +1,15 @@
 #include "tasksMenu.h"
 
+#include "menu_items.h"
+
 #include <span>
 
 namespace {
+
+namespace listMenu = ulo::listMenu;
+namespace detailMenu = ulo::detailMenu;
+namespace formMenu = ulo::formMenu;
+using ulo::topLevel;
 
 struct Item {
   int id;
@@ -11,18 +18,33 @@ struct Item {
 };
 
 constexpr Item listView[] = {
-    {15, 0, "Select All"},     {16, 0, "Unselect All"},   {1, 0, "View by"},
-    {2, 1, "All Tasks"},       {3, 1, "Due Tasks"},       {4, 1, "Incomplete Tasks"},
-    {5, 1, "Completed Tasks"}, {6, 0, "Create New Task"}, {7, 0, "Edit"},
-    {8, 0, "Share Task via"},  {9, 8, "Bluetooth"},       {10, 8, "Message"},
-    {18, 0, "Synchronize"},    {17, 0, "Delete"},         {11, 0, "Select Multiple"},
-    {12, 0, "Sort by"},        {13, 12, "Due Date"},      {14, 12, "Priority"},
+    {listMenu::selectAll, topLevel, "Select All"},
+    {listMenu::unselectAll, topLevel, "Unselect All"},
+    {listMenu::viewBy, topLevel, "View by"},
+    {listMenu::viewAll, listMenu::viewBy, "All Tasks"},
+    {listMenu::viewDue, listMenu::viewBy, "Due Tasks"},
+    {listMenu::viewIncomplete, listMenu::viewBy, "Incomplete Tasks"},
+    {listMenu::viewCompleted, listMenu::viewBy, "Completed Tasks"},
+    {listMenu::createTask, topLevel, "Create New Task"},
+    {listMenu::edit, topLevel, "Edit"},
+    {listMenu::share, topLevel, "Share Task via"},
+    {listMenu::bluetooth, listMenu::share, "Bluetooth"},
+    {listMenu::message, listMenu::share, "Message"},
+    {listMenu::synchronize, topLevel, "Synchronize"},
+    {listMenu::remove, topLevel, "Delete"},
+    {listMenu::selectMultiple, topLevel, "Select Multiple"},
+    {listMenu::sortBy, topLevel, "Sort by"},
+    {listMenu::sortByDue, listMenu::sortBy, "Due Date"},
+    {listMenu::sortByPriority, listMenu::sortBy, "Priority"},
 };
 constexpr Item detailedView[] = {
-    {1, 0, "Edit"},    {2, 0, "Share Task via"}, {3, 2, "Bluetooth"},
-    {4, 2, "Message"}, {5, 0, "Delete"},
+    {detailMenu::edit, topLevel, "Edit"},
+    {detailMenu::share, topLevel, "Share Task via"},
+    {detailMenu::bluetooth, detailMenu::share, "Bluetooth"},
+    {detailMenu::message, detailMenu::share, "Message"},
+    {detailMenu::remove, topLevel, "Delete"},
 };
-constexpr Item formView[] = {{1, 0, "Cancel Edit"}};
+constexpr Item formView[] = {{formMenu::cancelEdit, topLevel, "Cancel Edit"}};
 
 struct Menu {
   const char* name;

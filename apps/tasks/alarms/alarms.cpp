@@ -1,0 +1,40 @@
+#include "alarms/alarms.h"
+
+#include "change_task.h"
+#include "task_words.h"
+
+namespace tasks {
+
+Alarms::Alarms(ZTASK_ENG_Model& store, QObject* parent)
+    : QObject(parent), store_(store), clock_(store, &QDateTime::currentDateTime, this),
+      notifications_(this) {
+  connect(&clock_, &AlarmClock::due, this, &Alarms::show);
+  connect(&notifications_, &AlarmNotifications::opened, this, &Alarms::opened);
+  connect(&notifications_, &AlarmNotifications::completed, this, &Alarms::complete);
+}
+
+void Alarms::look() {
+  clock_.look();
+  std::erase_if(told_, [this](unsigned int uid) {
+    ZTASK_ENG_Task task;
+    const int code = store_.getTask(uid, task);
+    const bool isOver =
+        code == TASK_ENG_NOT_FOUND || (code == TASK_ENG_OK && ulo::isCompleted(task));
+    if (isOver)
+      notifications_.withdraw(uid);
+    return isOver;
+  });
+}
+
+void Alarms::show(const ZTASK_ENG_Task& task) {
+  told_.insert(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID));
+  notifications_.show(task);
+}
+
+void Alarms::complete(unsigned int uid) {
+  const int code = ulo::setCompleted(store_, uid, true);
+  if (code != TASK_ENG_OK)
+    Q_EMIT notCompleted(code);
+}
+
+}  // namespace tasks

@@ -1,0 +1,42 @@
+// Shows alarms of tasks as notifications.
+#pragma once
+
+#include "alarms/alarm_clock.h"
+#include "alarms/alarm_notifications.h"
+
+#include <QObject>
+
+#include <unordered_set>
+
+namespace tasks {
+
+// Shows alarms while the object exists. A notification is withdrawn when its task is completed or
+// removed, and when the object is destroyed.
+class Alarms : public QObject {
+  Q_OBJECT
+
+public:
+  Alarms(ZTASK_ENG_Model& store, QObject* parent);
+
+public Q_SLOTS:
+  // Checks the changes in the store; the first time, all tasks.
+  void look();
+
+Q_SIGNALS:
+  // Emitted when the user wants to see the task.
+  void opened(unsigned int uid);
+  // Emitted when a task that the user completed could not be stored. `code` is a result of
+  // ulo::setCompleted.
+  void notCompleted(int code);
+
+private:
+  void show(const ZTASK_ENG_Task& task);
+  void complete(unsigned int uid);
+
+  ZTASK_ENG_Model& store_;
+  AlarmClock clock_;
+  AlarmNotifications notifications_;
+  std::unordered_set<unsigned int> told_;
+};
+
+}  // namespace tasks

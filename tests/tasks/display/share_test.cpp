@@ -1,0 +1,101 @@
+// Sharing a task, from the list and from its details.
+
+#include "display/display_test.h"
+
+#include <filesystem>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+constexpr char bluetoothTitle[] = "Send via Bluetooth";
+
+class ShareOnDisplay : public TasksOnDisplay {
+protected:
+  ShareOnDisplay() {
+    add({"Buy milk", "--due", "2037-01-01", "--note", "two litres"});
+    add({"Walk", "--due", "2037-01-02"});
+    environment_["ULO_LOCAL_APP_WRITE_PATH"] = path("out");
+    std::filesystem::create_directories(path("out"));
+    // A composer that records its arguments; the file last and in one step.
+    const std::string composer =
+        file("composer", "#!/bin/sh\n"
+                         "printf '%s\\n' \"$@\" >'" +
+                             path("arguments") +
+                             "'\n"
+                             "cp \"$2\" '" +
+                             path("part") +
+                             "'\n"
+                             "mv '" +
+                             path("part") + "' '" + path("message.vcs") + "'\n");
+    std::filesystem::permissions(composer, std::filesystem::perms::owner_all);
+    addApplication("{220072c6-9008-468e-9968-11f3c50fa95e}",
+                   composer + " --attach %f\nWait=true\n");
+  }
+  // Waits for the composer. Expects this task in the message, and that its file, which was in this
+  // directory, is deleted afterwards.
+  void expectMessage(const std::string& summary, const std::string& directory) {
+    ASSERT_TRUE(waitFor([&] { return std::filesystem::exists(path("message.vcs")); }));
+    EXPECT_THAT(readWhole(path("message.vcs")), HasSubstr(":" + summary + "\r\n"));
+    const std::string arguments = readWhole(path("arguments"));
+    EXPECT_THAT(arguments, testing::StartsWith("--attach\n" + directory + "/" + summary + "-"));
+    EXPECT_THAT(arguments, testing::EndsWith(".vcs\n"));
+    EXPECT_TRUE(waitFor([&] { return std::filesystem::is_empty(directory); }));
+  }
+};
+
+TEST_F(ShareOnDisplay, ByMessageFromTheList) {
+  start();
+  ASSERT_TRUE(shows("All Tasks"));
+  press({"Down"});
+  chooseByKeys(share, byMessage);
+  expectMessage("Walk", path("out"));
+  expectAt("Home", "Buy milk");
+  leave();
+}
+
+TEST_F(ShareOnDisplay, ByMessageFromTheDetails) {
+  start();
+  ASSERT_TRUE(shows("All Tasks"));
+  press({"Return"});
+  ASSERT_TRUE(shows("Buy milk"));
+  chooseByKeys(shareIt, byMessage);
+  expectMessage("Buy milk", path("out"));
+  EXPECT_THAT(readWhole(path("message.vcs")), HasSubstr("two litres"));
+  press({"F3"});
+  ASSERT_TRUE(shows("All Tasks"));
+  leave();
+}
+
+TEST_F(ShareOnDisplay, AttachmentsHaveTheirOwnDirectory) {
+  environment_.erase("ULO_LOCAL_APP_WRITE_PATH");
+  environment_["XDG_CACHE_HOME"] = path("cache");
+  start();
+  ASSERT_TRUE(shows("All Tasks"));
+  chooseByKeys(share, byMessage);
+  expectMessage("Buy milk", path("cache/ulo/attachments"));
+  leave();
+}
+
+TEST_F(ShareOnDisplay, ByBluetoothWithoutAdapterIsReported) {
+  start();
+  ASSERT_TRUE(shows("All Tasks"));
+  chooseByKeys(share, byBluetooth);
+  ASSERT_TRUE(shows(bluetoothTitle));
+  press({"F1"});
+  ASSERT_TRUE(waitFor([&] { return display_.windows("ulo-tasks") == 1; }));
+  ASSERT_TRUE(shows("All Tasks"));
+  press({"Return"});
+  ASSERT_TRUE(shows("Buy milk"));
+  chooseByKeys(shareIt, byBluetooth);
+  ASSERT_TRUE(shows(bluetoothTitle));
+  press({"Return"});
+  ASSERT_TRUE(shows("Buy milk"));
+  press({"F3"});
+  ASSERT_TRUE(shows("All Tasks"));
+  leave();
+  EXPECT_THAT(summaries(), ElementsAre("Buy milk", "Walk"));
+}
+
+}  // namespace
