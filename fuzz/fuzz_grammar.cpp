@@ -8,6 +8,10 @@
 #include "sql_text.h"
 
 #include <algorithm>
+#include <cstdarg>
+#include <cstdint>
+#include <string>
+#include <vector>
 
 using namespace ulo::odb;
 
@@ -74,20 +78,47 @@ void checkPlaces(std::string_view text, const std::vector<Token>& tokens) {
   FUZZ_REQUIRE(tokens.back().kind == TokenKind::end);
 }
 
+// Formats a template that wants `wanted` arguments.
+void checkCall(std::size_t wanted, const Template* pattern, ...) {
+  va_list arguments;
+  va_start(arguments, pattern);
+  std::string inserted;
+  std::vector<std::int64_t> numbers;
+  pattern->read(arguments, inserted, numbers);
+  va_end(arguments);
+  const auto pieces = static_cast<std::size_t>(std::count(inserted.begin(), inserted.end(), '\0'));
+  FUZZ_REQUIRE(pieces + numbers.size() == wanted);
+  FUZZ_REQUIRE(std::all_of(numbers.begin(), numbers.end(), [](auto n) { return n == -7; }));
+  const std::string formatted = pattern->format(inserted);
+  FUZZ_REQUIRE(formatted.size() <= DB_MAX_TEXT);
+  meaning(formatted);
+}
+
+// With an argument for each conversion.
+constexpr std::size_t mostArguments = 4;
+template <typename... Arguments>
+void checkTemplate(const Template& pattern, const std::vector<fuzz::Wanted>& wanted,
+                   Arguments... arguments) {
+  constexpr std::size_t given = sizeof...(arguments);
+  if (given == wanted.size()) {
+    checkCall(given, &pattern, arguments...);
+    return;
+  }
+  if constexpr (given < mostArguments) {
+    switch (wanted[given]) {
+    case fuzz::Wanted::text:
+      return checkTemplate(pattern, wanted, arguments..., "it's");
+    case fuzz::Wanted::number:
+      return checkTemplate(pattern, wanted, arguments..., -7);
+    case fuzz::Wanted::longNumber:
+      return checkTemplate(pattern, wanted, arguments..., -7L);
+    }
+  }
+}
+
 void checkTemplate(const std::string& text) {
-  const std::vector<fuzz::Wanted> wanted = fuzz::wantedBy(text);
-  TemplateArguments arguments;
-  for (const fuzz::Wanted kind : wanted)
-    if (kind == fuzz::Wanted::text)
-      arguments.texts.emplace_back("it's");
-    else
-      arguments.numbers.push_back(-7);
   try {
-    const FormattedText formatted = Template(text).format(arguments);
-    FUZZ_REQUIRE(formatted.text.size() <= DB_MAX_TEXT);
-    FUZZ_REQUIRE(formatted.arguments.size() <= arguments.numbers.size());
-    FUZZ_REQUIRE(wanted.empty() == (arguments.texts.empty() && arguments.numbers.empty()));
-    meaning(formatted.text);
+    checkTemplate(Template(text), fuzz::wantedBy(text));
   } catch (const Failure&) {
     // An invalid conversion, or a text that is too long.
   }
