@@ -3,8 +3,8 @@
 
 #include "TASK_UI_DetailView.h"
 #include "ZApplication.h"
-#include "log_sink.h"
 #include "paint_watch.h"
+#include "ulo/log_sink.h"
 
 #include <QElapsedTimer>
 

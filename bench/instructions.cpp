@@ -4,7 +4,7 @@
 // Dumps are named "operation/side/calls".
 
 #include "dataset.h"
-#include "log_sink.h"
+#include "ulo/log_sink.h"
 #include "workbench.h"
 
 #include <cstdio>

@@ -4,8 +4,8 @@
 //   --data-dir=DIR      directory for the stores, on a disk
 //   --quick             fewer and shorter repetitions
 
-#include "log_sink.h"
 #include "pairs.h"
+#include "ulo/log_sink.h"
 
 #include <QtGlobal>
 

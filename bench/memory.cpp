@@ -5,7 +5,7 @@
 #include "ZVtodoParser.h"
 #include "dataset.h"
 #include "heap_meter.h"
-#include "log_sink.h"
+#include "ulo/log_sink.h"
 #include "workbench.h"
 
 #include <cstdio>

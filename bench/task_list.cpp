@@ -7,8 +7,8 @@
 #include "list/list_screen.h"
 #include "list/task_list_model.h"
 #include "list/task_list_view.h"
-#include "log_sink.h"
 #include "paint_watch.h"
+#include "ulo/log_sink.h"
 #include "window/lock_gate.h"
 #include "window/task_window.h"
 

@@ -2,7 +2,7 @@
 // text. An operation is a line "%%" with a letter and optionally a number, followed by its text up
 // to the next such line. A text without operations is added.
 #include "TASK_ENG_SyncML.h"
-#include "change_journal.h"
+#include "ulo/change_journal.h"
 #include "vcal_guard.h"
 
 #include "fuzz_support.h"

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "ZTASK_ENG_Model.h"
-#include "export.h"
+#include "ulo/export.h"
 
 #include <QString>
 

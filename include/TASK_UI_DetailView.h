@@ -2,7 +2,7 @@
 #pragma once
 
 #include "TASK_UI_View.h"
-#include "export.h"
+#include "ulo/export.h"
 
 #include <QPixmap>
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "ActionInterface.h"
-#include "export.h"
+#include "ulo/export.h"
 
 #include <QObject>
 

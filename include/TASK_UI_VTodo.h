@@ -1,8 +1,8 @@
 // Receives a to-do that another device sent to this one.
 #pragma once
 
-#include "export.h"
 #include "qt2.h"
+#include "ulo/export.h"
 
 #include <QObject>
 

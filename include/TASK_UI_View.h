@@ -3,7 +3,7 @@
 
 #include "ZKbMainWidget.h"
 #include "ZTASK_ENG_Task.h"
-#include "export.h"
+#include "ulo/export.h"
 
 class ZTASK_ENG_Model;
 

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "ZTASK_ENG_Task.h"
-#include "export.h"
 #include "qt2.h"
+#include "ulo/export.h"
 
 #include <QString>
 

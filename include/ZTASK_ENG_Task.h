@@ -1,8 +1,8 @@
 // A task in memory.
 #pragma once
 
-#include "export.h"
 #include "qt2.h"
+#include "ulo/export.h"
 
 #include <QDateTime>
 #include <QString>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "ZOptMenuParser.h"
-#include "export.h"
+#include "ulo/export.h"
 
 class ULO_EXPORT tasksMenu : public ZOptMenuParser {
 public:

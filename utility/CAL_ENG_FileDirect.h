@@ -1,3 +1,4 @@
+// The log text in this file is a contract: see docs/compatibility.md.
 #pragma once
 
 #include "module_log.h"

@@ -1,11 +1,12 @@
+// The log texts in this file are contracts: see docs/compatibility.md.
 #include "TASK_ENG_SyncML.h"
 
 #include "QCopChannel.h"
 #include "ZVtodoParser.h"
-#include "descriptor.h"
 #include "first_task.h"
 #include "log_place.h"
 #include "outbound_file.h"
+#include "ulo/descriptor.h"
 
 #include <QFile>
 

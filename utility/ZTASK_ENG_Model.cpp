@@ -1,3 +1,4 @@
+// The log texts in this file are contracts: see docs/compatibility.md.
 #include "ZTASK_ENG_Model.h"
 
 #include "SVC_CT_ChangeReporter.h"

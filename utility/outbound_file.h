@@ -1,6 +1,6 @@
 #pragma once
 
-#include "descriptor.h"
+#include "ulo/descriptor.h"
 
 #include <QString>
 

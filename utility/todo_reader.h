@@ -2,7 +2,7 @@
 #pragma once
 
 #include "ZTASK_ENG_Task.h"
-#include "export.h"
+#include "ulo/export.h"
 #include "vcal_guard.h"
 
 #include <cstddef>

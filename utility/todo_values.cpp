@@ -1,3 +1,4 @@
+// The log texts in this file are contracts: see docs/compatibility.md.
 #include "todo_values.h"
 
 #include "EMAIL_Util.h"

@@ -1,9 +1,9 @@
 #include "choice_field.h"
 
 #include "field_look.h"
-#include "look.h"
 #include "state_icon.h"
 #include "task_texts.h"
+#include "ulo/look.h"
 
 #include <QKeyEvent>
 #include <QStylePainter>

@@ -1,6 +1,6 @@
 #include "field_look.h"
 
-#include "look.h"
+#include "ulo/look.h"
 
 #include <QPainter>
 #include <QWidget>

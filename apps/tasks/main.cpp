@@ -2,8 +2,8 @@
 
 #include "ZApplication.h"
 #include "ZTASK_ENG_Model.h"
-#include "data_directory.h"
-#include "log_sink.h"
+#include "ulo/data_directory.h"
+#include "ulo/log_sink.h"
 #include "window/lock_gate.h"
 #include "window/task_window.h"
 

@@ -5,7 +5,7 @@
 #include "ZTASK_ENG_Model.h"
 #include "foreign_text.h"
 #include "modal.h"
-#include "texts.h"
+#include "ulo/texts.h"
 #include "window/import.h"
 
 #include <QFileInfo>

@@ -4,7 +4,7 @@
 #include "change_task.h"
 #include "foreign_text.h"
 #include "task_dates.h"
-#include "texts.h"
+#include "ulo/texts.h"
 
 #include <algorithm>
 

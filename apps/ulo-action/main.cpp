@@ -3,7 +3,7 @@
 
 #include "ActionInterface.h"
 #include "ZApplication.h"
-#include "log_sink.h"
+#include "ulo/log_sink.h"
 
 #include <QWidget>
 

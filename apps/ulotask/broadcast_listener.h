@@ -2,7 +2,7 @@
 #pragma once
 
 #include "QCopChannel.h"
-#include "descriptor.h"
+#include "ulo/descriptor.h"
 
 #include <QCoreApplication>
 #include <QThread>

@@ -1,12 +1,12 @@
 #include "calendar_file.h"
 
 #include "arguments.h"
-#include "descriptor.h"
 #include "exit_codes.h"
 #include "store_files.h"
 #include "text.h"
 #include "todo_reader.h"
 #include "todo_writer.h"
+#include "ulo/descriptor.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -1,8 +1,8 @@
 // Entries of the change journal, as they are printed.
 #pragma once
 
-#include "change_journal.h"
 #include "output.h"
+#include "ulo/change_journal.h"
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 // Waits until files of a directory change.
 #pragma once
 
-#include "directory_watch.h"
+#include "ulo/directory_watch.h"
 
 #include <csignal>
 #include <string>

@@ -2,10 +2,10 @@
 
 #include "completion.h"
 #include "exit_codes.h"
-#include "log_sink.h"
 #include "output.h"
 #include "session.h"
 #include "time_zone.h"
+#include "ulo/log_sink.h"
 #include "verbs.h"
 
 #include <CLI/CLI.hpp>

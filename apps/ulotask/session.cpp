@@ -1,8 +1,8 @@
 #include "session.h"
 
-#include "data_directory.h"
 #include "exit_codes.h"
 #include "store_files.h"
+#include "ulo/data_directory.h"
 #include "ulodb2.h"
 #include "ulodb2_files.h"
 #include "write_transaction.h"

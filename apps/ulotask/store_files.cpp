@@ -1,8 +1,8 @@
 #include "store_files.h"
 
-#include "data_directory.h"
-#include "descriptor.h"
 #include "exit_codes.h"
+#include "ulo/data_directory.h"
+#include "ulo/descriptor.h"
 
 #include <algorithm>
 #include <cstdlib>

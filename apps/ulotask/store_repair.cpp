@@ -1,11 +1,11 @@
 #include "store_repair.h"
 
-#include "change_journal.h"
 #include "database.h"
 #include "exit_codes.h"
 #include "session.h"
 #include "store_files.h"
 #include "text.h"
+#include "ulo/change_journal.h"
 
 #include <algorithm>
 #include <array>

@@ -1,10 +1,10 @@
-#include "change_journal.h"
 #include "change_lines.h"
 #include "change_watch.h"
-#include "data_directory.h"
 #include "exit_codes.h"
 #include "session.h"
 #include "task_format.h"
+#include "ulo/change_journal.h"
+#include "ulo/data_directory.h"
 #include "verbs.h"
 
 #include <QDateTime>

@@ -1,11 +1,11 @@
-#include "change_journal.h"
 #include "change_lines.h"
-#include "data_directory.h"
 #include "database.h"
 #include "listing.h"
 #include "session.h"
 #include "store_files.h"
 #include "text.h"
+#include "ulo/change_journal.h"
+#include "ulo/data_directory.h"
 #include "verbs.h"
 
 #include <algorithm>

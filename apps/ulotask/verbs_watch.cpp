@@ -2,10 +2,10 @@
 #include "broadcast_listener.h"
 #include "change_lines.h"
 #include "change_watch.h"
-#include "data_directory.h"
 #include "dates.h"
 #include "session.h"
 #include "text.h"
+#include "ulo/data_directory.h"
 #include "verbs.h"
 
 #include <QDateTime>

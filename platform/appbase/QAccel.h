@@ -1,7 +1,7 @@
 // Keyboard accelerators with Qt 2 key codes, implemented with Qt 6 shortcuts.
 #pragma once
 
-#include "export.h"
+#include "ulo/export.h"
 
 #include <QObject>
 

@@ -1,7 +1,7 @@
 // Loads the platform's icons by file name.
 #pragma once
 
-#include "export.h"
+#include "ulo/export.h"
 
 #include <QPixmap>
 #include <QString>

@@ -1,6 +1,6 @@
 #include "ZApplication.h"
 
-#include "look.h"
+#include "ulo/look.h"
 
 #include <QLocale>
 #include <QStyleFactory>

@@ -1,7 +1,7 @@
 // The application object: its look, its language, and requests to return to the idle screen.
 #pragma once
 
-#include "export.h"
+#include "ulo/export.h"
 
 #include <QApplication>
 #include <QTranslator>

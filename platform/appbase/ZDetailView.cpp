@@ -2,7 +2,7 @@
 
 #include "ZWrappedText.h"
 #include "detail_interface.h"
-#include "look.h"
+#include "ulo/look.h"
 
 #include <QAccessible>
 #include <QBoxLayout>

@@ -2,7 +2,7 @@
 // the current row is highlighted while the list has the focus.
 #pragma once
 
-#include "export.h"
+#include "ulo/export.h"
 
 #include <QPixmap>
 #include <QScrollArea>

@@ -1,7 +1,7 @@
 // A screen: title, content and soft key bar.
 #pragma once
 
-#include "export.h"
+#include "ulo/export.h"
 
 #include <QWidget>
 

@@ -2,7 +2,7 @@
 
 #include "ZSoftKey.h"
 #include "ZWrappedText.h"
-#include "texts.h"
+#include "ulo/texts.h"
 
 ZMessageDlg::ZMessageDlg(const QString& title, const QString& text, int type, QWidget* parent)
     : ZPopup(title, parent), text_(text) {

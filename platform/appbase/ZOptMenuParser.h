@@ -1,8 +1,8 @@
 // The items of an options menu.
 #pragma once
 
-#include "export.h"
 #include "qt2.h"
+#include "ulo/export.h"
 
 #include <QString>
 

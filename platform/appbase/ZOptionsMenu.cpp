@@ -1,6 +1,6 @@
 #include "ZOptionsMenu.h"
 
-#include "look.h"
+#include "ulo/look.h"
 
 #include <QCoreApplication>
 #include <QKeyEvent>

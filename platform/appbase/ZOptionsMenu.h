@@ -3,7 +3,7 @@
 #pragma once
 
 #include "ZOptMenuParser.h"
-#include "export.h"
+#include "ulo/export.h"
 
 #include <QHash>
 #include <QMenu>

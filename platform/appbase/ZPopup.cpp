@@ -1,8 +1,8 @@
 #include "ZPopup.h"
 
 #include "ZSoftKey.h"
-#include "look.h"
 #include "title_bar.h"
+#include "ulo/look.h"
 
 #include <QKeyEvent>
 #include <QPainter>

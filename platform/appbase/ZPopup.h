@@ -1,7 +1,7 @@
 // Dialogs: a title with an icon, content and soft keys. As wide as the screen if that is narrow.
 #pragma once
 
-#include "export.h"
+#include "ulo/export.h"
 
 #include <QDialog>
 #include <QPixmap>

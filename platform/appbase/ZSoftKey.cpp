@@ -1,7 +1,7 @@
 #include "ZSoftKey.h"
 
 #include "ZOptionsMenu.h"
-#include "look.h"
+#include "ulo/look.h"
 
 #include <QEvent>
 #include <QHBoxLayout>

@@ -2,7 +2,7 @@
 // function key of the keyboard: F1 on the left, F2 in the middle, F3 on the right.
 #pragma once
 
-#include "export.h"
+#include "ulo/export.h"
 
 #include <QWidget>
 

@@ -3,7 +3,7 @@
 // letters.
 #pragma once
 
-#include "export.h"
+#include "ulo/export.h"
 
 #include <QTextLayout>
 #include <QWidget>

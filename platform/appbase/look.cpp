@@ -1,4 +1,4 @@
-#include "look.h"
+#include "ulo/look.h"
 
 #include <QAbstractScrollArea>
 #include <QFontMetrics>

@@ -1,7 +1,7 @@
 // Announcements to screen readers.
 #pragma once
 
-#include "export.h"
+#include "ulo/export.h"
 
 #include <QString>
 

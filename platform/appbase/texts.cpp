@@ -1,4 +1,4 @@
-#include "texts.h"
+#include "ulo/texts.h"
 
 #include <QCoreApplication>
 

@@ -1,6 +1,6 @@
 #include "title_bar.h"
 
-#include "look.h"
+#include "ulo/look.h"
 
 #include <QPainter>
 #include <QStyle>

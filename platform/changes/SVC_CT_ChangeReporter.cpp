@@ -1,8 +1,8 @@
 #include "SVC_CT_ChangeReporter.h"
 
 #include "announcement.h"
-#include "change_journal.h"
-#include "data_directory.h"
+#include "ulo/change_journal.h"
+#include "ulo/data_directory.h"
 
 #include <exception>
 #include <mutex>

@@ -2,8 +2,8 @@
 // later query the journal (change_journal.h) for what has changed.
 #pragma once
 
-#include "export.h"
 #include "qt2.h"
+#include "ulo/export.h"
 
 #include <memory>
 

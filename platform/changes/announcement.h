@@ -1,7 +1,7 @@
 // Wakes the programs that follow the journal of changes.
 #pragma once
 
-#include "export.h"
+#include "ulo/export.h"
 
 #include <string>
 

@@ -1,8 +1,8 @@
-#include "change_journal.h"
+#include "ulo/change_journal.h"
 
-#include "data_directory.h"
 #include "module_log.h"
 #include "store_layout.h"
+#include "ulo/data_directory.h"
 
 #include <sqlite3.h>
 

@@ -1,6 +1,6 @@
 #include "journal_schema.h"
 
-#include "change_journal.h"
+#include "ulo/change_journal.h"
 
 #include <utility>
 

@@ -1,7 +1,7 @@
 // The tables of the journal of changes, which is in the same file as the table it follows.
 #pragma once
 
-#include "export.h"
+#include "ulo/export.h"
 
 #include <cstdint>
 #include <string>

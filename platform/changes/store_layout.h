@@ -2,7 +2,7 @@
 // holds it as "PRAGMA user_version".
 #pragma once
 
-#include "export.h"
+#include "ulo/export.h"
 
 #include <cstdint>
 

@@ -1,8 +1,8 @@
 // Broadcasts between programs over named channels.
 #pragma once
 
-#include "export.h"
 #include "qt2.h"
+#include "ulo/export.h"
 
 #include <QByteArray>
 #include <QObject>

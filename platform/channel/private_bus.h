@@ -1,6 +1,6 @@
 #pragma once
 
-#include "export.h"
+#include "ulo/export.h"
 
 #include <QDBusConnection>
 #include <QString>

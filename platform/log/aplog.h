@@ -2,7 +2,7 @@
 // themselves.
 #pragma once
 
-#include "export.h"
+#include "ulo/export.h"
 
 #include <cstdio>
 

@@ -1,7 +1,7 @@
-#include "log_sink.h"
+#include "ulo/log_sink.h"
 
 #include "aplog.h"
-#include "data_directory.h"
+#include "ulo/data_directory.h"
 
 #include <QDateTime>
 

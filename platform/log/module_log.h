@@ -7,20 +7,18 @@
 #include <cstdarg>
 #include <cstdio>
 
-// NOLINTBEGIN(misc-definitions-in-headers): each source needs its own copy.
-namespace {
-
 enum LogLevel : int {
   logError = 3,  // failures, and the few milestones logged at the same level
   logDump = 7,   // bulky traces
   logTrace = 8,  // entry and exit; never written
 };
-constexpr int highestWrittenLevel = 7;
+inline constexpr int highestWrittenLevel = 7;
 
 // Writes a printf-style message to the platform's log stream, or to standard output if no program
 // has opened a sink. Adds neither a line end nor a time.
-[[maybe_unused]] __attribute__((format(printf, 2, 3))) void moduleLog(int level, const char* format,
-                                                                      ...) {
+// NOLINTNEXTLINE(misc-definitions-in-headers): each source needs its own copy.
+[[maybe_unused]] __attribute__((format(printf, 2, 3))) static void
+moduleLog(int level, const char* format, ...) {
   if (level > highestWrittenLevel)
     return;
   FILE* const opened = libaplog_to_module_ptr;
@@ -34,9 +32,6 @@ constexpr int highestWrittenLevel = 7;
   funlockfile(stream);
   va_end(arguments);
 }
-
-}  // namespace
-// NOLINTEND(misc-definitions-in-headers)
 
 // Logs an error line; `text` follows "(file:line)".
 #define ULO_LOG_ERROR(text, ...)                                                                   \

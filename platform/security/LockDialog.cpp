@@ -3,9 +3,9 @@
 #include "RES_ICON_Reader.h"
 #include "ZSoftKey.h"
 #include "ZWrappedText.h"
-#include "look.h"
 #include "screen_reader.h"
-#include "texts.h"
+#include "ulo/look.h"
+#include "ulo/texts.h"
 
 #include <QLineEdit>
 #include <QVBoxLayout>

@@ -1,7 +1,7 @@
 // Interface of the security settings for applications, in the library "libulosecuritysetup.so".
 #pragma once
 
-#include "export.h"
+#include "ulo/export.h"
 
 extern "C" {
 

@@ -1,9 +1,9 @@
 // The application lock, which asks for a code before an application opens.
 #pragma once
 
-#include "data_directory.h"
 #include "lock_code.h"
 #include "lock_time.h"
+#include "ulo/data_directory.h"
 
 #include <functional>
 #include <optional>

@@ -1,7 +1,7 @@
 // Requests to other applications.
 #pragma once
 
-#include "export.h"
+#include "ulo/export.h"
 
 #include <QMap>
 #include <QString>

@@ -1,8 +1,8 @@
 // Sends objects to other devices.
 #pragma once
 
-#include "export.h"
 #include "qt2.h"
+#include "ulo/export.h"
 
 #include <QString>
 

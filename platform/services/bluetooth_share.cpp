@@ -10,7 +10,7 @@
 #include "object_file.h"
 #include "private_bus.h"
 #include "push_progress.h"
-#include "texts.h"
+#include "ulo/texts.h"
 
 #include <QApplication>
 #include <QDBusError>

@@ -3,8 +3,8 @@
 #include "RES_ICON_Reader.h"
 #include "ZSoftKey.h"
 #include "ZWrappedText.h"
-#include "look.h"
-#include "texts.h"
+#include "ulo/look.h"
+#include "ulo/texts.h"
 
 #include <QListWidget>
 #include <QPainter>

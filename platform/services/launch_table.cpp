@@ -1,8 +1,8 @@
 #include "launch_table.h"
 
 #include "AM_ActionData.h"
-#include "data_directory.h"
 #include "module_log.h"
+#include "ulo/data_directory.h"
 
 #include <QFile>
 #include <QFileInfo>

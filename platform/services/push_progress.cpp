@@ -4,8 +4,8 @@
 #include "ZSoftKey.h"
 #include "ZWrappedText.h"
 #include "foreign_text.h"
-#include "look.h"
-#include "texts.h"
+#include "ulo/look.h"
+#include "ulo/texts.h"
 
 #include <QLocale>
 #include <QProgressBar>

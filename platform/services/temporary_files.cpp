@@ -1,8 +1,8 @@
 #include "temporary_files.h"
 
-#include "descriptor.h"
 #include "file_lock.h"
 #include "module_log.h"
+#include "ulo/descriptor.h"
 
 #include <QFile>
 #include <QFileInfo>

@@ -1,7 +1,7 @@
 // Deletes temporary files that were handed to other applications.
 #pragma once
 
-#include "data_directory.h"
+#include "ulo/data_directory.h"
 
 #include <QByteArray>
 #include <QString>

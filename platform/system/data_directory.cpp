@@ -1,4 +1,4 @@
-#include "data_directory.h"
+#include "ulo/data_directory.h"
 
 #include <cerrno>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "directory_watch.h"
+#include "ulo/directory_watch.h"
 
 #include <string_view>
 #include <utility>

@@ -1,8 +1,8 @@
 // Character sets and quoted-printable (RFC 2045).
 #pragma once
 
-#include "export.h"
 #include "qt2.h"
+#include "ulo/export.h"
 
 #include <QByteArray>
 #include <QString>

@@ -1,7 +1,7 @@
 // Formats date-times for display.
 #pragma once
 
-#include "export.h"
+#include "ulo/export.h"
 
 #include <QDateTime>
 #include <QString>

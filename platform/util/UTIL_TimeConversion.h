@@ -1,8 +1,8 @@
 // Converts date-times to and from the formats of the store and of vCalendar texts.
 #pragma once
 
-#include "export.h"
 #include "qt2.h"
+#include "ulo/export.h"
 
 #include <QDateTime>
 

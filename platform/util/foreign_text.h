@@ -1,7 +1,7 @@
 // Makes untrusted text safe for display and for files.
 #pragma once
 
-#include "export.h"
+#include "ulo/export.h"
 
 #include <QString>
 

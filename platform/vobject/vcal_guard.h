@@ -7,7 +7,7 @@
 // ensure that only one thread at a time parses or writes.
 #pragma once
 
-#include "export.h"
+#include "ulo/export.h"
 
 #include <cstddef>
 #include <memory>

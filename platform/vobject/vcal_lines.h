@@ -1,7 +1,7 @@
 // The physical lines of a vCalendar text, with any kind of line end.
 #pragma once
 
-#include "descriptor.h"
+#include "ulo/descriptor.h"
 
 #include <cstddef>
 #include <memory>

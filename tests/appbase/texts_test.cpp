@@ -2,7 +2,7 @@
 
 #include "ZApplication.h"
 #include "gui_test.h"
-#include "texts.h"
+#include "ulo/texts.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -4,7 +4,7 @@
 
 #include "TASK_ENG_SyncML.h"
 
-#include "log_sink.h"
+#include "ulo/log_sink.h"
 
 #include <cstdio>
 #include <cstdlib>

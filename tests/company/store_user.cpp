@@ -6,7 +6,7 @@
 // 1.
 
 #include "ZTASK_ENG_Model.h"
-#include "log_sink.h"
+#include "ulo/log_sink.h"
 #include "ulodb2.h"
 
 #include <cstdio>

@@ -1,10 +1,10 @@
 // The journal of changes: one entry for each changed task row, in the transaction of the change.
 
-#include "change_journal.h"
-#include "directory_watch.h"
 #include "log_capture.h"
 #include "task_tables.h"
 #include "temporary_directory.h"
+#include "ulo/change_journal.h"
+#include "ulo/directory_watch.h"
 
 #include <gmock/gmock.h>
 #include <sqlite3.h>

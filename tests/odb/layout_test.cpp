@@ -1,11 +1,11 @@
 // The version of a store's layout: a store that a newer program has written is refused and left as
 // it is.
 
-#include "change_journal.h"
 #include "log_capture.h"
 #include "one_task.h"
 #include "store_layout.h"
 #include "temporary_directory.h"
+#include "ulo/change_journal.h"
 #include "ulodb2_files.h"
 
 #include <gmock/gmock.h>

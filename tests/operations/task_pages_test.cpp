@@ -1,7 +1,7 @@
 #include "task_pages.h"
 
-#include "export.h"
 #include "store_test.h"
+#include "ulo/export.h"
 #include "ulodb2.h"
 
 #include <functional>

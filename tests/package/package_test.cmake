@@ -91,7 +91,7 @@ if(NOT output MATCHES "Summary   Buy milk\n")
 endif()
 
 # The header for readers of the journal and the completions of each shell are installed.
-foreach(file include/ulotaskengine/change_journal.h share/bash-completion/completions/ulotask
+foreach(file include/ulotaskengine/ulo/change_journal.h share/bash-completion/completions/ulotask
              share/zsh/site-functions/_ulotask share/fish/vendor_completions.d/ulotask.fish)
   if(NOT EXISTS ${prefix}/${file})
     message(FATAL_ERROR "${file} is not installed")

@@ -10,7 +10,7 @@
 #include "ZOptionsMenu.h"
 #include "ZSoftKey.h"
 #include "task_words.h"
-#include "texts.h"
+#include "ulo/texts.h"
 
 #include <QLineEdit>
 #include <QTemporaryDir>

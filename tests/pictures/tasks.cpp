@@ -9,8 +9,8 @@
 #include "ZSoftKey.h"
 #include "ZTASK_ENG_Model.h"
 #include "list/task_list_view.h"
-#include "log_sink.h"
 #include "menu_items.h"
+#include "ulo/log_sink.h"
 #include "window/task_window.h"
 
 #include <QClipboard>

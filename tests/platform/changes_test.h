@@ -2,9 +2,9 @@
 #pragma once
 
 #include "SVC_CT_ChangeReporter.h"
-#include "change_journal.h"
 #include "journal_schema.h"
 #include "temporary_directory.h"
+#include "ulo/change_journal.h"
 
 #include <gmock/gmock.h>
 #include <sqlite3.h>

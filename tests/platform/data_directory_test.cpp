@@ -1,8 +1,8 @@
 // Tests for the data directory.
 
-#include "data_directory.h"
 #include "environment_variable.h"
 #include "temporary_directory.h"
+#include "ulo/data_directory.h"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,6 @@
 // Tests for watching the files of a directory.
 
-#include "directory_watch.h"
+#include "ulo/directory_watch.h"
 
 #include "temporary_directory.h"
 

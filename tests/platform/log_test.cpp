@@ -2,10 +2,10 @@
 
 #include "aplog.h"
 #include "log_capture.h"
-#include "log_sink.h"
 #include "module_log.h"
 #include "other_process.h"
 #include "temporary_directory.h"
+#include "ulo/log_sink.h"
 
 #include <gmock/gmock.h>
 

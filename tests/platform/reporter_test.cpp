@@ -1,7 +1,7 @@
 // Tests for the change reporter.
 
 #include "changes_test.h"
-#include "directory_watch.h"
+#include "ulo/directory_watch.h"
 
 #include <cstring>
 #include <fstream>

@@ -110,9 +110,9 @@ TEST_F(DetailView, DueDateHasNoTime) {
   EXPECT_EQ(content(dueRow), "No Due Date");
 }
 
-TEST_F(DetailView, InvalidDueDateIsNoDate) {
+TEST_F(DetailView, InvalidDueDateIsEmpty) {
   task_.setDateTime(Task::TASK_FIELD_DUE, QDateTime());
-  EXPECT_EQ(content(dueRow), "No Due Date");
+  EXPECT_EQ(content(dueRow), "");
 }
 
 TEST_F(DetailView, StatusHasTextAndIcon) {

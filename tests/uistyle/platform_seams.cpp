@@ -6,7 +6,7 @@
 #include "AM_ActionData.h"
 #include "SHARE_Tool.h"
 #include "ZOptionsMenu.h"
-#include "export.h"
+#include "ulo/export.h"
 
 #include <cstring>
 

@@ -1,6 +1,6 @@
 #include "library_faults.h"
 
-#include "export.h"
+#include "ulo/export.h"
 
 #include <cstddef>
 #include <dlfcn.h>

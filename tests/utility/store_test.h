@@ -3,12 +3,12 @@
 
 #include "SVC_CT_ChangeReporter.h"
 #include "ZTASK_ENG_Model.h"
-#include "change_journal.h"
 #include "log_capture.h"
 #include "raw_database.h"
 #include "store_subclass.h"
 #include "temporary_directory.h"
 #include "test_clock.h"
+#include "ulo/change_journal.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

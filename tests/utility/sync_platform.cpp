@@ -3,7 +3,7 @@
 #include "sync_adaptor.h"
 
 #include "QCopChannel.h"
-#include "export.h"
+#include "ulo/export.h"
 
 #include <cerrno>
 #include <cstdarg>

@@ -1,3 +1,4 @@
+// The log texts in this file are contracts: see docs/compatibility.md.
 #include "TASK_UI_DetailView.h"
 
 #include "AM_ActionData.h"
@@ -6,6 +7,7 @@
 #include "SHARE_Tool.h"
 #include "TASK_ENG_SyncML.h"
 #include "UTIL_DateTime.h"
+#include "UTIL_TimeConversion.h"
 #include "ZApplication.h"
 #include "ZDetailView.h"
 #include "ZOptionsMenu.h"
@@ -16,10 +18,9 @@
 #include "lock_check.h"
 #include "menu_items.h"
 #include "module_log.h"
-#include "task_dates.h"
 #include "task_words.h"
 #include "tasksMenu.h"
-#include "texts.h"
+#include "ulo/texts.h"
 
 #include <QFile>
 #include <QPointer>
@@ -164,9 +165,11 @@ void TASK_UI_DetailView::addRows() {
   };
 
   const QDateTime due = task_->getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE);
+  // Unlike ulo::hasDate: an invalid date, which only a caller can set, is shown as an empty text.
+  const bool hasDue = due != UTIL_TimeConversion::fromUTC(ZTASK_ENG_Task::noDateSeconds);
   addText(titleLabel, task_->getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY));
-  addText(dueLabel, ulo::hasDate(due) ? UTIL_DateTime::dateToString(due, UTIL_DateTime::dateOnly)
-                                      : noDueDate.get());
+  addText(dueLabel,
+          hasDue ? UTIL_DateTime::dateToString(due, UTIL_DateTime::dateOnly) : noDueDate.get());
   addWord(statusLabel, ulo::shownState(ulo::isCompleted(*task_)));
   addWord(priorityLabel, ulo::entryOf(ulo::priorityOf(*task_)).shown);
   addText(notesLabel, task_->getString(ZTASK_ENG_Task::TASK_FIELD_NOTE));

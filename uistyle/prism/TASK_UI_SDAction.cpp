@@ -1,3 +1,4 @@
+// The log texts in this file are contracts: see docs/compatibility.md.
 #include "TASK_UI_SDAction.h"
 
 #include "RES_ICON_Reader.h"
@@ -7,7 +8,7 @@
 #include "lock_check.h"
 #include "module_log.h"
 #include "save_failure.h"
-#include "texts.h"
+#include "ulo/texts.h"
 
 #include <QFile>
 

@@ -1,3 +1,4 @@
+// The log texts in this file are contracts: see docs/compatibility.md.
 #include "TASK_UI_VTodo.h"
 
 #include "TASK_UI_DetailView.h"

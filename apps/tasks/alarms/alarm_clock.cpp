@@ -1,10 +1,10 @@
 #include "alarms/alarm_clock.h"
 
-#include "data_directory.h"
 #include "file_lock.h"
 #include "module_log.h"
 #include "task_dates.h"
 #include "task_words.h"
+#include "ulo/data_directory.h"
 
 #include <algorithm>
 #include <cerrno>

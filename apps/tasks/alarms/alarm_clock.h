@@ -2,9 +2,9 @@
 #pragma once
 
 #include "ZTASK_ENG_Model.h"
-#include "change_journal.h"
-#include "descriptor.h"
 #include "task_pages.h"
+#include "ulo/change_journal.h"
+#include "ulo/descriptor.h"
 
 #include <QDateTime>
 #include <QObject>

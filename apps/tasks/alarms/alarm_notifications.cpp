@@ -4,7 +4,7 @@
 #include "task_dates.h"
 #include "task_texts.h"
 #include "task_words.h"
-#include "texts.h"
+#include "ulo/texts.h"
 
 #include <QDBusPendingCallWatcher>
 

@@ -4,7 +4,7 @@
 #include "form/name_dialog.h"
 #include "modal.h"
 #include "task_texts.h"
-#include "texts.h"
+#include "ulo/texts.h"
 
 #include <QCollator>
 

@@ -2,8 +2,8 @@
 
 #include "dates.h"
 #include "field_look.h"
-#include "look.h"
-#include "texts.h"
+#include "ulo/look.h"
+#include "ulo/texts.h"
 
 #include <QBoxLayout>
 #include <QCalendarWidget>

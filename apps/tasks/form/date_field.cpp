@@ -1,9 +1,9 @@
 #include "form/date_field.h"
 
 #include "UTIL_DateTime.h"
-#include "look.h"
 #include "modal.h"
 #include "task_texts.h"
+#include "ulo/look.h"
 
 namespace tasks {
 

@@ -2,7 +2,7 @@
 
 #include "ZWrappedText.h"
 #include "field_look.h"
-#include "look.h"
+#include "ulo/look.h"
 
 #include <QApplication>
 #include <QBoxLayout>

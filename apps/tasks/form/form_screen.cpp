@@ -13,7 +13,7 @@
 #include "messages.h"
 #include "modal.h"
 #include "tasksMenu.h"
-#include "texts.h"
+#include "ulo/texts.h"
 
 #include <QGuiApplication>
 #include <QInputMethod>

@@ -2,7 +2,7 @@
 
 #include "foreign_text.h"
 #include "form/text_fit.h"
-#include "look.h"
+#include "ulo/look.h"
 
 #include <QKeyEvent>
 #include <QValidator>

@@ -4,8 +4,8 @@
 #include "ZWrappedText.h"
 #include "field_look.h"
 #include "form/line_field.h"
-#include "look.h"
-#include "texts.h"
+#include "ulo/look.h"
+#include "ulo/texts.h"
 
 #include <QVBoxLayout>
 

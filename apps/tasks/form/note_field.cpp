@@ -2,8 +2,8 @@
 
 #include "foreign_text.h"
 #include "form/text_fit.h"
-#include "look.h"
-#include "texts.h"
+#include "ulo/look.h"
+#include "ulo/texts.h"
 
 #include <QKeyEvent>
 #include <QLabel>

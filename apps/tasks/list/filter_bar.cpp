@@ -2,9 +2,9 @@
 
 #include "choice_field.h"
 #include "field_look.h"
-#include "look.h"
 #include "task_texts.h"
-#include "texts.h"
+#include "ulo/look.h"
+#include "ulo/texts.h"
 
 #include <QAbstractItemView>
 #include <QHBoxLayout>

@@ -10,11 +10,11 @@
 #include "list/share_task.h"
 #include "list/synchroniser.h"
 #include "list/task_list_view.h"
-#include "look.h"
 #include "menu_items.h"
 #include "task_texts.h"
 #include "tasksMenu.h"
-#include "texts.h"
+#include "ulo/look.h"
+#include "ulo/texts.h"
 
 #include <QApplication>
 #include <QKeyEvent>

@@ -1,9 +1,9 @@
 #include "list/notice_bar.h"
 
 #include "ZWrappedText.h"
-#include "look.h"
 #include "screen_reader.h"
-#include "texts.h"
+#include "ulo/look.h"
+#include "ulo/texts.h"
 
 #include <QAccessibleWidget>
 #include <QBoxLayout>

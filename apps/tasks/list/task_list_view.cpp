@@ -2,7 +2,7 @@
 
 #include "list/task_list_model.h"
 #include "list/task_row.h"
-#include "look.h"
+#include "ulo/look.h"
 
 #include <QAccessible>
 #include <QApplication>

@@ -1,8 +1,8 @@
 #include "list/task_row.h"
 
 #include "list/task_list_model.h"
-#include "look.h"
 #include "state_icon.h"
+#include "ulo/look.h"
 
 #include <QPainter>
 #include <QStyle>

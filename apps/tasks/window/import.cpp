@@ -1,8 +1,8 @@
 #include "window/import.h"
 
 #include "ZVtodoParser.h"
-#include "descriptor.h"
 #include "take_in.h"
+#include "ulo/descriptor.h"
 
 #include <QElapsedTimer>
 #include <QFile>

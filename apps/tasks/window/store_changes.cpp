@@ -1,7 +1,7 @@
 #include "window/store_changes.h"
 
 #include "TASK_ENG_SyncML.h"
-#include "data_directory.h"
+#include "ulo/data_directory.h"
 
 #include <algorithm>
 #include <utility>

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "QCopChannel.h"
-#include "change_journal.h"
-#include "directory_watch.h"
+#include "ulo/change_journal.h"
+#include "ulo/directory_watch.h"
 
 #include <QElapsedTimer>
 #include <QObject>

@@ -6,7 +6,7 @@
 #include "list/list_screen.h"
 #include "messages.h"
 #include "state_icon.h"
-#include "texts.h"
+#include "ulo/texts.h"
 
 #include <QApplication>
 #include <QCloseEvent>

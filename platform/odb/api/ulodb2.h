@@ -25,7 +25,7 @@
  */
 #pragma once
 
-#include "export.h"
+#include "ulo/export.h"
 #include "ulodb2_codes.h"
 
 #if defined(__GNUC__)

@@ -3,7 +3,7 @@
  */
 #pragma once
 
-#include "export.h"
+#include "ulo/export.h"
 
 #ifdef __cplusplus
 extern "C" {

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "base/line_sink.h"
-#include "descriptor.h"
 #include "sqlite/store_place.h"
+#include "ulo/descriptor.h"
 
 #include <string>
 

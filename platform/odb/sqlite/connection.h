@@ -1,10 +1,10 @@
 #pragma once
 
-#include "descriptor.h"
 #include "handle.h"
 #include "reserve.h"
 #include "statement.h"
 #include "store_place.h"
+#include "ulo/descriptor.h"
 
 #include <sqlite3.h>
 

@@ -1,6 +1,6 @@
 #include "reserve.h"
 
-#include "descriptor.h"
+#include "ulo/descriptor.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

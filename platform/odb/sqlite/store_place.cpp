@@ -1,8 +1,8 @@
 #include "store_place.h"
 
 #include "base/failure.h"
-#include "data_directory.h"
 #include "reserve.h"
+#include "ulo/data_directory.h"
 
 #include <algorithm>
 #include <cctype>

@@ -13,9 +13,9 @@
 #include "form/line_field.h"
 #include "form/name_dialog.h"
 #include "form/note_field.h"
-#include "look.h"
 #include "menu_items.h"
 #include "tasks_test.h"
+#include "ulo/look.h"
 
 using tasks::FormScreen;
 using testing::ElementsAre;

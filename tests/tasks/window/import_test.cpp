@@ -2,8 +2,8 @@
 
 #include "window/import.h"
 
-#include "descriptor.h"
 #include "tasks_test.h"
+#include "ulo/descriptor.h"
 
 #include <QSignalSpy>
 

@@ -2,7 +2,7 @@
 // shared by all programs that use the data directory.
 #pragma once
 
-#include "export.h"
+#include "ulo/export.h"
 
 #include <cstdint>
 #include <memory>

@@ -1,7 +1,7 @@
 // The look of screens and dialogs: colors from the palette, measures from the font.
 #pragma once
 
-#include "export.h"
+#include "ulo/export.h"
 
 #include <QPalette>
 

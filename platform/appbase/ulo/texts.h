@@ -1,7 +1,7 @@
 // Texts of the user interface, by ID.
 #pragma once
 
-#include "export.h"
+#include "ulo/export.h"
 
 #include <QString>
 

@@ -1,8 +1,8 @@
 // Watches a directory for changed files.
 #pragma once
 
-#include "descriptor.h"
-#include "export.h"
+#include "ulo/descriptor.h"
+#include "ulo/export.h"
 
 #include <string>
 
