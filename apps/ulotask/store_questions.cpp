@@ -1,6 +1,7 @@
 #include "store_questions.h"
 
 #include "database.h"
+#include "store_steps.h"
 #include "exit_codes.h"
 #include "session.h"
 #include "ulodb2.h"
@@ -81,10 +82,7 @@ StoreQuestions::~StoreQuestions() {
 
 std::optional<unsigned int> StoreQuestions::firstTask(ZTASK_ENG_Model::TASK_SORT_FIELD sort) const {
   ResultRows rows;
-  requireRows(rows.query(firstScript, sort == ZTASK_ENG_Model::TASK_SORT_DUE
-                                          ? "task_index_due"
-                                          : "task_index_priority"),
-              "looking for the first task");
+  requireRows(rows.query(firstScript, sortIndex(sort)), "looking for the first task");
   if (rows.atEnd())
     return std::nullopt;
   return rows.uid(First::uid);

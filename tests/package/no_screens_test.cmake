@@ -2,22 +2,15 @@
 # core, the command line and their tests can be built. (./test --without-screens builds and runs
 # them.)
 
-file(REMOVE_RECURSE ${WORK_DIR})
-function(configure)
-  execute_process(
-    COMMAND ${CMAKE_COMMAND} -G Ninja -S ${SOURCE_DIR} -B ${WORK_DIR}
-            -D CMAKE_CXX_COMPILER=${COMPILER} -D CMAKE_DISABLE_FIND_PACKAGE_Qt6Widgets=ON
-            -D CMAKE_DISABLE_FIND_PACKAGE_Qt6Gui=ON ${ARGN}
-    RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
-  set(result ${result} PARENT_SCOPE)
-  set(output "${output}" PARENT_SCOPE)
-endfunction()
+include(${CMAKE_CURRENT_LIST_DIR}/configure.cmake)
 
-configure()
+set(without_widgets
+  -D CMAKE_DISABLE_FIND_PACKAGE_Qt6Widgets=ON -D CMAKE_DISABLE_FIND_PACKAGE_Qt6Gui=ON)
+configure(${without_widgets})
 if(result EQUAL 0 OR NOT output MATCHES "qt6-base-dev" OR NOT output MATCHES "-DULO_SCREENS=OFF")
   message(FATAL_ERROR "Without Qt Widgets: ended with ${result}\n${output}")
 endif()
-configure(-D ULO_SCREENS=OFF)
+configure(${without_widgets} -D ULO_SCREENS=OFF)
 if(NOT result EQUAL 0)
   message(FATAL_ERROR "Without screens: ended with ${result}\n${output}")
 endif()
