@@ -115,7 +115,7 @@ std::unique_ptr<Task> toTaskRec(VObject* todo, const Undecoded& undecoded) {
   }
   const auto setText = [&](Task::TASK_FIELD_T field, VObject* property, const QCString& value) {
     QString text;
-    if (!decodeText(value, charsetOf(property), text))
+    if (!decodeCharset(value, charsetOf(property), text))
       undecoded(field);
     task->setString(field, text);
   };
@@ -136,7 +136,7 @@ std::unique_ptr<Task> toTaskRec(VObject* todo, const Undecoded& undecoded) {
       task->setDateTime(Task::TASK_FIELD_END, UTIL_TimeConversion::fromISO8601(value));
       break;
     case TodoProperty::status:
-      task->setStatus(statusFromText(value));
+      task->setStatus(getStatusValue(value));
       break;
     case TodoProperty::summary:
       setText(Task::TASK_FIELD_SUMMARY, property, value);
@@ -159,7 +159,7 @@ std::unique_ptr<Task> toTaskRec(VObject* todo, const Undecoded& undecoded) {
       });
       break;
     case TodoProperty::priority:
-      task->setPriority(priorityFromText(value));
+      task->setPriority(getPriorityValue(value));
       break;
     }
     return true;

@@ -68,7 +68,7 @@ QString twoDigits(int number) {
 
 }  // namespace
 
-int statusFromText(const QCString& text) {
+int getStatusValue(const QCString& text) {
   moduleLog(logTrace, "Entering function %s\nbegin getStatusValue", "getStatusValue");
   int code = statusUnknown;
   for (const WordCode& test : statusTests) {
@@ -81,7 +81,7 @@ int statusFromText(const QCString& text) {
   return code;
 }
 
-int priorityFromText(const QCString& text) {
+int getPriorityValue(const QCString& text) {
   moduleLog(logTrace, "Entering function %s\nbegin getPriorityValue", "getPriorityValue");
   bool isNumber = false;
   int code = QString::fromLatin1(text).toInt(&isNumber, 10);
@@ -103,7 +103,7 @@ QDateTime dueDateFromText(const QCString& text) {
   return ZTASK_ENG_Task::noDate();
 }
 
-bool decodeText(const QCString& bytes, const QCString& charsetName, QString& text) {
+bool decodeCharset(const QCString& bytes, const QCString& charsetName, QString& text) {
   const QCString name = charsetName.upper();
   CharsetName charset = unknownCharset;
   for (const CharsetName& known : charsetNames)

@@ -16,16 +16,16 @@ constexpr int statusNeedsAction = 1;
 constexpr int statusUnknown = 8;
 
 // Returns the status of the first known word that the text contains, or statusUnknown.
-int statusFromText(const QCString& text);
+int getStatusValue(const QCString& text);
 // Returns the number in the text, or 1 for HIGH, 2 for NORMAL, 3 for LOW and 0 for anything else.
-int priorityFromText(const QCString& text);
+int getPriorityValue(const QCString& text);
 // Returns the local date and time, or ZTASK_ENG_Task::noDate() for one before January 2, 1970,
 // which stands for "no date" in some texts, and for one that cannot be read. Logs these.
 QDateTime dueDateFromText(const QCString& text);
 // Sets `text` to the bytes, decoded from the character set with this name in any case. Logs the
 // character set. Decodes as Latin-1 if the name is empty or not known, or if the bytes are not
 // valid in the character set; returns false only for the last.
-bool decodeText(const QCString& bytes, const QCString& charsetName, QString& text);
+bool decodeCharset(const QCString& bytes, const QCString& charsetName, QString& text);
 
 // To text.
 

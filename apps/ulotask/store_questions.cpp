@@ -1,9 +1,9 @@
 #include "store_questions.h"
 
 #include "database.h"
-#include "store_steps.h"
 #include "exit_codes.h"
 #include "session.h"
+#include "store_steps.h"
 #include "ulodb2.h"
 #include "write_transaction.h"
 

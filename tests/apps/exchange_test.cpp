@@ -384,7 +384,7 @@ TEST_F(Export, FailsWithoutTheLibrary) {
   EXPECT_EQ(run.code, 12);
   EXPECT_EQ(run.out, "");
   EXPECT_THAT(run.err,
-              HasSubstr("the tasks can't be written as a vCalendar text; the log says why"));
+              HasSubstr("the tasks cannot be written as a vCalendar text; the log says why"));
 }
 
 TEST_F(Export, LeavesNoTemporaryFile) {

@@ -166,7 +166,7 @@ TEST(VtodoReader, StatusWordsAreLookedForInOrder) {
            {"it was SENT", 3},
            {"completed, DELEGATED", 0},
        }})
-    EXPECT_EQ(ulo::statusFromText(known.text), known.code) << known.text;
+    EXPECT_EQ(ulo::getStatusValue(known.text), known.code) << known.text;
 }
 
 TEST(VtodoReader, StatusHasTheSameFormOnTheWay) {
@@ -203,15 +203,15 @@ TEST(VtodoReader, PriorityIsANumberOrAWord) {
            {"A HIGH", 0},
            {"", 0},
        }})
-    EXPECT_EQ(ulo::priorityFromText(known.text), known.code) << known.text;
+    EXPECT_EQ(ulo::getPriorityValue(known.text), known.code) << known.text;
   EXPECT_EQ(read("PRIORITY:NORMAL\r\n").getPriorityValue(), 2);
   EXPECT_EQ(read("PRIORITY:NORMAL\r\n").getPriority(), 1);
 }
 
 TEST(VtodoReader, ConversionsAreNotTraced) {
   LogCapture log;
-  ulo::statusFromText("SENT");
-  ulo::priorityFromText("1");
+  ulo::getStatusValue("SENT");
+  ulo::getPriorityValue("1");
   EXPECT_EQ(log.text(), "");
 }
 
