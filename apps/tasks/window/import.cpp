@@ -1,14 +1,16 @@
 #include "window/import.h"
 
-#include "ZVtodoParser.h"
 #include "take_in.h"
+#include "todo_reader.h"
 #include "ulo/descriptor.h"
 
 #include <QElapsedTimer>
 #include <QFile>
 
 #include <cerrno>
+#include <memory>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include <fcntl.h>
@@ -49,11 +51,11 @@ void appendTodos(const QString& path, std::vector<ZTASK_ENG_Task>& tasks) {
   const std::optional<QByteArray> bytes = readFile(path);
   if (!bytes)
     return;
-  QList<ZTASK_ENG_Task> calendar;
-  calendar.setAutoDelete(true);
-  ZVtodoParser().readVtodo(QCString(bytes->constData()), calendar);
-  for (uint i = 0; i < calendar.count(); ++i)
-    tasks.push_back(std::move(*calendar.at(i)));
+  // What follows a zero byte is not part of the text.
+  const std::string_view text(bytes->constData());
+  const ulo::TodosRead read = ulo::readTodos(text);
+  for (const std::unique_ptr<ZTASK_ENG_Task>& task : read.tasks)
+    tasks.push_back(std::move(*task));
 }
 
 }  // namespace
