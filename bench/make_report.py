@@ -69,7 +69,7 @@ def main():
     parser.add_argument("--filter", help="only operations whose name matches")
     parser.add_argument("--quick", action="store_true", help="100 and 10,000 tasks, short")
     parser.add_argument("--data-dir", default=BUILD,
-                        help="a directory on a disk; stores are kept in it meanwhile")
+                        help="a directory on a disk for the stores of the run")
     options = parser.parse_args()
     # A separate directory, because it is deleted.
     options.data_dir = os.path.join(options.data_dir, "ulo-bench-data")

@@ -24,8 +24,8 @@ int update(ZTASK_ENG_Model& store, ChangeReport& report) {
   return store.updateTask(report.task);
 }
 
-// Reads the task. getTask returns a task without its category if the database cannot read that, and
-// storing it would lose the category.
+// Reads the task. getTask returns a task without its category if the database cannot read that;
+// storing or restoring it would lose the category.
 int readWhole(ZTASK_ENG_Model& store, unsigned int uid, ZTASK_ENG_Task& task) {
   const unsigned int failures = DB_FailureCount();
   const int code = store.getTask(uid, task);
@@ -61,7 +61,7 @@ int removeTask(ZTASK_ENG_Model& store, unsigned int uid, ZTASK_ENG_Task& removed
   if (!transaction)
     return storeCode(transaction.result());
   ZTASK_ENG_Task task;
-  if (const int code = store.getTask(uid, task); code != TASK_ENG_OK)
+  if (const int code = readWhole(store, uid, task); code != TASK_ENG_OK)
     return code;
   if (const int code = store.removeTask(uid); code != TASK_ENG_OK)
     return code;

@@ -49,6 +49,13 @@ int taskNotAdded(int databaseResult, LogPlace place = LogPlace::current()) {
   return changeFailed(databaseResult);
 }
 
+int taskNotUpdated(int databaseResult, LogPlace place = LogPlace::current()) {
+  ULO_LOG_ERROR_AT(place, "UpdateTask failed! [ret=%d]", databaseResult);
+  if (databaseResult == DB_FULL)
+    ULO_LOG_ERROR_AT(place, "DB Memory full!");
+  return changeFailed(databaseResult);
+}
+
 }  // namespace
 
 ZTASK_ENG_Model::ZTASK_ENG_Model() {
@@ -212,6 +219,10 @@ int ZTASK_ENG_Model::getTask(unsigned int uid, ZTASK_ENG_Task& task) {
 int ZTASK_ENG_Model::updateTask(ZTASK_ENG_Task& task) {
   if (!open_)
     return TASK_ENG_NOT_OPEN;
+  // No other program may remove the category before the task is stored.
+  WriteScope write;
+  if (write.result() != DB_OK)
+    return taskNotUpdated(write.result());
   const QDateTime now = engineNow();
   unsigned int categoryUid = 0;
   if (const int found =
@@ -246,16 +257,14 @@ int ZTASK_ENG_Model::updateTask(ZTASK_ENG_Task& task) {
   bindText(block, 5, task.getString(ZTASK_ENG_Task::TASK_FIELD_UUID));
   bindAlarmToRevision(block, 6, task, categoryUid);
   ResultRows rows;
-  if (const int ret = block.query(rows, task_scripts::updateTask); ret != DB_OK) {
-    ULO_LOG_ERROR("UpdateTask failed! [ret=%d]", ret);
-    if (ret == DB_FULL)
-      ULO_LOG_ERROR("DB Memory full!");
-    return changeFailed(ret);
-  }
+  if (const int ret = block.query(rows, task_scripts::updateTask); ret != DB_OK)
+    return taskNotUpdated(ret);
   if (!rows.boolean(task_scripts::Flag::flag)) {
     ULO_LOG_ERROR("The task with uid %d is not exist!", static_cast<int>(uid));
     return TASK_ENG_NOT_FOUND;
   }
+  if (const int ret = write.keep(); ret != DB_OK)
+    return taskNotUpdated(ret);
   report(uid, SVC_CT_UPDATED);
   return TASK_ENG_OK;
 }

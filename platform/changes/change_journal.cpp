@@ -141,7 +141,7 @@ std::string ChangeJournal::path() const {
   return directory + "/" + fileName;
 }
 
-// Returns null while there is no journal.
+// Returns null as long as there is no journal.
 ChangeJournal::Database* ChangeJournal::existing() {
   if (database_)
     return database_.get();

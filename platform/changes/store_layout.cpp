@@ -51,8 +51,8 @@ void setCopyOnClose(sqlite3* connection, bool copies) {
   sqlite3_db_config(connection, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, copies ? 0 : 1, nullptr);
 }
 
-// Reads the version from a write-ahead log that no program uses. A connection of its own keeps the
-// index of the log in memory, where others would create a file.
+// Reads the version from a write-ahead log that no program uses. A separate connection keeps the
+// index of the log in memory, where an ordinary one would create a file.
 std::optional<std::int64_t> versionInUnusedLog(const char* path) {
   sqlite3* opened = nullptr;
   const int result =

@@ -288,13 +288,13 @@ void takeParameter(Header& header, std::string_view token) {
     if (!sameWord(name, known.name) && !sameWord(value, known.name))
       continue;
     tellsEncoding = true;
-    // If told twice, the library also decodes the next property.
+    // If the encoding is stated twice, the library also decodes the next property.
     header.clean = header.clean && header.encoding == Encoding::plain;
     header.encoding = std::max(header.encoding, known.encoding);
   }
   if (name == "CHARSET")
     header.charset = isWord(value) && !tellsEncoding ? value : std::string_view();
-  // The library keeps it as an 8-bit text, but the field of an alarm is a wide one.
+  // The library stores the value as 8-bit text, but the alarm field of that name is wide text.
   if (sameWord(name, "RUNTIME"))
     header.clean = false;
 }

@@ -393,6 +393,17 @@ TEST_F(Recovery, RescueReadsAroundTheRootOfTheTable) {
   EXPECT_EQ(add({"next"}), "101");
 }
 
+// SQLite would drop a leading U+FEFF of a text, so such texts are stored as blobs.
+TEST_F(Recovery, RescueKeepsTextsStoredAsBlobs) {
+  fill(100);
+  succeed({"edit", "50", "--summary", "\xEF\xBB\xBFmarked", "--note", "\xEF\xBB\xBFnote"});
+  const std::string before = list();
+  ASSERT_THAT(before, HasSubstr("marked"));
+  corruptRoot("task_table_task");
+  succeed({"db", "rescue"});
+  EXPECT_EQ(list(), before);
+}
+
 TEST_F(Recovery, RescueReadsAroundDamagedRows) {
   fill(100);
   const QJsonArray before = succeed({"list", "--json"}).array();

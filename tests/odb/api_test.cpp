@@ -1,4 +1,4 @@
-// What the C interface promises: results, tags, parameters, buffers, transactions, texts.
+// The C interface: results, tags, parameters, buffers, transactions, texts.
 
 #include "log_capture.h"
 #include "task_tables.h"
@@ -30,7 +30,7 @@ protected:
   }
   void TearDown() override { DB_Close(); }
 
-  // A row with that priority; its UID, or 0 when it could not be added.
+  // Adds a row with this priority. Returns its UID, or 0 on failure.
   static int add(int priority) {
     return DB_Exec("insert into task_table_task (priority) values (%d) returnuid", priority) ==
                    DB_OK
@@ -43,7 +43,7 @@ protected:
 
 // Results, tags, numbers
 
-TEST_F(Odb, UidsAreNeverGivenTwice) {
+TEST_F(Odb, UidsAreNeverReused) {
   EXPECT_EQ(add(1), 1);
   EXPECT_EQ(add(1), 2);
   ASSERT_EQ(
@@ -58,31 +58,31 @@ TEST_F(Odb, UidsAreNeverGivenTwice) {
   EXPECT_EQ(add(1), 4);
 }
 
-TEST_F(Odb, TagChangesOnlyBySuccess) {
+TEST_F(Odb, TagChangesOnlyOnSuccess) {
   ASSERT_EQ(DB_Exec("sml:set_session_tag(42);"), DB_OK);
   EXPECT_EQ(DB_GetTag(), 42);
   ASSERT_EQ(DB_Exec("insert into task_table_task (priority) values (1)"), DB_OK);
-  EXPECT_EQ(DB_GetTag(), 42) << "an insert without returnuid leaves it";
+  EXPECT_EQ(DB_GetTag(), 42) << "an insert without returnuid must not change it";
   EXPECT_EQ(DB_Exec("sml:set_session_tag(7); cursor $c=open_cursor('task_table_task'); $c->del();"),
             DB_ERROR);
-  EXPECT_EQ(DB_GetTag(), 42) << "a script that fails leaves it";
+  EXPECT_EQ(DB_GetTag(), 42) << "a failed script must not change it";
   EXPECT_EQ(add(1), 2);
   EXPECT_EQ(DB_GetTag(), 2);
 }
 
-TEST_F(Odb, NumbersOfTheTemplateAreNotPartOfTheProgram) {
+TEST_F(Odb, TemplateNumbersAreNotPartOfProgram) {
   const char* text = "sml:declare schema s (a integer, b integer);declare buffer schema s;"
                      "buffer_put(a, %d);buffer_put(b, %u);";
   for (const int number : {1, -5, INT32_MAX}) {
     DB_CURSOR cursor = nullptr;
     ASSERT_EQ(DB_Query(&cursor, text, number, 0xFFFFFFFFU), DB_OK);
     EXPECT_EQ(DB_CSC_GetFieldAsInteger(cursor, 0), number);
-    EXPECT_EQ(DB_CSC_GetFieldAsInteger(cursor, 1), -1) << "32 bits as they are";
+    EXPECT_EQ(DB_CSC_GetFieldAsInteger(cursor, 1), -1) << "the 32 bits must not change";
     DB_CSC_Close(cursor);
   }
 }
 
-TEST_F(Odb, TemplateConversions) {
+TEST_F(Odb, ConvertsTemplateArguments) {
   const char* text = "sml:declare schema s (a integer, c varchar);declare buffer schema s;"
                      "buffer_put(a, %ld);buffer_put(c, '%s %d %lu %%');";
   DB_CURSOR cursor = nullptr;
@@ -92,10 +92,10 @@ TEST_F(Odb, TemplateConversions) {
   DB_CSC_Close(cursor);
 }
 
-TEST_F(Odb, UnknownConversionsAreRefused) {
+TEST_F(Odb, RejectsUnknownConversions) {
   LogCapture log;
   EXPECT_EQ(DB_Exec("sml:int $i = %x;", 5), DB_SYNTAX);
-  // Not literals: the compiler would refuse these two itself.
+  // Not literals, because the compiler would reject these two.
   const std::string unfinished = "sml:int $i = 5;%";
   EXPECT_EQ(DB_Exec(unfinished.c_str(), 0), DB_SYNTAX);
   const std::string text = "%s";
@@ -103,14 +103,14 @@ TEST_F(Odb, UnknownConversionsAreRefused) {
   EXPECT_THAT(log.text(), HasSubstr("a conversion other than"));
 }
 
-TEST_F(Odb, ErrorsNameThePlaceInTheLog) {
+TEST_F(Odb, CompileErrorsAreLoggedWithPosition) {
   LogCapture log;
   EXPECT_EQ(DB_Exec("sml:\n  $c->del();"), DB_UNKNOWN_NAME);
   EXPECT_EQ(log.withoutLines(),
             "(platform/odb/api/ulodb2.cpp)line 2, column 3: no variable $c is declared here");
 }
 
-TEST_F(Odb, RuntimeErrorsNameThePlaceToo) {
+TEST_F(Odb, RuntimeErrorsAreLoggedWithPosition) {
   LogCapture log;
   EXPECT_EQ(DB_Exec("sml:cursor $c=open_cursor('task_table_task');\nif (true) {\n  $c->del();\n}"),
             DB_ERROR);
@@ -119,7 +119,7 @@ TEST_F(Odb, RuntimeErrorsNameThePlaceToo) {
 
 // Parameters
 
-TEST_F(Odb, ParametersThatAreNotUsedAreFineOthersMustBeBound) {
+TEST_F(Odb, OnlyUsedParametersMustBeBound) {
   DB_PARAM block = DB_PARAM_Open(3);
   ASSERT_EQ(DB_PARAM_BindInteger(block, 0, 5), DB_OK);
   ASSERT_EQ(DB_PARAM_BindInteger(block, 2, 9), DB_OK);
@@ -129,7 +129,7 @@ TEST_F(Odb, ParametersThatAreNotUsedAreFineOthersMustBeBound) {
   EXPECT_EQ(DB_PARAM_Close(block), DB_OK);
 }
 
-TEST_F(Odb, BindingRefusesWhatIsNotThere) {
+TEST_F(Odb, BindingRejectsInvalidIndexAndNullBlock) {
   DB_PARAM block = DB_PARAM_Open(1);
   EXPECT_EQ(DB_PARAM_BindInteger(block, 1, 5), DB_BAD_ARGUMENT);
   EXPECT_EQ(DB_PARAM_BindInteger(block, -1, 5), DB_BAD_ARGUMENT);
@@ -140,7 +140,7 @@ TEST_F(Odb, BindingRefusesWhatIsNotThere) {
   EXPECT_EQ(DB_PARAM_Close(nullptr), DB_OK);
 }
 
-TEST_F(Odb, ANullBlockMakesTheTextFail) {
+TEST_F(Odb, TextFailsWithNullBlock) {
   DB_CURSOR cursor = nullptr;
   EXPECT_EQ(DB_QueryWithParam(&cursor, nullptr, "%s", allUids.c_str()), DB_BAD_PARAMETER);
   EXPECT_EQ(cursor, nullptr);
@@ -151,7 +151,7 @@ TEST_F(Odb, ANullBlockMakesTheTextFail) {
 
 // Cursors over results
 
-TEST_F(Odb, AFailedQueryGivesNoCursor) {
+TEST_F(Odb, FailedQueryReturnsNullCursor) {
   auto* cursor = reinterpret_cast<DB_CURSOR>(&directory_);
   EXPECT_EQ(DB_Query(&cursor, "sml:nonsense"), DB_SYNTAX);
   EXPECT_EQ(cursor, nullptr);
@@ -162,7 +162,7 @@ TEST_F(Odb, AFailedQueryGivesNoCursor) {
   EXPECT_EQ(DB_Exec(nullptr), DB_BAD_ARGUMENT);
 }
 
-TEST_F(Odb, AnEmptyBufferIsAtItsEndAtOnce) {
+TEST_F(Odb, EmptyBufferStartsAtEnd) {
   DB_CURSOR cursor = nullptr;
   ASSERT_EQ(DB_Query(&cursor, "%s", oneRow.c_str()), DB_OK);
   EXPECT_EQ(DB_CSC_Eof(cursor), 1);
@@ -174,9 +174,9 @@ TEST_F(Odb, AnEmptyBufferIsAtItsEndAtOnce) {
   DB_CSC_Close(cursor);
 }
 
-TEST_F(Odb, RowsBeginAndEnd) {
-  // A column that the row holds already starts the next one; an end without a row is none; a row
-  // left open counts.
+TEST_F(Odb, SplitsValuesIntoRows) {
+  // Putting a column again starts the next row. Ending a row without values does nothing. A row
+  // that is still open at the end counts.
   EXPECT_THAT(rowsOf(oneRow + "buffer_move_next();buffer_put(a, 1);buffer_put(b, true);"
                               "buffer_put(a, 2);buffer_move_next();buffer_move_next();"
                               "buffer_put(b, true);",
@@ -184,12 +184,12 @@ TEST_F(Odb, RowsBeginAndEnd) {
               ElementsAre("1|1", "2|0", "0|1"));
 }
 
-TEST_F(Odb, MovingPastTheLastRow) {
+TEST_F(Odb, MovingPastLastRowReturnsEnd) {
   DB_CURSOR cursor = nullptr;
   ASSERT_EQ(DB_Query(&cursor, "%sbuffer_put(a, 1);buffer_put(a, 2);", oneRow.c_str()), DB_OK);
   EXPECT_EQ(DB_CSC_MoveNext(cursor), DB_OK);
   EXPECT_EQ(DB_CSC_GetFieldAsInteger(cursor, 0), 2);
-  EXPECT_EQ(DB_CSC_GetFieldAsInteger(cursor, 3), 0) << "a column that is not there";
+  EXPECT_EQ(DB_CSC_GetFieldAsInteger(cursor, 3), 0) << "a column that does not exist";
   EXPECT_EQ(DB_CSC_GetFieldAsInteger(cursor, -1), 0);
   EXPECT_EQ(DB_CSC_MoveNext(cursor), DB_END);
   EXPECT_EQ(DB_CSC_Eof(cursor), 1);
@@ -197,20 +197,20 @@ TEST_F(Odb, MovingPastTheLastRow) {
   DB_CSC_Close(cursor);
 }
 
-TEST_F(Odb, TextsAreGivenInBothForms) {
+TEST_F(Odb, TextsAreAvailableInBothEncodings) {
   DB_CURSOR cursor = nullptr;
   ASSERT_EQ(DB_Query(&cursor, "%sbuffer_put(c, 'Käse');buffer_put(a, 3);", oneRow.c_str()), DB_OK);
   EXPECT_STREQ(DB_CSC_GetFieldAsChar(cursor, 2), "Käse");
   const unsigned short* units = DB_CSC_GetFieldAsUnicode(cursor, 2);
   EXPECT_EQ(Units(units, units + 5), (Units{'K', 0xE4, 's', 'e', 0}));
-  EXPECT_EQ(DB_CSC_GetFieldAsChar(cursor, 0), nullptr) << "a number is no text";
-  EXPECT_EQ(DB_CSC_GetFieldAsInteger(cursor, 2), 0) << "a text is no number";
+  EXPECT_EQ(DB_CSC_GetFieldAsChar(cursor, 0), nullptr) << "a number is not a text";
+  EXPECT_EQ(DB_CSC_GetFieldAsInteger(cursor, 2), 0) << "a text is not a number";
   DB_CSC_Close(cursor);
 }
 
-// Both languages in all four operations
+// Languages
 
-TEST_F(Odb, BothLanguagesInAllFour) {
+TEST_F(Odb, AllFourOperationsAcceptBothLanguages) {
   const char* insert = "insert into task_table_task (priority) values (1)";
   DB_PARAM block = DB_PARAM_Open(1);
   DB_CURSOR cursor = nullptr;
@@ -228,7 +228,7 @@ TEST_F(Odb, BothLanguagesInAllFour) {
   DB_PARAM_Close(block);
 }
 
-TEST_F(Odb, TableExistenceIsAskedAtRunTime) {
+TEST_F(Odb, TableExistenceIsCheckedAtRunTime) {
   const std::string text = "sml:declare schema s (there bool);declare buffer schema s;"
                            "buffer_put(there, check_table_exist('main.later'));";
   EXPECT_THAT(rowsOf(text, 1), ElementsAre("0"));
@@ -249,7 +249,17 @@ TEST_F(Odb, TransactionsDoNotNest) {
   EXPECT_THAT(rowsOf(allUids, 1), ElementsAre("1"));
 }
 
-TEST_F(Odb, AbortTakesEverythingBackTablesToo) {
+TEST_F(Odb, AbortWithoutTransactionKeepsReasonOfLastFailure) {
+  ASSERT_EQ(DB_Exec("nonsense"), DB_SYNTAX);
+  const std::string reason = DB_LastFailure();
+  const unsigned int failures = DB_FailureCount();
+  EXPECT_EQ(DB_AbortTransaction(), DB_TRANSACTION);
+  EXPECT_EQ(DB_LastFailure(), reason);
+  EXPECT_EQ(DB_LastResult(), DB_SYNTAX);
+  EXPECT_EQ(DB_FailureCount(), failures);
+}
+
+TEST_F(Odb, AbortRollsBackRowsAndTables) {
   add(1);
   ASSERT_EQ(DB_BeginTransaction(0), DB_OK);
   add(2);
@@ -260,7 +270,7 @@ TEST_F(Odb, AbortTakesEverythingBackTablesToo) {
   EXPECT_EQ(DB_Exec("sml:cursor $c=open_cursor('other');"), DB_UNKNOWN_NAME);
 }
 
-TEST_F(Odb, CloseEndsATransactionWithoutItsChanges) {
+TEST_F(Odb, CloseRollsBackTransaction) {
   ASSERT_EQ(DB_BeginTransaction(0), DB_OK);
   add(1);
   ASSERT_EQ(DB_Close(), DB_OK);
@@ -269,7 +279,7 @@ TEST_F(Odb, CloseEndsATransactionWithoutItsChanges) {
   EXPECT_EQ(DB_AbortTransaction(), DB_TRANSACTION);
 }
 
-TEST_F(Odb, AScriptThatFailsHasDoneNothing) {
+TEST_F(Odb, FailedScriptChangesNothing) {
   add(1);
   add(2);
   const std::string text = "sml:cursor $c=open_cursor('task_table_task');"
@@ -281,10 +291,10 @@ TEST_F(Odb, AScriptThatFailsHasDoneNothing) {
   add(3);
   EXPECT_EQ(DB_Exec("%s", text.c_str()), DB_ERROR);
   EXPECT_EQ(DB_CommitTransaction(), DB_OK);
-  EXPECT_THAT(rowsOf(allUids, 1), ElementsAre("1", "2", "3")) << "the transaction goes on";
+  EXPECT_THAT(rowsOf(allUids, 1), ElementsAre("1", "2", "3")) << "the transaction must continue";
 }
 
-TEST(OdbOpening, EverythingNeedsAnOpenDatabase) {
+TEST(OdbOpening, AllOperationsNeedOpenDatabase) {
   const DataDirectory directory;
   DB_CURSOR cursor = nullptr;
   EXPECT_EQ(DB_Exec("sml:"), DB_NOT_OPEN);
@@ -307,11 +317,11 @@ TEST(OdbOpening, OpensAreCounted) {
   EXPECT_EQ(DB_Exec("sml:"), DB_NOT_OPEN);
 }
 
-// Texts come back unit by unit, byte by byte.
+// Texts are stored and read unit by unit or byte by byte.
 
 class OdbUnits : public Odb, public testing::WithParamInterface<Units> {};
 
-TEST_P(OdbUnits, ComeBack) {
+TEST_P(OdbUnits, AreReadBackUnchanged) {
   Units exchanged;
   for (const unsigned short unit : GetParam())
     exchanged.push_back(static_cast<unsigned short>((unit >> 8U) | (unit << 8U)));
@@ -345,7 +355,7 @@ INSTANTIATE_TEST_SUITE_P(Texts, OdbUnits,
 
 class OdbBytes : public Odb, public testing::WithParamInterface<std::string> {};
 
-TEST_P(OdbBytes, ComeBackAndAreFound) {
+TEST_P(OdbBytes, AreFoundAndReadBackUnchanged) {
   DB_PARAM block = DB_PARAM_Open(1);
   ASSERT_EQ(DB_PARAM_BindChar(block, 0, GetParam().c_str()), DB_OK);
   ASSERT_EQ(DB_ExecWithParam(block, "insert into task_table_category (name, flag) values (:0, 1)"),
@@ -364,7 +374,7 @@ INSTANTIATE_TEST_SUITE_P(Texts, OdbBytes,
                                          "\xEF\xBF\xBF", "\xF0\x9F\x98\x80", "\xFF\xFE", "a\xC3",
                                          "\xED\xA0\x80", "\xC0\x80", "\xF4\x90\x80\x80"));
 
-TEST_F(Odb, NullIsNotTheEmptyText) {
+TEST_F(Odb, NullIsNotEmptyText) {
   DB_PARAM block = DB_PARAM_Open(2);
   const unsigned short empty = 0;
   ASSERT_EQ(DB_PARAM_BindUnicode(block, 0, nullptr), DB_OK);

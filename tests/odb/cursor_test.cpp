@@ -1,4 +1,4 @@
-// Cursors against a plain model: rows in a sorted vector, every walk from every place.
+// Compares cursors with a simple model, a sorted vector of rows: every walk from every position.
 
 #include "task_tables.h"
 #include "temporary_directory.h"
@@ -49,7 +49,7 @@ Cell cellOf(const Row& row, int column) {
   return column == 0 ? Cell(row.uid) : column == 1 ? row.a : row.b;
 }
 
-// Nulls come first, with "desc" last; rows of the same key by their UID.
+// Nulls come first, or last with "desc". Rows with the same key are ordered by UID.
 bool before(const Row& left, const Row& right, const std::vector<KeyPart>& key) {
   for (const KeyPart& part : key) {
     const Cell x = cellOf(left, part.column);
@@ -80,7 +80,7 @@ std::vector<std::string> uidsOf(const std::vector<Row>& rows) {
 const std::string schema = "sml:declare schema s (uid integer);declare buffer schema s;";
 const std::string putUid = "buffer_put(uid, $c->get_field('UID'));buffer_move_next();";
 
-// find with the first `fields` columns of the key of `row`.
+// Returns a script that prepares a find with the first `fields` key columns of `row`.
 std::string findText(const IndexUnderTest& index, const Row& row, std::size_t fields) {
   std::string text = schema + "cursor $c=open_cursor('" + index.name +
                      "');tuple $k=$c->new_empty_key_tuple();bool $t=true;";
@@ -137,7 +137,7 @@ TEST_P(CursorModel, WalksInOrder) {
         << index.name;
 }
 
-TEST_P(CursorModel, GoesOnFromWhereFindWent) {
+TEST_P(CursorModel, ContinuesFromFoundRow) {
   for (const IndexUnderTest& index : indexes)
     for (const Row& start : rows_)
       for (std::size_t fields = 0; fields <= index.key.size(); ++fields) {
@@ -155,7 +155,7 @@ TEST_P(CursorModel, GoesOnFromWhereFindWent) {
       }
 }
 
-TEST_P(CursorModel, StaysWithinTheKey) {
+TEST_P(CursorModel, StaysWithinKey) {
   for (const IndexUnderTest& index : indexes)
     for (const Row& start : rows_) {
       std::vector<Row> expected;
@@ -170,8 +170,8 @@ TEST_P(CursorModel, StaysWithinTheKey) {
     }
 }
 
-TEST_P(CursorModel, GoesOnBehindTheKey) {
-  // All rows of the key first, then, with move_next, everything behind it.
+TEST_P(CursorModel, ContinuesAfterKey) {
+  // First all rows of the key, then, with move_next, all rows after it.
   for (const IndexUnderTest& index : indexes)
     for (const Row& start : rows_) {
       std::vector<Row> expected = sorted(index);
@@ -187,7 +187,7 @@ TEST_P(CursorModel, GoesOnBehindTheKey) {
     }
 }
 
-TEST_P(CursorModel, EachKeyOfAWalkWithItsDuplicates) {
+TEST_P(CursorModel, VisitsDuplicatesOfEachKey) {
   // move_next to the first row of a key, move_next_in_dup through the rest, and so on.
   for (const IndexUnderTest& index : indexes)
     EXPECT_THAT(rowsOf(schema + "cursor $c=open_cursor('" + index.name +
@@ -198,7 +198,7 @@ TEST_P(CursorModel, EachKeyOfAWalkWithItsDuplicates) {
         << index.name;
 }
 
-TEST_P(CursorModel, GoesOnAfterDeleting) {
+TEST_P(CursorModel, ContinuesAfterDeletion) {
   for (const IndexUnderTest& index : indexes)
     for (const Row& start : rows_)
       for (const char* step : {"move_next", "move_next_in_dup"})
@@ -217,7 +217,7 @@ TEST_P(CursorModel, GoesOnAfterDeleting) {
         }
 }
 
-TEST_P(CursorModel, AWalkThatDeletesMeetsEveryRowOnce) {
+TEST_P(CursorModel, DeletingWalkVisitsEachRowOnce) {
   for (const IndexUnderTest& index : indexes) {
     ASSERT_EQ(DB_BeginTransaction(0), DB_OK);
     EXPECT_THAT(rowsOf(schema + "cursor $c=open_cursor('" + index.name +
@@ -228,8 +228,8 @@ TEST_P(CursorModel, AWalkThatDeletesMeetsEveryRowOnce) {
   }
 }
 
-TEST_P(CursorModel, AWalkThatMovesItsRowsMeetsEachOnce) {
-  // Every update puts the row behind the place where the walk is.
+TEST_P(CursorModel, WalkThatMovesRowsVisitsEachOnce) {
+  // Every update moves the row to a position after the current one.
   for (const IndexUnderTest& index : indexes) {
     ASSERT_EQ(DB_BeginTransaction(0), DB_OK);
     EXPECT_THAT(rowsOf(schema + "int $n=100;cursor $c=open_cursor('" + index.name +
@@ -259,15 +259,15 @@ protected:
   DataDirectory directory_;
 };
 
-TEST_F(Cursors, StandBeforeTheFirstRow) {
+TEST_F(Cursors, StartBeforeFirstRow) {
   EXPECT_THAT(rowsOf(schema + "cursor $c=open_cursor('t');" + putUid +
                          "bool $t=$c->move_next_in_dup();if($t){" + putUid + "};",
                      1),
               ElementsAre("0"))
-      << "a field is null there, and there is no key to stay in";
+      << "before the first row, fields are null and there is no key to stay within";
 }
 
-TEST_F(Cursors, AFailedFindStandsNowhere) {
+TEST_F(Cursors, HaveNoRowAfterFailedFind) {
   EXPECT_THAT(rowsOf(schema +
                          "cursor $c=open_cursor('ia');tuple $k=$c->new_empty_key_tuple();"
                          "$k->set_field(0, 9);$c->move_next();$c->find($k);" +
@@ -276,15 +276,15 @@ TEST_F(Cursors, AFailedFindStandsNowhere) {
               ElementsAre("0"));
 }
 
-TEST_F(Cursors, OpeningAgainBeginsAnew) {
+TEST_F(Cursors, StartOverWhenReopened) {
   EXPECT_THAT(rowsOf(schema + "int $n=0;while($n<2){cursor $c=open_cursor('t');$c->move_next();" +
                          putUid + "$n=$n+1;};",
                      1),
               ElementsAre("1", "1"));
 }
 
-TEST_F(Cursors, ATupleIsEmptyEachTimeItIsMade) {
-  // Without fields set the first row of the order is found.
+TEST_F(Cursors, NewTupleIsAlwaysEmpty) {
+  // Without any fields, find returns the first row in order.
   EXPECT_THAT(rowsOf(schema +
                          "int $n=0;cursor $c=open_cursor('ia');while($n<2){"
                          "tuple $k=$c->new_empty_key_tuple();if($n==0){$k->set_field(0, 3);};"
@@ -294,7 +294,7 @@ TEST_F(Cursors, ATupleIsEmptyEachTimeItIsMade) {
               ElementsAre("4", "1"));
 }
 
-TEST_F(Cursors, UpdateWritesTheFieldsThatWereSetAndShowsThem) {
+TEST_F(Cursors, UpdateWritesAndShowsOnlySetFields) {
   ASSERT_EQ(DB_Exec("sml:cursor $c=open_cursor('t');$c->move_next();"
                     "tuple $d=$c->get_data_tuple();$d->set_field('b', 5);$c->update($d);"),
             DB_OK);
@@ -307,10 +307,10 @@ TEST_F(Cursors, UpdateWritesTheFieldsThatWereSetAndShowsThem) {
       ElementsAre("8|5"));
   EXPECT_THAT(rowsOf(both + "tuple $d=$c->get_data_tuple();$c->update($d);" + put, 2),
               ElementsAre("8|5"))
-      << "nothing set, nothing written";
+      << "without set fields, nothing is written";
 }
 
-TEST_F(Cursors, TwoCursorsOverOneTableSeeEachOthersDeletions) {
+TEST_F(Cursors, SeeEachOthersDeletions) {
   EXPECT_THAT(rowsOf(schema +
                          "cursor $c=open_cursor('ia');cursor $d=open_cursor('t');"
                          "while($c->move_next()){" +
@@ -319,7 +319,7 @@ TEST_F(Cursors, TwoCursorsOverOneTableSeeEachOthersDeletions) {
               ElementsAre("1", "3"));
 }
 
-TEST_F(Cursors, RecordNumberCountsNow) {
+TEST_F(Cursors, RecordNumberIsCurrent) {
   EXPECT_THAT(rowsOf("sml:declare schema s (n integer);declare buffer schema s;"
                      "table $t=open_table('main.t');cursor $c=open_cursor('t');"
                      "buffer_put(n, $t->get_record_number());$c->move_next();$c->del();"
@@ -328,7 +328,7 @@ TEST_F(Cursors, RecordNumberCountsNow) {
               ElementsAre("4", "3"));
 }
 
-TEST_F(Cursors, ANullParameterFindsNull) {
+TEST_F(Cursors, NullParameterFindsNull) {
   ASSERT_EQ(DB_Exec("insert into t (b) values (1)"), DB_OK);
   DB_PARAM block = DB_PARAM_Open(1);
   ASSERT_EQ(DB_PARAM_BindChar(block, 0, nullptr), DB_OK);

@@ -1,4 +1,4 @@
-// Faults that are real: limits reached, a full disk, files that are no database.
+// Real faults: limits reached, a full disk, files that are not databases.
 
 #include "log_capture.h"
 #include "task_tables.h"
@@ -22,7 +22,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::SizeIs;
 
-// Remembers the connections that are opened, so that a test can set their page limit.
+// The connection opened last. Tests use it to set the page limit and to run SQL.
 sqlite3* lastConnection = nullptr;
 
 int rememberConnection(sqlite3* connection, const char**, const void*) {
@@ -78,13 +78,13 @@ protected:
   LogCapture log_;
 };
 
-// Limits, one under, at and one over.
+// Limits: at and just beyond each of them.
 
 TEST_F(OdbFailure, TextLength) {
   const std::string text = "sml:";
   EXPECT_EQ(exec(text + std::string(DB_MAX_TEXT - text.size(), ' ')), DB_OK);
   EXPECT_EQ(exec(text + std::string(DB_MAX_TEXT - text.size() + 1, ' ')), DB_LIMIT);
-  // A number counts as two bytes, whatever it is.
+  // A number counts as two bytes, whatever its value.
   const std::string number = "sml:int $i=%d;";
   for (const int value : {1, INT32_MIN}) {
     const std::string full = number + std::string(DB_MAX_TEXT - number.size(), ' ');
@@ -193,12 +193,12 @@ TEST_F(OdbFailure, LoopPasses) {
   EXPECT_EQ(exec("sml:while(true){};"), DB_LIMIT);
 }
 
-TEST_F(OdbFailure, NumbersStayWithinTheirBits) {
+TEST_F(OdbFailure, ReportsIntegerOverflow) {
   EXPECT_EQ(exec("sml:int $i=1;while($i>0){$i=$i+$i;};"), DB_LIMIT);
   EXPECT_THAT(log_.text(), HasSubstr("the number leaves 64 bits"));
 }
 
-TEST_F(OdbFailure, TheLastUid) {
+TEST_F(OdbFailure, InsertFailsAfterLastUid) {
   ASSERT_EQ(exec("insert into task_table_task (priority) values (1)"), DB_OK);
   ASSERT_EQ(sqlite3_exec(lastConnection,
                          "UPDATE sqlite_sequence SET seq = 2147483646 WHERE name = "
@@ -214,18 +214,18 @@ TEST_F(OdbFailure, TheLastUid) {
 
 // A full database
 
-TEST_F(OdbFailure, AFullDatabaseAnswers12AndKeepsWhatItHas) {
+TEST_F(OdbFailure, FullDatabaseReturns12AndKeepsItsRows) {
   ASSERT_EQ(addLarge(), DB_OK);
   limitPages(2);
   EXPECT_EQ(addLarge(), DB_FULL);
   EXPECT_EQ(DB_FULL, 12);
   EXPECT_EQ(countRows(), 1);
-  EXPECT_EQ(exec("create table t (UID integer auto)"), DB_OK) << "a small thing still fits";
+  EXPECT_EQ(exec("create table t (UID integer auto)"), DB_OK) << "a small table still fits";
   limitPages(1000);
   EXPECT_EQ(addLarge(), DB_OK);
 }
 
-TEST_F(OdbFailure, AFullDatabaseInATransaction) {
+TEST_F(OdbFailure, TransactionCanBeAbortedInFullDatabase) {
   limitPages(2);
   ASSERT_EQ(DB_BeginTransaction(0), DB_OK);
   EXPECT_EQ(exec("insert into task_table_task (priority) values (1)"), DB_OK);
@@ -235,20 +235,20 @@ TEST_F(OdbFailure, AFullDatabaseInATransaction) {
   EXPECT_EQ(exec("insert into task_table_task (priority) values (1)"), DB_OK);
 }
 
-TEST_F(OdbFailure, ATransactionThatSqliteEndedRefusesEverything) {
+TEST_F(OdbFailure, TransactionEndedBySqliteRejectsEverything) {
   ASSERT_EQ(DB_BeginTransaction(0), DB_OK);
   EXPECT_EQ(exec("insert into task_table_task (priority) values (1)"), DB_OK);
-  // What SQLite does by itself where it can't go on, as on an input or output error.
+  // SQLite itself does this when it cannot continue, for example after an I/O error.
   ASSERT_EQ(sqlite3_exec(lastConnection, "ROLLBACK", nullptr, nullptr, nullptr), SQLITE_OK);
   EXPECT_EQ(exec("insert into task_table_task (priority) values (2)"), DB_TRANSACTION);
   EXPECT_EQ(DB_CommitTransaction(), DB_TRANSACTION);
   EXPECT_EQ(countRows(), 0);
   ASSERT_EQ(DB_BeginTransaction(0), DB_OK);
   ASSERT_EQ(sqlite3_exec(lastConnection, "ROLLBACK", nullptr, nullptr, nullptr), SQLITE_OK);
-  EXPECT_EQ(DB_AbortTransaction(), DB_OK) << "an abort after that is no failure";
+  EXPECT_EQ(DB_AbortTransaction(), DB_OK) << "an abort must then succeed";
 }
 
-TEST_F(OdbFailure, WritingThatSqliteEndedKeepsNothing) {
+TEST_F(OdbFailure, WriteEndedBySqliteKeepsNothing) {
   ASSERT_EQ(DB_BeginWrite(), DB_OK);
   ASSERT_EQ(DB_BeginWrite(), DB_OK);
   EXPECT_EQ(exec("insert into task_table_task (priority) values (1)"), DB_OK);
@@ -263,10 +263,10 @@ TEST_F(OdbFailure, WritingThatSqliteEndedKeepsNothing) {
   EXPECT_EQ(DB_EndWrite(0), DB_OK);
 }
 
-TEST_F(OdbFailure, WritingWhoseCommitFailsKeepsNothing) {
+TEST_F(OdbFailure, WriteWithFailedCommitKeepsNothing) {
   ASSERT_EQ(DB_BeginWrite(), DB_OK);
   EXPECT_EQ(exec("insert into task_table_task (priority) values (1)"), DB_OK);
-  // A commit that the hook refuses fails like one that can't be written.
+  // A commit that the hook rejects fails like one that cannot be written.
   sqlite3_commit_hook(
       lastConnection, [](void*) { return 1; }, nullptr);
   EXPECT_NE(DB_EndWrite(1), DB_OK);
@@ -278,7 +278,7 @@ TEST_F(OdbFailure, WritingWhoseCommitFailsKeepsNothing) {
 
 enum class Outcome { kept, refused, lostByCommit, notBegun };
 
-// Runs a text in a transaction, in a process whose files may not grow beyond a size from then on.
+// Runs a text in a transaction, in a process whose files cannot grow beyond `size`.
 // Requires: the database is closed here.
 Outcome runWithin(rlim_t size, const std::string& text) {
   const pid_t process = fork();
@@ -298,10 +298,10 @@ Outcome runWithin(rlim_t size, const std::string& text) {
   return WIFEXITED(status) ? static_cast<Outcome>(WEXITSTATUS(status)) : Outcome::notBegun;
 }
 
-// Callers may leave the result of the commit unexamined: a script in their transaction succeeds
-// only if the log has room for all of it and for the commit.
-TEST_F(OdbFailure, AScriptWhoseCommitHasNoRoomIsRefused) {
-  // So few that SQLite keeps what it needs to undo the script in memory, not in a limited file.
+// Callers may ignore the result of the commit. A script in their transaction therefore succeeds
+// only if the log has room for all of its changes and for the commit.
+TEST_F(OdbFailure, RejectsScriptIfItsCommitHasNoRoom) {
+  // Few enough for SQLite to keep the data that undoes the script in memory, not in a limited file.
   constexpr int rows = 50;
   constexpr rlim_t step = 2048;  // half a page of the log
   ASSERT_EQ(DB_BeginTransaction(0), DB_OK);
@@ -323,9 +323,9 @@ TEST_F(OdbFailure, AScriptWhoseCommitHasNoRoomIsRefused) {
   EXPECT_GT(refusals, 2);
 }
 
-// Tables that others change
+// Tables changed by other programs
 
-TEST_F(OdbFailure, ATableThatWasMadeAnewByAnother) {
+TEST_F(OdbFailure, UsesTableRecreatedByAnotherProgram) {
   const std::string text = "sml:declare schema s (a integer);declare buffer schema s;"
                            "cursor $c=open_cursor('t');while($c->move_next()){"
                            "buffer_put(a, $c->get_field('a'));};";
@@ -337,7 +337,7 @@ TEST_F(OdbFailure, ATableThatWasMadeAnewByAnother) {
   ASSERT_EQ(sqlite3_open((directory_.path() / "tasks.db").c_str(), &other), SQLITE_OK);
   ASSERT_EQ(sqlite3_exec(other, "DROP TABLE t", nullptr, nullptr, nullptr), SQLITE_OK);
   EXPECT_NE(rowsOf(text, 1).at(0), "5");
-  EXPECT_THAT(rowsOf(text, 1), ElementsAre("error 4")) << "the name is known to be gone";
+  EXPECT_THAT(rowsOf(text, 1), ElementsAre("error 4")) << "the removed table must be noticed";
   ASSERT_EQ(sqlite3_exec(other,
                          "CREATE TABLE t (b INTEGER, UID INTEGER PRIMARY KEY AUTOINCREMENT, a "
                          "INTEGER); INSERT INTO t (a, b) VALUES (6, 7)",
@@ -349,7 +349,7 @@ TEST_F(OdbFailure, ATableThatWasMadeAnewByAnother) {
 
 // Files
 
-TEST_F(OdbFailure, ASoundFileHasNoDefects) {
+TEST_F(OdbFailure, SoundFileHasNoDefects) {
   std::vector<std::string> defects;
   EXPECT_EQ(DB_CheckFile(
                 [](void* context, const char* line) {
@@ -360,9 +360,9 @@ TEST_F(OdbFailure, ASoundFileHasNoDefects) {
   EXPECT_THAT(defects, SizeIs(0));
 }
 
-TEST_F(OdbFailure, ADamagedFileIsSeen) {
+TEST_F(OdbFailure, ReportsDamagedFile) {
   ASSERT_EQ(exec("insert into task_table_task (priority) values (1)"), DB_OK);
-  // Two indexes in the same page.
+  // Lets two indexes use the same page.
   ASSERT_EQ(sqlite3_exec(lastConnection,
                          "PRAGMA writable_schema = ON;"
                          "UPDATE sqlite_schema SET rootpage = (SELECT rootpage FROM sqlite_schema "
@@ -379,7 +379,7 @@ TEST_F(OdbFailure, ADamagedFileIsSeen) {
   EXPECT_THAT(defects, Contains(HasSubstr("2nd reference to page")));
 }
 
-TEST_F(OdbFailure, ALineThatThrowsEndsAnExplanation) {
+TEST_F(OdbFailure, ExceptionFromSinkEndsExplanation) {
   const char* text = "sml:int $i=0;cursor $c=open_cursor('task_table_task');"
                      "while($c->move_next()){$c->del();};";
   const auto explain = [&](int lines, bool standard) {
@@ -406,19 +406,19 @@ TEST_F(OdbFailure, ALineThatThrowsEndsAnExplanation) {
     if (result == DB_OK)
       break;
     EXPECT_EQ(result, DB_ERROR);
-    EXPECT_EQ(countRows(), 1) << "what ran is undone, at line " << lines;
+    EXPECT_EQ(countRows(), 1) << "the run must be undone, at line " << lines;
     EXPECT_EQ(DB_AbortTransaction(), DB_TRANSACTION);
   }
   EXPECT_GT(lines, 5);
   EXPECT_EQ(countRows(), 0);
-  // The line that tells of a mistake may throw as well.
+  // The sink may also throw when it receives an error message.
   EXPECT_NE(
       DB_Explain(
           "sml:nonsense", DB_EXPLAIN_TREE, nullptr, [](void*, const char*) { throw 5; }, nullptr),
       DB_OK);
 }
 
-TEST_F(OdbFailure, TheReasonOfAFailureIsKept) {
+TEST_F(OdbFailure, KeepsReasonOfLastFailure) {
   EXPECT_EQ(exec("sml:nonsense"), DB_SYNTAX);
   EXPECT_THAT(DB_LastFailure(), HasSubstr("line 1, column 5"));
   EXPECT_EQ(exec("sml:"), DB_OK);
@@ -428,7 +428,7 @@ TEST_F(OdbFailure, TheReasonOfAFailureIsKept) {
   EXPECT_THAT(DB_LastFailure(), HasSubstr("null"));
 }
 
-TEST(OdbFiles, WhatIsNoDatabaseIsRefused) {
+TEST(OdbFiles, RejectsFileThatIsNotDatabase) {
   const DataDirectory directory;
   std::ofstream(directory.path() / "tasks.db") << repeated("this is no database. ", 100);
   LogCapture log;
@@ -436,7 +436,7 @@ TEST(OdbFiles, WhatIsNoDatabaseIsRefused) {
   EXPECT_EQ(DB_Exec("sml:"), DB_NOT_OPEN);
 }
 
-TEST(OdbFiles, ADatabaseOfSomethingElseIsRefused) {
+TEST(OdbFiles, RejectsDatabaseOfAnotherProgram) {
   const DataDirectory directory;
   sqlite3* other = nullptr;
   ASSERT_EQ(sqlite3_open((directory.path() / "tasks.db").c_str(), &other), SQLITE_OK);
@@ -446,7 +446,7 @@ TEST(OdbFiles, ADatabaseOfSomethingElseIsRefused) {
   EXPECT_EQ(DB_Open(1), DB_CORRUPT);
 }
 
-TEST(OdbFiles, ADirectoryThatIsNone) {
+TEST(OdbFiles, FailsIfDataDirectoryIsFile) {
   const TemporaryDirectory directory;
   std::ofstream(directory.path() / "file") << "x";
   setenv("ULO_DATA_DIR", (directory.path() / "file").c_str(), 1);
@@ -455,14 +455,14 @@ TEST(OdbFiles, ADirectoryThatIsNone) {
   unsetenv("ULO_DATA_DIR");
 }
 
-TEST(OdbFiles, ADirectoryInThePlaceOfTheFile) {
+TEST(OdbFiles, FailsIfDatabaseFileIsDirectory) {
   const DataDirectory directory;
   std::filesystem::create_directory(directory.path() / "tasks.db");
   LogCapture log;
   EXPECT_EQ(DB_Open(1), DB_IO);
 }
 
-TEST(OdbFiles, TheFileIsTheOwnersAlone) {
+TEST(OdbFiles, OnlyOwnerCanAccessFiles) {
   const DataDirectory directory;
   ASSERT_EQ(DB_Open(1), DB_OK);
   createTaskTables();
@@ -475,8 +475,8 @@ TEST(OdbFiles, TheFileIsTheOwnersAlone) {
   DB_Close();
 }
 
-// Otherwise a first start that failed would look like a lost store to the next one.
-TEST(OdbFiles, ReserveAppearsOnceTheStoreIsComplete) {
+// Otherwise a failed first start would look like a lost store to the next one.
+TEST(OdbFiles, ReserveIsCreatedOnceStoreIsComplete) {
   const DataDirectory directory;
   const auto reserve = directory.path() / "tasks.reserve";
   ASSERT_EQ(DB_Open(1), DB_OK);
@@ -494,8 +494,8 @@ TEST(OdbFiles, ReserveAppearsOnceTheStoreIsComplete) {
   DB_Close();
 }
 
-// Callers do not look at each result while they fill a database.
-TEST(OdbFiles, NothingIsKeptOfFillingThatFailedInPart) {
+// Callers do not check every result while they fill a database.
+TEST(OdbFiles, KeepsNothingIfFillingFailsInPart) {
   const DataDirectory directory;
   LogCapture log;
   ASSERT_EQ(DB_Open(1), DB_OK);
@@ -510,7 +510,7 @@ TEST(OdbFiles, NothingIsKeptOfFillingThatFailedInPart) {
   DB_Close();
 }
 
-TEST(OdbFailures, AreCountedForTheThread) {
+TEST(OdbFailures, AreCountedPerThread) {
   const DataDirectory directory;
   LogCapture log;
   ASSERT_EQ(DB_Open(1), DB_OK);

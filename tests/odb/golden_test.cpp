@@ -1,6 +1,6 @@
-// Each text in tests/golden/odb beside what it must lead to: its words, its tree, its SQL with the
-// values, its rows, or its error. A case is NAME.in (parameters, "---", the text) and
-// NAME.expected; ULO_RENEW_GOLDEN=1 in the environment writes the latter anew.
+// Compares the processing of each text in tests/golden/odb with the expected file: its tokens, its
+// tree, its SQL with the values, and its rows or its error. A case consists of NAME.in (parameters,
+// "---", the text) and NAME.expected. ULO_RENEW_GOLDEN=1 rewrites the latter.
 
 #include "machine/executable.h"
 #include "task_tables.h"
@@ -34,7 +34,8 @@ std::vector<std::string> caseNames() {
   return names;
 }
 
-// ":0 = 5", ":1 = 'text'", ":2 = null"; a text is bound as varchar, u'text' as unicode.
+// Binds a parameter from a line such as ":0 = 5", ":1 = 'text'" or ":2 = null". 'text' is bound as
+// varchar, u'text' as unicode.
 void bindLine(DB_PARAM block, const std::string& line) {
   const std::size_t equals = line.find(" = ");
   ASSERT_TRUE(line.size() > 3 && line[0] == ':' && equals != std::string::npos) << line;
@@ -55,7 +56,7 @@ void bindLine(DB_PARAM block, const std::string& line) {
   }
 }
 
-// Six tasks: two of the same due date and priority, one without a date, one without a category.
+// Adds six tasks: two with the same due date and priority, and one without a due date.
 void fillTaskTables() {
   for (const char* name : {"none", "meeting"})
     ASSERT_EQ(
@@ -93,7 +94,7 @@ Case readCase(const std::string& name) {
   return result;
 }
 
-// What DB_Explain says of a case on tables of its own.
+// Returns the output of DB_Explain for a case that runs on new tables.
 std::string explain(const Case& input, int what) {
   const DataDirectory directory;
   EXPECT_EQ(DB_Open(1), DB_OK);
@@ -115,7 +116,7 @@ std::string explain(const Case& input, int what) {
   return seen + "result: " + std::to_string(result) + "\n";
 }
 
-TEST_P(Golden, LeadsToWhatIsExpected) {
+TEST_P(Golden, MatchesExpectedFile) {
   const std::string seen = explain(readCase(GetParam()), DB_EXPLAIN_TOKENS | DB_EXPLAIN_TREE |
                                                              DB_EXPLAIN_SQL | DB_EXPLAIN_RUN);
   const fs::path expected = goldenDirectory / (GetParam() + ".expected");
@@ -124,7 +125,7 @@ TEST_P(Golden, LeadsToWhatIsExpected) {
   EXPECT_EQ(seen, contentOf(expected));
 }
 
-// The rows, the tag and the result; not the SQL.
+// Keeps the rows, the tag and the result, and removes the SQL.
 std::string outcome(const std::string& explained) {
   std::string result;
   std::istringstream lines(explained);
@@ -134,7 +135,7 @@ std::string outcome(const std::string& explained) {
   return result;
 }
 
-TEST_P(Golden, GivesTheSameWithoutPushDown) {
+TEST_P(Golden, HasSameResultWithoutPushDown) {
   const Case input = readCase(GetParam());
   ulo::odb::pushDownEnabled = false;
   const std::string walked = explain(input, DB_EXPLAIN_RUN);
@@ -142,8 +143,8 @@ TEST_P(Golden, GivesTheSameWithoutPushDown) {
   EXPECT_EQ(outcome(explain(input, DB_EXPLAIN_RUN)), outcome(walked));
 }
 
-// Otherwise both sides of the comparison could be the same way to run.
-TEST(PushDownSwitch, DecidesWhichSqlRuns) {
+// Otherwise the comparison above could run the same SQL twice.
+TEST(PushDownSwitch, ChangesExecutedSql) {
   int differ = 0;
   for (const std::string& name : caseNames()) {
     const Case input = readCase(name);

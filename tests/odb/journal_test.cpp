@@ -1,4 +1,4 @@
-// The journal of changes: one entry for each changed task row, in the transaction of the change.
+// The journal of changes: one entry for each changed task row, written in the same transaction.
 
 #include "log_capture.h"
 #include "task_tables.h"
@@ -23,7 +23,7 @@ using testing::IsEmpty;
 constexpr char engine[] = "{9a4cdb74-34ec-415e-ba36-b8c2a35d0071}";
 constexpr char addText[] = "insert into task_table_task (priority) values (1) returnuid";
 
-// Statements on a file, by SQLite alone.
+// Runs statements on a file directly through SQLite.
 void sql(const std::filesystem::path& file, const std::string& statements) {
   sqlite3* database = nullptr;
   ASSERT_EQ(sqlite3_open(file.c_str(), &database), SQLITE_OK);
@@ -40,7 +40,7 @@ protected:
   }
   void TearDown() override { DB_Close(); }
 
-  // The entries after the last call, each as "UID TYPE".
+  // Returns the entries added since the previous call, each as "UID TYPE".
   std::vector<std::string> entries() {
     ulo::ChangeJournal journal;
     std::vector<ulo::Change> changes;
@@ -65,7 +65,7 @@ protected:
   std::int64_t last_ = 0;
 };
 
-TEST_F(Journal, TellsOfEachChangedTask) {
+TEST_F(Journal, RecordsEachChangedTask) {
   EXPECT_THAT(entries(), IsEmpty());
   for (int i = 0; i < 4; ++i)
     ASSERT_EQ(DB_Exec(addText), DB_OK);
@@ -88,12 +88,12 @@ TEST_F(Journal, TellsOfEachChangedTask) {
   EXPECT_THAT(entries(), ElementsAre("2 3", "3 3", "4 3"));
 }
 
-TEST_F(Journal, DoesNotTellOfCategories) {
+TEST_F(Journal, IgnoresCategories) {
   ASSERT_EQ(DB_Exec("insert into task_table_category (name, flag) values ('a', true)"), DB_OK);
   EXPECT_THAT(entries(), IsEmpty());
 }
 
-TEST_F(Journal, DoesNotTellOfWhatFailed) {
+TEST_F(Journal, IgnoresFailedChanges) {
   ASSERT_EQ(DB_Exec(addText), DB_OK);
   EXPECT_THAT(entries(), ElementsAre("1 1"));
   // The script deletes and then fails.
@@ -112,7 +112,7 @@ TEST_F(Journal, DoesNotTellOfWhatFailed) {
   EXPECT_THAT(entries(), ElementsAre("2 1"));
 }
 
-TEST_F(Journal, CannotBeNamedByTexts) {
+TEST_F(Journal, IsHiddenFromTexts) {
   for (const char* table : {"ulo_changes", "ulo_journal", "main.ulo_changes"}) {
     EXPECT_EQ(DB_Exec("sml:cursor $c = open_cursor('%s');", table), DB_UNKNOWN_NAME) << table;
     EXPECT_THAT(rowsOf(std::string("sml:declare schema s (there bool);declare buffer schema s;"
@@ -124,8 +124,8 @@ TEST_F(Journal, CannotBeNamedByTexts) {
   }
 }
 
-// A program that follows the file has to hear of a commit when readers can see it.
-TEST_F(Journal, CommitsAreAnnounced) {
+// Programs that watch the file must be notified when readers can see the commit.
+TEST_F(Journal, AnnouncesCommits) {
   const ulo::DirectoryWatch nothing(directory_.path(), "nothing");
   ASSERT_EQ(DB_BeginTransaction(0), DB_OK);
   ASSERT_EQ(DB_Exec(addText), DB_OK);
@@ -140,9 +140,9 @@ TEST_F(Journal, CommitsAreAnnounced) {
   EXPECT_FALSE(watch.sawChange());
 }
 
-// Another process adds tasks one by one until it is killed: at any time there is one entry for
-// each task.
-TEST_F(Journal, HasOneEntryForEachTaskOfAKilledProgram) {
+// Another process adds tasks one by one until it is killed. There must be one entry for each task
+// at any time.
+TEST_F(Journal, HasOneEntryPerTaskOfKilledProgram) {
   ASSERT_EQ(DB_Exec(addText), DB_OK);
   for (int round = 0; round < 10; ++round) {
     int ends[2];
@@ -180,7 +180,7 @@ TEST_F(Journal, HasOneEntryForEachTaskOfAKilledProgram) {
   }
 }
 
-TEST_F(Journal, IsAddedToAStoreOfVersion01) {
+TEST_F(Journal, IsAddedToStoreOfVersion01) {
   ASSERT_EQ(DB_Exec(addText), DB_OK);
   DB_Close();
   sql(file(), "DROP TRIGGER ulo_after_INSERT; DROP TRIGGER ulo_after_UPDATE;"
@@ -198,13 +198,13 @@ TEST_F(Journal, IsAddedToAStoreOfVersion01) {
   EXPECT_EQ(last_, 42);
   ASSERT_EQ(DB_Exec(addText), DB_OK);
   EXPECT_THAT(entries(), ElementsAre("2 1"));
-  reopen();  // once is enough
+  reopen();  // the conversion runs only once
   EXPECT_THAT(entries(), IsEmpty());
   ASSERT_TRUE(journal.changesSince(engine, 42, net));
   EXPECT_FALSE(net.incomplete);
 }
 
-TEST_F(Journal, ContinuesBeyondAnUnreadableJournalOfVersion01) {
+TEST_F(Journal, ContinuesAfterUnreadableJournalOfVersion01) {
   ASSERT_EQ(DB_Exec(addText), DB_OK);
   DB_Close();
   sql(file(), "DROP TRIGGER ulo_after_INSERT; DROP TRIGGER ulo_after_UPDATE;"
@@ -217,7 +217,7 @@ TEST_F(Journal, ContinuesBeyondAnUnreadableJournalOfVersion01) {
   EXPECT_GT(last, 1'000'000'000);
 }
 
-TEST_F(Journal, BeginsAnewIfAPartOfItWasLost) {
+TEST_F(Journal, BeginsNewGenerationIfPartIsLost) {
   ASSERT_EQ(DB_Exec(addText), DB_OK);
   for (const char* part : {"TRIGGER ulo_after_UPDATE", "TABLE ulo_changes", "TABLE ulo_journal",
                            "TABLE task_table_task"}) {
@@ -240,7 +240,7 @@ TEST_F(Journal, BeginsAnewIfAPartOfItWasLost) {
   }
 }
 
-// Whoever fills the database first has it complete or not at all.
+// The first program fills the database completely or not at all.
 class Filling : public testing::Test {
 protected:
   void SetUp() override { ASSERT_EQ(DB_Open(1), DB_OK); }
@@ -255,7 +255,7 @@ const std::string tables = "sml:declare schema s (tasks bool, categories bool);"
                            "buffer_put(tasks, check_table_exist('task_table_task'));"
                            "buffer_put(categories, check_table_exist('task_table_category'));";
 
-TEST_F(Filling, BeginsAnewAfterADeathBetweenTablesAndRows) {
+TEST_F(Filling, StartsOverIfKilledBetweenTablesAndRows) {
   for (std::size_t done = 1; done < taskTableStatements.size(); ++done) {
     for (std::size_t i = 0; i < done; ++i)
       ASSERT_EQ(DB_Exec("%s", taskTableStatements[i].c_str()), DB_OK);
@@ -272,10 +272,10 @@ TEST_F(Filling, BeginsAnewAfterADeathBetweenTablesAndRows) {
             DB_OK);
   DB_Close();
   ASSERT_EQ(DB_Open(1), DB_OK);
-  EXPECT_THAT(rowsOf(tables, 2), ElementsAre("1|1"));  // the user emptied it
+  EXPECT_THAT(rowsOf(tables, 2), ElementsAre("1|1"));  // a table emptied by the user is kept
 }
 
-TEST_F(Filling, KeepsNoneOfItsRowsIfOneFails) {
+TEST_F(Filling, KeepsNoRowsIfOneFails) {
   createTaskTables();
   DB_Close();
   const DataDirectory fresh;
@@ -287,7 +287,7 @@ TEST_F(Filling, KeepsNoneOfItsRowsIfOneFails) {
   EXPECT_EQ(DB_Exec("insert into task_table_category (name) values (:0)"), DB_BAD_PARAMETER);
   EXPECT_EQ(DB_Exec("insert into task_table_category (name) values ('a')"), DB_OK);
   EXPECT_EQ(DB_CommitTransaction(), DB_BAD_PARAMETER);
-  // It takes nothing before it was begun anew.
+  // It rejects writes until it has been reopened and filled again.
   EXPECT_EQ(DB_Exec(addText), DB_BAD_PARAMETER);
   DB_Close();
   ASSERT_EQ(DB_Open(1), DB_OK);

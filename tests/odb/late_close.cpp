@@ -1,4 +1,5 @@
-// A store may be a static object: the database closes after the thread's own variables are gone.
+// A store may be a static object. It then closes the database after the thread-local variables have
+// been destroyed.
 
 #include "temporary_directory.h"
 #include "ulodb2.h"

@@ -1,5 +1,5 @@
-// The version of a store's layout: a store that a newer program has written is refused and left as
-// it is.
+// The version of a store's layout: a store written by a newer program is rejected and left
+// unchanged.
 
 #include "log_capture.h"
 #include "one_task.h"
@@ -30,7 +30,7 @@ std::string bytesOf(const fs::path& file) {
   return {std::istreambuf_iterator<char>(in), {}};
 }
 
-// A program that uses SQLite alone, as a newer one may.
+// Another, perhaps newer program. It uses SQLite directly.
 class OtherProgram {
 public:
   explicit OtherProgram(const fs::path& file) {
@@ -44,7 +44,7 @@ public:
     EXPECT_EQ(sqlite3_exec(database_, sql.c_str(), nullptr, nullptr, nullptr), SQLITE_OK)
         << sqlite3_errmsg(database_);
   }
-  // Leaves its write-ahead log, like a program that was killed.
+  // Keeps the write-ahead log when closed, like a killed program.
   void keepLog() { sqlite3_db_config(database_, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr); }
 
 private:
@@ -75,17 +75,17 @@ protected:
   [[nodiscard]] fs::path file(const std::string& suffix) const { return file().string() + suffix; }
   [[nodiscard]] fs::path sample() const { return elsewhere_.path() / "sample.db"; }
 
-  // The version is in the file itself.
+  // Sets the version in the file itself.
   void setVersion(std::int64_t version) { OtherProgram(file()).run(versionSql(version)); }
-  // The version is only in the write-ahead log.
+  // Sets the version only in the write-ahead log.
   void setVersionInLog(std::int64_t version) {
     OtherProgram newer(file());
     newer.run(versionSql(version));
     newer.keepLog();
   }
 
-  // Names and contents of the data directory. The index of the log, which every reader uses, is
-  // there or not.
+  // Returns the names and contents of the files in the data directory. The contents of the log's
+  // index, which every reader may change, are omitted.
   [[nodiscard]] std::map<std::string, std::string> contents() const {
     std::map<std::string, std::string> result;
     for (const auto& entry : fs::directory_iterator(directory_.path())) {
@@ -114,7 +114,7 @@ protected:
     return rows;
   }
 
-  // Maintenance of the store. Each returns a result code.
+  // Maintenance operations. Each returns a result code.
   struct Lines {
     std::vector<std::string> texts;
     static void add(void* lines, const char* text) {
@@ -133,7 +133,15 @@ protected:
   Lines lines_;
 };
 
-TEST_F(Layout, IsZeroToday) {
+TEST_F(Layout, BackupDoesNotReplaceStoreItself) {
+  const auto modified = fs::last_write_time(file());
+  const auto overwrites = 1;
+  EXPECT_EQ(DB_Backup(1, file().c_str(), overwrites, Lines::add, &lines_), DB_BAD_ARGUMENT);
+  EXPECT_EQ(fs::last_write_time(file()), modified);
+  EXPECT_THAT(storedUids(), ElementsAre("1"));
+}
+
+TEST_F(Layout, IsCurrentlyZero) {
   sqlite3* database = nullptr;
   ASSERT_EQ(sqlite3_open(file().c_str(), &database), SQLITE_OK);
   EXPECT_EQ(ulo::layoutOf(database), 0);
@@ -153,7 +161,7 @@ TEST_F(Layout, RefusesNextVersion) {
   expectRefused();
 }
 
-TEST_F(Layout, TakesLargerNumberForDamage) {
+TEST_F(Layout, TreatsLargerNumberAsDamage) {
   setVersion(ulo::highestLayout + 1);
   expectRefused(DB_CORRUPT);
   setVersion(-1);
@@ -173,7 +181,7 @@ TEST_F(Layout, RefusesVersionInLog) {
   expectRefused();
 }
 
-// The index of the log is a file that a copy of the store usually lacks.
+// A copy of a store usually lacks the index of the log.
 TEST_F(Layout, RefusesVersionInLogWithoutIndex) {
   setVersionInLog(ulo::knownLayout + 1);
   fs::remove(file("-shm"));
@@ -228,7 +236,7 @@ TEST_F(Layout, RestoreRefusesNewerFile) {
   EXPECT_EQ(contents(), before);
 }
 
-// The way back to an older program. The newer store is kept, with its log.
+// This is how users return to an older program. The newer store is kept, with its log.
 TEST_F(Layout, RestoreReplacesNewerStoreAndKeepsItUnchanged) {
   ASSERT_EQ(backUp(), DB_OK);
   setVersionInLog(ulo::knownLayout + 1);
@@ -250,7 +258,7 @@ TEST_F(Layout, RescueRepairsDamagedVersion) {
   EXPECT_THAT(storedUids(), ElementsAre("1"));
 }
 
-TEST_F(Layout, JournalOfNewerStoreIsNotUsed) {
+TEST_F(Layout, DoesNotUseJournalOfNewerStore) {
   ulo::ChangeJournal journal;
   std::vector<ulo::Change> changes;
   setVersion(ulo::knownLayout + 1);

@@ -1,5 +1,5 @@
-// Every text gives the same rows whether loops hand their conditions to SQLite or walk: the golden
-// texts, and texts made at random over tables made at random.
+// Random scripts on random tables return the same rows whether their loops pass the conditions to
+// SQLite or walk.
 
 #include "machine/executable.h"
 #include "task_tables.h"
@@ -30,7 +30,7 @@ protected:
     DB_PARAM_BindInteger(block_, 0, 2);
     DB_PARAM_BindInteger(block_, 1, -1);
     DB_PARAM_BindChar(block_, 2, nullptr);
-    DB_PARAM_BindChar(block_, 3, "2");  // a text, which no number can be compared with
+    DB_PARAM_BindChar(block_, 3, "2");  // a text, which cannot be compared with numbers
   }
   void TearDown() override {
     ulo::odb::pushDownEnabled = true;
@@ -64,7 +64,7 @@ protected:
     return text + any({"buffer_move_next();", "buffer_put(n, $n);buffer_move_next();"});
   }
 
-  // A script with one or two loops of the shapes that scripts have.
+  // Returns a script with one or two typical loops.
   std::string script() {
     std::string text = "sml:declare schema s (a integer, b integer, u integer, n integer);"
                        "declare buffer schema s;int $n = 0;int $v = 2;bool $t = true;cursor $c = "
@@ -102,7 +102,7 @@ protected:
   DataDirectory directory_;
 };
 
-TEST_P(PushDown, GivesTheSameRows) {
+TEST_P(PushDown, ReturnsSameRows) {
   constexpr int scripts = 60;
   int succeeded = 0;
   for (int i = 0; i < scripts; ++i) {
@@ -113,7 +113,7 @@ TEST_P(PushDown, GivesTheSameRows) {
     EXPECT_EQ(rowsOf(text, 4, block_), walked) << text;
     succeeded += !walked.empty() && walked[0].rfind("error ", 0) != 0 ? 1 : 0;
   }
-  // Two scripts that fail alike show nothing.
+  // Scripts that fail both ways prove nothing.
   EXPECT_GT(succeeded, scripts / 2);
 }
 

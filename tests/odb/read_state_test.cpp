@@ -1,4 +1,4 @@
-// Reading in one state of the database: DB_BeginRead and DB_EndRead.
+// Reading from a snapshot: DB_BeginRead and DB_EndRead.
 
 #include "log_capture.h"
 #include "one_task.h"
@@ -13,7 +13,7 @@ using testing::ElementsAre;
 
 class ReadState : public OneTask {
 protected:
-  // Another thread, with a connection of its own, adds a row.
+  // Adds a row in another thread, which has its own connection.
   static void addElsewhere() {
     int result = DB_ERROR;
     std::thread([&] {
@@ -25,7 +25,7 @@ protected:
   }
 };
 
-TEST_F(ReadState, IsThatOfTheFirstQueryUntilTheEnd) {
+TEST_F(ReadState, LastsFromFirstQueryToEnd) {
   ASSERT_EQ(DB_BeginRead(), DB_OK);
   EXPECT_THAT(rowsOf(uidsOfTasks, 1), ElementsAre("1"));
   addElsewhere();
@@ -34,7 +34,7 @@ TEST_F(ReadState, IsThatOfTheFirstQueryUntilTheEnd) {
   EXPECT_THAT(rowsOf(uidsOfTasks, 1), ElementsAre("1", "2"));
 }
 
-TEST_F(ReadState, NestsAndEndsWithTheOuterOne) {
+TEST_F(ReadState, NestsAndEndsWithOutermost) {
   ASSERT_EQ(DB_BeginRead(), DB_OK);
   ASSERT_EQ(DB_BeginRead(), DB_OK);
   EXPECT_THAT(rowsOf(uidsOfTasks, 1), ElementsAre("1"));
@@ -45,7 +45,7 @@ TEST_F(ReadState, NestsAndEndsWithTheOuterOne) {
   EXPECT_THAT(rowsOf(uidsOfTasks, 1), ElementsAre("1", "2"));
 }
 
-TEST_F(ReadState, RefusesToWrite) {
+TEST_F(ReadState, RejectsWrites) {
   ASSERT_EQ(DB_BeginRead(), DB_OK);
   EXPECT_EQ(addTask(), DB_TRANSACTION);
   EXPECT_EQ(DB_Exec("%s", removeAllTasks.c_str()), DB_TRANSACTION);
@@ -57,7 +57,7 @@ TEST_F(ReadState, RefusesToWrite) {
   EXPECT_THAT(rowsOf(uidsOfTasks, 1), ElementsAre("1", "2"));
 }
 
-TEST_F(ReadState, GoesOnAfterAQueryThatFailed) {
+TEST_F(ReadState, ContinuesAfterFailedQuery) {
   ASSERT_EQ(DB_BeginRead(), DB_OK);
   EXPECT_THAT(rowsOf(uidsOfTasks, 1), ElementsAre("1"));
   EXPECT_EQ(DB_Exec("sml:cursor $c=open_cursor('nowhere');"), DB_UNKNOWN_NAME);
@@ -66,7 +66,7 @@ TEST_F(ReadState, GoesOnAfterAQueryThatFailed) {
   ASSERT_EQ(DB_EndRead(), DB_OK);
 }
 
-TEST_F(ReadState, WithinATransactionChangesNothing) {
+TEST_F(ReadState, HasNoEffectInTransaction) {
   ASSERT_EQ(DB_BeginTransaction(0), DB_OK);
   ASSERT_EQ(DB_BeginRead(), DB_OK);
   EXPECT_EQ(addTask(), DB_OK);
@@ -76,7 +76,7 @@ TEST_F(ReadState, WithinATransactionChangesNothing) {
   EXPECT_THAT(rowsOf(uidsOfTasks, 1), ElementsAre("1", "2", "3"));
 }
 
-TEST_F(ReadState, EndsWithTheDatabase) {
+TEST_F(ReadState, EndsWhenDatabaseIsClosed) {
   ASSERT_EQ(DB_BeginRead(), DB_OK);
   EXPECT_THAT(rowsOf(uidsOfTasks, 1), ElementsAre("1"));
   ASSERT_EQ(DB_Close(), DB_OK);
@@ -85,7 +85,7 @@ TEST_F(ReadState, EndsWithTheDatabase) {
   EXPECT_EQ(addTask(), DB_OK);
 }
 
-// Reading works without it too, so its failures are nobody's news.
+// Reading also works without a snapshot, so failures are not logged.
 TEST_F(ReadState, FailsSilently) {
   LogCapture log;
   EXPECT_EQ(DB_EndRead(), DB_TRANSACTION);

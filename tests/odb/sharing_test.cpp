@@ -1,4 +1,4 @@
-// One file, several threads and processes.
+// Sharing a database file among threads and processes.
 
 #include "log_capture.h"
 #include "task_tables.h"
@@ -30,7 +30,7 @@ int addRow() {
              : 0;
 }
 
-// Runs `work` in a process of its own; gives its exit code.
+// Runs `work` in a child process, which exits with the result. Returns its process ID.
 template <typename Work> pid_t startProcess(Work work) {
   const pid_t child = fork();
   if (child == 0)
@@ -44,7 +44,8 @@ int waitFor(pid_t child) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-// What the store does when it starts: look, then create what is missing. 0 when all went well.
+// Starts like the store: looks for the tables and creates them if they are missing. Returns 0 on
+// success.
 int startLikeTheStore() {
   if (DB_Open(1) != DB_OK)
     return 1;
@@ -68,7 +69,7 @@ int startLikeTheStore() {
   return DB_Close() == DB_OK ? 0 : 6;
 }
 
-TEST(OdbSharing, ProcessesThatStartAtOnceFillANewDatabaseOnce) {
+TEST(OdbSharing, ConcurrentProcessesFillNewDatabaseOnce) {
   for (int round = 0; round < 10; ++round) {
     const DataDirectory directory;
     std::vector<pid_t> children;
@@ -86,7 +87,7 @@ TEST(OdbSharing, ProcessesThatStartAtOnceFillANewDatabaseOnce) {
   }
 }
 
-TEST(OdbSharing, ThreadsThatStartAtOnceFillANewDatabaseOnce) {
+TEST(OdbSharing, ConcurrentThreadsFillNewDatabaseOnce) {
   const DataDirectory directory;
   std::vector<std::thread> threads;
   std::atomic<int> failures = 0;
@@ -97,7 +98,7 @@ TEST(OdbSharing, ThreadsThatStartAtOnceFillANewDatabaseOnce) {
   EXPECT_EQ(failures, 0);
 }
 
-TEST(OdbSharing, AKilledProcessLeavesNoLockAndNoHalfOfAnything) {
+TEST(OdbSharing, KilledProcessLeavesNoLockAndNoPartialDatabase) {
   const DataDirectory directory;
   const pid_t child = startProcess([] {
     if (DB_Open(1) != DB_OK || DB_BeginTransaction(0) != DB_OK ||
@@ -110,7 +111,7 @@ TEST(OdbSharing, AKilledProcessLeavesNoLockAndNoHalfOfAnything) {
   EXPECT_EQ(startLikeTheStore(), 0);
 }
 
-TEST(OdbSharing, ProcessesAndThreadsAddAtOnce) {
+TEST(OdbSharing, ProcessesAndThreadsAddConcurrently) {
   const DataDirectory directory;
   ASSERT_EQ(startLikeTheStore(), 0);
   constexpr int perWriter = 60;
@@ -138,7 +139,7 @@ TEST(OdbSharing, ProcessesAndThreadsAddAtOnce) {
   DB_Close();
 }
 
-TEST(OdbSharing, ATagBelongsToItsThread) {
+TEST(OdbSharing, TagBelongsToThread) {
   const DataDirectory directory;
   ASSERT_EQ(startLikeTheStore(), 0);
   ASSERT_EQ(DB_Open(1), DB_OK);
@@ -155,10 +156,10 @@ TEST(OdbSharing, ATagBelongsToItsThread) {
   DB_Close();
 }
 
-TEST(OdbSharing, WhatAnotherProcessMadeIsSeen) {
+TEST(OdbSharing, SeesTableCreatedByAnotherProcess) {
   const DataDirectory directory;
   ASSERT_EQ(startLikeTheStore(), 0);
-  // The process is made before the database is open here, and begins at the word of this one.
+  // The process is created before the database is opened here, and waits for a byte from the pipe.
   int word[2];
   ASSERT_EQ(pipe(word), 0);
   const pid_t child = startProcess([&] {
@@ -179,7 +180,7 @@ TEST(OdbSharing, WhatAnotherProcessMadeIsSeen) {
   DB_Close();
 }
 
-// Whether another connection could write at once.
+// Returns true if another connection can write immediately.
 bool isUnlocked(const DataDirectory& directory) {
   sqlite3* database = nullptr;
   sqlite3_open((directory.path() / "tasks.db").c_str(), &database);
@@ -189,12 +190,14 @@ bool isUnlocked(const DataDirectory& directory) {
   return result;
 }
 
-// The log's size, and a reader of another connection that holds a state of the database.
+// Returns the size of the write-ahead log.
 std::uintmax_t logSize(const DataDirectory& directory) {
   std::error_code none;
   const auto size = std::filesystem::file_size(directory.path() / "tasks.db-wal", none);
   return none ? 0 : size;
 }
+
+// A reader on another connection that can hold a snapshot of the database.
 class HeldReader {
 public:
   explicit HeldReader(const DataDirectory& directory) {
@@ -228,11 +231,11 @@ void writeMegabytes(int count) {
   }
 }
 
-TEST(OdbSharing, OverlappingReadersKeepTheLogShort) {
+TEST(OdbSharing, LogStaysShortWithOverlappingReaders) {
   const DataDirectory directory;
   ASSERT_EQ(startLikeTheStore(), 0);
   ASSERT_EQ(DB_Open(1), DB_OK);
-  // One of them is held at any time, and none for long.
+  // At any time one of them holds a snapshot, but none holds it for long.
   std::atomic<bool> goesOn{true};
   std::thread readers([&] {
     HeldReader first(directory);
@@ -257,21 +260,21 @@ TEST(OdbSharing, OverlappingReadersKeepTheLogShort) {
   DB_Close();
 }
 
-TEST(OdbSharing, TheLogShrinksWhenAHeldReaderGoes) {
+TEST(OdbSharing, LogShrinksAfterHeldReaderEnds) {
   const DataDirectory directory;
   ASSERT_EQ(startLikeTheStore(), 0);
   ASSERT_EQ(DB_Open(1), DB_OK);
   HeldReader reader(directory);
   reader.hold();
   writeMegabytes(10);
-  EXPECT_GT(logSize(directory), 9 * megabyte) << "what the reader sees is kept";
+  EXPECT_GT(logSize(directory), 9 * megabyte) << "the pages of the reader's snapshot must be kept";
   reader.letGo();
   writeMegabytes(2);
   EXPECT_LE(logSize(directory), 5 * megabyte);
   DB_Close();
 }
 
-TEST(OdbSharing, AForkedChildLeavesTheParentsDatabaseAlone) {
+TEST(OdbSharing, ForkedChildDoesNotTouchDatabaseOfParent) {
   const DataDirectory directory;
   ASSERT_EQ(startLikeTheStore(), 0);
   ASSERT_EQ(DB_Open(1), DB_OK);
@@ -284,19 +287,19 @@ TEST(OdbSharing, AForkedChildLeavesTheParentsDatabaseAlone) {
                 return 1;
               if (std::string(DB_LastFailure()).find("forked") == std::string::npos)
                 return 2;
-              // As a static object of the parent's does in the child.
+              // A static object of the parent does this in the child.
               return DB_Close() == DB_OK && DB_Close() == DB_NOT_OPEN ? 0 : 3;
             })),
             0);
-  EXPECT_FALSE(isUnlocked(directory)) << "the child has ended the parent's lock";
+  EXPECT_FALSE(isUnlocked(directory)) << "the child released the parent's lock";
   EXPECT_EQ(DB_CommitTransaction(), DB_OK);
   EXPECT_EQ(rowsOf(uids, 1), std::vector<std::string>{std::to_string(uid)});
   EXPECT_EQ(DB_Close(), DB_OK);
-  // Closed before, nothing is shared.
+  // Nothing is shared if the database was closed before the fork.
   EXPECT_EQ(waitFor(startProcess([] { return DB_Open(1) == DB_OK && addRow() > 0 ? 0 : 1; })), 0);
 }
 
-TEST(OdbSharing, AForkedChildHoldsNoLockOfANewDatabase) {
+TEST(OdbSharing, ForkedChildHoldsNoLockOnNewDatabase) {
   const DataDirectory directory;
   ASSERT_EQ(DB_Open(1), DB_OK);
   int word[2];
@@ -316,7 +319,7 @@ TEST(OdbSharing, AForkedChildHoldsNoLockOfANewDatabase) {
   DB_Close();
 }
 
-TEST(OdbSharing, AThreadThatEndsClosesItsDatabase) {
+TEST(OdbSharing, EndingThreadClosesItsDatabase) {
   const DataDirectory directory;
   ASSERT_EQ(startLikeTheStore(), 0);
   std::thread([] {
@@ -331,7 +334,7 @@ TEST(OdbSharing, AThreadThatEndsClosesItsDatabase) {
   DB_Close();
 }
 
-TEST(OdbSharing, AWriterKilledInMidWriteLosesWhatItHadNotCommitted) {
+TEST(OdbSharing, KilledWriterLosesUncommittedRows) {
   const DataDirectory directory;
   ASSERT_EQ(startLikeTheStore(), 0);
   const pid_t child = startProcess([] {

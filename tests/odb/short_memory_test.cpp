@@ -1,4 +1,4 @@
-// Allocations that fail, the library's and SQLite's, one at a time or all from one on.
+// Failing allocations of the library and of SQLite: a single one, or all from some point on.
 
 #include "failing_allocation.h"
 #include "log_capture.h"
@@ -14,7 +14,7 @@ namespace {
 
 sqlite3_mem_methods sqliteMemory;
 
-// SQLite's memory fails with the rest.
+// Makes SQLite's allocations fail along with the others.
 class FailingSqliteMemory {
 public:
   FailingSqliteMemory() {
@@ -156,7 +156,7 @@ protected:
   }
   void TearDown() override { sqlite3_close(other_); }
 
-  // Rows of an SQL text on another connection.
+  // Runs an SQL text on another connection. Returns the cells of its rows, and the error if any.
   std::vector<std::string> rowsOfSql(const char* sql) {
     std::vector<std::string> rows;
     char* error = nullptr;
@@ -185,7 +185,7 @@ protected:
     return rowsOfSql("SELECT * FROM task_table_task; SELECT name FROM sqlite_schema");
   }
 
-  // Runs the operation with the allocation failing. Whether one failed.
+  // Runs the operation with the given allocation failing. Returns true if one failed.
   bool failsOnce(int number, bool usedUp, bool knownBefore) {
     SCOPED_TRACE("allocation " + std::to_string(number));
     LogCapture log;
@@ -199,8 +199,8 @@ protected:
     const bool failed = withoutMemory(number, usedUp, [&] { result = GetParam().run(); });
     EXPECT_TRUE(failed || result == DB_OK) << result;
     const auto changed = everything();
-    EXPECT_TRUE(result == DB_OK || changed == before) << "a failure that changed something";
-    // Nothing was left open, and the store works on.
+    EXPECT_TRUE(result == DB_OK || changed == before) << "a failed operation changed the database";
+    // Nothing was left open, and the store still works.
     EXPECT_THAT(rowsOfSql("BEGIN IMMEDIATE; ROLLBACK"), ElementsAre());
     EXPECT_EQ(DB_AbortTransaction(), DB_TRANSACTION);
     EXPECT_EQ(DB_EndRead(), DB_TRANSACTION);
@@ -220,7 +220,7 @@ private:
   sqlite3* other_ = nullptr;
 };
 
-TEST_P(WithoutMemory, EveryFailedAllocationIsACode) {
+TEST_P(WithoutMemory, SurvivesEveryFailedAllocation) {
   int runs = 0;
   for (const bool usedUp : {false, true})
     for (const bool knownBefore : {false, true})
@@ -230,10 +230,10 @@ TEST_P(WithoutMemory, EveryFailedAllocationIsACode) {
   RecordProperty("runs", runs);
 }
 
-INSTANTIATE_TEST_SUITE_P(Every, WithoutMemory, testing::ValuesIn(operations),
+INSTANTIATE_TEST_SUITE_P(Operations, WithoutMemory, testing::ValuesIn(operations),
                          [](const auto& info) { return std::string(info.param.name); });
 
-// Opens and closes the database with the allocation failing. Whether one failed.
+// Opens and closes the database with the given allocation failing. Returns true if one failed.
 bool opensWithout(int number, bool usedUp) {
   SCOPED_TRACE("allocation " + std::to_string(number));
   int opened = DB_OK;
@@ -249,7 +249,7 @@ bool opensWithout(int number, bool usedUp) {
   return failed;
 }
 
-TEST(ShortMemory, OpeningFailsWithACodeAndWorksAfterwards) {
+TEST(ShortMemory, OpeningSucceedsAfterFailedAllocation) {
   LogCapture log;
   const DataDirectory directory;
   ASSERT_EQ(DB_Open(1), DB_OK);
@@ -262,7 +262,7 @@ TEST(ShortMemory, OpeningFailsWithACodeAndWorksAfterwards) {
   EXPECT_GT(number, 0);
 }
 
-TEST(ShortMemory, TheFirstOpeningFailsWithACodeAndWorksAfterwards) {
+TEST(ShortMemory, FirstOpeningSucceedsAfterFailedAllocation) {
   LogCapture log;
   bool failed = true;
   for (int number = 0; failed && !testing::Test::HasFailure(); number += 5) {

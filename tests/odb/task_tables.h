@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-// The tables that the store makes, and ways to look into a database.
+// The tables that the store creates, and helpers that read a database.
 
 inline const std::vector<std::string> taskTableStatements = {
     "create table task_table_task (UID integer auto, priority integer,status integer, note "
@@ -29,7 +29,7 @@ inline void createTaskTables() {
     ASSERT_EQ(DB_Exec("%s", statement.c_str()), DB_OK) << statement;
 }
 
-// The rows of a query, cells joined by "|"; "error N" when it fails.
+// Returns the rows of a query, with their cells joined by "|", or "error N" if it fails.
 inline std::vector<std::string> rowsOf(const std::string& text, int columns,
                                        DB_PARAM block = nullptr) {
   DB_CURSOR cursor = nullptr;

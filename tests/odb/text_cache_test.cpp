@@ -1,4 +1,4 @@
-// Programs that are made once: calls that were made before, and stores that were opened before.
+// Cached programs: repeated calls, and stores that are opened again.
 
 #include "base/failure.h"
 #include "machine/lru_cache.h"
@@ -18,7 +18,7 @@ using ulo::odb::Failure;
 using ulo::odb::LruCache;
 using ulo::odb::TextCache;
 
-// The first column of the first row of a query.
+// Returns the first column of the first row of a query.
 template <typename... Arguments> int numberOf(const char* text, Arguments... arguments) {
   DB_CURSOR cursor = nullptr;
   EXPECT_EQ(DB_Query(&cursor, text, arguments...), DB_OK);
@@ -46,7 +46,7 @@ protected:
   DataDirectory directory_;
 };
 
-TEST(Lru, KeepsWhatWasUsedLast) {
+TEST(Lru, KeepsMostRecentlyUsed) {
   LruCache<std::string, int> cache(2);
   cache.add("a", 1);
   cache.add("b", 2);
@@ -59,8 +59,8 @@ TEST(Lru, KeepsWhatWasUsedLast) {
   EXPECT_EQ(cache.find("a"), nullptr);
 }
 
-// A buffer of the caller's may hold another template at the next call.
-TEST_F(ProgramCache, ATemplateIsKnownByItsTextToo) {
+// The caller's buffer may contain another template at the next call.
+TEST_F(ProgramCache, IdentifiesTemplateByContentToo) {
   char text[] = "sml:declare schema s (a integer);declare buffer schema s;buffer_put(a, 10+%d);";
   char& digit = std::strchr(text, '+')[-2];
   EXPECT_EQ(numberOf(text, 5), 15);
@@ -70,7 +70,7 @@ TEST_F(ProgramCache, ATemplateIsKnownByItsTextToo) {
   EXPECT_EQ(numberOf(text, 7), 17);
 }
 
-TEST_F(ProgramCache, TheTextsOfACallBelongToIt) {
+TEST_F(ProgramCache, TextArgumentsBelongToTheirCall) {
   const char* text = "sml:declare schema s (a integer);declare buffer schema s;"
                      "buffer_put(a, %s);";
   for (int round = 0; round < 2; ++round)
@@ -78,23 +78,23 @@ TEST_F(ProgramCache, TheTextsOfACallBelongToIt) {
       EXPECT_EQ(numberOf(text, std::to_string(i).c_str()), i);
 }
 
-TEST_F(ProgramCache, KeepsTheTextsOfACallApart) {
+TEST_F(ProgramCache, SeparatesTextArguments) {
   const char* text = "sml:declare schema s (a integer);declare buffer schema s;"
                      "buffer_put(a, %s - %s);";
   EXPECT_EQ(numberOf(text, "12", "3"), 9);
   EXPECT_EQ(numberOf(text, "1", "23"), -22);
 }
 
-// Its value is part of the text then.
-TEST_F(ProgramCache, ANumberInQuotesBelongsToItsCall) {
+// Its value is then part of the text.
+TEST_F(ProgramCache, NumberInQuotesBelongsToItsCall) {
   const char* text = "sml:declare schema s (a varchar);declare buffer schema s;"
                      "buffer_put(a, 'number %d');";
   for (int i = 0; i < 3; ++i)
     EXPECT_EQ(textOf(text, i), "number " + std::to_string(i));
 }
 
-// Quotes in a text decide whether a number behind it stands in quotes.
-TEST_F(ProgramCache, ATextMayOpenTheQuotesOfANumber) {
+// Quotes in a text argument determine whether the number after it is quoted.
+TEST_F(ProgramCache, TextArgumentMayOpenQuotesAroundNumber) {
   const char* text = "sml:declare schema s (a varchar);declare buffer schema s;"
                      "buffer_put(a, %s%d');";
   DB_CURSOR cursor = nullptr;
@@ -105,7 +105,7 @@ TEST_F(ProgramCache, ATextMayOpenTheQuotesOfANumber) {
   }
 }
 
-TEST_F(ProgramCache, MoreTemplatesThanAreKeptStillRun) {
+TEST_F(ProgramCache, RunsMoreTemplatesThanItKeeps) {
   std::vector<std::string> texts;
   for (int i = 0; i < 600; ++i)
     texts.push_back("sml:declare schema s (a integer);declare buffer schema s;buffer_put(a, " +
@@ -115,8 +115,8 @@ TEST_F(ProgramCache, MoreTemplatesThanAreKeptStillRun) {
       ASSERT_EQ(numberOf(texts[static_cast<std::size_t>(i)].c_str(), round), i + round);
 }
 
-TEST_F(ProgramCache, AWrongTemplateFailsAtEachCall) {
-  // Not a literal: the compiler would refuse it itself.
+TEST_F(ProgramCache, InvalidTemplateFailsAtEachCall) {
+  // Not a literal, because the compiler would reject it.
   const std::string text = "sml:%s";
   for (int i = 0; i < 3; ++i) {
     EXPECT_EQ(DB_Exec("sml:%f", 1.0), DB_SYNTAX);
@@ -125,7 +125,7 @@ TEST_F(ProgramCache, AWrongTemplateFailsAtEachCall) {
   }
 }
 
-TEST_F(ProgramCache, ATableThatComesOrChangesIsSeen) {
+TEST_F(ProgramCache, SeesNewAndChangedTables) {
   const char* count = "sml:declare schema s (n integer);declare buffer schema s;"
                       "table $t=open_table('later');buffer_put(n, $t->get_record_number());";
   EXPECT_EQ(DB_Exec(count), DB_UNKNOWN_NAME);
@@ -135,7 +135,7 @@ TEST_F(ProgramCache, ATableThatComesOrChangesIsSeen) {
   EXPECT_EQ(numberOf(count), 1);
 }
 
-TEST_F(ProgramCache, WhatAnotherProgramDidToATableIsSeen) {
+TEST_F(ProgramCache, SeesTableChangedByAnotherProgram) {
   ASSERT_EQ(DB_Exec("create table later (UID integer auto, a integer)"), DB_OK);
   const char* read = "sml:cursor $c=open_cursor('later');int $i = 0;"
                      "while($c->move_next()){$i = $c->get_field('a');};";
@@ -149,7 +149,7 @@ TEST_F(ProgramCache, WhatAnotherProgramDidToATableIsSeen) {
   EXPECT_EQ(DB_Exec(read), DB_UNKNOWN_NAME);
 }
 
-// Two connections of which nothing is shared but the process.
+// Two separate databases in one process.
 class Databases {
 public:
   explicit Databases(const std::string& sql) {
@@ -170,7 +170,7 @@ public:
 constexpr char notes[] = "CREATE TABLE \"notes\" (\"UID\" INTEGER PRIMARY KEY AUTOINCREMENT)";
 const std::string countNotes = "sml:table $t=open_table('notes');";
 
-TEST(Programs, BelongToTheTablesAndNotToTheDatabase) {
+TEST(Programs, AreSharedByDatabasesWithSameTables) {
   const Databases both(notes);
   const auto first = TextCache::Programs::of(both.databases[0]);
   EXPECT_EQ(TextCache::Programs::of(both.databases[1]), first);
@@ -182,7 +182,7 @@ TEST(Programs, BelongToTheTablesAndNotToTheDatabase) {
   EXPECT_EQ(TextCache::Programs::of(both.databases[0]), first);
 }
 
-TEST(Programs, OfTablesThatAreNotThereAreNotKept) {
+TEST(Programs, AreNotKeptForMissingTables) {
   const Databases both("");
   EXPECT_THROW(static_cast<void>(TextCache::Programs::of(both.databases[0])->program(countNotes)),
                Failure);
@@ -190,7 +190,7 @@ TEST(Programs, OfTablesThatAreNotThereAreNotKept) {
   EXPECT_NE(TextCache::Programs::of(both.databases[0])->program(countNotes), nullptr);
 }
 
-TEST(Programs, MayBeAskedForBySeveralThreads) {
+TEST(Programs, CanBeRequestedBySeveralThreads) {
   std::atomic<int> wrong = 0;
   std::vector<std::thread> threads;
   for (int thread = 0; thread < 4; ++thread)

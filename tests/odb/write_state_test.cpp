@@ -1,4 +1,4 @@
-// Writing as one transaction that nests: DB_BeginWrite and DB_EndWrite.
+// Nested writing in one transaction: DB_BeginWrite and DB_EndWrite.
 
 #include "log_capture.h"
 #include "one_task.h"
@@ -14,7 +14,7 @@ using testing::ElementsAre;
 
 class WriteState : public OneTask {
 protected:
-  // The rows that another connection sees.
+  // Returns the rows that another connection sees.
   static std::vector<std::string> committed() {
     return std::async(std::launch::async,
                       [] {
@@ -27,7 +27,7 @@ protected:
   }
 };
 
-TEST_F(WriteState, CommitsAtItsEnd) {
+TEST_F(WriteState, CommitsAtEnd) {
   ASSERT_EQ(DB_BeginWrite(), DB_OK);
   EXPECT_EQ(addTask(), DB_OK);
   EXPECT_EQ(addTask(), DB_OK);
@@ -37,7 +37,7 @@ TEST_F(WriteState, CommitsAtItsEnd) {
   EXPECT_THAT(committed(), ElementsAre("1", "2", "3"));
 }
 
-TEST_F(WriteState, DiscardsAtItsEnd) {
+TEST_F(WriteState, RollsBackAtEnd) {
   ASSERT_EQ(DB_BeginWrite(), DB_OK);
   EXPECT_EQ(DB_Exec("%s", removeAllTasks.c_str()), DB_OK);
   EXPECT_EQ(addTask(), DB_OK);
@@ -74,7 +74,7 @@ TEST_F(WriteState, JoinsTransaction) {
   EXPECT_THAT(committed(), ElementsAre("1", "2", "3"));
 }
 
-TEST_F(WriteState, OutlivesTransactionThatItJoined) {
+TEST_F(WriteState, OutlivesJoinedTransaction) {
   ASSERT_EQ(DB_BeginTransaction(0), DB_OK);
   ASSERT_EQ(DB_BeginWrite(), DB_OK);
   ASSERT_EQ(DB_CommitTransaction(), DB_OK);
@@ -84,7 +84,7 @@ TEST_F(WriteState, OutlivesTransactionThatItJoined) {
   EXPECT_THAT(committed(), ElementsAre("1", "2"));
 }
 
-TEST_F(WriteState, RefusesOtherTransactions) {
+TEST_F(WriteState, RejectsOtherTransactions) {
   ASSERT_EQ(DB_BeginWrite(), DB_OK);
   EXPECT_EQ(addTask(), DB_OK);
   EXPECT_EQ(DB_BeginTransaction(0), DB_TRANSACTION);
@@ -97,7 +97,7 @@ TEST_F(WriteState, RefusesOtherTransactions) {
   EXPECT_EQ(DB_AbortTransaction(), DB_OK);
 }
 
-TEST_F(WriteState, ReadsWithinChangeNothing) {
+TEST_F(WriteState, NestedReadHasNoEffect) {
   ASSERT_EQ(DB_BeginWrite(), DB_OK);
   ASSERT_EQ(DB_BeginRead(), DB_OK);
   EXPECT_EQ(addTask(), DB_OK);
@@ -106,7 +106,7 @@ TEST_F(WriteState, ReadsWithinChangeNothing) {
   EXPECT_THAT(committed(), ElementsAre("1", "2"));
 }
 
-TEST_F(WriteState, RefusedWhileReading) {
+TEST_F(WriteState, FailsWhileReading) {
   ASSERT_EQ(DB_BeginRead(), DB_OK);
   EXPECT_EQ(DB_BeginWrite(), DB_TRANSACTION);
   EXPECT_EQ(DB_EndWrite(1), DB_TRANSACTION);
@@ -115,7 +115,7 @@ TEST_F(WriteState, RefusedWhileReading) {
   EXPECT_EQ(DB_EndWrite(0), DB_OK);
 }
 
-TEST_F(WriteState, GoesOnAfterTextThatFailed) {
+TEST_F(WriteState, ContinuesAfterFailedText) {
   ASSERT_EQ(DB_BeginWrite(), DB_OK);
   EXPECT_EQ(addTask(), DB_OK);
   EXPECT_EQ(DB_Exec("%s$c->del();", removeAllTasks.c_str()), DB_ERROR);
@@ -139,7 +139,7 @@ TEST_F(WriteState, LocksOutOtherWriters) {
   EXPECT_THAT(other.get(), testing::Contains("1"));
 }
 
-TEST_F(WriteState, EndsWithTheDatabase) {
+TEST_F(WriteState, IsRolledBackWhenDatabaseIsClosed) {
   ASSERT_EQ(DB_BeginWrite(), DB_OK);
   EXPECT_EQ(addTask(), DB_OK);
   ASSERT_EQ(DB_Close(), DB_OK);

@@ -52,7 +52,7 @@ protected:
   }
   QString path() { return QString::fromStdString((directory_.path() / "item.vcs").string()); }
 
-  // The log of the plug-in since it was invoked.
+  // Returns the log messages of the plug-in since it was invoked.
   std::vector<std::string> said() {
     std::vector<std::string> all = lines(source);
     all.erase(all.begin(), std::find(all.begin(), all.end(), "Entering invokeAction"));
@@ -98,11 +98,11 @@ TEST(ActionPluginLife, KnowsTwoInterfaces) {
   QUnknownInterface* answer = expected;
   EXPECT_EQ(plugin->queryInterface(QUuid::createUuid(), &answer), 0x80000004UL);
   EXPECT_EQ(answer, nullptr);
-  EXPECT_EQ(plugin->release(), 1U) << "a refused one costs no reference";
+  EXPECT_EQ(plugin->release(), 1U) << "a rejected query must not change the count";
   plugin->release();
 }
 
-// Counts its releases.
+// An interface that counts its releases.
 class HeldInterface : public QUnknownInterface {
 public:
   unsigned long queryInterface(const QUuid&, QUnknownInterface**) override {
@@ -138,7 +138,7 @@ TEST_F(ActionPlugin, ReportsItsUuid) {
   EXPECT_TRUE(plugin_->describe().isNull());
 }
 
-TEST_F(ActionPlugin, SavesAndReportsIt) {
+TEST_F(ActionPlugin, SavesTaskAndReportsIt) {
   EXPECT_TRUE(invoke("TASK_SAVE", milk));
   EXPECT_THAT(stored(), ElementsAre("Buy milk"));
   ASSERT_EQ(dialogs_.size(), 1U);
@@ -151,7 +151,7 @@ TEST_F(ActionPlugin, SavesAndReportsIt) {
                                   "Leaving invoke Action"));
 }
 
-TEST_F(ActionPlugin, TextsOfDialogsHaveIds) {
+TEST_F(ActionPlugin, DialogTextsHaveIds) {
   const TextsAsIds ids;
   EXPECT_TRUE(invoke("TASK_SAVE", milk));
   ASSERT_EQ(dialogs_.size(), 1U);
@@ -165,7 +165,7 @@ TEST_F(ActionPlugin, SummaryIsShownUnchanged) {
   EXPECT_EQ(dialogs_[0].text, "%1 <b>%2</b> & %L1 saved to Task List");
 }
 
-TEST_F(ActionPlugin, SavesTheFirstOfSeveral) {
+TEST_F(ActionPlugin, SavesFirstOfSeveralTodos) {
   EXPECT_TRUE(invoke("TASK_SAVE", calendar(todo("SUMMARY:one\r\n") + todo("SUMMARY:two\r\n"))));
   EXPECT_THAT(stored(), ElementsAre("one"));
 }
@@ -201,7 +201,7 @@ TEST_F(ActionPlugin, DoesNotShowTextWithoutTodo) {
                                   "View a vTodo", "show VTodo failed! the ret is 0"));
 }
 
-TEST_F(ActionPlugin, AnotherActionCountsAsDone) {
+TEST_F(ActionPlugin, UnknownActionSucceedsWithoutEffect) {
   for (const char* action : {"task_save", "TASK_SAVE ", "", "TASK_PRINT"})
     EXPECT_TRUE(invoke(action, milk)) << action;
   EXPECT_THAT(stored(), ElementsAre());
@@ -209,7 +209,7 @@ TEST_F(ActionPlugin, AnotherActionCountsAsDone) {
   EXPECT_TRUE(dialogs_.empty());
 }
 
-TEST_F(ActionPlugin, AsksTheLock) {
+TEST_F(ActionPlugin, ChecksLock) {
   platform_.lockResult = 0;
   EXPECT_FALSE(invoke("TASK_SAVE", milk));
   EXPECT_FALSE(invoke("TASK_VIEW", milk));
@@ -225,7 +225,7 @@ TEST_F(ActionPlugin, LogsFileThatCannotBeRead) {
                                   "Can not open vtodo file: " + path().toStdString() + "\n"));
 }
 
-// While it lives, no file of the store that is opened may grow.
+// While an object exists, files of stores that are opened cannot grow.
 class FullStore {
 public:
   FullStore() {
@@ -259,7 +259,7 @@ TEST_F(ActionPlugin, ReportsFullStore) {
             "SOME_FILES_TO_CREATE_SPACE_IN_MEMORY]");
 }
 
-// The store of today fails with only one of these codes.
+// The current store fails with only one of these codes.
 TEST_F(ActionPlugin, ShowsNoDialogForOtherFailures) {
   for (const int code :
        {TASK_SYNCML_NOTFOUND, TASK_SYNCML_TOOLARGE, TASK_SYNCML_BADPARAM, TASK_SYNCML_OTHERERROR}) {

@@ -26,14 +26,14 @@ protected:
     task_.setString(Task::TASK_FIELD_NOTE, QStringLiteral("Two litres\nand bread"));
   }
 
-  // The rows of a view of the task.
+  // Opens the task. Returns the rows of the view.
   ZDetailView* open() {
     view_.loadPixmap(icons_);
     view_.openView(&task_);
     return qobject_cast<ZDetailView*>(view_.contentWidget());
   }
   QString content(Row row) { return open()->item(row)->content(); }
-  // The index of a row's icon in the list; -1 for none.
+  // Returns the index of a row's icon in the list, or -1 if it has none.
   int iconOf(Row row) {
     const QPixmap icon = open()->item(row)->icon();
     for (uint i = 0; i < icons_.count(); ++i)
@@ -60,7 +60,7 @@ TEST_F(DetailView, HasFiveRows) {
                           "6 Priority: Normal", "5 Notes: Two litres\nand bread"));
 }
 
-TEST_F(DetailView, IsTitledAfterTheTask) {
+TEST_F(DetailView, TitleIsSummary) {
   open();
   EXPECT_EQ(view_.appTitle(), "Buy milk");
 }

@@ -1,4 +1,4 @@
-// Base of the tests of the entry points.
+// Base class for tests of the entry points.
 #pragma once
 
 #include "ZMessageDlg.h"
@@ -12,7 +12,7 @@
 
 inline const std::string milk = calendar(todo("SUMMARY:Buy milk\r\nSTATUS:NEEDS ACTION\r\n"));
 
-// A message dialog, as the user saw it before closing it.
+// A message dialog, as the user sees it before closing it.
 struct SeenDialog {
   std::string title, text;
   QPixmap icon;
@@ -27,7 +27,7 @@ protected:
     finishEvents();
   }
 
-  // The stored tasks' summaries.
+  // Returns the summaries of the stored tasks.
   std::vector<std::string> stored() {
     ZTASK_ENG_Model store;
     QValueList<unsigned int> uids;
@@ -40,7 +40,7 @@ protected:
     }
     return result;
   }
-  // The titles of the detail views that are on the screen.
+  // Returns the titles of the visible detail views.
   std::vector<std::string> shown() {
     std::vector<std::string> result;
     for (QWidget* window : QApplication::topLevelWidgets())
@@ -59,12 +59,12 @@ protected:
     });
     timer_.start(10);
   }
-  // Creates the store, so that a trigger can be added.
+  // Creates the store and adds a trigger to it.
   void addTrigger(const std::string& trigger) {
     { const ZTASK_ENG_Model creates; }
     RawDatabase(directory_.path()).run("CREATE TRIGGER " + trigger);
   }
-  // The store accepts no more tasks.
+  // Makes the store reject new tasks.
   void closeStore() {
     addTrigger("closed BEFORE INSERT ON task_table_task BEGIN SELECT RAISE(ABORT, 'closed'); END");
   }

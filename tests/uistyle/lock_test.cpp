@@ -1,4 +1,4 @@
-// The application lock, as the entry points use it.
+// The check of the application lock by the entry points.
 
 #include "lock_check.h"
 
@@ -17,7 +17,7 @@ TEST_F(Lock, OpenLockGrantsAccess) {
   EXPECT_EQ(platform_.librariesOpen, 0);
 }
 
-TEST_F(Lock, NonzeroAnswerGrantsAccess) {
+TEST_F(Lock, NonzeroResultGrantsAccess) {
   for (const int answer : {2, -1}) {
     platform_.lockResult = answer;
     EXPECT_EQ(appLockCheck(), 1);

@@ -1,4 +1,4 @@
-// The tables of the options menus.
+// The items of the options menus, and the published meta-objects of the screens.
 
 #include "tasksMenu.h"
 
@@ -13,7 +13,7 @@ using testing::ElementsAre;
 
 namespace {
 
-// "id/parent text", as the menu shows them.
+// Returns the items of a menu in order, each as "id/parent text".
 std::vector<std::string> itemsOf(const char* menu) {
   tasksMenu parser;
   QValueList<ZOptMenuItem> items;
@@ -27,7 +27,7 @@ std::vector<std::string> itemsOf(const char* menu) {
   return result;
 }
 
-TEST(TasksMenu, OfTheList) {
+TEST(TasksMenu, OfList) {
   EXPECT_THAT(itemsOf("listView"),
               ElementsAre("15/0 Select All", "16/0 Unselect All", "1/0 View by", "2/1 All Tasks",
                           "3/1 Due Tasks", "4/1 Incomplete Tasks", "5/1 Completed Tasks",
@@ -36,12 +36,12 @@ TEST(TasksMenu, OfTheList) {
                           "12/0 Sort by", "13/12 Due Date", "14/12 Priority"));
 }
 
-TEST(TasksMenu, OfTheDetailView) {
+TEST(TasksMenu, OfDetailView) {
   EXPECT_THAT(itemsOf("detailedView"), ElementsAre("1/0 Edit", "2/0 Share Task via",
                                                    "3/2 Bluetooth", "4/2 Message", "5/0 Delete"));
 }
 
-TEST(TasksMenu, OfTheForm) {
+TEST(TasksMenu, OfForm) {
   EXPECT_THAT(itemsOf("formView"), ElementsAre("1/0 Cancel Edit"));
 }
 
@@ -59,7 +59,7 @@ TEST(TasksMenu, AppendsItems) {
   EXPECT_EQ(items.at(0).id, 99);
 }
 
-// The own members in the meta-object of a class.
+// Returns the methods of this type that the class itself declares.
 std::vector<std::string> ownMethods(const QMetaObject& meta, QMetaMethod::MethodType type) {
   std::vector<std::string> result;
   for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
@@ -68,7 +68,7 @@ std::vector<std::string> ownMethods(const QMetaObject& meta, QMetaMethod::Method
   return result;
 }
 
-TEST(MetaObject, OfTheBaseOfScreens) {
+TEST(MetaObject, OfViewBaseClass) {
   const QMetaObject& meta = TASK_UI_View::staticMetaObject;
   EXPECT_STREQ(meta.className(), "TASK_UI_View");
   EXPECT_STREQ(meta.superClass()->className(), "ZKbMainWidget");
@@ -79,7 +79,7 @@ TEST(MetaObject, OfTheBaseOfScreens) {
   EXPECT_THAT(ownMethods(meta, QMetaMethod::Slot), ElementsAre());
 }
 
-TEST(MetaObject, OfTheDetailView) {
+TEST(MetaObject, OfDetailView) {
   const QMetaObject& meta = TASK_UI_DetailView::staticMetaObject;
   EXPECT_STREQ(meta.className(), "TASK_UI_DetailView");
   EXPECT_STREQ(meta.superClass()->className(), "TASK_UI_View");
@@ -89,7 +89,7 @@ TEST(MetaObject, OfTheDetailView) {
   EXPECT_THAT(ownMethods(meta, QMetaMethod::Signal), ElementsAre());
 }
 
-TEST(MetaObject, OfTheEntryPoints) {
+TEST(MetaObject, OfEntryPoints) {
   for (const QMetaObject* meta :
        {&TASK_UI_VTodo::staticMetaObject, &TASK_UI_SDAction::staticMetaObject}) {
     EXPECT_STREQ(meta->superClass()->className(), "QObject");

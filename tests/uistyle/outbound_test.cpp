@@ -34,7 +34,7 @@ protected:
       qunsetenv(name);
   }
 
-  // The message composer is a program that records its arguments.
+  // Makes the message composer a script that records its argument and the file.
   void makeComposer(const char* wait) {
     const std::string program = directory_.path() / "composer";
     const std::string kept = directory_.path() / "kept";
@@ -79,7 +79,7 @@ TEST_F(Outbound, FileIsDeletedWhenComposerExits) {
   EXPECT_TRUE(QTest::qWaitFor([this] { return isOutEmpty(); }, 30'000));
 }
 
-TEST_F(Outbound, FileStaysForComposerThatIsNotWaitedFor) {
+TEST_F(Outbound, FileIsKeptIfComposerIsNotWaitedFor) {
   makeComposer("false");
   send();
   EXPECT_THAT(kept(), HasSubstr("Buy milk"));

@@ -1,5 +1,5 @@
-// Stand-ins for the parts of the platform that the screens call. The linker redirects the calls to
-// the loader.
+// Stubs for the parts of the platform that the screens call. The linker redirects the calls to the
+// loader.
 
 #include "screen_test.h"
 
@@ -57,7 +57,7 @@ int __wrap_dlclose(void* handle) {
 }
 }
 
-// The following take the place of the platform libraries' functions.
+// The following functions replace those of the platform libraries.
 
 bool AM_ActionData::invoke(bool wait) {
   platform->launched.push_back(QStringLiteral("%1 %2 Files=%3 AutoDelete=%4 %5")

@@ -1,4 +1,4 @@
-// A to-do that was received from another device.
+// To-dos received from another device.
 
 #include "TASK_UI_VTodo.h"
 
@@ -17,14 +17,14 @@ constexpr char wrongFormat[] = "Task shareby bluetooth fail for Task_Sync's erro
 
 class ReceivedTodo : public EntryPoint {
 protected:
-  // Passes a text with its zero byte.
+  // Passes a text with a terminating zero byte.
   unsigned int receive(const std::string& text) { return receiveBytes(text + '\0'); }
   unsigned int receiveBytes(const std::string& bytes) {
     QArray<char> data;
     data.duplicate(bytes.data(), static_cast<uint>(bytes.size()));
     QPointer<TASK_UI_VTodo> entry = TASK_UI_VTodo::getInstance();
     const unsigned int result = entry->addVTodo(data);
-    EXPECT_TRUE(entry.isNull()) << "the object goes with its call";
+    EXPECT_TRUE(entry.isNull()) << "the call must delete the object";
     return result;
   }
 };
@@ -61,7 +61,7 @@ TEST_F(ReceivedTodo, BackClosesAndDeletesView) {
   EXPECT_TRUE(views[0].isNull());
 }
 
-TEST_F(ReceivedTodo, StoresOnlyTheFirst) {
+TEST_F(ReceivedTodo, StoresOnlyFirstTodo) {
   EXPECT_EQ(receive(calendar(todo("SUMMARY:one\r\n") + todo("SUMMARY:two\r\n"))), 0U);
   EXPECT_THAT(stored(), ElementsAre("one"));
   EXPECT_THAT(shown(), ElementsAre("one"));
@@ -85,15 +85,15 @@ TEST_F(ReceivedTodo, TruncatesTexts) {
   }
 }
 
-TEST_F(ReceivedTodo, WithoutAZeroByteTheLastByteIsNotRead) {
-  // A calendar may lack its last line end, but no more.
+TEST_F(ReceivedTodo, IgnoresLastByteWithoutZeroByte) {
+  // A calendar is complete without its last line end, but not if another byte is missing.
   const std::string text = milk.substr(0, milk.size() - 2);
   EXPECT_EQ(receiveBytes(text), 1U);
   EXPECT_EQ(receiveBytes(text + '\n'), 0U);
   EXPECT_THAT(stored(), ElementsAre("Buy milk"));
 }
 
-TEST_F(ReceivedTodo, IsReadUpToItsFirstZeroByte) {
+TEST_F(ReceivedTodo, IsReadUpToFirstZeroByte) {
   EXPECT_EQ(receiveBytes(milk + '\0' + calendar(todo("SUMMARY:x\r\n")) + '\0'), 0U);
   EXPECT_THAT(stored(), ElementsAre("Buy milk"));
   std::string cut = milk;
@@ -127,7 +127,7 @@ TEST_F(ReceivedTodo, RejectsNullTask) {
                           "is empty!"));
 }
 
-TEST_F(ReceivedTodo, NeedsToPassTheLock) {
+TEST_F(ReceivedTodo, MustPassLock) {
   platform_.lockResult = 0;
   EXPECT_EQ(receive(milk), 1U);
   EXPECT_THAT(lines(source), ElementsAre("for applock"));

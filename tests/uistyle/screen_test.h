@@ -1,4 +1,4 @@
-// The fixture of tests of the screens, on a platform of stand-ins.
+// Fixture for tests of the screens, on a platform of stubs.
 #pragma once
 
 #include "TASK_UI_DetailView.h"
@@ -16,8 +16,8 @@
 
 using Task = ZTASK_ENG_Task;
 
-// What the stand-ins for the loader, the launcher, the Bluetooth push and the menu return, and how
-// they were called.
+// The results that the stubs for the loader, the launcher, the Bluetooth push and the menu return,
+// and the calls that they received.
 struct Platform {
   // The lock.
   bool hasLockLibrary = true;
@@ -35,7 +35,7 @@ struct Platform {
   // The ID of an item that every menu has in addition to its own; 0 for none.
   int unknownMenuItem = 0;
 };
-// That of the running test.
+// The platform of the running test.
 extern Platform* platform;
 
 class Screen : public testing::Test {
@@ -43,7 +43,7 @@ protected:
   Screen() { ::platform = &platform_; }
   ~Screen() override { ::platform = nullptr; }
 
-  // The messages in the log, of the source file `from` alone if given.
+  // Returns the messages in the log, only those of the source file `from` if given.
   std::vector<std::string> lines(const std::string& from = {}) {
     return messagesOf(log_.withoutLines(), from);
   }

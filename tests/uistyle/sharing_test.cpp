@@ -1,4 +1,4 @@
-// Sharing a task: as an attachment of a message, and over Bluetooth.
+// Sharing a task as an attachment of a message and over Bluetooth.
 
 #include "TASK_ENG_SyncML.h"
 #include "ZTASK_ENG_Model.h"
@@ -26,7 +26,7 @@ protected:
     setEngineNow(QDateTime());
   }
 
-  // A view of a stored task.
+  // Stores a task and opens it in a view.
   std::unique_ptr<TASK_UI_DetailView> viewOf(const QString& summary) {
     task_.setString(Task::TASK_FIELD_SUMMARY, summary);
     EXPECT_EQ(store_.addTask(task_), 0);
@@ -80,7 +80,7 @@ TEST_F(Sharing, DoesNotOpenComposerWithoutFile) {
                                          "/a/b-20070315-093005.vcs isnot exist"));
 }
 
-TEST_F(Sharing, WithoutADirectoryThePathBeginsAtTheRoot) {
+TEST_F(Sharing, PathStartsAtRootWithoutDirectory) {
   qunsetenv("ULO_LOCAL_APP_WRITE_PATH");
   viewOf(QStringLiteral("no/where"))->sendToMessage();
   EXPECT_THAT(lines(source),
@@ -89,7 +89,7 @@ TEST_F(Sharing, WithoutADirectoryThePathBeginsAtTheRoot) {
 
 TEST_F(Sharing, BluetoothSendsStoredText) {
   const auto view = viewOf(QStringLiteral("Buy milk"));
-  // The stored task is sent, not the one that is shown.
+  // The stored task is sent, not the displayed copy.
   task_.setString(Task::TASK_FIELD_NOTE, QStringLiteral("changed meanwhile"));
   ASSERT_EQ(store_.updateTask(task_), 0);
   view->sendToBluetooth();
@@ -108,7 +108,7 @@ TEST_F(Sharing, NameWithoutSummaryIsExtension) {
   EXPECT_EQ(platform_.sharedName, ".vcs");
 }
 
-TEST_F(Sharing, SendsNothingOfRemovedTask) {
+TEST_F(Sharing, DoesNotSendRemovedTask) {
   const auto view = viewOf(QStringLiteral("Buy milk"));
   ASSERT_EQ(store_.removeTask(task_.getUINT32(Task::TASK_FIELD_UID)), 0);
   view->sendToBluetooth();

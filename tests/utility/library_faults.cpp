@@ -14,7 +14,7 @@ Loader* loader = nullptr;
 }  // namespace
 
 extern "C" {
-// Functions of the leak checker, if there is one.
+// Functions of the leak checker, if it is linked.
 void __lsan_disable() __attribute__((weak));
 void __lsan_enable() __attribute__((weak));
 

@@ -1,5 +1,5 @@
-// Faults at the vObject library: missing functions, functions replaced by stand-ins, and failing
-// allocations. The linker redirects the engine's calls of dlopen, dlsym, dlclose and malloc to this
+// Faults of the vObject library: missing functions, functions replaced with stubs, and failing
+// allocations. The linker redirects the engine's calls to dlopen, dlsym, dlclose and malloc to this
 // program.
 #pragma once
 
@@ -16,16 +16,16 @@
 
 struct VObject;
 
-// What the loader and the allocator are to return, and the calls they received.
+// The results that the loader and the allocator return, and the calls that they received.
 struct Loader {
   bool libraryMissing = false;
   std::set<std::string> missing;          // functions that the library lacks
-  std::map<std::string, void*> replaced;  // functions and their stand-ins
+  std::map<std::string, void*> replaced;  // functions and their stubs
   bool noMemory = false;                  // malloc fails
 
   std::vector<std::string> opened;    // name and mode of each dlopen
   std::vector<std::string> lookedUp;  // name of each dlsym
-  int closed = 0;                     // calls of dlclose
+  int closed = 0;                     // calls to dlclose
 };
 
 class VObjectLibrary : public testing::Test {
@@ -43,7 +43,7 @@ protected:
   TemporaryDirectory directory_;
 };
 
-// Opens the library past the redirections.
+// Opens the library, bypassing the redirections.
 class RealLibrary {
 public:
   RealLibrary();
@@ -62,7 +62,7 @@ private:
   void* handle_;
 };
 
-// Objects that are not released while it lives do not count as leaks.
+// While an object exists, memory that is allocated and not released does not count as a leak.
 class LeaksExpected {
 public:
   LeaksExpected();

@@ -70,6 +70,13 @@ TEST_F(StoreCalls, LocksOutWritersFromLookupToInsert) {
   EXPECT_THAT(ranOutsideWriteTransaction(), ElementsAre());
 }
 
+TEST_F(StoreCalls, LocksOutWritersFromLookupToUpdate) {
+  Store& store = open({.outcomes = {{"category_uid_by_name", foundWork}}});
+  Task task = milk();
+  store.updateTask(task);
+  EXPECT_THAT(ranOutsideWriteTransaction(), ElementsAre());
+}
+
 TEST_F(StoreCalls, AddTaskFailsIfCommitFails) {
   for (const int code : {diskFull, otherFailure}) {
     Store& store = open({.outcomes = {{"category_uid_by_name", foundWork}}, .commitCode = code});

@@ -1,4 +1,4 @@
-// Reading and writing to-dos as bytes: the records, the text, and the reports.
+// Reading and writing to-dos in memory: the records, the text, and the reports.
 #include "failing_new.h"
 #include "library_faults.h"
 
@@ -38,7 +38,7 @@ protected:
   LogCapture log_;
 };
 
-TEST_F(TodoReading, ReportsNothingMissingOfCleanText) {
+TEST_F(TodoReading, ReportsNoRepairsForCleanText) {
   const ulo::TodosRead read = ulo::readTodos(threeTodos);
   EXPECT_THAT(summaries(read), ElementsAre("first", "second", "third"));
   EXPECT_EQ(read.report.failure, ulo::ReadFailure::none);
@@ -47,7 +47,7 @@ TEST_F(TodoReading, ReportsNothingMissingOfCleanText) {
   EXPECT_THAT(read.report.undecoded, IsEmpty());
 }
 
-TEST_F(TodoReading, ReportsWhatWasLeftOut) {
+TEST_F(TodoReading, ReportsRepairs) {
   const ulo::TodosRead read = ulo::readTodos(calendar("SUMMARY;X-A=1:a\r\nDESCRIPTION:\r\n"));
   EXPECT_THAT(summaries(read), ElementsAre("a"));
   EXPECT_EQ(read.report.failure, ulo::ReadFailure::none);
@@ -61,7 +61,7 @@ TEST_F(TodoReading, ReportsWhatWasLeftOut) {
   EXPECT_EQ(repairs[1].property, "DESCRIPTION");
 }
 
-TEST_F(TodoReading, ReadsTheSameAsTheParser) {
+TEST_F(TodoReading, ReadsSameTasksAsParser) {
   for (const std::string& text : {threeTodos, "\xEF\xBB\xBF" + threeTodos}) {
     const ulo::TodosRead read = ulo::readTodos(text);
     QList<Task> tasks;
@@ -73,13 +73,13 @@ TEST_F(TodoReading, ReadsTheSameAsTheParser) {
   }
 }
 
-TEST_F(TodoReading, OpensTheLibraryForTheCall) {
+TEST_F(TodoReading, OpensLibraryOnlyDuringCall) {
   EXPECT_EQ(ulo::readTodos(threeTodos).tasks.size(), 3U);
   EXPECT_THAT(loader_.opened, ElementsAre("libicalvcal.so lazy"));
   EXPECT_EQ(loader_.closed, 1);
 }
 
-TEST_F(TodoReading, ReportsUnreadableTextWithoutOpeningTheLibrary) {
+TEST_F(TodoReading, ReportsUnreadableTextWithoutOpeningLibrary) {
   const ulo::TodosRead truncated =
       ulo::readTodos("BEGIN:VCALENDAR\r\nBEGIN:VTODO\r\nSUMMARY:a\r\n");
   EXPECT_EQ(truncated.report.failure, ulo::ReadFailure::text);
@@ -92,7 +92,7 @@ TEST_F(TodoReading, ReportsUnreadableTextWithoutOpeningTheLibrary) {
   EXPECT_EQ(log_.text(), "");
 }
 
-TEST_F(TodoReading, ReportsTextsThatAreNotValidInTheirCharacterSet) {
+TEST_F(TodoReading, ReportsTextsInvalidInTheirCharacterSet) {
   const std::string declared = ";CHARSET=UTF-8;ENCODING=QUOTED-PRINTABLE:";
   const ulo::TodosRead read =
       ulo::readTodos(calendar("SUMMARY" + declared + "=C3=A4\r\n") +
@@ -104,7 +104,7 @@ TEST_F(TodoReading, ReportsTextsThatAreNotValidInTheirCharacterSet) {
   EXPECT_EQ(read.report.undecoded[1].field, Task::TASK_FIELD_NOTE);
 }
 
-TEST_F(TodoReading, ReportsTheFirstOfManyUndecodedTexts) {
+TEST_F(TodoReading, LimitsReportedUndecodedTexts) {
   const auto reported = [](std::size_t count) {
     std::string text;
     for (std::size_t i = 0; i < count; ++i)
@@ -116,7 +116,7 @@ TEST_F(TodoReading, ReportsTheFirstOfManyUndecodedTexts) {
   EXPECT_EQ(reported(ulo::loggedLimit + 1), ulo::loggedLimit);
 }
 
-TEST_F(TodoReading, ReportsLibraryThatDoesNotRead) {
+TEST_F(TodoReading, ReportsLibraryThatCannotRead) {
   for (const char* function : {"Parse_MIME", "nextVObject", "vObjectName"}) {
     loader_.missing = {function};
     const ulo::TodosRead read = ulo::readTodos(threeTodos);
@@ -153,7 +153,7 @@ protected:
   QList<Task> tasks_;
 };
 
-TEST_F(TodoWriting, ReturnsTheBytesThatTheParserWrites) {
+TEST_F(TodoWriting, ReturnsSameBytesAsParser) {
   const ulo::TodosWritten result = ulo::writeTodos(tasks_);
   EXPECT_EQ(result.report.failure, ulo::WriteFailure::none);
   EXPECT_EQ(result.report.todos, 2U);
@@ -163,7 +163,7 @@ TEST_F(TodoWriting, ReturnsTheBytesThatTheParserWrites) {
   EXPECT_THAT(summaries(ulo::readTodos(result.text)), ElementsAre("a", "b"));
 }
 
-TEST_F(TodoWriting, OpensTheLibraryForTheCall) {
+TEST_F(TodoWriting, OpensLibraryOnlyDuringCall) {
   EXPECT_NE(ulo::writeTodos(tasks_).text, "");
   EXPECT_THAT(loader_.opened, ElementsAre("libicalvcal.so lazy"));
   EXPECT_EQ(loader_.closed, 1);
@@ -195,7 +195,7 @@ TEST_F(TodoWriting, ReportsValuesThatTextCannotExpress) {
                           Task::TASK_FIELD_CATEGORY, Task::TASK_FIELD_END, Task::TASK_FIELD_ALARM));
 }
 
-TEST_F(TodoWriting, ReportsLibraryThatDoesNotWrite) {
+TEST_F(TodoWriting, ReportsLibraryThatCannotWrite) {
   for (const char* function : {"newVObject", "addProp", "addPropValue", "writeMemVObject"}) {
     loader_.missing = {function};
     EXPECT_EQ(ulo::writeTodos(tasks_).report.failure, ulo::WriteFailure::library) << function;
@@ -212,7 +212,7 @@ void writeInstead(FILE* stream, VObject*) {
   std::fputs("written", stream);
 }
 
-TEST_F(TodoWriting, UsesTheStreamFunctionIfThatIsTheOnlyOne) {
+TEST_F(TodoWriting, UsesStreamFunctionIfNoOtherExists) {
   loader_.missing = {"writeMemVObject"};
   loader_.replaced["writeVObject"] = reinterpret_cast<void*>(&writeInstead);
   const ulo::TodosWritten result = ulo::writeTodos(tasks_);

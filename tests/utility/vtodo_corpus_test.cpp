@@ -1,4 +1,4 @@
-// Reads texts of other programs, one after the other in one process.
+// Reads texts of other programs, one after another in one process.
 #include "ZVtodoParser.h"
 
 #include "berlin_time.h"
@@ -16,7 +16,7 @@ namespace {
 
 using Task = ZTASK_ENG_Task;
 
-TEST(VtodoCorpus, EveryTextIsReadFromItsFileAndFromMemory) {
+TEST(VtodoCorpus, ReadsEveryTextFromFileAndFromMemory) {
   const LogCapture quiet;
   ZVtodoParser parser;
   std::size_t texts = 0;
@@ -45,8 +45,8 @@ TEST(VtodoCorpus, EveryTextIsReadFromItsFileAndFromMemory) {
 }
 
 // One task as different programs write it: "Käse kaufen", a note of two lines, due on December 1,
-// 2026, priority 1, completed, category "work". Differences are in the text itself or follow from a
-// rule that is named here.
+// 2026, priority 1, completed, category "work". Differences are in the text itself or have the
+// reason stated below.
 struct Peer {
   const char* file;
   const char* summary;
@@ -63,7 +63,7 @@ void PrintTo(const Peer& peer, std::ostream* out) {
 
 class VtodoPeer : public testing::TestWithParam<Peer> {};
 
-TEST_P(VtodoPeer, MeantWhatIsRead) {
+TEST_P(VtodoPeer, IsReadCorrectly) {
   const LogCapture quiet;
   const Peer& peer = GetParam();
   ZVtodoParser parser;

@@ -43,7 +43,7 @@ void compare(const std::string& seen, const fs::path& expected) {
 
 class VtodoGolden : public testing::TestWithParam<std::string> {};
 
-TEST_P(VtodoGolden, IsReadAndWrittenAsExpected) {
+TEST_P(VtodoGolden, MatchesExpectedFiles) {
   const LogCapture quiet;
   const TemporaryDirectory directory;
   ZVtodoParser parser;

@@ -20,7 +20,7 @@ using testing::IsEmpty;
 
 namespace {
 
-// Records the calls of the two functions that go through the objects of a text.
+// Records the calls to the two functions that iterate over the objects of a text.
 class RecordedCalls {
 public:
   explicit RecordedCalls(Loader& loader) {
@@ -39,7 +39,7 @@ public:
     loader.replaced["nextVObjectInList"] = reinterpret_cast<void*>(next);
   }
 
-  // Returns the calls since the last time.
+  // Returns the calls since the previous take().
   static std::vector<std::string> take() { return std::exchange(calls, {}); }
 
 private:
@@ -88,7 +88,7 @@ TEST_F(VObjectLibrary, ReleasesEachObjectAfterFetchingTheNext) {
   EXPECT_THAT(RecordedCalls::take(), pairs);
 }
 
-// Rejects a piece of a large text.
+// Parses the first `parsesLeft` pieces of a large text and rejects the others.
 int parsesLeft = 0;
 VObject* (*realParse)(const char*, unsigned long) = nullptr;
 

@@ -1,5 +1,4 @@
-// The access to the vObject library: opening and closing it, functions that it lacks, arguments and
-// results.
+// Access to the vObject library: opening and closing it, missing functions, arguments and results.
 #include "library_faults.h"
 
 #include "ZVtodoParser.h"
@@ -20,7 +19,7 @@ using testing::IsEmpty;
 
 namespace {
 
-TEST_F(VObjectLibrary, EachParserOpensAndClosesIt) {
+TEST_F(VObjectLibrary, IsOpenedAndClosedByEachParser) {
   {
     const ZVtodoParser first;
     EXPECT_THAT(loader_.opened, ElementsAre("libicalvcal.so lazy"));
@@ -42,7 +41,7 @@ TEST_F(VObjectLibrary, StaysUsableAfterAnotherParserIsDestroyed) {
   EXPECT_EQ(tasks.count(), 3U);
 }
 
-TEST_F(VObjectLibrary, MissingIsLogged) {
+TEST_F(VObjectLibrary, IsLoggedIfMissing) {
   loader_.libraryMissing = true;
   LogCapture log;
   {
@@ -131,7 +130,7 @@ const std::vector<Function> functions = {
      [](VObject* object) { EXPECT_EQ(vobject::addPropValue(object, "P", "v"), nullptr); }},
 };
 
-TEST_P(VObjectFunction, MissingIsLoggedAtEachCallAndReturnsFailureValue) {
+TEST_P(VObjectFunction, LogsEachCallAndReturnsFailureValueIfMissing) {
   auto parser = std::make_unique<ZVtodoParser>();
   VObject* object = vobject::newVObject("O");
   vobject::addPropValue(object, "P", "v");
@@ -149,7 +148,7 @@ TEST_P(VObjectFunction, MissingIsLoggedAtEachCallAndReturnsFailureValue) {
   vobject::cleanVObject(object);
 }
 
-TEST_P(VObjectFunction, MissingNeitherHangsNorCrashes) {
+TEST_P(VObjectFunction, NeitherHangsNorCrashesIfMissing) {
   ZVtodoParser parser;
   QList<ZTASK_ENG_Task> tasks;
   tasks.setAutoDelete(true);
@@ -168,7 +167,7 @@ TEST_P(VObjectFunction, MissingNeitherHangsNorCrashes) {
 INSTANTIATE_TEST_SUITE_P(All, VObjectFunction, testing::ValuesIn(functions),
                          [](const auto& info) { return std::string(info.param.name); });
 
-// It may be another library than before.
+// It may be a different library than before.
 TEST_F(VObjectLibrary, IsSearchedAgainAfterParserIsCreatedOrDestroyed) {
   const ZVtodoParser parser;
   VObject* object = vobject::newVObject("O");
@@ -226,7 +225,7 @@ TEST_F(VObjectLibrary, AddsNothingWithoutObjectOrValue) {
   vobject::cleanVObject(object);
 }
 
-TEST_F(VObjectLibrary, ReadsWideValuesWithoutCheckingTheFunction) {
+TEST_F(VObjectLibrary, ReadsWideValuesWithoutCheckingFunction) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   const ZVtodoParser parser;
   EXPECT_DEATH(
@@ -238,7 +237,7 @@ TEST_F(VObjectLibrary, ReadsWideValuesWithoutCheckingTheFunction) {
 }
 
 // Unloading would leak its name table.
-TEST_F(VObjectLibrary, StaysLoadedOnceItHasRead) {
+TEST_F(VObjectLibrary, StaysLoadedAfterReading) {
   LogCapture log;
   QList<ZTASK_ENG_Task> tasks;
   tasks.setAutoDelete(true);
@@ -247,7 +246,7 @@ TEST_F(VObjectLibrary, StaysLoadedOnceItHasRead) {
 }
 
 // Values
-TEST(Narrow, KeepsTheLowBytes) {
+TEST(Narrow, KeepsLowBytes) {
   char* bytes = vobject::narrow(L"a\x2028"
                                 L"b\x2029");
   EXPECT_STREQ(bytes, "a\nb\r");

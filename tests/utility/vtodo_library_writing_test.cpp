@@ -28,7 +28,7 @@ TEST_F(VObjectLibrary, WritesWithItsStreamFunction) {
   EXPECT_EQ(log.text(), "");
 }
 
-TEST_F(VObjectLibrary, WritesTheSameWithoutStreamFunction) {
+TEST_F(VObjectLibrary, WritesSameTextWithoutStreamFunction) {
   loader_.missing = {"writeVObject"};
   ZVtodoParser parser;
   LogCapture log;

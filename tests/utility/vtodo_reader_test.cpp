@@ -88,7 +88,7 @@ QDateTime utc(int year, int month, int day, int hour = 0, int minute = 0, int se
   return QDateTime(QDate(year, month, day), QTime(hour, minute, second), Qt::UTC).toLocalTime();
 }
 
-TEST(VtodoReader, AnEmptyToDoIsANewRecord) {
+TEST(VtodoReader, ReadsEmptyTodoAsNewRecord) {
   EXPECT_EQ(taskText(read("")), taskText(Task()));
 }
 
@@ -108,14 +108,14 @@ TEST(VtodoReader, EachPropertySetsItsField) {
 }
 
 // As in iCalendar 2.0. The time zone is ignored and escapes are kept.
-TEST(VtodoReader, ZonesAreLocalAndEscapesStay) {
+TEST(VtodoReader, IgnoresTimeZonesAndKeepsEscapes) {
   const Task task = read("SUMMARY:a\\nb\\;c\\\\\r\nDUE;TZID=America/New_York:20260305T120000\r\n");
   EXPECT_EQ(task.getString(Task::TASK_FIELD_SUMMARY), "a\\nb\\;c\\\\");
   EXPECT_EQ(task.getDateTime(Task::TASK_FIELD_DUE),
             QDateTime(QDate(2026, 3, 5), QTime(12, 0), Qt::LocalTime));
 }
 
-TEST(VtodoReader, OtherPropertiesAreIgnored) {
+TEST(VtodoReader, IgnoresOtherProperties) {
   const Task task = read("CATEGORY:c\r\nUID:1\r\nX-UUID:2\r\nLAST-MODIFIED:20260305T120000Z\r\n"
                          "AALARM:20260304T080000Z;;;;x\r\nXSUMMARY:x\r\nSUMMARYX:x\r\n");
   EXPECT_EQ(taskText(task), taskText(Task()));
@@ -124,7 +124,7 @@ TEST(VtodoReader, OtherPropertiesAreIgnored) {
   EXPECT_EQ(task.getDateTime(Task::TASK_FIELD_REVISION), Task::noDate());
 }
 
-TEST(VtodoReader, APropertyWithoutAValueLeavesItsField) {
+TEST(VtodoReader, PropertyWithoutValueLeavesFieldUnchanged) {
   EXPECT_EQ(taskText(read("SUMMARY:\r\nDESCRIPTION: \r\nDUE:\r\nPRIORITY:\r\nSTATUS:\r\n"
                           "COMPLETED:\r\nDALARM:\r\nCATEGORIES:\r\n")),
             taskText(Task()));
@@ -132,7 +132,7 @@ TEST(VtodoReader, APropertyWithoutAValueLeavesItsField) {
   EXPECT_EQ(read("SUMMARY:a\r\nSUMMARY:\r\n").getString(Task::TASK_FIELD_SUMMARY), "a");
 }
 
-TEST(VtodoReader, TheLastOfSeveralCounts) {
+TEST(VtodoReader, LastOfSeveralPropertiesCounts) {
   EXPECT_EQ(read("SUMMARY:a\r\nSUMMARY:b\r\n").getString(Task::TASK_FIELD_SUMMARY), "b");
 }
 
@@ -143,7 +143,7 @@ struct Code {
   int code;
 };
 
-TEST(VtodoReader, StatusWordsAreLookedForInOrder) {
+TEST(VtodoReader, SearchesStatusWordsInOrder) {
   for (const Code& known : std::array<Code, 20>{{
            {"COMPLETED", 0},
            {"NEEDS ACTION", 1},
@@ -169,13 +169,13 @@ TEST(VtodoReader, StatusWordsAreLookedForInOrder) {
     EXPECT_EQ(ulo::getStatusValue(known.text), known.code) << known.text;
 }
 
-TEST(VtodoReader, StatusHasTheSameFormOnTheWay) {
+TEST(VtodoReader, ReadsSameStatusFromRepairedText) {
   EXPECT_EQ(read("STATUS:NEEDS ACTION\r\n").getStatusValue(), 1);
   EXPECT_EQ(read("STATUS:NEEDS-ACTION\r\n").getStatusValue(), 8);
   EXPECT_EQ(read("STATUS;X=\"1\":NEEDS-ACTION\r\n").getStatusValue(), 8);
 }
 
-TEST(VtodoReader, TheOrderOfStatusAndEndDecides) {
+TEST(VtodoReader, OrderOfStatusAndCompletedMatters) {
   const std::string end = "COMPLETED:20260306T010203Z\r\n";
   EXPECT_EQ(read("STATUS:NEEDS ACTION\r\n" + end).getStatusValue(), 0);
   EXPECT_EQ(read(end + "STATUS:NEEDS ACTION\r\n").getStatusValue(), 1);
@@ -184,7 +184,7 @@ TEST(VtodoReader, TheOrderOfStatusAndEndDecides) {
   EXPECT_EQ(read("STATUS:unknown\r\n" + end).getStatusValue(), 8);
 }
 
-TEST(VtodoReader, PriorityIsANumberOrAWord) {
+TEST(VtodoReader, PriorityIsNumberOrWord) {
   for (const Code& known : std::array<Code, 16>{{
            {"3", 3},
            {"12", 12},
@@ -208,7 +208,7 @@ TEST(VtodoReader, PriorityIsANumberOrAWord) {
   EXPECT_EQ(read("PRIORITY:NORMAL\r\n").getPriority(), 1);
 }
 
-TEST(VtodoReader, ConversionsAreNotTraced) {
+TEST(VtodoReader, ConversionsLogNothing) {
   LogCapture log;
   ulo::getStatusValue("SENT");
   ulo::getPriorityValue("1");
@@ -217,7 +217,7 @@ TEST(VtodoReader, ConversionsAreNotTraced) {
 
 // Dates
 
-TEST(VtodoReader, ADueDateOfTheFirstDayIsNone) {
+TEST(VtodoReader, TreatsDueDateOnFirstDayAsNone) {
   for (const char* none :
        {"19700101T000000Z", "19691231T235959Z", "19700101T225959Z", "tomorrow"}) {
     EXPECT_EQ(read(std::string("DUE:") + none + "\r\n").getDateTime(Task::TASK_FIELD_DUE),
@@ -232,12 +232,12 @@ TEST(VtodoReader, ADueDateOfTheFirstDayIsNone) {
   EXPECT_EQ(logOf(calendar(todo("DUE:19700101T230000Z\r\n"))), "");
 }
 
-TEST(VtodoReader, OnlyTheDueDateHasAFloor) {
+TEST(VtodoReader, OtherDatesMayBeOnFirstDay) {
   EXPECT_EQ(read("COMPLETED:19700101T000000Z\r\n").getDateTime(Task::TASK_FIELD_END),
             utc(1970, 1, 1));
 }
 
-TEST(VtodoReader, AnAlarmNeedsAValueOfItsOwn) {
+TEST(VtodoReader, AlarmNeedsItsOwnValue) {
   EXPECT_EQ(read("DALARM:20260304T080000Z\r\n").getDateTime(Task::TASK_FIELD_ALARM),
             Task::noDate());
   EXPECT_EQ(read("DALARM:20260304T080000Z;;;x\r\n").getDateTime(Task::TASK_FIELD_ALARM),
@@ -256,7 +256,7 @@ struct CharsetCase {
   const char* logged;
 };
 
-TEST(VtodoReader, TextIsReadInItsDeclaredCharacterSet) {
+TEST(VtodoReader, DecodesDeclaredCharacterSet) {
   for (const CharsetCase& known : std::array<CharsetCase, 14>{{
            {"GBK", "=B9=BA", "购", "GBK"},
            {"GB2312", "=B9=BA", "购", "GB2312"},
@@ -282,13 +282,13 @@ TEST(VtodoReader, TextIsReadInItsDeclaredCharacterSet) {
   }
 }
 
-TEST(VtodoReader, TextWithoutACharacterSetIsReadAsLatin1) {
+TEST(VtodoReader, ReadsTextWithoutCharacterSetAsLatin1) {
   EXPECT_EQ(read("SUMMARY:K\xC3\xA4se\r\n").getString(Task::TASK_FIELD_SUMMARY),
             QString::fromUtf8("KÃ¤se"));
   EXPECT_EQ(logOf(calendar(todo("SUMMARY:a\r\n"))), errorLine("Charset is default unknow"));
 }
 
-TEST(VtodoReader, NoteAndCategoryHaveCharacterSetsOfTheirOwn) {
+TEST(VtodoReader, EachTextHasItsOwnCharacterSet) {
   const Task task = read("SUMMARY:\xE4\r\nDESCRIPTION;CHARSET=UTF-8:\xC3\xA4\r\n"
                          "CATEGORIES;CHARSET=GBK:\xB9\xBA\r\n");
   EXPECT_EQ(task.getString(Task::TASK_FIELD_SUMMARY), QString::fromUtf8("ä"));
@@ -296,7 +296,7 @@ TEST(VtodoReader, NoteAndCategoryHaveCharacterSetsOfTheirOwn) {
   EXPECT_EQ(task.getString(Task::TASK_FIELD_CATEGORY), QString::fromUtf8("购"));
 }
 
-TEST(VtodoReader, TheLastCharsetCountsAndNoOtherParameter) {
+TEST(VtodoReader, OnlyLastCharsetCounts) {
   EXPECT_EQ(read("SUMMARY;CHARSET=GBK;CHARSET=UTF-8:ä\r\n").getString(Task::TASK_FIELD_SUMMARY),
             QString::fromUtf8("ä"));
   EXPECT_EQ(read("SUMMARY;charset=UTF-8:ä\r\n").getString(Task::TASK_FIELD_SUMMARY),
@@ -307,7 +307,7 @@ TEST(VtodoReader, TheLastCharsetCountsAndNoOtherParameter) {
 
 // Whole texts
 
-TEST(VtodoReader, ToDosComeInTheOrderOfTheTextWithoutEvents) {
+TEST(VtodoReader, ReadsTodosInOrderWithoutEvents) {
   EXPECT_THAT(
       summariesOf(calendar(todo("SUMMARY:1\r\n") + "BEGIN:VEVENT\r\nSUMMARY:e\r\nEND:VEVENT\r\n" +
                            todo("SUMMARY:2\r\n")) +
@@ -315,7 +315,7 @@ TEST(VtodoReader, ToDosComeInTheOrderOfTheTextWithoutEvents) {
       ElementsAre("1", "2", "3"));
 }
 
-TEST(VtodoReader, TheListIsClearedFirst) {
+TEST(VtodoReader, ClearsListFirst) {
   const LogCapture quiet;
   Tasks tasks;
   tasks.append(new Task);
@@ -329,7 +329,7 @@ TEST(VtodoReader, TheListIsClearedFirst) {
   EXPECT_TRUE(tasks.isEmpty());
 }
 
-TEST(VtodoReader, RecordsBelongToTheCallerOfAListThatDoesNotDelete) {
+TEST(VtodoReader, CallerOwnsRecordsWithoutAutoDelete) {
   const LogCapture quiet;
   QList<Task> tasks;
   readText(calendar(todo("SUMMARY:a\r\n")), tasks);
@@ -340,7 +340,7 @@ TEST(VtodoReader, RecordsBelongToTheCallerOfAListThatDoesNotDelete) {
   EXPECT_EQ(task->getString(Task::TASK_FIELD_SUMMARY), "a");
 }
 
-TEST(VtodoReader, TextThatIsNoCalendarIsLogged) {
+TEST(VtodoReader, LogsTextThatIsNotCalendar) {
   for (const char* text : {"", "prose", "BEGIN:VTODO\r\nSUMMARY:a\r\nEND:VTODO\r\n",
                            "BEGIN:VCALENDAR\r\nBEGIN:VTODO\r\nSUMMARY:a\r\n"}) {
     EXPECT_THAT(summariesOf(text), IsEmpty());
@@ -355,12 +355,12 @@ TEST(VtodoReader, TextThatIsNoCalendarIsLogged) {
   EXPECT_TRUE(tasks.isEmpty());
 }
 
-TEST(VtodoReader, ACalendarWithoutToDosIsNoFailure) {
+TEST(VtodoReader, AcceptsCalendarWithoutTodos) {
   EXPECT_EQ(logOf(calendar("")), "");
   EXPECT_EQ(logOf("BEGIN:VCARD\r\nN:x\r\nEND:VCARD\r\n"), "");
 }
 
-TEST(VtodoReader, TextEndsAtItsFirstZeroByte) {
+TEST(VtodoReader, TextEndsAtFirstZeroByte) {
   const std::string whole = calendar(todo("SUMMARY:a\r\n"));
   const std::string both = whole + '\0' + whole;
   const LogCapture quiet;
@@ -370,7 +370,7 @@ TEST(VtodoReader, TextEndsAtItsFirstZeroByte) {
   EXPECT_EQ(tasks.count(), 1U);
 }
 
-TEST(VtodoReader, ManyToDosAreReadFromAFile) {
+TEST(VtodoReader, ReadsManyTodosFromFile) {
   const LogCapture quiet;
   const TemporaryDirectory directory;
   const std::string name = directory.path() / "many.vcs";
@@ -389,7 +389,7 @@ TEST(VtodoReader, ManyToDosAreReadFromAFile) {
     ASSERT_EQ(tasks.at(i)->getString(Task::TASK_FIELD_SUMMARY), QString::number(i));
 }
 
-TEST(VtodoReader, IsVtodoTellsWhetherACalendarHoldsAToDo) {
+TEST(VtodoReader, IsVtodoRequiresCalendarWithTodo) {
   const LogCapture quiet;
   const TemporaryDirectory directory;
   const std::string name = directory.path() / "a.vcs";

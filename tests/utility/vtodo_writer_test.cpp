@@ -27,7 +27,7 @@ protected:
     text << std::ifstream(name_.toStdString(), std::ios::binary).rdbuf();
     return text.str();
   }
-  // The lines of the only to-do.
+  // Writes a task. Returns the lines of its to-do.
   std::string written(Task& task) {
     parser_.writeVtodo(name_, &task);
     const std::string text = contents();
@@ -53,7 +53,7 @@ protected:
   ZVtodoParser parser_;
 };
 
-TEST_F(VtodoWriter, ANewRecordHasStatusAndPriority) {
+TEST_F(VtodoWriter, NewRecordHasStatusAndPriority) {
   Task task;
   EXPECT_EQ(written(task), "STATUS:NEEDS ACTION\r\nPRIORITY:0\r\n");
   task.setString(Task::TASK_FIELD_SUMMARY, "");
@@ -63,7 +63,7 @@ TEST_F(VtodoWriter, ANewRecordHasStatusAndPriority) {
   EXPECT_EQ(log_.text(), "");
 }
 
-TEST_F(VtodoWriter, PropertiesHaveTheirOrder) {
+TEST_F(VtodoWriter, WritesPropertiesInFixedOrder) {
   Task task;
   task.setUINT32(Task::TASK_FIELD_UID, 7);
   task.setString(Task::TASK_FIELD_UUID, "uuid");
@@ -87,8 +87,8 @@ TEST_F(VtodoWriter, PropertiesHaveTheirOrder) {
             "PRIORITY:9\r\n");
 }
 
-// DUE has only a local date and is written for any year.
-TEST_F(VtodoWriter, ATimeThatFourDigitsOfAYearCannotSayIsLeftOut) {
+// DUE contains only a local date and is written for any year.
+TEST_F(VtodoWriter, OmitsTimesBeyondFourDigitYears) {
   Task task;
   const QDateTime far(QDate(10000, 1, 2), QTime(12, 0));
   task.setDateTime(Task::TASK_FIELD_END, far);
@@ -116,7 +116,7 @@ TEST_F(VtodoWriter, EachStatusHasItsWord) {
     EXPECT_EQ(statusLine(other), "STATUS:NEEDS ACTION") << other;
 }
 
-TEST_F(VtodoWriter, PriorityIsWrittenAsItIsStored) {
+TEST_F(VtodoWriter, WritesPriorityUnchanged) {
   Task task;
   for (int priority : {0, 1, 12, -3}) {
     task.setPriority(priority);
@@ -124,7 +124,7 @@ TEST_F(VtodoWriter, PriorityIsWrittenAsItIsStored) {
   }
 }
 
-TEST_F(VtodoWriter, TheDueDateIsTheLocalDayAtNoonUtc) {
+TEST_F(VtodoWriter, DueDateIsLocalDayAtNoonUtc) {
   Task task;
   const auto dueOf = [&](const QDateTime& due) {
     task.setDateTime(Task::TASK_FIELD_DUE, due);
@@ -149,14 +149,14 @@ TEST_F(VtodoWriter, TheDueDateIsTheLocalDayAtNoonUtc) {
   EXPECT_EQ(dueOf(QDateTime(QDate(2006, 3, 26), QTime(2, 30))), "20060326T120000Z");
 }
 
-TEST_F(VtodoWriter, DatesThatAreNotSetAreNotWritten) {
+TEST_F(VtodoWriter, OmitsUnsetDates) {
   Task task;
   task.setDateTime(Task::TASK_FIELD_END, QDateTime());
   task.setDateTime(Task::TASK_FIELD_ALARM, QDateTime());
   EXPECT_EQ(written(task), "STATUS:NEEDS ACTION\r\nPRIORITY:0\r\n");
 }
 
-TEST_F(VtodoWriter, TextsThatBeginWithAZeroAreNotWritten) {
+TEST_F(VtodoWriter, TextsEndAtFirstZeroUnit) {
   Task task;
   task.setString(Task::TASK_FIELD_SUMMARY, QString(QChar(0)) + "a");
   EXPECT_EQ(written(task), "STATUS:NEEDS ACTION\r\nPRIORITY:0\r\n");
@@ -164,7 +164,7 @@ TEST_F(VtodoWriter, TextsThatBeginWithAZeroAreNotWritten) {
   EXPECT_THAT(written(task), HasSubstr("PRINTABLE:a\r\n"));
 }
 
-TEST_F(VtodoWriter, AListIsWrittenInItsOrder) {
+TEST_F(VtodoWriter, WritesListInOrder) {
   QList<Task> tasks;
   Task first;
   Task second;
@@ -180,13 +180,13 @@ TEST_F(VtodoWriter, AListIsWrittenInItsOrder) {
                         "END:VCALENDAR\r\n\r\n");
 }
 
-TEST_F(VtodoWriter, AnEmptyListIsAnEmptyCalendar) {
+TEST_F(VtodoWriter, WritesEmptyListAsEmptyCalendar) {
   QList<Task> tasks;
   parser_.writeVtodo(name_, tasks);
   EXPECT_EQ(contents(), "BEGIN:VCALENDAR\r\nVERSION:1.0\r\nEND:VCALENDAR\r\n\r\n");
 }
 
-TEST_F(VtodoWriter, ANullTaskLeavesTheFileAsItIs) {
+TEST_F(VtodoWriter, NullTaskLeavesFileUnchanged) {
   parser_.writeVtodo(name_, static_cast<Task*>(nullptr));
   EXPECT_FALSE(QFile::exists(name_));
   std::ofstream(name_.toStdString()) << "before";
@@ -195,20 +195,20 @@ TEST_F(VtodoWriter, ANullTaskLeavesTheFileAsItIs) {
   EXPECT_EQ(log_.text(), "");
 }
 
-TEST_F(VtodoWriter, AnOlderFileIsReplaced) {
+TEST_F(VtodoWriter, ReplacesExistingFile) {
   std::ofstream(name_.toStdString()) << std::string(100000, 'x');
   Task task;
   written(task);
   EXPECT_LT(contents().size(), 200U);
 }
 
-TEST_F(VtodoWriter, AFileThatCannotBeOpenedIsLogged) {
+TEST_F(VtodoWriter, LogsFileThatCannotBeOpened) {
   QList<Task> tasks;
   parser_.writeVtodo(QString::fromStdString(directory_.path() / "no" / "a.vcs"), tasks);
   EXPECT_EQ(log_.withoutLines(), "(utility/ZVtodoParser.cpp)Unable to open vcard write");
 }
 
-TEST_F(VtodoWriter, NoFileStaysOpen) {
+TEST_F(VtodoWriter, LeavesNoFileOpen) {
   const auto openFiles = [] {
     const std::filesystem::directory_iterator files("/proc/self/fd");
     return std::distance(begin(files), end(files));
@@ -223,7 +223,7 @@ TEST_F(VtodoWriter, NoFileStaysOpen) {
 
 // Tasks are read back unchanged, except for the category and the alarm, which are written in a form
 // that is not read.
-TEST_F(VtodoWriter, TextsSurvive) {
+TEST_F(VtodoWriter, TextsAreReadBackUnchanged) {
   const QString units = QString("aä日") + QString::fromUtf8("😀");
   QString longest;
   while (longest.size() < 4002)
@@ -270,7 +270,7 @@ TEST_F(VtodoWriter, TextsSurvive) {
   }
 }
 
-TEST_F(VtodoWriter, TheOtherFieldsSurvive) {
+TEST_F(VtodoWriter, OtherFieldsAreReadBack) {
   Task task;
   task.setStatus(1);
   task.setPriority(5);
@@ -285,14 +285,14 @@ TEST_F(VtodoWriter, TheOtherFieldsSurvive) {
 }
 
 // An unpaired surrogate cannot be encoded in UTF-8.
-TEST_F(VtodoWriter, HalvesOfPairsAreReplaced) {
+TEST_F(VtodoWriter, ReplacesUnpairedSurrogates) {
   Task task;
   task.setString(Task::TASK_FIELD_SUMMARY, QString("a") + QChar(0xD83D));
   written(task);
   EXPECT_EQ(readBack().getString(Task::TASK_FIELD_SUMMARY), "a?");
 }
 
-TEST_F(VtodoWriter, AByteOrderMarkIsTextLikeAnyOther) {
+TEST_F(VtodoWriter, KeepsByteOrderMarkInText) {
   Task task;
   task.setString(Task::TASK_FIELD_SUMMARY, QString(QChar(0xFEFF)) + "a");
   task.setString(Task::TASK_FIELD_NOTE, QString("a") + QChar(0xFEFF));

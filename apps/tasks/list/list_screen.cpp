@@ -84,6 +84,7 @@ ListScreen::ListScreen(ZTASK_ENG_Model& store, QWidget* parent)
   connect(&model_, &TaskListModel::stateChanged, this, &ListScreen::updateState);
   connect(&removal_, &PendingRemoval::changed, this, &ListScreen::removalChanged);
   connect(&removal_, &PendingRemoval::failed, this, [this] {
+    syncWanted_ = false;
     tell(
         ulo::text("TXT_RID_INSTRUCTIONALTXT_TASKS_NOT_DELETED", "Not all tasks could be deleted."));
   });
@@ -380,7 +381,7 @@ void ListScreen::shareByMessage() {
     shareTask(store_, task, ShareBy::message);
 }
 
-// The partner must receive all deletions of the user.
+// Starts after the deferred deletions, so that the partner receives them; not if one of them fails.
 void ListScreen::synchronize() {
   syncWanted_ = true;
   removal_.hasten();

@@ -86,8 +86,8 @@ bool PendingRemoval::removeNext() {
   }
   due_.clear();
   work_.stop();
-  Q_EMIT changed();
   Q_EMIT failed(code);
+  Q_EMIT changed();
   return false;
 }
 

@@ -46,7 +46,7 @@ std::optional<QByteArray> readFile(const QString& path) {
   return {};
 }
 
-// Returns the to-dos of the file; none if it cannot be read.
+// Appends the to-dos of the file; nothing if it cannot be read.
 void appendTodos(const QString& path, std::vector<ZTASK_ENG_Task>& tasks) {
   const std::optional<QByteArray> bytes = readFile(path);
   if (!bytes)

@@ -228,6 +228,11 @@ int DB_CommitTransaction() {
 }
 
 int DB_AbortTransaction() {
+  // Not a failure: the reason for the failure before it is kept.
+  if (threadSession != nullptr && !isForked && !threadSession->hasTransactionOfCaller()) {
+    ULO_LOG_ERROR("no transaction is open");
+    return DB_TRANSACTION;
+  }
   return guarded([] { session().abort(); });
 }
 

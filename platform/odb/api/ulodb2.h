@@ -6,6 +6,9 @@
  * percent sign. Any other conversion is an error. ":0", ":1", ... refer to the parameters of the
  * parameter block.
  *
+ * %s inserts the string unchanged, also between quotes: quotes in it are not doubled. Use %s only
+ * for strings that you control, such as names of tables, and pass all other values as parameters.
+ *
  * Each statement and each script is atomic. Inside a transaction it becomes part of that
  * transaction. Each thread opens the database for itself, and all stores of a thread share that
  * connection. When a thread exits, everything it has opened is closed and an open transaction is
@@ -41,8 +44,8 @@ extern "C" {
 typedef struct DB_ParamBlock* DB_PARAM;
 typedef struct DB_ResultCursor* DB_CURSOR;
 
-/* Opens database number `database` (1 is the store's) for this thread. Each successful call must be
- * matched by a DB_Close.
+/* Opens database number `database` for this thread. It must be 1, the store's; any other number
+ * fails with DB_BAD_ARGUMENT. Each successful call must be matched by a DB_Close.
  *
  * If the database has not been filled yet, the call waits for the exclusive right to fill it and
  * keeps that right until rows are committed, so that two programs started at the same time do not
@@ -51,24 +54,28 @@ typedef struct DB_ResultCursor* DB_CURSOR;
  * so does its commit, whether or not the caller checked the text's result, and the database rejects
  * writes until it is reopened. */
 ULO_EXPORT int DB_Open(int database);
-/* Closes the database for this thread. The last close rolls back an open transaction. */
+/* Ends one DB_Open of this thread. The last one closes the database for the thread and rolls back
+ * an open transaction. Cursors and parameter blocks remain valid. */
 ULO_EXPORT int DB_Close(void);
 
-/* Begins a write transaction. `mode` must be 0. Transactions do not nest: fails with DB_TRANSACTION
- * and changes nothing if one is open. */
+/* Begins a write transaction. `mode` must be 0. Waits for other programs and threads that write,
+ * currently up to 10 seconds, and then fails with DB_BUSY. Transactions do not nest: fails with
+ * DB_TRANSACTION and changes nothing if one is open, or if a read snapshot is (DB_BeginRead). */
 ULO_EXPORT int DB_BeginTransaction(int mode);
 /* Commits the open transaction. Unless it returns DB_OK, nothing is kept. Each script of the
  * transaction has already written its changes to disk and reserved room for the commit, so a full
  * disk is normally reported by the script and not by the commit. Wakes programs that watch the
  * file. */
 ULO_EXPORT int DB_CommitTransaction(void);
-/* Rolls back the open transaction. Does nothing and returns DB_TRANSACTION if none is open. */
+/* Rolls back the open transaction. Does nothing and returns DB_TRANSACTION if none is open, which
+ * does not count as a failure. */
 ULO_EXPORT int DB_AbortTransaction(void);
 
 /* Begins a read snapshot: until the matching DB_EndRead, all reads of this thread see the same
- * state of the database, and many short queries are cheaper. Calls nest. Has no effect within a
- * transaction; otherwise DB_BeginTransaction and texts that write fail with DB_TRANSACTION until
- * the snapshot ends. Logs nothing. */
+ * state of the database, and many short queries are cheaper. Calls nest, and each needs its
+ * DB_EndRead. A call within a transaction begins no snapshot. While a snapshot is open,
+ * DB_BeginTransaction, DB_BeginWrite and texts that write fail with DB_TRANSACTION. Logs nothing.
+ */
 ULO_EXPORT int DB_BeginRead(void);
 /* Ends a read snapshot. Returns DB_TRANSACTION if there is no matching DB_BeginRead. Logs nothing.
  */
@@ -105,16 +112,21 @@ ULO_EXPORT int DB_GetTag(void);
 /* Creates a block of `count` unbound parameters. Returns null if `count` is not in the range 1 to
  * DB_MAX_PARAMETERS, or if memory is exhausted. */
 ULO_EXPORT DB_PARAM DB_PARAM_Open(int count);
+/* Frees the block. Null is ignored. */
 ULO_EXPORT int DB_PARAM_Close(DB_PARAM block);
+/* Binds a value to parameter `index`, from 0. This function and the next two return
+ * DB_BAD_ARGUMENT if the block is null or `index` is not in the range 0 to count - 1. */
 ULO_EXPORT int DB_PARAM_BindInteger(DB_PARAM block, int index, int value);
-/* Binds a copy of a zero-terminated text of byte-swapped 16-bit units. A null pointer binds the
- * null value. */
+/* Binds a copy of a zero-terminated text of 16-bit units, each with its two bytes exchanged, unlike
+ * the result of DB_CSC_GetFieldAsUnicode. A null pointer binds the null value. */
 ULO_EXPORT int DB_PARAM_BindUnicode(DB_PARAM block, int index, const unsigned short* units);
 /* Binds a copy of a zero-terminated text of bytes, which should be UTF-8. A null pointer binds the
  * null value. */
 ULO_EXPORT int DB_PARAM_BindChar(DB_PARAM block, int index, const char* utf8);
 
-/* Fields of the current row. `column` is the column's index in the buffer's schema. Return 0, false
+/* A cursor keeps its rows when the transaction ends and when the database is closed.
+ *
+ * Fields of the current row. `column` is the column's index in the buffer's schema. Return 0, false
  * or null if there is no such row or column and if the field is null. The text functions also
  * return null, and log it, if there is no memory to convert the text to the other form. */
 ULO_EXPORT int DB_CSC_GetFieldAsInteger(DB_CURSOR cursor, int column);
@@ -132,13 +144,15 @@ ULO_EXPORT int DB_CSC_Eof(DB_CURSOR cursor);
 /* Frees the cursor. Null is ignored. */
 ULO_EXPORT int DB_CSC_Close(DB_CURSOR cursor);
 
-/* Returns the reason for this thread's most recent failure, as a message for the user. Never null;
- * empty if nothing has failed. Valid until the thread's next operation. */
+/* Returns the reason for this thread's most recent failure, as a message for the user. A success
+ * does not reset it. Never null; empty if nothing has failed. Valid until the thread's next
+ * operation. */
 ULO_EXPORT const char* DB_LastFailure(void);
 /* Returns the result of that failure; DB_OK if nothing has failed. */
 ULO_EXPORT int DB_LastResult(void);
-/* Returns how many operations of this thread have failed. Some operations of the store do not look
- * at the result of each step: a caller that must know compares the count before and after. */
+/* Returns how many operations of this thread have failed. Some operations of the store succeed
+ * although a step has failed; ZTASK_ENG_Model lists them. To detect that, compare the count before
+ * and after. */
 ULO_EXPORT unsigned int DB_FailureCount(void);
 
 /* Diagnostics. If `line` throws, the function stops calling it, rolls back what was running and

@@ -9,18 +9,27 @@
 extern "C" {
 #endif
 
-/* All functions operate on the file of database number `database`, which no thread of this process
- * may have open. `line` receives messages for the user; if a function fails, the last one is the
- * reason. `sample` names the file of a sound database with the same tables. */
+/* All functions operate on the file of database number `database` (1), which no thread of this
+ * process may have open. Only DB_Restore and DB_Rescue detect that; they return DB_BUSY.
+ *
+ * `line` receives messages for the user, in UTF-8 and valid during the call, in the caller's
+ * thread. It must not throw. If it is null, the functions return DB_BAD_ARGUMENT. If a function
+ * fails, the last message is the reason; DB_LastFailure does not return it.
+ *
+ * `file` and `sample` are paths in the encoding of the file system. `sample` names the file of a
+ * sound database with the same tables. To make one, create a ZTASK_ENG_Model while ULO_DATA_DIR
+ * names an empty directory; its file is tasks.db in there. */
 
 /* Checks the file without changing it: its structure, that its tables, indexes and triggers match
  * those of `sample`, and that no UID exceeds the UID counter. Passes each defect to `line`. Returns
  * DB_ERROR if there are any, another code if the file cannot be examined at all, and DB_OK if the
- * file is sound or does not exist yet. */
+ * file is sound or does not exist yet. (DB_CheckFile also returns DB_OK if it finds defects.) */
 ULO_EXPORT int DB_Inspect(int database, const char* sample,
                           void (*line)(void* context, const char* utf8), void* context);
-/* Detects a lost store. Returns DB_CORRUPT if the file is missing or empty although other files
- * show that there was a store, and passes their names to `line`. DB_Open fails in that case. */
+/* Detects a lost store. Returns DB_CORRUPT if the file is too short to be a database, or if it is
+ * missing or empty although other files show that there was a store, and passes the reason with
+ * their names to `line`. DB_Open fails with DB_CORRUPT in these cases. Returns DB_OK if nothing is
+ * lost. */
 ULO_EXPORT int DB_FindLost(int database, void (*line)(void* context, const char* utf8),
                            void* context);
 
@@ -35,9 +44,11 @@ ULO_EXPORT int DB_Backup(int database, const char* file, int overwrite,
  * database unchanged. */
 ULO_EXPORT int DB_Restore(int database, const char* file, const char* sample,
                           void (*line)(void* context, const char* utf8), void* context);
-/* Replaces a damaged database with a sound one that holds all readable rows with their UIDs, and
- * UID counters that are not lower than before. Keeps the damaged file as DB_Restore does. Returns
- * DB_CORRUPT and changes nothing if no row can be read. */
+/* Replaces a damaged database with a sound one that holds all readable rows with their UIDs. The
+ * UID counters are not lower than before if they can be read; otherwise they are 10000 above the
+ * highest UID found. Keeps the damaged file as DB_Restore does. Does not check whether the database
+ * is sound: call DB_Inspect first. Returns DB_BUSY if a program has the database open, and
+ * DB_CORRUPT if no row can be read; both leave the database unchanged. */
 ULO_EXPORT int DB_Rescue(int database, const char* sample,
                          void (*line)(void* context, const char* utf8), void* context);
 

@@ -11,13 +11,13 @@ enum DB_Result {
   DB_BAD_PARAMETER = 5, /* a parameter of the text is not bound, or the block is missing */
   DB_BAD_TYPE = 6,      /* a value does not fit the type of its target */
   DB_CONSTRAINT = 7,    /* the table exists, a key is not unique, or no UID is left */
-  DB_BUSY = 8,          /* another process held the lock for longer than the timeout */
+  DB_BUSY = 8,          /* another process or thread held the lock for too long (now 10 seconds) */
   DB_IO = 9,            /* the file cannot be read or written, or a newer version wrote it */
   DB_NO_MEMORY = 10,    /* this process is out of memory */
   DB_CORRUPT = 11,      /* the file is damaged or not a database */
   DB_FULL = 12,         /* the disk, the user's disk quota or the database is full */
   DB_NOT_OPEN = 13,     /* this thread has not opened the database, or the process was forked */
-  DB_TRANSACTION = 14,  /* a transaction is already open, or none is open */
+  DB_TRANSACTION = 14,  /* a transaction or read snapshot is already open, or none is open */
   DB_LIMIT = 15,        /* one of the limits below was exceeded */
   DB_END = 16           /* there are no more rows */
 };
@@ -25,7 +25,7 @@ enum DB_Result {
 /* Limits. An operation that exceeds one fails with DB_LIMIT and changes nothing. */
 enum DB_Limit {
   DB_MAX_TEXT = 65536,     /* bytes of a formatted text; a number outside quotes counts as two */
-  DB_MAX_NESTING = 64,     /* nesting depth of blocks and parentheses */
+  DB_MAX_NESTING = 64,     /* nesting depth of blocks and parentheses, and chained operators */
   DB_MAX_PARAMETERS = 256, /* parameters of a block */
   DB_MAX_COLUMNS = 64,     /* columns of a table or a buffer schema */
   DB_MAX_VARIABLES = 64,   /* variables of a script */

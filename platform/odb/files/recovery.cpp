@@ -192,8 +192,11 @@ private:
     if (row.values.size() != shape.columns.size() || row.rowid < 1 || row.rowid > INT32_MAX)
       return false;
     for (std::size_t i = 0; i < shape.columns.size(); ++i) {
-      const SalvagedValue::Kind kind = row.values[i].kind;
+      SalvagedValue::Kind kind = row.values[i].kind;
       const bool isNull = kind == SalvagedValue::Kind::null;
+      // Texts that SQLite would change are stored as blobs.
+      if (kind == SalvagedValue::Kind::blob)
+        kind = SalvagedValue::Kind::text;
       const SalvagedValue::Kind wanted =
           shape.columns[i].isText ? SalvagedValue::Kind::text : SalvagedValue::Kind::integer;
       if (shape.columns[i].isUid ? !isNull : !isNull && kind != wanted)
@@ -227,7 +230,7 @@ private:
         if (!isBigEndian())
           units += '\0';
       }
-      if (row.values[0].text == units)
+      if (row.values[0].bytes == units)
         table.counter = std::max(table.counter.value_or(0), row.values[1].integer);
     }
   }
@@ -385,8 +388,11 @@ private:
     if (value.kind == SalvagedValue::Kind::integer)
       sqlite3_bind_int64(statement, place, value.integer);
     else if (value.kind == SalvagedValue::Kind::text)
-      sqlite3_bind_text64(statement, place, value.text.data(), value.text.size() & ~std::size_t{1},
-                          SQLITE_STATIC, remains_.isBigEndian() ? SQLITE_UTF16BE : SQLITE_UTF16LE);
+      sqlite3_bind_text64(statement, place, value.bytes.data(),
+                          value.bytes.size() & ~std::size_t{1}, SQLITE_STATIC,
+                          remains_.isBigEndian() ? SQLITE_UTF16BE : SQLITE_UTF16LE);
+    else if (value.kind == SalvagedValue::Kind::blob)
+      sqlite3_bind_blob64(statement, place, value.bytes.data(), value.bytes.size(), SQLITE_STATIC);
     else
       sqlite3_bind_null(statement, place);
   }
@@ -432,6 +438,8 @@ int inspectStore(const StorePlace& place, const std::string& sample, const LineS
 
 void backUp(const StorePlace& place, const std::string& file, bool overwrite) {
   requireNotLost(place);
+  if (isSameFile(file, place.path()))
+    throw Failure(DB_BAD_ARGUMENT, file + " is the store itself");
   if (!overwrite && idOf(file))
     throw Failure(DB_CONSTRAINT, file + " exists already");
   const Handle store = openFile(place.path());

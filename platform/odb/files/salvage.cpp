@@ -143,11 +143,12 @@ std::optional<std::size_t> sizeOf(std::uint64_t type) {
 SalvagedValue valueOf(std::uint64_t type, std::string_view bytes) {
   constexpr std::uint64_t real = 7;
   constexpr std::uint64_t one = 9;
-  constexpr std::uint64_t firstText = 13;
+  constexpr std::uint64_t firstBlob = 12;
   if (type == 0)
     return {};
-  if (type >= firstText && type % 2 == 1)
-    return {SalvagedValue::Kind::text, 0, std::string(bytes)};
+  if (type >= firstBlob)
+    return {type % 2 == 1 ? SalvagedValue::Kind::text : SalvagedValue::Kind::blob, 0,
+            std::string(bytes)};
   if (type == real || type > one)
     return {SalvagedValue::Kind::other, 0, {}};
   if (bytes.empty())

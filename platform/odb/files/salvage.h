@@ -10,10 +10,10 @@
 namespace ulo::odb {
 
 struct SalvagedValue {
-  enum class Kind { null, integer, text, other };
+  enum class Kind { null, integer, text, blob, other };
   Kind kind = Kind::null;
   std::int64_t integer = 0;
-  std::string text;  // bytes in the database's encoding
+  std::string bytes;  // of a text in the database's encoding, or of a blob
 };
 
 struct SalvagedRow {

@@ -3,6 +3,7 @@
 #include "base/failure.h"
 #include "file_lock.h"
 #include "sqlite/handle.h"
+#include "sqlite/sqlite_failure.h"
 
 #include <array>
 #include <cerrno>
@@ -28,7 +29,7 @@ constexpr off_t lockRangeStart = 0x40000000;
 constexpr off_t lockRangeLength = 512;
 
 Failure systemFailure(const std::string& what) {
-  const DB_Result code = errno == ENOSPC || errno == EDQUOT ? DB_FULL : DB_IO;
+  const DB_Result code = isFull(errno) ? DB_FULL : DB_IO;
   return {code, what + ": " + std::strerror(errno)};
 }
 

@@ -81,8 +81,12 @@ void Session::begin(int mode) {
   inTransaction_ = true;
 }
 
+bool Session::hasTransactionOfCaller() const {
+  return inTransaction_ && !writesTransact_;
+}
+
 void Session::requireTransactionOfCaller() const {
-  if (!inTransaction_ || writesTransact_)
+  if (!hasTransactionOfCaller())
     throw Failure(DB_TRANSACTION, "no transaction is open");
 }
 

@@ -30,6 +30,8 @@ public:
   void begin(int mode);
   void commit();
   void abort();
+  // True between begin() and the matching commit() or abort().
+  [[nodiscard]] bool hasTransactionOfCaller() const;
 
   // See DB_BeginRead in ulodb2.h.
   void beginRead();

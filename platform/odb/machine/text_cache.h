@@ -1,5 +1,4 @@
-// What is kept of texts that have run, so that a repeated call is neither parsed nor formatted nor
-// checked again.
+// Caches texts that have run, so that a repeated call is not parsed, formatted or checked again.
 //
 // There are two levels, because threads may share programs but not prepared statements:
 //

@@ -36,7 +36,7 @@ std::size_t count(const std::string& text, const std::string& word) {
   return result;
 }
 
-TEST(VcalCorpus, EveryTextIsReadToItsEndOrRejectedForItsMissingOne) {
+TEST(VcalCorpus, ReadsCompleteTextsAndRejectsTruncatedOnes) {
   LogCapture log;
   const auto files = corpus();
   ASSERT_GT(files.size(), 100U);
@@ -45,8 +45,8 @@ TEST(VcalCorpus, EveryTextIsReadToItsEndOrRejectedForItsMissingOne) {
     const std::string text = contents(file);
     const ulo::TextReport report = ulo::examineFile(file);
     const auto todos = parseGuarded(text);
-    // iCalendar 2.0 looks like vCalendar 1.0 but is another format. Reading such a text must end,
-    // and the guard must know how many to-dos it has passed on.
+    // iCalendar 2.0 resembles vCalendar 1.0 but is another format. Reading such a text must
+    // terminate, and the guard must report the number of to-dos that it has passed on.
     const bool isOther = file.string().find("/icalendar2/") != std::string::npos;
     switch (report.problem) {
     case ulo::TextProblem::none:
@@ -75,7 +75,7 @@ TEST(VcalCorpus, EveryTextIsReadToItsEndOrRejectedForItsMissingOne) {
                            "testVCalendar.vcs"}));
 }
 
-TEST(VcalCorpus, WhatTheLibraryReadsRightIsReadTheSameWithTheGuard) {
+TEST(VcalCorpus, GuardPreservesWhatLibraryReadsCorrectly) {
   LogCapture log;
   std::size_t compared = 0;
   for (const auto& file : corpus()) {

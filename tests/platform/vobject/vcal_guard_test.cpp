@@ -93,13 +93,13 @@ const std::vector<Reading> readings = {
     {"fold_more_blanks", "SUMMARY:a\r\n   b", {"SUMMARY=a   b"}, true},
     {"fold_blank_line", "SUMMARY:a\r\n ", {"SUMMARY=a "}, true},
     {"fold_of_empty_value", "SUMMARY:\r\n a", {"SUMMARY=a"}, false},
-    {"fold_behind_semicolon", "SUMMARY:a;\r\n  b", {"SUMMARY=a;  b"}, false},
+    {"fold_after_semicolon", "SUMMARY:a;\r\n  b", {"SUMMARY=a;  b"}, false},
     {"fold_in_parameters",
      "SUMMARY;CHARSET=UTF-8;\r\n ENCODING=QUOTED-PRINTABLE:=C3=A4",
      {"SUMMARY[UTF-8]=ä"},
      false},
     {"fold_in_encoded", qp + "a=\r\nb\r\n c", {"SUMMARY=ab c"}, false},
-    {"no_fold_behind_blank_line", "SUMMARY:a\r\n\r\n b", {"SUMMARY=a"}, false},
+    {"no_fold_after_blank_line", "SUMMARY:a\r\n\r\n b", {"SUMMARY=a"}, false},
     {"fold_2_0", "SUMMARY:a\r\n b\r\n\tc\r\n  d", {"SUMMARY=abc d"}, false, "2.0"},
     {"fold_2_0_in_name", "SUMM\r\n ARY;CHAR\r\n SET=UTF-8:ä", {"SUMMARY[UTF-8]=ä"}, false, "2.0"},
     {"fold_2_0_in_encoded", qp + "=C3\r\n =A4", {"SUMMARY=ä"}, false, "2.0"},
@@ -122,7 +122,7 @@ const std::vector<Reading> readings = {
     {"soft_break_and_blanks", qp + "a= \t\r\nb", {"SUMMARY=ab"}, false},
     {"soft_break_cr_cr_lf", qp + "a=\r\r\nb\r\r", {"SUMMARY=ab"}, false},
     {"soft_break_first", qp + "=\r\na", {"SUMMARY=a"}, true},
-    {"soft_break_behind_equals", qp + "a==\r\nb", {"SUMMARY=a=b"}, false},
+    {"soft_break_after_equals", qp + "a==\r\nb", {"SUMMARY=a=b"}, false},
     {"soft_break_inside_escape", qp + "=C3=\r\n=A4", {"SUMMARY=ä"}, true},
     {"lower_case_digits", qp + "=c3=A4", {"SUMMARY=ä"}, false},
     {"bare_equals", qp + "a=b = c", {"SUMMARY=a=b = c"}, false},
@@ -237,7 +237,7 @@ TEST(VcalGuard, NamesAreUnique) {
 
 // The library keeps words in the case in which they first occurred. CHARSET must not be one of
 // them.
-TEST(VcalGuard, OneTextDoesNotSpoilTheNext) {
+TEST(VcalGuard, TextDoesNotAffectNextOne) {
   const LogCapture quiet;
   for (const char* first : {"SUMMARY;cHARSET=x:a", "SUMMARY;X=cHARSET:a", "cHARSET.SUMMARY:a",
                             "SUMMARY;cHARSET.x:a", "SUMMARY;CHARSET=cHARSET:a"}) {
@@ -248,7 +248,7 @@ TEST(VcalGuard, OneTextDoesNotSpoilTheNext) {
   }
 }
 
-TEST(VcalGuard, PiecesHoldTheToDosAndNothingElse) {
+TEST(VcalGuard, PiecesContainOnlyTodos) {
   const LogCapture quiet;
   const std::string text =
       byteOrderMark + calendar("X-A;Q=\"1\":x\r\nBEGIN:VEVENT\r\nSUMMARY:e\r\nEND:VEVENT\r\n" +
@@ -259,7 +259,7 @@ TEST(VcalGuard, PiecesHoldTheToDosAndNothingElse) {
                           "END:VTODO\r\nEND:VCALENDAR\r\n"));
 }
 
-TEST(VcalGuard, ToDosOfAllCalendarsKeepTheirOrder) {
+TEST(VcalGuard, TodosOfAllCalendarsKeepTheirOrder) {
   const LogCapture quiet;
   const std::string card = "BEGIN:VCARD\r\nN:a;b\r\nEND:VCARD\r\n";
   const std::string text = calendar(todo("SUMMARY:1\r\n") + todo("SUMMARY:2\r\n")) + card +
@@ -272,7 +272,7 @@ TEST(VcalGuard, ToDosOfAllCalendarsKeepTheirOrder) {
   EXPECT_EQ(examineText(text).todos, 4U);
 }
 
-TEST(VcalGuard, AByteOrderMarkMayStandBeforeEachCalendar) {
+TEST(VcalGuard, AcceptsByteOrderMarkBeforeEachCalendar) {
   const LogCapture quiet;
   const auto todos = parseGuarded(byteOrderMark + calendar(todo("SUMMARY:1\r\n")) + byteOrderMark +
                                   calendar(todo("SUMMARY:2\r\n")));
@@ -281,7 +281,7 @@ TEST(VcalGuard, AByteOrderMarkMayStandBeforeEachCalendar) {
               ElementsAre(TodoProperties{"SUMMARY=1"}, TodoProperties{"SUMMARY=2"}));
 }
 
-TEST(VcalGuard, FoldsFollowTheVersionOfTheirOwnCalendar) {
+TEST(VcalGuard, FoldsFollowVersionOfTheirCalendar) {
   const LogCapture quiet;
   const std::string item = todo("SUMMARY:a\r\n b\r\n");
   const auto todos = parseGuarded(calendar(item, "2.0") + "BEGIN:VCALENDAR\r\n" + item +
@@ -292,31 +292,31 @@ TEST(VcalGuard, FoldsFollowTheVersionOfTheirOwnCalendar) {
                           TodoProperties{"SUMMARY=ab"}));
 }
 
-TEST(VcalGuard, ComponentsThatTheLibraryDoesNotKnowBelongToTheCalendar) {
+TEST(VcalGuard, UnknownComponentsBelongToCalendar) {
   const std::string text = calendar("BEGIN:VTIMEZONE\r\nTZID:x\r\n" + todo("SUMMARY:a\r\n"));
   EXPECT_TRUE(isClean(text));
   EXPECT_THAT(propertiesOf(text), ElementsAre("SUMMARY=a"));
   EXPECT_THAT(propertiesOf(byteOrderMark + text), ElementsAre("SUMMARY=a"));
 }
 
-TEST(VcalGuard, APropertyWithTheNameOfAComponentIsNone) {
+TEST(VcalGuard, IgnoresPropertyNamedLikeComponent) {
   const std::string text = calendar("VTODO:x\r\n" + todo("SUMMARY:a\r\n"));
   EXPECT_THAT(propertiesOf(text), ElementsAre("SUMMARY=a"));
 }
 
-TEST(VcalGuard, AVcardInACalendarIsLeftOut) {
+TEST(VcalGuard, OmitsVcardInCalendar) {
   const std::string text = calendar("BEGIN:VCARD\r\nN:x\r\nEND:VCARD\r\n" + oneTodo);
   EXPECT_FALSE(isClean(text));
   EXPECT_THAT(propertiesOf(text), ElementsAre("SUMMARY=a"));
 }
 
-TEST(VcalGuard, ToDosInsideAnEventAreNotRead) {
+TEST(VcalGuard, IgnoresTodosInEvent) {
   const std::string text =
       calendar("BEGIN:VEVENT\r\n" + todo("SUMMARY:x\r\n") + "END:VEVENT\r\n" + todo("DUE:D\r\n"));
   EXPECT_THAT(propertiesOf(text), ElementsAre("DUE=D"));
 }
 
-TEST(VcalGuard, TextAroundCalendarsIsLeftOut) {
+TEST(VcalGuard, OmitsTextAroundCalendars) {
   const std::string text =
       "From: a\r\n\r\n" + calendar(todo("SUMMARY:a\r\n")) + "-- \r\nEND:VTODO\r\n\x1A\0"s;
   EXPECT_FALSE(isClean(text));
@@ -372,7 +372,7 @@ const std::vector<Examination> examinations = {
     {"byte_order_mark", byteOrderMark + calendar(oneTodo), TextProblem::none, 0, 1, false},
     {"empty_todo", calendar(todo("")), TextProblem::none, 0, 1, true},
     {"indented_begin", " " + calendar(oneTodo), TextProblem::none, 0, 1, false},
-    {"blanks_behind_names", "BEGIN:VCALENDAR \r\nBEGIN:VTODO\t\r\nEND:VTODO \r\nEND:VCALENDAR \r\n",
+    {"blanks_after_names", "BEGIN:VCALENDAR \r\nBEGIN:VTODO\t\r\nEND:VTODO \r\nEND:VCALENDAR \r\n",
      TextProblem::none, 0, 1, true},
     {"empty", "", TextProblem::notCalendar, 0, 0, false},
     {"blank", "\r\n  \r\n", TextProblem::notCalendar, 0, 0, false},
@@ -387,8 +387,8 @@ const std::vector<Examination> examinations = {
     {"dirty_no_todo", calendar("X:\r\n"), TextProblem::noTodo, 0, 0, false},
     {"cut_in_todo", "BEGIN:VCALENDAR\r\nVERSION:1.0\r\nBEGIN:VTODO\r\nSUMM", TextProblem::truncated,
      3, 0, false},
-    {"cut_behind_todo", "BEGIN:VCALENDAR\r\nVERSION:1.0\r\n" + oneTodo, TextProblem::truncated, 1,
-     0, false},
+    {"cut_after_todo", "BEGIN:VCALENDAR\r\nVERSION:1.0\r\n" + oneTodo, TextProblem::truncated, 1, 0,
+     false},
     {"cut_in_second_calendar", calendar(oneTodo) + "BEGIN:VCALENDAR\r\n", TextProblem::truncated, 7,
      0, false},
     {"cut_in_encoded", "BEGIN:VCALENDAR\r\nBEGIN:VTODO\r\nSUMMARY;QP:a=", TextProblem::truncated, 2,
@@ -415,7 +415,7 @@ const std::vector<Examination> examinations = {
 INSTANTIATE_TEST_SUITE_P(All, VcalExamination, testing::ValuesIn(examinations),
                          [](const auto& info) { return std::string(info.param.name); });
 
-TEST(VcalGuard, WhatIsNoRegularFileIsUnreadable) {
+TEST(VcalGuard, OnlyRegularFilesAreReadable) {
   TemporaryDirectory directory;
   const std::string pipe = directory.path() / "pipe";
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
@@ -427,7 +427,7 @@ TEST(VcalGuard, WhatIsNoRegularFileIsUnreadable) {
   }
 }
 
-TEST(VcalGuard, AFileThatCannotBeReadToItsEndIsUnreadable) {
+TEST(VcalGuard, ReadErrorMakesFileUnreadable) {
   // A regular file, but reading the memory of this process at 0 fails.
   EXPECT_EQ(ulo::examineFile("/proc/self/mem").problem, TextProblem::unreadable);
 }

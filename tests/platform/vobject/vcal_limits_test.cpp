@@ -1,4 +1,4 @@
-// The limits of what is read, the report of repairs, and the log.
+// Limits of the guard, the report of repairs, and the log.
 #include "vcal_texts.h"
 
 #include "temporary_directory.h"
@@ -25,7 +25,7 @@ ulo::TextReport reportOf(const std::string& text) {
   return GuardedText::fromMemory(text, guardedNames()).report();
 }
 
-TEST(VcalLimit, LargeCalendarsAreCutIntoPieces) {
+TEST(VcalLimit, SplitsLargeCalendarsIntoPieces) {
   EXPECT_EQ(piecesOf(byteOrderMark + calendar(repeat(oneTodo, 100))).size(), 1U);
   EXPECT_EQ(piecesOf(byteOrderMark + calendar(repeat(oneTodo, 101))).size(), 2U);
 
@@ -39,15 +39,15 @@ TEST(VcalLimit, LargeCalendarsAreCutIntoPieces) {
     ASSERT_THAT((*todos)[static_cast<std::size_t>(i)], ElementsAre("SUMMARY=" + std::to_string(i)));
 }
 
-TEST(VcalLimit, PiecesAreCutByTheirBytesToo) {
+TEST(VcalLimit, LimitsSizeOfPieces) {
   const std::string large = todo("SUMMARY:" + std::string(600000, 'a') + "\r\n");
   const std::vector<std::string> pieces = piecesOf(byteOrderMark + calendar(repeat(large, 5)));
   EXPECT_EQ(pieces.size(), 3U);
   EXPECT_LT(pieces[0].size(), 1300000U);
 }
 
-// Text beyond the limit is scanned again for its pieces.
-TEST(VcalLimit, TextBeyondTheKeptLimitHasTheSamePieces) {
+// Beyond the limit, the text is scanned again to make its pieces.
+TEST(VcalLimit, TextBeyondKeptLimitHasSamePieces) {
   const std::size_t size = ulo::keptLimit / 16;
   const std::string item = todo("SUMMARY:" + std::string(size, 'a') + "\r\nDUE:\r\n");
   for (std::size_t count : {15U, 17U}) {
@@ -67,7 +67,7 @@ TEST(VcalLimit, TextBeyondTheKeptLimitHasTheSamePieces) {
 }
 
 // The library reads at most 490 items and properties together, 245 calendars, and 163 fields.
-TEST(VcalLimit, WhatIsTooMuchForTheLibraryIsNotClean) {
+TEST(VcalLimit, TextTooLargeForLibraryIsNotClean) {
   const LogCapture quiet;
   const auto onlyClean = [](const std::string& text) {
     EXPECT_EQ(parseGuarded(text).has_value(), true);
@@ -88,7 +88,7 @@ TEST(VcalLimit, WhatIsTooMuchForTheLibraryIsNotClean) {
       onlyClean(calendar(repeat(oneTodo, 400) + todo("SUMMARY:a" + repeat(";a", 20) + "\r\n"))));
 }
 
-TEST(VcalLimit, APropertyMayHaveFourMegabytes) {
+TEST(VcalLimit, PropertyMayHaveFourMegabytes) {
   const std::string name = "SUMMARY:";
   const auto with = [&](std::size_t size) {
     return calendar(todo(name + std::string(size - name.size(), 'a') + "\r\nDUE:D\r\n"));
@@ -103,7 +103,7 @@ TEST(VcalLimit, APropertyMayHaveFourMegabytes) {
   EXPECT_THAT(logOf(larger), HasSubstr("line 4: property too long, left out"));
 }
 
-TEST(VcalLimit, LinesThatBelongTogetherCountTogether) {
+TEST(VcalLimit, AllLinesOfPropertyCount) {
   const std::string part = std::string(ulo::propertyLimit / 2, 'a');
   EXPECT_THAT(
       propertiesOf(calendar(todo("SUMMARY:" + part + "\r\n " + part + "\r\n b\r\nDUE:D\r\n"))),
@@ -116,7 +116,7 @@ TEST(VcalLimit, LinesThatBelongTogetherCountTogether) {
               ElementsAre("DUE=D"));
 }
 
-TEST(VcalLimit, AHeaderMayHaveEightKilobytes) {
+TEST(VcalLimit, HeaderMayHaveEightKilobytes) {
   const auto with = [](std::size_t size) {
     return calendar(todo("SUMMARY;X=" + std::string(size - 10, 'a') + ":v\r\nDUE:D\r\n"));
   };
@@ -125,7 +125,7 @@ TEST(VcalLimit, AHeaderMayHaveEightKilobytes) {
   EXPECT_THAT(propertiesOf(with(ulo::headerLimit + 1)), ElementsAre("DUE=D"));
 }
 
-TEST(VcalLimit, AToDoMayHave200Properties) {
+TEST(VcalLimit, TodoMayHave200Properties) {
   const auto with = [](std::size_t count) {
     return calendar(todo("X:\r\n" + repeat("PRIORITY:1\r\n", count - 1) + "DUE:D\r\n"));
   };
@@ -138,12 +138,12 @@ TEST(VcalLimit, AToDoMayHave200Properties) {
               HasSubstr("line 205: too many properties in a to-do, left out"));
 }
 
-TEST(VcalLimit, PropertiesThatNobodyReadsDoNotCount) {
+TEST(VcalLimit, UnusedPropertiesDoNotCount) {
   EXPECT_THAT(propertiesOf(calendar(todo(repeat("ATTENDEE:a\r\n", 600) + "SUMMARY:a\r\n"))),
               ElementsAre("SUMMARY=a"));
 }
 
-TEST(VcalLimit, AToDoMayHave16Megabytes) {
+TEST(VcalLimit, TodoMayHave16Megabytes) {
   const std::size_t rest = std::string("DESCRIPTION:\r\n").size();
   const std::string part = "DESCRIPTION:" + std::string(ulo::todoLimit / 8 - rest, 'a') + "\r\n";
   EXPECT_EQ(propertiesOf(byteOrderMark + calendar(todo(repeat(part, 8)))).size(), 8U);
@@ -152,7 +152,7 @@ TEST(VcalLimit, AToDoMayHave16Megabytes) {
   EXPECT_THAT(logOf(larger), HasSubstr("to-do too large, left out"));
 }
 
-TEST(VcalLimit, AnAlarmMayHave40Semicolons) {
+TEST(VcalLimit, AlarmMayHave40Semicolons) {
   const auto with = [](std::size_t count) {
     return byteOrderMark + calendar(todo("DALARM:t" + repeat(";", count) + "\r\nDUE:D\r\n"));
   };
@@ -160,7 +160,7 @@ TEST(VcalLimit, AnAlarmMayHave40Semicolons) {
   EXPECT_THAT(propertiesOf(with(41)), ElementsAre("DUE=D"));
 }
 
-TEST(VcalLimit, MuchAroundACalendarIsNoise) {
+TEST(VcalLimit, RejectsTooMuchTextAroundCalendar) {
   const auto with = [](std::size_t bytes) {
     return examineText(std::string(bytes, '-') + "\r\n" + calendar(oneTodo)).problem;
   };
@@ -181,7 +181,7 @@ std::size_t peakMemory() {
 }
 
 // 100 MB of noise, in a sparse file.
-TEST(VcalLimit, NoiseNeedsNoMemory) {
+TEST(VcalLimit, NoiseUsesLittleMemory) {
   TemporaryDirectory directory;
   for (const char* start : {"", "noise without an end ", "BEGIN:VCALENDAR\r\nX:"}) {
     const std::string path = directory.path() / "noise";
@@ -195,7 +195,7 @@ TEST(VcalLimit, NoiseNeedsNoMemory) {
 }
 
 // Each of these takes quadratic time if the lines of a property are scanned again and again.
-TEST(VcalLimit, ManyShortLinesOfOnePropertyAreReadOnce) {
+TEST(VcalLimit, ReadsManyShortLinesOfPropertyOnce) {
   for (const char* start :
        {"SUMMARY", "SUMMARY;X=\"", "SUMMARY:", "SUMMARY;QP:", "SUMMARY;BASE64:"})
     for (const char* line : {" a\r\n", " \r\n", "=\r\n", " =\r\n"})
@@ -204,18 +204,18 @@ TEST(VcalLimit, ManyShortLinesOfOnePropertyAreReadOnce) {
           << start << line;
 }
 
-TEST(VcalLog, NothingIsSaidOfACleanText) {
+TEST(VcalLog, IsEmptyForCleanText) {
   EXPECT_EQ(logOf(calendar(oneTodo)), "");
 }
 
-TEST(VcalLog, ExaminingSaysNothing) {
+TEST(VcalLog, IsEmptyAfterExamination) {
   LogCapture log;
   EXPECT_NE(examineText("prose").problem, TextProblem::none);
   EXPECT_EQ(examineText(calendar(todo("SUMMARY:\r\n"))).todos, 1U);
   EXPECT_EQ(log.text(), "");
 }
 
-TEST(VcalLog, EachRepairIsNamedWithItsLine) {
+TEST(VcalLog, ListsEachRepairWithLine) {
   const std::string text = "stray\r\n" + calendar(todo("SUMMARY;QP:a=\r\nb=c\r\nDUE:\r\n"
                                                        "DALARM:\xFF\r\nno property\r\n"
                                                        "BEGIN:VALARM\r\nBEGIN:X\r\nEND:X\r\n") +
@@ -232,7 +232,7 @@ TEST(VcalLog, EachRepairIsNamedWithItsLine) {
                              line("14: END without its BEGIN left out"));
 }
 
-TEST(VcalReport, NamesEachRepairWithItsLineAndProperty) {
+TEST(VcalReport, ListsEachRepairWithLineAndProperty) {
   const std::string text = "stray\r\n" + calendar(todo("SUMMARY;QP:a=\r\nb=c\r\nDUE:\r\n"
                                                        "DALARM:\xFF\r\nno property\r\n"
                                                        "BEGIN:VALARM\r\nBEGIN:X\r\nEND:X\r\n") +
@@ -247,7 +247,7 @@ TEST(VcalReport, NamesEachRepairWithItsLineAndProperty) {
                           Pair(Repair::missingEnd, "13"), Pair(Repair::endWithoutBegin, "14")));
 }
 
-TEST(VcalReport, NamesWhatExceedsALimit) {
+TEST(VcalReport, ListsPartsThatExceedLimits) {
   const std::string part = "DESCRIPTION:" + std::string(ulo::propertyLimit - 12, 'a') + "\r\n";
   const ulo::TextReport large =
       reportOf(calendar(todo(repeat(part, 4) + "DESCRIPTION:b" + part.substr(12))));
@@ -271,13 +271,13 @@ TEST(VcalReport, CountsFurtherRepairs) {
   EXPECT_EQ(with(ulo::loggedLimit + 1).moreRepairs, 1U);
 }
 
-TEST(VcalReport, HasNoRepairsOfRejectedText) {
+TEST(VcalReport, HasNoRepairsForRejectedText) {
   const ulo::TextReport report = reportOf("stray\r\nBEGIN:VCALENDAR\r\n");
   EXPECT_EQ(report.problem, TextProblem::truncated);
   EXPECT_TRUE(report.repairs.empty());
 }
 
-TEST(VcalLog, RejectedTextsSayWhy) {
+TEST(VcalLog, StatesReasonForRejection) {
   const auto rejected = [](const char* why) {
     return "(platform/vobject/vcal_guard.cpp)vCalendar text rejected, line "s + why;
   };

@@ -93,7 +93,7 @@ std::string mutated(std::mt19937& random) {
 
 class VcalMutation : public testing::TestWithParam<unsigned> {};
 
-TEST_P(VcalMutation, IsSurvivedAndReadTheSameInEitherForm) {
+TEST_P(VcalMutation, IsReadLikeItsRepairedCopy) {
   LogCapture log;
   std::mt19937 random(GetParam());
   int clean = 0;

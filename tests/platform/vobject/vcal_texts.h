@@ -1,4 +1,4 @@
-// Texts for the guard, and what the guard and the library make of them.
+// Builds texts for the guard, and reads them through the guard and the library.
 #pragma once
 
 #include "vcal_guard.h"

@@ -101,7 +101,7 @@ protected:
   [[nodiscard]] testing::AssertionResult shows(const QString& title) {
     if (display_.focus(u'^' + QRegularExpression::escape(title) + u'$'))
       return testing::AssertionSuccess();
-    return testing::AssertionFailure() << "no window is called " << title.toStdString();
+    return testing::AssertionFailure() << "no window has the title " << title.toStdString();
   }
   void press(const QStringList& keys) {
     EXPECT_TRUE(display_.press(keys)) << keys.join(' ').toStdString();
@@ -109,10 +109,10 @@ protected:
   void type(const QString& text) { EXPECT_TRUE(display_.type(text)); }
   void click(const QPoint& at) { EXPECT_TRUE(display_.click(at)); }
 
-  // Opens the options menu and chooses the item at this place, items that are greyed not counted;
-  // or the item at a place of the menu below that.
+  // Opens the options menu and chooses the item at this position, not counting disabled items. If
+  // `below` is given, chooses the item at that position of its submenu.
   void chooseByKeys(int item, int below = -1) {
-    // A pointer where the menu comes up would choose too.
+    // The pointer must not be where the menu appears, because it would choose an item, too.
     EXPECT_TRUE(display_.moveTo({width - 1, 0}));
     QStringList keys{"F1"};
     keys += QStringList(item, "Down");
@@ -132,10 +132,10 @@ protected:
     ASSERT_TRUE(waitFor([&] { return popups() == 2; }));
     click({180, y + below * itemHeight});
   }
-  // Menus and lists of choices that are open.
+  // Returns the number of open menus and choice lists.
   [[nodiscard]] int popups() const { return display_.windows("ulo-tasks") - 1; }
 
-  // Opens the task of the row that a key leads to and comes back; the row is to be this task's.
+  // Presses a key that moves to a row, which must be this task's. Opens the task and returns.
   void expectAt(const QString& key, const QString& summary) {
     press({key, "Return"});
     ASSERT_TRUE(shows(summary));
@@ -147,7 +147,7 @@ protected:
     ASSERT_NO_FATAL_FAILURE(expectAt("End", last));
   }
 
-  // Waits until the store answers what is wanted.
+  // Waits until the condition holds. Returns false after the timeout.
   [[nodiscard]] static bool waitFor(const std::function<bool()>& condition) {
     return Display::waitFor(condition);
   }

@@ -1,5 +1,5 @@
-// drag_source FILE: a window that the file can be dragged from. Its title says when what is below
-// the pointer takes it.
+// drag_source FILE: a window from which the file can be dragged. Its title changes when the window
+// below the pointer accepts the file.
 
 #include <QApplication>
 #include <QDrag>

@@ -1,4 +1,4 @@
-// Making and editing tasks by keys: what is stored then, and what is not.
+// Creating and editing tasks by keys, and what is stored.
 
 #include "display/display_test.h"
 

@@ -1,4 +1,4 @@
-// What comes into the list from elsewhere: files, other programs, the clock.
+// External changes to the list: by files, other programs and the clock.
 
 #include "display/display_test.h"
 #include "notification_server.h"
@@ -58,7 +58,7 @@ TEST_F(DropOnDisplay, ImportsDroppedFile) {
   source.start(DRAG_SOURCE, {QString::fromStdString(calendarFile(1))});
   ASSERT_TRUE(display_.focus("^Drag from here$"));
   EXPECT_TRUE(display_.hold({50, 50}));
-  // It says when the window below the pointer takes the file.
+  // Its title changes when the window below the pointer accepts the file.
   ASSERT_TRUE(waitFor([&] {
     EXPECT_TRUE(display_.moveTo({490, 400}));
     EXPECT_TRUE(display_.moveTo({500, 410}));
@@ -77,7 +77,7 @@ TEST_F(DropOnDisplay, ImportsDroppedFile) {
   leave();
 }
 
-// A long list whose end is seen, while other programs change the store.
+// A long list that is scrolled to its end while other programs change the store.
 class OthersOnDisplay : public FeedOnDisplay {
 protected:
   void SetUp() override {
@@ -88,7 +88,7 @@ protected:
     press({"End", "Up", "Up"});
     expectCurrent("task 28");
   }
-  // The task of a row that is seen at the end of the list.
+  // The task of a visible row at the end of the list.
   static int rowOf(int day) { return rowsOnScreen - 1 - (30 - day); }
   void expectCurrent(const QString& summary) {
     press({"Return"});
@@ -96,7 +96,7 @@ protected:
     press({"F3"});
     ASSERT_TRUE(shows("All Tasks"));
   }
-  // The list has not scrolled: a touch meets the same task.
+  // If the list has not scrolled, a touch opens the same task.
   void expectInPlace(int day) {
     click(textOf(rowOf(day)));
     ASSERT_TRUE(shows("task " + QString::number(day)));

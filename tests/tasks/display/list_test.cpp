@@ -87,7 +87,7 @@ INSTANTIATE_TEST_SUITE_P(, ViewsOnDisplay, testing::Values(By::keys, By::mouse),
                            return std::string(by.param == By::keys ? "ByKeys" : "ByMouse");
                          });
 
-TEST_P(ViewsOnDisplay, ShowWhatTheyAreCalled) {
+TEST_P(ViewsOnDisplay, ShowTasksAccordingToTheirNames) {
   succeed({"edit", add({"late", "--due", "2020-01-01"}), "--status", "delegated"});
   add({"open", "--due", "2037-01-02"});
   succeed({"edit", add({"delegated", "--due", "2037-01-03"}), "--status", "delegated"});

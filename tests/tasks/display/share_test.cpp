@@ -45,7 +45,7 @@ protected:
   }
 };
 
-TEST_F(ShareOnDisplay, ByMessageFromTheList) {
+TEST_F(ShareOnDisplay, ByMessageFromList) {
   start();
   ASSERT_TRUE(shows("All Tasks"));
   press({"Down"});
@@ -55,7 +55,7 @@ TEST_F(ShareOnDisplay, ByMessageFromTheList) {
   leave();
 }
 
-TEST_F(ShareOnDisplay, ByMessageFromTheDetails) {
+TEST_F(ShareOnDisplay, ByMessageFromDetails) {
   start();
   ASSERT_TRUE(shows("All Tasks"));
   press({"Return"});

@@ -1,4 +1,4 @@
-// Access, and what is shown if nothing can be shown.
+// Access, and the message if the store cannot be opened.
 
 #include "display/display_test.h"
 

@@ -52,7 +52,7 @@ TEST_F(DateDialogs, ArrowKeysAndEnterChooseDay) {
   EXPECT_EQ(chosen, QDate(2027, 3, 13).startOfDay());
 }
 
-TEST_F(DateDialogs, SoftKeysWorkInTheCalendar) {
+TEST_F(DateDialogs, SoftKeysWorkInCalendar) {
   EXPECT_EQ(answer(Kind::day, evening(5), pressing({Qt::Key_Left, Qt::Key_F1})),
             QDate(2027, 3, 4).startOfDay());
   EXPECT_FALSE(answer(Kind::day, evening(5), pressing({Qt::Key_F3})).has_value());
@@ -145,7 +145,7 @@ TEST_F(DateDialogs, WeeksBeginAsInLocale) {
   }
 }
 
-TEST_F(DateDialogs, FitOnTheNarrowScreen) {
+TEST_F(DateDialogs, FitOnNarrowScreen) {
   for (const char* language : {"en_US", "de_DE", "zh_CN"})
     for (const Kind kind : {Kind::day, Kind::dayAndTime}) {
       QLocale::setDefault(QLocale(language));

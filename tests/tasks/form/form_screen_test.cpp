@@ -259,7 +259,7 @@ TEST_F(Form, EditingDoesNotTruncateLongTexts) {
   EXPECT_EQ(only().getString(Task::TASK_FIELD_NOTE), 'x' + QString(5998, u'n'));
 }
 
-TEST_F(Form, TheSoftKeysWorkInEveryField) {
+TEST_F(Form, SoftKeysWorkInEveryField) {
   open();
   const auto* menu = form_->findChild<ZOptionsMenu*>();
   for (QWidget* field : fields()) {
@@ -468,7 +468,7 @@ protected:
   }
 };
 
-TEST_P(Layouts, NothingIsWiderThanTheNarrowScreen) {
+TEST_P(Layouts, NothingIsWiderThanNarrowScreen) {
   for (const char* language : {"en", "de", "zh-CN"}) {
     application().setLanguages({language});
     QApplication::setLayoutDirection(GetParam());

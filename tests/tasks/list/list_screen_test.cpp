@@ -188,12 +188,12 @@ TEST_F(List, CategoryAndSearchCombine) {
                                  "Appointment", "Party", "Garden"));
   box->setCurrentIndex(6);
   EXPECT_THAT(rows(), ElementsAre("b"));
-  // A removed category can no longer be chosen.
+  // A new category can be chosen.
   add({.summary = "d", .category = "Boat"});
   screen_->refresh();
   EXPECT_EQ(box->currentText(), "Garden");
   EXPECT_GE(box->findText("Boat"), 0);
-  // A category that is gone can't be chosen any more.
+  // A removed category can no longer be chosen.
   QString garden = "Garden";
   ASSERT_EQ(store_.removeCategory(garden, false), ok);
   screen_->refresh();
@@ -363,6 +363,29 @@ TEST_F(List, SynchronizeCompletesPendingRemovalsFirst) {
   ASSERT_EQ(allUids().size(), 1);
   EXPECT_EQ(summary(stored(allUids().front())), kept);
   EXPECT_THAT(rows(), ElementsAre(kept));
+  unsetenv("XDG_CONFIG_HOME");
+}
+
+TEST_F(List, SynchronizeDoesNotStartIfRemovalFails) {
+  const std::filesystem::path settings = directory_.path() / "settings";
+  std::filesystem::create_directories(settings / "ulo");
+  setenv("XDG_CONFIG_HOME", settings.c_str(), 1);
+  const std::filesystem::path started = directory_.path() / "started";
+  std::ofstream(settings / "ulo/applications.conf")
+      << '[' << AM_ActionData::synchroniser << "]\nExec=/usr/bin/touch " << started.string()
+      << '\n';
+  add("a");
+  open();
+  key(Qt::Key_Delete);
+  raw_.run("create trigger refuse before delete on task_table_task "
+           "begin select raise(abort, 'no'); end");
+  take(listMenu::synchronize);
+  const auto* notice = screen_->findChild<NoticeBar*>();
+  EXPECT_TRUE(
+      waitFor([&] { return notice->accessibleName() == u"Not all tasks could be deleted."; }));
+  QCoreApplication::processEvents();
+  EXPECT_EQ(notice->accessibleName(), "Not all tasks could be deleted.");
+  EXPECT_FALSE(std::filesystem::exists(started));
   unsetenv("XDG_CONFIG_HOME");
 }
 

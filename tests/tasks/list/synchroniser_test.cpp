@@ -33,7 +33,7 @@ protected:
   LogCapture log_;
 };
 
-TEST_F(SynchroniserTest, IsSetUpWithAnEntryOfTheLaunchTable) {
+TEST_F(SynchroniserTest, IsConfiguredByLaunchTableEntry) {
   EXPECT_FALSE(tasks::Synchroniser::isSetUp());
   EXPECT_EQ(log_.text(), "");
   EXPECT_FALSE(tasks::Synchroniser::start());

@@ -32,7 +32,7 @@ TEST_F(Window, StartsWithList) {
   EXPECT_EQ(QApplication::focusWidget(), window_->findChild<TaskListView*>());
 }
 
-TEST_F(Window, ScreensComeAndGo) {
+TEST_F(Window, OpensAndClosesScreens) {
   add("b");
   add("a");
   open();

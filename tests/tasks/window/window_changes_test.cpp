@@ -45,7 +45,7 @@ protected:
   }
 };
 
-TEST_F(Changes, EscapeLeavesTheDetails) {
+TEST_F(Changes, EscapeLeavesDetails) {
   add("a");
   open();
   for (const Qt::Key back : {Qt::Key_Escape, Qt::Key_Back}) {
@@ -80,7 +80,7 @@ TEST_F(Changes, OpeningTaskKeepsWindowSize) {
   EXPECT_TRUE(window_->windowState() & Qt::WindowMaximized);
 }
 
-TEST_F(Changes, DetailsFollowTheStore) {
+TEST_F(Changes, DetailsFollowStore) {
   const unsigned int a = add("a");
   open();
   key(Qt::Key_Return);
