@@ -9,22 +9,31 @@
 #include <string>
 #include <vector>
 
-// What the operations return. Nothing throws.
+// What the operations of TASK_ENG_SyncML itself return.
 enum TASK_SyncML_Result : int {
   TASK_SYNCML_OK = 0,
   TASK_SYNCML_NOTFOUND = 1,    // no such task, or the category of the item does not exist
-  TASK_SYNCML_NOMEMORY = 2,    // the store is full, or memory ran out
+  TASK_SYNCML_NOMEMORY = 2,    // the store or the disk is full, or memory ran out
   TASK_SYNCML_TOOLARGE = 3,    // the item is larger than the synchronization engine accepts
-  TASK_SYNCML_BADPARAM = 4,    // invalid argument
-  TASK_SYNCML_OTHERERROR = 5,  // any other failure, also a store that did not open; see the log
+  TASK_SYNCML_BADPARAM = 4,    // the store rejected an argument; no operation returns this today
+  TASK_SYNCML_OTHERERROR = 5,  // any other failure, also a text without a readable to-do and a
+                               // store that did not open; see the log
 };
 
-// A separate store object, to be used in one thread. Items are passed as text, through an open
-// descriptor or in a string. Each operation returns TASK_SYNCML_OTHERERROR if the store is not
-// open; other failures of the store are mapped to the codes above.
+// A separate store object, to be used in the thread that created it. Items are passed as text,
+// through an open descriptor, which the caller owns, or in a string. Each operation returns
+// TASK_SYNCML_OTHERERROR if the store is not open; other failures of the store are mapped to the
+// codes above.
+//
+// Reading and writing text uses the vObject library, whose parser state is global: while getEvent,
+// addEvent or updateEvent runs, no other thread of the process may read or write calendar text,
+// whether with this class, ZVtodoParser or a screen.
 //
 // At the end of a synchronization run, changes are broadcast once, as the message `dataChanged` on
 // `channel`. Changes made outside a run are broadcast at the end of the next one.
+//
+// Operations inherited from ZTASK_ENG_Model return codes of ZTASK_ENG_Result, in which the same
+// numbers have other meanings, and their changes do not count for the broadcast.
 class ULO_EXPORT TASK_ENG_SyncML : public ZTASK_ENG_Model {
 public:
   static constexpr char channel[] = "ULO_PIM_TASK_ENG_CHANNEL";
@@ -33,36 +42,50 @@ public:
   TASK_ENG_SyncML();
   ~TASK_ENG_SyncML();
 
-  // Writes the text of a task to `fd`, at its current position. Sets `size` to the length in bytes.
+  // Writes the text of a task to `fd`, at its current position. Sets `size` to the length of the
+  // text in bytes if the result is TASK_SYNCML_OK or TASK_SYNCML_TOOLARGE. Returns
+  // TASK_SYNCML_NOTFOUND if no task has this UID.
   //
-  // TASK_SYNCML_OK means that the whole text was read and passed to `fd`. Short writes are
-  // continued, and a non-blocking descriptor is waited for. If `fd` rejects the bytes (a full disk,
-  // a closed pipe), the operation logs that but still returns TASK_SYNCML_OK: the owner of `fd` has
-  // to detect its errors. With any other code, the text was not written completely.
+  // TASK_SYNCML_OK means that the whole text was produced and written to `fd` as far as `fd`
+  // accepted it. Short writes are continued, and a non-blocking descriptor is waited for. If `fd`
+  // rejects the bytes (a full disk, a closed pipe), that is only logged: the owner of `fd` has to
+  // detect its errors. With any other code, the text was not written completely.
   //
-  // If the text is longer than `maxSize`, the operation returns TASK_SYNCML_TOOLARGE, writes
-  // nothing, and leaves the text in the file UID.vtodo under /tmp. Every text goes through that
-  // file. Any number of processes and stores may use the same UID at the same time: while one of
-  // them uses the file, the others use files with random names, which are always deleted.
+  // If the text is longer than `maxSize` (bytes), the operation returns TASK_SYNCML_TOOLARGE and
+  // writes nothing to `fd`. The text is then in the file /tmp/UID.vtodo (mode 0600), which the
+  // caller deletes; the next request for the same UID replaces it. Any number of processes and
+  // stores may request the same UID at the same time: while one of them uses the file, or if the
+  // file belongs to another user, the others use files with random names, which are deleted in any
+  // case. A caller that needs the file and does not find it calls again.
   int getEvent(int fd, int& size, int maxSize, unsigned int uid);
-  // Appends the text of a task to `text`. Appends nothing unless it returns TASK_SYNCML_OK.
+  // Appends the text of a task, of any length, to `text`. Appends nothing unless it returns
+  // TASK_SYNCML_OK. Returns TASK_SYNCML_NOTFOUND if no task has this UID.
   int getEvent(std::string& text, unsigned int uid);
 
   // Adds the first to-do of the text in `fd`, which is read from its start and must be seekable.
-  // Sets `uid` to the UID of the new task. `size` is only logged. The summary is truncated to 512
-  // characters, the note to 4002.
+  // Sets `uid` to the UID of the new task, and leaves it unchanged on failure. `size` is only
+  // logged. The summary is truncated to 512 UTF-16 code units, the note to 4002. Adds the category
+  // of the to-do if it does not exist. Does not set the time of change. Returns
+  // TASK_SYNCML_OTHERERROR if the text contains no readable to-do or `fd` cannot be read.
   int addEvent(int fd, int size, unsigned int& uid);
+  // The same for a text in memory, which ends at its first zero byte.
   int addEvent(const std::string& text, unsigned int& uid);
 
-  // Overwrites a task with the first to-do of the text. The task keeps its uuid.
+  // Overwrites a task with the first to-do of the text. The task keeps its uuid and loses what the
+  // text does not contain. Truncates like addEvent and fails in the same cases. Returns
+  // TASK_SYNCML_NOTFOUND if no task has this UID, and, unlike addEvent, if the category of the
+  // to-do does not exist.
   int updateEvent(int fd, int size, unsigned int uid);
   int updateEvent(const std::string& text, unsigned int uid);
 
+  // Returns TASK_SYNCML_NOTFOUND if no task has this UID, and TASK_SYNCML_OTHERERROR if the disk is
+  // full.
   int removeEvent(unsigned int uid);
-  // Removes all tasks.
+  // Removes all tasks. Hides the function of ZTASK_ENG_Model, which returns other codes.
   int removeAll();
 
-  // Appends the UIDs of all tasks. Leaves `ids` unchanged on failure.
+  // Appends the UIDs of all tasks in ascending order. Leaves `ids` unchanged on failure. Hides the
+  // functions of ZTASK_ENG_Model, which return other codes.
   int getAllIDs(std::vector<unsigned int>& ids);
 
   // Begins a run. The store remembers `mode`.

@@ -36,7 +36,10 @@ public Q_SLOTS:
   void slotTaskEditView();
   // Removes the task from the store immediately.
   void slotDeleteTask();
-  // Attaches the task to a new message, as a file in the directory $ULO_LOCAL_APP_WRITE_PATH.
+  // Attaches the task to a new message, as a file in the directory $ULO_LOCAL_APP_WRITE_PATH. If
+  // the variable is not set, the path begins at /, where a file normally cannot be created; then
+  // nothing is sent. Like sendToBluetooth, must not run while another thread reads or writes
+  // calendar text (see ZVtodoParser).
   void sendToMessage();
   // Sends the task, as it is stored, to another device. Sends nothing and logs the reason if the
   // task cannot be read from the store.

@@ -9,7 +9,8 @@
 class ZTASK_ENG_Task;
 
 // Its actions are "TASK_SAVE", which stores the first to-do of a file and tells the user, and
-// "TASK_VIEW", which only shows the to-do.
+// "TASK_VIEW", which only shows the to-do. Use it in the main thread, while no other thread reads
+// or writes calendar text (see ZVtodoParser).
 class ULO_EXPORT TASK_UI_SDAction : public QObject, public ActionInterface {
   Q_OBJECT
 

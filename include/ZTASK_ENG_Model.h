@@ -12,7 +12,7 @@ class SVC_CT_ChangeReporter;
 // What the operations of the store return.
 enum ZTASK_ENG_Result : int {
   TASK_ENG_OK = 0,
-  TASK_ENG_MEMORY_FULL = 1,       // the store is full, or memory for parameters ran out
+  TASK_ENG_MEMORY_FULL = 1,       // the store or the disk is full, or memory ran out
   TASK_ENG_BAD_PARAMETER = 2,     // invalid argument
   TASK_ENG_NOT_FOUND = 3,         // no such task or category
   TASK_ENG_DATABASE_FAILURE = 6,  // the database reported a failure
@@ -37,7 +37,21 @@ enum ZTASK_ENG_Result : int {
 // unchanged on failure.
 //
 // Besides the codes listed with it, each operation that reads or writes the database returns
-// TASK_ENG_DATABASE_FAILURE if the database fails and TASK_ENG_NOT_OPEN if it is not open.
+// TASK_ENG_DATABASE_FAILURE if the database fails and TASK_ENG_NOT_OPEN if it is not open. An
+// operation that writes waits for other programs and threads that write, currently up to 10 seconds
+// for each of its steps, and then returns TASK_ENG_DATABASE_FAILURE.
+//
+// Some operations return TASK_ENG_OK although a step has failed: addTask, if it cannot add the
+// category (the task is then read with category "None"); operations that read tasks, if they cannot
+// read the name of a category, which is then null; and the constructor and removeAll, which do not
+// check that their transactions begin and end. To detect this, compare DB_FailureCount (ulodb2.h)
+// before and after.
+//
+// To store several changes as one, call DB_Open(1) and DB_BeginWrite (ulodb2.h), then the
+// operations, and at the end DB_EndWrite and DB_Close. removeAll, and the constructor if it creates
+// the tables, begin and end transactions themselves and must not be called in between. Do not group
+// with DB_BeginTransaction: removeTasksWithCategoryId and removeCategory roll such a transaction
+// back if tasks cannot be removed.
 class ULO_EXPORT ZTASK_ENG_Model {
 public:
   // The engine's UUID in the form of QUuid::toString(). It identifies the engine to the change
@@ -49,18 +63,23 @@ public:
     TASK_CATEGORY_ALL = 0,
     TASK_CATEGORY_DUE = 1,         // due until the end of the local day, with any status; if the
                                    // day's last hour occurs twice, until the second one ends
-    TASK_CATEGORY_INCOMPLETE = 2,  // status 1
-    TASK_CATEGORY_COMPLETED = 3,   // status 0
+    TASK_CATEGORY_INCOMPLETE = 2,  // getStatusValue() is 1. A task with a value other than 0 and 1
+                                   // (accepted, sent, none, ...) is only in ALL and DUE
+    TASK_CATEGORY_COMPLETED = 3,   // getStatusValue() is 0
   };
 
-  // How a list is sorted; complete ties put the newest task first. Any other value means priority.
+  // How a list is sorted. Due dates ascend, and tasks without one come last. Priorities ascend by
+  // getPriorityValue(): 0 (none), then 1 (highest) to 9. Tasks that are equal in both are sorted by
+  // descending UID, so the newest comes first. Any other value means priority.
   enum TASK_SORT_FIELD : int {
-    TASK_SORT_DUE = 0,       // due date, then priority, then UID in descending order
-    TASK_SORT_PRIORITY = 1,  // priority, then due date, then UID in descending order
+    TASK_SORT_DUE = 0,       // due date, then priority, then UID
+    TASK_SORT_PRIORITY = 1,  // priority, then due date, then UID
   };
 
-  // Opens the store. If its tables are missing, creates them with the null category and five named
-  // ones. On failure, every operation except getTaskWritePath returns an error.
+  // Opens the store; like DB_Open, this can wait for other programs, currently up to 30 seconds. If
+  // its tables are missing, creates them with the null category and five named ones. On failure,
+  // every operation except getTaskWritePath returns an error. To find out whether the store is
+  // open, call getCount(count).
   ZTASK_ENG_Model();
   ZTASK_ENG_Model(const ZTASK_ENG_Model&) = delete;
   ZTASK_ENG_Model& operator=(const ZTASK_ENG_Model&) = delete;
@@ -69,46 +88,61 @@ public:
   ~ZTASK_ENG_Model();
 
   // Sets `path` to the directory "tasks" in $ULO_APP_WRITE_PATH, and creates it if it is missing.
-  // Returns false and leaves `path` unchanged if it cannot be created.
+  // If the variable is not set, the directory is "tasks" in the current directory. Returns false
+  // and leaves `path` unchanged if it cannot be created.
   bool getTaskWritePath(QString& path);
 
   // Single tasks.
 
-  // Stores a new task as given and sets its uid, and its uuid if that was null. Creates the
-  // category if it does not exist; the category remains even if storing the task then fails. Can
-  // fail with TASK_ENG_MEMORY_FULL.
+  // Stores a new task as given and sets its uid, and its uuid if that was null. Does not set the
+  // revision (TASK_FIELD_REVISION): set it to the current time if the task is new. Creates the
+  // category if it does not exist. On failure, only the uuid may have been set. Can fail with
+  // TASK_ENG_MEMORY_FULL.
   int addTask(ZTASK_ENG_Task& task);
-  // Reads a task. Its category is "None" if its category was removed. Fails with TASK_ENG_NOT_FOUND
-  // if no task has this UID, and leaves `task` unchanged.
+  // Reads a task. If its category was removed, its category is "None", and updateTask fails unless
+  // a category of that name exists; see below. Fails with TASK_ENG_NOT_FOUND if no task has this
+  // UID, and leaves `task` unchanged.
   int getTask(unsigned int uid, ZTASK_ENG_Task& task);
   // Overwrites the stored task that has the uid of `task`, except for its uuid, which never
   // changes. Before that, sets these fields of `task`, which stay set on failure: the revision to
-  // now; the end date to now if the status is 0 and no end date is set, or to no date if the status
-  // is 1; the uuid if it was null. Can fail with TASK_ENG_MEMORY_FULL. Fails with
-  // TASK_ENG_NOT_FOUND if the task or its category does not exist.
+  // now; the end date to now if getStatusValue() is 0 and no end date is set, or to no date if
+  // getStatusValue() is 1; the uuid to a new one if it was null. That uuid is not stored: use the
+  // one that getTask returns. Can fail with TASK_ENG_MEMORY_FULL. Fails with TASK_ENG_NOT_FOUND if
+  // the task or its category does not exist.
   int updateTask(ZTASK_ENG_Task& task);
-  // Removes a task. Fails with TASK_ENG_NOT_FOUND if no task has this UID, and with
-  // TASK_ENG_MEMORY_FULL if memory is exhausted, but not if the store is full.
+  // Removes a task. Fails with TASK_ENG_NOT_FOUND if no task has this UID. Returns
+  // TASK_ENG_MEMORY_FULL if memory is exhausted, but TASK_ENG_DATABASE_FAILURE if the disk is full.
   int removeTask(unsigned int uid);
   // Removes tasks one by one. If one cannot be removed, returns TASK_ENG_DATABASE_FAILURE, whatever
   // the reason; the tasks before it stay removed. Fails with TASK_ENG_BAD_PARAMETER if the list is
-  // empty.
+  // empty, and with TASK_ENG_NOT_OPEN if the store is not open.
   int removeTasks(QValueList<unsigned int>& uids);
 
-  // Categories. Names are stored and compared byte for byte in UTF-8; null is a valid name. An
-  // unpaired surrogate, which has no UTF-8 form, is stored as the three bytes of its code, so that
-  // distinct names stay distinct.
+  // Categories. Names are stored and compared byte for byte in UTF-8. An unpaired surrogate, which
+  // has no UTF-8 form, is stored as the three bytes of its code, so that distinct names stay
+  // distinct.
+  //
+  // A task without a category has the category with the null name, the null category, which the
+  // constructor adds if it is missing. It differs from the category with the empty name and from
+  // "none", an ordinary category that a new store contains. A task whose category was removed is
+  // read with the category "None", which need not exist: updateTask then fails with
+  // TASK_ENG_NOT_FOUND, and addTask creates a category of that name. Set TASK_FIELD_CATEGORY of
+  // such a task to null before you store it.
 
   // Adds a category and sets `uid` to its UID. Can fail with TASK_ENG_MEMORY_FULL. Fails with
   // TASK_ENG_EXISTS if the category exists, and leaves `uid` unchanged.
   int addCategory(QString& name, unsigned int& uid);
-  // Converts both names to lower case and renames each category called oldName, if any, to newName.
-  // Tasks stay in their category. Can fail with TASK_ENG_MEMORY_FULL.
+  // Renames each category called oldName, converted to lower case, to newName, converted to lower
+  // case. Does not change the arguments. A category whose name contains a capital letter is never
+  // found, and neither is the null category. Returns TASK_ENG_OK if no category is found. Does not
+  // check whether newName exists: if it does, there are then several categories of that name. Tasks
+  // stay in their category. Can fail with TASK_ENG_MEMORY_FULL.
   int renameCategory(QString& oldName, QString& newName);
   // Removes the first category of that name, if any. If `withTasks` is set, first removes its
   // tasks, which stay removed even if the category then cannot be removed. Otherwise its tasks read
-  // as category "None". Fails with TASK_ENG_MEMORY_FULL if memory is exhausted, or if the tasks
-  // cannot be removed because the store is full.
+  // as category "None". Returns TASK_ENG_MEMORY_FULL if memory is exhausted, or if the tasks cannot
+  // be removed because the disk is full; but TASK_ENG_DATABASE_FAILURE if the category itself
+  // cannot be removed because the disk is full.
   int removeCategory(QString& name, bool withTasks);
   // Removes all tasks of a category, if it has any. Can fail with TASK_ENG_MEMORY_FULL.
   int removeTasksWithCategoryId(int categoryUid);
@@ -129,22 +163,31 @@ public:
   // second of the day is not yet due. Can fail with TASK_ENG_MEMORY_FULL.
   int getAllIDs(QValueList<unsigned int>& ids, TASK_CATEGORY category, TASK_SORT_FIELD sort);
 
-  // Whole tasks. If the store is not open, the first two return TASK_ENG_DATABASE_FAILURE.
+  // Whole tasks.
 
   // Appends the tasks dated from `from` to `to`, both inclusive, in seconds since 1970 UTC, sorted
-  // by date. The date is the due date for TASK_FIELD_DUE, otherwise the end date; a task without it
-  // is dated ZTASK_ENG_Task::noDateSeconds. A range beyond 32 bits contains no task. Can fail with
-  // TASK_ENG_MEMORY_FULL. Fails with TASK_ENG_BAD_PARAMETER if `from` is later than `to`, and with
-  // TASK_ENG_NOT_FOUND if the range contains no task.
+  // by date. The date is the due date for TASK_FIELD_DUE, otherwise the end date. A task without it
+  // is dated ZTASK_ENG_Task::noDateSeconds, so it is included if `to` is that or later: pass
+  // noDateSeconds - 1 or less to leave it out. A range that lies outside 32 bits contains no task.
+  // Can fail with TASK_ENG_MEMORY_FULL. Fails with TASK_ENG_BAD_PARAMETER if `from` is later than
+  // `to`, and with TASK_ENG_NOT_FOUND if the range contains no task. Returns
+  // TASK_ENG_DATABASE_FAILURE, not TASK_ENG_NOT_OPEN, if the store is not open.
   int getTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task::TASK_FIELD_T field, long from,
                long to);
   // Appends the tasks of a category. Can fail with TASK_ENG_MEMORY_FULL. Fails with
-  // TASK_ENG_NOT_FOUND if the category does not exist or has no tasks.
+  // TASK_ENG_NOT_FOUND if the category does not exist or has no tasks. Returns
+  // TASK_ENG_DATABASE_FAILURE, not TASK_ENG_NOT_OPEN, if the store is not open.
   int getTasks(QValueList<ZTASK_ENG_Task>& tasks, QString& category);
-  // Appends up to `count` tasks that match the filter, in sort order, starting with `start`.
-  // `start` must exist in the store with the same due date, priority and uid. Can fail with
-  // TASK_ENG_MEMORY_FULL. Fails with TASK_ENG_BAD_PARAMETER if `count` is not positive, and with
-  // TASK_ENG_NOT_FOUND if `start` has changed or no task from there on matches.
+  // Appends up to `count` tasks that match the filter, in sort order, from `start` on. `start` is
+  // the first of them if it matches. It must exist in the store with the same due date, priority
+  // and uid. A task due in the last second of the day is not yet due, as in getAllIDs.
+  //
+  // For the first page, read the first UID of getAllIDs, with the same filter and order, with
+  // getTask. For the next page, pass the last task of this one with `count` one higher, and drop
+  // the first result.
+  //
+  // Can fail with TASK_ENG_MEMORY_FULL. Fails with TASK_ENG_BAD_PARAMETER if `count` is not
+  // positive, and with TASK_ENG_NOT_FOUND if `start` has changed or no task from there on matches.
   int getTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task& start, int count,
                TASK_CATEGORY category, TASK_SORT_FIELD sort);
   // Appends the tasks that contain `text` in their category name, note, summary or uuid,
@@ -153,8 +196,9 @@ public:
   int getMatchTasks(QValueList<ZTASK_ENG_Task>& tasks, QString& text);
   // Appends the tasks that have the due date, end date, priority value and status value of
   // `example` and contain its note and summary, case-insensitively. No-date, 0, -1 and empty match
-  // everything. `tasks` must be empty. Succeeds if no task matches; fails with TASK_ENG_NOT_FOUND
-  // if the store contains no task.
+  // everything, so an example cannot search for tasks without a date, with priority 0 or with
+  // status -1. `tasks` must be empty: tasks that are already in it are removed unless they match.
+  // Succeeds if no task matches; fails with TASK_ENG_NOT_FOUND if the store contains no task.
   int getMatchTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task& example);
 
 protected:

@@ -19,14 +19,15 @@ public:
   // Selects a field for the generic accessors. The values are fixed.
   enum TASK_FIELD_T : int {
     TASK_FIELD_UID = 0,       // 32-bit unsigned; assigned by the store
-    TASK_FIELD_CATEGORY = 1,  // text: name of the category, null for none
+    TASK_FIELD_CATEGORY = 1,  // text: name of the category, null for a task without one
     TASK_FIELD_NOTE = 2,      // text: the body
     TASK_FIELD_SUMMARY = 3,   // text: the title
     TASK_FIELD_UUID = 4,      // text: identity across stores
     TASK_FIELD_ALARM = 5,     // date-time: the reminder
     TASK_FIELD_DUE = 6,       // date-time: the due date
     TASK_FIELD_END = 7,       // date-time: the completion
-    TASK_FIELD_REVISION = 8,  // date-time: the last change, maintained by the store
+    TASK_FIELD_REVISION = 8,  // date-time: the last change. updateTask sets it; addTask stores
+                              // it as given
   };
 
   // The uid of a task that is not stored.
@@ -34,8 +35,9 @@ public:
   // The no-date value in seconds since 1970 UTC. It means "not set" and is the initial value of
   // every date-time field.
   static constexpr int noDateSeconds = 0x7FFFFFFF;
-  // The maximum lengths of a summary and a note from outside, in 16-bit units. Longer texts are
-  // truncated.
+  // The maximum lengths of a summary and a note from outside, in UTF-16 code units. Longer texts
+  // are truncated by `ulotask`, TASK_ENG_SyncML, TASK_UI_VTodo and TASK_UI_SDAction, not by
+  // setString, ZVtodoParser or ZTASK_ENG_Model::addTask.
   static constexpr int summaryLimit = 512;
   static constexpr int noteLimit = 4002;
   // The no-date value as a local date-time.
@@ -71,11 +73,12 @@ public:
   int getPriority() const;
 
   // Returns the status as it was set: 0 completed, 1 needs action, 2 accepted, 3 sent, 4 tentative,
-  // 5 confirmed, 6 declined, 7 delegated (the status words of vCalendar 1.0). Any other value means
-  // needs action.
+  // 5 confirmed, 6 declined, 7 delegated (the status words of vCalendar 1.0). Any other value is
+  // shown and written as needs action. The store's filters compare this value: only 1 is in
+  // ZTASK_ENG_Model::TASK_CATEGORY_INCOMPLETE.
   int getStatusValue() const;
   void setStatus(int status);
-  // Returns 0 if the task is completed, otherwise 1.
+  // Returns 0 if getStatusValue() is 0, otherwise 1.
   int getStatus() const;
 
 private:

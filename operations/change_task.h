@@ -9,18 +9,19 @@
 
 namespace ulo {
 
-// The category that getTask returns for a task whose category was removed. It cannot be stored.
+// The category that getTask returns for a task whose category was removed. Do not store it: addTask
+// would create a category of this name.
 inline constexpr QLatin1String vanishedCategory("None");
 
 struct ChangeReport {
-  // As it was stored.
+  // The task as it is stored now.
   ZTASK_ENG_Task task;
   // The category of the task had been removed; the task is stored without one.
   bool categoryVanished = false;
 };
 
-// Reads the task, applies `change` and stores it, in one write transaction: what other programs
-// changed before is kept, and what they change at the same time follows. A category that does not
+// Reads the task, applies `change` and stores it, in one write transaction: no other program can
+// write in between, so no change of another program is overwritten unread. A category that does not
 // exist is added.
 //
 // Returns a result of the store. TASK_ENG_NOT_FOUND means that the task is not stored (any more).
@@ -36,7 +37,7 @@ int setCompleted(ZTASK_ENG_Model& store, unsigned int uid, bool completed);
 // is TASK_ENG_OK, nothing was removed.
 int removeTask(ZTASK_ENG_Model& store, unsigned int uid, ZTASK_ENG_Task& removed);
 
-// Adds the category unless it exists. A null name is that of tasks without a category. Returns a
+// Adds the category unless it exists. The null name is that of tasks without a category. Returns a
 // result of the store.
 int ensureCategory(ZTASK_ENG_Model& store, const QString& name);
 

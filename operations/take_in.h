@@ -11,13 +11,13 @@ namespace ulo {
 // A text that was longer than the store accepts (ZTASK_ENG_Task::summaryLimit, noteLimit).
 struct ShortenedText {
   ZTASK_ENG_Task::TASK_FIELD_T field;
-  // In characters of 16 bits.
+  // In UTF-16 code units.
   qsizetype length;
   qsizetype kept;
 };
 
-// Shortens the field if its text is too long. Keeps whole letters: a surrogate pair, or a letter
-// and its combining marks, is kept or dropped as one. Fields without a limit are left alone.
+// Shortens the field if its text is too long. Keeps whole grapheme clusters: a surrogate pair, or a
+// letter and its combining marks, is kept or dropped as one. Fields without a limit are left alone.
 std::optional<ShortenedText> shortenToLimit(ZTASK_ENG_Task& task,
                                             ZTASK_ENG_Task::TASK_FIELD_T field);
 

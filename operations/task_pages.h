@@ -25,9 +25,9 @@ int readPage(ZTASK_ENG_Model& store, unsigned int start, int count, const ListOr
 
 // A walk over a list in pages.
 //
-// open() reads the UIDs of the list. They are the places of the walk and stay what they are; the
-// records are read page by page, as the store holds them at that time. A place whose task has left
-// the list since, or has moved within it, has no record.
+// open() reads the UIDs of the list once; they are the places of the walk and do not change
+// afterwards. The records are read page by page, in their current state. A place whose task has
+// since been removed, or is no longer at this position of the list, has no record.
 class TaskPages {
 public:
   // Reads the list and returns to its beginning. Returns a code of getAllIDs; the list is empty

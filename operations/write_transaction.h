@@ -17,8 +17,7 @@ inline constexpr int storeDatabase = 1;
 class WriteTransaction {
 public:
   // Opens the store's database for this thread and begins the transaction. Blocks while another
-  // program holds the write lock, at most for the busy timeout of the database. A failure is
-  // logged.
+  // program or thread holds the write lock, currently up to 10 seconds. A failure is logged.
   WriteTransaction();
   WriteTransaction(const WriteTransaction&) = delete;
   WriteTransaction& operator=(const WriteTransaction&) = delete;

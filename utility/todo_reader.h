@@ -1,4 +1,5 @@
-// Reads vCalendar 1.0 text into task records, and reports what was read and what was not.
+// Reads vCalendar 1.0 text into task records, and reports what was read and what was not. Not
+// installed: other programs use ZVtodoParser.
 #pragma once
 
 #include "ZTASK_ENG_Task.h"
@@ -40,7 +41,7 @@ struct TodosRead {
 };
 
 // Reads a text. Opens the vObject library for the call, unless the text has no readable to-do; then
-// it logs nothing.
+// it logs nothing. Only one thread of the process at a time may read or write calendar text.
 [[nodiscard]] ULO_EXPORT TodosRead readTodos(std::string_view text);
 
 // A text or a file, scanned once by the guard. Used while the vObject library is open.

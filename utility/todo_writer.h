@@ -1,4 +1,5 @@
-// Writes task records as vCalendar 1.0 text, and reports what could not be written.
+// Writes task records as vCalendar 1.0 text, and reports what could not be written. Not installed:
+// other programs use ZVtodoParser.
 #pragma once
 
 #include "ZTASK_ENG_Task.h"
@@ -18,8 +19,10 @@ enum class WriteFailure {
   library,
 };
 
-// A value that vCalendar text cannot express. A date in a year without four digits is left out; of
-// a text, everything from U+0000 on is left out and unpaired surrogates are replaced.
+// A value that was changed or left out. A date in a year without four digits is left out; of a
+// text, everything from U+0000 on is left out and unpaired surrogates are replaced. Does not
+// include what the format of every text drops: the time of day of the due date, the time of change,
+// UID and uuid.
 struct LossyValue {
   std::size_t task = 0;  // index in the list
   ZTASK_ENG_Task::TASK_FIELD_T field = ZTASK_ENG_Task::TASK_FIELD_SUMMARY;
@@ -37,7 +40,8 @@ struct TodosWritten {
 };
 
 // Returns one calendar with a VTODO for each task; null pointers in the list are skipped. Opens the
-// vObject library for the call.
+// vObject library for the call. Only one thread of the process at a time may read or write calendar
+// text.
 [[nodiscard]] ULO_EXPORT TodosWritten writeTodos(const QList<ZTASK_ENG_Task>& tasks);
 
 // Writes the same text to a stream. Used while the vObject library is open.

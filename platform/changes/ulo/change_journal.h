@@ -16,7 +16,7 @@ enum class ChangeType : int { added = 1, updated = 2, removed = 3 };
 struct Change {
   std::int64_t entry = 0;  // the entry's number, from 1; never reused, even after pruning
   std::int64_t time = 0;   // UTC seconds
-  std::string source;      // who made it
+  std::string source;      // whose data changed: ZTASK_ENG_Model::identifier, for all programs
   std::uint32_t uid = 0;
   ChangeType type = ChangeType::added;
 };
@@ -36,9 +36,12 @@ struct NetChanges {
 };
 
 // Reads the journal, which is part of the store's file. An entry is committed together with the
-// change that it describes. Whatever happens to a program or the power, every stored change has
-// exactly one entry, and a change that was not stored has none. An object must not be used by
+// change that it describes: even if a program is killed or the disk is full, every stored change
+// has exactly one entry, and a change that was not stored has none. An object must not be used by
 // several threads at once; threads and processes may each have their own.
+//
+// To follow changes, watch the data directory with DirectoryWatch(dataDirectory(), fileName), and
+// call changesSince or entriesSince when it reports a change, and from time to time.
 class ULO_EXPORT ChangeJournal {
 public:
   // The file's name. The names of SQLite's auxiliary files begin with it.
@@ -56,9 +59,9 @@ public:
 
   // Appends to `changes` all entries with numbers greater than `entry`.
   [[nodiscard]] bool entriesSince(std::int64_t entry, std::vector<Change>& changes);
-  // Sets `net` to the changes of a source after `entry` (0: from the beginning). `generation` is
-  // the generation that `entry` belongs to; if it is empty, `entry` is assumed to belong to this
-  // journal.
+  // Sets `net` to the changes of a source, which is ZTASK_ENG_Model::identifier for tasks, after
+  // `entry` (0: from the beginning). `generation` is the generation that `entry` belongs to; if it
+  // is empty, `entry` is assumed to belong to this journal.
   [[nodiscard]] bool changesSince(const std::string& source, std::int64_t entry, NetChanges& net,
                                   const std::string& generation = {});
   // Sets `entry` to the number of the last change ever recorded, or 0 if there was none.

@@ -45,7 +45,9 @@ typedef struct DB_ParamBlock* DB_PARAM;
 typedef struct DB_ResultCursor* DB_CURSOR;
 
 /* Opens database number `database` for this thread. It must be 1, the store's; any other number
- * fails with DB_BAD_ARGUMENT. Each successful call must be matched by a DB_Close.
+ * fails with DB_BAD_ARGUMENT. Each successful call must be matched by a DB_Close. Waits for other
+ * programs that are opening or filling the database, currently up to 30 seconds, and then fails
+ * with DB_BUSY.
  *
  * If the database has not been filled yet, the call waits for the exclusive right to fill it and
  * keeps that right until rows are committed, so that two programs started at the same time do not

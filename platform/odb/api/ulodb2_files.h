@@ -35,13 +35,14 @@ ULO_EXPORT int DB_FindLost(int database, void (*line)(void* context, const char*
 
 /* Copies the database to `file`, which only its owner can read. The copy is a consistent snapshot
  * even while other programs write. The file appears only when it is complete, checked and flushed
- * to disk. Returns DB_CONSTRAINT if `file` exists and `overwrite` is 0. */
+ * to disk. Returns DB_CONSTRAINT if `file` exists and `overwrite` is 0, and DB_BAD_ARGUMENT if it
+ * is the database itself. */
 ULO_EXPORT int DB_Backup(int database, const char* file, int overwrite,
                          void (*line)(void* context, const char* utf8), void* context);
 /* Replaces the database with a copy of `file`, which must be sound. Keeps the replaced file in the
  * same directory under a name that contains the time, and passes that name to `line`. Returns
- * DB_BUSY if a program has the database open, and DB_CORRUPT if `file` is not sound; both leave the
- * database unchanged. */
+ * DB_BAD_ARGUMENT if `file` is the database itself, DB_BUSY if a program has the database open, and
+ * DB_CORRUPT if `file` is not sound; these leave the database unchanged. */
 ULO_EXPORT int DB_Restore(int database, const char* file, const char* sample,
                           void (*line)(void* context, const char* utf8), void* context);
 /* Replaces a damaged database with a sound one that holds all readable rows with their UIDs. The
