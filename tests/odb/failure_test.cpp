@@ -10,6 +10,7 @@
 #include <csignal>
 #include <cstdint>
 #include <fstream>
+#include <thread>
 
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -515,7 +516,9 @@ TEST(OdbFailures, AreCountedPerThread) {
   LogCapture log;
   ASSERT_EQ(DB_Open(1), DB_OK);
   const unsigned int before = DB_FailureCount();
-  EXPECT_EQ(DB_AbortTransaction(), DB_TRANSACTION);
+  std::thread([] { EXPECT_NE(DB_Exec("nonsense"), DB_OK); }).join();
+  EXPECT_EQ(DB_FailureCount(), before);
+  EXPECT_EQ(DB_CommitTransaction(), DB_TRANSACTION);
   EXPECT_EQ(DB_FailureCount(), before + 1);
   EXPECT_EQ(DB_LastResult(), DB_TRANSACTION);
   EXPECT_EQ(DB_BeginTransaction(0), DB_OK);
