@@ -1,4 +1,5 @@
-// Storing a to-do that comes from outside: from a file, a message or another device.
+// Stores a to-do that a program imports. (TASK_UI_VTodo and TASK_ENG_SyncML store received to-dos
+// as they are, which is a contract.)
 #pragma once
 
 #include "ZTASK_ENG_Model.h"

@@ -40,7 +40,7 @@ int syncCode(int storeCode) {
     return TASK_SYNCML_BADPARAM;
   case TASK_ENG_NOT_FOUND:
     return TASK_SYNCML_NOTFOUND;
-  // The store never returns this code.
+  // The store never returns this code, but the mapping is a contract.
   case 4:
     return TASK_SYNCML_TOOLARGE;
   default:

@@ -112,7 +112,7 @@ int ZTASK_ENG_Model::checkTables() {
     ULO_LOG_ERROR("DB task_table_task table is not exit!Creating task table...");
     result = createTaskTable();
   }
-  // The result for the categories counts for both.
+  // A failure to create the task table is lost if the category table can be created: a contract.
   if (!haveCategories) {
     ULO_LOG_ERROR("DB task_table_category table is not exit!Creating event table...");
     return createCategoryTable();
@@ -441,6 +441,7 @@ int ZTASK_ENG_Model::getCount(int& count, TASK_CATEGORY category) {
     return getCount(count);
   const bool due = category == TASK_CATEGORY_DUE;
   ParameterBlock block(1);
+  // With another filter, the query fails without a block: a contract.
   if (due && !block)
     return noParameterBlock();
   bindFilter(block, 0, category);

@@ -6,8 +6,8 @@
 #include <cstdio>
 
 // Discards what this thread prints to standard output while the object lives. Output of other
-// threads is not affected. Does nothing if the variable has never been set when an object was
-// created. Only one object at a time may exist in the process.
+// threads is not affected. Does nothing unless the variable was set when this or an earlier
+// object was created. Only one object at a time may exist in the process.
 class QuietParser {
 public:
   QuietParser();

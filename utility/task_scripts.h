@@ -247,6 +247,7 @@ inline constexpr char removeCategory[] =
     "};";
 
 // The flag of each removed task is false; a row with a true flag follows the last.
+// The loop needs no buffer_move_next: a second value for `flag` begins the next row.
 inline constexpr char removeTasksOfCategory[] =
     "sml:declare schema getid (flag bool, uid integer);\n"
     "declare buffer schema getid;\n"

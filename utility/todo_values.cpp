@@ -40,6 +40,7 @@ constexpr std::array<WordCode, 10> statusTests = {{
     {statusWords[7], 7},
 }};
 
+// The codes are a contract: 2 and 3 are shown as high.
 constexpr std::array<WordCode, 3> priorityWords = {{{"HIGH", 1}, {"NORMAL", 2}, {"LOW", 3}}};
 constexpr int priorityNone = 0;
 

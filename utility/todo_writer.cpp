@@ -81,6 +81,7 @@ void CalendarBuilder::addTodo(std::size_t index, const Task& task) {
   };
   addText(todo, "SUMMARY", wellFormedText(textOf(Task::TASK_FIELD_SUMMARY)));
   addText(todo, "DESCRIPTION", wellFormedText(textOf(Task::TASK_FIELD_NOTE)));
+  // Contracts: not CATEGORIES, which the reader expects, and not repaired.
   addText(todo, "CATEGORY", textOf(Task::TASK_FIELD_CATEGORY));
 
   const auto timeOf = [&](Task::TASK_FIELD_T field) {

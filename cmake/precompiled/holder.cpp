@@ -1,1 +1,2 @@
+// Gives a precompiled header a target that it belongs to.
 int main() {}

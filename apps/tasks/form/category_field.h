@@ -14,7 +14,7 @@ class CategoryField : public ChoiceField {
 public:
   explicit CategoryField(QWidget* parent = nullptr);
 
-  // Offers the store's categories and `name`, and shows `name`.
+  // Offers the store's categories and `category`, and shows `category`.
   void setStored(ZTASK_ENG_Model& store, const QString& category);
   // Null for none.
   [[nodiscard]] QString category() const { return chosen_; }

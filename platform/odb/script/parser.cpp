@@ -59,8 +59,8 @@ public:
   explicit ParserBase(std::vector<Token> tokens) : tokens_(std::move(tokens)) {}
 
 protected:
-  // Parses a number, a text, true, false, a parameter, an argument, or get_null_varchar(). Returns
-  // null if the next token begins none of them.
+  // Parses a number, a text, true, false, a parameter, or an argument. Returns null if the next
+  // token begins none of them.
   NodePtr literal() {
     const Token& token = tokens_.peek();
     switch (token.kind) {
