@@ -64,8 +64,8 @@ public:
 
   // Adds the first to-do of the text in `fd`, which is read from its start and must be seekable.
   // Sets `uid` to the UID of the new task, and leaves it unchanged on failure. `size` is only
-  // logged. The summary is truncated to 512 UTF-16 code units, the note to 4002. Adds the category
-  // of the to-do if it does not exist. Does not set the time of change. Returns
+  // logged. Summary and note are truncated to summaryLimit and noteLimit. Adds the category of the
+  // to-do if it does not exist. Does not set the time of change. Returns
   // TASK_SYNCML_OTHERERROR if the text contains no readable to-do or `fd` cannot be read.
   int addEvent(int fd, int size, unsigned int& uid);
   // The same for a text in memory, which ends at its first zero byte.

@@ -15,8 +15,8 @@ public:
 
   // Stores the first to-do of a vCalendar 1.0 text and shows it. The text ends at its first zero
   // byte; if it has none, the last byte is not read. The user must pass the application lock first.
-  // The summary is truncated to 512 UTF-16 code units, the note to 4002. Must be called in the main
-  // thread, while no other thread reads or writes calendar text (see ZVtodoParser).
+  // Summary and note are truncated to ZTASK_ENG_Task::summaryLimit and noteLimit. Must be called in
+  // the main thread, while no other thread reads or writes calendar text (see ZVtodoParser).
   //
   // Returns 1 if the lock denied access or the text contains no to-do, otherwise 0. If the store
   // rejects the to-do, that is only logged, and the result is still 0. The object is deleted in

@@ -14,7 +14,7 @@
 namespace ulotask {
 namespace {
 
-constexpr std::size_t largestItem = std::size_t{1} << 24U;  // bytes; a note has 4002 characters
+constexpr std::size_t largestItem = std::size_t{1} << 24U;  // bytes
 
 std::string standardInput() {
   return readFile("-", largestItem);

@@ -67,8 +67,8 @@ struct TextReport {
 
 // Limits. Texts that exceed them are read without the part that is too large.
 
-// Bytes of a property with all of its lines, as they are in the text. The longest note that is
-// stored needs 36 kB.
+// Bytes of a property with all of its lines, as they are in the text. A note that the store
+// accepts needs far less, in any encoding.
 constexpr std::size_t propertyLimit = std::size_t{4} << 20;
 // Bytes of a property's name and parameters.
 constexpr std::size_t headerLimit = 8192;
