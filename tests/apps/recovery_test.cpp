@@ -393,12 +393,15 @@ TEST_F(Recovery, RescueReadsAroundTheRootOfTheTable) {
   EXPECT_EQ(add({"next"}), "101");
 }
 
-// SQLite would drop a leading U+FEFF of a text, so such texts are stored as blobs.
+// SQLite would take a leading U+FFFE for a byte order mark, so such texts are stored as blobs.
 TEST_F(Recovery, RescueKeepsTextsStoredAsBlobs) {
   fill(100);
-  succeed({"edit", "50", "--summary", "\xEF\xBB\xBFmarked", "--note", "\xEF\xBB\xBFnote"});
+  succeed({"edit", "50", "--summary", "\xEF\xBF\xBEmarked"});
+  ASSERT_EQ(OpenStore(storeFile())
+                .number("SELECT count(*) FROM task_table_task "
+                        "WHERE typeof(summary) = 'blob'"),
+            1);
   const std::string before = list();
-  ASSERT_THAT(before, HasSubstr("marked"));
   corruptRoot("task_table_task");
   succeed({"db", "rescue"});
   EXPECT_EQ(list(), before);
