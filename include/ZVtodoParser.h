@@ -13,8 +13,8 @@
 // TASK_ENG_SyncML or with screens, since the library's parser state is global. If the environment
 // variable YYDEBUG is set, the debug output of that parser is suppressed.
 //
-// Text that the library would not read correctly is repaired before it reaches the library. What is
-// left out or rewritten is logged.
+// Repairs text that the library would misread before passing it on, and logs everything that it
+// rewrites or leaves out.
 class ULO_EXPORT ZVtodoParser {
 public:
   ZVtodoParser();

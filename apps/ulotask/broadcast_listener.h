@@ -1,4 +1,4 @@
-// Receives broadcasts on a thread of its own.
+// Receives broadcasts on a separate thread.
 #pragma once
 
 #include "QCopChannel.h"
@@ -30,7 +30,7 @@ public:
   [[nodiscard]] bool isConnected() const { return isConnected_; }
   // Readable while take() has something to return.
   [[nodiscard]] int descriptor() const { return ready_.get(); }
-  // Returns what was received since the last call, in order.
+  // Returns the broadcasts received since the last call, in order.
   std::vector<Broadcast> take();
 
 private:

@@ -79,7 +79,7 @@ std::vector<std::string> readCalendar(const std::string& name, QList<ZTASK_ENG_T
   std::string text = readFile(name, largestCalendar);
   if (text.empty())
     throw Failure(Exit::notCalendar, shownName(name) + ": empty");
-  // What follows a zero byte is not part of the text.
+  // The text ends at the first zero byte.
   text.resize(std::min(text.size(), text.find('\0')));
 
   ulo::TodosRead read = ulo::readTodos(text);

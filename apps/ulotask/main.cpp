@@ -88,7 +88,7 @@ int run(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     fail(Exit::usage, std::string(error.what()) + "; see ulotask --help");
   } catch (const ulotask::Failure& failure) {
-    // First report what was done before the failure.
+    // First print the results from before the failure.
     session.output.finishQuietly();
     fail(failure.code(), failure.what());
   }

@@ -186,7 +186,7 @@ std::string shownFile(const std::string& file) {
   return oneLine(std::string_view(file));
 }
 
-// Says what the store holds.
+// Returns how many tasks and categories the store contains.
 std::string content(Session& session) {
   int count = 0;
   require(session.store().getCount(count), "counting the tasks");

@@ -1,2 +1,2 @@
-// Gives a precompiled header a target that it belongs to.
+// CMake builds a precompiled header only as part of a target; this is its source.
 int main() {}

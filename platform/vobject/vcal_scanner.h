@@ -32,7 +32,7 @@ class TodoScanner {
 public:
   enum class Event { end, broken, calendar, beginTodo, property, endTodo };
 
-  // Adds what it omits to `repairs`, unless that is null.
+  // Adds the omitted parts to `repairs`, unless that is null.
   explicit TodoScanner(ByteSource& source, RepairList* repairs = nullptr)
       : reader_(source), repairs_(repairs) {}
 
@@ -45,7 +45,7 @@ public:
   [[nodiscard]] bool isClean() const { return clean_; }
   // Returns true if calendars or vCards were found.
   [[nodiscard]] bool hasObjects() const { return objects_ > 0; }
-  // What was found so far, without repairs. Complete after the last event.
+  // The findings so far, without repairs. Complete after the last event.
   [[nodiscard]] const TextReport& report() const { return report_; }
 
 private:

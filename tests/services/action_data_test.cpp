@@ -132,7 +132,7 @@ protected:
       all += std::to_string(std::stoll(time) - day) + rest + "\n";
     std::ofstream(path("state/ulo/temporary-files")) << all;
   }
-  // Makes another request, which has no effect of its own.
+  // Makes another request, which has no other effect.
   void anotherRequest() {
     LogCapture log;
     EXPECT_FALSE(AM_ActionData().invoke(false));

@@ -128,7 +128,7 @@ TEST_F(StoreCalls, OpensWithoutReporterIfMemoryIsShort) {
 struct Opening {
   const char* name;
   Outcomes outcomes;
-  // What follows the check of the tables.
+  // The calls after the check of the tables.
   Steps expected;
   bool opens;
 };

@@ -1,4 +1,4 @@
-// Messages about what has just been done.
+// Messages about the latest action.
 #pragma once
 
 #include <QTimer>

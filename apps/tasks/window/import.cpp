@@ -51,7 +51,7 @@ void appendTodos(const QString& path, std::vector<ZTASK_ENG_Task>& tasks) {
   const std::optional<QByteArray> bytes = readFile(path);
   if (!bytes)
     return;
-  // What follows a zero byte is not part of the text.
+  // The text ends at the first zero byte.
   const std::string_view text(bytes->constData());
   const ulo::TodosRead read = ulo::readTodos(text);
   for (const std::unique_ptr<ZTASK_ENG_Task>& task : read.tasks)

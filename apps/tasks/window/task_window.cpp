@@ -271,7 +271,7 @@ void TaskWindow::dropEvent(QDropEvent* event) {
   event->acceptProposedAction();
 }
 
-// Saves what is being edited, and stays open if that fails. Closes all dialogs.
+// Saves the open form, and stays open if that fails. Closes all dialogs.
 void TaskWindow::closeEvent(QCloseEvent* event) {
   if (form() != nullptr && !form()->save()) {
     event->ignore();

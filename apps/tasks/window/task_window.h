@@ -26,7 +26,7 @@ class TaskWindow : public QStackedWidget {
 public:
   explicit TaskWindow(ZTASK_ENG_Model& store);
 
-  // Shows a stored task after saving what is being edited. Does nothing if the task is not stored.
+  // Saves the open form, and then shows a stored task. Does nothing if the task is not stored.
   // A task that the user has just deleted is restored.
   void openTask(unsigned int uid);
   // Stores the to-dos of calendar files in small slices and reports the result. Does nothing

@@ -182,11 +182,7 @@ TEST_F(Window, ImportsDroppedFiles) {
 
 TEST_F(Window, AlarmIsShownAndOpensItsTask) {
   NotificationServer server(bus_);
-  Task task;
-  task.setString(Task::TASK_FIELD_SUMMARY, "wake up");
-  task.setStatus(1);
-  task.setDateTime(Task::TASK_FIELD_ALARM, QDateTime::currentDateTime().addSecs(2));
-  ASSERT_EQ(store_.addTask(task), ok);
+  const Task task = addAlarm();
   open();
   key(Qt::Key_F2);
   type("half");
@@ -206,11 +202,7 @@ TEST_F(Window, AlarmIsShownAndOpensItsTask) {
 
 TEST_F(Window, AlarmCompletesItsTask) {
   NotificationServer server(bus_);
-  Task task;
-  task.setString(Task::TASK_FIELD_SUMMARY, "wake up");
-  task.setStatus(1);
-  task.setDateTime(Task::TASK_FIELD_ALARM, QDateTime::currentDateTime().addSecs(2));
-  ASSERT_EQ(store_.addTask(task), ok);
+  addAlarm();
   open();
   ASSERT_TRUE(waitFor([&] { return !server.notes.empty(); }));
   server.invoke(server.notes[0].id, "done");
@@ -219,11 +211,7 @@ TEST_F(Window, AlarmCompletesItsTask) {
 
 TEST_F(Window, ReportsAlarmWhoseTaskCannotBeCompleted) {
   NotificationServer server(bus_);
-  Task task;
-  task.setString(Task::TASK_FIELD_SUMMARY, "wake up");
-  task.setStatus(1);
-  task.setDateTime(Task::TASK_FIELD_ALARM, QDateTime::currentDateTime().addSecs(2));
-  ASSERT_EQ(store_.addTask(task), ok);
+  addAlarm();
   open();
   ASSERT_TRUE(waitFor([&] { return !server.notes.empty(); }));
   raw_.run("create trigger refusing before update on task_table_task "

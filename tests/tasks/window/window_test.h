@@ -19,6 +19,15 @@ protected:
   ~Window() override { unsetenv("DBUS_SESSION_BUS_ADDRESS"); }
 
   // Shows the window with the tasks that are stored so far.
+  // Adds a task with an alarm in two seconds.
+  Task addAlarm() {
+    Task task;
+    task.setString(Task::TASK_FIELD_SUMMARY, "wake up");
+    task.setStatus(1);
+    task.setDateTime(Task::TASK_FIELD_ALARM, QDateTime::currentDateTime().addSecs(2));
+    EXPECT_EQ(store_.addTask(task), ok);
+    return task;
+  }
   void open() {
     window_ = std::make_unique<tasks::TaskWindow>(store_);
     window_->resize(240, 320);
