@@ -4,6 +4,7 @@
 #include "exit_codes.h"
 #include "session.h"
 #include "store_files.h"
+#include "task_scripts.h"
 #include "text.h"
 #include "ulo/change_journal.h"
 
@@ -56,12 +57,6 @@ constexpr const char* markScript = "sml:cursor $c = open_cursor('task_table_cate
                                    "$c->update($data);\n"
                                    "};";
 
-// Argument: the name.
-constexpr const char* addStatement =
-    "insert into task_table_category(name, flag) values ('%s', true)";
-
-constexpr std::array originalNames = {"none", "meeting", "vacation", "appointment", "party"};
-
 constexpr const char* repairing = "nothing was repaired: the repair";
 
 std::string shown(const QString& name) {
@@ -89,13 +84,13 @@ std::string merge(const DoubledCategory& doubled) {
 
 std::string addOriginals(const std::vector<StoreQuestions::Category>& categories) {
   std::size_t added = 0;
-  for (const char* name : originalNames) {
+  for (const char* name : task_scripts::defaultCategories) {
     const bool isThere =
         std::any_of(categories.begin(), categories.end(),
                     [&](const StoreQuestions::Category& each) { return each.name == name; });
     if (isThere)
       continue;
-    requireDatabase(DB_Exec(addStatement, name), repairing);
+    requireDatabase(DB_Exec(task_scripts::insertDefaultCategory, name, "true"), repairing);
     ++added;
   }
   // The mark of a store whose first start was completed.
