@@ -33,13 +33,12 @@ protected:
     return rows();
   }
   void addMany(int count) {
-    raw_.run("begin");
-    for (int i = 0; i < count; ++i)
-      raw_.run("insert into task_table_task (summary, note, status, priority, due, alarm, \"end\", "
-               "revision, categoryUid) values (printf('task %05d', " +
-               std::to_string(i) + "), '', 1, 5, " + std::to_string(1'000'000 + i) +
-               ", 2147483647, 2147483647, 0, 1)");
-    raw_.run("commit");
+    raw_.run("with recursive numbers(n) as (values (0) union all select n + 1 from numbers "
+             "where n + 1 < " +
+             std::to_string(count) +
+             ") insert into task_table_task (summary, note, status, priority, due, alarm, \"end\", "
+             "revision, categoryUid) select printf('task %05d', n), '', 1, 5, 1000000 + n, "
+             "2147483647, 2147483647, 0, 1 from numbers");
   }
   static QDateTime day(int day) { return {QDate(2027, 3, day), QTime(0, 0)}; }
 
