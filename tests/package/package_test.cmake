@@ -10,11 +10,6 @@ function(run)
   set(output "${output}" PARENT_SCOPE)
 endfunction()
 
-set(flags "")
-if(SANITIZE)
-  set(flags -fsanitize=address,undefined)
-endif()
-
 # Tests the commands that the README shows.
 file(READ ${README} readme)
 file(READ ${SOURCE_DIR}/main.cpp program_text)
@@ -33,16 +28,14 @@ set(prefix ${WORK_DIR}/prefix)
 # Builds ${directory}/main.cpp; sets `program` to the executable.
 function(build directory package name)
   if(WAY STREQUAL "find_package")
-    string(JOIN " " flags_text ${flags})
     run(${CMAKE_COMMAND} -G Ninja -S ${directory} -B ${WORK_DIR}/${name}
-        -D CMAKE_PREFIX_PATH=${prefix} -D CMAKE_CXX_COMPILER=${COMPILER}
-        -D CMAKE_CXX_FLAGS=${flags_text})
+        -D CMAKE_PREFIX_PATH=${prefix} -D CMAKE_CXX_COMPILER=${COMPILER})
     run(${CMAKE_COMMAND} --build ${WORK_DIR}/${name})
     set(program ${WORK_DIR}/${name}/consumer PARENT_SCOPE)
   else()
     run(pkg-config --cflags --libs ${package})
     separate_arguments(package_flags UNIX_COMMAND "${output}")
-    run(${COMPILER} -std=c++20 ${flags} ${directory}/main.cpp -o ${WORK_DIR}/${name}
+    run(${COMPILER} -std=c++20 ${directory}/main.cpp -o ${WORK_DIR}/${name}
         ${package_flags} -Wl,-rpath,${prefix}/${LIBRARY_DIR})
     set(program ${WORK_DIR}/${name} PARENT_SCOPE)
   endif()
