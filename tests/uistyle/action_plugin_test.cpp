@@ -20,7 +20,7 @@ struct SDActionAccess {
 
 namespace {
 
-constexpr char source[] = "uistyle/prism/TASK_UI_SDAction.cpp";
+constexpr char pluginSource[] = "uistyle/prism/TASK_UI_SDAction.cpp";
 constexpr char actionUuid[] = "{efc3a030-dd82-45b8-8e1e-42383951a4a7}";
 constexpr char unknownUuid[] = "{1d8518cd-e8f5-4366-99e8-879fd7e482de}";
 
@@ -54,7 +54,7 @@ protected:
 
   // Returns the log messages of the plug-in since it was invoked.
   std::vector<std::string> said() {
-    std::vector<std::string> all = lines(source);
+    std::vector<std::string> all = lines(pluginSource);
     all.erase(all.begin(), std::find(all.begin(), all.end(), "Entering invokeAction"));
     return all;
   }
@@ -264,7 +264,7 @@ TEST_F(ActionPlugin, ShowsNoDialogForOtherFailures) {
   for (const int code :
        {TASK_SYNCML_NOTFOUND, TASK_SYNCML_TOOLARGE, TASK_SYNCML_BADPARAM, TASK_SYNCML_OTHERERROR}) {
     reportSaveFailure(code);
-    EXPECT_EQ(lines(source).back(), "add VTodo failed! the ret is " + std::to_string(code));
+    EXPECT_EQ(lines(pluginSource).back(), "add VTodo failed! the ret is " + std::to_string(code));
   }
   EXPECT_TRUE(dialogs_.empty());
 }

@@ -13,8 +13,6 @@ using testing::ElementsAre;
 
 namespace {
 
-constexpr char source[] = "uistyle/prism/TASK_UI_DetailView.cpp";
-
 class DetailActions : public Screen {
 protected:
   DetailActions() {
@@ -123,14 +121,14 @@ TEST_F(DetailActions, DeleteRemovesAtOnce) {
   EXPECT_EQ(count(), 1);
   EXPECT_NE(store_.getTask(task_.getUINT32(Task::TASK_FIELD_UID), other), 0);
   EXPECT_THAT(emitted_, ElementsAre("change 3 0 null", "dispose 3"));
-  EXPECT_THAT(lines(source), ElementsAre());
+  EXPECT_THAT(lines(detailViewSource), ElementsAre());
 }
 
 TEST_F(DetailActions, DeletingRemovedTaskIsOnlyLogged) {
   ASSERT_EQ(store_.removeTask(task_.getUINT32(Task::TASK_FIELD_UID)), 0);
   view_->slotDeleteTask();
   EXPECT_THAT(emitted_, ElementsAre("change 3 0 null", "dispose 3"));
-  EXPECT_THAT(lines(source), ElementsAre("remove task error!"));
+  EXPECT_THAT(lines(detailViewSource), ElementsAre("remove task error!"));
 }
 
 TEST_F(DetailActions, NothingIsEmittedWhileSignalsAreBlocked) {

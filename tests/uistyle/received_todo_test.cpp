@@ -11,7 +11,7 @@ using testing::ElementsAre;
 
 namespace {
 
-constexpr char source[] = "uistyle/prism/TASK_UI_VTodo.cpp";
+constexpr char receivedTodoSource[] = "uistyle/prism/TASK_UI_VTodo.cpp";
 constexpr char wrongFormat[] = "Task shareby bluetooth fail for Task_Sync's error : the vtodo is "
                                "in wrong format or is empty!";
 
@@ -44,7 +44,7 @@ TEST_F(ReceivedTodo, IsStoredAndShown) {
   EXPECT_EQ(receive(milk), 0U);
   EXPECT_THAT(stored(), ElementsAre("Buy milk"));
   EXPECT_THAT(shown(), ElementsAre("Buy milk"));
-  EXPECT_THAT(lines(source), ElementsAre("after add to db the vtodo is " + milk));
+  EXPECT_THAT(lines(receivedTodoSource), ElementsAre("after add to db the vtodo is " + milk));
 }
 
 TEST_F(ReceivedTodo, BackClosesAndDeletesView) {
@@ -106,7 +106,7 @@ TEST_F(ReceivedTodo, RejectsTextWithoutTodo) {
     log_.~LogCapture();
     new (&log_) LogCapture;
     EXPECT_EQ(receive(text), 1U);
-    EXPECT_THAT(lines(source), ElementsAre(wrongFormat));
+    EXPECT_THAT(lines(receivedTodoSource), ElementsAre(wrongFormat));
   }
   EXPECT_THAT(stored(), ElementsAre());
   EXPECT_THAT(shown(), ElementsAre());
@@ -114,7 +114,7 @@ TEST_F(ReceivedTodo, RejectsTextWithoutTodo) {
 
 TEST_F(ReceivedTodo, RejectsEmptyArray) {
   EXPECT_EQ(receiveBytes(""), 1U);
-  EXPECT_THAT(lines(source), ElementsAre(wrongFormat));
+  EXPECT_THAT(lines(receivedTodoSource), ElementsAre(wrongFormat));
 }
 
 TEST_F(ReceivedTodo, RejectsNullTask) {
@@ -122,7 +122,7 @@ TEST_F(ReceivedTodo, RejectsNullTask) {
   tasks.append(nullptr);
   ZTASK_ENG_Task task;
   EXPECT_FALSE(takeReceived(tasks, task));
-  EXPECT_THAT(lines(source),
+  EXPECT_THAT(lines(receivedTodoSource),
               ElementsAre("Task shareby bluetooth fail for Task_Sync's error : the task pointer "
                           "is empty!"));
 }
@@ -130,9 +130,8 @@ TEST_F(ReceivedTodo, RejectsNullTask) {
 TEST_F(ReceivedTodo, MustPassLock) {
   platform_.lockResult = 0;
   EXPECT_EQ(receive(milk), 1U);
-  EXPECT_THAT(lines(source), ElementsAre("for applock"));
-  EXPECT_THAT(lines("uistyle/prism/TASK_UI_DetailView.cpp"),
-              ElementsAre("get dllHandle success!\n", "verify failed!\n"));
+  EXPECT_THAT(lines(receivedTodoSource), ElementsAre("for applock"));
+  EXPECT_THAT(lines(detailViewSource), ElementsAre("get dllHandle success!\n", "verify failed!\n"));
   platform_.hasLockLibrary = false;
   EXPECT_EQ(receive(milk), 1U);
   EXPECT_THAT(stored(), ElementsAre());
@@ -142,7 +141,7 @@ TEST_F(ReceivedTodo, MustPassLock) {
 TEST_F(ReceivedTodo, FailingStoreLooksLikeSuccess) {
   closeStore();
   EXPECT_EQ(receive(milk), 0U);
-  EXPECT_THAT(lines(source),
+  EXPECT_THAT(lines(receivedTodoSource),
               ElementsAre("after add to db the vtodo is " + milk, "add to task db error, ret = 6"));
   EXPECT_THAT(stored(), ElementsAre());
   EXPECT_THAT(shown(), ElementsAre());

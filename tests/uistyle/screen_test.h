@@ -16,6 +16,9 @@
 
 using Task = ZTASK_ENG_Task;
 
+// The source that the log lines of the detail view name.
+inline constexpr char detailViewSource[] = "uistyle/prism/TASK_UI_DetailView.cpp";
+
 // The results that the stubs for the loader, the launcher, the Bluetooth push and the menu return,
 // and the calls that they received.
 struct Platform {

@@ -12,7 +12,6 @@ using testing::HasSubstr;
 
 namespace {
 
-constexpr char source[] = "uistyle/prism/TASK_UI_DetailView.cpp";
 constexpr char composer[] = "{220072c6-9008-468e-9968-11f3c50fa95e} SendMMSSMS Files=";
 
 class Sharing : public Screen {
@@ -51,7 +50,7 @@ TEST_F(Sharing, MessageHasTaskAttached) {
   QFile file(QString::fromStdString(path));
   ASSERT_TRUE(file.open(QIODevice::ReadOnly));
   EXPECT_THAT(file.readAll().toStdString(), HasSubstr("Buy milk"));
-  EXPECT_THAT(lines(source), ElementsAre());
+  EXPECT_THAT(lines(detailViewSource), ElementsAre());
 }
 
 TEST_F(Sharing, AttachmentsAreNamedBySummaryAndTime) {
@@ -76,14 +75,14 @@ TEST_F(Sharing, AttachmentsAreNamedBySummaryAndTime) {
 TEST_F(Sharing, DoesNotOpenComposerWithoutFile) {
   viewOf(QStringLiteral("a/b"))->sendToMessage();
   EXPECT_THAT(platform_.launched, ElementsAre());
-  EXPECT_THAT(lines(source), ElementsAre("attached file " + out_.path().string() +
-                                         "/a/b-20070315-093005.vcs isnot exist"));
+  EXPECT_THAT(lines(detailViewSource), ElementsAre("attached file " + out_.path().string() +
+                                                   "/a/b-20070315-093005.vcs isnot exist"));
 }
 
 TEST_F(Sharing, PathStartsAtRootWithoutDirectory) {
   qunsetenv("ULO_LOCAL_APP_WRITE_PATH");
   viewOf(QStringLiteral("no/where"))->sendToMessage();
-  EXPECT_THAT(lines(source),
+  EXPECT_THAT(lines(detailViewSource),
               ElementsAre("attached file /no/where-20070315-093005.vcs isnot exist"));
 }
 
@@ -100,7 +99,7 @@ TEST_F(Sharing, BluetoothSendsStoredText) {
   ASSERT_EQ(adaptor.getEvent(text, task_.getUINT32(Task::TASK_FIELD_UID)), 0);
   EXPECT_EQ(platform_.sharedBytes, text);
   EXPECT_THAT(text, HasSubstr("changed meanwhile"));
-  EXPECT_THAT(lines(source), ElementsAre());
+  EXPECT_THAT(lines(detailViewSource), ElementsAre());
 }
 
 TEST_F(Sharing, NameWithoutSummaryIsExtension) {
@@ -113,13 +112,14 @@ TEST_F(Sharing, DoesNotSendRemovedTask) {
   ASSERT_EQ(store_.removeTask(task_.getUINT32(Task::TASK_FIELD_UID)), 0);
   view->sendToBluetooth();
   EXPECT_EQ(platform_.shares, 0);
-  EXPECT_THAT(lines(source), ElementsAre("the task can't be read, ret = 1; nothing is sent"));
+  EXPECT_THAT(lines(detailViewSource),
+              ElementsAre("the task can't be read, ret = 1; nothing is sent"));
 }
 
 TEST_F(Sharing, LogsRejectedPush) {
   platform_.shareResult = false;
   viewOf(QStringLiteral("Buy milk"))->sendToBluetooth();
-  EXPECT_THAT(lines(source), ElementsAre("shareByBT return false!"));
+  EXPECT_THAT(lines(detailViewSource), ElementsAre("shareByBT return false!"));
 }
 
 }  // namespace

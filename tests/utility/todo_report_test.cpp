@@ -208,13 +208,13 @@ TEST_F(TodoWriting, ReportsLibraryThatCannotWrite) {
   EXPECT_EQ(result.text, "");
 }
 
-void writeInstead(FILE* stream, VObject*) {
+void writeOtherText(FILE* stream, VObject*) {
   std::fputs("written", stream);
 }
 
 TEST_F(TodoWriting, UsesStreamFunctionIfNoOtherExists) {
   loader_.missing = {"writeMemVObject"};
-  loader_.replaced["writeVObject"] = reinterpret_cast<void*>(&writeInstead);
+  loader_.replaced["writeVObject"] = reinterpret_cast<void*>(&writeOtherText);
   const ulo::TodosWritten result = ulo::writeTodos(tasks_);
   EXPECT_EQ(result.text, "written");
   EXPECT_EQ(result.report.failure, ulo::WriteFailure::none);
