@@ -50,10 +50,10 @@ void readFields(const Run& row, Task& task) {
   task.setString(Task::TASK_FIELD_NOTE, row.text(3));
   task.setString(Task::TASK_FIELD_SUMMARY, row.text(4));
   task.setString(Task::TASK_FIELD_UUID, row.text(5));
-  task.setDateTime(Task::TASK_FIELD_ALARM, QDateTime::fromSecsSinceEpoch(row.integer(6)));
-  task.setDateTime(Task::TASK_FIELD_DUE, QDateTime::fromSecsSinceEpoch(row.integer(7)));
-  task.setDateTime(Task::TASK_FIELD_END, QDateTime::fromSecsSinceEpoch(row.integer(8)));
-  task.setDateTime(Task::TASK_FIELD_REVISION, QDateTime::fromSecsSinceEpoch(row.integer(9)));
+  task.setSeconds(Task::TASK_FIELD_ALARM, row.integer(6));
+  task.setSeconds(Task::TASK_FIELD_DUE, row.integer(7));
+  task.setSeconds(Task::TASK_FIELD_END, row.integer(8));
+  task.setSeconds(Task::TASK_FIELD_REVISION, row.integer(9));
 }
 
 std::string idsSql(View view, Sort sort) {

@@ -12,7 +12,10 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
-set(CMAKE_INSTALL_RPATH "$ORIGIN;$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+# Of programs. Libraries set ulo_library_rpath. Each directory costs the loader a search for every
+# library that is not in it.
+set(CMAKE_INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+set(ulo_library_rpath "$ORIGIN")
 
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE RelWithDebInfo)
@@ -105,5 +108,5 @@ function(ulo_library name)
   target_link_libraries(${name} PRIVATE ${name}_objects)
   target_compile_features(${name} INTERFACE cxx_std_20)
   set_target_properties(${name} PROPERTIES
-    VERSION ${PROJECT_VERSION} SOVERSION ${ulo_soversion})
+    VERSION ${PROJECT_VERSION} SOVERSION ${ulo_soversion} INSTALL_RPATH "${ulo_library_rpath}")
 endfunction()

@@ -65,6 +65,12 @@ public:
   QDateTime getDateTime(TASK_FIELD_T field) const;
   // Sets a date-time field (5 to 8). Ignores any other field.
   void setDateTime(TASK_FIELD_T field, QDateTime dateTime);
+  // Returns the same instant as getDateTime(), but in UTC if the field was set by setSeconds().
+  // Faster than getDateTime(), which converts such a field to local time at each call.
+  QDateTime getInstant(TASK_FIELD_T field) const;
+  // Sets a date-time field (5 to 8) to UTIL_TimeConversion::fromUTC(seconds). Ignores any other
+  // field. Records that the store has read are set this way.
+  void setSeconds(TASK_FIELD_T field, int seconds);
 
   // Returns the priority as it was set: 1 is the highest, 9 the lowest, 0 none.
   int getPriorityValue() const;
@@ -82,9 +88,12 @@ public:
   int getStatus() const;
 
 private:
+  static QDateTime ZTASK_ENG_Task::*dateMember(TASK_FIELD_T field);
+
   unsigned int uid_;
   int priority_;
   int status_;
+  unsigned char inUtc_;  // the date-time fields that were set by setSeconds(), one bit for each
   QString category_;
   QString note_;
   QString summary_;

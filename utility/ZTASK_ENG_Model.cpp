@@ -231,13 +231,12 @@ int ZTASK_ENG_Model::updateTask(ZTASK_ENG_Task& task) {
     ULO_LOG_ERROR("Get categoryid failed![ret=%d]", found);
     return found;
   }
-  const bool ended = hasDate(task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_END));
+  const bool ended = hasDate(task.getInstant(ZTASK_ENG_Task::TASK_FIELD_END));
   const int status = task.getStatusValue();
   if (status == codeOf(ulo::Status::completed) && !ended)
     task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_END, now);
   else if (status == codeOf(ulo::Status::needsAction) && ended)
-    task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_END,
-                     UTIL_TimeConversion::fromUTC(ZTASK_ENG_Task::noDateSeconds));
+    task.setSeconds(ZTASK_ENG_Task::TASK_FIELD_END, ZTASK_ENG_Task::noDateSeconds);
   task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION, now);
 
   ParameterBlock block(11);
@@ -584,7 +583,7 @@ int ZTASK_ENG_Model::getTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task&
   ParameterBlock block(filtered ? 5 : 4);
   if (!block)
     return noParameterBlock();
-  const QDateTime due = start.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE);
+  const QDateTime due = start.getInstant(ZTASK_ENG_Task::TASK_FIELD_DUE);
   if (sort == TASK_SORT_DUE) {
     block.bindDate(0, due);
     block.bindInteger(1, start.getPriorityValue());

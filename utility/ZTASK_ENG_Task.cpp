@@ -1,17 +1,28 @@
 #include "ZTASK_ENG_Task.h"
 
+#include "UTIL_TimeConversion.h"
 #include "clock.h"
 #include "task_words.h"
 
 #include <utility>
+
+namespace {
+
+unsigned char bitOf(ZTASK_ENG_Task::TASK_FIELD_T field) {
+  return static_cast<unsigned char>(1U << (field - ZTASK_ENG_Task::TASK_FIELD_ALARM));
+}
+constexpr unsigned char allBits = 0x0F;
+
+}  // namespace
 
 QDateTime ZTASK_ENG_Task::noDate() {
   return QDateTime::fromSecsSinceEpoch(noDateSeconds);
 }
 
 ZTASK_ENG_Task::ZTASK_ENG_Task()
-    : uid_(notStored), priority_(0), status_(codeOf(ulo::Status::none)), alarm_(noDate()),
-      due_(alarm_), end_(alarm_), revision_(alarm_) {}
+    : uid_(notStored), priority_(0), status_(codeOf(ulo::Status::none)), inUtc_(allBits),
+      alarm_(QDateTime::fromSecsSinceEpoch(noDateSeconds, Qt::UTC)), due_(alarm_), end_(alarm_),
+      revision_(alarm_) {}
 
 ZTASK_ENG_Task::ZTASK_ENG_Task(const ZTASK_ENG_Task& other) = default;
 ZTASK_ENG_Task& ZTASK_ENG_Task::operator=(const ZTASK_ENG_Task& other) = default;
@@ -62,38 +73,50 @@ void ZTASK_ENG_Task::setUINT32(TASK_FIELD_T field, unsigned int value) {
     uid_ = value;
 }
 
-QDateTime ZTASK_ENG_Task::getDateTime(TASK_FIELD_T field) const {
+// Returns null for a field that is not a date-time.
+QDateTime ZTASK_ENG_Task::*ZTASK_ENG_Task::dateMember(TASK_FIELD_T field) {
   switch (field) {
   case TASK_FIELD_ALARM:
-    return alarm_;
+    return &ZTASK_ENG_Task::alarm_;
   case TASK_FIELD_DUE:
-    return due_;
+    return &ZTASK_ENG_Task::due_;
   case TASK_FIELD_END:
-    return end_;
+    return &ZTASK_ENG_Task::end_;
   case TASK_FIELD_REVISION:
-    return revision_;
+    return &ZTASK_ENG_Task::revision_;
   default:
-    return engineNow();
+    return nullptr;
   }
 }
 
+QDateTime ZTASK_ENG_Task::getInstant(TASK_FIELD_T field) const {
+  const auto date = dateMember(field);
+  return date != nullptr ? this->*date : engineNow();
+}
+
+QDateTime ZTASK_ENG_Task::getDateTime(TASK_FIELD_T field) const {
+  const auto date = dateMember(field);
+  if (date == nullptr)
+    return engineNow();
+  if ((inUtc_ & bitOf(field)) == 0)
+    return this->*date;
+  return UTIL_TimeConversion::fromUTC(static_cast<long>((this->*date).toSecsSinceEpoch()));
+}
+
 void ZTASK_ENG_Task::setDateTime(TASK_FIELD_T field, QDateTime dateTime) {
-  switch (field) {
-  case TASK_FIELD_ALARM:
-    alarm_ = std::move(dateTime);
-    break;
-  case TASK_FIELD_DUE:
-    due_ = std::move(dateTime);
-    break;
-  case TASK_FIELD_END:
-    end_ = std::move(dateTime);
-    break;
-  case TASK_FIELD_REVISION:
-    revision_ = std::move(dateTime);
-    break;
-  default:
-    break;
-  }
+  const auto date = dateMember(field);
+  if (date == nullptr)
+    return;
+  this->*date = std::move(dateTime);
+  inUtc_ = static_cast<unsigned char>(inUtc_ & ~bitOf(field));
+}
+
+void ZTASK_ENG_Task::setSeconds(TASK_FIELD_T field, int seconds) {
+  const auto date = dateMember(field);
+  if (date == nullptr)
+    return;
+  this->*date = QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC);
+  inUtc_ = static_cast<unsigned char>(inUtc_ | bitOf(field));
 }
 
 int ZTASK_ENG_Task::getPriorityValue() const {

@@ -116,11 +116,11 @@ void bindPriorityToNote(ParameterBlock& block, int first, const ZTASK_ENG_Task& 
 
 void bindAlarmToRevision(ParameterBlock& block, int first, const ZTASK_ENG_Task& task,
                          unsigned int categoryUid) {
-  block.bindDate(first, task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_ALARM));
-  block.bindDate(first + 1, task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE));
-  block.bindDate(first + 2, task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_END));
+  block.bindDate(first, task.getInstant(ZTASK_ENG_Task::TASK_FIELD_ALARM));
+  block.bindDate(first + 1, task.getInstant(ZTASK_ENG_Task::TASK_FIELD_DUE));
+  block.bindDate(first + 2, task.getInstant(ZTASK_ENG_Task::TASK_FIELD_END));
   block.bindInteger(first + 3, static_cast<int>(categoryUid));
-  block.bindDate(first + 4, task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION));
+  block.bindDate(first + 4, task.getInstant(ZTASK_ENG_Task::TASK_FIELD_REVISION));
 }
 
 void bindFilter(ParameterBlock& block, int index, ZTASK_ENG_Model::TASK_CATEGORY category) {

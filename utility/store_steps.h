@@ -59,34 +59,25 @@ public:
     task.setString(ZTASK_ENG_Task::TASK_FIELD_NOTE, rows_.unicode(Columns::note));
     task.setString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY, rows_.unicode(Columns::summary));
     task.setString(ZTASK_ENG_Task::TASK_FIELD_UUID, rows_.unicode(Columns::uuid));
-    task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_ALARM, date(Columns::alarm));
-    task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE, date(Columns::due));
-    task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_END, date(Columns::end));
-    task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION, date(Columns::revision));
+    task.setSeconds(ZTASK_ENG_Task::TASK_FIELD_ALARM, rows_.integer(Columns::alarm));
+    task.setSeconds(ZTASK_ENG_Task::TASK_FIELD_DUE, rows_.integer(Columns::due));
+    task.setSeconds(ZTASK_ENG_Task::TASK_FIELD_END, rows_.integer(Columns::end));
+    task.setSeconds(ZTASK_ENG_Task::TASK_FIELD_REVISION, rows_.integer(Columns::revision));
     QString category;
     findCategoryName(open_, rows_.uid(Columns::category), category, place_);
     task.setString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY, category);
   }
 
   void append(QValueList<ZTASK_ENG_Task>& tasks) const {
-    ZTASK_ENG_Task task(empty_);
+    ZTASK_ENG_Task task;
     read(rows_.uid(Columns::uid), task);
     tasks.append(task);
   }
 
 private:
-  // Most dates of most tasks are not set, and converting one to local time is slow.
-  [[nodiscard]] QDateTime date(int column) const {
-    const int seconds = rows_.integer(column);
-    return seconds == ZTASK_ENG_Task::noDateSeconds ? noDate_
-                                                    : UTIL_TimeConversion::fromUTC(seconds);
-  }
-
   bool open_;
   const ResultRows& rows_;
   LogPlace place_;
-  const ZTASK_ENG_Task empty_;
-  const QDateTime noDate_ = empty_.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE);
 };
 
 // Appends the tasks up to the first row whose flag is `endMark`, or all.

@@ -19,7 +19,7 @@ inline bool hasDate(const QDateTime& dateTime) {
 }
 
 inline bool hasDate(const ZTASK_ENG_Task& task, ZTASK_ENG_Task::TASK_FIELD_T field) {
-  return hasDate(task.getDateTime(field));
+  return hasDate(task.getInstant(field));
 }
 
 }  // namespace ulo

@@ -11,7 +11,7 @@ namespace {
 using Field = ZTASK_ENG_Task::TASK_FIELD_T;
 
 long seconds(const ZTASK_ENG_Task& task, Field field) {
-  return UTIL_TimeConversion::toUTC(task.getDateTime(field));
+  return UTIL_TimeConversion::toUTC(task.getInstant(field));
 }
 
 bool hasDate(const ZTASK_ENG_Task& task, Field field, long wanted) {

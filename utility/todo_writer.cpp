@@ -85,7 +85,7 @@ void CalendarBuilder::addTodo(std::size_t index, const Task& task) {
   addText(todo, "CATEGORY", textOf(Task::TASK_FIELD_CATEGORY));
 
   const auto timeOf = [&](Task::TASK_FIELD_T field) {
-    const QDateTime dateTime = task.getDateTime(field);
+    const QDateTime dateTime = task.getInstant(field);
     if (!isSet(dateTime))
       return QString();
     QString text = dateTimeText(dateTime);
@@ -93,7 +93,7 @@ void CalendarBuilder::addTodo(std::size_t index, const Task& task) {
       noteLoss(index, field);
     return text;
   };
-  if (const QDateTime due = task.getDateTime(Task::TASK_FIELD_DUE); isSet(due))
+  if (const QDateTime due = task.getInstant(Task::TASK_FIELD_DUE); isSet(due))
     addValue(todo, "DUE", dueDateText(due));
   addValue(todo, "COMPLETED", timeOf(Task::TASK_FIELD_END));
   // Readers that use the library take the next line for the value of an empty DALARM.

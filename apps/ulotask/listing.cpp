@@ -24,7 +24,7 @@ unsigned int uidOf(const ZTASK_ENG_Task& task) {
 }
 
 long dueOf(const ZTASK_ENG_Task& task) {
-  return UTIL_TimeConversion::toUTC(task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE));
+  return UTIL_TimeConversion::toUTC(task.getInstant(ZTASK_ENG_Task::TASK_FIELD_DUE));
 }
 
 // Tasks with smaller keys come first in lists.

@@ -10,14 +10,18 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
+#include <iterator>
 #include <langinfo.h>
 #include <sstream>
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -45,6 +49,39 @@ std::string helpFooter() {
   return text;
 }
 
+// The verbs of a source file, and the function that adds them.
+struct Family {
+  std::initializer_list<std::string_view> verbs;
+  void (*add)(ulotask::Verb& program, ulotask::Session& session);
+};
+const Family families[] = {
+    {{"list", "search", "show"}, ulotask::addListVerbs},
+    {{"add", "edit", "done", "undone", "rm"}, ulotask::addEditVerbs},
+    {{"import", "export"}, ulotask::addExchangeVerbs},
+    {{"category"}, ulotask::addCategoryVerbs},
+    {{"stats"}, ulotask::addStatsVerb},
+    {{"changes"}, ulotask::addChangeVerbs},
+    {{"sync-item"}, ulotask::addSyncVerbs},
+    {{"watch"}, ulotask::addWatchVerb},
+    {{"lock"}, ulotask::addLockVerbs},
+    {{"db"}, ulotask::addDatabaseVerbs},
+};
+
+// Adds the family of the verb `word`, because describing all verbs takes longer than running most;
+// or all families if no verb has this name.
+void addVerbs(std::string_view word, ulotask::Verb& program, ulotask::Session& session) {
+  const auto* const family =
+      std::find_if(std::begin(families), std::end(families), [&](const Family& each) {
+        return std::find(each.verbs.begin(), each.verbs.end(), word) != each.verbs.end();
+      });
+  if (family != std::end(families)) {
+    family->add(program, session);
+    return;
+  }
+  for (const Family& each : families)
+    each.add(program, session);
+}
+
 int run(int argc, char** argv) {
   const bool completes = argc > 1 && std::strcmp(argv[1], ulotask::completeVerb) == 0;
   const char* zone = std::getenv("TZ");
@@ -57,16 +94,7 @@ int run(int argc, char** argv) {
   app.require_subcommand(1);
   app.footer(helpFooter());
   ulotask::Verb program(app);
-  ulotask::addListVerbs(program, session);
-  ulotask::addEditVerbs(program, session);
-  ulotask::addExchangeVerbs(program, session);
-  ulotask::addCategoryVerbs(program, session);
-  ulotask::addStatsVerb(program, session);
-  ulotask::addChangeVerbs(program, session);
-  ulotask::addSyncVerbs(program, session);
-  ulotask::addWatchVerb(program, session);
-  ulotask::addLockVerbs(program, session);
-  ulotask::addDatabaseVerbs(program, session);
+  addVerbs(argc > 1 ? argv[1] : "", program, session);
 
   Exit code = Exit::ok;
   const auto fail = [&](Exit with, const std::string& message) {

@@ -1,39 +1,28 @@
 #include "QCopChannel.h"
 
+#include "bus_library.h"
 #include "module_log.h"
-#include "private_bus.h"
-
-#include <QDBusConnection>
-#include <QDBusMessage>
-
-namespace {
-
-constexpr char path[] = "/ulo/channel";
-constexpr char interface[] = "ulo.platform.Channel";
-constexpr char signal[] = "Message";
-// Timeout for the bus.
-constexpr int patienceMs = 2000;
-
-}  // namespace
 
 QCopChannel::QCopChannel(const QCString& channel, QObject* parent)
-    : QObject(parent), channel_(channel),
-      bus_(std::make_unique<ulo::PrivateBus>(ulo::PrivateBus::Kind::session)) {
-  const bool listens =
-      bus_->isConnected() &&
-      bus_->connection().connect(QString(), QLatin1String(path), QLatin1String(interface),
-                                 QLatin1String(signal), this,
-                                 SLOT(deliver(QString, QString, QByteArray)));
-  if (!listens) {
+    : QObject(parent), channel_(channel) {
+  const ulo::BusFunctions* bus = ulo::busFunctions();
+  listener_ = bus != nullptr ? bus->listen(this) : nullptr;
+  if (listener_ == nullptr)
     ULO_LOG_ERROR("No session bus, nothing will be received on %s", channel_.constData());
-    bus_.reset();
-  }
 }
 
-QCopChannel::~QCopChannel() = default;
+QCopChannel::~QCopChannel() {
+  if (listener_ == nullptr)
+    return;
+  if (const ulo::BusFunctions* bus = ulo::busFunctions())
+    bus->close(listener_);
+}
 
 bool QCopChannel::isConnected() const {
-  return bus_ != nullptr && bus_->isConnected();
+  if (listener_ == nullptr)
+    return false;
+  const ulo::BusFunctions* bus = ulo::busFunctions();
+  return bus != nullptr && bus->isConnected(listener_);
 }
 
 // The bus could filter by channel, but QtDBus does not write match rules for names beyond Latin-1.
@@ -43,24 +32,21 @@ void QCopChannel::deliver(const QString& channel, const QString& message, const 
 }
 
 bool QCopChannel::send(const QCString& channel, const QCString& message, const QByteArray& data) {
-  ulo::PrivateBus bus(ulo::PrivateBus::Kind::session);
-  if (!bus.isConnected()) {
+  const ulo::BusFunctions* bus = ulo::busFunctions();
+  const ulo::BusSending result = bus == nullptr
+                                     ? ulo::BusSending::noBus
+                                     : bus->send(QString::fromUtf8(channel.constData()),
+                                                 QString::fromUtf8(message.constData()), data);
+  switch (result) {
+  case ulo::BusSending::sent:
+    return true;
+  case ulo::BusSending::noBus:
     ULO_LOG_ERROR("No session bus, %s is not sent on %s", message.constData(), channel.constData());
     return false;
+  case ulo::BusSending::noReply:
+    break;
   }
-  QDBusMessage broadcast = QDBusMessage::createSignal(QLatin1String(path), QLatin1String(interface),
-                                                      QLatin1String(signal));
-  broadcast << QString::fromUtf8(channel.constData()) << QString::fromUtf8(message.constData())
-            << data;
-  // The bus replies in order: once this reply arrives, the signal has been sent.
-  const QDBusMessage question = QDBusMessage::createMethodCall(
-      QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
-      QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetId"));
-  const bool sent = bus.connection().send(broadcast) &&
-                    bus.connection().call(question, QDBus::Block, patienceMs).type() ==
-                        QDBusMessage::ReplyMessage;
-  if (!sent)
-    ULO_LOG_ERROR("The session bus does not answer, %s is not sent on %s", message.constData(),
-                  channel.constData());
-  return sent;
+  ULO_LOG_ERROR("The session bus does not answer, %s is not sent on %s", message.constData(),
+                channel.constData());
+  return false;
 }

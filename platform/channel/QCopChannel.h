@@ -7,12 +7,6 @@
 #include <QByteArray>
 #include <QObject>
 
-#include <memory>
-
-namespace ulo {
-class PrivateBus;
-}
-
 // Receives the messages sent on a channel by this or another program of the same session. Requires
 // an event loop in the thread that created it.
 //
@@ -45,5 +39,5 @@ private Q_SLOTS:
 
 private:
   QCString channel_;
-  std::unique_ptr<ulo::PrivateBus> bus_;
+  void* listener_ = nullptr;
 };

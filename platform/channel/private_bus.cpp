@@ -23,7 +23,11 @@ QString sessionAddress() {
 
 }  // namespace
 
-PrivateBus::PrivateBus(Kind kind) : name_(QStringLiteral("ulo-bus-%1").arg(++made)) {
+// Several libraries of a process may contain this code, and names must be unique in the process.
+PrivateBus::PrivateBus(Kind kind)
+    : name_(QStringLiteral("ulo-bus-%1-%2")
+                .arg(reinterpret_cast<quintptr>(&made), 0, 16)
+                .arg(++made)) {
   // The D-Bus library would remember the first address that it saw in the environment.
   const QString address =
       kind == Kind::session ? sessionAddress() : qEnvironmentVariable("DBUS_SYSTEM_BUS_ADDRESS");

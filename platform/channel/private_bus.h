@@ -1,7 +1,5 @@
 #pragma once
 
-#include "ulo/export.h"
-
 #include <QDBusConnection>
 #include <QString>
 
@@ -9,7 +7,7 @@ namespace ulo {
 
 // A D-Bus connection that is not shared: closing it affects no other user, and whatever the bus
 // keeps for the caller is released with it.
-class ULO_EXPORT PrivateBus {
+class PrivateBus {
 public:
   enum class Kind {
     session,  // $DBUS_SESSION_BUS_ADDRESS, else the socket "bus" in $XDG_RUNTIME_DIR

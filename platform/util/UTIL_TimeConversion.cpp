@@ -132,15 +132,14 @@ ClockState stateAt(qint64 seconds) {
 }
 
 // Returns true if the clock shows the same time at another second, too, with the same daylight
-// saving.
-bool comesTwiceAlike(qint64 seconds) {
-  const ClockState here = stateAt(seconds);
+// saving. `here` is the offset from UTC at `seconds`.
+bool comesTwiceAlike(qint64 seconds, qint64 here) {
   for (const qint64 near : {seconds - secondsOfDay, seconds + secondsOfDay}) {
     const qint64 offset = stateAt(near).offset;
-    if (offset == here.offset)
+    if (offset == here)
       continue;
-    const ClockState other = stateAt(seconds + here.offset - offset);
-    if (other.offset == offset && other.isDaylightSaving == here.isDaylightSaving)
+    const ClockState other = stateAt(seconds + here - offset);
+    if (other.offset == offset && other.isDaylightSaving == stateAt(seconds).isDaylightSaving)
       return true;
   }
   return false;
@@ -151,11 +150,13 @@ bool comesTwiceAlike(qint64 seconds) {
 // changes its standard time, Qt chooses one depending on earlier conversions; the result then keeps
 // the instant by its offset from UTC instead.
 QDateTime keepingInstant(const QDateTime& local, qint64 milliseconds) {
-  const qint64 seconds = (milliseconds - local.time().msec()) / 1000;
-  if (!local.isValid() || !comesTwiceAlike(seconds))
+  if (!local.isValid())
     return local;
-  return QDateTime(local.date(), local.time(), Qt::OffsetFromUTC,
-                   static_cast<int>(wallSeconds(local.date(), local.time()) - seconds));
+  const qint64 seconds = (milliseconds - local.time().msec()) / 1000;
+  const qint64 offset = wallSeconds(local.date(), local.time()) - seconds;
+  if (!comesTwiceAlike(seconds, offset))
+    return local;
+  return QDateTime(local.date(), local.time(), Qt::OffsetFromUTC, static_cast<int>(offset));
 }
 
 QDateTime localTimeOf(qint64 milliseconds) {

@@ -138,6 +138,25 @@ TEST_F(Sync, WatchingPrintsObjectsForPrograms) {
   EXPECT_EQ(watching.endBy(SIGINT), 0);
 }
 
+TEST_F(Sync, StoresWithoutBusLibrary) {
+  const SessionBus bus;
+  environment_["DBUS_SESSION_BUS_ADDRESS"] = bus.address().toStdString();
+  environment_["ULO_LOG"] = "stderr";
+  hideLibrary("libulobus.so");
+  const Outcome put = ulotask({"sync-item", "put"}, calendar(todo("SUMMARY:Milk\r\n")));
+  EXPECT_EQ(put.code, 0);
+  EXPECT_THAT(put.err, HasSubstr("libulobus.so can't be used"));
+  environment_.erase("ULO_LOG");
+  EXPECT_THAT(succeed({"list"}).out, HasSubstr("Milk"));
+}
+
+TEST_F(Sync, OtherVerbsLoadNoBus) {
+  environment_["LD_TRACE_LOADED_OBJECTS"] = "1";
+  const std::string libraries = ulotask({"list"}).out;
+  EXPECT_THAT(libraries, HasSubstr("libQt6Core"));
+  EXPECT_THAT(libraries, testing::Not(HasSubstr("DBus")));
+}
+
 TEST_F(Sync, ShowsChangesWithoutBus) {
   QProcess process;
   prepare(process);

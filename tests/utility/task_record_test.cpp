@@ -1,5 +1,7 @@
 #include "ZTASK_ENG_Task.h"
 
+#include "UTIL_TimeConversion.h"
+#include "environment_variable.h"
 #include "test_clock.h"
 
 #include <gtest/gtest.h>
@@ -72,6 +74,58 @@ TEST(TaskRecord, KeepsDatesSeparate) {
     EXPECT_EQ(task.getDateTime(field), moment.addDays(field));
 }
 
+TEST(TaskRecord, ShowsSecondsAsLocalTime) {
+  const EnvironmentVariable zone("TZ", "Asia/Almaty");
+  Task task;
+  for (const Field field : dateFields)
+    task.setSeconds(field, 1141560000 + field);
+  for (const Field field : dateFields) {
+    EXPECT_EQ(task.getDateTime(field), UTIL_TimeConversion::fromUTC(1141560000 + field)) << field;
+    EXPECT_EQ(task.getDateTime(field).timeSpec(), Qt::LocalTime) << field;
+    EXPECT_EQ(task.getInstant(field), task.getDateTime(field)) << field;
+    EXPECT_EQ(task.getInstant(field).timeSpec(), Qt::UTC) << field;
+  }
+  EXPECT_EQ(task.getDateTime(Task::TASK_FIELD_ALARM).time(), QTime(18, 0, 5));
+  task.setSeconds(Task::TASK_FIELD_DUE, Task::noDateSeconds);
+  EXPECT_EQ(task.getDateTime(Task::TASK_FIELD_DUE), Task::noDate());
+  // An hour that the clock shows twice.
+  for (const int seconds : {1709227800, 1709231400}) {
+    task.setSeconds(Task::TASK_FIELD_END, seconds);
+    EXPECT_EQ(UTIL_TimeConversion::toUTC(task.getDateTime(Task::TASK_FIELD_END)), seconds);
+  }
+}
+
+TEST(TaskRecord, KeepsInstantsWhenZoneChanges) {
+  Task task;
+  const EnvironmentVariable zone("TZ", "Europe/Berlin");
+  task.setSeconds(Task::TASK_FIELD_DUE, 1141560000);
+  EXPECT_EQ(task.getDateTime(Task::TASK_FIELD_DUE).time(), QTime(13, 0));
+  const EnvironmentVariable east("TZ", "Asia/Shanghai");
+  EXPECT_EQ(task.getDateTime(Task::TASK_FIELD_DUE).time(), QTime(20, 0));
+}
+
+TEST(TaskRecord, ReturnsDateTimesAsTheyWereSetAfterSeconds) {
+  const QDateTime utc = moment.toUTC();
+  for (const Field field : dateFields) {
+    Task task;
+    task.setSeconds(field, 1);
+    task.setDateTime(field, utc);
+    EXPECT_EQ(task.getDateTime(field).timeSpec(), Qt::UTC) << field;
+    EXPECT_EQ(task.getDateTime(field), utc) << field;
+    EXPECT_EQ(task.getInstant(field), utc) << field;
+    task.setDateTime(field, QDateTime(QDate(2006, 2, 30), QTime(1, 0)));
+    EXPECT_FALSE(task.getDateTime(field).isValid()) << field;
+    EXPECT_FALSE(task.getInstant(field).isValid()) << field;
+    const Task copy = task;
+    EXPECT_FALSE(copy.getDateTime(field).isValid()) << field;
+    for (const Field other : dateFields) {
+      if (other != field) {
+        EXPECT_EQ(copy.getDateTime(other), Task::noDate()) << other;
+      }
+    }
+  }
+}
+
 TEST(TaskRecord, ReturnsDefaultsForFieldsOfOtherTypes) {
   setEngineNow(moment);
   Task task;
@@ -79,8 +133,10 @@ TEST(TaskRecord, ReturnsDefaultsForFieldsOfOtherTypes) {
     EXPECT_TRUE(task.getString(field).isEmpty()) << field;
     EXPECT_FALSE(task.getString(field).isNull()) << field;
   }
-  for (const Field field : notDateFields)
+  for (const Field field : notDateFields) {
     EXPECT_EQ(task.getDateTime(field), moment) << field;
+    EXPECT_EQ(task.getInstant(field), moment) << field;
+  }
   for (int field = -1; field <= 9; ++field) {
     if (field != Task::TASK_FIELD_UID) {
       EXPECT_EQ(task.getUINT32(Field(field)), 0U) << field;
@@ -93,8 +149,10 @@ TEST(TaskRecord, IgnoresSettersForFieldsOfOtherTypes) {
   Task task;
   for (const Field field : notTextFields)
     task.setString(field, "x");
-  for (const Field field : notDateFields)
+  for (const Field field : notDateFields) {
     task.setDateTime(field, moment);
+    task.setSeconds(field, 1);
+  }
   for (int field = -1; field <= 9; ++field) {
     if (field != Task::TASK_FIELD_UID)
       task.setUINT32(Field(field), 7);

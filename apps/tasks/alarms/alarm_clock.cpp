@@ -18,7 +18,7 @@ namespace {
 
 constexpr int pageSize = 16;
 std::int64_t alarmOf(const ZTASK_ENG_Task& task) {
-  return task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_ALARM).toMSecsSinceEpoch();
+  return task.getInstant(ZTASK_ENG_Task::TASK_FIELD_ALARM).toMSecsSinceEpoch();
 }
 
 bool isAwaited(const ZTASK_ENG_Task& task) {

@@ -295,13 +295,14 @@ QVariant TaskListModel::data(const QModelIndex& index, int role) const {
   const ZTASK_ENG_Task* task = record(index.row());
   if (task == nullptr)
     return {};
-  const QDateTime due = task->getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE);
   const QString category = task->getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY);
   switch (role) {
   case Qt::DisplayRole:
     return titleText(*task);
   case DueRole:
-    return ulo::hasDate(due) ? dayText(due.date(), today_()) : QString();
+    return ulo::hasDate(*task, ZTASK_ENG_Task::TASK_FIELD_DUE)
+               ? dayText(task->getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE).date(), today_())
+               : QString();
   case OverdueRole:
     return isOverdue(*task, today_());
   case CategoryRole:

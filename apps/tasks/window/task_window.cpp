@@ -45,8 +45,8 @@ bool areAlike(const ZTASK_ENG_Task& left, const ZTASK_ENG_Task& right) {
          isSame(ZTASK_ENG_Task::TASK_FIELD_CATEGORY) &&
          ulo::isCompleted(left) == ulo::isCompleted(right) &&
          ulo::priorityOf(left) == ulo::priorityOf(right) &&
-         left.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE) ==
-             right.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE);
+         left.getInstant(ZTASK_ENG_Task::TASK_FIELD_DUE) ==
+             right.getInstant(ZTASK_ENG_Task::TASK_FIELD_DUE);
 }
 
 QStringList localFiles(const QMimeData& data) {

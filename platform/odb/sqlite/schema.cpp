@@ -1,8 +1,8 @@
 #include "schema.h"
 
-#include "binding.h"
 #include "statement.h"
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -10,43 +10,58 @@
 namespace ulo::odb {
 namespace {
 
-Table readTable(sqlite3* database, const std::string& name) {
-  Table table;
-  table.name = name;
-  SqlStatement columns(database, "SELECT name, type, pk FROM pragma_table_info(?) ORDER BY cid");
-  bind(columns, 1, {Type::varchar, 0, name}, Type::varchar);
+// Preparing a statement takes longer than running it, so one reads the columns of all tables and
+// one the indexes.
+std::vector<Table> readTables(sqlite3* database) {
+  std::vector<Table> tables;
+  SqlStatement columns(database,
+                       "SELECT t.name, c.name, c.type, c.pk FROM (SELECT name FROM sqlite_schema "
+                       "WHERE " +
+                           std::string(tablesOfPrograms) +
+                           ") t, pragma_table_info(t.name) c ORDER BY t.name, c.cid");
   while (columns.step()) {
-    if (columns.integer(2) != 0)
+    const std::string name = columns.text(0);
+    if (tables.empty() || tables.back().name != name)
+      tables.emplace_back().name = name;
+    Table& table = tables.back();
+    if (columns.integer(3) != 0)
       table.uid = static_cast<int>(table.columns.size());
-    table.columns.push_back({columns.text(0), typeOfDeclaration(columns.text(1))});
+    table.columns.push_back({columns.text(1), typeOfDeclaration(columns.text(2))});
   }
-  SqlStatement indexes(database,
-                       "SELECT name FROM pragma_index_list(?) WHERE origin = 'c' ORDER BY name");
-  bind(indexes, 1, {Type::varchar, 0, name}, Type::varchar);
-  while (indexes.step()) {
-    Index index;
-    index.name = indexes.text(0);
-    SqlStatement key(database,
-                     "SELECT cid, \"desc\" FROM pragma_index_xinfo(?) WHERE key ORDER BY seqno");
-    bind(key, 1, {Type::varchar, 0, index.name}, Type::varchar);
-    while (key.step()) {
-      const auto cid = static_cast<int>(key.integer(0));
-      index.key.push_back({cid < 0 ? table.uid : cid, key.integer(1) != 0});
-    }
-    table.indexes.push_back(std::move(index));
+  return tables;
+}
+
+void readIndexes(sqlite3* database, std::vector<Table>& tables) {
+  SqlStatement keys(database,
+                    "SELECT t.name, i.name, k.cid, k.\"desc\" FROM (SELECT name FROM sqlite_schema "
+                    "WHERE " +
+                        std::string(tablesOfPrograms) +
+                        ") t, pragma_index_list(t.name) i, pragma_index_xinfo(i.name) k "
+                        "WHERE i.origin = 'c' AND k.key ORDER BY t.name, i.name, k.seqno");
+  auto table = tables.begin();
+  while (keys.step()) {
+    const std::string tableName = keys.text(0);
+    table = std::find_if(table, tables.end(),
+                         [&](const Table& each) { return each.name == tableName; });
+    if (table == tables.end())
+      return;
+    const std::string name = keys.text(1);
+    if (table->indexes.empty() || table->indexes.back().name != name)
+      table->indexes.emplace_back().name = name;
+    const auto cid = static_cast<int>(keys.integer(2));
+    table->indexes.back().key.push_back({cid < 0 ? table->uid : cid, keys.integer(3) != 0});
   }
-  return table;
 }
 
 }  // namespace
 
 Catalog readCatalog(sqlite3* database) {
-  std::vector<std::shared_ptr<const Table>> tables;
-  SqlStatement names(database, "SELECT name FROM sqlite_schema WHERE " +
-                                   std::string(tablesOfPrograms) + " ORDER BY name");
-  while (names.step())
-    tables.push_back(std::make_shared<const Table>(readTable(database, names.text(0))));
-  return Catalog(std::move(tables));
+  std::vector<Table> tables = readTables(database);
+  readIndexes(database, tables);
+  std::vector<std::shared_ptr<const Table>> shared;
+  for (Table& table : tables)
+    shared.push_back(std::make_shared<const Table>(std::move(table)));
+  return Catalog(std::move(shared));
 }
 
 std::string schemaText(sqlite3* database) {
