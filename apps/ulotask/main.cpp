@@ -58,6 +58,7 @@ const Family families[] = {
     {{"list", "search", "show"}, ulotask::addListVerbs},
     {{"add", "edit", "done", "undone", "rm"}, ulotask::addEditVerbs},
     {{"import", "export"}, ulotask::addExchangeVerbs},
+    {{"ical"}, ulotask::addIcalVerbs},
     {{"category"}, ulotask::addCategoryVerbs},
     {{"stats"}, ulotask::addStatsVerb},
     {{"changes"}, ulotask::addChangeVerbs},
@@ -89,7 +90,8 @@ int run(int argc, char** argv) {
     ulotask::printError(std::string("the time zone TZ=\"") + zone +
                         "\" is unknown: times are in UTC");
   ulotask::Session session;
-  CLI::App app("Keeps a to-do list and exchanges it as vCalendar 1.0 texts.", "ulotask");
+  CLI::App app("Keeps a to-do list and exchanges it as vCalendar 1.0 and iCalendar 2.0 texts.",
+               "ulotask");
   app.set_version_flag("--version", "ulotask " ULOTASK_VERSION);
   app.require_subcommand(1);
   app.footer(helpFooter());
