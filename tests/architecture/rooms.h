@@ -57,7 +57,8 @@ inline const std::vector<Room> allRooms = {
      "utility/",
      {"include", "qt2", "system", "log", "util", "changes", "channel", "vobject", "odb/api"},
      qt},
-    {"operations", "operations/", {"include", "utility", "log", "util", "odb/api"}, qt},
+    {"exchange", "exchange/", {"include", "utility", "qt2", "util"}, qt},
+    {"operations", "operations/", {"include", "utility", "exchange", "log", "util", "odb/api"}, qt},
 
     {"screens of include",
      "include/TASK_UI_",

@@ -1,0 +1,223 @@
+#include "TASK_ENG_Ical.h"
+
+#include "UTIL_TimeConversion.h"
+#include "calendar_text.h"
+#include "clock.h"
+#include "component_lines.h"
+#include "todo_fields.h"
+#include "todo_recurrence.h"
+
+#include <optional>
+#include <string_view>
+#include <utility>
+
+namespace {
+
+std::string_view viewOf(const QByteArray& bytes) {
+  return {bytes.constData(), static_cast<std::size_t>(bytes.size())};
+}
+
+QByteArray bytesOf(std::string_view view) {
+  return {view.data(), static_cast<qsizetype>(view.size())};
+}
+
+void addProblem(TASK_ENG_Ical::Report& report, std::size_t line, const QString& problem) {
+  constexpr std::size_t listed = 100;
+  if (report.problemCount++ < listed)
+    report.problems.push_back({line, problem});
+}
+
+ulo::ProblemReport reportInto(TASK_ENG_Ical::Report& report) {
+  return [&report](std::size_t line, const QString& problem) { addProblem(report, line, problem); };
+}
+
+}  // namespace
+
+struct TASK_ENG_Ical::Document {
+  explicit Document(const QByteArray& bytes) : text(bytes) {
+    switch (text.failure()) {
+    case ulo::TextFailure::none:
+      report.failure = text.todos().empty() ? noTodo : none;
+      break;
+    case ulo::TextFailure::notCalendar:
+      report.failure = notCalendar;
+      break;
+    case ulo::TextFailure::truncated:
+      report.failure = truncated;
+      break;
+    case ulo::TextFailure::tooLarge:
+      report.failure = tooLarge;
+      break;
+    }
+    report.todos = static_cast<int>(text.todos().size());
+    report.otherComponents = text.otherComponents();
+    for (const ulo::TextFault& fault : text.faults())
+      addProblem(report, fault.line, QString::fromStdString(fault.text));
+    tasks.resize(text.todos().size());
+  }
+  Document() : text(ulo::CalendarText::empty()) {}
+  Document(const Document&) = delete;
+  Document& operator=(const Document&) = delete;
+
+  const ulo::CalendarText::Todo& todo(int number) const {
+    return text.todos()[static_cast<std::size_t>(number)];
+  }
+  const ulo::Piece& piece(int number) const { return text.pieces()[todo(number).piece]; }
+
+  // Reads the fields once; reports what is not understood.
+  const ZTASK_ENG_Task& task(int number) {
+    std::optional<ZTASK_ENG_Task>& known = tasks[static_cast<std::size_t>(number)];
+    if (!known) {
+      const ulo::Piece& source = piece(number);
+      const ulo::ComponentLines lines(text.bytes(source), source.line);
+      // Only lines of the text that was read have a number.
+      const ulo::ProblemReport add = source.line == 0 ? ulo::ProblemReport() : reportInto(report);
+      known = ulo::readFields(lines, {zones, source.calendar, add});
+    }
+    return *known;
+  }
+
+  // Calls `edit` with the lines of a to-do, and keeps them if they have changed.
+  template <typename Edit> auto edit(int number, Edit change) {
+    const ulo::Piece& source = piece(number);
+    ulo::ComponentLines lines(text.bytes(source), source.line);
+    const ulo::ProblemReport noReport;
+    const auto result = change(lines, ulo::DateReader{zones, source.calendar, noReport});
+    if (lines.isChanged()) {
+      text.replace(todo(number).piece, lines.text());
+      tasks[static_cast<std::size_t>(number)].reset();
+    }
+    return result;
+  }
+
+  ulo::CalendarText text;
+  ulo::ZoneTable zones = ulo::ZoneTable(text);
+  Report report;
+  std::vector<std::optional<ZTASK_ENG_Task>> tasks;
+};
+
+bool TASK_ENG_Ical::isIcalendar(const QByteArray& text) {
+  return ulo::CalendarText::isIcalendar(viewOf(text));
+}
+
+TASK_ENG_Ical::TASK_ENG_Ical() : document_(std::make_unique<Document>()) {}
+TASK_ENG_Ical::TASK_ENG_Ical(const QByteArray& text)
+    : document_(std::make_unique<Document>(text)) {}
+TASK_ENG_Ical::TASK_ENG_Ical(TASK_ENG_Ical&& other) noexcept = default;
+TASK_ENG_Ical& TASK_ENG_Ical::operator=(TASK_ENG_Ical&& other) noexcept = default;
+TASK_ENG_Ical::~TASK_ENG_Ical() = default;
+
+const TASK_ENG_Ical::Report& TASK_ENG_Ical::report() const {
+  for (int i = 0; i < document_->report.todos; ++i)
+    document_->task(i);
+  return document_->report;
+}
+
+int TASK_ENG_Ical::count() const {
+  return static_cast<int>(document_->text.todos().size());
+}
+
+ZTASK_ENG_Task TASK_ENG_Ical::task(int todo) const {
+  return document_->task(todo);
+}
+
+QByteArray TASK_ENG_Ical::text(int todo) const {
+  return document_->text.text(document_->todo(todo));
+}
+
+bool TASK_ENG_Ical::repeats(int todo) const {
+  const ulo::ComponentLines lines(document_->text.bytes(document_->piece(todo)));
+  return ulo::hasRecurrence(lines);
+}
+
+bool TASK_ENG_Ical::replace(int todo, const ZTASK_ENG_Task& task) {
+  return document_->edit(todo, [&](ulo::ComponentLines& lines, const ulo::DateReader& reader) {
+    return ulo::replaceFields(lines, task, reader);
+  });
+}
+
+void TASK_ENG_Ical::append(const ZTASK_ENG_Task& task) {
+  document_->text.append({ulo::newTodo(task, document_->text.lineEnd())});
+  document_->tasks.emplace_back();
+}
+
+void TASK_ENG_Ical::append(const TASK_ENG_Ical& other, int todo) {
+  const ulo::CalendarText& source = other.document_->text;
+  const ulo::CalendarText::Todo& added = other.document_->todo(todo);
+  std::vector<std::size_t> pieces = {added.piece};
+  pieces.insert(pieces.end(), added.overrides.begin(), added.overrides.end());
+  std::vector<QByteArray> components;
+  std::vector<std::pair<std::string, QByteArray>> zones;
+  for (const std::size_t number : pieces) {
+    const ulo::Piece& piece = source.pieces()[number];
+    components.push_back(bytesOf(source.bytes(piece)));
+    for (const std::string& id : ulo::zoneIdsIn(source.bytes(piece)))
+      if (const ulo::Piece* zone = source.zonePiece(piece.calendar, id))
+        zones.emplace_back(id, bytesOf(source.bytes(*zone)));
+  }
+  for (const auto& [id, component] : zones)
+    document_->text.appendZone(id, component);
+  document_->text.append(components);
+  document_->tasks.emplace_back();
+}
+
+TASK_ENG_Ical::NextDate TASK_ENG_Ical::moveToNextDate(int todo) {
+  const auto move = [](ulo::ComponentLines& lines, const ulo::DateReader& reader) {
+    const ulo::NextDateResult result = ulo::moveToNext(lines, reader);
+    if (result == ulo::NextDateResult::moved)
+      ulo::stampChange(lines, engineNow().toSecsSinceEpoch());
+    return result;
+  };
+  switch (document_->edit(todo, move)) {
+  case ulo::NextDateResult::moved:
+    return moved;
+  case ulo::NextDateResult::lastDate:
+    return lastDate;
+  case ulo::NextDateResult::noRule:
+    return noRule;
+  case ulo::NextDateResult::notComputed:
+    break;
+  }
+  return notComputed;
+}
+
+QByteArray TASK_ENG_Ical::text() const {
+  return document_->text.text();
+}
+
+std::vector<TASK_ENG_Ical::Todo> TASK_ENG_Ical::read(const QByteArray& text, Report* report) {
+  const TASK_ENG_Ical calendar(text);
+  std::vector<Todo> result;
+  result.reserve(static_cast<std::size_t>(calendar.count()));
+  std::size_t bytes = 0;
+  for (int i = 0; i < calendar.count(); ++i) {
+    result.push_back({calendar.task(i), calendar.text(i), calendar.repeats(i)});
+    bytes += static_cast<std::size_t>(result.back().text.size());
+    if (bytes > textsLimit) {
+      result.clear();
+      break;
+    }
+  }
+  if (report == nullptr)
+    return result;
+  *report = calendar.report();
+  if (bytes > textsLimit) {
+    report->failure = tooLarge;
+    addProblem(*report, 0,
+               QString("the texts of the to-dos have more than %1 MiB").arg(textsLimit >> 20));
+  }
+  return result;
+}
+
+QByteArray TASK_ENG_Ical::write(const ZTASK_ENG_Task& task, const QByteArray& previousText) {
+  if (!previousText.isEmpty()) {
+    TASK_ENG_Ical calendar(previousText);
+    if (calendar.count() > 0) {
+      calendar.replace(0, task);
+      return calendar.text();
+    }
+  }
+  TASK_ENG_Ical calendar;
+  calendar.append(task);
+  return calendar.text();
+}

@@ -1,0 +1,450 @@
+#include "calendar_text.h"
+
+#include "component_nesting.h"
+#include "content_line.h"
+
+#include <algorithm>
+#include <map>
+#include <utility>
+
+namespace ulo {
+namespace {
+
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+constexpr std::string_view productId = "-//ulotaskengine//ulotaskengine//EN";
+
+std::string_view viewOf(const QByteArray& bytes) {
+  return {bytes.constData(), static_cast<std::size_t>(bytes.size())};
+}
+
+bool isBlankText(std::string_view text) {
+  return text.find_first_not_of(" \t\r\n") == std::string_view::npos;
+}
+
+std::string valueOf(const RawLine& line) {
+  std::string buffer;
+  const std::optional<ContentLine> content = parseContentLine(unfolded(line, buffer));
+  return content ? std::string(withoutBlanks(content->value)) : std::string();
+}
+
+// RFC 5545, section 3.7.4: the version, or the lowest and the highest one.
+bool isVersion2(std::string_view value) {
+  return value.substr(value.rfind(';') + 1) == "2.0";
+}
+
+std::string identifier(const RawLine& line) {
+  bool isLatin1 = false;
+  return textOfValue(valueOf(line), isLatin1).toStdString();
+}
+
+}  // namespace
+
+// Splits a text into pieces in one pass.
+class CalendarText::Scan {
+public:
+  explicit Scan(CalendarText& text) : text_(text), source_(viewOf(text.source_)) {}
+
+  void run() {
+    if (source_.size() > calendarTextLimit) {
+      stop(TextFailure::tooLarge, 0,
+           "the text has more than " + std::to_string(calendarTextLimit >> 20) + " MiB");
+      return;
+    }
+    const std::size_t start = source_.starts_with(byteOrderMark) ? byteOrderMark.size() : 0;
+    LineSplitter splitter(source_.substr(start));
+    RawLine line;
+    while (text_.failure_ == TextFailure::none && splitter.next(line))
+      take(line);
+    if (text_.failure_ == TextFailure::none)
+      finish();
+  }
+
+private:
+  struct Component {
+    std::string uid;
+    std::string zone;
+    bool isOverride = false;
+  };
+
+  std::size_t offsetOf(const RawLine& line) const {
+    return static_cast<std::size_t>(line.bytes.data() - source_.data());
+  }
+  bool isInCalendar() const { return nesting_.depth() > 0; }
+  Calendar& calendar() { return text_.calendars_.back(); }
+
+  void stop(TextFailure failure, std::size_t line, std::string why) {
+    text_.failure_ = failure;
+    text_.faults_.push_back({line, std::move(why)});
+  }
+
+  // Ends the current piece at an offset; the next one begins there.
+  void cut(std::size_t end, PieceKind kind) {
+    if (end == begin_)
+      return;
+    Piece piece;
+    piece.begin = begin_;
+    piece.size = end - begin_;
+    piece.line = beginLine_;
+    piece.kind = kind;
+    piece.calendar =
+        kind == PieceKind::outside ? -1 : static_cast<int>(text_.calendars_.size()) - 1;
+    if (kind == PieceKind::calendarLines) {
+      if (isBlankText(source_.substr(begin_, piece.size)))
+        piece.kind = PieceKind::blank;
+      else
+        calendar().linePieces.push_back(text_.pieces_.size());
+    }
+    if (piece.kind >= PieceKind::todo)
+      ++text_.components_;
+    text_.pieces_.push_back(std::move(piece));
+    begin_ = end;
+  }
+
+  void take(const RawLine& line) {
+    const NestingStep step = nesting_.take(line);
+    switch (step.kind) {
+    case NestingStep::begins:
+      begin(line, step);
+      return;
+    case NestingStep::ends:
+      end(line, step);
+      return;
+    case NestingStep::strayEnd:
+      if (isInCalendar())
+        text_.faults_.push_back({line.number, "END without BEGIN is ignored"});
+      return;
+    case NestingStep::property:
+      property(line, step.name);
+      return;
+    }
+  }
+
+  void begin(const RawLine& line, const NestingStep& step) {
+    if (!isInCalendar() && !sameName(step.value, "VCALENDAR"))
+      return;
+    if (nesting_.depth() == calendarNestingLimit) {
+      stop(TextFailure::tooLarge, line.number,
+           "components are nested deeper than " + std::to_string(calendarNestingLimit) + " levels");
+      return;
+    }
+    if (nesting_.depth() == 0) {
+      cut(offsetOf(line), PieceKind::outside);
+      beginLine_ = line.number;
+      text_.calendars_.emplace_back();
+    } else if (nesting_.depth() == 1) {
+      cut(offsetOf(line), PieceKind::calendarLines);
+      beginLine_ = line.number;
+      component_ = {};
+      kind_ = sameName(step.value, "VTODO")       ? PieceKind::todo
+              : sameName(step.value, "VTIMEZONE") ? PieceKind::timeZone
+                                                  : PieceKind::other;
+    }
+    nesting_.open(step.value, line.number);
+  }
+
+  void end(const RawLine& line, const NestingStep& step) {
+    const std::size_t left = nesting_.depth() - step.closes;
+    // A component of a calendar that ends with the calendar is incomplete.
+    if (step.closes > 1 && left == 0) {
+      stop(TextFailure::truncated, nesting_.lineOf(1), "the component does not end");
+      return;
+    }
+    if (step.closes > 1)
+      text_.faults_.push_back(
+          {nesting_.lineOf(left + 1), "the component ends with the one around it"});
+    nesting_.close(step.closes);
+    const std::size_t next = offsetOf(line) + line.bytes.size();
+    if (left == 1) {
+      finishComponent(next);
+      beginLine_ = line.number + 1;
+    } else if (left == 0) {
+      cut(offsetOf(line), PieceKind::calendarLines);
+      beginLine_ = line.number;
+      calendar().endPiece = text_.pieces_.size();
+      cut(next, PieceKind::calendarLines);
+      beginLine_ = line.number + 1;
+      finishCalendar();
+    }
+  }
+
+  void property(const RawLine& line, std::string_view name) {
+    if (nesting_.depth() == 1) {
+      if (sameName(name, "VERSION"))
+        calendar().isVersion2 = isVersion2(valueOf(line));
+    } else if (nesting_.depth() == 2 && kind_ == PieceKind::todo) {
+      if (component_.uid.empty() && sameName(name, "UID"))
+        component_.uid = identifier(line);
+      else if (sameName(name, "RECURRENCE-ID"))
+        component_.isOverride = true;
+    } else if (nesting_.depth() == 2 && kind_ == PieceKind::timeZone) {
+      if (component_.zone.empty() && sameName(name, "TZID"))
+        component_.zone = valueOf(line);
+    }
+  }
+
+  void finishComponent(std::size_t end) {
+    const std::size_t number = text_.pieces_.size();
+    cut(end, kind_);
+    if (kind_ == PieceKind::todo)
+      components_.emplace_back(number, std::move(component_));
+    else if (kind_ == PieceKind::timeZone)
+      calendar().zones.push_back({std::move(component_.zone), number});
+    else
+      ++others_;
+  }
+
+  // Assigns the overrides of the calendar to their to-dos.
+  void finishCalendar() {
+    if (calendar().isVersion2) {
+      std::map<std::string_view, std::size_t> byUid;
+      const bool hasOverrides = std::any_of(components_.begin(), components_.end(),
+                                            [](const auto& one) { return one.second.isOverride; });
+      for (const auto& [piece, component] : components_) {
+        if (component.isOverride)
+          continue;
+        if (hasOverrides && !component.uid.empty())
+          byUid.emplace(component.uid, text_.todos_.size());
+        text_.todos_.push_back({piece, {}});
+      }
+      for (const auto& [piece, component] : components_) {
+        if (!component.isOverride)
+          continue;
+        const auto owner = byUid.find(component.uid);
+        if (owner == byUid.end())
+          text_.todos_.push_back({piece, {}});
+        else
+          text_.todos_[owner->second].overrides.push_back(piece);
+      }
+      if (hasOverrides)
+        std::sort(text_.todos_.begin(), text_.todos_.end(),
+                  [](const Todo& one, const Todo& other) { return one.piece < other.piece; });
+    } else {
+      others_ += static_cast<int>(components_.size());
+    }
+    std::stable_sort(calendar().zones.begin(), calendar().zones.end(),
+                     [](const TimeZone& one, const TimeZone& other) { return one.id < other.id; });
+    components_.clear();
+  }
+
+  void finish() {
+    if (isInCalendar()) {
+      stop(TextFailure::truncated, nesting_.lineOf(nesting_.depth() - 1),
+           "the component does not end");
+      return;
+    }
+    cut(source_.size(), PieceKind::outside);
+    text_.otherComponents_ = others_;
+    if (std::none_of(text_.calendars_.begin(), text_.calendars_.end(),
+                     [](const Calendar& one) { return one.isVersion2; }))
+      text_.failure_ = TextFailure::notCalendar;
+  }
+
+  CalendarText& text_;
+  std::string_view source_;
+  ComponentNesting nesting_;
+  std::size_t begin_ = 0;      // of the current piece
+  std::size_t beginLine_ = 1;  // its number
+  PieceKind kind_ = PieceKind::outside;
+  Component component_;
+  std::vector<std::pair<std::size_t, Component>> components_;  // of the current calendar
+  int others_ = 0;
+};
+
+CalendarText::CalendarText(const QByteArray& text) : source_(text) {
+  RawLine first;
+  if (LineSplitter(viewOf(source_)).next(first) && !lineEndOf(first.bytes).empty())
+    lineEnd_ = lineEndOf(first.bytes);
+  Scan(*this).run();
+  if (failure_ != TextFailure::none) {
+    todos_.clear();
+    calendars_.clear();
+    pieces_.clear();
+    Piece all;
+    all.size = static_cast<std::size_t>(source_.size());
+    all.line = 1;
+    pieces_.push_back(std::move(all));
+  }
+}
+
+CalendarText CalendarText::empty() {
+  CalendarText text;
+  text.appendableCalendar();
+  return text;
+}
+
+bool CalendarText::isIcalendar(std::string_view text) {
+  if (text.starts_with(byteOrderMark))
+    text.remove_prefix(byteOrderMark.size());
+  LineSplitter splitter(text);
+  ComponentNesting nesting;
+  RawLine line;
+  while (splitter.next(line)) {
+    const NestingStep step = nesting.take(line);
+    const std::size_t depth = nesting.depth();
+    if (step.kind == NestingStep::begins) {
+      if (depth == calendarNestingLimit || (depth == 0 && !sameName(step.value, "VCALENDAR")))
+        return false;
+      nesting.open(step.value, line.number);
+    } else if (step.kind == NestingStep::ends) {
+      if (step.closes == depth)
+        return false;
+      nesting.close(step.closes);
+    } else if (depth == 0 && !isBlankText(line.bytes)) {
+      return false;
+    } else if (depth == 1 && sameName(step.name, "VERSION")) {
+      return isVersion2(valueOf(line));
+    }
+  }
+  return false;
+}
+
+const Piece* CalendarText::zonePiece(int calendar, std::string_view id) const {
+  if (calendar < 0)
+    return nullptr;
+  const std::vector<TimeZone>& zones = calendars_[static_cast<std::size_t>(calendar)].zones;
+  const auto found = std::lower_bound(
+      zones.begin(), zones.end(), id,
+      [](const TimeZone& zone, std::string_view wanted) { return zone.id < wanted; });
+  return found != zones.end() && found->id == id ? &pieces_[found->piece] : nullptr;
+}
+
+std::string_view CalendarText::bytes(const Piece& piece) const {
+  return piece.isOwn ? viewOf(piece.own) : viewOf(source_).substr(piece.begin, piece.size);
+}
+
+void CalendarText::replace(std::size_t piece, QByteArray bytes) {
+  pieces_[piece].own = std::move(bytes);
+  pieces_[piece].isOwn = true;
+  changed_ = true;
+}
+
+QByteArray CalendarText::text() const {
+  if (!changed_)
+    return source_;
+  std::size_t size = 0;
+  for (const Piece& piece : pieces_)
+    size += bytes(piece).size();
+  QByteArray result;
+  result.reserve(static_cast<qsizetype>(size));
+  for (const Piece& piece : pieces_)
+    result.append(bytes(piece).data(), static_cast<qsizetype>(bytes(piece).size()));
+  return result;
+}
+
+QByteArray CalendarText::text(const Todo& todo) const {
+  const int number = pieces_[todo.piece].calendar;
+  const Calendar& calendar = calendars_[static_cast<std::size_t>(number)];
+  std::vector<std::size_t> parts = todo.overrides;
+  parts.push_back(todo.piece);
+  std::vector<std::string> zones;
+  for (const std::size_t part : parts) {
+    std::vector<std::string> more = zoneIdsIn(bytes(pieces_[part]));
+    zones.insert(zones.end(), std::make_move_iterator(more.begin()),
+                 std::make_move_iterator(more.end()));
+  }
+  std::sort(zones.begin(), zones.end());
+  zones.erase(std::unique(zones.begin(), zones.end()), zones.end());
+  for (const std::string& id : zones)
+    if (const Piece* piece = zonePiece(number, id))
+      parts.push_back(static_cast<std::size_t>(piece - pieces_.data()));
+
+  if (calendars_.size() == 1 && parts.size() == components_)
+    return text();
+  parts.insert(parts.end(), calendar.linePieces.begin(), calendar.linePieces.end());
+  std::sort(parts.begin(), parts.end());
+  QByteArray result;
+  for (const std::size_t part : parts) {
+    const std::string_view added = bytes(pieces_[part]);
+    result.append(added.data(), static_cast<qsizetype>(added.size()));
+  }
+  return result;
+}
+
+int CalendarText::appendableCalendar() {
+  for (std::size_t i = calendars_.size(); i > 0; --i)
+    if (calendars_[i - 1].isVersion2)
+      return static_cast<int>(i - 1);
+  const QByteArray end = QByteArray::fromStdString(lineEnd_);
+  const auto addLines = [&](const QByteArray& lines) {
+    Piece piece;
+    piece.kind = PieceKind::calendarLines;
+    piece.calendar = static_cast<int>(calendars_.size());
+    piece.isOwn = true;
+    piece.own = lines;
+    pieces_.push_back(std::move(piece));
+  };
+  const bool needsEnd = !source_.isEmpty() && lineEndOf(viewOf(source_)).empty();
+  addLines((needsEnd ? end : QByteArray()) + "BEGIN:VCALENDAR" + end + "VERSION:2.0" + end +
+           "PRODID:" + productId.data() + end);
+  addLines("END:VCALENDAR" + end);
+  Calendar calendar;
+  calendar.isVersion2 = true;
+  calendar.endPiece = pieces_.size() - 1;
+  calendar.linePieces = {pieces_.size() - 2, pieces_.size() - 1};
+  calendars_.push_back(std::move(calendar));
+  changed_ = true;
+  return static_cast<int>(calendars_.size()) - 1;
+}
+
+std::size_t CalendarText::insert(int calendar, PieceKind kind, const QByteArray& bytes) {
+  Calendar& target = calendars_[static_cast<std::size_t>(calendar)];
+  Piece piece;
+  piece.kind = kind;
+  piece.calendar = calendar;
+  piece.isOwn = true;
+  piece.own = bytes;
+  const std::size_t place = target.endPiece;
+  pieces_.insert(pieces_.begin() + static_cast<std::ptrdiff_t>(place), std::move(piece));
+  // Calendars that follow are of another version; nothing refers to their pieces.
+  target.endPiece = target.linePieces.back() = place + 1;
+  ++components_;
+  changed_ = true;
+  return place;
+}
+
+void CalendarText::append(const std::vector<QByteArray>& components) {
+  const int calendar = appendableCalendar();
+  Todo todo;
+  for (std::size_t i = 0; i < components.size(); ++i) {
+    const std::size_t piece = insert(calendar, PieceKind::todo, components[i]);
+    if (i == 0)
+      todo.piece = piece;
+    else
+      todo.overrides.push_back(piece);
+  }
+  todos_.push_back(std::move(todo));
+}
+
+void CalendarText::appendZone(const std::string& id, const QByteArray& component) {
+  const int calendar = appendableCalendar();
+  if (zonePiece(calendar, id) != nullptr)
+    return;
+  const std::size_t piece = insert(calendar, PieceKind::timeZone, component);
+  std::vector<TimeZone>& zones = calendars_[static_cast<std::size_t>(calendar)].zones;
+  const auto place =
+      std::upper_bound(zones.begin(), zones.end(), id,
+                       [](const std::string& one, const TimeZone& zone) { return one < zone.id; });
+  zones.insert(place, {id, piece});
+}
+
+std::vector<std::string> zoneIdsIn(std::string_view component) {
+  std::vector<std::string> result;
+  LineSplitter splitter(component);
+  RawLine line;
+  std::string buffer;
+  while (splitter.next(line)) {
+    const std::string_view name = nameOf(line.bytes);
+    if (!line.folded && (name.size() == line.bytes.size() || line.bytes[name.size()] == ':'))
+      continue;  // without parameters
+    const std::optional<ContentLine> content = parseContentLine(unfolded(line, buffer));
+    if (!content || content->parameters.empty())
+      continue;
+    if (std::optional<std::string> id = parameter(content->parameters, "TZID"))
+      result.push_back(std::move(*id));
+  }
+  std::sort(result.begin(), result.end());
+  result.erase(std::unique(result.begin(), result.end()), result.end());
+  return result;
+}
+
+}  // namespace ulo

@@ -1,0 +1,452 @@
+#include "todo_fields.h"
+
+#include "UTIL_TimeConversion.h"
+#include "clock.h"
+#include "foreign_text.h"
+#include "task_dates.h"
+#include "task_words.h"
+#include "uuid.h"
+
+#include <array>
+#include <charconv>
+#include <limits>
+#include <utility>
+
+namespace ulo {
+namespace {
+
+using Task = ZTASK_ENG_Task;
+constexpr std::size_t none = ComponentLines::none;
+
+// RFC 5545, section 3.8.1.11. A status without a word is written as "needs action".
+struct StatusWord {
+  const char* word;
+  Status status;
+};
+constexpr std::array<StatusWord, 4> statusWords = {{{"NEEDS-ACTION", Status::needsAction},
+                                                    {"COMPLETED", Status::completed},
+                                                    {"IN-PROCESS", Status::accepted},
+                                                    {"CANCELLED", Status::declined}}};
+
+const StatusWord& wordOf(int status) {
+  for (const StatusWord& entry : statusWords)
+    if (codeOf(entry.status) == status)
+      return entry;
+  return statusWords.front();
+}
+
+constexpr int lowestPriority = 9;
+
+// The priority that a text can express. A record's class of any other number is low.
+int writtenPriority(int priority) {
+  return priority < 0 || priority > lowestPriority ? lowestPriority : priority;
+}
+
+constexpr int allPercent = 100;
+
+std::optional<int> numberOf(std::string_view text) {
+  text = withoutBlanks(text);
+  int number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (text.empty() || error != std::errc() || end != text.data() + text.size())
+    return std::nullopt;
+  return number;
+}
+
+std::optional<std::int64_t> instantOf(const QDateTime& dateTime) {
+  if (!hasDate(dateTime))
+    return std::nullopt;
+  return UTIL_TimeConversion::toLocalTime(dateTime).toSecsSinceEpoch();
+}
+
+std::optional<std::int64_t> instantOf(const Task& task, Task::TASK_FIELD_T field) {
+  const std::optional<std::int64_t> instant = instantOf(task.getDateTime(field));
+  return instant && hasFourDigitYear(*instant) ? instant : std::nullopt;
+}
+
+void setInstant(Task& task, Task::TASK_FIELD_T field, std::int64_t instant) {
+  task.setDateTime(field, UTIL_TimeConversion::fromUTC(static_cast<long>(instant)));
+}
+
+std::string alarmText(const Task& task) {
+  const QString summary = task.getString(Task::TASK_FIELD_SUMMARY);
+  return summary.isEmpty() ? "Reminder" : valueOfText(summary);
+}
+
+// Reads the fields one by one.
+class FieldReader {
+public:
+  FieldReader(const ComponentLines& lines, const DateReader& reader)
+      : lines_(lines), reader_(reader) {}
+
+  // The value of a property without surrounding blanks; nothing if there is none.
+  [[nodiscard]] std::optional<std::string_view> value(std::string_view name) const {
+    const std::size_t line = lines_.find(name);
+    const std::optional<ContentLine> content = line == none ? std::nullopt : lines_.property(line);
+    return content ? std::optional(withoutBlanks(content->value)) : std::nullopt;
+  }
+
+  // A null text if the property is missing.
+  [[nodiscard]] QString text(std::string_view name) const {
+    const std::size_t line = lines_.find(name);
+    const std::optional<ContentLine> content = line == none ? std::nullopt : lines_.property(line);
+    return content ? decoded(line, content->name, content->value) : QString();
+  }
+
+  [[nodiscard]] QString category() const {
+    const std::size_t line = lines_.find("CATEGORIES");
+    const std::optional<ContentLine> content = line == none ? std::nullopt : lines_.property(line);
+    if (!content)
+      return {};
+    const QString name =
+        decoded(line, content->name, content->value.substr(0, firstValueLength(content->value)))
+            .trimmed();
+    return name.isEmpty() ? QString() : name;
+  }
+
+  [[nodiscard]] int priority() const {
+    const std::optional<std::string_view> text = value("PRIORITY");
+    if (!text)
+      return 0;
+    const std::optional<int> number = numberOf(*text);
+    if (number && *number >= 0 && *number <= lowestPriority)
+      return *number;
+    reader_.problem(lines_, lines_.find("PRIORITY"),
+                    "PRIORITY: not a number from 0 to 9; the to-do has none");
+    return 0;
+  }
+
+  [[nodiscard]] int percent() const {
+    return numberOf(value("PERCENT-COMPLETE").value_or("")).value_or(0);
+  }
+
+  [[nodiscard]] Status status() const {
+    const std::optional<std::string_view> word = value("STATUS");
+    if (!word) {
+      const bool isDone = lines_.find("COMPLETED") != none || percent() == allPercent;
+      return isDone ? Status::completed : Status::needsAction;
+    }
+    for (const StatusWord& entry : statusWords)
+      if (sameName(*word, entry.word))
+        return entry.status;
+    reader_.problem(lines_, lines_.find("STATUS"),
+                    "STATUS: not a known status; \"needs action\" is used");
+    return Status::needsAction;
+  }
+
+  [[nodiscard]] std::optional<std::int64_t> date(std::string_view name) const {
+    const std::size_t line = lines_.find(name);
+    return line == none ? std::nullopt : inRange(line, reader_.read(lines_, line));
+  }
+
+  // Nothing, and a report, for a date that a record cannot hold.
+  [[nodiscard]] std::optional<std::int64_t> inRange(std::size_t line,
+                                                    const std::optional<DateValue>& date) const {
+    if (!date)
+      return std::nullopt;
+    const std::int64_t instant = date->instant();
+    if (isRecordDate(instant))
+      return instant;
+    reader_.problem(lines_, line, "a date outside January 2, 1970 to January 17, 2038 is ignored");
+    return std::nullopt;
+  }
+
+private:
+  [[nodiscard]] QString decoded(std::size_t line, std::string_view name,
+                                std::string_view value) const {
+    bool isLatin1 = false;
+    QString text = textOfValue(value, isLatin1);
+    if (isLatin1)
+      reader_.problem(lines_, line,
+                      QString("%1: not valid UTF-8; read as Latin-1")
+                          .arg(QLatin1String(name.data(), static_cast<qsizetype>(name.size()))));
+    return text;
+  }
+
+  const ComponentLines& lines_;
+  const DateReader& reader_;
+};
+
+// Whether a record's text is what is read from the line, or its truncated beginning.
+bool isSameText(const QString& present, const QString& text, int limit) {
+  const QString written = asWritten(text);
+  if (written == present || (written.isEmpty() && present.isEmpty()))
+    return true;
+  return present.size() > limit &&
+         (written == wholeLetters(present, limit) || written == asWritten(present.left(limit)));
+}
+
+// Replaces the fields one by one.
+class FieldWriter {
+public:
+  FieldWriter(ComponentLines& lines, const Task& task, const DateReader& reader)
+      : lines_(lines), task_(task), reader_(reader), fields_(lines, reader) {}
+
+  bool run() {
+    const std::optional<TodoAlarm> alarm = readAlarm(lines_, readDates(lines_, reader_), reader_);
+    replaceText("SUMMARY", Task::TASK_FIELD_SUMMARY, Task::summaryLimit);
+    replaceText("DESCRIPTION", Task::TASK_FIELD_NOTE, Task::noteLimit);
+    replaceCategory();
+    replacePriority();
+    replaceStatus();
+    replaceEnd();
+    replaceDue();
+    replaceAlarm(alarm.has_value());
+    if (!lines_.isChanged())
+      return false;
+    stampChange(
+        lines_,
+        instantOf(task_, Task::TASK_FIELD_REVISION).value_or(instantOf(engineNow()).value_or(0)));
+    return true;
+  }
+
+private:
+  // Sets the value of the first property with a name; adds one if there is none.
+  void setValue(std::string_view name, const std::string& value) {
+    const std::size_t line = lines_.find(name);
+    const std::optional<ContentLine> content = line == none ? std::nullopt : lines_.property(line);
+    if (!content) {
+      lines_.insert(lines_.endOfProperties(), std::string(name) + ':' + value);
+      return;
+    }
+    std::string replaced(content->name);
+    replaced.append(content->parameters).append(":").append(value);
+    lines_.replace(line, replaced);
+  }
+
+  void removeAll(std::string_view name) {
+    for (std::size_t line = lines_.find(name); line != none; line = lines_.find(name, line))
+      lines_.remove(line);
+  }
+
+  void replaceText(std::string_view name, Task::TASK_FIELD_T field, int limit) {
+    const QString text = task_.getString(field);
+    if (isSameText(fields_.text(name), text, limit))
+      return;
+    if (asWritten(text).isEmpty())
+      removeAll(name);
+    else
+      setValue(name, valueOfText(text));
+  }
+
+  void replaceCategory() {
+    const QString name = asWritten(task_.getString(Task::TASK_FIELD_CATEGORY)).trimmed();
+    if (name == fields_.category() || (name.isEmpty() && fields_.category().isEmpty()))
+      return;
+    const std::size_t line = lines_.find("CATEGORIES");
+    const std::optional<ContentLine> content = line == none ? std::nullopt : lines_.property(line);
+    const std::string_view list = content ? content->value : std::string_view();
+    const std::string_view others = list.substr(firstValueLength(list));
+    if (!name.isEmpty())
+      setValue("CATEGORIES", valueOfText(name) + std::string(others));
+    else if (others.empty())
+      lines_.remove(line);
+    else
+      setValue("CATEGORIES", std::string(others.substr(1)));
+  }
+
+  void replacePriority() {
+    const int priority = writtenPriority(task_.getPriorityValue());
+    if (priority != fields_.priority())
+      setValue("PRIORITY", std::to_string(priority));
+  }
+
+  void replaceStatus() {
+    const Status present = fields_.status();
+    const StatusWord& wanted = wordOf(task_.getStatusValue());
+    if (wanted.status == present)
+      return;
+    setValue("STATUS", wanted.word);
+    if (wanted.status == Status::completed)
+      setValue("PERCENT-COMPLETE", std::to_string(allPercent));
+    else if (present == Status::completed && fields_.percent() == allPercent)
+      setValue("PERCENT-COMPLETE", "0");
+  }
+
+  // Whether a record's date is the one of a line. A line whose date a record cannot hold is the
+  // same as no date.
+  [[nodiscard]] static bool isSameDate(const std::optional<DateValue>& present,
+                                       const std::optional<std::int64_t>& instant) {
+    if (!present)
+      return !instant;
+    return instant ? present->instant() == *instant : !isRecordDate(present->instant());
+  }
+
+  void replaceEnd() {
+    const std::optional<std::int64_t> end = instantOf(task_, Task::TASK_FIELD_END);
+    const std::size_t line = lines_.find("COMPLETED");
+    if (isSameDate(line == none ? std::nullopt : reader_.read(lines_, line), end))
+      return;
+    if (!end)
+      removeAll("COMPLETED");
+    else if (line != none)
+      replaceDate(lines_, line, utcDate(*end), reader_);
+    else
+      lines_.insert(lines_.endOfProperties(), utcDate(*end).line("COMPLETED", ""));
+  }
+
+  void replaceDue() {
+    const TodoDates dates = readDates(lines_, reader_);
+    const std::size_t line = dates.dueLine != none ? dates.dueLine : dates.durationLine;
+    const std::optional<std::int64_t> due = instantOf(task_, Task::TASK_FIELD_DUE);
+    if (isSameDate(dates.due, due))
+      return;
+    if (!due) {
+      removeAll("DUE");
+      removeAll("DURATION");
+    } else if (dates.dueLine != none) {
+      replaceDate(lines_, line, newDue(dates, *due), reader_);
+    } else if (line != none) {
+      lines_.replace(line, newDue(dates, *due).line("DUE", ""));
+    } else {
+      lines_.insert(lines_.endOfProperties(), newDue(dates, *due).line("DUE", ""));
+    }
+  }
+
+  // The form of a due date. It must be a date-time if DTSTART is one.
+  [[nodiscard]] static DateValue newDue(const TodoDates& dates, std::int64_t instant) {
+    const bool startsAtTime = dates.start && dates.start->form != DateForm::day;
+    if (!startsAtTime)
+      if (const std::optional<DateValue> day = localDay(instant))
+        return *day;
+    if (dates.due && dates.due->form != DateForm::day)
+      return dates.due->at(instant);
+    return startsAtTime ? dates.start->at(instant) : utcDate(instant);
+  }
+
+  void replaceAlarm(bool hadAlarm) {
+    const std::optional<TodoAlarm> present = readAlarm(lines_, readDates(lines_, reader_), reader_);
+    const std::optional<std::int64_t> alarm = instantOf(task_, Task::TASK_FIELD_ALARM);
+    if ((present ? std::optional(present->instant) : std::nullopt) == alarm)
+      return;
+    if (!alarm) {
+      lines_.remove(present->range);
+      return;
+    }
+    std::size_t trigger = present ? present->trigger : none;
+    // An alarm that was relative to a date that is no longer there.
+    if (trigger == none && hadAlarm)
+      for (const ComponentLines::Range& range : lines_.nested("VALARM"))
+        if (trigger == none)
+          trigger = lines_.find("TRIGGER", range);
+    const std::string value = dateTimeText(*alarm) + "Z";
+    if (trigger == none) {
+      addAlarm(value);
+      return;
+    }
+    const std::optional<ContentLine> content = lines_.property(trigger);
+    std::string replaced(content->name);
+    replaced.append(";VALUE=DATE-TIME")
+        .append(withoutParameters(content->parameters, {"VALUE", "RELATED", "TZID"}))
+        .append(":")
+        .append(value);
+    lines_.replace(trigger, replaced);
+  }
+
+  void addAlarm(const std::string& trigger) {
+    std::size_t line = lines_.size() - 1;
+    for (const std::string& content :
+         {std::string("BEGIN:VALARM"), std::string("ACTION:DISPLAY"),
+          "DESCRIPTION:" + alarmText(task_), "TRIGGER;VALUE=DATE-TIME:" + trigger,
+          std::string("END:VALARM")})
+      lines_.insert(line++, content, true);
+  }
+
+  ComponentLines& lines_;
+  const Task& task_;
+  const DateReader& reader_;
+  FieldReader fields_;
+};
+
+void setStamp(ComponentLines& lines, std::string_view name, const std::string& value) {
+  const std::size_t line = lines.find(name);
+  const std::optional<ContentLine> content = line == none ? std::nullopt : lines.property(line);
+  if (!content) {
+    lines.insert(lines.endOfProperties(), std::string(name) + ':' + value);
+    return;
+  }
+  const std::string replaced = std::string(content->name) +
+                               withoutParameters(content->parameters, {"VALUE", "TZID"}) + ':' +
+                               value;
+  lines.replace(line, replaced);
+}
+
+}  // namespace
+
+ZTASK_ENG_Task readFields(const ComponentLines& lines, const DateReader& reader) {
+  const FieldReader fields(lines, reader);
+  Task task;
+  task.setString(Task::TASK_FIELD_UUID, fields.text("UID"));
+  task.setString(Task::TASK_FIELD_SUMMARY, fields.text("SUMMARY"));
+  task.setString(Task::TASK_FIELD_NOTE, fields.text("DESCRIPTION"));
+  task.setString(Task::TASK_FIELD_CATEGORY, fields.category());
+  task.setPriority(fields.priority());
+  task.setStatus(codeOf(fields.status()));
+  const auto set = [&](Task::TASK_FIELD_T field, const std::optional<std::int64_t>& instant) {
+    if (instant)
+      setInstant(task, field, *instant);
+  };
+  const TodoDates dates = readDates(lines, reader);
+  if (dates.due)
+    set(Task::TASK_FIELD_DUE,
+        fields.inRange(dates.dueLine != none ? dates.dueLine : dates.durationLine, dates.due));
+  set(Task::TASK_FIELD_END, fields.date("COMPLETED"));
+  set(Task::TASK_FIELD_REVISION, fields.date("LAST-MODIFIED"));
+  if (const std::optional<TodoAlarm> alarm = readAlarm(lines, dates, reader))
+    setInstant(task, Task::TASK_FIELD_ALARM, alarm->instant);
+  return task;
+}
+
+bool replaceFields(ComponentLines& lines, const ZTASK_ENG_Task& task, const DateReader& reader) {
+  return FieldWriter(lines, task, reader).run();
+}
+
+void stampChange(ComponentLines& lines, std::int64_t instant) {
+  const std::string time = dateTimeText(instant) + "Z";
+  setStamp(lines, "DTSTAMP", time);
+  setStamp(lines, "LAST-MODIFIED", time);
+  const std::size_t line = lines.find("SEQUENCE");
+  const std::optional<ContentLine> content = line == none ? std::nullopt : lines.property(line);
+  const int sequence = content ? numberOf(content->value).value_or(0) : 0;
+  const bool canGrow = sequence >= 0 && sequence < std::numeric_limits<int>::max();
+  setStamp(lines, "SEQUENCE", std::to_string(canGrow ? sequence + 1 : 1));
+}
+
+QByteArray newTodo(const ZTASK_ENG_Task& task, const std::string& lineEnd) {
+  std::string text;
+  const auto add = [&](const std::string& line) { text += foldedLine(line, lineEnd); };
+  const auto addText = [&](const char* name, const QString& value) {
+    if (!asWritten(value).isEmpty())
+      add(std::string(name) + ':' + valueOfText(value));
+  };
+  const auto addDate = [&](const char* name, const std::optional<std::int64_t>& instant) {
+    if (instant)
+      add(utcDate(*instant).line(name, ""));
+  };
+  const std::optional<std::int64_t> revision = instantOf(task, Task::TASK_FIELD_REVISION);
+  const QString uuid = task.getString(Task::TASK_FIELD_UUID);
+  add("BEGIN:VTODO");
+  addText("UID", asWritten(uuid).isEmpty() ? generateUuid() : uuid);
+  addDate("DTSTAMP", revision ? revision : instantOf(engineNow()));
+  addDate("LAST-MODIFIED", revision);
+  addText("SUMMARY", task.getString(Task::TASK_FIELD_SUMMARY));
+  addText("DESCRIPTION", task.getString(Task::TASK_FIELD_NOTE));
+  addText("CATEGORIES", task.getString(Task::TASK_FIELD_CATEGORY).trimmed());
+  if (const int priority = writtenPriority(task.getPriorityValue()))
+    add("PRIORITY:" + std::to_string(priority));
+  add(std::string("STATUS:") + wordOf(task.getStatusValue()).word);
+  if (const std::optional<std::int64_t> due = instantOf(task, Task::TASK_FIELD_DUE))
+    add(localDay(*due).value_or(utcDate(*due)).line("DUE", ""));
+  addDate("COMPLETED", instantOf(task, Task::TASK_FIELD_END));
+  if (const std::optional<std::int64_t> alarm = instantOf(task, Task::TASK_FIELD_ALARM)) {
+    add("BEGIN:VALARM");
+    add("ACTION:DISPLAY");
+    add("DESCRIPTION:" + alarmText(task));
+    add("TRIGGER;VALUE=DATE-TIME:" + dateTimeText(*alarm) + "Z");
+    add("END:VALARM");
+  }
+  add("END:VTODO");
+  return QByteArray::fromStdString(text);
+}
+
+}  // namespace ulo

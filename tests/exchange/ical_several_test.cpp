@@ -1,0 +1,193 @@
+// Calendars with several to-dos, overrides and time zones.
+#include "berlin_time.h"
+#include "ical_text.h"
+#include "test_clock.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using Task = ZTASK_ENG_Task;
+
+QByteArray todo(const QByteArray& uid, const QByteArray& lines = {}) {
+  return "BEGIN:VTODO\r\nUID:" + uid + "\r\n" + lines + "END:VTODO\r\n";
+}
+QByteArray overrideOf(const QByteArray& uid, const QByteArray& lines = {}) {
+  return todo(uid, "RECURRENCE-ID:20261202T100000Z\r\n" + lines);
+}
+QByteArray zone(const QByteArray& id) {
+  return "BEGIN:VTIMEZONE\r\nTZID:" + id +
+         "\r\nBEGIN:STANDARD\r\nDTSTART:19700101T000000\r\nTZOFFSETFROM:+0300\r\n"
+         "TZOFFSETTO:+0300\r\nEND:STANDARD\r\nEND:VTIMEZONE\r\n";
+}
+const QByteArray event = "BEGIN:VEVENT\r\nSUMMARY:e\r\nEND:VEVENT\r\n";
+
+std::string uid(const TASK_ENG_Ical& calendar, int todo) {
+  return calendar.task(todo).getString(Task::TASK_FIELD_UUID).toStdString();
+}
+
+TEST(IcalSeveral, CountsComponents) {
+  const TASK_ENG_Ical calendar(calendarOf(zone("A") + event + todo("1") + event + todo("2")));
+  EXPECT_EQ(calendar.count(), 2);
+  EXPECT_EQ(calendar.report().todos, 2);
+  EXPECT_EQ(calendar.report().otherComponents, 2);
+  EXPECT_EQ(calendar.report().failure, TASK_ENG_Ical::none);
+  EXPECT_EQ(uid(calendar, 1), "2");
+}
+
+TEST(IcalSeveral, OverridesBelongToTheirTodo) {
+  const TASK_ENG_Ical calendar(calendarOf(overrideOf("2", "X-A:1\r\n") + todo("1") + todo("2") +
+                                          overrideOf("3") + overrideOf("2", "X-A:2\r\n") +
+                                          overrideOf("") + todo("")));
+  ASSERT_EQ(calendar.count(), 5);
+  EXPECT_EQ(uid(calendar, 0), "1");
+  EXPECT_EQ(uid(calendar, 1), "2");
+  EXPECT_EQ(uid(calendar, 2), "3") << "an override without its to-do";
+  EXPECT_EQ(calendar.text(1).toStdString(),
+            calendarOf(overrideOf("2", "X-A:1\r\n") + todo("2") + overrideOf("2", "X-A:2\r\n"))
+                .toStdString());
+}
+
+TEST(IcalSeveral, TodosWithOneUidAreDifferentOnes) {
+  const TASK_ENG_Ical calendar(calendarOf(todo("1", "X-A:1\r\n") + todo("1", "X-A:2\r\n")));
+  EXPECT_EQ(calendar.count(), 2);
+}
+
+TEST(IcalSeveral, TextOfOneTodoHasItsTimeZones) {
+  const QByteArray text =
+      "\xEF\xBB\xBF"
+      "begin:vcalendar\nVersion:2.0\nX-WR-CALNAME:\n  list\n" +
+      zone("A") + zone("B, \"C\"") + event + "\n" + todo("1", "DUE;TZID=A:20261201T100000\r\n") +
+      todo("2", "DTSTART;VALUE=DATE-TIME\r\n ;TZID=\"B, ^'C^'\":20261201T100000\r\n") +
+      "X-LATE:1\nend:vcalendar\nafter\n";
+  const TASK_ENG_Ical calendar(text);
+  ASSERT_EQ(calendar.count(), 2);
+  EXPECT_EQ(calendar.text(0).toStdString(),
+            ("begin:vcalendar\nVersion:2.0\nX-WR-CALNAME:\n  list\n" + zone("A") +
+             todo("1", "DUE;TZID=A:20261201T100000\r\n") + "X-LATE:1\nend:vcalendar\n")
+                .toStdString());
+  EXPECT_TRUE(calendar.text(1).contains(zone("B, \"C\"")));
+  EXPECT_FALSE(calendar.text(1).contains(zone("A")));
+  EXPECT_EQ(calendar.text(), text);
+}
+
+TEST(IcalSeveral, CalendarWithOneTodoIsReturnedWhole) {
+  const QByteArray text = "\xEF\xBB\xBF\r\n" +
+                          calendarOf(zone("A") + todo("1", "DUE;TZID=A:20261201T100000\r\n")) +
+                          "\r\nafter";
+  EXPECT_EQ(TASK_ENG_Ical(text).text(0), text);
+}
+
+TEST(IcalSeveral, ReplacesEachTodoInItsPlace) {
+  const QByteArray text = calendarOf(todo("1") + event + todo("2") + "X-A:b\r\n" + todo("3"));
+  TASK_ENG_Ical calendar(text);
+  for (const int i : {2, 0}) {
+    Task task = calendar.task(i);
+    task.setPriority(i + 1);
+    EXPECT_TRUE(calendar.replace(i, task));
+    EXPECT_EQ(calendar.task(i).getPriorityValue(), i + 1);
+  }
+  EXPECT_EQ(calendar.text(1), calendarOf(todo("2") + "X-A:b\r\n"));
+  const TASK_ENG_Ical again(calendar.text());
+  EXPECT_EQ(again.task(0).getPriorityValue(), 1);
+  EXPECT_EQ(again.task(1).getPriorityValue(), 0);
+  EXPECT_EQ(again.task(2).getPriorityValue(), 3);
+}
+
+TEST(IcalSeveral, ReadsSeveralCalendars) {
+  const QByteArray old = "BEGIN:VCALENDAR\r\nVERSION:1.0\r\n" + todo("x") + "END:VCALENDAR\r\n";
+  const QByteArray text = calendarOf(zone("A") + todo("1")) + "between\r\n" + old +
+                          calendarOf(todo("2", "DUE;TZID=A:20261201T100000\r\n"));
+  const TASK_ENG_Ical calendar(text);
+  ASSERT_EQ(calendar.count(), 2);
+  EXPECT_EQ(calendar.report().otherComponents, 1);
+  EXPECT_EQ(calendar.text(0), calendarOf(todo("1")));
+  // A time zone counts in its own calendar.
+  EXPECT_EQ(calendar.report().problemCount, 1U);
+  EXPECT_EQ(calendar.text(), text);
+}
+
+TEST(IcalSeveral, AppendsTodos) {
+  TASK_ENG_Ical calendar(calendarOf(todo("1") + "X-A:b\r\n") + "after");
+  Task task;
+  task.setString(Task::TASK_FIELD_UUID, "2");
+  task.setString(Task::TASK_FIELD_SUMMARY, "new");
+  calendar.append(task);
+  calendar.append(
+      TASK_ENG_Ical(calendarOf(zone("A") + zone("B") + event + todo("0") +
+                               todo("3", "DUE;TZID=A:20261201T100000\r\n") + overrideOf("3"))),
+      1);
+  EXPECT_EQ(calendar.count(), 3);
+  EXPECT_EQ(calendar.task(1).getString(Task::TASK_FIELD_SUMMARY), "new");
+  EXPECT_EQ(dateText(calendar.task(2), Task::TASK_FIELD_DUE), "20261201T070000Z");
+  const QByteArray text = calendar.text();
+  EXPECT_TRUE(text.startsWith(calendarOf(todo("1") + "X-A:b\r\n").chopped(15)));
+  EXPECT_TRUE(text.endsWith(zone("A") + todo("3", "DUE;TZID=A:20261201T100000\r\n") +
+                            overrideOf("3") + "END:VCALENDAR\r\nafter"));
+  const TASK_ENG_Ical again(text);
+  ASSERT_EQ(again.count(), 3);
+  EXPECT_EQ(again.text(2), calendar.text(2));
+  // Changes of appended to-dos.
+  task = calendar.task(2);
+  task.setPriority(1);
+  EXPECT_TRUE(calendar.replace(2, task));
+  EXPECT_EQ(TASK_ENG_Ical(calendar.text()).task(2).getPriorityValue(), 1);
+}
+
+TEST(IcalSeveral, AppendsTimeZoneOnce) {
+  TASK_ENG_Ical calendar;
+  const TASK_ENG_Ical other(calendarOf(zone("A") + todo("1", "DUE;TZID=A:20261201T100000\r\n")));
+  calendar.append(other, 0);
+  calendar.append(other, 0);
+  EXPECT_EQ(calendar.text().count("BEGIN:VTIMEZONE"), 1);
+  EXPECT_EQ(calendar.count(), 2);
+}
+
+TEST(IcalSeveral, ReadReturnsTodosWithTheirTexts) {
+  const QByteArray text = calendarOf(todo("1", "RDATE:20270101\r\n") + todo("2", "STATUS:odd\r\n"));
+  TASK_ENG_Ical::Report report;
+  const std::vector<TASK_ENG_Ical::Todo> todos = TASK_ENG_Ical::read(text, &report);
+  ASSERT_EQ(todos.size(), 2U);
+  EXPECT_TRUE(todos[0].repeats);
+  EXPECT_FALSE(todos[1].repeats);
+  EXPECT_EQ(todos[1].text, calendarOf(todo("2", "STATUS:odd\r\n")));
+  EXPECT_EQ(report.todos, 2);
+  EXPECT_EQ(report.problemCount, 1U);
+}
+
+TEST(IcalSeveral, ReportsWhyATextCannotBeRead) {
+  const auto failure = [](const QByteArray& text) {
+    TASK_ENG_Ical::Report report;
+    EXPECT_TRUE(TASK_ENG_Ical::read(text, &report).empty());
+    EXPECT_EQ(TASK_ENG_Ical(text).text(), text);
+    return report.failure;
+  };
+  EXPECT_EQ(failure(""), TASK_ENG_Ical::notCalendar);
+  EXPECT_EQ(failure("Dear Sir"), TASK_ENG_Ical::notCalendar);
+  EXPECT_EQ(failure(todo("1")), TASK_ENG_Ical::notCalendar);
+  EXPECT_EQ(failure("BEGIN:VCALENDAR\r\nVERSION:1.0\r\n" + todo("1") + "END:VCALENDAR\r\n"),
+            TASK_ENG_Ical::notCalendar);
+  EXPECT_EQ(failure(calendarOf(event)), TASK_ENG_Ical::noTodo);
+  EXPECT_EQ(failure(calendarOf(todo("1")).chopped(15)), TASK_ENG_Ical::truncated);
+  EXPECT_EQ(failure(calendarOf("BEGIN:VTODO\r\n")), TASK_ENG_Ical::truncated);
+  EXPECT_EQ(failure(calendarOf("BEGIN:VTODO\r\nUID:1\r\n" + todo("2"))), TASK_ENG_Ical::truncated);
+}
+
+TEST(IcalSeveral, NestedComponentWithoutEndEndsWithTheTodo) {
+  const QByteArray text = calendarOf(todo("1", "BEGIN:VALARM\r\nTRIGGER:20261130T070000Z\r\n") +
+                                     todo("2", "END:VALARM\r\n"));
+  const TASK_ENG_Ical calendar(text);
+  ASSERT_EQ(calendar.count(), 2);
+  EXPECT_EQ(dateText(calendar.task(0), Task::TASK_FIELD_ALARM), "20261130T070000Z");
+  EXPECT_EQ(problemsOf(text), "6: the component ends with the one around it\n"
+                              "11: END without BEGIN is ignored\n");
+}
+
+TEST(IcalSeveral, AppendingToAnUnreadableTextBeginsACalendar) {
+  TASK_ENG_Ical calendar(QByteArray("Dear Sir"));
+  calendar.append(Task());
+  EXPECT_TRUE(calendar.text().startsWith("Dear Sir\r\nBEGIN:VCALENDAR\r\n"));
+  EXPECT_EQ(TASK_ENG_Ical(calendar.text()).count(), 1);
+}
+
+}  // namespace
