@@ -36,6 +36,8 @@ KDE_OUT = {"summary": [KDE_BLANKS], "note": [KDE_BLANKS]}
 KDE_IN = {
     "summary": [THEIR_LINE_BREAKS],
     "note": [THEIR_LINE_BREAKS],
+    "category": [Step(FAULT, "KDE writes a category with a comma as two.",
+                      lambda text: text.split(",")[0])],
     "status": [Step(PEERS, "KDE writes only the statuses that iCalendar 2.0 defines for a to-do, "
                     "and no STATUS for others.",
                     lambda status: status if status in ICAL_STATUS_WORDS else ABSENT),

@@ -149,17 +149,16 @@ class Kde:
         todos = json.loads(out)
         if len(todos) != 1:
             raise RuntimeError(f"KDE's library read {len(todos)} to-dos from {file}")
-        return self._task(todos[0], started)
-
-    def _task(self, todo, started):
+        todo = todos[0]
         revision = todo.get("revision")
-        moment = revision and datetime.datetime.fromisoformat(revision.replace("Z", "+00:00"))
+        if form == VCALENDAR and revision and utc_time(revision).timestamp() >= started:
+            revision = READ
         return Task(summary=todo["summary"] or None, note=todo["note"] or None,
                     category=",".join(todo["categories"]) or None, priority=todo["priority"],
                     status=COMPLETED if todo["isCompleted"] else
                     self.statuses.get(todo["status"], NEEDS_ACTION),
                     due=todo.get("due"), end=todo.get("end"), alarm=todo.get("alarm"),
-                    revision=READ if moment and moment.timestamp() >= started else revision)
+                    revision=revision)
 
     def write(self, task, file, form):
         words = {code: word for word, code in self.statuses.items()}

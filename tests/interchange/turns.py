@@ -253,8 +253,10 @@ class Turns:
         if not stored.alarm:  # the file may contain another one
             expected = dataclasses.replace(expected, alarm=ical_text.utc_text(
                 ical_text.first_alarm(new)[0]))
+        # The time of change is written if a line changes, not if a field is set to what it was.
+        compared = [*COMPARED, "revision"] if self.text(file) != self.imported[file] else COMPARED
         self.compare(file, f"exported after edits of {fields}", expected, dataclasses.replace(
-            ical_text.task_of(self.text(file)), category=None), [*COMPARED, "revision"])
+            ical_text.task_of(self.text(file)), category=None), compared)
 
         categories = ical_text.categories_of(old)[1:]
         if stored.category:
