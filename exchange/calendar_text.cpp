@@ -131,6 +131,7 @@ private:
       cut(offsetOf(line), PieceKind::outside);
       beginLine_ = line.number;
       text_.calendars_.emplace_back();
+      hasVersion_ = false;
     } else if (nesting_.depth() == 1) {
       cut(offsetOf(line), PieceKind::calendarLines);
       beginLine_ = line.number;
@@ -169,8 +170,10 @@ private:
 
   void property(const RawLine& line, std::string_view name) {
     if (nesting_.depth() == 1) {
-      if (sameName(name, "VERSION"))
+      if (!hasVersion_ && sameName(name, "VERSION")) {
+        hasVersion_ = true;
         calendar().isVersion2 = isVersion2(valueOf(line));
+      }
     } else if (nesting_.depth() == 2 && kind_ == PieceKind::todo) {
       if (component_.uid.empty() && sameName(name, "UID"))
         component_.uid = identifier(line);
@@ -244,6 +247,7 @@ private:
   ComponentNesting nesting_;
   std::size_t begin_ = 0;      // of the current piece
   std::size_t beginLine_ = 1;  // its number
+  bool hasVersion_ = false;    // of the current calendar
   PieceKind kind_ = PieceKind::outside;
   Component component_;
   std::vector<std::pair<std::size_t, Component>> components_;  // of the current calendar

@@ -113,6 +113,16 @@ std::size_t ComponentLines::endOfProperties() const {
   return i;
 }
 
+std::size_t ComponentLines::endOfComponents() const {
+  std::size_t end = lines_.size() - 1;
+  const Line& last = lines_[end - 1];
+  if (end == 1 || last.depth == 0 || (last.depth == 1 && sameName(last.name, "END")))
+    return end;
+  while (lines_[end].depth != 1 || !sameName(lines_[end].name, "BEGIN"))
+    --end;
+  return end;
+}
+
 QByteArray ComponentLines::text() const {
   QByteArray result;
   std::size_t size = 0;

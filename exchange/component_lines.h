@@ -56,6 +56,9 @@ public:
   // components.
   [[nodiscard]] std::size_t endOfProperties() const;
 
+  // Where new nested components belong: in front of END, or of a component that lacks its END.
+  [[nodiscard]] std::size_t endOfComponents() const;
+
   [[nodiscard]] bool isChanged() const { return changed_; }
   [[nodiscard]] QByteArray text() const;
 

@@ -34,8 +34,8 @@ struct RecurrenceRule {
   int weekday = 0;
 };
 // Returns nothing for a rule that is malformed, has parts that RFC 5545 does not define, or is one
-// that libical computes incorrectly: BYSETPOS in rules of weeks and shorter, and BYHOUR, BYMINUTE or
-// BYSECOND in rules of hours and shorter.
+// that libical computes incorrectly: BYSETPOS in rules of weeks and shorter, and BYHOUR, BYMINUTE
+// or BYSECOND in rules of hours and shorter.
 std::optional<RecurrenceRule> parseRule(std::string_view text);
 
 // The dates of a rule from `start` on, as wall times, without regard to COUNT and UNTIL. Ends after

@@ -74,8 +74,11 @@ std::string DateValue::line(std::string_view name, std::string_view parameters) 
 }
 
 void DateReader::problem(const ComponentLines& lines, std::size_t line, const QString& text) const {
-  if (report)
-    report(lines.numberOf(line), text);
+  if (!report)
+    return;
+  const std::optional<ContentLine> content = lines.property(line);
+  const QString name = content ? shown(content->name).toUpper() : QString();
+  report(lines.numberOf(line), name + ": " + text);
 }
 
 std::optional<DateValue> DateReader::read(const ComponentLines& lines, std::size_t line) const {
@@ -85,8 +88,7 @@ std::optional<DateValue> DateReader::read(const ComponentLines& lines, std::size
   const std::optional<WallTime> time = parseWallTime(withoutBlanks(content->value));
   if (!time) {
     problem(lines, line,
-            QString("%1: \"%2\" is not a valid date; it is ignored")
-                .arg(shown(content->name), shown(content->value)));
+            QString("\"%1\" is not a valid date; it is ignored").arg(shown(content->value)));
     return std::nullopt;
   }
   DateValue result;
@@ -100,10 +102,18 @@ std::optional<DateValue> DateReader::read(const ComponentLines& lines, std::size
     result.zoneId = std::move(*id);
     if (!result.zone)
       problem(lines, line,
-              QString("%1: the time zone \"%2\" is not known; local time is used")
-                  .arg(shown(content->name), shown(result.zoneId)));
+              QString("the time zone \"%1\" is not known; local time is used")
+                  .arg(shown(result.zoneId)));
   }
   return result;
+}
+
+bool DateReader::isInRange(const ComponentLines& lines, std::size_t line,
+                           std::int64_t instant) const {
+  const bool isIn = isRecordDate(instant);
+  if (!isIn)
+    problem(lines, line, "a date outside January 2, 1970 to January 17, 2038 is ignored");
+  return isIn;
 }
 
 void replaceDate(ComponentLines& lines, std::size_t line, const DateValue& date,
@@ -149,8 +159,7 @@ TodoDates readDates(const ComponentLines& lines, const DateReader& reader) {
   if (duration && canBeWritten(dates.start->plus(*duration).wall))
     dates.due = dates.start->plus(*duration);
   else
-    reader.problem(lines, dates.durationLine,
-                   "DURATION: not a valid duration; the to-do has no due date");
+    reader.problem(lines, dates.durationLine, "not a valid duration; the to-do has no due date");
   return dates;
 }
 
@@ -170,7 +179,7 @@ std::optional<TodoAlarm> readAlarm(const ComponentLines& lines, const TodoDates&
     const std::optional<ContentLine> content =
         alarm.trigger == ComponentLines::none ? std::nullopt : lines.property(alarm.trigger);
     if (!content) {
-      reader.problem(lines, range.begin, "VALARM: an alarm without TRIGGER is ignored");
+      reader.problem(lines, range.begin, "an alarm without TRIGGER is ignored");
       continue;
     }
     const std::string_view value = withoutBlanks(content->value);
@@ -181,7 +190,7 @@ std::optional<TodoAlarm> readAlarm(const ComponentLines& lines, const TodoDates&
       const std::optional<DateValue>& anchor = isEnd ? dates.due : dates.start;
       if (!anchor) {
         reader.problem(lines, alarm.trigger,
-                       "TRIGGER: the to-do has no date to which the alarm is relative");
+                       "the to-do has no date to which the alarm is relative");
         continue;
       }
       date = anchor->plus(*duration);
@@ -191,11 +200,8 @@ std::optional<TodoAlarm> readAlarm(const ComponentLines& lines, const TodoDates&
     if (!date || !canBeWritten(date->wall))
       continue;
     alarm.instant = date->instant();
-    if (!isRecordDate(alarm.instant)) {
-      reader.problem(lines, alarm.trigger, "TRIGGER: a date outside 1970 to 2038 is ignored");
-      continue;
-    }
-    return alarm;
+    if (reader.isInRange(lines, alarm.trigger, alarm.instant))
+      return alarm;
   }
   return std::nullopt;
 }

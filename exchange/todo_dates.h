@@ -47,6 +47,10 @@ struct DateReader {
 
   // Reads the date of a line. Reports one that is not valid, and a zone that is not known.
   [[nodiscard]] std::optional<DateValue> read(const ComponentLines& lines, std::size_t line) const;
+  // Returns isRecordDate(); reports a date that is not one.
+  [[nodiscard]] bool isInRange(const ComponentLines& lines, std::size_t line,
+                               std::int64_t instant) const;
+  // Reports a problem with the property of a line.
   void problem(const ComponentLines& lines, std::size_t line, const QString& text) const;
 };
 

@@ -90,7 +90,7 @@ public:
   [[nodiscard]] QString text(std::string_view name) const {
     const std::size_t line = lines_.find(name);
     const std::optional<ContentLine> content = line == none ? std::nullopt : lines_.property(line);
-    return content ? decoded(line, content->name, content->value) : QString();
+    return content ? decoded(line, content->value) : QString();
   }
 
   [[nodiscard]] QString category() const {
@@ -99,8 +99,7 @@ public:
     if (!content)
       return {};
     const QString name =
-        decoded(line, content->name, content->value.substr(0, firstValueLength(content->value)))
-            .trimmed();
+        decoded(line, content->value.substr(0, firstValueLength(content->value))).trimmed();
     return name.isEmpty() ? QString() : name;
   }
 
@@ -112,7 +111,7 @@ public:
     if (number && *number >= 0 && *number <= lowestPriority)
       return *number;
     reader_.problem(lines_, lines_.find("PRIORITY"),
-                    "PRIORITY: not a number from 0 to 9; the to-do has none");
+                    "not a number from 0 to 9; the to-do has none");
     return 0;
   }
 
@@ -129,8 +128,7 @@ public:
     for (const StatusWord& entry : statusWords)
       if (sameName(*word, entry.word))
         return entry.status;
-    reader_.problem(lines_, lines_.find("STATUS"),
-                    "STATUS: not a known status; \"needs action\" is used");
+    reader_.problem(lines_, lines_.find("STATUS"), "not a known status; \"needs action\" is used");
     return Status::needsAction;
   }
 
@@ -145,21 +143,15 @@ public:
     if (!date)
       return std::nullopt;
     const std::int64_t instant = date->instant();
-    if (isRecordDate(instant))
-      return instant;
-    reader_.problem(lines_, line, "a date outside January 2, 1970 to January 17, 2038 is ignored");
-    return std::nullopt;
+    return reader_.isInRange(lines_, line, instant) ? std::optional(instant) : std::nullopt;
   }
 
 private:
-  [[nodiscard]] QString decoded(std::size_t line, std::string_view name,
-                                std::string_view value) const {
+  [[nodiscard]] QString decoded(std::size_t line, std::string_view value) const {
     bool isLatin1 = false;
     QString text = textOfValue(value, isLatin1);
     if (isLatin1)
-      reader_.problem(lines_, line,
-                      QString("%1: not valid UTF-8; read as Latin-1")
-                          .arg(QLatin1String(name.data(), static_cast<qsizetype>(name.size()))));
+      reader_.problem(lines_, line, "not valid UTF-8; read as Latin-1");
     return text;
   }
 
@@ -344,7 +336,7 @@ private:
   }
 
   void addAlarm(const std::string& trigger) {
-    std::size_t line = lines_.size() - 1;
+    std::size_t line = lines_.endOfComponents();
     for (const std::string& content :
          {std::string("BEGIN:VALARM"), std::string("ACTION:DISPLAY"),
           "DESCRIPTION:" + alarmText(task_), "TRIGGER;VALUE=DATE-TIME:" + trigger,

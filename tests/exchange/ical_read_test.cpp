@@ -127,7 +127,7 @@ TEST(IcalRead, DatesOutsideTheRangeOfRecordsAreReported) {
         "DUE:20380117T230000Z", "DUE:99991231T235959Z", "DUE:00010101T000000Z"}) {
     EXPECT_EQ(due({date}), "-") << date;
     EXPECT_EQ(problemsOf(todoOf({date})),
-              "5: a date outside January 2, 1970 to January 17, 2038 is ignored\n")
+              "5: DUE: a date outside January 2, 1970 to January 17, 2038 is ignored\n")
         << date;
   }
 }
