@@ -1,15 +1,61 @@
 #include "change_task.h"
 
+#include "dates.h"
+#include "stored_text.h"
+#include "task_dates.h"
 #include "task_words.h"
+#include "todo_text.h"
 #include "ulodb2.h"
 #include "write_transaction.h"
 
 namespace ulo {
 namespace {
 
-// Stores a task that was read in the same transaction: it exists, so if the store does not find
-// something, it is the category.
-int update(ZTASK_ENG_Model& store, ChangeReport& report) {
+constexpr auto dueField = ZTASK_ENG_Task::TASK_FIELD_DUE;
+constexpr auto alarmField = ZTASK_ENG_Task::TASK_FIELD_ALARM;
+
+// Moves an alarm that the text defines relative to the due date, if the change left it alone.
+void moveAlarm(const ZTASK_ENG_Task& before, ZTASK_ENG_Task& task, const QByteArray& text) {
+  if (!hasDate(task, dueField) || !hasDate(task, alarmField) ||
+      task.getDateTime(dueField) == before.getDateTime(dueField) ||
+      task.getDateTime(alarmField) != before.getDateTime(alarmField))
+    return;
+  const QByteArray current = TASK_ENG_Ical::write(before, text);
+  if (TASK_ENG_Ical(current).count() > 0)
+    task.setDateTime(alarmField, alarmForDue(current, task.getDateTime(dueField)));
+}
+
+// Moves a task that has become completed to its next date, if it repeats. Sets `text` to its new
+// text then, and leaves it unchanged otherwise.
+void moveToNextDate(ChangeReport& report, QByteArray& text) {
+  ZTASK_ENG_Task task = report.task;
+  task.setStatus(codeOf(Status::needsAction));
+  task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_END, ZTASK_ENG_Task::noDate());
+  task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION, currentLocalTime());
+  TASK_ENG_Ical calendar(TASK_ENG_Ical::write(task, text));
+  if (calendar.count() == 0 || !calendar.repeats(0))
+    return;
+  report.next = calendar.moveToNextDate(0);
+  if (report.next != TASK_ENG_Ical::moved)
+    return;
+  const ZTASK_ENG_Task moved = calendar.task(0);
+  for (const auto field : {dueField, alarmField})
+    task.setDateTime(field, moved.getDateTime(field));
+  report.task = task;
+  text = calendar.text();
+}
+
+// Lets a change follow the task's text.
+void followText(const ZTASK_ENG_Task& before, ChangeReport& report, QByteArray& text) {
+  moveAlarm(before, report.task, text);
+  if (isCompleted(report.task) && !isCompleted(before))
+    moveToNextDate(report, text);
+}
+
+}  // namespace
+
+// The task exists, so if the store does not find something, it is the category.
+int storeTask(ZTASK_ENG_Model& store, ChangeReport& report) {
   const int code = store.updateTask(report.task);
   if (code != TASK_ENG_NOT_FOUND)
     return code;
@@ -24,15 +70,11 @@ int update(ZTASK_ENG_Model& store, ChangeReport& report) {
   return store.updateTask(report.task);
 }
 
-// Reads the task. getTask returns a task without its category if the database cannot read that;
-// storing or restoring it would lose the category.
-int readWhole(ZTASK_ENG_Model& store, unsigned int uid, ZTASK_ENG_Task& task) {
+int readTask(ZTASK_ENG_Model& store, unsigned int uid, ZTASK_ENG_Task& task) {
   const unsigned int failures = DB_FailureCount();
   const int code = store.getTask(uid, task);
   return code == TASK_ENG_OK && DB_FailureCount() != failures ? storeCode(DB_LastResult()) : code;
 }
-
-}  // namespace
 
 int changeTask(ZTASK_ENG_Model& store, unsigned int uid,
                const std::function<void(ZTASK_ENG_Task&)>& change, ChangeReport* report) {
@@ -40,20 +82,32 @@ int changeTask(ZTASK_ENG_Model& store, unsigned int uid,
   if (!transaction)
     return storeCode(transaction.result());
   ChangeReport changed;
-  if (const int code = readWhole(store, uid, changed.task); code != TASK_ENG_OK)
+  if (const int code = readTask(store, uid, changed.task); code != TASK_ENG_OK)
     return code;
+  const ZTASK_ENG_Task before = changed.task;
   change(changed.task);
-  if (const int code = update(store, changed); code != TASK_ENG_OK)
+  QByteArray text;
+  if (const int code = readText(uid, text); code != TASK_ENG_OK)
     return code;
+  QByteArray newText = text;
+  if (!text.isEmpty())
+    followText(before, changed, newText);
+  if (const int code = storeTask(store, changed); code != TASK_ENG_OK)
+    return code;
+  if (newText != text) {
+    if (const int code = storeText(uid, newText); code != TASK_ENG_OK)
+      return code;
+  }
   const int code = storeCode(transaction.commit());
   if (code == TASK_ENG_OK && report != nullptr)
     *report = changed;
   return code;
 }
 
-int setCompleted(ZTASK_ENG_Model& store, unsigned int uid, bool completed) {
+int setCompleted(ZTASK_ENG_Model& store, unsigned int uid, bool completed, ChangeReport* report) {
   const Status status = completed ? Status::completed : Status::needsAction;
-  return changeTask(store, uid, [=](ZTASK_ENG_Task& task) { task.setStatus(codeOf(status)); });
+  return changeTask(
+      store, uid, [=](ZTASK_ENG_Task& task) { task.setStatus(codeOf(status)); }, report);
 }
 
 int removeTask(ZTASK_ENG_Model& store, unsigned int uid, ZTASK_ENG_Task& removed) {
@@ -61,7 +115,7 @@ int removeTask(ZTASK_ENG_Model& store, unsigned int uid, ZTASK_ENG_Task& removed
   if (!transaction)
     return storeCode(transaction.result());
   ZTASK_ENG_Task task;
-  if (const int code = readWhole(store, uid, task); code != TASK_ENG_OK)
+  if (const int code = readTask(store, uid, task); code != TASK_ENG_OK)
     return code;
   if (const int code = store.removeTask(uid); code != TASK_ENG_OK)
     return code;

@@ -35,12 +35,17 @@ std::optional<ShortenedText> shortenToLimit(ZTASK_ENG_Task& task,
   return ShortenedText{field, text.size(), beginning.size()};
 }
 
-int takeIn(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task, std::vector<ShortenedText>* shortened) {
+std::vector<ShortenedText> shortenTexts(ZTASK_ENG_Task& task) {
   std::vector<ShortenedText> reports;
   for (const auto field : {ZTASK_ENG_Task::TASK_FIELD_SUMMARY, ZTASK_ENG_Task::TASK_FIELD_NOTE}) {
     if (const std::optional<ShortenedText> report = shortenToLimit(task, field))
       reports.push_back(*report);
   }
+  return reports;
+}
+
+int takeIn(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task, std::vector<ShortenedText>* shortened) {
+  const std::vector<ShortenedText> reports = shortenTexts(task);
   if (task.getStatusValue() == codeOf(Status::none))
     task.setStatus(codeOf(Status::needsAction));
   task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION, currentLocalTime());

@@ -22,6 +22,9 @@ struct ShortenedText {
 std::optional<ShortenedText> shortenToLimit(ZTASK_ENG_Task& task,
                                             ZTASK_ENG_Task::TASK_FIELD_T field);
 
+// Shortens the summary and the note if they are too long, and returns what was shortened.
+std::vector<ShortenedText> shortenTexts(ZTASK_ENG_Task& task);
+
 // Adds the task and its category in one transaction. Shortens texts that are too long and lists
 // them in `shortened`, sets the status to "needs action" if the task has none, and sets the time of
 // the change to now.

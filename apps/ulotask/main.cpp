@@ -52,7 +52,8 @@ int run(int argc, char** argv) {
     ulotask::printError(std::string("the time zone TZ=\"") + zone +
                         "\" is unknown: times are in UTC");
   ulotask::Session session;
-  CLI::App app("Keeps a to-do list and exchanges it as vCalendar 1.0 texts.", "ulotask");
+  CLI::App app("Keeps a to-do list and exchanges it as vCalendar 1.0 and iCalendar 2.0 texts.",
+               "ulotask");
   app.set_version_flag("--version", "ulotask " ULOTASK_VERSION);
   app.require_subcommand(1);
   app.footer(helpFooter());
@@ -60,6 +61,7 @@ int run(int argc, char** argv) {
   ulotask::addListVerbs(program, session);
   ulotask::addEditVerbs(program, session);
   ulotask::addExchangeVerbs(program, session);
+  ulotask::addIcalVerbs(program, session);
   ulotask::addCategoryVerbs(program, session);
   ulotask::addStatsVerb(program, session);
   ulotask::addChangeVerbs(program, session);

@@ -2,6 +2,7 @@
 
 #include "exit_codes.h"
 #include "store_files.h"
+#include "stored_text.h"
 #include "ulo/data_directory.h"
 #include "ulodb2.h"
 #include "ulodb2_files.h"
@@ -79,6 +80,13 @@ ZTASK_ENG_Task Session::task(unsigned int uid) {
     throw noTask(uid);
   require(code, "reading task " + std::to_string(uid));
   return task;
+}
+
+QString Session::repetition(unsigned int uid) {
+  store();
+  QString words;
+  require(ulo::readRepetition(uid, words), "reading how task " + std::to_string(uid) + " repeats");
+  return words;
 }
 
 void Session::inTransaction(const std::string& what, const std::function<void()>& work) {

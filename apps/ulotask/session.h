@@ -5,6 +5,8 @@
 #include "exit_codes.h"
 #include "output.h"
 
+#include <QString>
+
 #include <functional>
 #include <memory>
 #include <string>
@@ -20,6 +22,8 @@ public:
 
   // The task with this UID. Throws noTask() if there is none.
   ZTASK_ENG_Task task(unsigned int uid);
+  // How the task repeats, in words; empty if it does not.
+  QString repetition(unsigned int uid);
   // Runs `work` in one write transaction: everything that it stores is committed, or nothing. An
   // exception of `work` discards the transaction and is rethrown. Throws a Failure if the
   // transaction cannot begin or commit; its message begins with `what`.

@@ -84,7 +84,13 @@ QJsonObject toJson(const ZTASK_ENG_Task& task) {
   return object;
 }
 
-void printTask(Output& output, const ZTASK_ENG_Task& task) {
+QJsonObject toJson(const ZTASK_ENG_Task& task, bool repeats) {
+  QJsonObject object = toJson(task);
+  object["repeats"] = repeats;
+  return object;
+}
+
+void printTask(Output& output, const ZTASK_ENG_Task& task, const QString& repetition) {
   printField(output, "UID", std::to_string(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID)));
   printField(output, task, summaryField);
   printField(output, "Status", statusWord(task));
@@ -93,6 +99,8 @@ void printTask(Output& output, const ZTASK_ENG_Task& task) {
   printField(output, task, categoryField);
   for (const DateField& field : dateFields)
     printField(output, field.label, shownDate(task, field.field));
+  if (!repetition.isEmpty())
+    printField(output, "Repeats", oneLine(repetition));
   printField(output, task, uuidField);
   printField(output, task, noteField);
 }

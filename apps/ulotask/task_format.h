@@ -6,6 +6,7 @@
 #include "take_in.h"
 
 #include <QJsonObject>
+#include <QString>
 
 #include <string>
 
@@ -13,9 +14,11 @@ namespace ulotask {
 
 // Returns all fields, with dates in UTC and null for fields that are not set.
 QJsonObject toJson(const ZTASK_ENG_Task& task);
+// The same, and whether the task repeats.
+QJsonObject toJson(const ZTASK_ENG_Task& task, bool repeats);
 
-// Prints all fields, one per line.
-void printTask(Output& output, const ZTASK_ENG_Task& task);
+// Prints all fields, one per line. `repetition` says when the task repeats; empty if it does not.
+void printTask(Output& output, const ZTASK_ENG_Task& task, const QString& repetition);
 
 // Says in a sentence that a text was too long.
 std::string sentence(const ulo::ShortenedText& text);

@@ -11,6 +11,7 @@ class Session;
 void addListVerbs(Verb& program, Session& session);      // list, search, show
 void addEditVerbs(Verb& program, Session& session);      // add, edit, done, undone, rm
 void addExchangeVerbs(Verb& program, Session& session);  // import, export
+void addIcalVerbs(Verb& program, Session& session);      // ical merge
 void addCategoryVerbs(Verb& program, Session& session);  // category list, add, rename, rm
 void addStatsVerb(Verb& program, Session& session);      // stats
 void addChangeVerbs(Verb& program, Session& session);    // changes

@@ -1,5 +1,6 @@
 #include "arguments.h"
 #include "change_task.h"
+#include "dates.h"
 #include "exit_codes.h"
 #include "for_each.h"
 #include "session.h"
@@ -70,7 +71,8 @@ void apply(Session& session, const TaskOptions& given, ZTASK_ENG_Task& task) {
 
 void print(Session& session, const char* what, const ZTASK_ENG_Task& task, bool json) {
   if (json)
-    session.output.json(toJson(task));
+    session.output.json(toJson(
+        task, !session.repetition(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID)).isEmpty()));
   else
     session.output.line(what + named(task));
 }
@@ -82,9 +84,26 @@ void add(Session& session, const TaskOptions& options) {
   print(session, "Added ", task, options.json);
 }
 
-// Returns the task as it was stored.
-ZTASK_ENG_Task change(Session& session, unsigned int uid,
-                      const std::function<void(ZTASK_ENG_Task&)>& work) {
+// What became of a repeating task that was completed; empty for any other change.
+std::string sentenceOfNextDate(const ulo::ChangeReport& report) {
+  if (!report.next)
+    return {};
+  switch (*report.next) {
+  case TASK_ENG_Ical::moved: {
+    const std::string due =
+        ulo::formatDate(report.task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE)).toStdString();
+    return "it repeats and has moved to its next date" + (due.empty() ? due : ", " + due);
+  }
+  case TASK_ENG_Ical::lastDate:
+    return "it was its last date";
+  default:
+    return "it repeats, but the next date cannot be computed; it is completed";
+  }
+}
+
+// Returns the change as it was stored.
+ulo::ChangeReport change(Session& session, unsigned int uid,
+                         const std::function<void(ZTASK_ENG_Task&)>& work) {
   ulo::ChangeReport report;
   const int code = ulo::changeTask(session.store(), uid, work, &report);
   if (code == TASK_ENG_NOT_FOUND)
@@ -93,29 +112,32 @@ ZTASK_ENG_Task change(Session& session, unsigned int uid,
   if (report.categoryVanished)
     session.output.notice("the category of " + named(report.task) +
                           " is gone; the task is stored without one");
-  return report.task;
+  return report;
 }
 
 void setStatus(Session& session, const std::vector<std::string>& arguments, ulo::Status status) {
   forEach(session, argumentUids(arguments), [&](unsigned int uid) {
-    const ZTASK_ENG_Task task =
+    const ulo::ChangeReport report =
         change(session, uid, [&](ZTASK_ENG_Task& stored) { stored.setStatus(codeOf(status)); });
+    const std::string next = sentenceOfNextDate(report);
     session.output.line((status == ulo::Status::completed ? "Done: " : "To do again: ") +
-                        named(task));
+                        named(report.task) + (next.empty() ? next : "; " + next));
   });
 }
 
 void edit(Session& session, const std::string& uid, const TaskOptions& options) {
   if (options.isEmpty())
     throw Failure(Exit::usage, "no change is given; see ulotask edit --help");
-  const ZTASK_ENG_Task task = change(session, argumentUid(uid), [&](ZTASK_ENG_Task& stored) {
+  const ulo::ChangeReport report = change(session, argumentUid(uid), [&](ZTASK_ENG_Task& stored) {
     apply(session, options, stored);
     if (options.category)
       require(ulo::ensureCategory(session.store(),
                                   stored.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY)),
               "adding the category");
   });
-  print(session, "Changed ", task, options.json);
+  if (const std::string next = sentenceOfNextDate(report); !next.empty())
+    session.output.notice(named(report.task) + "; " + next);
+  print(session, "Changed ", report.task, options.json);
 }
 
 void remove(Session& session, const std::vector<std::string>& arguments) {
@@ -192,7 +214,8 @@ void addEditVerbs(Verb& program, Session& session) {
     uidVerb.run([uids, work, &session] { work(session, *uids); });
   };
   using Arguments = std::vector<std::string>;
-  addUidVerb("done", "Mark tasks as completed", "ulotask done 7 8",
+  addUidVerb("done", "Mark tasks as completed; a repeating task moves to its next date",
+             "ulotask done 7 8",
              [](Session& s, const Arguments& uids) { setStatus(s, uids, ulo::Status::completed); });
   addUidVerb(
       "undone", "Mark tasks as needing action again", "ulotask undone 7",

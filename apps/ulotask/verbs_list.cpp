@@ -135,10 +135,11 @@ struct ShowOptions {
 
 void show(Session& session, const ShowOptions& options) {
   const ZTASK_ENG_Task task = session.task(argumentUid(options.uid));
+  const QString repetition = session.repetition(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID));
   if (options.json)
-    session.output.json(toJson(task));
+    session.output.json(toJson(task, !repetition.isEmpty()));
   else
-    printTask(session.output, task);
+    printTask(session.output, task, repetition);
 }
 
 void addList(Verb& program, Session& session) {

@@ -33,7 +33,8 @@ const std::string bread = todo("SUMMARY:Buy bread\r\nSTATUS:NEEDS ACTION\r\n");
 
 TEST_F(Import, StoresEachTodo) {
   const std::string name = file("two.vcs", calendar(milk + bread));
-  EXPECT_EQ(succeed({"import", name}).out, "2 tasks imported from " + name + ": UID 1, 2\n");
+  EXPECT_EQ(succeed({"import", name}).out,
+            "2 tasks imported from " + name + " (vCalendar 1.0): UID 1, 2\n");
   const QJsonArray tasks = succeed({"list", "--json"}).array();
   ASSERT_EQ(tasks.size(), 2);
   EXPECT_EQ(tasks[0]["summary"].toString(), "Buy milk");
@@ -58,13 +59,16 @@ TEST_F(Import, SetsMissingStatusAndTimeOfChange) {
     const QDateTime revision = QDateTime::fromString(task["revision"].toString(), Qt::ISODate);
     EXPECT_GE(revision, before);
     EXPECT_LE(revision, QDateTime::currentDateTimeUtc());
-    EXPECT_EQ(task, succeed({"show", "--json", std::to_string(task["uid"].toInt())}).object());
+    EXPECT_EQ(task["import"].toString(), "added");
+    QJsonObject shown = task.toObject();
+    shown.remove("import");
+    EXPECT_EQ(shown, succeed({"show", "--json", std::to_string(task["uid"].toInt())}).object());
   }
 }
 
 TEST_F(Import, ReadsStandardInput) {
   EXPECT_EQ(succeed({"import", "-"}, calendar(milk)).out,
-            "1 task imported from standard input: UID 1\n");
+            "1 task imported from standard input (vCalendar 1.0): UID 1\n");
 }
 
 TEST_F(Import, ReadsWhatPhonesWrite) {
@@ -87,7 +91,8 @@ TEST_F(Import, NamesTheFirstAndLastOfMany) {
   for (int i = 0; i < 11; ++i)
     many += bread;
   EXPECT_EQ(succeed({"import", "-"}, calendar(many)).out,
-            "11 tasks imported from standard input: UID 1, 2, 3, 4, 5, ..., 7, 8, 9, 10, 11\n");
+            "11 tasks imported from standard input (vCalendar 1.0): UID 1, 2, 3, 4, 5, ..., 7, 8, "
+            "9, 10, 11\n");
 }
 
 TEST_F(Import, TruncatesLongTextsAndReportsIt) {
@@ -168,12 +173,12 @@ TEST_F(Import, RejectsDirectory) {
 
 TEST_F(Import, RejectsOtherFiles) {
   expectRefused("", 5, "empty");
-  expectRefused("Dear reader,\nthis is a letter.\n", 5, "not a vCalendar file");
-  expectRefused("BEGIN:VCARD\r\nVERSION:2.1\r\nN:Doe\r\nEND:VCARD\r\n", 5, "not a vCalendar file");
+  expectRefused("Dear reader,\nthis is a letter.\n", 5, "not a calendar file");
+  expectRefused("BEGIN:VCARD\r\nVERSION:2.1\r\nN:Doe\r\nEND:VCARD\r\n", 5, "not a calendar file");
   expectRefused(std::string("\x7f"
                             "ELF\0\0\0\1",
                             8),
-                5, "not a vCalendar file");
+                5, "not a calendar file");
 }
 
 TEST_F(Import, RejectsCalendarWithoutTodo) {
@@ -215,7 +220,7 @@ TEST_F(Import, RejectsNoise) {
   }
   expectRefused(noise, 8, "larger than");
   noise.resize(1'000'000);
-  expectRefused(noise, 5, "not a vCalendar file");
+  expectRefused(noise, 5, "not a calendar file");
 }
 
 TEST_F(Import, StoresNothingIfOneFileIsInvalid) {
@@ -240,7 +245,7 @@ TEST_F(Import, AcceptsFileNamesOfAnyBytes) {
             "END:VTODO\\r\\nEND:VCALENDAR\\r\\n' > \"$HOME\"$'\\xe4.vcs' && "
             "\"$ULOTASK\" import \"$HOME\"$'\\xe4.vcs'");
   EXPECT_EQ(run.code, 0) << run.err;
-  EXPECT_THAT(run.out, HasSubstr("home\uFFFD.vcs: UID 1\n"));
+  EXPECT_THAT(run.out, HasSubstr("home\uFFFD.vcs (vCalendar 1.0): UID 1\n"));
 }
 
 TEST_F(Export, WritesAllTasksInUidOrder) {

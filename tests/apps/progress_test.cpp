@@ -58,7 +58,7 @@ TEST_F(ProgressLine, ShowsCountAndRateAndDisappears) {
   EXPECT_THAT(run.out, HasSubstr("[####################]  10 of 10, "));
   EXPECT_THAT(run.out, testing::ContainsRegex("10 of 10, [0-9]+/s"));
   EXPECT_THAT(screen(run.out), ElementsAre("10 tasks imported from " + path("tasks.vcs") +
-                                           ": UID 1, 2, 3, 4, 5, 6, "
+                                           " (vCalendar 1.0): UID 1, 2, 3, 4, 5, 6, "
                                            "7, 8, 9, 10"));
 }
 

@@ -12,7 +12,9 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <optional>
 #include <pthread.h>
+#include <string_view>
 
 using namespace ulo::odb;
 
@@ -286,6 +288,25 @@ int DB_QueryWithParam(DB_CURSOR* cursor, DB_PARAM block, const char* text, ...) 
 
 int DB_GetTag() {
   return threadTag;
+}
+
+int DB_SetTaskText(int uid, const char* bytes, unsigned int size) {
+  return guarded([&] {
+    require(bytes != nullptr || size == 0, "the text is null");
+    session().setTaskText(uid, {bytes, size});
+  });
+}
+
+int DB_GetTaskText(int uid, const char** bytes, unsigned int* size) {
+  return guarded([&] {
+    require(bytes != nullptr && size != nullptr, "there is no place for the text");
+    *bytes = nullptr;
+    *size = 0;
+    if (const std::optional<std::string_view> text = session().taskText(uid)) {
+      *bytes = text->data();
+      *size = static_cast<unsigned int>(text->size());
+    }
+  });
 }
 
 DB_PARAM DB_PARAM_Open(int count) {

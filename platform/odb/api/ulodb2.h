@@ -111,6 +111,15 @@ ULO_EXPORT int DB_QueryWithParam(DB_CURSOR* cursor, DB_PARAM block, const char* 
  * the UID of its last successful insert with returnuid, whichever came last. Initially 0. */
 ULO_EXPORT int DB_GetTag(void);
 
+/* Sets the text that the task `uid` came with, in the same transaction as other changes of the
+ * task; `size` 0 removes it. The text is `size` bytes of any value. When the task is removed, so is
+ * its text, whichever program removes it. Writes no entry to the journal of changes. Fails with
+ * DB_CONSTRAINT if the task is not stored and with DB_LIMIT if `size` exceeds DB_MAX_TASK_TEXT. */
+ULO_EXPORT int DB_SetTaskText(int uid, const char* bytes, unsigned int size);
+/* Sets *bytes and *size to the text of the task `uid`. *bytes is null if the task has no text or is
+ * not stored; otherwise it is valid until this thread's next call of this function or DB_Close. */
+ULO_EXPORT int DB_GetTaskText(int uid, const char** bytes, unsigned int* size);
+
 /* Creates a block of `count` unbound parameters. Returns null if `count` is not in the range 1 to
  * DB_MAX_PARAMETERS, or if memory is exhausted. */
 ULO_EXPORT DB_PARAM DB_PARAM_Open(int count);

@@ -10,7 +10,8 @@ enum DB_Result {
   DB_UNKNOWN_NAME = 4,  /* the text names a table, index or column that does not exist */
   DB_BAD_PARAMETER = 5, /* a parameter of the text is not bound, or the block is missing */
   DB_BAD_TYPE = 6,      /* a value does not fit the type of its target */
-  DB_CONSTRAINT = 7,    /* the table exists, a key is not unique, or no UID is left */
+  DB_CONSTRAINT = 7,    /* the table exists, a key is not unique, no UID is left, or the task of a
+                           text is not stored */
   DB_BUSY = 8,          /* another process or thread held the lock for too long (now 10 seconds) */
   DB_IO = 9,            /* the file cannot be read or written, or a newer version wrote it */
   DB_NO_MEMORY = 10,    /* this process is out of memory */
@@ -31,6 +32,7 @@ enum DB_Limit {
   DB_MAX_VARIABLES = 64,   /* variables of a script */
   DB_MAX_NAME = 128,       /* bytes of a name */
   DB_MAX_ROWS = 4194304,   /* rows of a result */
+  DB_MAX_TASK_TEXT = 67108864, /* bytes of the text of a task */
   DB_MAX_LOOP_PASSES = 16777216 /* loop passes of one run of a script, all loops together; rows
                                    that the database skips, counts or deletes itself do not count */
 };

@@ -7,6 +7,7 @@
 #include "sqlite/handle.h"
 #include "sqlite/journal.h"
 #include "sqlite/statement.h"
+#include "sqlite/texts.h"
 
 #include <algorithm>
 #include <map>
@@ -66,8 +67,15 @@ public:
     const Handle handle = openFile(sample);
     if (encodingOf(database_) != encodingOf(handle.get()))
       found("the texts are in the encoding " + encodingOf(database_));
-    const auto wanted = schemaOf(handle.get());
+    auto wanted = schemaOf(handle.get());
     const auto present = schemaOf(database_);
+    // Created with the first text, which the sample lacks.
+    const auto& texts = textsSchema();
+    if (std::any_of(texts.begin(), texts.end(),
+                    [&](const auto& entry) { return present.count(entry.first) != 0; })) {
+      for (const auto& [name, sql] : texts)
+        wanted[name] = {name == textsTable ? "table" : "trigger", sql};
+    }
     const bool isOlder = std::none_of(present.begin(), present.end(),
                                       [](const auto& entry) { return isMadeLater(entry.first); });
     for (const auto& [name, entry] : wanted) {
@@ -99,6 +107,18 @@ public:
         found("the UID " + std::to_string(highest) + " of " + table.name +
               " is above the counter, which is " + std::to_string(counter));
     }
+  }
+
+  void checkTexts() {
+    if (defects_ > 0 || !hasTexts(database_))
+      return;
+    const std::int64_t orphans =
+        numberOf(database_, "SELECT count(*) FROM ulo_texts WHERE uid NOT IN (SELECT " +
+                                quoteName(followedTable.uidColumn) + " FROM " +
+                                quoteName(followedTable.name) + ")");
+    if (orphans > 0)
+      found("the table ulo_texts has texts of tasks that are not stored: " +
+            std::to_string(orphans));
   }
 
 private:
@@ -144,6 +164,7 @@ int inspect(sqlite3* database, const std::string& sample, const LineSink& report
   inspector.checkStructure();
   inspector.compareWith(sample);
   inspector.checkCounters();
+  inspector.checkTexts();
   return inspector.defects();
 }
 

@@ -9,6 +9,7 @@
 #include "sqlite/journal.h"
 #include "sqlite/layout.h"
 #include "sqlite/statement.h"
+#include "sqlite/texts.h"
 #include "store_file.h"
 #include "store_layout.h"
 #include "write_ahead_log.h"
@@ -179,6 +180,8 @@ public:
     std::optional<std::int64_t> counter;
   };
   [[nodiscard]] const std::vector<Table>& tables() const { return tables_; }
+  // The texts of tasks by UID, also of tasks that are lost.
+  [[nodiscard]] const std::map<std::int64_t, std::string>& texts() const { return texts_; }
   [[nodiscard]] bool isEmpty() const {
     return std::all_of(tables_.begin(), tables_.end(),
                        [](const Table& table) { return table.rows.empty(); });
@@ -208,12 +211,22 @@ private:
   void take(SalvagedRow&& row) {
     noteCounter(row);
     noteChange(row);
+    if (isText(row)) {
+      texts_.emplace(row.rowid, std::move(row.values[1].bytes));
+      return;
+    }
     for (Table& table : tables_) {
       if (fits(table.shape, row)) {
         table.rows.emplace(row.rowid, std::move(row.values));
         return;
       }
     }
+  }
+
+  // Returns true for a row of the texts: the UID of a task, and bytes.
+  static bool isText(const SalvagedRow& row) {
+    return row.values.size() == 2 && row.values[0].kind == SalvagedValue::Kind::null &&
+           row.values[1].kind == SalvagedValue::Kind::blob;
   }
 
   // Reads a row of SQLite's table of UID counters: a name and a number.
@@ -257,8 +270,10 @@ private:
       if (!isFollowed(table.shape.name))
         continue;
       for (const auto& [uid, fate] : fates_) {
-        if (fate.isRemoved)
+        if (fate.isRemoved) {
           table.rows.erase(uid);
+          texts_.erase(uid);
+        }
       }
     }
   }
@@ -299,6 +314,7 @@ private:
 
   std::string content_;
   std::vector<Table> tables_;
+  std::map<std::int64_t, std::string> texts_;
   std::map<std::int64_t, Fate> fates_;
   std::map<std::string, std::int64_t> lowest_;
 };
@@ -322,7 +338,9 @@ bool copyWhole(const Scratch& scratch, const Remains& remains, const std::string
           return false;
       }
     }
-    return true;
+    Texts texts(handle.get());
+    return std::all_of(remains.texts().begin(), remains.texts().end(),
+                       [&](const auto& each) { return texts.get(each.first).has_value(); });
   } catch (const Failure& failure) {
     if (failure.code() == DB_FULL || failure.code() == DB_IO || failure.code() == DB_NO_MEMORY)
       throw;
@@ -344,6 +362,9 @@ public:
     }
     for (const std::string& sql : triggers)
       execute(database_, sql);
+    Texts texts(database_);
+    for (const auto& [uid, text] : remains_.texts())
+      static_cast<void>(texts.set(uid, text));  // unless the task is lost
     execute(database_, "COMMIT");
   }
 

@@ -15,7 +15,7 @@ constexpr std::size_t largestPage = 65536;
 constexpr unsigned char tableLeaf = 0x0D;
 constexpr std::size_t leafHeader = 8;
 // Larger than any row that the engine stores.
-constexpr std::uint64_t largestPayload = std::uint64_t{64} << 20;
+constexpr std::uint64_t largestPayload = std::uint64_t{65} << 20;
 constexpr std::size_t mostColumns = 64;
 
 std::uint64_t bigEndian(std::string_view bytes, std::size_t at, std::size_t size) {

@@ -6,6 +6,7 @@
 #include "sqlite/binding.h"
 #include "sqlite/journal.h"
 #include "sqlite/schema.h"
+#include "sqlite/texts.h"
 
 namespace ulo::odb {
 
@@ -60,8 +61,10 @@ void Executable::run(Run& run) {
 void Executable::runCreate(const Statement& statement) {
   const bool isTable = statement.kind == Statement::Kind::createTable;
   SqlStatement(database_, isTable ? createTableSql(statement) : createIndexSql(statement)).run();
-  if (isTable && isFollowed(statement.table))
+  if (isTable && isFollowed(statement.table)) {
+    dropTexts(database_);
     beginJournal(database_);
+  }
 }
 
 void Executable::runInsert(Run& run) {

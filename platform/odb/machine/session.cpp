@@ -12,21 +12,24 @@ namespace ulo::odb {
 // was called.
 class Session::Scope {
 public:
-  Scope(Session& session, const Program& program) : session_(session) {
+  struct Need {
+    bool writes;
+    bool transaction;  // not only SQLite's implicit one
+  };
+
+  Scope(Session& session, const Program& program) : Scope(session, needOf(program)) {}
+  Scope(Session& session, Need need) : session_(session) {
     session.endStaleTransaction();
-    const bool single = program.statement && program.statement->kind == Statement::Kind::insert;
     if (session.inTransaction_) {
       if (!session.connection_.inTransaction())
         throw Failure(DB_TRANSACTION, "the transaction has failed before; end it first");
-      if (program.writes && !single)
+      if (need.writes && need.transaction)
         open(Connection::Control::save);
     } else if (session.readsTransact_) {
-      if (program.writes)
+      if (need.writes)
         throw Failure(DB_TRANSACTION, "the text writes, and so far all is only read");
-    } else if (program.writes && !single) {
-      open(Connection::Control::beginWrite);
-    } else if (program.needsSnapshot) {
-      open(Connection::Control::beginRead);
+    } else if (need.transaction) {
+      open(need.writes ? Connection::Control::beginWrite : Connection::Control::beginRead);
     }
   }
   Scope(const Scope&) = delete;
@@ -45,6 +48,11 @@ public:
   }
 
 private:
+  static Need needOf(const Program& program) {
+    const bool single = program.statement && program.statement->kind == Statement::Kind::insert;
+    return {program.writes, program.writes ? !single : program.needsSnapshot};
+  }
+
   void open(Connection::Control how) {
     session_.connection_.control(how);
     how_ = how;
@@ -58,7 +66,8 @@ private:
 };
 
 Session::Session(int database)
-    : database_(database), connection_(placeOf(database)), cache_(connection_) {}
+    : database_(database), connection_(placeOf(database)), cache_(connection_),
+      texts_(connection_.handle()) {}
 
 Session::~Session() {
   if (inTransaction_)
@@ -222,8 +231,8 @@ ResultBuffer Session::run(Executable& executable, const std::vector<std::int64_t
     connection_.makeRoomAhead();
   ResultBuffer result = program.script ? ResultBuffer(program.script->buffer) : ResultBuffer();
   Executable::Run current{parameters, numbers, result, std::nullopt};
-  if (program.writes && unfilledBy_ != DB_OK)
-    throw Failure(unfilledBy_, "the database could not be filled; open it again");
+  if (program.writes)
+    requireFilled();
   const bool fills = program.writes && inTransaction_ && connection_.isFilling();
   {
     Scope scope(*this, program);
@@ -242,6 +251,42 @@ ResultBuffer Session::run(Executable& executable, const std::vector<std::int64_t
   if (program.statement && program.statement->kind != Statement::Kind::insert)
     cache_.forget();
   return result;
+}
+
+void Session::requireFilled() const {
+  if (unfilledBy_ != DB_OK)
+    throw Failure(unfilledBy_, "the database could not be filled; open it again");
+}
+
+void Session::setTaskText(std::int64_t uid, std::string_view text) {
+  if (text.size() > DB_MAX_TASK_TEXT)
+    throw Failure(DB_LIMIT, "the text of a task has more than " + std::to_string(DB_MAX_TASK_TEXT) +
+                                " bytes");
+  requireFilled();
+  try {
+    tryToSetTaskText(uid, text);
+  } catch (const Failure& failure) {
+    if (failure.code() != DB_FULL || inTransaction_ || !connection_.makeRoom(text.empty()))
+      throw;
+    tryToSetTaskText(uid, text);
+  }
+}
+
+void Session::tryToSetTaskText(std::int64_t uid, std::string_view text) {
+  Scope scope(*this, Scope::Need{true, true});
+  if (!texts_.set(uid, text))
+    throw Failure(DB_CONSTRAINT, "no task has the UID " + std::to_string(uid));
+  // Callers may not check the commit of such a transaction; they always check DB_EndWrite.
+  if (inTransaction_ && !writesTransact_)
+    connection_.writeOut();
+  scope.keep();
+  if (!inTransaction_)
+    connection_.committed();
+}
+
+std::optional<std::string_view> Session::taskText(std::int64_t uid) {
+  const Scope scope(*this, Scope::Need{false, false});
+  return texts_.get(uid);
 }
 
 void Session::checkFile(const LineSink& line) {

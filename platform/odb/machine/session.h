@@ -5,13 +5,16 @@
 #include "executable.h"
 #include "result_buffer.h"
 #include "sqlite/connection.h"
+#include "sqlite/texts.h"
 #include "text_cache.h"
 
 #include <cstdarg>
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace ulo::odb {
@@ -45,6 +48,10 @@ public:
   // the text sets a tag.
   ResultBuffer run(const char* text, va_list arguments, ParameterView parameters, int* tag);
 
+  // See DB_SetTaskText and DB_GetTaskText in ulodb2.h.
+  void setTaskText(std::int64_t uid, std::string_view text);
+  std::optional<std::string_view> taskText(std::int64_t uid);
+
   // See DB_CheckFile in ulodb2.h.
   void checkFile(const LineSink& line);
 
@@ -62,12 +69,15 @@ private:
   class Scope;
 
   void endStaleTransaction();
+  void requireFilled() const;
+  void tryToSetTaskText(std::int64_t uid, std::string_view text);
   ResultBuffer runText(const char* text, va_list arguments, ParameterView parameters, int* tag);
   void requireTransactionOfCaller() const;
 
   int database_;
   Connection connection_;
   TextCache cache_;
+  Texts texts_;
   bool inTransaction_ = false;  // of the caller or of writes_; SQLite may have ended it
   // Why a text of the open transaction that fills the database has failed. Callers may ignore the
   // result of a single text, but the rows are kept all or none.

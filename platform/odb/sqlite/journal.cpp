@@ -3,7 +3,6 @@
 #include "base/failure.h"
 #include "base/sql_name.h"
 #include "handle.h"
-#include "journal_schema.h"
 #include "statement.h"
 
 #include <algorithm>
@@ -14,9 +13,6 @@
 namespace ulo::odb {
 namespace {
 
-constexpr FollowedTable followedTable{"task_table_task", "UID",
-                                      "{9a4cdb74-34ec-415e-ba36-b8c2a35d0071}"};
-
 // The journal of version 0.1.
 constexpr const char* separateJournal = "/changes.db";
 constexpr const char* filesBeside[] = {"", "-wal", "-shm"};
@@ -26,12 +22,15 @@ void runAll(sqlite3* database, const std::vector<std::string>& statements) {
     execute(database, sql);
 }
 
+// SQL condition for the journal's tables and triggers in SQLite's schema.
+constexpr const char* isPartSql =
+    "(name IN ('ulo_journal', 'ulo_changes') OR name LIKE 'ulo\\_after\\_%' ESCAPE '\\')";
 constexpr int partsOfWholeJournal = 5;
 
 // Returns the names of the journal's tables ("table") or triggers ("trigger").
 std::vector<std::string> partsOfJournal(sqlite3* database, const std::string& type) {
   SqlStatement statement(database, "SELECT name FROM sqlite_schema WHERE type = '" + type +
-                                       "' AND name LIKE 'ulo\\_%' ESCAPE '\\'");
+                                       "' AND " + isPartSql);
   std::vector<std::string> names;
   while (statement.step())
     names.push_back(statement.text(0));
@@ -90,9 +89,9 @@ void beginJournal(sqlite3* database) {
 void adoptJournal(sqlite3* database, const std::string& directory) {
   int parts = 0;
   {
-    SqlStatement schema(database, "SELECT sum(name LIKE 'ulo\\_%' ESCAPE '\\'), "
-                                  "sum(type = 'table' AND name = '" +
-                                      std::string(followedTable.name) + "') FROM sqlite_schema");
+    SqlStatement schema(database, std::string("SELECT sum(") + isPartSql +
+                                      "), sum(type = 'table' AND name = '" + followedTable.name +
+                                      "') FROM sqlite_schema");
     if (!schema.step() || schema.integer(1) == 0)
       return;
     parts = static_cast<int>(schema.integer(0));

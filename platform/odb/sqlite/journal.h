@@ -1,6 +1,8 @@
 // The journal of changes in the database file.
 #pragma once
 
+#include "journal_schema.h"
+
 #include <sqlite3.h>
 
 #include <cstdint>
@@ -8,6 +10,10 @@
 #include <string_view>
 
 namespace ulo::odb {
+
+// The table of the tasks, which the journal follows.
+inline constexpr FollowedTable followedTable{"task_table_task", "UID",
+                                             "{9a4cdb74-34ec-415e-ba36-b8c2a35d0071}"};
 
 // Returns true if the journal follows the rows of the table with this name.
 bool isFollowed(std::string_view table);

@@ -1,0 +1,333 @@
+#include "todo_text.h"
+
+#include "TASK_ENG_Ical.h"
+#include "calendar_text.h"
+#include "component_lines.h"
+#include "content_line.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace ulo {
+namespace {
+
+std::string upper(std::string_view name) {
+  std::string result(name);
+  for (char& c : result)
+    if (c >= 'a' && c <= 'z')
+      c = static_cast<char>(c - 'a' + 'A');
+  return result;
+}
+
+std::vector<std::size_t> piecesOf(const CalendarText::Todo& todo) {
+  std::vector<std::size_t> pieces = todo.overrides;
+  pieces.insert(pieces.begin(), todo.piece);
+  return pieces;
+}
+
+std::vector<std::string_view> todosOf(const CalendarText& calendar) {
+  std::vector<std::string_view> todos;
+  for (const CalendarText::Todo& todo : calendar.todos())
+    for (const std::size_t piece : piecesOf(todo))
+      todos.push_back(calendar.bytes(calendar.pieces()[piece]));
+  return todos;
+}
+
+// An unfolded line of a property.
+struct Property {
+  std::string name;  // in upper case
+  std::string line;
+};
+
+// The content of a component, unfolded.
+struct Content {
+  std::vector<Property> properties;
+  std::vector<std::vector<std::string>> components;  // those directly in it, line by line
+
+  [[nodiscard]] const Property* find(std::string_view name) const {
+    const auto found = std::find_if(properties.begin(), properties.end(),
+                                    [&](const Property& each) { return each.name == name; });
+    return found == properties.end() ? nullptr : &*found;
+  }
+  [[nodiscard]] bool hasLine(const std::string& line) const {
+    return std::any_of(properties.begin(), properties.end(),
+                       [&](const Property& each) { return each.line == line; });
+  }
+  template <typename Names> [[nodiscard]] bool hasOneOf(const Names& names) const {
+    return std::any_of(names.begin(), names.end(),
+                       [&](std::string_view name) { return find(name) != nullptr; });
+  }
+};
+
+Content contentOf(std::string_view component) {
+  Content content;
+  LineSplitter lines(component);
+  RawLine raw;
+  std::string buffer;
+  std::size_t depth = 0;
+  while (lines.next(raw)) {
+    const std::string line(unfolded(raw, buffer));
+    const std::string name = upper(nameOf(line));
+    const bool begins = name == "BEGIN";
+    const bool ends = name == "END";
+    if (begins)
+      ++depth;
+    if (depth > 1) {
+      if (begins && depth == 2)
+        content.components.emplace_back();
+      content.components.back().push_back(line);
+    } else if (!begins && !ends && parseContentLine(line)) {
+      content.properties.push_back({name, line});
+    }
+    if (ends && depth > 0)
+      --depth;
+  }
+  return content;
+}
+
+// Properties that a to-do has once and that belong together: a text with one of them has the state
+// of all.
+constexpr std::array<std::string_view, 3> stateNames = {"STATUS", "COMPLETED", "PERCENT-COMPLETE"};
+constexpr std::array<std::string_view, 2> endNames = {"DUE", "DURATION"};
+// The identity and the version of a to-do.
+constexpr std::array<std::string_view, 5> versionNames = {"UID", "RECURRENCE-ID", "DTSTAMP",
+                                                          "LAST-MODIFIED", "SEQUENCE"};
+// Properties of which a to-do may have several.
+constexpr std::array<std::string_view, 11> listNames = {
+    "ATTACH",     "ATTENDEE", "COMMENT", "CONFERENCE", "CONTACT",       "EXDATE",
+    "RELATED-TO", "IMAGE",    "RDATE",   "RESOURCES",  "REQUEST-STATUS"};
+
+template <typename Names> bool isOneOf(const Names& names, std::string_view name) {
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+// Returns the values of a list, with their escapes.
+std::vector<std::string> valuesOf(std::string_view list) {
+  std::vector<std::string> values;
+  while (true) {
+    const std::size_t length = firstValueLength(list);
+    values.emplace_back(list.substr(0, length));
+    if (length >= list.size())
+      return values;
+    list.remove_prefix(length + 1);
+  }
+}
+
+// Appends the values of a CATEGORIES line to the first such line of the component.
+void addCategories(ComponentLines& lines, const Content& present, const std::string& line) {
+  std::set<std::string> known;
+  for (const Property& property : present.properties) {
+    if (property.name == "CATEGORIES")
+      for (const std::string& value : valuesOf(parseContentLine(property.line)->value))
+        known.insert(value);
+  }
+  const std::size_t at = lines.find("CATEGORIES");
+  const std::optional<ContentLine> content = lines.property(at);
+  if (!content)
+    return;
+  std::string merged(content->name);
+  merged.append(content->parameters).append(":").append(content->value);
+  const std::size_t before = merged.size();
+  for (const std::string& value : valuesOf(parseContentLine(line)->value))
+    if (!value.empty() && known.insert(value).second)
+      merged += "," + value;
+  if (merged.size() > before)
+    lines.replace(at, merged);
+}
+
+long sequenceOf(const Content& content) {
+  const Property* const property = content.find("SEQUENCE");
+  return property == nullptr
+             ? 0
+             : std::strtol(std::string(parseContentLine(property->line)->value).c_str(), nullptr,
+                           10);
+}
+
+void raiseSequence(ComponentLines& lines, const Content& present, const Content& other) {
+  const long sequence = sequenceOf(other);
+  if (sequence <= sequenceOf(present))
+    return;
+  const std::string line = "SEQUENCE:" + std::to_string(sequence);
+  const std::size_t at = lines.find("SEQUENCE");
+  if (at == ComponentLines::none)
+    lines.insert(lines.endOfProperties(), line);
+  else
+    lines.replace(at, line);
+}
+
+void addProperties(ComponentLines& lines, const Content& present, const Content& other) {
+  const bool hasState = present.hasOneOf(stateNames);
+  const bool hasEnd = present.hasOneOf(endNames);
+  for (const Property& property : other.properties) {
+    const auto& [name, line] = property;
+    const bool isKept = isOneOf(versionNames, name) || (isOneOf(stateNames, name) && hasState) ||
+                        (isOneOf(endNames, name) && hasEnd) || present.hasLine(line);
+    if (isKept)
+      continue;
+    if (name == "CATEGORIES" && present.find(name) != nullptr)
+      addCategories(lines, present, line);
+    else if (present.find(name) == nullptr || isOneOf(listNames, name))
+      lines.insert(lines.endOfProperties(), line);
+  }
+}
+
+// The first alarm is a field of a task: if both texts have one, that of the other text is left out.
+void addComponents(ComponentLines& lines, const Content& present, const Content& other) {
+  const auto isAlarm = [](const std::vector<std::string>& component) {
+    return upper(component.front()) == "BEGIN:VALARM";
+  };
+  bool skipAlarm = std::any_of(present.components.begin(), present.components.end(), isAlarm);
+  for (const std::vector<std::string>& component : other.components) {
+    const bool isFirstAlarm = skipAlarm && isAlarm(component);
+    if (isFirstAlarm)
+      skipAlarm = false;
+    if (isFirstAlarm || std::find(present.components.begin(), present.components.end(),
+                                  component) != present.components.end())
+      continue;
+    for (const std::string& line : component)
+      lines.insert(lines.size() - 1, line, true);
+  }
+}
+
+// Returns the component with what only `other` has.
+QByteArray mergedComponent(std::string_view component, std::string_view other) {
+  const Content present = contentOf(component);
+  const Content added = contentOf(other);
+  ComponentLines lines(component);
+  addProperties(lines, present, added);
+  raiseSequence(lines, present, added);
+  addComponents(lines, present, added);
+  return lines.text();
+}
+
+struct FrequencyWord {
+  std::string_view frequency;
+  const char* unit;
+};
+constexpr FrequencyWord frequencyWords[] = {
+    {"SECONDLY", "second"}, {"MINUTELY", "minute"}, {"HOURLY", "hour"}, {"DAILY", "day"},
+    {"WEEKLY", "week"},     {"MONTHLY", "month"},   {"YEARLY", "year"},
+};
+
+// "every 2 weeks", with the rule itself if that has more parts.
+QString describedRule(std::string_view rule) {
+  const QString text = QString::fromUtf8(rule.data(), static_cast<qsizetype>(rule.size()));
+  QString unit;
+  int interval = 1;
+  bool hasMore = false;
+  for (const QString& part : text.toUpper().split(';')) {
+    const QString value = part.section('=', 1);
+    if (part.startsWith("FREQ=")) {
+      for (const FrequencyWord& word : frequencyWords)
+        if (value == QLatin1String(word.frequency.data(), word.frequency.size()))
+          unit = word.unit;
+    } else if (part.startsWith("INTERVAL=")) {
+      interval = value.toInt();
+    } else {
+      hasMore = true;
+    }
+  }
+  if (unit.isEmpty())
+    return text;
+  const QString words = interval > 1 ? QString("every %1 %2s").arg(interval).arg(unit)
+                                     : QString("every %1").arg(unit);
+  return hasMore ? words + " (" + text + ')' : words;
+}
+
+std::string recurrenceOf(std::string_view component) {
+  const Content content = contentOf(component);
+  const Property* const property = content.find("RECURRENCE-ID");
+  return property == nullptr ? std::string() : property->line;
+}
+
+}  // namespace
+
+QByteArray withUid(const QByteArray& text, const QString& uid) {
+  CalendarText calendar(text);
+  const std::string line = "UID:" + valueOfText(uid);
+  const std::vector<CalendarText::Todo> todos = calendar.todos();
+  for (const CalendarText::Todo& todo : todos) {
+    for (const std::size_t piece : piecesOf(todo)) {
+      ComponentLines lines(calendar.bytes(calendar.pieces()[piece]));
+      const std::size_t at = lines.find("UID");
+      if (at == ComponentLines::none)
+        lines.insert(1, line);
+      else
+        lines.replace(at, line);
+      calendar.replace(piece, lines.text());
+    }
+  }
+  return calendar.text();
+}
+
+bool hasSameTodos(const QByteArray& one, const QByteArray& other) {
+  if (one == other)
+    return true;
+  const CalendarText a(one);
+  const CalendarText b(other);
+  return !a.todos().empty() && todosOf(a) == todosOf(b);
+}
+
+QDateTime alarmForDue(const QByteArray& text, const QDateTime& due) {
+  CalendarText calendar(text);
+  const std::size_t piece = calendar.todos().at(0).piece;
+  ComponentLines lines(calendar.bytes(calendar.pieces()[piece]));
+  for (const std::string_view name : endNames) {
+    if (const std::size_t at = lines.find(name); at != ComponentLines::none)
+      lines.remove(at);
+  }
+  lines.insert(lines.endOfProperties(),
+               "DUE:" + due.toUTC().toString("yyyyMMdd'T'HHmmss'Z'").toStdString());
+  calendar.replace(piece, lines.text());
+  return TASK_ENG_Ical(calendar.text()).task(0).getDateTime(ZTASK_ENG_Task::TASK_FIELD_ALARM);
+}
+
+QString repetitionOf(const QByteArray& text) {
+  const TASK_ENG_Ical calendar(text);
+  if (calendar.count() == 0 || !calendar.repeats(0))
+    return {};
+  const CalendarText lines(text);
+  const Content todo = contentOf(lines.bytes(lines.pieces()[lines.todos().at(0).piece]));
+  const Property* const rule = todo.find("RRULE");
+  return rule == nullptr ? QString("on several dates")
+                         : describedRule(parseContentLine(rule->line)->value);
+}
+
+QByteArray mergedTodo(const QByteArray& one, const QByteArray& other) {
+  const auto revisionOf = [](const QByteArray& text) {
+    return TASK_ENG_Ical(text).task(0).getDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION);
+  };
+  const QDateTime first = revisionOf(one);
+  const QDateTime second = revisionOf(other);
+  const QDateTime none = ZTASK_ENG_Task::noDate();
+  const bool isSecond = second != none && (first == none || second > first);
+  CalendarText result(isSecond ? other : one);
+  const CalendarText added(isSecond ? one : other);
+  const CalendarText::Todo present = result.todos().at(0);
+  for (const std::size_t number : piecesOf(added.todos().at(0))) {
+    const std::string_view component = added.bytes(added.pieces()[number]);
+    const std::vector<std::size_t> candidates = piecesOf(present);
+    const auto match = std::find_if(candidates.begin(), candidates.end(), [&](std::size_t piece) {
+      return recurrenceOf(result.bytes(result.pieces()[piece])) == recurrenceOf(component);
+    });
+    if (match != candidates.end())
+      result.replace(*match, mergedComponent(result.bytes(result.pieces()[*match]), component));
+    else
+      result.append({QByteArray(component.data(), static_cast<qsizetype>(component.size()))});
+    const int calendar = added.pieces()[number].calendar;
+    for (const std::string& id : zoneIdsIn(component)) {
+      if (const Piece* const zone = added.zonePiece(calendar, id)) {
+        const std::string_view bytes = added.bytes(*zone);
+        result.appendZone(id, QByteArray(bytes.data(), static_cast<qsizetype>(bytes.size())));
+      }
+    }
+  }
+  return result.text();
+}
+
+}  // namespace ulo

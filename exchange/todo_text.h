@@ -1,0 +1,37 @@
+// Operations on whole to-do texts, beside those of TASK_ENG_Ical. Not installed.
+#pragma once
+
+#include "ulo/export.h"
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QString>
+
+namespace ulo {
+
+// Returns the text with this UID in all of its to-dos and their overrides. All other lines keep
+// their bytes.
+[[nodiscard]] ULO_EXPORT QByteArray withUid(const QByteArray& text, const QString& uid);
+
+// Returns true if both texts have the same to-dos and overrides, byte for byte. Compares neither
+// the lines of the calendar nor its time zones.
+[[nodiscard]] ULO_EXPORT bool hasSameTodos(const QByteArray& one, const QByteArray& other);
+
+// Returns the alarm that the first to-do of the text would have with another due date: another one
+// if the alarm is relative to the due date. Requires: the text contains a to-do.
+[[nodiscard]] ULO_EXPORT QDateTime alarmForDue(const QByteArray& text, const QDateTime& due);
+
+// Describes how the first to-do of the text repeats, in English: "every 2 weeks". Returns an empty
+// text if it does not.
+[[nodiscard]] ULO_EXPORT QString repetitionOf(const QByteArray& text);
+
+// Merges two states of one to-do, of which no common state is known. Requires: each text contains
+// one to-do, and both have the same UID.
+//
+// The result is the text with the later LAST-MODIFIED, or `one` if that is not known. Its lines are
+// kept. What only the other text has is added: properties, alarms, further values of CATEGORIES and
+// of other lists, overrides and time zones. STATUS, COMPLETED and PERCENT-COMPLETE are taken
+// together, and so are DUE and DURATION. SEQUENCE is the higher one.
+[[nodiscard]] ULO_EXPORT QByteArray mergedTodo(const QByteArray& one, const QByteArray& other);
+
+}  // namespace ulo

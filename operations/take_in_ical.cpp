@@ -1,0 +1,109 @@
+#include "take_in_ical.h"
+
+#include "change_task.h"
+#include "dates.h"
+#include "stored_text.h"
+#include "task_dates.h"
+#include "task_uuids.h"
+#include "task_words.h"
+#include "todo_text.h"
+
+namespace ulo {
+namespace {
+
+using Field = ZTASK_ENG_Task::TASK_FIELD_T;
+
+constexpr Field texts[] = {ZTASK_ENG_Task::TASK_FIELD_SUMMARY, ZTASK_ENG_Task::TASK_FIELD_NOTE,
+                           ZTASK_ENG_Task::TASK_FIELD_CATEGORY};
+constexpr Field dates[] = {ZTASK_ENG_Task::TASK_FIELD_DUE, ZTASK_ENG_Task::TASK_FIELD_ALARM,
+                           ZTASK_ENG_Task::TASK_FIELD_END};
+
+bool sameDate(const ZTASK_ENG_Task& a, const ZTASK_ENG_Task& b, Field field) {
+  return hasDate(a, field) == hasDate(b, field) &&
+         (!hasDate(a, field) || a.getDateTime(field) == b.getDateTime(field));
+}
+
+// Sets the fields of `task` in which `changed` differs from `base`.
+void applyChanges(const ZTASK_ENG_Task& base, const ZTASK_ENG_Task& changed, ZTASK_ENG_Task& task) {
+  for (const Field field : texts) {
+    if (changed.getString(field) != base.getString(field))
+      task.setString(field, changed.getString(field));
+  }
+  for (const Field field : dates) {
+    if (!sameDate(changed, base, field))
+      task.setDateTime(field, changed.getDateTime(field));
+  }
+  if (changed.getPriorityValue() != base.getPriorityValue())
+    task.setPriority(changed.getPriorityValue());
+  if (changed.getStatusValue() != base.getStatusValue())
+    task.setStatus(changed.getStatusValue());
+}
+
+// Returns true if the to-do is an earlier state of the one in `base`.
+bool isOlder(const ZTASK_ENG_Task& todo, const ZTASK_ENG_Task& base) {
+  constexpr Field revision = ZTASK_ENG_Task::TASK_FIELD_REVISION;
+  return hasDate(todo, revision) && hasDate(base, revision) &&
+         todo.getDateTime(revision) < base.getDateTime(revision);
+}
+
+}  // namespace
+
+int IcalIntake::find(const std::vector<QString>& uuids) {
+  return findTasks(uuids, uids_);
+}
+
+int IcalIntake::take(const TASK_ENG_Ical::Todo& todo, TakenIn& taken) {
+  const auto known = uids_.constFind(todo.task.getString(ZTASK_ENG_Task::TASK_FIELD_UUID));
+  if (known == uids_.constEnd() || known_ == Known::addAgain)
+    return add(todo, taken);
+  return update(known.value(), todo, taken);
+}
+
+int IcalIntake::add(const TASK_ENG_Ical::Todo& todo, TakenIn& taken) {
+  constexpr Field uuidField = ZTASK_ENG_Task::TASK_FIELD_UUID;
+  ZTASK_ENG_Task task = todo.task;
+  const QString own = task.getString(uuidField);
+  if (own.isEmpty() || uids_.contains(own))
+    task.setString(uuidField, QString());  // the store makes a new one
+  taken = {Taken::added, 0, shortenTexts(task)};
+  if (!hasDate(task, ZTASK_ENG_Task::TASK_FIELD_REVISION))
+    task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION, currentLocalTime());
+  if (const int code = addTask(store_, task); code != TASK_ENG_OK)
+    return code;
+  taken.uid = task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID);
+  const QString uuid = task.getString(uuidField);
+  uids_.insert(uuid, taken.uid);
+  return storeText(taken.uid, uuid == own ? todo.text : withUid(todo.text, uuid));
+}
+
+int IcalIntake::update(unsigned int uid, const TASK_ENG_Ical::Todo& todo, TakenIn& taken) {
+  taken = {Taken::unchanged, uid, {}};
+  QByteArray stored;
+  if (const int code = readText(uid, stored); code != TASK_ENG_OK)
+    return code;
+  if (!stored.isEmpty() && hasSameTodos(stored, todo.text))
+    return TASK_ENG_OK;
+  ChangeReport report;
+  if (const int code = readTask(store_, uid, report.task); code != TASK_ENG_OK)
+    return code;
+  const QByteArray current = TASK_ENG_Ical::write(report.task, stored);
+  if (hasSameTodos(current, todo.text))
+    return TASK_ENG_OK;
+  // Without a stored text, the to-do was made from the task.
+  const TASK_ENG_Ical base(stored.isEmpty() ? current : stored);
+  if (base.count() > 0) {
+    const ZTASK_ENG_Task baseTask = base.task(0);
+    if (isOlder(todo.task, baseTask)) {
+      taken.how = Taken::older;
+      return TASK_ENG_OK;
+    }
+    applyChanges(baseTask, todo.task, report.task);
+  }
+  taken.how = Taken::updated;
+  taken.shortened = shortenTexts(report.task);
+  if (const int code = storeTask(store_, report); code != TASK_ENG_OK)
+    return code;
+  return storeText(uid, todo.text);
+}
+
+}  // namespace ulo

@@ -1,0 +1,62 @@
+// Stores to-dos of iCalendar 2.0 texts that a program imports.
+#pragma once
+
+#include "TASK_ENG_Ical.h"
+#include "ZTASK_ENG_Model.h"
+#include "take_in.h"
+
+#include <QHash>
+#include <QString>
+
+#include <vector>
+
+namespace ulo {
+
+enum class Taken {
+  added,
+  updated,
+  unchanged,  // the to-do contains nothing new
+  older,      // the stored task came with a later text, or was changed later; it is kept
+};
+
+struct TakenIn {
+  Taken how = Taken::added;
+  unsigned int uid = 0;
+  std::vector<ShortenedText> shortened;
+};
+
+// Takes in to-dos and recognizes the tasks that are stored already by their uuid. Require that all
+// calls are part of one write transaction (WriteTransaction). The operations return results of the
+// store; unless it is TASK_ENG_OK, the transaction must be discarded.
+//
+// A to-do whose uuid is unknown, or that has none, is added with the text that it came with. Its
+// revision is its LAST-MODIFIED, or else the current time.
+//
+// A to-do whose uuid is known updates that task and replaces its text. The fields that changed
+// since the stored text get the to-do's values; the others keep the task's, so that changes made
+// here are not lost. A to-do that equals the stored text or the present state of the task changes
+// nothing, not even the revision, and neither does one with an earlier LAST-MODIFIED.
+//
+// Texts that are too long are shortened in the record; the stored text keeps them whole.
+class IcalIntake {
+public:
+  enum class Known { update, addAgain };
+  // With `addAgain`, every to-do is added, with a new uuid if its own is that of a stored task.
+  explicit IcalIntake(ZTASK_ENG_Model& store, Known known = Known::update)
+      : store_(store), known_(known) {}
+
+  // Looks up the uuids of all to-dos that will be taken in, in one pass over the store.
+  [[nodiscard]] int find(const std::vector<QString>& uuids);
+
+  [[nodiscard]] int take(const TASK_ENG_Ical::Todo& todo, TakenIn& taken);
+
+private:
+  int add(const TASK_ENG_Ical::Todo& todo, TakenIn& taken);
+  int update(unsigned int uid, const TASK_ENG_Ical::Todo& todo, TakenIn& taken);
+
+  ZTASK_ENG_Model& store_;
+  Known known_;
+  QHash<QString, unsigned int> uids_;  // by uuid
+};
+
+}  // namespace ulo
