@@ -1,6 +1,6 @@
 """Lets vdirsyncer synchronize two directories in which the same to-dos were changed, with
-`ulotask ical merge` as its command for conflicts. Checks that both files are equal afterwards and
-have the changes of both sides."""
+`ulotask ical merge` as its command for conflicts. Checks that both files are equal afterwards,
+have all lines that only one side has, and the later state of everything else."""
 
 import argparse
 import collections
@@ -19,33 +19,43 @@ from tasks import ZONE
 BASE = 4  # of turn_texts.VARIANTS: a note and two alarms
 
 
+EARLY, LATE = "20270101T120000Z", "20270101T130000Z"
+
+
 @dataclasses.dataclass(frozen=True)
 class Conflict:
-    """A to-do that was changed on both sides: what was added or replaced there, and when. The
-    left side is the later one if `left_time` is greater."""
+    """A to-do that was changed on both sides: the lines that were added or replaced there, by
+    name, and when."""
     name: str
     left: dict
     right: dict
-    left_time: str = "20270101T120000Z"
-    right_time: str = "20270101T130000Z"
-    wanted: dict = dataclasses.field(default_factory=dict)  # where both changed the same line
+    left_time: str = EARLY
+    right_time: str = LATE
 
 
 CONFLICTS = [
-    Conflict("summary and priority", {"SUMMARY": "SUMMARY:Brot kaufen"},
+    Conflict("summary, and later a priority", {"SUMMARY": "SUMMARY:Brot kaufen"},
              {"PRIORITY": "PRIORITY:2"}),
-    Conflict("summary, changed earlier, and due date", {"DUE": "DUE:20270401T100000Z"},
-             {"SUMMARY": "SUMMARY:Obst\\, Gemüse"}, "20270101T140000Z"),
-    Conflict("status and note", {"STATUS": "STATUS:COMPLETED\nCOMPLETED:20270101T120000Z"},
+    Conflict("a priority, and later the summary", {"PRIORITY": "PRIORITY:2"},
+             {"SUMMARY": "SUMMARY:Obst\\, Gemüse"}),
+    Conflict("the summary, and earlier a due date", {"SUMMARY": "SUMMARY:Brot kaufen"},
+             {"DUE": "DUE:20270401T100000Z"}, LATE, EARLY),
+    Conflict("completed, and later the note",
+             {"STATUS": "STATUS:COMPLETED", "COMPLETED": "COMPLETED:20270101T120000Z"},
              {"DESCRIPTION": "DESCRIPTION:another note"}),
-    Conflict("category and a line of another program", {"CATEGORIES": "CATEGORIES:Work"},
+    Conflict("the note, and later completed", {"DESCRIPTION": "DESCRIPTION:another note"},
+             {"STATUS": "STATUS:COMPLETED", "COMPLETED": "COMPLETED:20270101T120000Z"}),
+    Conflict("a category and a line of another program", {"CATEGORIES": "CATEGORIES:Work"},
              {"X-ADDED": "X-ADDED;A=b:on the right side"}),
     Conflict("lines of other programs", {"X-LEFT": "X-LEFT:one"}, {"X-RIGHT": "X-RIGHT:two"}),
-    Conflict("the same field, later on the right side", {"SUMMARY": "SUMMARY:left"},
-             {"SUMMARY": "SUMMARY:right"}, wanted={"SUMMARY": "SUMMARY:right"}),
-    Conflict("the same field, later on the left side", {"SUMMARY": "SUMMARY:left"},
-             {"SUMMARY": "SUMMARY:right"}, "20270101T140000Z", wanted={"SUMMARY": "SUMMARY:left"}),
+    Conflict("the summary on both sides", {"SUMMARY": "SUMMARY:left"},
+             {"SUMMARY": "SUMMARY:right"}),
+    Conflict("the summary on both sides, later on the left one", {"SUMMARY": "SUMMARY:left"},
+             {"SUMMARY": "SUMMARY:right"}, LATE, EARLY),
 ]
+# The merge takes these from one side together.
+STATE = {"STATUS", "COMPLETED", "PERCENT-COMPLETE"}
+STAMPS = {"LAST-MODIFIED", "DTSTAMP", "SEQUENCE"}
 
 
 def base_text(number):
@@ -126,30 +136,44 @@ def file_name(number):
     return f"conflict-{number}.ics"
 
 
-def differences(conflict, base, sides):
-    """Returns what is wrong with the two files after the merge."""
-    merged = sides[0]
-    if merged != sides[1]:
-        yield "the two files differ"
-    lines = collections.Counter((line.path, line.name, line.raw)
-                                for line in ical_text.lines(merged))
-    stamps = {"LAST-MODIFIED", "DTSTAMP", "SEQUENCE"}
-    replaced = {*conflict.left, *conflict.right} | stamps
-    for line in ical_text.lines(base):
-        if line.name not in replaced and not lines[line.path, line.name, line.raw]:
-            yield f"{line.raw} is lost"
-    for name, line in {**conflict.left, **conflict.right, **conflict.wanted}.items():
-        for each in line.split("\n"):
-            if each.encode() + b"\n" not in merged:
-                yield f"the change of {name} is lost: {each}"
-    for (_, _, raw), count in lines.items():
-        if count > max(1, base.count(b"\n" + raw)):
-            yield f"{raw} is contained {count} times"
+class Check:
+    """Compares the two files of each to-do with the files before the merge."""
+    def __init__(self):
+        self.wrong = []
+        # Changes of the earlier side to what the later side has, too, and had not changed. The
+        # merge knows no common state, so it takes the later side for the one that changed it.
+        self.overruled = []
+
+    def add(self, conflict, base, merged):
+        complain = self.wrong.append
+        if merged[0] != merged[1]:
+            complain(f"{conflict.name}: the two files differ")
+        counts = collections.Counter(line.raw for line in ical_text.lines(merged[0]))
+        changed_names = {*conflict.left, *conflict.right}
+        for line in ical_text.lines(base):
+            if line.name not in changed_names | STAMPS and not counts[line.raw]:
+                complain(f"{conflict.name}: {line.raw} is lost")
+        for raw, count in counts.items():
+            if count > max(1, base.count(b"\n" + raw)):
+                complain(f"{conflict.name}: {raw} is contained {count} times")
+
+        early, late = conflict.left, conflict.right
+        if conflict.left_time > conflict.right_time:
+            early, late = late, early
+        late_names = {line.name for line in ical_text.lines(base)} | {*late}
+        for change in (early, late):
+            for name, line in change.items():
+                if counts[line.encode() + b"\n"]:
+                    continue
+                if change is early and late_names & (STATE if name in STATE else {name}):
+                    self.overruled.append(f"{conflict.name}: {line}")
+                else:
+                    complain(f"{conflict.name}: {line} is lost")
 
 
 def run(ulotask, directory):
-    """Returns what is wrong after a run with all conflicts."""
-    vdirsyncer = Vdirsyncer(os.path.abspath(ulotask), directory)
+    """Synchronizes all conflicts."""
+    vdirsyncer = Vdirsyncer(os.path.abspath(ulotask), os.path.abspath(directory))
     left, right = vdirsyncer.sides
     for number in range(len(CONFLICTS)):
         vdirsyncer.write(left, file_name(number), base_text(number))
@@ -159,19 +183,19 @@ def run(ulotask, directory):
         base = base_text(number)
         if vdirsyncer.read(right, file_name(number)) != base:
             raise RuntimeError(f"{file_name(number)} was not copied")
-        vdirsyncer.write(left, file_name(number), changed(base, conflict.left, conflict.left_time))
-        vdirsyncer.write(right, file_name(number), changed(base, conflict.right, conflict.right_time))
+        for side, lines, time in ((left, conflict.left, conflict.left_time),
+                                  (right, conflict.right, conflict.right_time)):
+            vdirsyncer.write(side, file_name(number), changed(base, lines, time))
     vdirsyncer.sync()
-    wrong = []
+    check = Check()
     for number, conflict in enumerate(CONFLICTS):
-        sides = [vdirsyncer.read(side, file_name(number)) for side in vdirsyncer.sides]
-        wrong += [f"{conflict.name}: {what}"
-                  for what in differences(conflict, base_text(number), sides)]
+        check.add(conflict, base_text(number),
+                  [vdirsyncer.read(side, file_name(number)) for side in vdirsyncer.sides])
     before = [vdirsyncer.read(left, file_name(number)) for number in range(len(CONFLICTS))]
     vdirsyncer.sync()
     if before != [vdirsyncer.read(left, file_name(number)) for number in range(len(CONFLICTS))]:
-        wrong.append("another run changed files again")
-    return wrong
+        check.wrong.append("another run changed files again")
+    return check
 
 
 def main():
@@ -179,11 +203,13 @@ def main():
     parser.add_argument("--ulotask", required=True)
     parser.add_argument("--directory", required=True, help="for the files")
     options = parser.parse_args()
-    wrong = run(options.ulotask, options.directory)
+    check = run(options.ulotask, options.directory)
     print(f"vdirsyncer {package_version('vdirsyncer')}: {len(CONFLICTS)} conflicts")
-    for line in wrong:
+    for line in check.overruled:
+        print(f"overruled by the later file: {line}")
+    for line in check.wrong:
         print(f"wrong: {line}", file=sys.stderr)
-    return 1 if wrong else 0
+    return 1 if check.wrong else 0
 
 
 if __name__ == "__main__":

@@ -4,7 +4,7 @@ import re
 
 from engine import STORED
 from steps import FAULT, OURS, PEERS, Refused, Step, joined, nothing
-from tasks import COMPLETED, ICAL_STATUS_WORDS, NEEDS_ACTION, UNKNOWN
+from tasks import COMPLETED, ICAL_STATUS_WORDS, NEEDS_ACTION, NOTE_LIMIT, UNKNOWN
 
 # --- Our writer. ---
 
@@ -79,7 +79,9 @@ TODOMAN_IN = {
     "summary": [Step(PEERS, "Todoman adds no to-do without a summary.",
                      lambda text: text or Refused(), on_none=True), THEIR_LINE_BREAKS],
     "note": [Step(FAULT, "Todoman doubles the line breaks within a note from standard input.",
-                  lambda text: re.sub(r"\n(?!$)", "\n\n", text)), THEIR_LINE_BREAKS],
+                  lambda text: re.sub(r"\n(?!$)", "\n\n", text)), THEIR_LINE_BREAKS,
+             Step(OURS, f"We keep {NOTE_LIMIT} characters of this text.",
+                  lambda text: text[:NOTE_LIMIT])],
     "category": [Step(PEERS, "Todoman's commands cannot set a category.", nothing)],
     "status": [Step(PEERS, "Todoman's commands can only complete or cancel a to-do.",
                     lambda status: status if status in (COMPLETED, 6) else NEEDS_ACTION)],

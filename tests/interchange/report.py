@@ -52,7 +52,10 @@ further alarms, time zones and parameters. Edits by todoman: {theirs}. Edits by 
 
 After each edit, every other field was as before, todoman and the store had the values of the \
 file, and after each edit by `ulotask` all other lines ({lines} in all) were the same bytes in the \
-same order. An edit by todoman writes more than its field, which was predicted each time:
+same order. `import` takes from a file what differs from the text that was imported before. A \
+field that todoman set back to its value in that text therefore kept the value that it had got \
+from `ulotask` since then: {set_back}. An edit by todoman writes more than its field, which was \
+predicted each time:
 
 | what todoman does | times |
 |---|---|
@@ -68,10 +71,12 @@ Its configuration contains
 
     conflict_resolution = ["command", "ulotask", "ical", "merge"]
 
-Afterwards the two files of each to-do were equal, and contained the changes of both sides and all \
-other lines. Where both sides had changed the same field, the later change was kept. vdirsyncer \
-itself removes CR from the line ends of a merged file. `tests/interchange/conflicts.py` lists the \
-changes and repeats this alone.
+Afterwards the two files of each to-do were equal, with every line that only one of them had, and \
+of a property that both had the line of the file with the later `LAST-MODIFIED`. The command knows \
+no earlier state of the files. A change to a property that both have is therefore overruled by the \
+later file even if that had not changed it; {overruled} of the {changes} changes were: \
+{overruled_names}. vdirsyncer itself removes CR from the line ends of a merged file. \
+`tests/interchange/conflicts.py` lists the changes and repeats this alone.
 """
 
 SET = """\
@@ -166,16 +171,23 @@ def section(table):
     return "\n".join(lines) + "\n"
 
 
-def exchanged_files(done):
+def counts(counter):
+    return ", ".join(f"{name} {count}" for name, count in sorted(counter.items()))
+
+
+def exchanged_files(done, merged):
     faults = "\n".join(f"| {kind} | {count} |" for kind, count in sorted(done.theirs.items()))
     return [TURNS.format(files=len(turn_texts.VARIANTS), rounds=turns.ROUNDS, edits=turns.EDITS,
                          theirs=done.edits_of("todoman"), ours=done.edits_of("ulotask"),
-                         lines=done.lines, faults=faults),
+                         lines=done.lines, set_back=counts(done.set_back), faults=faults),
             CONFLICTS.format(version=package_version("vdirsyncer"),
-                             count=len(conflicts.CONFLICTS))]
+                             count=len(conflicts.CONFLICTS), changes=sum(
+                                 len(each.left) + len(each.right) for each in conflicts.CONFLICTS),
+                             overruled=len(merged.overruled), overruled_names="; ".join(
+                                 f"`{name}`" for name in merged.overruled))]
 
 
-def page(engine_version, khal, tables, tasks, same_get, puts, done):
+def page(engine_version, khal, tables, tasks, same_get, puts, done, merged):
     programs = list({table.peer.key: table.peer for table in tables}.values())
     rows = "\n".join(f"| {peer.name} | {peer.version()} | {', '.join(peer.reads)} "
                      f"| {', '.join(peer.writes)} |" for peer in programs)
@@ -189,6 +201,6 @@ def page(engine_version, khal, tables, tasks, same_get, puts, done):
     for peer in programs:
         parts.append(f"## {peer.name}\n")
         parts += [section(table) for table in tables if table.peer is peer]
-    parts += exchanged_files(done)
+    parts += exchanged_files(done, merged)
     parts.append(SET.format(values=values))
     return "\n".join(parts)

@@ -73,15 +73,16 @@ def main():
     turns = Turns(Engine(options.ulotask, os.path.join(options.directory, "turns-store")),
                   os.path.join(options.directory, "turns"), SEED)
     turns.run()
-    conflicting = conflicts.run(options.ulotask, os.path.join(options.directory, "vdirsyncer"))
+    merged = conflicts.run(options.ulotask, os.path.join(options.directory, "vdirsyncer"))
     khal = ical_peers.Khal()
     shown = khal.shown([engine.export(each.uid, ICALENDAR) for each in stored],
                        os.path.join(options.directory, "khal"))
     with open(options.page, "w", encoding="utf-8") as page:
-        page.write(report.page(options.version, khal, tables, tasks, same_get, puts, turns))
+        page.write(report.page(options.version, khal, tables, tasks, same_get, puts, turns,
+                               merged))
     wrong = [*complaints(tables, tasks, same_get, puts),
              *(f"todoman in turns: {line}" for line in turns.ours),
-             *(f"vdirsyncer: {line}" for line in conflicting)]
+             *(f"vdirsyncer: {line}" for line in merged.wrong)]
     if shown != ["One event"]:
         wrong.append(f"khal shows to-dos now: exchange them: {shown}")
     if kde.writes_vcalendar(os.path.join(options.directory, "kde.vcs")):

@@ -66,6 +66,7 @@ class Turns:
         self.imported = {}  # the text of each file when it was last imported
         self.edited = collections.defaultdict(set)  # the fields that we have edited since then
         self.theirs = collections.Counter()  # what todoman lost, by kind
+        self.set_back = collections.Counter()  # edits that we did not recognize, by field
         self.ours = []      # anything else that is wrong
         self.edits = collections.Counter()
         self.lines = 0      # foreign lines that were compared after an edit of ours
@@ -190,16 +191,28 @@ class Turns:
     # --- Our turn. ---
 
     def import_files(self, files):
-        """Imports the files and checks that the store has what the files say."""
+        """Imports the files and checks that the store has what the files say. A field in which a
+        file does not differ from the one that was imported before keeps the value that it got in
+        the store since then."""
+        stored = {file: self.shown(file) for file in files if file in self.uids}
         found = json.loads(self.engine.run("import", "--json",
                                            *(self.path(file) for file in files)))
         for file, task in zip(files, found):
-            self.imported[file] = self.text(file)
-            self.edited[file].clear()
             if self.uids.setdefault(file, task["uid"]) != task["uid"]:
                 self.complain(file, "was imported as another task")
-            self.compare(file, "after import", ical_text.task_of(self.text(file)),
-                         self.engine.task(task), [*COMPARED, "revision"])
+            wanted = ical_text.task_of(self.text(file))
+            self.edited[file].clear()
+            if file in stored:
+                before = ical_text.task_of(self.imported[file])
+                kept = {field: getattr(stored[file], field) for field in COMPARED
+                        if getattr(wanted, field) == getattr(before, field)
+                        and getattr(wanted, field) != getattr(stored[file], field)}
+                wanted = dataclasses.replace(wanted, **kept)
+                self.edited[file].update(kept)
+                for field in kept:
+                    self.set_back[field] += 1
+            self.imported[file] = self.text(file)
+            self.compare(file, "after import", wanted, self.engine.task(task), COMPARED)
         if len(found) != len(files):
             self.complain("import", f"{len(found)} tasks of {len(files)} files")
 
@@ -310,7 +323,6 @@ class Turns:
         for _ in range(ROUNDS):
             self.import_files(self.todoman_edits())
             self.ulotask_edits()
-        self.import_files(files)  # nothing changed since
 
 
 def todoman_date(date):
@@ -344,6 +356,8 @@ def main():
     print(f"{turns.lines} lines of other programs compared after edits by ulotask")
     for kind, count in sorted(turns.theirs.items()):
         print(f"todoman: {kind}: {count}")
+    print(f"fields set back to the value of the last import, not recognized: "
+          f"{dict(turns.set_back)}")
     for line in turns.ours:
         print(f"wrong: {line}", file=sys.stderr)
     return 1 if turns.ours else 0
