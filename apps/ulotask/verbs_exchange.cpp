@@ -67,6 +67,7 @@ constexpr TakenEntry takenEntries[] = {
     {ulo::Taken::updated, "updated", "updated", true},
     {ulo::Taken::unchanged, "unchanged", "unchanged", false},
     {ulo::Taken::older, "older than the stored task and left out", "older", true},
+    {ulo::Taken::repeated, "left out because another with the same UID follows", "repeated", false},
 };
 
 // The import of one calendar: stores its to-dos, or fails.
@@ -101,7 +102,7 @@ private:
     for (const ulo::ShortenedText& text : taken.shortened)
       stored_.notices.push_back(name_ + ", task " + std::to_string(taken.uid) + ": " +
                                 sentence(text));
-    if (!json_)
+    if (!json_ || taken.how == ulo::Taken::repeated)
       return;
     QJsonObject object = toJson(session_.task(taken.uid), repeats);
     object["import"] = entryOf(taken.how).jsonWord;

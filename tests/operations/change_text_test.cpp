@@ -105,6 +105,17 @@ TEST_F(ChangeText, OnlyCompletionMovesTask) {
   EXPECT_EQ(storedText(uid), before);
 }
 
+TEST_F(ChangeText, CompletedTaskStaysWhenEdited) {
+  const unsigned int uid = addText(weekly("\r\nSTATUS:COMPLETED\r\nCOMPLETED:20060306T100000Z"));
+  ulo::ChangeReport report;
+  EXPECT_EQ(ulo::changeTask(
+                store(), uid, [](Task& task) { task.setPriority(1); }, &report),
+            ok);
+  EXPECT_EQ(report.next, std::nullopt);
+  EXPECT_EQ(get(uid).getStatusValue(), 0);
+  EXPECT_EQ(date(uid, due), utc(3, 6, 10));
+}
+
 TEST_F(ChangeText, ChangesOfSameEditMoveAlong) {
   const unsigned int uid = addText(weekly());
   edit(uid, [](Task& task) {
