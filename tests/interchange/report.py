@@ -48,7 +48,8 @@ todoman and `ulotask` edit the same {files} files in turns: {rounds} rounds with
 by each. `ulotask` imports what todoman has changed, and exports each task that it has changed \
 itself to its file. Every file contains at least 24 lines or components that `ulotask` has no \
 field for: `X-` properties and components, `ATTACH`, `ATTENDEE`, `GEO`, `RELATED-TO`, `RRULE`, \
-further alarms, time zones and parameters. Edits by todoman: {theirs}. Edits by `ulotask`: {ours}.
+further alarms, time zones and parameters. Edits by todoman: {theirs}. Edits by `ulotask`: {ours}; \
+{moves} of them completed a repeating task and moved it to its next date.
 
 After each edit, every other field was as before, todoman and the store had the values of the \
 file, and after each edit by `ulotask` all other lines ({lines} in all) were the same bytes in the \
@@ -179,7 +180,7 @@ def exchanged_files(done, merged):
     faults = "\n".join(f"| {kind} | {count} |" for kind, count in sorted(done.theirs.items()))
     return [TURNS.format(files=len(turn_texts.VARIANTS), rounds=turns.ROUNDS, edits=turns.EDITS,
                          theirs=done.edits_of("todoman"), ours=done.edits_of("ulotask"),
-                         lines=done.lines, set_back=counts(done.set_back), faults=faults),
+                         lines=done.lines, moves=done.moves, set_back=counts(done.set_back), faults=faults),
             CONFLICTS.format(version=package_version("vdirsyncer"),
                              count=len(conflicts.CONFLICTS), changes=sum(
                                  len(each.left) + len(each.right) for each in conflicts.CONFLICTS),

@@ -38,7 +38,7 @@ LINES_OF = {
     "summary": {"SUMMARY"}, "note": {"DESCRIPTION"}, "category": {"CATEGORIES"},
     "priority": {"PRIORITY"}, "due": {"DUE", "DURATION"}, "alarm": {"TRIGGER"},
     "status": {"STATUS", "COMPLETED", "PERCENT-COMPLETE"},
-    "end": set(), "repetition": {"DTSTART", "RRULE"},
+    "end": {"COMPLETED"}, "repetition": {"DTSTART", "RRULE"},
 }
 STAMPS = {"DTSTAMP", "LAST-MODIFIED", "SEQUENCE"}
 # The properties that todoman writes anew at each edit, in its own form and without parameters.
@@ -63,12 +63,14 @@ class Turns:
             os.remove(self.cache)
         self.random = random.Random(seed)
         self.uids = {}      # of the task of each file
-        self.imported = {}  # the text of each file when it was last imported
+        self.imported = {}  # the text of each file when it was last imported or moved
+        self.exported = {}  # the text of each file before it was edited by todoman
         self.edited = collections.defaultdict(set)  # the fields that we have edited since then
         self.theirs = collections.Counter()  # what todoman lost, by kind
         self.set_back = collections.Counter()  # edits that we did not recognize, by field
         self.ours = []      # anything else that is wrong
         self.edits = collections.Counter()
+        self.moves = 0      # of repeating tasks to their next date
         self.lines = 0      # foreign lines that were compared after an edit of ours
 
     def path(self, file):
@@ -106,6 +108,7 @@ class Turns:
             self.set_with_todoman(todos[file], field)
             database.save(todos[file])
             self.edits["todoman", field] += 1
+            self.exported[file] = before
             self.check_todoman_kept(file, field, before, self.text(file))
         return files
 
@@ -201,6 +204,7 @@ class Turns:
             if self.uids.setdefault(file, task["uid"]) != task["uid"]:
                 self.complain(file, "was imported as another task")
             wanted = ical_text.task_of(self.text(file))
+            compared = COMPARED
             self.edited[file].clear()
             if file in stored:
                 before = ical_text.task_of(self.imported[file])
@@ -209,10 +213,15 @@ class Turns:
                         and getattr(wanted, field) != getattr(stored[file], field)}
                 wanted = dataclasses.replace(wanted, **kept)
                 self.edited[file].update(kept)
+                if "status" in kept:  # the store sets the end to match
+                    compared = [field for field in COMPARED if field != "end"]
+                    self.edited[file].add("end")
+                exported = ical_text.task_of(self.exported[file])
                 for field in kept:
-                    self.set_back[field] += 1
+                    if getattr(exported, field) == getattr(stored[file], field):
+                        self.set_back[field] += 1
             self.imported[file] = self.text(file)
-            self.compare(file, "after import", wanted, self.engine.task(task), COMPARED)
+            self.compare(file, "after import", wanted, self.engine.task(task), compared)
         if len(found) != len(files):
             self.complain("import", f"{len(found)} tasks of {len(files)} files")
 
@@ -220,31 +229,40 @@ class Turns:
         for file in self.random.sample(sorted(self.uids), EDITS):
             stored = self.shown(file)
             fields = self.random.sample(FIELDS, self.random.choice([1, 1, 2]))
-            self.engine.run("edit", str(self.uids[file]), *(
-                argument for field in fields for argument in self.option(field)))
+            options = [argument for field in fields for argument in self.option(file, field)]
+            self.engine.run("edit", str(self.uids[file]), *options)
             edited = self.shown(file)
             self.engine.run("export", "--format", "icalendar", "--output", self.path(file),
                             str(self.uids[file]))
             for field in fields:
                 self.edits["ulotask", field] += 1
+            # A repeating task that is completed moves to its next date instead.
+            moved = "completed" in options and edited.status == NEEDS_ACTION
             if "status" in fields:
                 fields += ["end"]
-                if b"RRULE" in self.text(file):
-                    fields += ["due", "alarm", "repetition"]  # the next date
+            if moved:
+                fields += ["due", "alarm", "repetition"]
+                self.moves += 1
             if "due" in fields:
                 fields += ["alarm"]  # a relative one moves
             self.compare(file, f"after edit of {fields}", stored, edited,
                          [field for field in COMPARED if field not in fields])
             self.edited[file].update(fields)
             self.check_we_kept(file, edited)
+            if moved:
+                self.imported[file] = self.text(file)
+                self.edited[file].clear()
 
-    def option(self, field):
+    def option(self, file, field):
         if field in ("due", "alarm"):
             value = self.random.choice(["none", self.some_date(), self.some_date()])
         elif field == "priority":
             value = str(self.random.randint(0, 9))
         elif field == "status":
-            value = self.random.choice(["completed", "needs-action", "accepted", "declined"])
+            repeats = any(line.path == "VTODO" and line.name == "RRULE"
+                          for line in ical_text.lines(self.text(file)))
+            value = "completed" if repeats else self.random.choice(
+                ["completed", "needs-action", "accepted", "declined"])
         elif field == "note":
             value = self.random.choice(["", self.some_text(1000)])
         elif field == "category":
@@ -281,7 +299,7 @@ class Turns:
         if "alarm" in fields:
             old = without_first_alarm(old)
             new = without_first_alarm(new) if stored.alarm else new
-        names = set.union(STAMPS, *(LINES_OF[field] for field in fields))
+        names = STAMPS.union(*(LINES_OF[field] for field in fields))
         kept = [[line.raw for line in each if line.name not in names
                  or not line.path.startswith("VTODO")] for each in (old, new)]
         self.lines += len(kept[0])
@@ -353,6 +371,7 @@ def main():
     turns.run()
     for who in ("todoman", "ulotask"):
         print(f"edits by {who}: {turns.edits_of(who)}")
+    print(f"{turns.moves} repeating tasks moved to their next date")
     print(f"{turns.lines} lines of other programs compared after edits by ulotask")
     for kind, count in sorted(turns.theirs.items()):
         print(f"todoman: {kind}: {count}")
