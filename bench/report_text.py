@@ -18,6 +18,7 @@ SECTIONS = [
     ("Pages of ten tasks", r"^page\."),
     ("Whole tasks", r"^(range|category|match|getAllTasks)"),
     ("vTodo text (size: to-dos in the file)", r"^vtodo\."),
+    ("iCalendar 2.0 text (size: to-dos in the text)", r"^ical\."),
 ]
 
 # Operations whose time is plotted against the size, and their colors.
@@ -189,7 +190,7 @@ def targets_table():
 def document(figures, disk, seconds):
     return f"""# Benchmarks
 
-Each operation of the store and of the vTodo codec is compared with the same work written by hand, using SQLite's C interface or the vObject library alone. Both sides run in one process, on files with the same content, schema, indexes, pragmas and durability (write-ahead log, `synchronous=FULL`, a journal entry for each change), and the hand-written side keeps its prepared statements. Before a pair is timed, its results are compared; if they differ, the run stops. {verdict(figures)}.
+Each operation of the store and of the codecs is compared with the same work written by hand, using SQLite's C interface, the vObject library or libical alone. Both sides run in one process, on files with the same content, schema, indexes, pragmas and durability (write-ahead log, `synchronous=FULL`, a journal entry for each change), and the hand-written side keeps its prepared statements. Before a pair is timed, its results are compared; if they differ, the run stops. {verdict(figures)}.
 
 ![Ratios and times](benchmarks.svg)
 
@@ -210,6 +211,7 @@ bench/instructions                  # instructions for each call, by part of the
 - *ratio* is our time divided by the hand-written one: the median of the ratios of all repetitions. In each repetition the two sides run one after the other (if they wait for the disk, call by call), so that other load on the machine slows both.
 - *growth* is the time for each record (for each call, if there is at most one record) divided by that at the preceding size. The value of the hand-written side is in parentheses.
 - The log is off, the time zone has daylight saving. Tasks have a summary of 5 to 60 characters, a third of them have a note of 50 to 400 characters, two thirds have a due date, and there are 20 categories.
+- `ical.read` is compared with libical reading the text into its tree, and `ical.edit`, which replaces a summary, with libical reading the text, replacing the summary and writing the text anew.
 - `getAllTasks` is a match with an empty example. `page` reads ten tasks. `range` and `category` return about a twentieth of the tasks.
 
 Targets (for stores of {TARGETS_FROM:,} tasks and more; growth counts for larger ones, and only if the time of the hand-written side does not grow as much):
@@ -224,7 +226,7 @@ Reading most of the records ({", ".join(HEAP_TARGET_LISTS)}) takes at most {HEAP
 
 def write_plot(figures, path, directory):
     """Plots the ratio of each operation at each size, and times against sizes."""
-    operations = [name for name in figures.operations() if not name.startswith("vtodo.")]
+    operations = [name for name in figures.operations() if not name.startswith(("vtodo.", "ical."))]
     sizes = sorted({row.size for row in figures.rows if row.operation in operations})
     script = [f"set terminal svg size 1100,{300 + 16 * len(operations) + 560} "
               "font 'sans-serif,11' background '#ffffff'",

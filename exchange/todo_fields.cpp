@@ -406,8 +406,11 @@ void stampChange(ComponentLines& lines, std::int64_t instant) {
   const std::size_t line = lines.find("SEQUENCE");
   const std::optional<ContentLine> content = line == none ? std::nullopt : lines.property(line);
   const int sequence = content ? numberOf(content->value).value_or(0) : 0;
-  const bool canGrow = sequence >= 0 && sequence < std::numeric_limits<int>::max();
-  setStamp(lines, "SEQUENCE", std::to_string(canGrow ? sequence + 1 : 1));
+  constexpr int last = std::numeric_limits<int>::max();
+  setStamp(lines, "SEQUENCE",
+           std::to_string(sequence < 0       ? 1
+                          : sequence == last ? last
+                                             : sequence + 1));
 }
 
 QByteArray newTodo(const ZTASK_ENG_Task& task, const std::string& lineEnd) {

@@ -298,6 +298,22 @@ TEST_F(IcalWrite, StampsAreThoseOfTheTask) {
             "+SEQUENCE:42\n+SUMMARY:b\n");
 }
 
+TEST_F(IcalWrite, SequenceEndsAtItsLastNumber) {
+  const auto next = [](const QByteArray& sequence) {
+    TASK_ENG_Ical calendar(todoOf({"SEQUENCE:" + sequence}));
+    Task task = calendar.task(0);
+    task.setPriority(1);
+    EXPECT_TRUE(calendar.replace(0, task));
+    const QByteArray text = calendar.text();
+    const qsizetype at = text.indexOf("SEQUENCE:") + 9;
+    return text.mid(at, text.indexOf("\r\n", at) - at).toStdString();
+  };
+  EXPECT_EQ(next("2147483646"), "2147483647");
+  EXPECT_EQ(next("2147483647"), "2147483647");
+  EXPECT_EQ(next("many"), "1");
+  EXPECT_EQ(next("-5"), "1");
+}
+
 TEST_F(IcalWrite, NeverReplacesUid) {
   EXPECT_EQ(withText({"UID:a"}, Task::TASK_FIELD_UUID, "b"), "");
 }
