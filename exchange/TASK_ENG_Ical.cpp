@@ -7,6 +7,7 @@
 #include "todo_fields.h"
 #include "todo_recurrence.h"
 
+#include <algorithm>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -22,8 +23,7 @@ QByteArray bytesOf(std::string_view view) {
 }
 
 void addProblem(TASK_ENG_Ical::Report& report, std::size_t line, const QString& problem) {
-  constexpr std::size_t listed = 100;
-  if (report.problemCount++ < listed)
+  if (report.problemCount++ < ulo::listedFaults)
     report.problems.push_back({line, problem});
 }
 
@@ -53,6 +53,7 @@ struct TASK_ENG_Ical::Document {
     report.otherComponents = text.otherComponents();
     for (const ulo::TextFault& fault : text.faults())
       addProblem(report, fault.line, QString::fromStdString(fault.text));
+    report.problemCount = text.faultCount();
     tasks.resize(text.todos().size());
   }
   Document() : text(ulo::CalendarText::empty()) {}
@@ -203,8 +204,11 @@ std::vector<TASK_ENG_Ical::Todo> TASK_ENG_Ical::read(const QByteArray& text, Rep
   *report = calendar.report();
   if (bytes > textsLimit) {
     report->failure = tooLarge;
-    addProblem(*report, 0,
-               QString("the texts of the to-dos have more than %1 MiB").arg(textsLimit >> 20));
+    report->problems.insert(
+        report->problems.begin(),
+        {0, QString("the texts of the to-dos have more than %1 MiB").arg(textsLimit >> 20)});
+    report->problems.resize(std::min(report->problems.size(), ulo::listedFaults));
+    ++report->problemCount;
   }
   return result;
 }

@@ -72,9 +72,16 @@ private:
   bool isInCalendar() const { return nesting_.depth() > 0; }
   Calendar& calendar() { return text_.calendars_.back(); }
 
+  void fault(std::size_t line, std::string what) {
+    if (text_.faultCount_++ < listedFaults)
+      text_.faults_.push_back({line, std::move(what)});
+  }
+  // The reason comes first, whatever else was found.
   void stop(TextFailure failure, std::size_t line, std::string why) {
     text_.failure_ = failure;
-    text_.faults_.push_back({line, std::move(why)});
+    text_.faults_.insert(text_.faults_.begin(), {line, std::move(why)});
+    text_.faults_.resize(std::min(text_.faults_.size(), listedFaults));
+    ++text_.faultCount_;
   }
 
   // Ends the current piece at an offset; the next one begins there.
@@ -101,6 +108,11 @@ private:
   }
 
   void take(const RawLine& line) {
+    if (nesting_.depth() > 1 && ++lines_ > componentLineLimit) {
+      stop(TextFailure::tooLarge, beginLine_,
+           "the component has more than " + std::to_string(componentLineLimit) + " lines");
+      return;
+    }
     const NestingStep step = nesting_.take(line);
     switch (step.kind) {
     case NestingStep::begins:
@@ -111,7 +123,7 @@ private:
       return;
     case NestingStep::strayEnd:
       if (isInCalendar())
-        text_.faults_.push_back({line.number, "END without BEGIN is ignored"});
+        fault(line.number, "END without BEGIN is ignored");
       return;
     case NestingStep::property:
       property(line, step.name);
@@ -135,6 +147,7 @@ private:
     } else if (nesting_.depth() == 1) {
       cut(offsetOf(line), PieceKind::calendarLines);
       beginLine_ = line.number;
+      lines_ = 1;
       component_ = {};
       kind_ = sameName(step.value, "VTODO")       ? PieceKind::todo
               : sameName(step.value, "VTIMEZONE") ? PieceKind::timeZone
@@ -151,8 +164,7 @@ private:
       return;
     }
     if (step.closes > 1)
-      text_.faults_.push_back(
-          {nesting_.lineOf(left + 1), "the component ends with the one around it"});
+      fault(nesting_.lineOf(left + 1), "the component ends with the one around it");
     nesting_.close(step.closes);
     const std::size_t next = offsetOf(line) + line.bytes.size();
     if (left == 1) {
@@ -186,6 +198,11 @@ private:
   }
 
   void finishComponent(std::size_t end) {
+    if (text_.components_ == componentLimit) {
+      stop(TextFailure::tooLarge, beginLine_,
+           "the text has more than " + std::to_string(componentLimit) + " components");
+      return;
+    }
     const std::size_t number = text_.pieces_.size();
     cut(end, kind_);
     if (kind_ == PieceKind::todo)
@@ -247,6 +264,7 @@ private:
   ComponentNesting nesting_;
   std::size_t begin_ = 0;      // of the current piece
   std::size_t beginLine_ = 1;  // its number
+  std::size_t lines_ = 0;      // of the current component
   bool hasVersion_ = false;    // of the current calendar
   PieceKind kind_ = PieceKind::outside;
   Component component_;

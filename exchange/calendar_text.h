@@ -13,9 +13,13 @@ namespace ulo {
 
 // Limits of a text. One that exceeds them is kept, but not read.
 
-// Bytes. 100,000 to-dos with long notes need less; larger texts would not fit into the memory of a
-// handheld beside their records.
+// Bytes. 100,000 to-dos need less; the records of a larger text would not fit into the memory of a
+// handheld.
 constexpr std::size_t calendarTextLimit = std::size_t{64} << 20;
+// Components of all calendars. Bounds the memory for texts of nothing but empty ones.
+constexpr std::size_t componentLimit = 500'000;
+// Content lines of a component with those nested in it. Bounds the memory for reading it.
+constexpr std::size_t componentLineLimit = 250'000;
 // Nesting depth of components. Real calendars have three levels.
 constexpr std::size_t calendarNestingLimit = 32;
 
@@ -44,6 +48,8 @@ struct TextFault {
   std::size_t line = 0;
   std::string text;
 };
+// Faults listed for a text; further ones are only counted.
+constexpr std::size_t listedFaults = 100;
 
 class CalendarText {
 public:
@@ -71,6 +77,7 @@ public:
 
   [[nodiscard]] TextFailure failure() const { return failure_; }
   [[nodiscard]] const std::vector<TextFault>& faults() const { return faults_; }
+  [[nodiscard]] std::size_t faultCount() const { return faultCount_; }
   // Those of calendars with version 2.0, in the order of the text. None after a failure.
   [[nodiscard]] const std::vector<Todo>& todos() const { return todos_; }
   [[nodiscard]] const std::vector<Piece>& pieces() const { return pieces_; }
@@ -112,6 +119,7 @@ private:
   std::vector<TextFault> faults_;
   std::string lineEnd_ = "\r\n";
   TextFailure failure_ = TextFailure::none;
+  std::size_t faultCount_ = 0;
   int otherComponents_ = 0;
   std::size_t components_ = 0;  // pieces that are components of calendars
   bool changed_ = false;

@@ -36,9 +36,11 @@ std::string_view ComponentLines::keep(std::string text) {
 }
 
 std::size_t ComponentLines::find(std::string_view name, std::size_t from) const {
-  for (std::size_t i = from; i < lines_.size(); ++i)
-    if (lines_[i].depth == 0 && sameName(lines_[i].name, name))
+  for (std::size_t i = from; i < lines_.size(); ++i) {
+    const Line& line = lines_[i];
+    if (line.depth == 0 && line.name.size() == name.size() && sameName(line.name, name))
       return i;
+  }
   return none;
 }
 
@@ -95,6 +97,14 @@ void ComponentLines::remove(const Range& range) {
   };
   lines_.erase(at(range.begin), at(range.end));
   changed_ = true;
+}
+
+void ComponentLines::removeAll(std::string_view name) {
+  changed_ = std::erase_if(lines_,
+                           [&](const Line& line) {
+                             return line.depth == 0 && sameName(line.name, name);
+                           }) != 0 ||
+             changed_;
 }
 
 void ComponentLines::insert(std::size_t line, std::string_view content, bool isNested) {

@@ -47,8 +47,9 @@ public:
   // Replaces a line by an unfolded one. It is folded and gets the line end of the line that it
   // replaces.
   void replace(std::size_t line, std::string_view content);
-  void remove(std::size_t line) { remove({line, line + 1}); }
   void remove(const Range& range);
+  // Removes all properties of the component itself with this name.
+  void removeAll(std::string_view name);
   // Inserts an unfolded line in front of a line, as a part of the component itself or of one that
   // is nested in it. It gets the line end of the first line.
   void insert(std::size_t line, std::string_view content, bool isNested = false);

@@ -198,6 +198,18 @@ std::optional<RecurrenceRule> parseRule(std::string_view text) {
   return rule;
 }
 
+namespace {
+
+// libical reports a rule that it cannot compute as an error, on which it aborts the process if the
+// program wants that. The setting belongs to the program.
+bool areErrorsFatal() {
+  const icalerrorstate state = icalerror_get_error_state(ICAL_MALFORMEDDATA_ERROR);
+  return state == ICAL_ERROR_FATAL ||
+         (state == ICAL_ERROR_DEFAULT && icalerror_get_errors_are_fatal() != 0);
+}
+
+}  // namespace
+
 // Holds libical's iterator. libical keeps its last error for each thread and has no other state
 // that is used here.
 struct RuleDates::Iterator {
@@ -221,6 +233,8 @@ RuleDates::RuleDates(const RecurrenceRule& rule, std::int64_t start)
     time.second = second % 60;
     return time;
   };
+  if (areErrorsFatal())
+    return;
   icalrecurrencetype form = icalrecurrencetype_from_string(rule.text.c_str());
   if (form.freq == ICAL_NO_RECURRENCE || dayOf(start).year() > lastYear)
     return;

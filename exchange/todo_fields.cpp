@@ -206,17 +206,12 @@ private:
     lines_.replace(line, replaced);
   }
 
-  void removeAll(std::string_view name) {
-    for (std::size_t line = lines_.find(name); line != none; line = lines_.find(name, line))
-      lines_.remove(line);
-  }
-
   void replaceText(std::string_view name, Task::TASK_FIELD_T field, int limit) {
     const QString text = task_.getString(field);
     if (isSameText(fields_.text(name), text, limit))
       return;
     if (asWritten(text).isEmpty())
-      removeAll(name);
+      lines_.removeAll(name);
     else
       setValue(name, valueOfText(text));
   }
@@ -232,7 +227,7 @@ private:
     if (!name.isEmpty())
       setValue("CATEGORIES", valueOfText(name) + std::string(others));
     else if (others.empty())
-      lines_.remove(line);
+      lines_.remove({line, line + 1});
     else
       setValue("CATEGORIES", std::string(others.substr(1)));
   }
@@ -270,7 +265,7 @@ private:
     if (isSameDate(line == none ? std::nullopt : reader_.read(lines_, line), end))
       return;
     if (!end)
-      removeAll("COMPLETED");
+      lines_.removeAll("COMPLETED");
     else if (line != none)
       replaceDate(lines_, line, utcDate(*end), reader_);
     else
@@ -284,8 +279,8 @@ private:
     if (isSameDate(dates.due, due))
       return;
     if (!due) {
-      removeAll("DUE");
-      removeAll("DURATION");
+      lines_.removeAll("DUE");
+      lines_.removeAll("DURATION");
     } else if (dates.dueLine != none) {
       replaceDate(lines_, line, newDue(dates, *due), reader_);
     } else if (line != none) {

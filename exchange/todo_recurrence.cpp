@@ -11,7 +11,8 @@ namespace {
 
 constexpr std::size_t none = ComponentLines::none;
 
-// The dates of all properties with a name, such as EXDATE. Of a period, its start.
+// The dates of all properties with a name, such as EXDATE, up to one more than recurrenceDateLimit.
+// Of a period, its start.
 std::vector<DateValue> datesOf(const ComponentLines& lines, std::string_view name,
                                const DateReader& reader) {
   std::vector<DateValue> result;
@@ -20,7 +21,8 @@ std::vector<DateValue> datesOf(const ComponentLines& lines, std::string_view nam
     if (!content)
       continue;
     const std::optional<std::string> id = parameter(content->parameters, "TZID");
-    for (std::string_view rest = content->value; !rest.empty();) {
+    for (std::string_view rest = content->value;
+         !rest.empty() && result.size() <= recurrenceDateLimit;) {
       const std::size_t comma = std::min(rest.find(','), rest.size());
       const std::string_view value = rest.substr(0, comma);
       rest.remove_prefix(std::min(comma + 1, rest.size()));
@@ -185,7 +187,11 @@ NextDateResult moveToNext(ComponentLines& lines, const DateReader& reader) {
       (ruleLine != none && lines.find("RRULE", ruleLine + 1) != none))
     return NextDateResult::notComputed;
   const DateValue anchor = dates.start ? *dates.start : *dates.due;
-  const Exceptions exceptions(datesOf(lines, "EXDATE", reader));
+  const std::vector<DateValue> excluded = datesOf(lines, "EXDATE", reader);
+  const std::vector<DateValue> extras = datesOf(lines, "RDATE", reader);
+  if (excluded.size() + extras.size() > recurrenceDateLimit)
+    return NextDateResult::notComputed;
+  const Exceptions exceptions(excluded);
 
   std::optional<DateValue> next;
   std::optional<RecurrenceRule> rule;
@@ -201,7 +207,7 @@ NextDateResult moveToNext(ComponentLines& lines, const DateReader& reader) {
       next = step.date;
   }
   bool isExtra = false;
-  for (const DateValue& date : datesOf(lines, "RDATE", reader)) {
+  for (const DateValue& date : extras) {
     const DateValue extra = date.form == DateForm::day && anchor.form == DateForm::day
                                 ? withWall(anchor, date.wall)
                                 : anchor.at(date.instant());

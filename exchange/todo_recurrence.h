@@ -4,7 +4,12 @@
 #include "component_lines.h"
 #include "todo_dates.h"
 
+#include <cstddef>
+
 namespace ulo {
+
+// Dates in all EXDATE and RDATE of a to-do. With more, the next date is not computed.
+constexpr std::size_t recurrenceDateLimit = 10'000;
 
 // Whether the to-do has a recurrence rule or recurrence dates.
 bool hasRecurrence(const ComponentLines& lines);

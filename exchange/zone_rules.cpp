@@ -75,6 +75,7 @@ std::shared_ptr<const ZoneRules> ZoneRules::ofComponent(std::string_view vtimezo
   const std::vector<ComponentLines::Range> daylight = lines.nested("DAYLIGHT");
   observances.insert(observances.end(), daylight.begin(), daylight.end());
   std::optional<std::int64_t> earliest;
+  bool isExhausted = false;
   const std::int64_t first = wallOf(QDate(firstYear, 1, 1));
   const std::int64_t last = wallOf(QDate(lastYear + 1, 1, 1));
   for (const ComponentLines::Range& range : observances) {
@@ -93,7 +94,8 @@ std::shared_ptr<const ZoneRules> ZoneRules::ofComponent(std::string_view vtimezo
       result->firstOffset_ = before;
     }
     const auto add = [&](std::int64_t wall) {
-      if (work == 0)
+      isExhausted = work == 0;
+      if (isExhausted)
         return false;
       --work;
       if (wall < last)
@@ -106,11 +108,11 @@ std::shared_ptr<const ZoneRules> ZoneRules::ofComponent(std::string_view vtimezo
       if (!content)
         continue;
       if (sameName(content->name, "RDATE")) {
-        for (std::string_view rest = content->value; !rest.empty();) {
+        for (std::string_view rest = content->value; !rest.empty() && !isExhausted;) {
           const std::size_t comma = std::min(rest.find(','), rest.size());
           const std::optional<WallTime> date = parseWallTime(withoutBlanks(rest.substr(0, comma)));
-          if (date && !add(date->isUtc ? date->seconds + before : date->seconds) && work == 0)
-            return nullptr;
+          if (date)
+            add(date->isUtc ? date->seconds + before : date->seconds);
           rest.remove_prefix(std::min(comma + 1, rest.size()));
         }
       } else if (sameName(content->name, "RRULE")) {
@@ -119,7 +121,7 @@ std::shared_ptr<const ZoneRules> ZoneRules::ofComponent(std::string_view vtimezo
           return nullptr;
       }
     }
-    if (work == 0)
+    if (isExhausted)
       return nullptr;
   }
   if (!earliest)
@@ -176,7 +178,7 @@ std::shared_ptr<const ZoneRules> ZoneTable::find(int calendar, const std::string
   const auto [entry, isNew] = known_.try_emplace({calendar, id});
   if (!isNew)
     return entry->second;
-  if (const Piece* piece = text_.zonePiece(calendar, id); piece != nullptr && work_ > 0)
+  if (const Piece* piece = text_.zonePiece(calendar, id); piece != nullptr)
     entry->second = ZoneRules::ofComponent(text_.bytes(*piece), work_);
   if (!entry->second && work_ >= systemZoneWork) {
     work_ -= systemZoneWork;

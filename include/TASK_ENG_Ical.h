@@ -97,7 +97,7 @@ public:
   // What a task of the store needs, in one call: the to-dos of a text with the text of each. Fails
   // with tooLarge if the texts have more than textsLimit bytes together, since each repeats the
   // lines of the calendar and its time zones.
-  static constexpr std::size_t textsLimit = std::size_t{256} << 20;
+  static constexpr std::size_t textsLimit = std::size_t{128} << 20;
   struct Todo {
     ZTASK_ENG_Task task;
     QByteArray text;
