@@ -73,8 +73,8 @@ inline const std::vector<Room> allRooms = {
 
     {"ulotask",
      "apps/ulotask/",
-     {"include", "utility", "exchange", "operations", "qt2", "system", "log", "util", "changes", "channel",
-      "vobject", "odb/api", "app lock", "lock code"},
+     {"include", "utility", "exchange", "operations", "qt2", "system", "log", "util", "changes",
+      "channel", "vobject", "odb/api", "app lock", "lock code"},
      qt},
     {"ulo-action", "apps/ulo-action/", {"qt2", "log", "appbase", "services"}, qt | widgets},
     {"tasks",
