@@ -88,11 +88,12 @@ and text, and one task has all fields set.
 
 ## How values are compared
 
-`tests/interchange/rules.py` describes in steps what each side does to a field. Together, the \
-steps predict what must arrive, to the character (except for the one that gammu takes from \
-uninitialized memory). The run fails if a value arrives differently, and also if no value of the \
-set shows a step, so that every footnote is proven. The comparison is not part of `./test`: KDE's \
-library requires Qt 5, and the programs need many packages that nothing else here uses.
+`tests/interchange/rules.py` and `ical_rules.py` describe in steps what each side does to a field. \
+Together, the steps predict what must arrive, to the character (except for the one that gammu \
+takes from uninitialized memory). The run fails if a value arrives differently, and also if no \
+value of the set shows a step, so that every footnote is proven. The comparison is not part of \
+`./test`: KDE's library requires Qt 5, and the programs need many packages that nothing else here \
+uses.
 """
 
 NOTES = """\
