@@ -313,15 +313,17 @@ private:
   }
 
   // `before` is numberOfAlarm() before the dates were replaced, which can take the time from a
-  // relative alarm, or give it one.
+  // relative alarm.
   void replaceAlarm(std::optional<std::size_t> before) {
+    const std::optional<TodoAlarm> present = readAlarm(lines_, readDates(lines_, reader_), reader_);
     const std::optional<std::int64_t> alarm = instantOf(task_, Task::TASK_FIELD_ALARM);
     if (!alarm) {
       if (before)
         lines_.remove(lines_.nested("VALARM").at(*before));
+      else if (present)
+        lines_.remove(present->range);
       return;
     }
-    const std::optional<TodoAlarm> present = readAlarm(lines_, readDates(lines_, reader_), reader_);
     if (present && present->instant == *alarm)
       return;
     std::size_t trigger = present ? present->trigger : none;

@@ -277,12 +277,6 @@ TEST_F(IcalWrite, RemovesRelativeAlarmTogetherWithItsDate) {
             "-DUE:20261101T100000Z\n-BEGIN:VALARM\n-TRIGGER:-PT1H\n-END:VALARM\n");
 }
 
-TEST_F(IcalWrite, KeepsAlarmThatGetsItsTimeFromNewDueDate) {
-  EXPECT_EQ(withDate({"BEGIN:VALARM", "TRIGGER:-PT1H", "END:VALARM"}, Task::TASK_FIELD_DUE,
-                     "20261101T100000Z"),
-            "+DUE:20261101T100000Z\n");
-}
-
 TEST_F(IcalWrite, StampsAreThoseOfTheTask) {
   const QByteArray text = todoOf(
       {"DTSTAMP:20200101T000000Z", "LAST-MODIFIED:20200101T000000Z", "SEQUENCE:41", "SUMMARY:a"});

@@ -213,7 +213,7 @@ class Turns:
                         and getattr(wanted, field) != getattr(stored[file], field)}
                 wanted = dataclasses.replace(wanted, **kept)
                 self.edited[file].update(kept)
-                if "status" in kept:  # the store sets the end to match
+                if {"status", "end"} & {*kept}:  # the store lets the end follow the status
                     compared = [field for field in COMPARED if field != "end"]
                     self.edited[file].add("end")
                 exported = ical_text.task_of(self.exported[file])
@@ -297,8 +297,8 @@ class Turns:
                           f"{ical_text.categories_of(new)}, with {stored.category}")
 
         if "alarm" in fields:
-            old = without_first_alarm(old)
             new = without_first_alarm(new) if stored.alarm else new
+            old = without_first_alarm(old, or_untimed=len(alarms(old)) > len(alarms(new)))
         names = STAMPS.union(*(LINES_OF[field] for field in fields))
         kept = [[line.raw for line in each if line.name not in names
                  or not line.path.startswith("VTODO")] for each in (old, new)]
@@ -354,9 +354,20 @@ def foreign(lines):
         if line.path != "VTODO" or line.name not in TODOMAN_WRITES)
 
 
-def without_first_alarm(lines):
-    """Leaves out the alarm that is a field of ours."""
+def alarms(lines):
+    """Returns the positions of the lines of each alarm."""
+    begins, ends = ([position for position, line in enumerate(lines)
+                     if line.path == "VTODO/VALARM" and line.name == name]
+                    for name in ("BEGIN", "END"))
+    return [range(begin, end + 1) for begin, end in zip(begins, ends)]
+
+
+def without_first_alarm(lines, or_untimed=False):
+    """Leaves out the alarm that is a field of ours. With `or_untimed`, leaves out the first alarm
+    if none has a time: with a due date it became a field of ours."""
     alarm = ical_text.first_alarm(lines)[1]
+    if not alarm and or_untimed:
+        alarm = alarms(lines)[0]
     return [line for position, line in enumerate(lines) if position not in alarm]
 
 

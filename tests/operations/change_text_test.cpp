@@ -155,6 +155,15 @@ TEST_F(ChangeText, RelativeAlarmMovesWithDueDate) {
   EXPECT_EQ(date(uid, alarm), utc(3, 8, 11));
 }
 
+TEST_F(ChangeText, RelativeAlarmGetsTimeWithFirstDueDate) {
+  const unsigned int uid = addText(icalendar(icalTodo("UID:a\r\n" + hourBefore())));
+  edit(uid, [](Task& task) { task.setDateTime(due, utc(3, 7, 12)); });
+  EXPECT_EQ(date(uid, alarm), utc(3, 7, 11));
+  QByteArray text;
+  EXPECT_EQ(ulo::currentText(get(uid), text), ok);
+  EXPECT_TRUE(text.contains("TRIGGER:-PT1H")) << text.toStdString();
+}
+
 TEST_F(ChangeText, OtherAlarmsStay) {
   const std::string absolute = hourBefore("TRIGGER;VALUE=DATE-TIME:20060306T090000Z");
   const unsigned int fixed =
