@@ -24,6 +24,7 @@ ComponentLines::ComponentLines(std::string_view component, std::size_t firstNumb
     if (step.kind == NestingStep::ends) {
       nesting.close(step.closes);
       line.depth = static_cast<unsigned>(nesting.depth());
+      line.ends = true;
     } else {
       line.depth = nesting.depth() < 2 ? 0 : static_cast<unsigned>(nesting.depth()) - 1;
     }
@@ -126,7 +127,7 @@ std::size_t ComponentLines::endOfProperties() const {
 std::size_t ComponentLines::endOfComponents() const {
   std::size_t end = lines_.size() - 1;
   const Line& last = lines_[end - 1];
-  if (end == 1 || last.depth == 0 || (last.depth == 1 && sameName(last.name, "END")))
+  if (end == 1 || last.depth == 0 || (last.depth == 1 && last.ends))
     return end;
   while (lines_[end].depth != 1 || !sameName(lines_[end].name, "BEGIN"))
     --end;

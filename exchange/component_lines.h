@@ -70,6 +70,7 @@ private:
     std::size_t number = 0;
     unsigned depth = 0;  // 0 for BEGIN and END of the component and its own properties
     bool folded = false;
+    bool ends = false;  // END of a component that is open
   };
   std::string_view keep(std::string text);
 

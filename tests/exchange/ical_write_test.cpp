@@ -262,6 +262,18 @@ TEST_F(IcalWrite, AddsAndRemovesAlarms) {
   EXPECT_EQ(dateText(calendar.task(0), alarm), "20261101T100000Z");
 }
 
+TEST_F(IcalWrite, NewAlarmIsNotPartOfAnUnfinishedComponent) {
+  for (const QByteArray& last : {QByteArray("X-A:b"), QByteArray("END:VALARM")}) {
+    TASK_ENG_Ical calendar(todoOf({"BEGIN:VALARM", "TRIGGER:soon", "END:VALARM", "BEGIN:X", last}));
+    Task task = calendar.task(0);
+    task.setDateTime(Task::TASK_FIELD_ALARM, utc("20261101T090000Z"));
+    EXPECT_TRUE(calendar.replace(0, task));
+    EXPECT_EQ(dateText(TASK_ENG_Ical(calendar.text()).task(0), Task::TASK_FIELD_ALARM),
+              "20261101T090000Z");
+    EXPECT_LT(calendar.text().indexOf("TRIGGER:soon"), calendar.text().indexOf("20261101T090000Z"));
+  }
+}
+
 TEST_F(IcalWrite, RelativeAlarmThatLosesItsDateBecomesAbsolute) {
   EXPECT_EQ(withDate({"DUE:20261101T100000Z", "BEGIN:VALARM", "TRIGGER:-PT1H", "END:VALARM"},
                      Task::TASK_FIELD_DUE, nullptr),
