@@ -72,6 +72,15 @@ TEST_F(IcalWrite, ReplacesSummaryAndKeepsItsParameters) {
             "-summary;LANGUAGE=en:a\n+summary;LANGUAGE=en:c\\, d\\; e\\\\f\\ng\\nh\n");
 }
 
+TEST_F(IcalWrite, LineWithoutColonIsNotReplaced) {
+  EXPECT_EQ(withText({"SUMMARY;X", "SUMMARY"}, Task::TASK_FIELD_SUMMARY, "a"), "+SUMMARY:a\n");
+  EXPECT_EQ(
+      withDate({"STATUS:COMPLETED", "COMPLETED;TZI"}, Task::TASK_FIELD_END, "20261102T000000Z"),
+      "+COMPLETED:20261102T000000Z\n");
+  EXPECT_EQ(withDate({"DUE;TZI", "DUE:20261101T000000Z"}, Task::TASK_FIELD_DUE, "20261102T000000Z"),
+            "-DUE:20261101T000000Z\n+DUE:20261102T000000Z\n");
+}
+
 TEST_F(IcalWrite, AddsAndRemovesTexts) {
   EXPECT_EQ(withText({"X-A:b"}, Task::TASK_FIELD_NOTE, "note"), "+DESCRIPTION:note\n");
   EXPECT_EQ(withText({"SUMMARY:a", "SUMMARY:b"}, Task::TASK_FIELD_SUMMARY, ""),
