@@ -274,7 +274,7 @@ void addExchangeVerbs(Verb& program, Session& session) {
       "has\n"
       "changed since the last import is taken from the file, and other changes made here are "
       "kept.\n"
-      "To-dos without news are left alone, and so are those that are older than the stored task.\n"
+      "To-dos without changes are left alone, and so are those older than the stored text.\n"
       "Lines that a task has no field for are kept and exported again.\n"
       "To-dos of vCalendar 1.0 are always added.\n"
       "Examples:\n"
