@@ -1,18 +1,13 @@
-// Tasks as they are printed, for users and for programs.
+// Tasks as they are printed for users.
 #pragma once
 
 #include "ZTASK_ENG_Task.h"
 #include "output.h"
 #include "take_in.h"
 
-#include <QJsonObject>
-
 #include <string>
 
 namespace ulotask {
-
-// Returns all fields, with dates in UTC and null for fields that are not set.
-QJsonObject toJson(const ZTASK_ENG_Task& task);
 
 // Prints all fields, one per line.
 void printTask(Output& output, const ZTASK_ENG_Task& task);

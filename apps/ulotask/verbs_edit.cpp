@@ -5,6 +5,7 @@
 #include "session.h"
 #include "take_in.h"
 #include "task_format.h"
+#include "task_json.h"
 #include "task_words.h"
 #include "text.h"
 #include "verbs.h"
@@ -70,7 +71,7 @@ void apply(Session& session, const TaskOptions& given, ZTASK_ENG_Task& task) {
 
 void print(Session& session, const char* what, const ZTASK_ENG_Task& task, bool json) {
   if (json)
-    session.output.json(toJson(task));
+    session.output.write(jsonOf(task));
   else
     session.output.line(what + named(task));
 }

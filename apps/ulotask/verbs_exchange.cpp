@@ -6,10 +6,9 @@
 #include "session.h"
 #include "take_in.h"
 #include "task_format.h"
+#include "task_json.h"
 #include "text.h"
 #include "verbs.h"
-
-#include <QJsonArray>
 
 #include <algorithm>
 #include <memory>
@@ -52,7 +51,8 @@ using Calendars = std::vector<std::unique_ptr<Calendar>>;
 struct Stored {
   std::vector<std::string> notices;
   std::vector<std::string> lines;
-  QJsonArray json;
+  TaskArray array;
+  std::string json;
 };
 
 // Stores the tasks of a calendar, or fails.
@@ -65,7 +65,7 @@ void store(Session& session, Calendar& calendar, bool json, Progress& progress, 
     require(ulo::takeIn(session.store(), task, &shortened), nothingStored);
     uids.push_back(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID));
     if (json)
-      stored.json.append(toJson(task));
+      stored.json += stored.array.add(task);
     progress.advance();
     for (const ulo::ShortenedText& text : shortened)
       stored.notices.push_back(name + ", task " + std::to_string(uids.back()) + ": " +
@@ -104,7 +104,7 @@ void import(Session& session, const ImportOptions& options) {
   for (const std::string& line : stored.lines)
     session.output.line(line);
   if (options.json)
-    session.output.json(stored.json);
+    session.output.write(stored.json + stored.array.end());
 }
 
 struct ExportOptions {

@@ -3,9 +3,8 @@
 #include "listing.h"
 #include "session.h"
 #include "task_format.h"
+#include "task_json.h"
 #include "verbs.h"
-
-#include <QJsonArray>
 
 #include <algorithm>
 #include <limits>
@@ -20,10 +19,10 @@ namespace {
 
 void printTasks(Output& output, const QValueList<ZTASK_ENG_Task>& tasks, bool json) {
   if (json) {
-    QJsonArray array;
+    TaskArray array;
     for (const ZTASK_ENG_Task& task : tasks)
-      array.append(toJson(task));
-    output.json(array);
+      output.write(array.add(task));
+    output.write(array.end());
     return;
   }
   if (tasks.isEmpty()) {
@@ -136,7 +135,7 @@ struct ShowOptions {
 void show(Session& session, const ShowOptions& options) {
   const ZTASK_ENG_Task task = session.task(argumentUid(options.uid));
   if (options.json)
-    session.output.json(toJson(task));
+    session.output.write(jsonOf(task));
   else
     printTask(session.output, task);
 }
