@@ -186,7 +186,18 @@ def targets_table():
                   for pattern, ratio, growth in TARGETS])
 
 
-def document(figures, disk, seconds):
+# The section that bench/peers writes.
+PEERS_BEGIN = "<!-- Written by bench/peers. -->"
+PEERS_END = "<!-- End of bench/peers. -->"
+
+
+def peers_section(text):
+    """Returns the section that bench/peers wrote into a document, or an empty text."""
+    begin, end = text.find(PEERS_BEGIN), text.find(PEERS_END)
+    return "" if begin < 0 or end < begin else text[begin:end + len(PEERS_END)] + "\n"
+
+
+def document(figures, disk, seconds, peers):
     return f"""# Benchmarks
 
 Each operation of the store and of the vTodo codec is compared with the same work written by hand, using SQLite's C interface or the vObject library alone. Both sides run in one process, on files with the same content, schema, indexes, pragmas and durability (write-ahead log, `synchronous=FULL`, a journal entry for each change), and the hand-written side keeps its prepared statements. Before a pair is timed, its results are compared; if they differ, the run stops. {verdict(figures)}.
@@ -200,6 +211,7 @@ bench/report                        # everything: about {seconds / 60:.0f} minut
 bench/report --quick                # 100 and 10,000 tasks, prints only
 bench/report --sizes 10000 --filter page
 bench/instructions                  # instructions for each call, by part of the library
+bench/peers                         # whole processes beside other programs
 ```
 
 {machine(disk)}
@@ -219,7 +231,7 @@ Targets (for stores of {TARGETS_FROM:,} tasks and more; growth counts for larger
 Reading most of the records ({", ".join(HEAP_TARGET_LISTS)}) takes at most {HEAP_TARGET} times the heap memory of the list. The memory that an import needs for each to-do grows by at most a factor of {IMPORT_GROWTH_TARGET} from one file size to the next.
 
 {tables(figures)}
-"""
+{peers}"""
 
 
 def write_plot(figures, path, directory):
