@@ -1,6 +1,6 @@
-// Times every operation of the store for one size of store, or the codec, and compares it with the
+// Times every operation of the store for one size of store, or the codecs, and compares it with the
 // same work written by hand. Accepts Google Benchmark's options after its own:
-//   --size=N            tasks in the store; 0: the codec (default 10000)
+//   --size=N            tasks in the store; 0: the codecs (default 10000)
 //   --data-dir=DIR      directory for the stores, on a disk
 //   --quick             fewer and shorter repetitions
 
@@ -88,6 +88,7 @@ int main(int count, char** arguments) {
   } else {
     std::filesystem::create_directories(own);
     bench::registerCodec(own);
+    bench::registerIcal();
   }
   benchmark::RunSpecifiedBenchmarks();
   workbench.reset();

@@ -98,8 +98,12 @@ def main():
     if whole:
         docs = os.path.join(ROOT, "docs")
         report_text.write_plot(figures, os.path.join(docs, "benchmarks.svg"), RESULTS)
-        with open(os.path.join(docs, "benchmarks.md"), "w", encoding="utf-8") as file:
-            file.write(report_text.document(figures, disk, time.monotonic() - begin))
+        path = os.path.join(docs, "benchmarks.md")
+        with open(path, encoding="utf-8") as file:
+            peers = report_text.peers_section(file.read())
+        with open(path, "w", encoding="utf-8") as file:
+            file.write(report_text.document(figures, disk, time.monotonic() - begin,
+                                            "\n" + peers if peers else ""))
         print("written: docs/benchmarks.md, docs/benchmarks.svg")
 
 

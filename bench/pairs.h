@@ -132,5 +132,6 @@ void registerPaired(const PairedCalls& pair);
 void registerStoreReading(Workbench& workbench);
 void registerStoreWriting(Workbench& workbench);
 void registerCodec(const std::string& directory);
+void registerIcal();
 
 }  // namespace bench

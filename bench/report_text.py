@@ -18,6 +18,7 @@ SECTIONS = [
     ("Pages of ten tasks", r"^page\."),
     ("Whole tasks", r"^(range|category|match|getAllTasks)"),
     ("vTodo text (size: to-dos in the file)", r"^vtodo\."),
+    ("iCalendar 2.0 text (size: to-dos in the text)", r"^ical\."),
 ]
 
 # Operations whose time is plotted against the size, and their colors.
@@ -186,10 +187,21 @@ def targets_table():
                   for pattern, ratio, growth in TARGETS])
 
 
-def document(figures, disk, seconds):
+# The section that bench/peers writes.
+PEERS_BEGIN = "<!-- Written by bench/peers. -->"
+PEERS_END = "<!-- End of bench/peers. -->"
+
+
+def peers_section(text):
+    """Returns the section that bench/peers wrote into a document, or an empty text."""
+    begin, end = text.find(PEERS_BEGIN), text.find(PEERS_END)
+    return "" if begin < 0 or end < begin else text[begin:end + len(PEERS_END)] + "\n"
+
+
+def document(figures, disk, seconds, peers):
     return f"""# Benchmarks
 
-Each operation of the store and of the vTodo codec is compared with the same work written by hand, using SQLite's C interface or the vObject library alone. Both sides run in one process, on files with the same content, schema, indexes, pragmas and durability (write-ahead log, `synchronous=FULL`, a journal entry for each change), and the hand-written side keeps its prepared statements. Before a pair is timed, its results are compared; if they differ, the run stops. {verdict(figures)}.
+Each operation of the store and of the codecs is compared with the same work written by hand, using SQLite's C interface, the vObject library or libical alone. Both sides run in one process, on files with the same content, schema, indexes, pragmas and durability (write-ahead log, `synchronous=FULL`, a journal entry for each change), and the hand-written side keeps its prepared statements. Before a pair is timed, its results are compared; if they differ, the run stops. {verdict(figures)}.
 
 ![Ratios and times](benchmarks.svg)
 
@@ -200,6 +212,7 @@ bench/report                        # everything: about {seconds / 60:.0f} minut
 bench/report --quick                # 100 and 10,000 tasks, prints only
 bench/report --sizes 10000 --filter page
 bench/instructions                  # instructions for each call, by part of the library
+bench/peers                         # whole processes beside other programs
 ```
 
 {machine(disk)}
@@ -210,6 +223,7 @@ bench/instructions                  # instructions for each call, by part of the
 - *ratio* is our time divided by the hand-written one: the median of the ratios of all repetitions. In each repetition the two sides run one after the other (if they wait for the disk, call by call), so that other load on the machine slows both.
 - *growth* is the time for each record (for each call, if there is at most one record) divided by that at the preceding size. The value of the hand-written side is in parentheses.
 - The log is off, the time zone has daylight saving. Tasks have a summary of 5 to 60 characters, a third of them have a note of 50 to 400 characters, two thirds have a due date, and there are 20 categories.
+- `ical.read` is compared with libical reading the text into its tree, and `ical.edit`, which replaces a summary, with libical reading the text, replacing the summary and writing the text anew.
 - `getAllTasks` is a match with an empty example. `page` reads ten tasks. `range` and `category` return about a twentieth of the tasks.
 
 Targets (for stores of {TARGETS_FROM:,} tasks and more; growth counts for larger ones, and only if the time of the hand-written side does not grow as much):
@@ -219,12 +233,12 @@ Targets (for stores of {TARGETS_FROM:,} tasks and more; growth counts for larger
 Reading most of the records ({", ".join(HEAP_TARGET_LISTS)}) takes at most {HEAP_TARGET} times the heap memory of the list. The memory that an import needs for each to-do grows by at most a factor of {IMPORT_GROWTH_TARGET} from one file size to the next.
 
 {tables(figures)}
-"""
+{peers}"""
 
 
 def write_plot(figures, path, directory):
     """Plots the ratio of each operation at each size, and times against sizes."""
-    operations = [name for name in figures.operations() if not name.startswith("vtodo.")]
+    operations = [name for name in figures.operations() if not name.startswith(("vtodo.", "ical."))]
     sizes = sorted({row.size for row in figures.rows if row.operation in operations})
     script = [f"set terminal svg size 1100,{300 + 16 * len(operations) + 560} "
               "font 'sans-serif,11' background '#ffffff'",

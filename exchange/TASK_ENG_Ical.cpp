@@ -81,7 +81,9 @@ struct TASK_ENG_Ical::Document {
   // Calls `edit` with the lines of a to-do, and keeps them if they have changed.
   template <typename Edit> auto edit(int number, Edit change) {
     const ulo::Piece& source = piece(number);
-    ulo::ComponentLines lines(text.bytes(source), source.line);
+    // The report describes the text before the change.
+    task(number);
+    ulo::ComponentLines lines(text.bytes(source));
     const ulo::ProblemReport noReport;
     const auto result = change(lines, ulo::DateReader{zones, source.calendar, noReport});
     if (lines.isChanged()) {
@@ -156,8 +158,14 @@ void TASK_ENG_Ical::append(const TASK_ENG_Ical& other, int todo) {
       if (const ulo::Piece* zone = source.zonePiece(piece.calendar, id))
         zones.emplace_back(id, bytesOf(source.bytes(*zone)));
   }
+  bool hasNewZone = false;
   for (const auto& [id, component] : zones)
-    document_->text.appendZone(id, component);
+    hasNewZone = document_->text.appendZone(id, component) || hasNewZone;
+  if (hasNewZone) {
+    static_cast<void>(report());
+    document_->zones.forget();
+    document_->tasks.assign(document_->tasks.size(), std::nullopt);
+  }
   document_->text.append(components);
   document_->tasks.emplace_back();
 }

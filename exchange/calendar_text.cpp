@@ -193,7 +193,7 @@ private:
         component_.isOverride = true;
     } else if (nesting_.depth() == 2 && kind_ == PieceKind::timeZone) {
       if (component_.zone.empty() && sameName(name, "TZID"))
-        component_.zone = valueOf(line);
+        component_.zone = identifier(line);
     }
   }
 
@@ -337,6 +337,7 @@ std::string_view CalendarText::bytes(const Piece& piece) const {
 void CalendarText::replace(std::size_t piece, QByteArray bytes) {
   pieces_[piece].own = std::move(bytes);
   pieces_[piece].isOwn = true;
+  pieces_[piece].line = 0;
   changed_ = true;
 }
 
@@ -437,16 +438,17 @@ void CalendarText::append(const std::vector<QByteArray>& components) {
   todos_.push_back(std::move(todo));
 }
 
-void CalendarText::appendZone(const std::string& id, const QByteArray& component) {
+bool CalendarText::appendZone(const std::string& id, const QByteArray& component) {
   const int calendar = appendableCalendar();
   if (zonePiece(calendar, id) != nullptr)
-    return;
+    return false;
   const std::size_t piece = insert(calendar, PieceKind::timeZone, component);
   std::vector<TimeZone>& zones = calendars_[static_cast<std::size_t>(calendar)].zones;
   const auto place =
       std::upper_bound(zones.begin(), zones.end(), id,
                        [](const std::string& one, const TimeZone& zone) { return one < zone.id; });
   zones.insert(place, {id, piece});
+  return true;
 }
 
 std::vector<std::string> zoneIdsIn(std::string_view component) {

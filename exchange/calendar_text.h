@@ -35,7 +35,7 @@ enum class PieceKind : unsigned char {
 struct Piece {
   std::size_t begin = 0;  // in the text, unless `isOwn`
   std::size_t size = 0;
-  std::size_t line = 0;  // number of its first line in the text; 0 if it was added
+  std::size_t line = 0;  // number of its first line in the text; 0 if it was added or replaced
   int calendar = -1;
   PieceKind kind = PieceKind::outside;
   bool isOwn = false;
@@ -97,8 +97,8 @@ public:
   // Appends a to-do, the bytes of one or more VTODO components, to the last calendar of
   // version 2.0. Begins a new calendar at the end of the text if there is none.
   void append(const std::vector<QByteArray>& components);
-  // Appends a time zone to the same calendar, unless that has one with this name.
-  void appendZone(const std::string& id, const QByteArray& component);
+  // Appends a time zone to the same calendar. Returns false if that has one with this name.
+  bool appendZone(const std::string& id, const QByteArray& component);
 
   // The line end of the text: that of its first line.
   [[nodiscard]] const std::string& lineEnd() const { return lineEnd_; }

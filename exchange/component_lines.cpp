@@ -5,11 +5,22 @@
 #include <utility>
 
 namespace ulo {
+namespace {
+
+// Whether property() returns something: the line has a name, and a colon after the parameters.
+bool isProperty(const RawLine& raw, std::string& buffer) {
+  const std::string_view line = unfolded(raw, buffer);
+  const std::size_t end = nameOf(line).size();
+  return end != 0 && end < line.size() && (line[end] == ':' || parseContentLine(line));
+}
+
+}  // namespace
 
 ComponentLines::ComponentLines(std::string_view component, std::size_t firstNumber) {
   LineSplitter splitter(component, firstNumber);
   ComponentNesting nesting;
   RawLine raw;
+  std::string buffer;
   while (splitter.next(raw)) {
     const NestingStep step = nesting.take(raw);
     Line line;
@@ -18,12 +29,14 @@ ComponentLines::ComponentLines(std::string_view component, std::size_t firstNumb
     line.folded = raw.folded;
     const bool isPart = step.name.data() >= component.data() &&
                         step.name.data() < component.data() + component.size();
-    line.name = isPart ? step.name : keep(std::string(step.name));
+    if (isProperty(raw, buffer))
+      line.name = isPart ? step.name : keep(std::string(step.name));
     if (step.kind == NestingStep::begins)
       nesting.open(step.value, raw.number);
     if (step.kind == NestingStep::ends) {
       nesting.close(step.closes);
       line.depth = static_cast<unsigned>(nesting.depth());
+      line.ends = true;
     } else {
       line.depth = nesting.depth() < 2 ? 0 : static_cast<unsigned>(nesting.depth()) - 1;
     }
@@ -126,7 +139,7 @@ std::size_t ComponentLines::endOfProperties() const {
 std::size_t ComponentLines::endOfComponents() const {
   std::size_t end = lines_.size() - 1;
   const Line& last = lines_[end - 1];
-  if (end == 1 || last.depth == 0 || (last.depth == 1 && sameName(last.name, "END")))
+  if (end == 1 || last.depth == 0 || (last.depth == 1 && last.ends))
     return end;
   while (lines_[end].depth != 1 || !sameName(lines_[end].name, "BEGIN"))
     --end;

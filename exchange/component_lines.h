@@ -30,7 +30,7 @@ public:
   [[nodiscard]] std::size_t numberOf(std::size_t line) const { return lines_[line].number; }
 
   // Returns the first property of the component itself with this name in any letter case, from a
-  // line on.
+  // line on. A line without a colon after its parameters is not a property.
   [[nodiscard]] std::size_t find(std::string_view name, std::size_t from = 1) const;
   // The same in a nested component.
   struct Range {
@@ -66,10 +66,11 @@ public:
 private:
   struct Line {
     std::string_view bytes;
-    std::string_view name;
+    std::string_view name;  // empty if the line is not a property
     std::size_t number = 0;
     unsigned depth = 0;  // 0 for BEGIN and END of the component and its own properties
     bool folded = false;
+    bool ends = false;  // END of a component that is open
   };
   std::string_view keep(std::string text);
 

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstdlib>
 #include <set>
 
 namespace ulo {
@@ -100,11 +101,13 @@ bool isListPart(const std::string& name, std::string_view value) {
                                         [&](const ListPart& one) { return one.name == name; });
   if (part == listParts.end())
     return false;
-  const std::size_t most = static_cast<std::size_t>(part->highest - part->lowest + 1);
+  const auto most =
+      static_cast<std::size_t>(part->highest) + 1 - static_cast<std::size_t>(part->lowest);
   return checkList(value, most, [&](std::string_view text) {
     const std::optional<int> number = numberOf(text);
-    const int size = number ? (part->isSigned ? std::abs(*number) : *number) : -1;
-    return size >= part->lowest && size <= part->highest;
+    if (!number || *number < -part->highest || *number > part->highest)
+      return false;
+    return (part->isSigned ? std::abs(*number) : *number) >= part->lowest;
   });
 }
 

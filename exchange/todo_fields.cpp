@@ -175,7 +175,7 @@ public:
       : lines_(lines), task_(task), reader_(reader), fields_(lines, reader) {}
 
   bool run() {
-    const std::optional<TodoAlarm> alarm = readAlarm(lines_, readDates(lines_, reader_), reader_);
+    const std::optional<std::size_t> alarm = numberOfAlarm();
     replaceText("SUMMARY", Task::TASK_FIELD_SUMMARY, Task::summaryLimit);
     replaceText("DESCRIPTION", Task::TASK_FIELD_NOTE, Task::noteLimit);
     replaceCategory();
@@ -183,7 +183,7 @@ public:
     replaceStatus();
     replaceEnd();
     replaceDue();
-    replaceAlarm(alarm.has_value());
+    replaceAlarm(alarm);
     if (!lines_.isChanged())
       return false;
     stampChange(
@@ -301,21 +301,34 @@ private:
     return startsAtTime ? dates.start->at(instant) : utcDate(instant);
   }
 
-  void replaceAlarm(bool hadAlarm) {
+  // Returns which of the components VALARM is the alarm of the record.
+  [[nodiscard]] std::optional<std::size_t> numberOfAlarm() const {
+    const std::optional<TodoAlarm> alarm = readAlarm(lines_, readDates(lines_, reader_), reader_);
+    if (!alarm)
+      return std::nullopt;
+    std::size_t number = 0;
+    for (const ComponentLines::Range& range : lines_.nested("VALARM"))
+      number += range.begin < alarm->range.begin ? 1 : 0;
+    return number;
+  }
+
+  // `before` is numberOfAlarm() before the dates were replaced, which can take the time from a
+  // relative alarm.
+  void replaceAlarm(std::optional<std::size_t> before) {
     const std::optional<TodoAlarm> present = readAlarm(lines_, readDates(lines_, reader_), reader_);
     const std::optional<std::int64_t> alarm = instantOf(task_, Task::TASK_FIELD_ALARM);
-    if ((present ? std::optional(present->instant) : std::nullopt) == alarm)
-      return;
     if (!alarm) {
-      lines_.remove(present->range);
+      if (before)
+        lines_.remove(lines_.nested("VALARM").at(*before));
+      else if (present)
+        lines_.remove(present->range);
       return;
     }
+    if (present && present->instant == *alarm)
+      return;
     std::size_t trigger = present ? present->trigger : none;
-    // An alarm that was relative to a date that is no longer there.
-    if (trigger == none && hadAlarm)
-      for (const ComponentLines::Range& range : lines_.nested("VALARM"))
-        if (trigger == none)
-          trigger = lines_.find("TRIGGER", range);
+    if (!present && before)
+      trigger = lines_.find("TRIGGER", lines_.nested("VALARM").at(*before));
     const std::string value = dateTimeText(*alarm) + "Z";
     if (trigger == none) {
       addAlarm(value);
@@ -395,8 +408,11 @@ void stampChange(ComponentLines& lines, std::int64_t instant) {
   const std::size_t line = lines.find("SEQUENCE");
   const std::optional<ContentLine> content = line == none ? std::nullopt : lines.property(line);
   const int sequence = content ? numberOf(content->value).value_or(0) : 0;
-  const bool canGrow = sequence >= 0 && sequence < std::numeric_limits<int>::max();
-  setStamp(lines, "SEQUENCE", std::to_string(canGrow ? sequence + 1 : 1));
+  constexpr int last = std::numeric_limits<int>::max();
+  setStamp(lines, "SEQUENCE",
+           std::to_string(sequence < 0       ? 1
+                          : sequence == last ? last
+                                             : sequence + 1));
 }
 
 QByteArray newTodo(const ZTASK_ENG_Task& task, const std::string& lineEnd) {

@@ -279,7 +279,7 @@ QDateTime alarmForDue(const QByteArray& text, const QDateTime& due) {
   ComponentLines lines(calendar.bytes(calendar.pieces()[piece]));
   for (const std::string_view name : endNames) {
     if (const std::size_t at = lines.find(name); at != ComponentLines::none)
-      lines.remove(at);
+      lines.remove({at, at + 1});
   }
   lines.insert(lines.endOfProperties(),
                "DUE:" + due.toUTC().toString("yyyyMMdd'T'HHmmss'Z'").toStdString());

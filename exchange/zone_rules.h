@@ -55,6 +55,8 @@ public:
 
   // Returns the zone that the calendar defines, otherwise the system's, otherwise null.
   std::shared_ptr<const ZoneRules> find(int calendar, const std::string& id);
+  // To be called after a zone was added to the text.
+  void forget() { known_.clear(); }
 
 private:
   const CalendarText& text_;

@@ -16,9 +16,10 @@
 // parameters, unknown properties and components. Only the lines of fields that are replaced change.
 // text() of a document in which nothing was replaced returns the bytes that it was made of.
 //
-// Needs no library that is opened at run time, writes no file, and may be used in any thread; an
-// object must not be used by two threads at once. The time it takes and the memory it needs grow
-// with the size of the text, whatever the text contains.
+// Needs no library that is opened at run time, and writes no file. May be used in any thread; an
+// object must not be used by two threads at once, not even to read. What libical computes needs
+// none of its state for the process. The time it takes and the memory it needs grow with the size
+// of the text, whatever the text contains. docs/icalendar.md lists fields and limits.
 class ULO_EXPORT TASK_ENG_Ical {
 public:
   // Why a text cannot be read.
@@ -55,6 +56,7 @@ public:
   TASK_ENG_Ical& operator=(TASK_ENG_Ical&& other) noexcept;
   ~TASK_ENG_Ical();
 
+  // Describes the text that the object was made of. Reads the fields of all to-dos.
   const Report& report() const;
 
   // To-dos are numbered from 0 in the order of the text. `todo` must be less than count().
@@ -74,9 +76,11 @@ public:
   // neither does a value that iCalendar cannot tell from the present one (for example a status
   // other than completed, accepted and declined from "needs action"). UID is never replaced.
   bool replace(int todo, const ZTASK_ENG_Task& task);
-  // Appends a to-do with the fields of `task`.
+  // Appends a to-do with the fields of `task`, and with a new UID if it has no uuid. If there is no
+  // calendar that can be read, begins one at the end of the text.
   void append(const ZTASK_ENG_Task& task);
-  // Appends the to-do of a text as returned by text(int), its overrides and time zones.
+  // Appends the to-do of a text as returned by text(int), its overrides, and its time zones unless
+  // the calendar has zones with these names.
   void append(const TASK_ENG_Ical& other, int todo);
 
   enum NextDate : int {

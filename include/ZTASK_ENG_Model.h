@@ -210,7 +210,6 @@ protected:
 
 private:
   int checkTables();
-  int getAllTasks(QValueList<ZTASK_ENG_Task>& tasks);
   void report(unsigned int uid, int changeType);
 
   bool open_ = true;

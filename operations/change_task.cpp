@@ -14,10 +14,10 @@ namespace {
 constexpr auto dueField = ZTASK_ENG_Task::TASK_FIELD_DUE;
 constexpr auto alarmField = ZTASK_ENG_Task::TASK_FIELD_ALARM;
 
-// Moves an alarm that the text defines relative to the due date, if the change left it alone.
+// Moves an alarm that the text defines relative to the due date, if the change left it alone. Such
+// an alarm gets a time, and becomes the alarm of the task, with the first due date.
 void moveAlarm(const ZTASK_ENG_Task& before, ZTASK_ENG_Task& task, const QByteArray& text) {
-  if (!hasDate(task, dueField) || !hasDate(task, alarmField) ||
-      task.getDateTime(dueField) == before.getDateTime(dueField) ||
+  if (!hasDate(task, dueField) || task.getDateTime(dueField) == before.getDateTime(dueField) ||
       task.getDateTime(alarmField) != before.getDateTime(alarmField))
     return;
   const QByteArray current = TASK_ENG_Ical::write(before, text);

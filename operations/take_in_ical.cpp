@@ -49,14 +49,21 @@ bool isOlder(const ZTASK_ENG_Task& todo, const ZTASK_ENG_Task& base) {
 }  // namespace
 
 int IcalIntake::find(const std::vector<QString>& uuids) {
+  for (const QString& uuid : uuids)
+    ++expected_[uuid];
   return findTasks(uuids, uids_);
 }
 
 int IcalIntake::take(const TASK_ENG_Ical::Todo& todo, TakenIn& taken) {
-  const auto known = uids_.constFind(todo.task.getString(ZTASK_ENG_Task::TASK_FIELD_UUID));
-  if (known == uids_.constEnd() || known_ == Known::addAgain)
+  const QString uuid = todo.task.getString(ZTASK_ENG_Task::TASK_FIELD_UUID);
+  if (uuid.isEmpty() || known_ == Known::addAgain)
     return add(todo, taken);
-  return update(known.value(), todo, taken);
+  if (--expected_[uuid] > 0) {
+    taken = {Taken::repeated, 0, {}};
+    return TASK_ENG_OK;
+  }
+  const auto known = uids_.constFind(uuid);
+  return known == uids_.constEnd() ? add(todo, taken) : update(known.value(), todo, taken);
 }
 
 int IcalIntake::add(const TASK_ENG_Ical::Todo& todo, TakenIn& taken) {

@@ -16,7 +16,8 @@ enum class Taken {
   added,
   updated,
   unchanged,  // the to-do contains nothing new
-  older,      // the stored task came with a later text, or was changed later; it is kept
+  older,      // the stored task came with a later text; it is kept
+  repeated,   // another to-do with its uuid follows and is taken instead; `uid` is not set
 };
 
 struct TakenIn {
@@ -37,6 +38,8 @@ struct TakenIn {
 // here are not lost. A to-do that equals the stored text or the present state of the task changes
 // nothing, not even the revision, and neither does one with an earlier LAST-MODIFIED.
 //
+// Of several to-dos with one uuid only the last is taken in.
+//
 // Texts that are too long are shortened in the record; the stored text keeps them whole.
 class IcalIntake {
 public:
@@ -45,7 +48,8 @@ public:
   explicit IcalIntake(ZTASK_ENG_Model& store, Known known = Known::update)
       : store_(store), known_(known) {}
 
-  // Looks up the uuids of all to-dos that will be taken in, in one pass over the store.
+  // Looks up the uuids of all to-dos that will be taken in, in their order, in one pass over the
+  // store.
   [[nodiscard]] int find(const std::vector<QString>& uuids);
 
   [[nodiscard]] int take(const TASK_ENG_Ical::Todo& todo, TakenIn& taken);
@@ -57,6 +61,7 @@ private:
   ZTASK_ENG_Model& store_;
   Known known_;
   QHash<QString, unsigned int> uids_;  // by uuid
+  QHash<QString, int> expected_;       // the number of to-dos of a uuid that have not been taken
 };
 
 }  // namespace ulo

@@ -620,12 +620,14 @@ int ZTASK_ENG_Model::getMatchTasks(QValueList<ZTASK_ENG_Task>& tasks, QString& t
     return counted;
   if (count == 0)
     return TASK_ENG_NOT_FOUND;
-  QValueList<ZTASK_ENG_Task> all;
-  if (const int read = getAllTasks(all); read != TASK_ENG_OK)
-    return read;
-  for (const ZTASK_ENG_Task& task : all) {
-    if (mentions(task, text))
-      tasks.append(task);
+  ResultRows rows;
+  if (rows.query(task_scripts::allTasks) != DB_OK)
+    return TASK_ENG_DATABASE_FAILURE;
+  Mention wanted(open_, text);
+  const TaskReader<task_scripts::PlainTask> reader(open_, rows);
+  for (; !rows.atEnd(); rows.next()) {
+    if (wanted.isMetBy(rows))
+      reader.append(tasks);
   }
   return TASK_ENG_OK;
 }
@@ -637,22 +639,17 @@ int ZTASK_ENG_Model::getMatchTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_
     return counted;
   if (count == 0)
     return TASK_ENG_NOT_FOUND;
-  if (const int read = getAllTasks(tasks); read != TASK_ENG_OK) {
-    ULO_LOG_ERROR("GetTasks failed! [ret=%d]", read);
-    return read;
-  }
   const Example wanted(example);
-  tasks.removeIf([&wanted](const ZTASK_ENG_Task& task) { return !wanted.isMetBy(task); });
-  return TASK_ENG_OK;
-}
-
-int ZTASK_ENG_Model::getAllTasks(QValueList<ZTASK_ENG_Task>& tasks) {
-  const ReadSnapshot snapshot;
   ResultRows rows;
-  if (rows.query(task_scripts::allTasks) != DB_OK)
+  if (rows.query(task_scripts::allTasks) != DB_OK) {
+    ULO_LOG_ERROR("GetTasks failed! [ret=%d]", TASK_ENG_DATABASE_FAILURE);
     return TASK_ENG_DATABASE_FAILURE;
+  }
+  tasks.removeIf([&wanted](const ZTASK_ENG_Task& task) { return !wanted.isMetBy(task); });
   const TaskReader<task_scripts::PlainTask> reader(open_, rows);
-  for (; !rows.atEnd(); rows.next())
-    reader.append(tasks);
+  for (; !rows.atEnd(); rows.next()) {
+    if (wanted.isMetBy(rows))
+      reader.append(tasks);
+  }
   return TASK_ENG_OK;
 }

@@ -8,6 +8,7 @@
 #include <QByteArray>
 #include <QDateTime>
 #include <QString>
+#include <QStringView>
 
 // A read transaction: all queries during its lifetime see the same state of the database, so that
 // tasks and the names of their categories match. Queries work without one, too.
@@ -87,6 +88,11 @@ public:
   [[nodiscard]] QString unicode(int column) const {
     const auto* units = reinterpret_cast<const QChar*>(DB_CSC_GetFieldAsUnicode(cursor_, column));
     return units == nullptr ? QString() : QString(units);
+  }
+  // The same without a copy. Valid until the next row.
+  [[nodiscard]] QStringView unicodeView(int column) const {
+    const auto* units = reinterpret_cast<const QChar*>(DB_CSC_GetFieldAsUnicode(cursor_, column));
+    return units == nullptr ? QStringView() : QStringView(units);
   }
   [[nodiscard]] QString varchar(int column) const {
     const char* bytes = DB_CSC_GetFieldAsChar(cursor_, column);

@@ -1,36 +1,45 @@
 #include "task_match.h"
 
 #include "UTIL_TimeConversion.h"
+#include "store_steps.h"
 #include "task_words.h"
-
-#include <algorithm>
-#include <iterator>
 
 namespace {
 
+using Columns = task_scripts::PlainTask;
 using Field = ZTASK_ENG_Task::TASK_FIELD_T;
 
-long seconds(const ZTASK_ENG_Task& task, Field field) {
-  return UTIL_TimeConversion::toUTC(task.getInstant(field));
+int seconds(const ZTASK_ENG_Task& task, Field field) {
+  return static_cast<int>(UTIL_TimeConversion::toUTC(task.getInstant(field)));
 }
 
-bool hasDate(const ZTASK_ENG_Task& task, Field field, long wanted) {
-  return wanted == ZTASK_ENG_Task::noDateSeconds || seconds(task, field) == wanted;
+bool hasDate(int date, int wanted) {
+  return wanted == ZTASK_ENG_Task::noDateSeconds || date == wanted;
 }
 
-bool hasText(const ZTASK_ENG_Task& task, Field field, const QString& wanted) {
-  return wanted.isEmpty() || task.getString(field).contains(wanted, Qt::CaseInsensitive);
+bool hasText(QStringView value, const QString& wanted) {
+  return wanted.isEmpty() || value.contains(wanted, Qt::CaseInsensitive);
 }
 
 }  // namespace
 
-bool mentions(const ZTASK_ENG_Task& task, const QString& text) {
-  constexpr Field fields[] = {ZTASK_ENG_Task::TASK_FIELD_CATEGORY, ZTASK_ENG_Task::TASK_FIELD_NOTE,
-                              ZTASK_ENG_Task::TASK_FIELD_SUMMARY, ZTASK_ENG_Task::TASK_FIELD_UUID};
-  return std::any_of(std::begin(fields), std::end(fields), [&](Field field) {
-    const QString value = task.getString(field);
-    return !value.isEmpty() && value.contains(text, Qt::CaseSensitive);
-  });
+bool Mention::isIn(QStringView field) const {
+  return !field.isEmpty() && field.contains(text_, Qt::CaseSensitive);
+}
+
+bool Mention::isInCategory(unsigned int uid) {
+  const auto [place, isNew] = categories_.try_emplace(uid, false);
+  if (isNew) {
+    QString name;
+    findCategoryName(open_, uid, name, place_);
+    place->second = isIn(name);
+  }
+  return place->second;
+}
+
+bool Mention::isMetBy(const ResultRows& row) {
+  return isIn(row.unicodeView(Columns::note)) || isIn(row.unicodeView(Columns::summary)) ||
+         isIn(row.unicodeView(Columns::uuid)) || isInCategory(row.uid(Columns::category));
 }
 
 Example::Example(const ZTASK_ENG_Task& example)
@@ -39,11 +48,22 @@ Example::Example(const ZTASK_ENG_Task& example)
       status_(example.getStatusValue()), note_(example.getString(ZTASK_ENG_Task::TASK_FIELD_NOTE)),
       summary_(example.getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY)) {}
 
+bool Example::isMetBy(int due, int end, int priority, int status, QStringView note,
+                      QStringView summary) const {
+  return hasDate(due, due_) && hasDate(end, end_) && (priority_ == 0 || priority == priority_) &&
+         (status_ == codeOf(ulo::Status::none) || status == status_) && hasText(note, note_) &&
+         hasText(summary, summary_);
+}
+
+bool Example::isMetBy(const ResultRows& row) const {
+  return isMetBy(row.integer(Columns::due), row.integer(Columns::end),
+                 row.integer(Columns::priority), row.integer(Columns::status),
+                 row.unicodeView(Columns::note), row.unicodeView(Columns::summary));
+}
+
 bool Example::isMetBy(const ZTASK_ENG_Task& task) const {
-  return hasDate(task, ZTASK_ENG_Task::TASK_FIELD_DUE, due_) &&
-         hasDate(task, ZTASK_ENG_Task::TASK_FIELD_END, end_) &&
-         (priority_ == 0 || task.getPriorityValue() == priority_) &&
-         (status_ == codeOf(ulo::Status::none) || task.getStatusValue() == status_) &&
-         hasText(task, ZTASK_ENG_Task::TASK_FIELD_NOTE, note_) &&
-         hasText(task, ZTASK_ENG_Task::TASK_FIELD_SUMMARY, summary_);
+  return isMetBy(seconds(task, ZTASK_ENG_Task::TASK_FIELD_DUE),
+                 seconds(task, ZTASK_ENG_Task::TASK_FIELD_END), task.getPriorityValue(),
+                 task.getStatusValue(), task.getString(ZTASK_ENG_Task::TASK_FIELD_NOTE),
+                 task.getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY));
 }

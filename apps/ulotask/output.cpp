@@ -72,6 +72,13 @@ void Output::jsonLine(const QJsonObject& object) {
   line(withoutControls(QJsonDocument(object).toJson(QJsonDocument::Compact)));
 }
 
+void Output::write(std::string_view text) {
+  constexpr std::size_t most = 65536;
+  pending_ += text;
+  if (pending_.size() >= most)
+    finish();
+}
+
 void Output::finish() {
   const int error = writeAll(STDOUT_FILENO, pending_);
   pending_.clear();

@@ -13,8 +13,8 @@ namespace ulotask {
 
 class Output {
 public:
-  // Collects results; they are written by finish().
-  void write(std::string_view text) { pending_ += text; }
+  // Collects results; they are written by finish(), or when there are many. Fails like finish().
+  void write(std::string_view text);
   void line(std::string_view text) {
     write(text);
     write("\n");

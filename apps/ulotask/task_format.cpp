@@ -27,24 +27,22 @@ std::string shownDate(const ZTASK_ENG_Task& task, ZTASK_ENG_Task::TASK_FIELD_T f
 struct DateField {
   ZTASK_ENG_Task::TASK_FIELD_T field;
   const char* label;
-  const char* jsonName;
 };
 constexpr DateField dateFields[] = {
-    {ZTASK_ENG_Task::TASK_FIELD_DUE, "Due", "due"},
-    {ZTASK_ENG_Task::TASK_FIELD_ALARM, "Alarm", "alarm"},
-    {ZTASK_ENG_Task::TASK_FIELD_END, "Finished", "end"},
-    {ZTASK_ENG_Task::TASK_FIELD_REVISION, "Changed", "revision"},
+    {ZTASK_ENG_Task::TASK_FIELD_DUE, "Due"},
+    {ZTASK_ENG_Task::TASK_FIELD_ALARM, "Alarm"},
+    {ZTASK_ENG_Task::TASK_FIELD_END, "Finished"},
+    {ZTASK_ENG_Task::TASK_FIELD_REVISION, "Changed"},
 };
 
 struct TextField {
   ZTASK_ENG_Task::TASK_FIELD_T field;
   const char* label;
-  const char* jsonName;
 };
-constexpr TextField summaryField = {ZTASK_ENG_Task::TASK_FIELD_SUMMARY, "Summary", "summary"};
-constexpr TextField categoryField = {ZTASK_ENG_Task::TASK_FIELD_CATEGORY, "Category", "category"};
-constexpr TextField uuidField = {ZTASK_ENG_Task::TASK_FIELD_UUID, "UUID", "uuid"};
-constexpr TextField noteField = {ZTASK_ENG_Task::TASK_FIELD_NOTE, "Note", "note"};
+constexpr TextField summaryField = {ZTASK_ENG_Task::TASK_FIELD_SUMMARY, "Summary"};
+constexpr TextField categoryField = {ZTASK_ENG_Task::TASK_FIELD_CATEGORY, "Category"};
+constexpr TextField uuidField = {ZTASK_ENG_Task::TASK_FIELD_UUID, "UUID"};
+constexpr TextField noteField = {ZTASK_ENG_Task::TASK_FIELD_NOTE, "Note"};
 
 constexpr int labelColumns = 10;
 
@@ -57,38 +55,7 @@ void printField(Output& output, const ZTASK_ENG_Task& task, const TextField& fie
   printField(output, field.label, severalLines(task.getString(field.field), labelColumns));
 }
 
-QJsonValue jsonText(const QString& text) {
-  // Half a surrogate pair becomes U+FFFD: JSON texts are UTF-8.
-  return text.isNull() ? QJsonValue()
-                       : QJsonValue(QString::fromStdU32String(text.toStdU32String()));
-}
-
-QJsonValue jsonDate(const QDateTime& dateTime) {
-  return ulo::hasDate(dateTime) ? QJsonValue(ulo::formatUtc(dateTime)) : QJsonValue();
-}
-
 }  // namespace
-
-QJsonObject toJson(const ZTASK_ENG_Task& task) {
-  QJsonObject object;
-  object["uid"] = static_cast<qint64>(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID));
-  object["priority"] = task.getPriorityValue();
-  object["priorityClass"] = priorityWord(task);
-  object["status"] = task.getStatusValue();
-  object["statusWord"] = statusWord(task);
-  object["completed"] = ulo::isCompleted(task);
-  for (const TextField& field : {summaryField, categoryField, uuidField, noteField})
-    object[field.jsonName] = jsonText(task.getString(field.field));
-  for (const DateField& field : dateFields)
-    object[field.jsonName] = jsonDate(task.getDateTime(field.field));
-  return object;
-}
-
-QJsonObject toJson(const ZTASK_ENG_Task& task, bool repeats) {
-  QJsonObject object = toJson(task);
-  object["repeats"] = repeats;
-  return object;
-}
 
 void printTask(Output& output, const ZTASK_ENG_Task& task, const QString& repetition) {
   printField(output, "UID", std::to_string(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID)));

@@ -1,21 +1,15 @@
-// Tasks as they are printed, for users and for programs.
+// Tasks as they are printed for users.
 #pragma once
 
 #include "ZTASK_ENG_Task.h"
 #include "output.h"
 #include "take_in.h"
 
-#include <QJsonObject>
 #include <QString>
 
 #include <string>
 
 namespace ulotask {
-
-// Returns all fields, with dates in UTC and null for fields that are not set.
-QJsonObject toJson(const ZTASK_ENG_Task& task);
-// The same, and whether the task repeats.
-QJsonObject toJson(const ZTASK_ENG_Task& task, bool repeats);
 
 // Prints all fields, one per line. `repetition` says when the task repeats; empty if it does not.
 void printTask(Output& output, const ZTASK_ENG_Task& task, const QString& repetition);

@@ -1,5 +1,6 @@
 #include "text.h"
 
+#include <algorithm>
 #include <cwchar>
 
 namespace ulotask {
@@ -46,6 +47,16 @@ int columnsOf(char32_t c) {
   return columns < 0 ? 1 : columns;
 }
 
+// Printable ASCII: each character is shown as it is, in one column.
+bool isPlain(char32_t c) {
+  return c >= 0x20 && c < 0x7F;
+}
+
+bool isPlain(std::string_view text) {
+  return std::all_of(text.begin(), text.end(),
+                     [](char c) { return isPlain(static_cast<unsigned char>(c)); });
+}
+
 std::string oneLine(std::u32string text) {
   for (char32_t& c : text)
     c = isLineBreak(c) || c == '\t' ? U' ' : shown(c);
@@ -55,6 +66,8 @@ std::string oneLine(std::u32string text) {
 }  // namespace
 
 std::string oneLine(const QString& text) {
+  if (std::all_of(text.begin(), text.end(), [](QChar c) { return isPlain(c.unicode()); }))
+    return text.toStdString();
   return oneLine(characters(text));
 }
 
@@ -77,6 +90,8 @@ std::string severalLines(const QString& text, int indent) {
 }
 
 int columnsOf(std::string_view text) {
+  if (isPlain(text))
+    return static_cast<int>(text.size());
   int columns = 0;
   for (const char32_t c : characters(text))
     columns += columnsOf(c);

@@ -6,6 +6,7 @@
 #include "session.h"
 #include "take_in.h"
 #include "task_format.h"
+#include "task_json.h"
 #include "task_words.h"
 #include "text.h"
 #include "verbs.h"
@@ -71,8 +72,8 @@ void apply(Session& session, const TaskOptions& given, ZTASK_ENG_Task& task) {
 
 void print(Session& session, const char* what, const ZTASK_ENG_Task& task, bool json) {
   if (json)
-    session.output.json(toJson(
-        task, !session.repetition(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID)).isEmpty()));
+    session.output.write(jsonOf(
+        task, {!session.repetition(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID)).isEmpty()}));
   else
     session.output.line(what + named(task));
 }

@@ -9,10 +9,9 @@
 #include "take_in.h"
 #include "take_in_ical.h"
 #include "task_format.h"
+#include "task_json.h"
 #include "text.h"
 #include "verbs.h"
-
-#include <QJsonArray>
 
 #include <algorithm>
 #include <iterator>
@@ -53,7 +52,8 @@ constexpr const char* nothingStored = "nothing was stored: the import";
 struct Stored {
   std::vector<std::string> notices;
   std::vector<std::string> lines;
-  QJsonArray json;
+  TaskArray array;
+  std::string json;
 };
 
 struct TakenEntry {
@@ -67,6 +67,7 @@ constexpr TakenEntry takenEntries[] = {
     {ulo::Taken::updated, "updated", "updated", true},
     {ulo::Taken::unchanged, "unchanged", "unchanged", false},
     {ulo::Taken::older, "older than the stored task and left out", "older", true},
+    {ulo::Taken::repeated, "left out because another with the same UID follows", "repeated", false},
 };
 
 // The import of one calendar: stores its to-dos, or fails.
@@ -101,11 +102,10 @@ private:
     for (const ulo::ShortenedText& text : taken.shortened)
       stored_.notices.push_back(name_ + ", task " + std::to_string(taken.uid) + ": " +
                                 sentence(text));
-    if (!json_)
+    if (!json_ || taken.how == ulo::Taken::repeated)
       return;
-    QJsonObject object = toJson(session_.task(taken.uid), repeats);
-    object["import"] = entryOf(taken.how).jsonWord;
-    stored_.json.append(object);
+    stored_.json +=
+        stored_.array.add(session_.task(taken.uid), {repeats, entryOf(taken.how).jsonWord});
   }
 
   static const TakenEntry& entryOf(ulo::Taken how) {
@@ -179,7 +179,7 @@ void import(Session& session, const ImportOptions& options) {
   for (const std::string& line : stored.lines)
     session.output.line(line);
   if (options.json)
-    session.output.json(stored.json);
+    session.output.write(stored.json + stored.array.end());
 }
 
 struct ExportOptions {
@@ -273,7 +273,7 @@ void addExchangeVerbs(Verb& program, Session& session) {
       "has\n"
       "changed since the last import is taken from the file, and other changes made here are "
       "kept.\n"
-      "To-dos without news are left alone, and so are those that are older than the stored task.\n"
+      "To-dos without changes are left alone, and so are those older than the stored text.\n"
       "Lines that a task has no field for are kept and exported again.\n"
       "To-dos of vCalendar 1.0 are always added.\n"
       "Examples:\n"

@@ -3,9 +3,8 @@
 #include "listing.h"
 #include "session.h"
 #include "task_format.h"
+#include "task_json.h"
 #include "verbs.h"
-
-#include <QJsonArray>
 
 #include <algorithm>
 #include <limits>
@@ -20,10 +19,10 @@ namespace {
 
 void printTasks(Output& output, const QValueList<ZTASK_ENG_Task>& tasks, bool json) {
   if (json) {
-    QJsonArray array;
+    TaskArray array;
     for (const ZTASK_ENG_Task& task : tasks)
-      array.append(toJson(task));
-    output.json(array);
+      output.write(array.add(task));
+    output.write(array.end());
     return;
   }
   if (tasks.isEmpty()) {
@@ -137,7 +136,7 @@ void show(Session& session, const ShowOptions& options) {
   const ZTASK_ENG_Task task = session.task(argumentUid(options.uid));
   const QString repetition = session.repetition(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID));
   if (options.json)
-    session.output.json(toJson(task, !repetition.isEmpty()));
+    session.output.write(jsonOf(task, {!repetition.isEmpty()}));
   else
     printTask(session.output, task, repetition);
 }

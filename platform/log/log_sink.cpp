@@ -3,11 +3,10 @@
 #include "aplog.h"
 #include "ulo/data_directory.h"
 
-#include <QDateTime>
-
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <string>
 
@@ -49,10 +48,24 @@ std::string printable(const char* text, std::size_t size) {
   return result;
 }
 
-// "2006-03-05T12:00:00.123+01:00"
+// "2006-03-05T12:00:00.123+01:00", or with "Z" in UTC.
 std::string timeStamp() {
-  const QDateTime now = QDateTime::currentDateTime();
-  return now.toOffsetFromUtc(now.offsetFromUtc()).toString(Qt::ISODateWithMs).toStdString();
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  // localtime_r alone would not notice that the zone was changed.
+  tzset();
+  tm local{};
+  localtime_r(&now.tv_sec, &local);
+  char text[80];
+  const std::size_t length = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &local);
+  const long offset = std::labs(local.tm_gmtoff) / 60;
+  const int milliseconds = static_cast<int>(now.tv_nsec / 1000000);
+  if (local.tm_gmtoff == 0)
+    std::snprintf(text + length, sizeof text - length, ".%03dZ", milliseconds);
+  else
+    std::snprintf(text + length, sizeof text - length, ".%03d%c%02ld:%02ld", milliseconds,
+                  local.tm_gmtoff < 0 ? '-' : '+', offset / 60, offset % 60);
+  return text;
 }
 
 int openFile(const std::string& path) {

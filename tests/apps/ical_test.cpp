@@ -83,6 +83,14 @@ TEST_F(Ical, ImportUpdatesAndReportsEachKind) {
   EXPECT_THAT(succeed({"list"}).out, HasSubstr("Water plants"));
 }
 
+TEST_F(Ical, ImportTakesLastOfSameUid) {
+  const std::string later = replaced(milk, "Buy milk", "Buy oat milk");
+  EXPECT_EQ(succeed({"import", "-"}, ical(milk) + ical(later)).out,
+            "2 tasks imported from standard input (iCalendar 2.0): 1 added (UID 1), 1 left out "
+            "because another with the same UID follows\n");
+  EXPECT_EQ(succeed({"import", "--json", "-"}, ical(milk) + ical(later)).array().size(), 1);
+}
+
 TEST_F(Ical, ImportNewAddsAgain) {
   succeed({"import", "-"}, ical(milk));
   EXPECT_EQ(succeed({"import", "--new", "-"}, ical(milk)).out,

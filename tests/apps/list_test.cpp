@@ -3,8 +3,11 @@
 #include "ulotask_runner.h"
 
 #include <QDateTime>
+#include <QJsonDocument>
 
 #include <sstream>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -70,6 +73,35 @@ TEST_F(List, EscapesControlCharactersInJson) {
             QString::fromUtf8("a\x1b"
                               "b\x7f"
                               "c\u009bd\u0085e\u00a0f\u4e2d"));
+}
+
+// Except for control characters, which QJsonDocument does not escape.
+TEST_F(List, PrintsJsonAsQtDoes) {
+  add({"a\"b\\c/d\be\ff\ng\rh\ti\x01j\u00e4\u20ac\u4e2d\U0001F600", "--note", "", "--due",
+       "1970-01-02", "--alarm", "2038-01-17 12:00"});
+  add({"second", "--category", "\u00fc \"x\""});
+  for (const std::vector<std::string>& verb :
+       {std::vector<std::string>{"list"}, {"show", "1"}, {"search", "no such text"}}) {
+    std::vector<std::string> words = verb;
+    words.emplace_back("--json");
+    const std::string out = succeed(words).out;
+    EXPECT_EQ(out, QJsonDocument::fromJson(QByteArray::fromStdString(out)).toJson().toStdString());
+    EXPECT_FALSE(QJsonDocument::fromJson(QByteArray::fromStdString(out)).isNull());
+  }
+}
+
+TEST_F(List, PrintsMoreThanFitsIntoItsBuffer) {
+  for (int i = 0; i < 40; ++i)
+    add({"task", "--note", std::string(4000, static_cast<char>('a' + i % 26))});
+  const Outcome run = succeed({"list", "--json"});
+  EXPECT_GT(run.out.size(), 160000U);
+  EXPECT_EQ(run.array().size(), 40);
+  const Outcome full = shell("\"$ULOTASK\" list --json > /dev/full");
+  EXPECT_EQ(full.code, 12);
+  EXPECT_EQ(full.err, "ulotask: standard output can't be written: No space left on device\n");
+  const Outcome cut = shell("\"$ULOTASK\" list --json | head -c 5");
+  EXPECT_EQ(cut.out, "[\n   ");
+  EXPECT_EQ(cut.err, "");
 }
 
 TEST_F(List, PrintsAllFieldsInJson) {

@@ -19,6 +19,20 @@ Outcome succeed(const Site& site, const Arguments& arguments, const std::string&
   return outcome;
 }
 
+// To-dos of iCalendar 2.0 with the numbers from `first` to `last`, in their state `version`. Each
+// repeats every week and has a text that fills several pages.
+std::string icalendarOf(int first, int last, int version) {
+  std::string text = "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//elsewhere//EN\r\n";
+  for (int i = first; i <= last; ++i) {
+    const std::string state = std::to_string(i) + " " + std::to_string(version);
+    text += "BEGIN:VTODO\r\nUID:todo-" + std::to_string(i) + "\r\nSUMMARY:todo " + state +
+            "\r\nDUE:20270301T120000Z\r\nRRULE:FREQ=WEEKLY\r\nLAST-MODIFIED:2026010" +
+            std::to_string(version) + "T120000Z\r\nX-TEXT:" + state +
+            std::string(6000, static_cast<char>('a' + i % 26)) + "\r\nEND:VTODO\r\n";
+  }
+  return text + "END:VCALENDAR\r\n";
+}
+
 std::int64_t linesIn(const std::string& text) {
   return std::count(text.begin(), text.end(), '\n');
 }
@@ -71,6 +85,10 @@ Scenarios::Scenarios(const fs::path& directory)
   add({"rm", "small", {"rm", "1", "2", "3"}},
       {{"rm", "1"}, {"rm", "1", "2"}, {"rm", "1", "2", "3"}});
   add({"import", "small", {"import", "-"}, calendarOf(importedTasks, "imported ")});
+  add({"first text", "small", {"import", "-"}, icalendarOf(1, 1, 1)});
+  add({"import texts", "texts", {"import", "-"}, icalendarOf(3, 9, 2)});
+  add({"done repeating", "texts", {"done", "7"}});
+  add({"rm with text", "texts", {"rm", "8"}});
   add({"category add", "small", {"category", "add", "x", "y"}},
       {{"category", "add", "x"}, {"category", "add", "x", "y"}});
   add({"category rename", "small", {"category", "rename", "garden", "yard"}});
@@ -98,6 +116,10 @@ void Scenarios::makeStores() {
   succeed(site_, {"add", "six", "--due", "2027-03-01"});
   succeed(site_, {"done", "5"});
   keep("small");
+
+  site_.reset(store("small"));
+  succeed(site_, {"import", "-"}, icalendarOf(1, 5, 1));
+  keep("texts");
 
   succeed(site_, {"import", "-"}, calendarOf(60, "task ", 900));
   succeed(site_, {"add", "apart", "--category", "apart"});

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <map>
+#include <sstream>
 #include <stdexcept>
 
 namespace company {
@@ -118,6 +119,8 @@ std::string Snapshot::storeDifferenceTo(const Snapshot& expected) const {
     return trouble;
   if (std::string text = difference("tasks", tasks, expected.tasks); !text.empty())
     return text;
+  if (std::string text = difference("calendar texts", texts, expected.texts); !text.empty())
+    return text;
   return difference("categories", categories, expected.categories);
 }
 
@@ -204,6 +207,7 @@ Snapshot Site::look() const {
     snapshot.tasks = tasksIn(printed({"list", "--json"}));
     snapshot.categories = categoriesIn(printed({"category", "list", "--json"}));
     snapshot.journal = changesIn(printed({"changes", "--json"}));
+    snapshot.texts = textsIn(printed({"export", "--format", "icalendar"}));
     printed({"db", "check"});
   } catch (const std::runtime_error& error) {
     snapshot.trouble = error.what();
@@ -233,6 +237,18 @@ std::vector<std::string> categoriesIn(const std::string& json) {
     result.push_back(
         QJsonDocument(category.toObject()).toJson(QJsonDocument::Compact).toStdString());
   std::sort(result.begin(), result.end());
+  return result;
+}
+
+std::vector<std::string> textsIn(const std::string& calendar) {
+  std::vector<std::string> result;
+  std::istringstream lines(calendar);
+  for (std::string line; std::getline(lines, line);) {
+    if (line.rfind("BEGIN:VTODO", 0) == 0)
+      result.emplace_back();
+    else if (line.rfind("X-TEXT:", 0) == 0 && !result.empty())
+      result.back() += line;
+  }
   return result;
 }
 

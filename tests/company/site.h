@@ -43,6 +43,7 @@ struct Snapshot {
   std::vector<std::string> tasks;       // by UID
   std::vector<std::string> categories;  // by name, with the number of tasks
   std::vector<std::string> journal;     // kind and UID, in order
+  std::vector<std::string> texts;       // what each task's calendar text keeps in X-TEXT, by UID
   std::string trouble;                  // why it cannot be read, or the errors of db check
 
   // Describes the first difference; empty if there is none.
@@ -96,6 +97,8 @@ private:
 std::vector<std::string> tasksIn(const std::string& json);
 std::vector<std::string> categoriesIn(const std::string& json);
 std::vector<std::string> changesIn(const std::string& jsonLines);
+// Converts its iCalendar output: one entry for each to-do.
+std::vector<std::string> textsIn(const std::string& calendar);
 
 // Returns the command in shell syntax, for messages.
 std::string shown(const Launch& launch);

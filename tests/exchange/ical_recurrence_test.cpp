@@ -146,12 +146,27 @@ TEST_F(IcalRecurrence, DoesNotMoveWhatItCannotCompute) {
   EXPECT_EQ(moved({"DTSTART:20261130T100000Z"}), "no rule");
   EXPECT_EQ(moved({"RRULE:FREQ=DAILY"}), "not computed");
   EXPECT_EQ(moved({"DTSTART:soon", "RRULE:FREQ=DAILY"}), "not computed");
-  for (const char* rule :
-       {"", "FREQ=OFTEN", "INTERVAL=2", "FREQ=DAILY;INTERVAL=0", "FREQ=DAILY;INTERVAL=32768",
-        "FREQ=DAILY;COUNT=0", "FREQ=DAILY;UNTIL=soon", "FREQ=DAILY;BYMONTH=13", "FREQ=DAILY;X-A=b",
-        "FREQ=DAILY;FREQ=DAILY", "FREQ=DAILY;BYMONTH=", "FREQ=WEEKLY;BYDAY=0MO",
-        "FREQ=WEEKLY;BYDAY=XX", "RSCALE=CHINESE;FREQ=YEARLY", "FREQ=HOURLY;BYHOUR=12",
-        "FREQ=WEEKLY;BYDAY=MO,TU;BYSETPOS=-1", "FREQ=DAILY;COUNT=99999999999"})
+  for (const char* rule : {"",
+                           "FREQ=OFTEN",
+                           "INTERVAL=2",
+                           "FREQ=DAILY;INTERVAL=0",
+                           "FREQ=DAILY;INTERVAL=32768",
+                           "FREQ=DAILY;COUNT=0",
+                           "FREQ=DAILY;UNTIL=soon",
+                           "FREQ=DAILY;BYMONTH=13",
+                           "FREQ=DAILY;X-A=b",
+                           "FREQ=DAILY;FREQ=DAILY",
+                           "FREQ=DAILY;BYMONTH=",
+                           "FREQ=WEEKLY;BYDAY=0MO",
+                           "FREQ=WEEKLY;BYDAY=XX",
+                           "RSCALE=CHINESE;FREQ=YEARLY",
+                           "FREQ=HOURLY;BYHOUR=12",
+                           "FREQ=MONTHLY;BYMONTHDAY=-2147483648",
+                           "FREQ=MONTHLY;BYMONTHDAY=32",
+                           "FREQ=MONTHLY;BYMONTHDAY=0",
+                           "FREQ=DAILY;BYHOUR=-1",
+                           "FREQ=WEEKLY;BYDAY=MO,TU;BYSETPOS=-1",
+                           "FREQ=DAILY;COUNT=99999999999"})
     EXPECT_EQ(moved({"DTSTART:20261130T100000Z", QByteArray("RRULE:") + rule}), "not computed")
         << rule;
   EXPECT_EQ(moved({"DTSTART:20261130T100000Z", "RRULE:FREQ=DAILY", "RRULE:FREQ=WEEKLY"}),

@@ -143,6 +143,26 @@ TEST(IcalSeveral, AppendsTimeZoneOnce) {
   EXPECT_EQ(calendar.count(), 2);
 }
 
+TEST(IcalSeveral, AppendedTimeZoneIsKnownAtOnce) {
+  const QByteArray line = "DUE;TZID=A:20261201T100000\r\n";
+  TASK_ENG_Ical calendar(calendarOf(todo("1", line)));
+  EXPECT_EQ(dateText(calendar.task(0), Task::TASK_FIELD_DUE), "20261201T090000Z");
+  calendar.append(TASK_ENG_Ical(calendarOf(zone("A") + todo("2", line))), 0);
+  for (const int i : {0, 1})
+    EXPECT_EQ(dateText(calendar.task(i), Task::TASK_FIELD_DUE), "20261201T070000Z");
+  EXPECT_EQ(TASK_ENG_Ical(calendar.text()).report().problemCount, 0U);
+  EXPECT_EQ(calendar.report().problemCount, 1U) << "of the text before";
+}
+
+TEST(IcalSeveral, ReportIsThatOfTheTextBeforeEdits) {
+  TASK_ENG_Ical calendar(calendarOf(todo("1", "STATUS:odd\r\nDUE:soon\r\n")));
+  Task task = calendar.task(0);
+  task.setStatus(0);
+  EXPECT_TRUE(calendar.replace(0, task));
+  EXPECT_EQ(calendar.task(0).getStatusValue(), 0);
+  EXPECT_EQ(calendar.report().problemCount, 2U);
+}
+
 TEST(IcalSeveral, ReadReturnsTodosWithTheirTexts) {
   const QByteArray text = calendarOf(todo("1", "RDATE:20270101\r\n") + todo("2", "STATUS:odd\r\n"));
   TASK_ENG_Ical::Report report;

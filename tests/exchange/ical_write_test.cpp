@@ -72,6 +72,15 @@ TEST_F(IcalWrite, ReplacesSummaryAndKeepsItsParameters) {
             "-summary;LANGUAGE=en:a\n+summary;LANGUAGE=en:c\\, d\\; e\\\\f\\ng\\nh\n");
 }
 
+TEST_F(IcalWrite, LineWithoutColonIsNotReplaced) {
+  EXPECT_EQ(withText({"SUMMARY;X", "SUMMARY"}, Task::TASK_FIELD_SUMMARY, "a"), "+SUMMARY:a\n");
+  EXPECT_EQ(
+      withDate({"STATUS:COMPLETED", "COMPLETED;TZI"}, Task::TASK_FIELD_END, "20261102T000000Z"),
+      "+COMPLETED:20261102T000000Z\n");
+  EXPECT_EQ(withDate({"DUE;TZI", "DUE:20261101T000000Z"}, Task::TASK_FIELD_DUE, "20261102T000000Z"),
+            "-DUE:20261101T000000Z\n+DUE:20261102T000000Z\n");
+}
+
 TEST_F(IcalWrite, AddsAndRemovesTexts) {
   EXPECT_EQ(withText({"X-A:b"}, Task::TASK_FIELD_NOTE, "note"), "+DESCRIPTION:note\n");
   EXPECT_EQ(withText({"SUMMARY:a", "SUMMARY:b"}, Task::TASK_FIELD_SUMMARY, ""),
@@ -262,10 +271,31 @@ TEST_F(IcalWrite, AddsAndRemovesAlarms) {
   EXPECT_EQ(dateText(calendar.task(0), alarm), "20261101T100000Z");
 }
 
+TEST_F(IcalWrite, NewAlarmIsNotPartOfAnUnfinishedComponent) {
+  for (const QByteArray& last : {QByteArray("X-A:b"), QByteArray("END:VALARM")}) {
+    TASK_ENG_Ical calendar(todoOf({"BEGIN:VALARM", "TRIGGER:soon", "END:VALARM", "BEGIN:X", last}));
+    Task task = calendar.task(0);
+    task.setDateTime(Task::TASK_FIELD_ALARM, utc("20261101T090000Z"));
+    EXPECT_TRUE(calendar.replace(0, task));
+    EXPECT_EQ(dateText(TASK_ENG_Ical(calendar.text()).task(0), Task::TASK_FIELD_ALARM),
+              "20261101T090000Z");
+    EXPECT_LT(calendar.text().indexOf("TRIGGER:soon"), calendar.text().indexOf("20261101T090000Z"));
+  }
+}
+
 TEST_F(IcalWrite, RelativeAlarmThatLosesItsDateBecomesAbsolute) {
   EXPECT_EQ(withDate({"DUE:20261101T100000Z", "BEGIN:VALARM", "TRIGGER:-PT1H", "END:VALARM"},
                      Task::TASK_FIELD_DUE, nullptr),
             "-DUE:20261101T100000Z\n-TRIGGER:-PT1H\n+TRIGGER;VALUE=DATE-TIME:20261101T090000Z\n");
+}
+
+TEST_F(IcalWrite, RemovesRelativeAlarmTogetherWithItsDate) {
+  EXPECT_EQ(changesOf({"DUE:20261101T100000Z", "BEGIN:VALARM", "TRIGGER:-PT1H", "END:VALARM"},
+                      [](Task& task) {
+                        task.setDateTime(Task::TASK_FIELD_DUE, Task::noDate());
+                        task.setDateTime(Task::TASK_FIELD_ALARM, Task::noDate());
+                      }),
+            "-DUE:20261101T100000Z\n-BEGIN:VALARM\n-TRIGGER:-PT1H\n-END:VALARM\n");
 }
 
 TEST_F(IcalWrite, StampsAreThoseOfTheTask) {
@@ -281,6 +311,22 @@ TEST_F(IcalWrite, StampsAreThoseOfTheTask) {
             "-DTSTAMP:20200101T000000Z\n-LAST-MODIFIED:20200101T000000Z\n-SEQUENCE:41\n"
             "-SUMMARY:a\n+DTSTAMP:20261111T111111Z\n+LAST-MODIFIED:20261111T111111Z\n"
             "+SEQUENCE:42\n+SUMMARY:b\n");
+}
+
+TEST_F(IcalWrite, SequenceEndsAtItsLastNumber) {
+  const auto next = [](const QByteArray& sequence) {
+    TASK_ENG_Ical calendar(todoOf({"SEQUENCE:" + sequence}));
+    Task task = calendar.task(0);
+    task.setPriority(1);
+    EXPECT_TRUE(calendar.replace(0, task));
+    const QByteArray text = calendar.text();
+    const qsizetype at = text.indexOf("SEQUENCE:") + 9;
+    return text.mid(at, text.indexOf("\r\n", at) - at).toStdString();
+  };
+  EXPECT_EQ(next("2147483646"), "2147483647");
+  EXPECT_EQ(next("2147483647"), "2147483647");
+  EXPECT_EQ(next("many"), "1");
+  EXPECT_EQ(next("-5"), "1");
 }
 
 TEST_F(IcalWrite, NeverReplacesUid) {

@@ -50,6 +50,13 @@ TEST(TimeZone, TextDefinesOffsets) {
   EXPECT_EQ(dueOf(todoAt("20260509T120000") + zoneOf(rules)), "20260509T130000Z");
 }
 
+// The name is a text in the definition, and plain where it is used.
+TEST(TimeZone, NameMayHaveEscapes) {
+  EXPECT_EQ(dueOf(zoneOf(rules, "(UTC-01:00) Here\\, there") +
+                  todoAt("20261201T120000", "(UTC-01:00) Here, there")),
+            "20261201T130000Z");
+}
+
 TEST(TimeZone, SkippedAndRepeatedTimesUseTheOffsetBefore) {
   EXPECT_EQ(dueOf(zoneOf(rules) + todoAt("20260510T023000")), "20260510T033000Z");
   EXPECT_EQ(dueOf(zoneOf(rules) + todoAt("20260926T023000")), "20260926T023000Z");

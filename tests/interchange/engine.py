@@ -8,8 +8,9 @@ import shutil
 import subprocess
 import time
 
-from tasks import NEEDS_ACTION, STATUS_WORDS, UNKNOWN, ZONE, Task
+from tasks import ICALENDAR, NEEDS_ACTION, STATUS_WORDS, UNKNOWN, VCALENDAR, ZONE, Task
 
+EXPORT_FORMATS = {VCALENDAR: "vcalendar", ICALENDAR: "icalendar"}
 NO_STATUS = -1
 STORED = "when the task was stored"
 
@@ -45,6 +46,13 @@ def moment(date):
     return calendar.timegm(time.strptime(date, "%Y-%m-%dT%H:%M:%SZ"))
 
 
+@dataclasses.dataclass(frozen=True)
+class Stored:
+    """A task in the store: its UID and the time of its last change."""
+    uid: int
+    revision: str
+
+
 class Engine:
     def __init__(self, program, directory):
         self.program = program
@@ -62,33 +70,37 @@ class Engine:
             raise RuntimeError(f"ulotask {' '.join(arguments)}: {done.stderr.decode()}")
         return done.stdout
 
-    def _task(self, found):
+    def task(self, found):
+        """Returns the task of an object that ulotask printed."""
         def text(name):
             return found[name] or None
 
-        revision = found["revision"]
-        if revision and moment(revision) >= int(self.started):
-            revision = STORED
         status = NEEDS_ACTION if found["status"] == NO_STATUS else found["status"]
         return Task(summary=text("summary"), note=text("note"), category=text("category"),
                     priority=found["priority"], status=status, due=found["due"],
-                    end=found["end"], alarm=found["alarm"], revision=revision)
+                    end=found["end"], alarm=found["alarm"], revision=found["revision"])
+
+    def received(self, found):
+        """Returns the task of an object, with STORED for times that a program set in this run."""
+        task = self.task(found)
+        return dataclasses.replace(task, **{
+            field: STORED for field in ("end", "revision")
+            if getattr(task, field) and moment(getattr(task, field)) >= int(self.started)})
 
     def fill(self, tasks):
-        """Stores the tasks and returns their UIDs. Fails unless the store then contains exactly
-        these tasks."""
+        """Stores the tasks. Fails unless the store then contains exactly these tasks."""
         found = json.loads(self.run("import", "--json", "-", stdin=plain_vcalendar(tasks)))
-        stored = [dataclasses.replace(self._task(each), revision=None) for each in found]
+        stored = [dataclasses.replace(self.task(each), revision=None) for each in found]
         wanted = [dataclasses.replace(task, revision=None) for task in tasks]
         for have, want in zip(stored, wanted):
             if have != want:
                 raise RuntimeError(f"the store has {have} instead of {want}")
         if len(stored) != len(wanted):
             raise RuntimeError("the store does not contain all tasks")
-        return [each["uid"] for each in found]
+        return [Stored(each["uid"], each["revision"]) for each in found]
 
-    def export(self, uid):
-        return self.run("export", str(uid))
+    def export(self, uid, form=VCALENDAR):
+        return self.run("export", "--format", EXPORT_FORMATS[form], str(uid))
 
     def sync_get(self, uid):
         return self.run("sync-item", "get", str(uid))
@@ -98,8 +110,8 @@ class Engine:
         found = json.loads(self.run("import", "--json", "-", stdin=text))
         if len(found) != 1:
             raise RuntimeError(f"{len(found)} to-dos were read instead of one")
-        return self._task(found[0])
+        return self.received(found[0])
 
     def sync_put(self, text):
         uid = self.run("sync-item", "put", stdin=text).decode().strip()
-        return self._task(json.loads(self.run("show", "--json", uid)))
+        return self.received(json.loads(self.run("show", "--json", uid)))

@@ -4,8 +4,11 @@ import dataclasses
 import os
 
 import rules
-from rules import FAULT, Refused, predict
-from tasks import FIELDS, Task
+from engine import STORED
+from steps import FAULT, Refused, predict
+from tasks import FIELDS, ICALENDAR, VCALENDAR, Task
+
+EXTENSIONS = {VCALENDAR: "vcs", ICALENDAR: "ics"}
 
 SAME, BY_RULE, PEER_WRONG, WRONG = range(4)  # from good to bad
 
@@ -20,10 +23,12 @@ class Value:
 
 
 class Table:
-    """The results of one direction of one peer, for each value of each field."""
-    def __init__(self, peer, direction):
+    """The results of one format and direction of one peer, for each value of each field."""
+    def __init__(self, peer, form, direction):
+        self.peer = peer
+        self.form = form
         self.direction = direction
-        self.steps = rules.STEPS[peer.key, direction]
+        self.steps = rules.STEPS[peer.key, form, direction]
         self.fields = {field: {} for field in FIELDS}
         self.compared = 0
 
@@ -76,27 +81,33 @@ def attempt(work, *arguments, failure=Refused):
         return failure(str(error))
 
 
-def out(peer, tasks, texts, directory):
-    """Lets the peer read our texts."""
-    table = Table(peer, "out")
+def file_names(form, count, directory):
     os.makedirs(directory, exist_ok=True)
-    for number, (task, text) in enumerate(zip(tasks, texts)):
-        file = os.path.join(directory, f"{number}.vcs")
+    return [os.path.join(directory, f"{number}.{EXTENSIONS[form]}") for number in range(count)]
+
+
+def out(peer, form, tasks, stored, engine, directory):
+    """Lets the peer read our texts."""
+    table = Table(peer, form, "out")
+    files = file_names(form, len(tasks), directory)
+    for each, file in zip(stored, files):
         with open(file, "wb") as target:
-            target.write(text)
-        table.add(task, attempt(peer.read, file))
+            target.write(engine.export(each.uid, form))
+    for task, each, file in zip(tasks, stored, files):
+        received = attempt(peer.read, file, form)
+        if isinstance(received, Task) and received.revision == each.revision:
+            received = dataclasses.replace(received, revision=STORED)
+        table.add(dataclasses.replace(task, revision=STORED), received)
     return table
 
 
-def back(peer, tasks, engine, directory):
-    """Reads the peer's texts. The second result tells for each text whether sync-item put stored
-    the same as import."""
-    table = Table(peer, "in")
-    os.makedirs(directory, exist_ok=True)
+def back(peer, form, tasks, engine, directory):
+    """Reads the peer's texts. The second result tells for each text of vCalendar 1.0 whether
+    sync-item put stored the same as import."""
+    table = Table(peer, form, "in")
     puts = []
-    for number, task in enumerate(tasks):
-        file = os.path.join(directory, f"{number}.{peer.extension}")
-        text = attempt(peer.write, task, file)
+    for task, file in zip(tasks, file_names(form, len(tasks), directory)):
+        text = attempt(peer.write, task, file, form)
         if isinstance(text, Refused):
             table.add(task, text)
             continue
@@ -104,7 +115,8 @@ def back(peer, tasks, engine, directory):
             text = source.read()
         received = attempt(engine.import_one, text, failure=Failed)
         table.add(task, received)
-        puts.append(attempt(engine.sync_put, text, failure=Failed) == as_put(received))
+        if form == VCALENDAR:
+            puts.append(attempt(engine.sync_put, text, failure=Failed) == as_put(received))
     return table, puts
 
 

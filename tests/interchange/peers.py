@@ -1,6 +1,6 @@
-"""The programs on the other side. Each reads a calendar file into a Task and writes one. Fields
-that a program does not have are None. Only the codes of status and priority are converted to ours
-here, according to the words of the formats."""
+"""The programs on the other side. Each reads a calendar file into a Task and writes one, in the
+formats that it lists. Fields that a program does not have are None. Only the codes of status and
+priority are converted to ours here, according to the words of the formats."""
 
 import datetime
 import json
@@ -8,11 +8,13 @@ import os
 import re
 import subprocess
 import time
+import uuid
 
 import vobject
 from vobject.icalendar import utc
 
-from tasks import COMPLETED, NEEDS_ACTION, STATUS_WORDS, UNKNOWN, ZONE, Task
+from tasks import (COMPLETED, ICAL_STATUS_WORDS, ICALENDAR, NEEDS_ACTION, STATUS_WORDS, UNKNOWN,
+                   VCALENDAR, ZONE, Task)
 
 READ = "when the peer read it"
 
@@ -28,6 +30,35 @@ def iso(date):
     return re.sub(r"(....)(..)(..)T(..)(..)(..)", r"\1-\2-\3T\4:\5:\6", date)
 
 
+def utc_text(date):
+    """Returns 2027-01-05T11:00:00Z for a date or time of Python's. A date is its local midnight."""
+    if not isinstance(date, datetime.datetime):
+        date = datetime.datetime(date.year, date.month, date.day)
+    return date.astimezone(datetime.timezone.utc).strftime("%Y-%m-%dT%H:%M:%SZ")
+
+
+def utc_time(date):
+    """Returns the time of Python's for 2027-01-05T11:00:00Z."""
+    return datetime.datetime.strptime(date, "%Y-%m-%dT%H:%M:%SZ").replace(tzinfo=utc)
+
+
+def package_version(package):
+    found = call("dpkg-query", "-W", "-f", "${Version}", package)[1]
+    return found.split(":")[-1].split("-")[0]
+
+
+def ical_word(status):
+    """Returns the word of a status, also of those that iCalendar 2.0 does not define for a
+    to-do; None for an unknown one."""
+    if status == UNKNOWN:
+        return None
+    return ICAL_STATUS_WORDS.get(status, STATUS_WORDS[status])
+
+
+def ical_status(word):
+    return next(code for code, known in ICAL_STATUS_WORDS.items() if known == word)
+
+
 def backup_of(file):
     """Gammu derives the format from the first known suffix anywhere in the name."""
     return os.path.splitext(file)[0] + ".backup"
@@ -37,8 +68,7 @@ class Gammu:
     """gammu convertbackup, which converts between a calendar and gammu's own backup file."""
     key = "gammu"
     name = "gammu"
-    reads = writes = "vCalendar 1.0"
-    extension = "vcs"
+    reads = writes = (VCALENDAR,)
     priorities = {"None": 0, "High": 1, "Medium": 2, "Low": 3}
 
     def version(self):
@@ -51,7 +81,7 @@ class Gammu:
         if code != 0 or not os.path.exists(target):
             raise RuntimeError(f"gammu convertbackup {source}: {errors}")
 
-    def read(self, file):
+    def read(self, file, _format):
         self._convert(file, backup_of(file))
         with open(backup_of(file), encoding="utf-8", errors="surrogateescape",
                   newline="") as backup:
@@ -72,7 +102,7 @@ class Gammu:
                     due=date("DueTime"), end=date("CompletedTime"),
                     alarm=date("Alarm", "SilentAlarm"), revision=date("LastModified"))
 
-    def write(self, task, file):
+    def write(self, task, file, _format):
         lines = ["[Backup]", "Format = 1.05", "", "[TODO001]", "Location = 1", "Type = Memo",
                  f"Completed = {'yes' if task.status == COMPLETED else 'no'}"]
         # A task without a priority has no line in gammu's own backups.
@@ -96,10 +126,11 @@ class Kde:
     """KDE's calendar library through kde_peer.cpp."""
     key = "kde"
     name = "KDE's calendar library"
-    reads = "vCalendar 1.0"
-    writes = "iCalendar 2.0"
-    extension = "ics"
-    statuses = {word.lower(): code for code, word in enumerate(STATUS_WORDS)}
+    reads = (VCALENDAR, ICALENDAR)
+    writes = (ICALENDAR,)
+    formats = {VCALENDAR: "vcal", ICALENDAR: "ical"}
+    statuses = {**{word.lower(): code for code, word in enumerate(STATUS_WORDS)},
+                "in process": 2, "canceled": 6}
 
     def __init__(self, program):
         self.program = program
@@ -110,33 +141,34 @@ class Kde:
     def writes_vcalendar(self, file):
         return call(self.program, "write", "vcal", file, stdin=b"{}")[0] == 0
 
-    def read(self, file):
+    def read(self, file, form):
         started = int(time.time())
-        code, out, errors = call(self.program, "read", "vcal", file)
+        code, out, errors = call(self.program, "read", self.formats[form], file)
         if code != 0:
             raise RuntimeError(errors)
         todos = json.loads(out)
         if len(todos) != 1:
             raise RuntimeError(f"KDE's library read {len(todos)} to-dos from {file}")
-        return self._task(todos[0], started)
-
-    def _task(self, todo, started):
+        todo = todos[0]
         revision = todo.get("revision")
-        moment = revision and datetime.datetime.fromisoformat(revision.replace("Z", "+00:00"))
+        if form == VCALENDAR and revision and utc_time(revision).timestamp() >= started:
+            revision = READ
         return Task(summary=todo["summary"] or None, note=todo["note"] or None,
                     category=",".join(todo["categories"]) or None, priority=todo["priority"],
                     status=COMPLETED if todo["isCompleted"] else
                     self.statuses.get(todo["status"], NEEDS_ACTION),
                     due=todo.get("due"), end=todo.get("end"), alarm=todo.get("alarm"),
-                    revision=READ if moment and moment.timestamp() >= started else revision)
+                    revision=revision)
 
-    def write(self, task, file):
+    def write(self, task, file, form):
+        words = {code: word for word, code in self.statuses.items()}
         todo = {"summary": task.summary or "", "note": task.note or "", "priority": task.priority,
-                "status": STATUS_WORDS[task.status].lower() if task.status != UNKNOWN else ""}
+                "status": words.get(task.status, "")}
         for name in ("category", "due", "end", "alarm", "revision"):
             if getattr(task, name):
                 todo[name] = getattr(task, name)
-        code, _, errors = call(self.program, "write", "ical", file, stdin=json.dumps(todo).encode())
+        code, _, errors = call(self.program, "write", self.formats[form], file,
+                               stdin=json.dumps(todo).encode())
         if code != 0:
             raise RuntimeError(errors)
 
@@ -145,16 +177,16 @@ class Vobject:
     """python3-vobject, in this process."""
     key = "vobject"
     name = "python3-vobject"
-    reads = "vCalendar 1.0"
-    writes = "iCalendar 2.0"
-    extension = "ics"
+    reads = (VCALENDAR, ICALENDAR)
+    writes = (ICALENDAR,)
 
     def version(self):
-        return call("dpkg-query", "-W", "-f", "${Version}", "python3-vobject")[1].split("-")[0]
+        return package_version("python3-vobject")
 
-    def read(self, file):
+    def read(self, file, form):
         with open(file, encoding="utf-8", newline="") as source:
-            todos = [todo for calendar in vobject.readComponents(source, allowQP=True)
+            todos = [todo for calendar in
+                     vobject.readComponents(source, allowQP=form == VCALENDAR)
                      for todo in calendar.contents["vtodo"]]
         if len(todos) != 1:
             raise RuntimeError(f"vobject read {len(todos)} to-dos from {file}")
@@ -168,21 +200,25 @@ class Vobject:
             found = value(name)
             if found is None or isinstance(found, str):
                 return found and iso(found)
-            return found.astimezone(datetime.timezone.utc).strftime("%Y-%m-%dT%H:%M:%SZ")
+            return utc_text(found)
 
         categories = value("categories")
+        if form == ICALENDAR:
+            status = ical_status(value("status"))
+            alarms = todo.contents.get("valarm")
+            alarm = utc_text(alarms[0].trigger.value) if alarms else None
+        else:
+            status = STATUS_WORDS.index(value("status"))
+            alarm = date("dalarm")
         return Task(summary=value("summary") or None, note=value("description") or None,
                     category=",".join(categories) if categories else None,
-                    priority=int(value("priority")), status=STATUS_WORDS.index(value("status")),
-                    due=date("due"), end=date("completed"), alarm=date("dalarm"),
-                    revision=date("last-modified"))
+                    priority=int(value("priority") or 0), status=status, due=date("due"),
+                    end=date("completed"), alarm=alarm, revision=date("last-modified"))
 
-    def write(self, task, file):
-        def moment(date):
-            return datetime.datetime.strptime(date, "%Y-%m-%dT%H:%M:%SZ").replace(tzinfo=utc)
-
+    def write(self, task, file, _format):
         calendar = vobject.iCalendar()
         todo = calendar.add("vtodo")
+        todo.add("uid").value = str(uuid.uuid4())
         if task.summary:
             todo.add("summary").value = task.summary
         if task.note:
@@ -190,15 +226,15 @@ class Vobject:
         if task.category:
             todo.add("categories").value = [task.category]
         todo.add("priority").value = str(task.priority)
-        if task.status < len(STATUS_WORDS):
-            todo.add("status").value = STATUS_WORDS[task.status].replace(" ", "-")
+        if ical_word(task.status):
+            todo.add("status").value = ical_word(task.status)
         for name, date in (("due", task.due), ("completed", task.end),
                            ("last-modified", task.revision)):
             if date:
-                todo.add(name).value = moment(date)
+                todo.add(name).value = utc_time(date)
         if task.alarm:
             alarm = todo.add("valarm")
             alarm.add("action").value = "DISPLAY"
-            alarm.add("trigger").value = moment(task.alarm)
+            alarm.add("trigger").value = utc_time(task.alarm)
         with open(file, "w", encoding="utf-8", newline="") as target:
             target.write(calendar.serialize())

@@ -1,7 +1,13 @@
 """Writes docs/interchange.md from the results of the exchange."""
 
+import datetime
+
+import conflicts
+import turn_texts
+import turns
 from exchange import BY_RULE, PEER_WRONG, SAME, WRONG
-from rules import FAULT, Refused
+from peers import package_version
+from steps import FAULT, Refused
 from tasks import FIELDS, ZONE
 
 INTRO = """\
@@ -9,7 +15,8 @@ INTRO = """\
 
 A set of {count} tasks is exchanged with independent programs: each reads what `ulotask export` \
 writes, and `ulotask import` reads what each writes. `tools/interchange` repeats the exchange and \
-writes this page; it fails if a field arrives differently than stated here.
+writes this page; it fails if a field arrives differently than stated here. Last run: {date}, with \
+{version}.
 
 | program | version | reads from us | writes to us |
 |---|---|---|---|
@@ -28,9 +35,49 @@ low as 1, 2 and 3. Times are in {zone}, where summer time of 2027 begins on 28 M
 31 October.
 
 `sync-item get` returned the same bytes as `export` for {same_get} of {count} tasks, and \
-`sync-item put` stored the same as `import` for {same_put} of the {puts} texts that came back. \
+`sync-item put` stored the same as `import` for {same_put} of the {puts} texts of vCalendar 1.0 \
+that came back. \
 Two differences are intended and not counted: only `import` sets the time of change, and it \
 stores "needs action" for a to-do without STATUS, which `sync-item put` leaves without one.
+"""
+
+TURNS = """\
+## todoman in turns with us
+
+todoman and `ulotask` edit the same {files} files in turns: {rounds} rounds with {edits} random edits \
+by each. `ulotask` imports what todoman has changed, and exports each task that it has changed \
+itself to its file. Every file contains at least 24 lines or components that `ulotask` has no \
+field for: `X-` properties and components, `ATTACH`, `ATTENDEE`, `GEO`, `RELATED-TO`, `RRULE`, \
+further alarms, time zones and parameters. Edits by todoman: {theirs}. Edits by `ulotask`: {ours}; \
+{moves} of them completed a repeating task and moved it to its next date.
+
+After each edit, every other field was as before, todoman and the store had the values of the \
+file, and after each edit by `ulotask` all other lines ({lines} in all) were the same bytes in the \
+same order. `import` takes from a file what differs from the text that was imported before. A \
+field that todoman set back to its value in that text therefore kept the value that it had got \
+from `ulotask` since then: {set_back}. An edit by todoman writes more than its field, which was \
+predicted each time:
+
+| what todoman does | times |
+|---|---|
+{faults}
+
+`tests/interchange/turns.py --seed N` repeats the rounds with other edits.
+"""
+
+CONFLICTS = """## vdirsyncer
+
+vdirsyncer {version} synchronizes two directories with {count} to-dos that were changed in both. \
+Its configuration contains
+
+    conflict_resolution = ["command", "ulotask", "ical", "merge"]
+
+Afterwards the two files of each to-do were equal, with every line that only one of them had, and \
+of a property that both had the line of the file with the later `LAST-MODIFIED`. The command knows \
+no earlier state of the files. A change to a property that both have is therefore overruled by the \
+later file even if that had not changed it; {overruled} of the {changes} changes were: \
+{overruled_names}. vdirsyncer itself removes CR from the line ends of a merged file. \
+`tests/interchange/conflicts.py` lists the changes and repeats this alone.
 """
 
 SET = """\
@@ -41,18 +88,21 @@ and text, and one task has all fields set.
 
 ## How values are compared
 
-`tests/interchange/rules.py` describes in steps what each side does to a field. Together, the \
-steps predict what must arrive, to the character (except for the one that gammu takes from \
-uninitialized memory). The run fails if a value arrives differently, and also if no value of the \
-set shows a step, so that every footnote is proven. The comparison is not part of `./test`: KDE's \
-library requires Qt 5, and the programs need many packages that nothing else here uses.
+`tests/interchange/rules.py` and `ical_rules.py` describe in steps what each side does to a field. \
+Together, the steps predict what must arrive, to the character (except for the one that gammu \
+takes from uninitialized memory). The run fails if a value arrives differently, and also if no \
+value of the set shows a step, so that every footnote is proven. The comparison is not part of \
+`./test`: KDE's library requires Qt 5, and the programs need many packages that nothing else here \
+uses.
 """
 
 NOTES = """\
-KDE's library refuses to write vCalendar 1.0 ("Saving VCAL is not supported"), and \
-python3-vobject supports only iCalendar 2.0. Both therefore write iCalendar 2.0, from which our \
-reader takes what the two formats share. python3-vobject can read our text because its parser \
-accepts any calendar and decodes quoted-printable."""
+KDE's library refuses to write vCalendar 1.0 ("Saving VCAL is not supported"). python3-vobject \
+supports only iCalendar 2.0, but can read our vCalendar 1.0 because its parser accepts any \
+calendar and decodes quoted-printable. Todoman is run through its commands, which set fewer \
+fields than its editor; see also [todoman in turns with us](#todoman-in-turns-with-us). Khal has \
+no to-dos: in a folder with these {count} tasks and one event, khal {khal} shows only the event, \
+and leaves every file unchanged."""
 
 
 def shown(value):
@@ -96,11 +146,11 @@ def example(table, text):
     return f"{shown(value.sent)} arrived as {shown(value.received)}"
 
 
-def section(peer, table):
+def section(table):
     if table.direction == "out":
-        title = f"### We write {peer.reads}, {peer.name} reads"
+        title = f"### We write {table.form}, {table.peer.name} reads"
     else:
-        title = f"### {peer.name} writes {peer.writes}, we read"
+        title = f"### {table.peer.name} writes {table.form}, we read"
     numbers = footnotes(table)
     whose = {step.text: step.whose for steps in table.steps.values() for step in steps}
     lines = [title, "", "| field | same | lost by rule | wrong, theirs | wrong, ours |",
@@ -123,17 +173,36 @@ def section(peer, table):
     return "\n".join(lines) + "\n"
 
 
-def page(peers, tables, tasks, same_get, puts):
-    compared = sum(table.compared for pair in tables for table in pair)
-    rows = "\n".join(f"| {peer.name} | {peer.version()} | {peer.reads} | {peer.writes} |"
-                     for peer in peers)
+def counts(counter):
+    return ", ".join(f"{name} {count}" for name, count in sorted(counter.items()))
+
+
+def exchanged_files(done, merged):
+    faults = "\n".join(f"| {kind} | {count} |" for kind, count in sorted(done.theirs.items()))
+    return [TURNS.format(files=len(turn_texts.VARIANTS), rounds=turns.ROUNDS, edits=turns.EDITS,
+                         theirs=done.edits_of("todoman"), ours=done.edits_of("ulotask"),
+                         lines=done.lines, moves=done.moves, set_back=counts(done.set_back), faults=faults),
+            CONFLICTS.format(version=package_version("vdirsyncer"),
+                             count=len(conflicts.CONFLICTS), changes=sum(
+                                 len(each.left) + len(each.right) for each in conflicts.CONFLICTS),
+                             overruled=len(merged.overruled), overruled_names="; ".join(
+                                 f"`{name}`" for name in merged.overruled))]
+
+
+def page(engine_version, khal, tables, tasks, same_get, puts, done, merged):
+    programs = list({table.peer.key: table.peer for table in tables}.values())
+    rows = "\n".join(f"| {peer.name} | {peer.version()} | {', '.join(peer.reads)} "
+                     f"| {', '.join(peer.writes)} |" for peer in programs)
     values = ", ".join(f"{len(table_values)} values of {field}"
-                       for field, table_values in tables[0][0].fields.items()
-                       if field != "revision")
-    parts = [INTRO.format(count=len(tasks), peers=rows, notes=NOTES, compared=compared, zone=ZONE,
-                          same_get=same_get, same_put=puts.count(True), puts=len(puts))]
-    for peer, pair in zip(peers, tables):
+                       for field, table_values in tables[0].fields.items() if field != "revision")
+    parts = [INTRO.format(count=len(tasks), peers=rows, zone=ZONE, date=datetime.date.today(),
+                          version=engine_version,
+                          notes=NOTES.format(count=len(tasks), khal=khal.version()),
+                          compared=sum(table.compared for table in tables), same_get=same_get,
+                          same_put=puts.count(True), puts=len(puts))]
+    for peer in programs:
         parts.append(f"## {peer.name}\n")
-        parts += [section(peer, table) for table in pair]
+        parts += [section(table) for table in tables if table.peer is peer]
+    parts += exchanged_files(done, merged)
     parts.append(SET.format(values=values))
     return "\n".join(parts)

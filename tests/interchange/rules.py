@@ -1,53 +1,14 @@
-"""Describes what a task loses in an exchange, step by step. A step changes a value according to a
-rule of one side or a fault of one program. The steps of a field together predict what must arrive;
-any other value is an error of the exchange."""
+"""What a task loses in an exchange of vCalendar 1.0, and all steps of all exchanges."""
 
-import dataclasses
 import re
 from datetime import datetime, timezone
-from typing import Callable
 from zoneinfo import ZoneInfo
 
+import ical_rules
 from engine import STORED
 from peers import READ
-from tasks import COMPLETED, NEEDS_ACTION, NOTE_LIMIT, SUMMARY_LIMIT, UNKNOWN, ZONE
-
-OURS, PEERS, FAULT = "our rule", "the peer's rule", "the peer's fault"
-
-
-class Refused:
-    """Nothing arrives because one of the programs rejects the whole text."""
-    def __init__(self, why="refused"):
-        self.why = why
-
-    def __eq__(self, other):
-        return isinstance(other, Refused)
-
-    def __repr__(self):
-        return self.why
-
-
-class Garbled:
-    """The start of a text followed by an arbitrary character; or nothing."""
-    def __init__(self, start):
-        self.start = start
-
-    def __eq__(self, other):
-        return isinstance(other, Refused) or (
-            isinstance(other, str) and other[:-1] == self.start)
-
-
-@dataclasses.dataclass(frozen=True)
-class Step:
-    whose: str
-    text: str
-    change: Callable
-    on_none: bool = False  # also applies to fields that are not set
-
-
-def nothing(_):
-    return None
-
+from steps import FAULT, OURS, PEERS, Garbled, Refused, Step, joined, nothing
+from tasks import COMPLETED, ICALENDAR, NEEDS_ACTION, UNKNOWN, VCALENDAR, ZONE
 
 # --- Our writer. ---
 
@@ -68,15 +29,8 @@ OUT = {
 
 # --- Our reader. ---
 
-LATIN1 = Step(OURS, "A text without CHARSET is read as Latin-1, byte for byte; iCalendar 2.0 "
-              "writes UTF-8 and never declares it.", lambda text: text.encode().decode("latin-1"))
 BLANKS = Step(OURS, "Leading blanks of a value count only in quoted-printable.",
               lambda text: text.lstrip(" \t"))
-ESCAPES_STAY = ("Backslashes of iCalendar 2.0 are kept literally: vCalendar 1.0 has no such "
-                "escapes.")
-STATUS_HYPHEN = Step(OURS, "NEEDS-ACTION with a hyphen, as in iCalendar 2.0, is not a status of "
-                     "vCalendar 1.0 and is stored as unknown.",
-                     lambda status: UNKNOWN if status == NEEDS_ACTION else status)
 REVISION_IN = Step(OURS, "LAST-MODIFIED is not read; the time of change is when the task was "
                    "stored.", lambda _: STORED)
 
@@ -178,44 +132,6 @@ KDE_OUT = {
                       lambda _: READ, on_none=True)],
 }
 
-
-def one_line_break(text):
-    return text.replace("\r\n", "\n")
-
-
-def ical_escape(text):
-    return re.sub(r"[\\;,]", lambda found: "\\" + found[0], text).replace("\n", "\\n")
-
-
-ICAL_LINE_BREAKS = Step(PEERS, "iCalendar 2.0 has only one kind of line break, which replaces "
-                        "CR LF.", one_line_break)
-ICAL_ESCAPES = Step(OURS, ESCAPES_STAY, ical_escape)
-ICAL_TEXT = [ICAL_LINE_BREAKS, ICAL_ESCAPES, LATIN1, BLANKS]
-
-
-def limited(limit):
-    return Step(OURS, f"We keep {limit} characters of this text.", lambda text: text[:limit])
-
-
-ICAL_ALARM = Step(OURS, "A component inside a to-do, such as an alarm of iCalendar 2.0 (VALARM), "
-                  "is ignored.", nothing)
-ABSENT = "no STATUS"
-NO_STATUS = Step(OURS, "A to-do without STATUS needs action.",
-                 lambda status: NEEDS_ACTION if status == ABSENT else status)
-
-KDE_IN = {
-    "summary": [*ICAL_TEXT, limited(SUMMARY_LIMIT)],
-    "note": [*ICAL_TEXT, limited(NOTE_LIMIT)],
-    "category": [Step(OURS, ESCAPES_STAY, lambda text: text.replace("\\", "\\\\")), LATIN1],
-    "status": [Step(PEERS, "KDE writes only the statuses that iCalendar 2.0 defines for a to-do, "
-                    "and no STATUS for others.",
-                    lambda status: status if status in (COMPLETED, NEEDS_ACTION) else ABSENT),
-               STATUS_HYPHEN, NO_STATUS],
-    "alarm": [ICAL_ALARM],
-    "revision": [REVISION_IN],
-}
-
-
 # --- python3-vobject. ---
 
 def vobject_reads_text(text):
@@ -228,39 +144,14 @@ VOBJECT_TEXT = [Step(PEERS, "python3-vobject applies the rules of iCalendar 2.0 
                      "text ends at a comma, and a backslash starts an escape.",
                      vobject_reads_text)]
 VOBJECT_OUT = {"summary": VOBJECT_TEXT, "note": VOBJECT_TEXT}
-VOBJECT_IN = {
-    "summary": [*ICAL_TEXT, limited(SUMMARY_LIMIT)],
-    "note": [*ICAL_TEXT, limited(NOTE_LIMIT)],
-    "category": [Step(OURS, ESCAPES_STAY, ical_escape), LATIN1],
-    "status": [Step(PEERS, "An unknown status has no word and is not written.",
-                    lambda status: ABSENT if status == UNKNOWN else status),
-               STATUS_HYPHEN, NO_STATUS],
-    "alarm": [ICAL_ALARM],
-    "revision": [REVISION_IN],
-}
 
 # --- All steps of each field from one side to the other. ---
 
-
-def joined(first, second):
-    return {field: first.get(field, []) + second.get(field, []) for field in {*first, *second}}
-
-
 STEPS = {
-    ("gammu", "out"): joined(OUT, GAMMU_OUT), ("gammu", "in"): GAMMU_IN,
-    ("kde", "out"): joined(OUT, KDE_OUT), ("kde", "in"): KDE_IN,
-    ("vobject", "out"): joined(OUT, VOBJECT_OUT), ("vobject", "in"): VOBJECT_IN,
+    ("gammu", VCALENDAR, "out"): joined(OUT, GAMMU_OUT),
+    ("gammu", VCALENDAR, "in"): GAMMU_IN,
+    ("kde", VCALENDAR, "out"): joined(OUT, KDE_OUT),
+    ("vobject", VCALENDAR, "out"): joined(OUT, VOBJECT_OUT),
+    **{(peer, ICALENDAR, direction): steps
+       for (peer, direction), steps in ical_rules.STEPS.items()},
 }
-
-
-def predict(steps, value):
-    """Returns what a value must arrive as, and the steps that changed it."""
-    changed = []
-    for step in steps:
-        if isinstance(value, (Refused, Garbled)) or (value is None and not step.on_none):
-            continue
-        after = step.change(value)
-        if after != value:
-            changed.append(step)
-        value = after
-    return value, changed

@@ -15,6 +15,12 @@ STATUS_WORDS = ["COMPLETED", "NEEDS ACTION", "ACCEPTED", "SENT", "TENTATIVE", "C
                 "DECLINED", "DELEGATED"]
 COMPLETED, NEEDS_ACTION, UNKNOWN = 0, 1, 8
 
+# The words of iCalendar 2.0 for the statuses that it defines for a to-do.
+ICAL_STATUS_WORDS = {COMPLETED: "COMPLETED", NEEDS_ACTION: "NEEDS-ACTION", 2: "IN-PROCESS",
+                     6: "CANCELLED"}
+
+FORMATS = VCALENDAR, ICALENDAR = "vCalendar 1.0", "iCalendar 2.0"
+
 REVISION = "2026-03-04T05:06:07Z"
 
 

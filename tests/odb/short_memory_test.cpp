@@ -9,6 +9,7 @@
 #include <sqlite3.h>
 
 #include <functional>
+#include <string_view>
 
 namespace {
 
@@ -127,6 +128,26 @@ const std::vector<Operation> operations = {
        DB_AbortTransaction();
        return result;
      }},
+    {"FirstText", [] { return DB_SetTaskText(1, "first", 5); }},
+    {"Texts",
+     [] {
+       int result = DB_BeginTransaction(0);
+       if (result != DB_OK)
+         return result;
+       const char* bytes = nullptr;
+       unsigned int size = 0;
+       result = DB_SetTaskText(1, "first", 5);
+       if (result == DB_OK)
+         result = DB_SetTaskText(2, "second", 6);
+       if (result == DB_OK)
+         result = DB_GetTaskText(1, &bytes, &size);
+       if (result == DB_OK)
+         result = DB_SetTaskText(1, nullptr, 0);
+       if (result == DB_OK)
+         return DB_CommitTransaction();
+       DB_AbortTransaction();
+       return result;
+     }},
     {"Snapshot",
      [] {
        const int result = DB_BeginRead();
@@ -176,13 +197,16 @@ protected:
   }
   void fill() {
     EXPECT_THAT(rowsOfSql("BEGIN; DROP TABLE IF EXISTS t; DELETE FROM task_table_task;"
+                          "DROP TRIGGER IF EXISTS ulo_texts_removal;"
+                          "DROP TABLE IF EXISTS ulo_texts;"
                           "INSERT INTO task_table_task (UID, note, summary, due, priority) VALUES "
                           "(1, 'first', 's', 1, 1), (2, 'second', 's', 1, 1), "
                           "(3, 'third', 's', 1, 2); COMMIT"),
                 ElementsAre());
   }
   std::vector<std::string> everything() {
-    return rowsOfSql("SELECT * FROM task_table_task; SELECT name FROM sqlite_schema");
+    return rowsOfSql("SELECT * FROM task_table_task; SELECT name FROM sqlite_schema; "
+                     "SELECT uid, text FROM ulo_texts");
   }
 
   // Runs the operation with the given allocation failing. Returns true if one failed.
@@ -190,6 +214,11 @@ protected:
     SCOPED_TRACE("allocation " + std::to_string(number));
     LogCapture log;
     EXPECT_EQ(DB_Open(1), DB_OK);
+    // The table of the texts exists, except for the operation that creates it. If a transaction
+    // that has created a table is discarded while there is no memory, the next operation does that.
+    if (std::string_view(GetParam().name) != "FirstText") {
+      EXPECT_EQ(DB_SetTaskText(3, "third", 5), DB_OK);
+    }
     if (knownBefore) {
       EXPECT_EQ(query(counting), DB_OK);
       EXPECT_EQ(withParameter(page, 1), DB_OK);

@@ -105,6 +105,17 @@ TEST_F(ChangeText, OnlyCompletionMovesTask) {
   EXPECT_EQ(storedText(uid), before);
 }
 
+TEST_F(ChangeText, CompletedTaskStaysWhenEdited) {
+  const unsigned int uid = addText(weekly("\r\nSTATUS:COMPLETED\r\nCOMPLETED:20060306T100000Z"));
+  ulo::ChangeReport report;
+  EXPECT_EQ(ulo::changeTask(
+                store(), uid, [](Task& task) { task.setPriority(1); }, &report),
+            ok);
+  EXPECT_EQ(report.next, std::nullopt);
+  EXPECT_EQ(get(uid).getStatusValue(), 0);
+  EXPECT_EQ(date(uid, due), utc(3, 6, 10));
+}
+
 TEST_F(ChangeText, ChangesOfSameEditMoveAlong) {
   const unsigned int uid = addText(weekly());
   edit(uid, [](Task& task) {
@@ -142,6 +153,15 @@ TEST_F(ChangeText, RelativeAlarmMovesWithDueDate) {
   // From the present due date, not from that of the text.
   edit(uid, [](Task& task) { task.setDateTime(due, utc(3, 8, 12)); });
   EXPECT_EQ(date(uid, alarm), utc(3, 8, 11));
+}
+
+TEST_F(ChangeText, RelativeAlarmGetsTimeWithFirstDueDate) {
+  const unsigned int uid = addText(icalendar(icalTodo("UID:a\r\n" + hourBefore())));
+  edit(uid, [](Task& task) { task.setDateTime(due, utc(3, 7, 12)); });
+  EXPECT_EQ(date(uid, alarm), utc(3, 7, 11));
+  QByteArray text;
+  EXPECT_EQ(ulo::currentText(get(uid), text), ok);
+  EXPECT_TRUE(text.contains("TRIGGER:-PT1H")) << text.toStdString();
 }
 
 TEST_F(ChangeText, OtherAlarmsStay) {

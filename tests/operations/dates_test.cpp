@@ -81,6 +81,15 @@ TEST_F(Dates, WritesWhatItReads) {
   EXPECT_EQ(ulo::formatUtc(local(2026, 3, 5, 18, 0, 59)), "2026-03-05T17:00:59Z");
 }
 
+TEST_F(Dates, WritesEachYearAsQtDoes) {
+  for (const int year : {-44, 1, 12, 987, 1970, 2026, 9999, 10000, 12345}) {
+    const QDateTime utc(QDate(year, 2, 3), QTime(4, 5, 6), Qt::UTC);
+    EXPECT_EQ(ulo::formatUtc(utc), utc.toString(Qt::ISODate)) << year;
+    const QDateTime local = UTIL_TimeConversion::toLocalTime(utc);
+    EXPECT_EQ(ulo::formatDate(utc), local.toString("yyyy-MM-dd HH:mm")) << year;
+  }
+}
+
 TEST_F(Dates, WritesOtherZonesInLocalTime) {
   const QDateTime utc(QDate(2026, 3, 5), QTime(17, 30), Qt::UTC);
   EXPECT_EQ(ulo::formatDate(utc), "2026-03-05 18:30");

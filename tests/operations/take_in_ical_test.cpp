@@ -204,13 +204,16 @@ TEST_F(TakeInIcal, AddsTodoWithoutUidEachTime) {
   EXPECT_EQ(import(QByteArray::fromStdString(exported(first))).how, Taken::unchanged);
 }
 
-TEST_F(TakeInIcal, RecognizesTodoThatCameBeforeInSameText) {
-  const QByteArray twice = icalendar(icalTodo("UID:same\r\nSUMMARY:first\r\n") +
-                                     icalTodo("UID:same\r\nSUMMARY:second\r\n"));
+TEST_F(TakeInIcal, TakesLastOfSeveralTodosWithOneUid) {
+  const QByteArray twice = icalendar(icalTodo("UID:same\r\nSUMMARY:first\r\n")) +
+                           icalendar(icalTodo("UID:same\r\nSUMMARY:second\r\n"));
   const ulo::TakenIn taken = import(twice);
-  EXPECT_EQ(taken.how, Taken::updated);
+  EXPECT_EQ(taken.how, Taken::added);
   EXPECT_EQ(count(), 1);
   EXPECT_EQ(text(taken.uid, Task::TASK_FIELD_SUMMARY), "second");
+  const std::vector<std::string> before = everything();
+  EXPECT_EQ(import(twice).how, Taken::unchanged);
+  EXPECT_EQ(everything(), before);
 }
 
 TEST_F(TakeInIcal, ShortensRecordAndKeepsTextWhole) {

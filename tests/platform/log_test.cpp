@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <regex>
 #include <set>
 #include <sstream>
 #include <thread>
@@ -262,6 +263,23 @@ TEST_F(LogSink, NamesProcess) {
   EXPECT_THAT(log, testing::HasSubstr(own + "one\n"));
   EXPECT_THAT(log, Not(testing::HasSubstr(own + "two\n")));
   EXPECT_THAT(messagesOf(log), ElementsAre("program. one", "program. two"));
+}
+
+TEST_F(LogSink, OffsetHasSignHoursAndMinutes) {
+  EXPECT_EQ(inOtherProcess([&] {
+              setenv("ULO_LOG", file().c_str(), 1);
+              ulo::openLogSink("program");
+              for (const char* zone : {"TST3:30", "UTC0", "TST-12:45"}) {
+                setenv("TZ", zone, 1);
+                moduleLog(logError, "%s", zone);
+              }
+              const std::string stamp = R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3})";
+              const std::regex lines(stamp + R"(-03:30 program\[\d+\] TST3:30\n)" + stamp +
+                                     R"(Z program\[\d+\] UTC0\n)" + stamp +
+                                     R"(\+12:45 program\[\d+\] TST-12:45\n)");
+              return std::regex_match(contentOf(file()), lines) ? 0 : 1;
+            }),
+            0);
 }
 
 TEST_F(LogSink, TimeIsLocalWithOffset) {

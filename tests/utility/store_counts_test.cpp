@@ -2,8 +2,8 @@
 
 #include "store_test.h"
 
-#include "../platform/environment_variable.h"
 #include "UTIL_TimeConversion.h"
+#include "environment_variable.h"
 
 namespace {
 

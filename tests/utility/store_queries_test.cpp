@@ -335,6 +335,55 @@ TEST_F(StoreQueries, MatchesAreInOrderOfDueDate) {
   EXPECT_EQ(like(Task()), (Uids{early, late, never}));
 }
 
+// The store compares rows of the database. The same comparison of records gives the same result.
+TEST_F(StoreQueries, MatchesAgreeWithRecords) {
+  const QStringList texts = {"",
+                             "a",
+                             "A",
+                             "Stra\u00dfe",
+                             "STRASSE",
+                             "\u0130zmir",
+                             "izmir",
+                             "\u03a3\u03c3\u03c2",
+                             "\U00010400\U00010428",
+                             "a\u0308",
+                             "\u00e4",
+                             "%_'\"",
+                             QString(QChar(0xD800)),
+                             QString()};
+  for (qsizetype i = 0; i < texts.size(); ++i) {
+    Task each = task(texts[i]);
+    each.setString(Task::TASK_FIELD_NOTE, texts[texts.size() - 1 - i]);
+    each.setString(Task::TASK_FIELD_CATEGORY, i % 3 == 0 ? QString() : texts[i % 5]);
+    add(each);
+  }
+  QValueList<Task> all;
+  Task anything;
+  ASSERT_EQ(store().getMatchTasks(all, anything), TASK_ENG_OK);
+  ASSERT_EQ(all.count(), static_cast<uint>(texts.size()));
+  for (const QString& text : texts) {
+    Uids mentioned;
+    Uids alike;
+    for (const Task& each : all) {
+      bool mentions = false;
+      for (const auto field : {Task::TASK_FIELD_CATEGORY, Task::TASK_FIELD_NOTE,
+                               Task::TASK_FIELD_SUMMARY, Task::TASK_FIELD_UUID}) {
+        const QString value = each.getString(field);
+        mentions = mentions || (!value.isEmpty() && value.contains(text));
+      }
+      const unsigned int uid = each.getUINT32(Task::TASK_FIELD_UID);
+      if (mentions)
+        mentioned.push_back(uid);
+      if (each.getString(Task::TASK_FIELD_SUMMARY).contains(text, Qt::CaseInsensitive))
+        alike.push_back(uid);
+    }
+    EXPECT_EQ(mentioning(text), mentioned) << text.toStdString();
+    Task example;
+    example.setString(Task::TASK_FIELD_SUMMARY, text);
+    EXPECT_EQ(like(example), alike) << text.toStdString();
+  }
+}
+
 TEST_F(StoreQueries, ExampleComparesOnlySetFields) {
   Task one = task("Fetch PARCEL", 3, 2, now());
   one.setString(Task::TASK_FIELD_NOTE, "Buy MILK");

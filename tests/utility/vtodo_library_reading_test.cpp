@@ -3,8 +3,8 @@
 #include "failing_new.h"
 #include "library_faults.h"
 
-#include "../platform/environment_variable.h"
 #include "ZVtodoParser.h"
+#include "environment_variable.h"
 #include "log_capture.h"
 
 #include <gmock/gmock.h>

@@ -32,7 +32,7 @@ enum DB_Limit {
   DB_MAX_VARIABLES = 64,   /* variables of a script */
   DB_MAX_NAME = 128,       /* bytes of a name */
   DB_MAX_ROWS = 4194304,   /* rows of a result */
-  DB_MAX_TASK_TEXT = 67108864, /* bytes of the text of a task */
+  DB_MAX_TASK_TEXT = 67108864,  /* bytes of the text of a task */
   DB_MAX_LOOP_PASSES = 16777216 /* loop passes of one run of a script, all loops together; rows
                                    that the database skips, counts or deletes itself do not count */
 };
