@@ -4,12 +4,12 @@
 
 #include "ZApplication.h"
 #include "dataset.h"
+#include "gate.h"
 #include "list/list_screen.h"
 #include "list/task_list_model.h"
 #include "list/task_list_view.h"
 #include "paint_watch.h"
 #include "ulo/log_sink.h"
-#include "window/lock_gate.h"
 #include "window/task_window.h"
 
 #include <QElapsedTimer>
@@ -84,7 +84,7 @@ Search findLetter(tasks::TaskListView& list) {
 // Runs the application like its main function, in a separate process, and prints the measurements.
 int runApplication(ZApplication&, double started) {
   ulo::openLogSink("task_list");
-  if (!tasks::passesLock())
+  if (!ulo::passesLock(ZTASK_ENG_Model::identifier, "ulo-tasks"))
     return 1;
   ZTASK_ENG_Model store;
   tasks::TaskWindow window(store);

@@ -207,36 +207,36 @@ QByteArray mergedComponent(std::string_view component, std::string_view other) {
 
 struct FrequencyWord {
   std::string_view frequency;
-  const char* unit;
+  Repetition::Unit unit;
+  const char* english;
 };
 constexpr FrequencyWord frequencyWords[] = {
-    {"SECONDLY", "second"}, {"MINUTELY", "minute"}, {"HOURLY", "hour"}, {"DAILY", "day"},
-    {"WEEKLY", "week"},     {"MONTHLY", "month"},   {"YEARLY", "year"},
+    {"SECONDLY", Repetition::Unit::second, "second"},
+    {"MINUTELY", Repetition::Unit::minute, "minute"},
+    {"HOURLY", Repetition::Unit::hour, "hour"},
+    {"DAILY", Repetition::Unit::day, "day"},
+    {"WEEKLY", Repetition::Unit::week, "week"},
+    {"MONTHLY", Repetition::Unit::month, "month"},
+    {"YEARLY", Repetition::Unit::year, "year"},
 };
 
-// "every 2 weeks", with the rule itself if that has more parts.
-QString describedRule(std::string_view rule) {
-  const QString text = QString::fromUtf8(rule.data(), static_cast<qsizetype>(rule.size()));
-  QString unit;
-  int interval = 1;
-  bool hasMore = false;
-  for (const QString& part : text.toUpper().split(';')) {
+Repetition repetitionOfRule(std::string_view rule) {
+  Repetition repetition;
+  repetition.unit = Repetition::Unit::other;
+  repetition.rule = QString::fromUtf8(rule.data(), static_cast<qsizetype>(rule.size()));
+  for (const QString& part : repetition.rule.toUpper().split(';')) {
     const QString value = part.section('=', 1);
     if (part.startsWith("FREQ=")) {
       for (const FrequencyWord& word : frequencyWords)
         if (value == QLatin1String(word.frequency.data(), word.frequency.size()))
-          unit = word.unit;
+          repetition.unit = word.unit;
     } else if (part.startsWith("INTERVAL=")) {
-      interval = value.toInt();
+      repetition.interval = value.toInt();
     } else {
-      hasMore = true;
+      repetition.hasMore = true;
     }
   }
-  if (unit.isEmpty())
-    return text;
-  const QString words = interval > 1 ? QString("every %1 %2s").arg(interval).arg(unit)
-                                     : QString("every %1").arg(unit);
-  return hasMore ? words + " (" + text + ')' : words;
+  return repetition;
 }
 
 std::string recurrenceOf(std::string_view component) {
@@ -277,25 +277,39 @@ QDateTime alarmForDue(const QByteArray& text, const QDateTime& due) {
   CalendarText calendar(text);
   const std::size_t piece = calendar.todos().at(0).piece;
   ComponentLines lines(calendar.bytes(calendar.pieces()[piece]));
-  for (const std::string_view name : endNames) {
-    if (const std::size_t at = lines.find(name); at != ComponentLines::none)
-      lines.remove({at, at + 1});
-  }
+  for (const std::string_view name : endNames)
+    lines.removeAll(name);
   lines.insert(lines.endOfProperties(),
                "DUE:" + due.toUTC().toString("yyyyMMdd'T'HHmmss'Z'").toStdString());
   calendar.replace(piece, lines.text());
   return TASK_ENG_Ical(calendar.text()).task(0).getDateTime(ZTASK_ENG_Task::TASK_FIELD_ALARM);
 }
 
-QString repetitionOf(const QByteArray& text) {
+Repetition repetitionOf(const QByteArray& text) {
   const TASK_ENG_Ical calendar(text);
   if (calendar.count() == 0 || !calendar.repeats(0))
     return {};
   const CalendarText lines(text);
   const Content todo = contentOf(lines.bytes(lines.pieces()[lines.todos().at(0).piece]));
-  const Property* const rule = todo.find("RRULE");
-  return rule == nullptr ? QString("on several dates")
-                         : describedRule(parseContentLine(rule->line)->value);
+  if (const Property* const rule = todo.find("RRULE"); rule != nullptr)
+    return repetitionOfRule(parseContentLine(rule->line)->value);
+  Repetition onDates;
+  onDates.unit = Repetition::Unit::other;
+  return onDates;
+}
+
+QString englishText(const Repetition& repetition) {
+  if (repetition.unit == Repetition::Unit::none)
+    return {};
+  const auto* const word =
+      std::find_if(std::begin(frequencyWords), std::end(frequencyWords),
+                   [&](const FrequencyWord& each) { return each.unit == repetition.unit; });
+  if (word == std::end(frequencyWords))
+    return repetition.rule.isEmpty() ? QString("on several dates") : repetition.rule;
+  const QString words = repetition.interval > 1
+                            ? QString("every %1 %2s").arg(repetition.interval).arg(word->english)
+                            : QString("every %1").arg(word->english);
+  return repetition.hasMore ? words + " (" + repetition.rule + ')' : words;
 }
 
 QByteArray mergedTodo(const QByteArray& one, const QByteArray& other) {

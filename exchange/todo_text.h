@@ -21,9 +21,28 @@ namespace ulo {
 // if the alarm is relative to the due date. Requires: the text contains a to-do.
 [[nodiscard]] ULO_EXPORT QDateTime alarmForDue(const QByteArray& text, const QDateTime& due);
 
-// Describes how the first to-do of the text repeats, in English: "every 2 weeks". Returns an empty
-// text if it does not.
-[[nodiscard]] ULO_EXPORT QString repetitionOf(const QByteArray& text);
+// How a to-do repeats.
+struct Repetition {
+  enum class Unit {
+    none,  // it does not
+    second,
+    minute,
+    hour,
+    day,
+    week,
+    month,
+    year,
+    other,  // by a rule that is not known, or on listed dates
+  };
+  Unit unit = Unit::none;
+  int interval = 1;      // in units
+  bool hasMore = false;  // the rule says more than unit and interval
+  QString rule;          // empty if there is none
+};
+// Returns how the first to-do of the text repeats.
+[[nodiscard]] ULO_EXPORT Repetition repetitionOf(const QByteArray& text);
+// "every 2 weeks", with the rule itself if that says more. Empty for Unit::none.
+[[nodiscard]] ULO_EXPORT QString englishText(const Repetition& repetition);
 
 // Merges two states of one to-do, of which no common state is known. Requires: each text contains
 // one to-do, and both have the same UID.

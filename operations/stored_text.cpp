@@ -30,11 +30,11 @@ int currentText(const ZTASK_ENG_Task& task, QByteArray& text) {
   return code;
 }
 
-int readRepetition(unsigned int uid, QString& repetition) {
+int readRepetition(unsigned int uid, Repetition& repetition) {
   QByteArray text;
   const int code = readText(uid, text);
   if (code == TASK_ENG_OK)
-    repetition = text.isEmpty() ? QString() : repetitionOf(text);
+    repetition = text.isEmpty() ? Repetition() : repetitionOf(text);
   return code;
 }
 

@@ -3,9 +3,9 @@
 #pragma once
 
 #include "ZTASK_ENG_Task.h"
+#include "todo_text.h"
 
 #include <QByteArray>
-#include <QString>
 
 namespace ulo {
 
@@ -18,7 +18,7 @@ int storeText(unsigned int uid, const QByteArray& text);
 // fields, or a new one.
 int currentText(const ZTASK_ENG_Task& task, QByteArray& text);
 
-// Sets `repetition` to a description of how the task repeats, in English; empty if it does not.
-int readRepetition(unsigned int uid, QString& repetition);
+// Sets `repetition` to how the task repeats.
+int readRepetition(unsigned int uid, Repetition& repetition);
 
 }  // namespace ulo

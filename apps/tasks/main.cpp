@@ -2,9 +2,9 @@
 
 #include "ZApplication.h"
 #include "ZTASK_ENG_Model.h"
+#include "gate.h"
 #include "ulo/data_directory.h"
 #include "ulo/log_sink.h"
-#include "window/lock_gate.h"
 #include "window/task_window.h"
 
 #include <QScreen>
@@ -43,7 +43,7 @@ int main(int count, char** arguments) {
   ZApplication application(count, arguments);
   QApplication::setDesktopFileName(QStringLiteral("ulo-tasks"));
   ulo::openLogSink("ulo-tasks");
-  if (!tasks::passesLock())
+  if (!ulo::passesLock(ZTASK_ENG_Model::identifier, "ulo-tasks"))
     return exitLocked;
   chooseAttachmentDirectory();
   ZTASK_ENG_Model store;

@@ -5,6 +5,8 @@
 #include "ZTASK_ENG_Model.h"
 #include "foreign_text.h"
 #include "modal.h"
+#include "task_dates.h"
+#include "task_texts.h"
 #include "ulo/texts.h"
 #include "window/import.h"
 
@@ -27,6 +29,18 @@ void tellNotStored(int code, QWidget* parent) {
   message.exec();
 }
 
+QString nextDateText(TASK_ENG_Ical::NextDate next, const ZTASK_ENG_Task& task, const QDate& today) {
+  if (next == TASK_ENG_Ical::lastDate)
+    return ulo::text("TXT_RID_STANDARD_LAST_DATE", "Completed: this was the last date.");
+  if (next != TASK_ENG_Ical::moved)
+    return ulo::text("TXT_RID_STANDARD_NO_NEXT_DATE",
+                     "Completed: the next date can't be computed.");
+  if (!ulo::hasDate(task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE)))
+    return ulo::text("TXT_RID_STANDARD_TASK_REPEATS", "The task repeats.");
+  return ulo::text("FMT_RID_STANDARD_NEXT_DATE_1", "Next date: %1")
+      .arg(dayText(task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE).date(), today));
+}
+
 QString importText(unsigned int stored, unsigned int all) {
   return ulo::text("FMT_RID_STANDARD_1_OF_2_IMPORTED", "%1 of %2 tasks imported\xe2\x80\xa6")
       .arg(stored)
@@ -41,6 +55,13 @@ QString importText(const ImportResult& result, bool isShown) {
   else if (result.imported > 1)
     parts.append(
         ulo::text("FMT_RID_STANDARD_1_TASKS_IMPORTED", "%1 tasks imported.").arg(result.imported));
+  if (result.updated == 1)
+    parts.append(ulo::text("TXT_RID_STANDARD_TASK_UPDATED", "Task updated."));
+  else if (result.updated > 1)
+    parts.append(
+        ulo::text("FMT_RID_STANDARD_1_TASKS_UPDATED", "%1 tasks updated.").arg(result.updated));
+  if (result.present > 0 && parts.isEmpty())
+    parts.append(ulo::text("TXT_RID_STANDARD_NOTHING_NEW", "Nothing new in the file."));
   if (result.imported == 1 && !isShown)
     parts.append(
         ulo::text("TXT_RID_INSTRUCTIONALTXT_VIEW_WITHOUT_IT", "This view does not show it."));

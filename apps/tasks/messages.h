@@ -1,6 +1,10 @@
 // Messages about what the application did or could not do.
 #pragma once
 
+#include "TASK_ENG_Ical.h"
+#include "ZTASK_ENG_Task.h"
+
+#include <QDate>
 #include <QString>
 
 class QWidget;
@@ -12,6 +16,10 @@ struct ImportResult;
 // Shows a dialog that says that the store rejected a task with this code, and returns when the user
 // has closed it.
 void tellNotStored(int code, QWidget* parent);
+
+// What became of a repeating task that the user completed.
+[[nodiscard]] QString nextDateText(TASK_ENG_Ical::NextDate next, const ZTASK_ENG_Task& task,
+                                   const QDate& today);
 
 // The progress of an import.
 [[nodiscard]] QString importText(unsigned int stored, unsigned int all);

@@ -25,6 +25,25 @@ constexpr DefaultCategory defaultCategories[] = {
     {"party", "TXT_RID_STANDARD_CATEGORY_PARTY", "Party"},
 };
 
+// How a task repeats, in units that users choose.
+struct RepetitionWords {
+  ulo::Repetition::Unit unit;
+  const char* onceId;
+  const char* once;
+  const char* severalId;
+  const char* several;
+};
+constexpr RepetitionWords repetitionWords[] = {
+    {ulo::Repetition::Unit::day, "TXT_RID_STANDARD_DAILY", "Daily", "FMT_RID_STANDARD_EVERY_1_DAYS",
+     "Every %1 days"},
+    {ulo::Repetition::Unit::week, "TXT_RID_STANDARD_WEEKLY", "Weekly",
+     "FMT_RID_STANDARD_EVERY_1_WEEKS", "Every %1 weeks"},
+    {ulo::Repetition::Unit::month, "TXT_RID_STANDARD_MONTHLY", "Monthly",
+     "FMT_RID_STANDARD_EVERY_1_MONTHS", "Every %1 months"},
+    {ulo::Repetition::Unit::year, "TXT_RID_STANDARD_YEARLY", "Yearly",
+     "FMT_RID_STANDARD_EVERY_1_YEARS", "Every %1 years"},
+};
+
 // In characters; longer than any line of a screen.
 constexpr qsizetype lineLimit = 512;
 
@@ -70,6 +89,19 @@ QString dayText(const QDate& day, const QDate& today) {
   default:
     return UTIL_DateTime::dateToString(day.startOfDay(), UTIL_DateTime::dateOnly);
   }
+}
+
+QString repetitionText(const ulo::Repetition& repetition) {
+  if (repetition.unit == ulo::Repetition::Unit::none)
+    return {};
+  const auto* const words =
+      std::find_if(std::begin(repetitionWords), std::end(repetitionWords),
+                   [&](const RepetitionWords& each) { return each.unit == repetition.unit; });
+  if (words == std::end(repetitionWords))
+    return ulo::text("TXT_RID_STANDARD_REPEATS_YES", "Yes");
+  return repetition.interval > 1
+             ? ulo::text(words->severalId, words->several).arg(repetition.interval)
+             : ulo::text(words->onceId, words->once);
 }
 
 QString descriptionText(const ZTASK_ENG_Task& task, const QDate& today) {

@@ -3,6 +3,7 @@
 
 #include "ZTASK_ENG_Task.h"
 #include "task_words.h"
+#include "todo_text.h"
 
 #include <QDate>
 #include <QString>
@@ -26,6 +27,9 @@ namespace tasks {
 [[nodiscard]] bool isOverdue(const ZTASK_ENG_Task& task, const QDate& today);
 // A due day as "Today", "Tomorrow" or "Yesterday", otherwise as a short date.
 [[nodiscard]] QString dayText(const QDate& day, const QDate& today);
+
+// How a task repeats: "Daily", "Every 2 weeks". Empty if it does not.
+[[nodiscard]] QString repetitionText(const ulo::Repetition& repetition);
 
 // The description of a row for screen readers: status, due day, priority and category.
 [[nodiscard]] QString descriptionText(const ZTASK_ENG_Task& task, const QDate& today);

@@ -1,10 +1,14 @@
 // ulo-action ACTION FILE: performs an action on a file, like an action framework: loads the task
-// engine's library, requests its plug-in, and invokes the action.
+// engine's library, requests its plug-in, and invokes the action. iCalendar 2.0 files, which the
+// plug-in does not read, are handled here.
 
 #include "ActionInterface.h"
+#include "TASK_ENG_Ical.h"
 #include "ZApplication.h"
+#include "ical_action.h"
 #include "ulo/log_sink.h"
 
+#include <QFile>
 #include <QWidget>
 
 #include <algorithm>
@@ -42,6 +46,18 @@ Held<ActionInterface> loadPlugin() {
   return Held<ActionInterface>(static_cast<ActionInterface*>(action));
 }
 
+// Returns the bytes of an iCalendar 2.0 file; nothing for any other file, for one that cannot be
+// read and for one of more than 64 MB.
+QByteArray readIcalendar(const QString& path) {
+  constexpr qint64 limit = 64LL * 1024 * 1024;
+  constexpr qint64 head = 4096;
+  QFile file(path);
+  if (!file.open(QIODevice::ReadOnly) || !TASK_ENG_Ical::isIcalendar(file.peek(head)))
+    return {};
+  const QByteArray text = file.read(limit + 1);
+  return text.size() > limit ? QByteArray() : text;
+}
+
 bool showsWindow() {
   const QWidgetList windows = QApplication::topLevelWidgets();
   return std::any_of(windows.begin(), windows.end(),
@@ -59,17 +75,23 @@ int main(int count, char** arguments) {
   if (words.size() != 3) {
     static_cast<void>(
         std::fprintf(stderr, "usage: ulo-action ACTION FILE\n"
-                             "ACTION is TASK_SAVE (store the first to-do of the vCalendar file and "
-                             "say so) or TASK_VIEW (show it).\n"));
+                             "ACTION is TASK_SAVE (store the first to-do of the vCalendar file, or "
+                             "all of the iCalendar file, and say so) or TASK_VIEW (show the "
+                             "first).\n"));
     return exitUsage;
   }
-  const Held<ActionInterface> plugin = loadPlugin();
-  if (plugin == nullptr)
-    return exitNoPlugin;
-  SDData data;
-  data.fileName = words[2];
-  if (!plugin->invokeAction(words[1], data))
-    return exitNotDone;
+  if (const QByteArray text = readIcalendar(words[2]); !text.isEmpty()) {
+    if (!actOnIcalendar(words[1], text))
+      return exitNotDone;
+  } else {
+    const Held<ActionInterface> plugin = loadPlugin();
+    if (plugin == nullptr)
+      return exitNoPlugin;
+    SDData data;
+    data.fileName = words[2];
+    if (!plugin->invokeAction(words[1], data))
+      return exitNotDone;
+  }
   // Screens stay until the user closes them.
   if (showsWindow())
     QApplication::exec();

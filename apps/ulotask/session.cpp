@@ -84,9 +84,10 @@ ZTASK_ENG_Task Session::task(unsigned int uid) {
 
 QString Session::repetition(unsigned int uid) {
   store();
-  QString words;
-  require(ulo::readRepetition(uid, words), "reading how task " + std::to_string(uid) + " repeats");
-  return words;
+  ulo::Repetition repetition;
+  require(ulo::readRepetition(uid, repetition),
+          "reading how task " + std::to_string(uid) + " repeats");
+  return ulo::englishText(repetition);
 }
 
 void Session::inTransaction(const std::string& what, const std::function<void()>& work) {

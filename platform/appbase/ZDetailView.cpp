@@ -121,8 +121,12 @@ ZDetailView::ZDetailView(QWidget* parent, const char* name, int labelColumn)
 }
 
 void ZDetailView::addItem(ZDetailItem* item) {
-  static_cast<QVBoxLayout*>(widget()->layout())->insertWidget(count(), item);
-  items_.push_back(item);
+  insertItem(count(), item);
+}
+
+void ZDetailView::insertItem(int index, ZDetailItem* item) {
+  static_cast<QVBoxLayout*>(widget()->layout())->insertWidget(index, item);
+  items_.insert(items_.begin() + index, item);
   item->installEventFilter(this);
   arrange();
   markCurrent();

@@ -66,6 +66,8 @@ public:
 
   // Appends the row and takes ownership of it.
   void addItem(ZDetailItem* item);
+  // The same, but in front of the row `index`, from 0 to count().
+  void insertItem(int index, ZDetailItem* item);
   [[nodiscard]] int count() const { return static_cast<int>(items_.size()); }
   // Returns null if there is no such row.
   [[nodiscard]] ZDetailItem* item(int index) const;

@@ -17,6 +17,11 @@ protected:
     environment_["LSAN_OPTIONS"] =
         "suppressions=" ULO_SOURCE_DIR "/tests/support/desktop_leaks.supp:print_suppressions=0";
     item_ = file("item.vcs", calendar(todo("SUMMARY:Buy milk\r\n")));
+    icalendar_ = file("two.ics", "BEGIN:VCALENDAR\r\nVERSION:2.0\r\n"
+                                 "BEGIN:VTODO\r\nUID:1\r\nSUMMARY:K\xc3\xa4se\\, Brot\r\n"
+                                 "END:VTODO\r\n"
+                                 "BEGIN:VTODO\r\nUID:2\r\nSUMMARY:two\r\nEND:VTODO\r\n"
+                                 "END:VCALENDAR\r\n");
   }
 
   // Starts `ulo-action action file` and leaves it running.
@@ -41,6 +46,7 @@ protected:
   Display display_{240, 320};
   QProcess process_;
   std::string item_;
+  std::string icalendar_;
 };
 
 TEST_F(Action, SavesAndReportsIt) {
@@ -64,6 +70,61 @@ TEST_F(Action, ShowsWithoutSaving) {
   ASSERT_TRUE(display_.focus("^Buy milk$"));
   ASSERT_TRUE(display_.press({"F3"}));
   EXPECT_EQ(end(), 0);
+  EXPECT_THAT(summaries(), ElementsAre());
+}
+
+TEST_F(Action, SavesAllTodosOfIcalendarFile) {
+  begin("TASK_SAVE", icalendar_);
+  ASSERT_TRUE(display_.focus("^Saved to Task List$"));
+  EXPECT_THAT(summaries(), ElementsAre("two", "K\xc3\xa4se, Brot"));
+  ASSERT_TRUE(display_.press({"F1"}));
+  EXPECT_EQ(end(), 0);
+  // Again: the tasks are the same.
+  begin("TASK_SAVE", icalendar_);
+  ASSERT_TRUE(display_.focus("^Saved to Task List$"));
+  ASSERT_TRUE(display_.press({"F1"}));
+  EXPECT_EQ(end(), 0);
+  EXPECT_EQ(summaries().size(), 2U);
+}
+
+TEST_F(Action, ShowsFirstTodoOfIcalendarFile) {
+  begin("TASK_VIEW", icalendar_);
+  ASSERT_TRUE(display_.focus("^K\xc3\xa4se, Brot$"));
+  ASSERT_TRUE(display_.press({"F3"}));
+  EXPECT_EQ(end(), 0);
+  EXPECT_THAT(summaries(), ElementsAre());
+}
+
+TEST_F(Action, LockGuardsIcalendarFiles) {
+  succeed({"lock", "set"}, "4711\n");
+  for (const char* action : {"TASK_SAVE", "TASK_VIEW"}) {
+    begin(action, icalendar_);
+    ASSERT_TRUE(display_.focus(QLatin1String(lockTitle)));
+    ASSERT_TRUE(display_.press({"F3"}));
+    EXPECT_EQ(end(), 1);
+  }
+  EXPECT_THAT(summaries(), ElementsAre());
+}
+
+TEST_F(Action, IcalendarFileIsStoredWholeOrNotAtAll) {
+  add({"one"});
+  limitStore(1);
+  const std::string note(4000, 'n');
+  std::string todos;
+  for (int i = 0; i < 20; ++i)
+    todos +=
+        "BEGIN:VTODO\r\nUID:" + std::to_string(i) + "\r\nDESCRIPTION:" + note + "\r\nEND:VTODO\r\n";
+  begin("TASK_SAVE",
+        file("many.ics", "BEGIN:VCALENDAR\r\nVERSION:2.0\r\n" + todos + "END:VCALENDAR\r\n"));
+  ASSERT_TRUE(display_.focus("^Memory Full$"));
+  ASSERT_TRUE(display_.press({"F1"}));
+  EXPECT_EQ(end(), 1);
+  EXPECT_THAT(summaries(), ElementsAre("one"));
+}
+
+TEST_F(Action, DamagedIcalendarFileFails) {
+  begin("TASK_SAVE", file("cut.ics", "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nBEGIN:VTODO\r\n"));
+  EXPECT_EQ(end(), 1);
   EXPECT_THAT(summaries(), ElementsAre());
 }
 

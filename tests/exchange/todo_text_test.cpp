@@ -45,7 +45,8 @@ TEST(SameTodos, ComparesOnlyTodos) {
 
 TEST(Repetition, IsDescribed) {
   const auto repetition = [](const std::string& rule) {
-    return ulo::repetitionOf(state("DTSTART:20260101T100000Z\r\n" + rule)).toStdString();
+    return ulo::englishText(ulo::repetitionOf(state("DTSTART:20260101T100000Z\r\n" + rule)))
+        .toStdString();
   };
   EXPECT_EQ(repetition(""), "");
   EXPECT_EQ(repetition("RRULE:FREQ=DAILY\r\n"), "every day");
@@ -53,7 +54,7 @@ TEST(Repetition, IsDescribed) {
   EXPECT_EQ(repetition("RRULE:FREQ=WEEKLY;BYDAY=MO\r\n"), "every week (FREQ=WEEKLY;BYDAY=MO)");
   EXPECT_EQ(repetition("RRULE:FREQ=SOMETIMES\r\n"), "FREQ=SOMETIMES");
   EXPECT_EQ(repetition("RDATE:20260201T100000Z\r\n"), "on several dates");
-  EXPECT_EQ(ulo::repetitionOf("no calendar"), "");
+  EXPECT_EQ(ulo::repetitionOf("no calendar").unit, ulo::Repetition::Unit::none);
 }
 
 TEST(AlarmForDue, FollowsOnlyDueDate) {

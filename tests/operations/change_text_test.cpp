@@ -186,11 +186,12 @@ TEST_F(ChangeText, OtherAlarmsStay) {
 
 TEST_F(ChangeText, RepetitionIsDescribed) {
   const unsigned int uid = addText(weekly(";INTERVAL=2"));
-  QString repetition = "before";
+  ulo::Repetition repetition;
   EXPECT_EQ(ulo::readRepetition(uid, repetition), ok);
-  EXPECT_EQ(repetition, "every 2 weeks");
+  EXPECT_EQ(repetition.unit, ulo::Repetition::Unit::week);
+  EXPECT_EQ(repetition.interval, 2);
   EXPECT_EQ(ulo::readRepetition(add(task("a")), repetition), ok);
-  EXPECT_EQ(repetition, "");
+  EXPECT_EQ(repetition.unit, ulo::Repetition::Unit::none);
 }
 
 }  // namespace

@@ -11,6 +11,7 @@
 #include "list/synchroniser.h"
 #include "list/task_list_view.h"
 #include "menu_items.h"
+#include "messages.h"
 #include "task_texts.h"
 #include "tasksMenu.h"
 #include "ulo/look.h"
@@ -353,9 +354,12 @@ void ListScreen::checkTask(int row) {
     return;
   }
   const bool wasCompleted = model_.index(row).data(TaskListModel::CompletedRole).toBool();
-  const int code = ulo::setCompleted(store_, uid, !wasCompleted);
+  ulo::ChangeReport report;
+  const int code = ulo::setCompleted(store_, uid, !wasCompleted, &report);
   if (code != TASK_ENG_OK && code != TASK_ENG_NOT_FOUND)
     tell(ulo::text("TXT_RID_INSTRUCTIONALTXT_TASK_NOT_SAVED", "The task could not be saved."));
+  else if (report.next)
+    tell(nextDateText(*report.next, report.task, QDate::currentDate()));
   refresh();
 }
 

@@ -7,7 +7,9 @@ namespace tasks {
 
 enum class ShareBy { bluetooth, message };
 
-// Sends the task as the detail view does. Dialogs report problems with the device.
+// Sends a stored task. A message has it as iCalendar text if it came as such, with everything that
+// the text contains; otherwise, and by Bluetooth, it goes out as the detail view sends it. Dialogs
+// report problems with the device.
 void shareTask(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task, ShareBy way);
 
 }  // namespace tasks

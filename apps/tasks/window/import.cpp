@@ -3,6 +3,7 @@
 #include "take_in.h"
 #include "todo_reader.h"
 #include "ulo/descriptor.h"
+#include "write_transaction.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -46,16 +47,18 @@ std::optional<QByteArray> readFile(const QString& path) {
   return {};
 }
 
-// Appends the to-dos of the file; nothing if it cannot be read.
-void appendTodos(const QString& path, std::vector<ZTASK_ENG_Task>& tasks) {
-  const std::optional<QByteArray> bytes = readFile(path);
-  if (!bytes)
-    return;
-  // The text ends at the first zero byte.
-  const std::string_view text(bytes->constData());
-  const ulo::TodosRead read = ulo::readTodos(text);
-  for (const std::unique_ptr<ZTASK_ENG_Task>& task : read.tasks)
-    tasks.push_back(std::move(*task));
+unsigned int& countOf(ulo::Taken how, ImportResult& result) {
+  switch (how) {
+  case ulo::Taken::added:
+    return result.imported;
+  case ulo::Taken::updated:
+    return result.updated;
+  case ulo::Taken::unchanged:
+  case ulo::Taken::older:
+  case ulo::Taken::repeated:
+    break;
+  }
+  return result.present;
 }
 
 }  // namespace
@@ -67,11 +70,28 @@ Import::Import(ZTASK_ENG_Model& store, QObject* parent) : QObject(parent), store
 
 Import::~Import() = default;
 
+// Nothing if the file cannot be read.
+void Import::appendTodos(const QString& path) {
+  const std::optional<QByteArray> bytes = readFile(path);
+  if (!bytes)
+    return;
+  if (TASK_ENG_Ical::isIcalendar(*bytes)) {
+    for (TASK_ENG_Ical::Todo& todo : TASK_ENG_Ical::read(*bytes))
+      waiting_.emplace_back(std::move(todo));
+    return;
+  }
+  // The text ends at the first zero byte.
+  const std::string_view text(bytes->constData());
+  const ulo::TodosRead read = ulo::readTodos(text);
+  for (const std::unique_ptr<ZTASK_ENG_Task>& task : read.tasks)
+    waiting_.emplace_back(std::move(*task));
+}
+
 void Import::add(const QStringList& paths) {
   isUnderWay_ = true;
   for (const QString& path : paths) {
     const std::size_t before = waiting_.size();
-    appendTodos(path, waiting_);
+    appendTodos(path);
     if (waiting_.size() == before)
       result_.unread.append(path);
   }
@@ -89,7 +109,8 @@ void Import::storeSome() {
   timer.start();
   while (storeNext())
     if (timer.hasExpired(slice)) {
-      Q_EMIT progressed(result_.imported, static_cast<unsigned int>(waiting_.size()));
+      Q_EMIT progressed(static_cast<unsigned int>(next_),
+                        static_cast<unsigned int>(waiting_.size()));
       return;
     }
 }
@@ -102,11 +123,17 @@ bool Import::storeNext() {
     end();
     return false;
   }
-  ZTASK_ENG_Task& task = waiting_[next_++];
-  const int code = ulo::takeIn(store_, task);
+  const std::size_t count = std::min(most_, waiting_.size() - next_);
+  ImportResult stored = result_;
+  const int code = store(count, stored);
   if (code == TASK_ENG_OK) {
-    ++result_.imported;
-    result_.lastUid = task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID);
+    result_ = stored;
+    next_ += count;
+    return true;
+  }
+  if (count > 1) {
+    // Stores those that precede the one that fails.
+    most_ = 1;
     return true;
   }
   result_.storeFull = code == TASK_ENG_MEMORY_FULL;
@@ -115,11 +142,47 @@ bool Import::storeNext() {
   return false;
 }
 
+int Import::store(std::size_t count, ImportResult& result) {
+  ulo::WriteTransaction transaction;
+  if (!transaction)
+    return ulo::storeCode(transaction.result());
+  const auto begin = waiting_.begin() + static_cast<std::ptrdiff_t>(next_);
+  const auto last = begin + static_cast<std::ptrdiff_t>(count);
+  std::vector<QString> uuids;
+  for (auto todo = begin; todo != last; ++todo) {
+    if (const auto* ical = std::get_if<TASK_ENG_Ical::Todo>(&*todo))
+      uuids.push_back(ical->task.getString(ZTASK_ENG_Task::TASK_FIELD_UUID));
+  }
+  ulo::IcalIntake intake(store_);
+  if (const int code = uuids.empty() ? TASK_ENG_OK : intake.find(uuids); code != TASK_ENG_OK)
+    return code;
+  for (auto todo = begin; todo != last; ++todo) {
+    ulo::TakenIn taken;
+    int code = TASK_ENG_OK;
+    if (const auto* ical = std::get_if<TASK_ENG_Ical::Todo>(&*todo)) {
+      code = intake.take(*ical, taken);
+    } else {
+      ZTASK_ENG_Task task = std::get<ZTASK_ENG_Task>(*todo);
+      code = ulo::takeIn(store_, task);
+      taken.uid = task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID);
+    }
+    if (code != TASK_ENG_OK)
+      return code;
+    // Another to-do of the files, which follows, is the task.
+    if (taken.how == ulo::Taken::repeated)
+      continue;
+    ++countOf(taken.how, result);
+    result.lastUid = taken.uid;
+  }
+  return ulo::storeCode(transaction.commit());
+}
+
 void Import::end() {
   work_.stop();
   isUnderWay_ = false;
   waiting_.clear();
   next_ = 0;
+  most_ = mostAtOnce;
   const ImportResult result = std::exchange(result_, {});
   Q_EMIT ended(result);
 }

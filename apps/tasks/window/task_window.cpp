@@ -2,10 +2,13 @@
 
 #include "TASK_UI_DetailView.h"
 #include "ZApplication.h"
+#include "ZDetailView.h"
 #include "form/form_screen.h"
 #include "list/list_screen.h"
 #include "messages.h"
 #include "state_icon.h"
+#include "stored_text.h"
+#include "task_texts.h"
 #include "ulo/texts.h"
 
 #include <QApplication>
@@ -55,6 +58,22 @@ QStringList localFiles(const QMimeData& data) {
     if (url.isLocalFile())
       paths.append(url.toLocalFile());
   return paths;
+}
+
+// Adds a row to the details of a task that repeats, after the due date.
+void addRepetition(TASK_UI_DetailView& details, unsigned int uid) {
+  constexpr int repetitionRow = 2;
+  ulo::Repetition repetition;
+  if (ulo::readRepetition(uid, repetition) != TASK_ENG_OK)
+    return;
+  const QString text = repetitionText(repetition);
+  auto* rows = details.findChild<ZDetailView*>();
+  if (text.isEmpty() || rows == nullptr)
+    return;
+  auto* row =
+      new ZDetailItem(ZDetailItem::text, ulo::text("TXT_RID_LABEL_FORMITEM_REPEATS", "Repeats:"));
+  row->appendTextIconRow(text);
+  rows->insertItem(repetitionRow, row);
 }
 
 }  // namespace
@@ -192,6 +211,7 @@ View* TaskWindow::makeDetailView(ZTASK_ENG_Task& task) {
   QValueList<QPixmap> icons = stateIcons();
   screen->loadPixmap(icons);
   screen->openView(&task);
+  addRepetition(*screen, uidOf(task));
   details_ = task;
   follow(*screen);
   return screen;
@@ -245,9 +265,10 @@ void TaskWindow::import(const QStringList& paths) {
 
 void TaskWindow::importEnded(const ImportResult& result) {
   list_->refresh();
-  if (result.imported > 0)
+  const bool hasTask = result.lastUid != ZTASK_ENG_Task::notStored;
+  if (hasTask)
     list_->goTo(result.lastUid);
-  const bool isShown = result.imported == 0 || !list_->leavesOut(result.lastUid);
+  const bool isShown = !hasTask || !list_->leavesOut(result.lastUid);
   list_->tell(importText(result, isShown));
   if (result.storeFull)
     tellNotStored(TASK_ENG_MEMORY_FULL, this);

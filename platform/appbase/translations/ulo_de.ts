@@ -247,6 +247,74 @@
         <source>%1 tasks imported.</source>
         <translation>%1 Aufgaben übernommen.</translation>
     </message>
+    <message id="TXT_RID_STANDARD_TASK_UPDATED">
+        <source>Task updated.</source>
+        <translation>Aufgabe aktualisiert.</translation>
+    </message>
+    <message id="FMT_RID_STANDARD_1_TASKS_UPDATED">
+        <source>%1 tasks updated.</source>
+        <translation>%1 Aufgaben aktualisiert.</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_NOTHING_NEW">
+        <source>Nothing new in the file.</source>
+        <translation>Nichts Neues in der Datei.</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_LAST_DATE">
+        <source>Completed: this was the last date.</source>
+        <translation>Erledigt: das war der letzte Termin.</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_NO_NEXT_DATE">
+        <source>Completed: the next date can't be computed.</source>
+        <translation>Erledigt: der nächste Termin lässt sich nicht berechnen.</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_TASK_REPEATS">
+        <source>The task repeats.</source>
+        <translation>Die Aufgabe wiederholt sich.</translation>
+    </message>
+    <message id="FMT_RID_STANDARD_NEXT_DATE_1">
+        <source>Next date: %1</source>
+        <translation>Nächster Termin: %1</translation>
+    </message>
+    <message id="TXT_RID_LABEL_FORMITEM_REPEATS">
+        <source>Repeats:</source>
+        <translation>Wiederholt:</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_REPEATS_YES">
+        <source>Yes</source>
+        <translation>Ja</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_DAILY">
+        <source>Daily</source>
+        <translation>Täglich</translation>
+    </message>
+    <message id="FMT_RID_STANDARD_EVERY_1_DAYS">
+        <source>Every %1 days</source>
+        <translation>Alle %1 Tage</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_WEEKLY">
+        <source>Weekly</source>
+        <translation>Wöchentlich</translation>
+    </message>
+    <message id="FMT_RID_STANDARD_EVERY_1_WEEKS">
+        <source>Every %1 weeks</source>
+        <translation>Alle %1 Wochen</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_MONTHLY">
+        <source>Monthly</source>
+        <translation>Monatlich</translation>
+    </message>
+    <message id="FMT_RID_STANDARD_EVERY_1_MONTHS">
+        <source>Every %1 months</source>
+        <translation>Alle %1 Monate</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_YEARLY">
+        <source>Yearly</source>
+        <translation>Jährlich</translation>
+    </message>
+    <message id="FMT_RID_STANDARD_EVERY_1_YEARS">
+        <source>Every %1 years</source>
+        <translation>Alle %1 Jahre</translation>
+    </message>
     <message id="FMT_RID_STANDARD_1_OF_2_IMPORTED">
         <source>%1 of %2 tasks imported…</source>
         <translation>%1 von %2 Aufgaben übernommen…</translation>
@@ -410,6 +478,10 @@ Leeren Sie die Suchzeile und wählen Sie alle Kategorien, um mehr zu sehen.</tra
     <message id="FMT_RID_INSTRUCTIONALTXT_1_SAVED_TO_TASK_LIST">
         <source>%1 saved to Task List</source>
         <translation>%1 wurde in der Aufgabenliste gespeichert</translation>
+    </message>
+    <message id="FMT_RID_INSTRUCTIONALTXT_1_TASKS_SAVED">
+        <source>%1 tasks saved to Task List</source>
+        <translation>%1 Aufgaben wurden in der Aufgabenliste gespeichert</translation>
     </message>
     <message id="TXT_RID_HEADER_MEMORY_FULL">
         <source>Memory Full</source>

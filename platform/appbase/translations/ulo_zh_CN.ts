@@ -247,6 +247,74 @@
         <source>%1 tasks imported.</source>
         <translation>已导入 %1 个任务。</translation>
     </message>
+    <message id="TXT_RID_STANDARD_TASK_UPDATED">
+        <source>Task updated.</source>
+        <translation>已更新任务。</translation>
+    </message>
+    <message id="FMT_RID_STANDARD_1_TASKS_UPDATED">
+        <source>%1 tasks updated.</source>
+        <translation>已更新 %1 个任务。</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_NOTHING_NEW">
+        <source>Nothing new in the file.</source>
+        <translation>文件中没有新内容。</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_LAST_DATE">
+        <source>Completed: this was the last date.</source>
+        <translation>已完成：这是最后一次。</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_NO_NEXT_DATE">
+        <source>Completed: the next date can't be computed.</source>
+        <translation>已完成：无法计算下一个日期。</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_TASK_REPEATS">
+        <source>The task repeats.</source>
+        <translation>该任务会重复。</translation>
+    </message>
+    <message id="FMT_RID_STANDARD_NEXT_DATE_1">
+        <source>Next date: %1</source>
+        <translation>下一个日期：%1</translation>
+    </message>
+    <message id="TXT_RID_LABEL_FORMITEM_REPEATS">
+        <source>Repeats:</source>
+        <translation>重复：</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_REPEATS_YES">
+        <source>Yes</source>
+        <translation>是</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_DAILY">
+        <source>Daily</source>
+        <translation>每天</translation>
+    </message>
+    <message id="FMT_RID_STANDARD_EVERY_1_DAYS">
+        <source>Every %1 days</source>
+        <translation>每 %1 天</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_WEEKLY">
+        <source>Weekly</source>
+        <translation>每周</translation>
+    </message>
+    <message id="FMT_RID_STANDARD_EVERY_1_WEEKS">
+        <source>Every %1 weeks</source>
+        <translation>每 %1 周</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_MONTHLY">
+        <source>Monthly</source>
+        <translation>每月</translation>
+    </message>
+    <message id="FMT_RID_STANDARD_EVERY_1_MONTHS">
+        <source>Every %1 months</source>
+        <translation>每 %1 个月</translation>
+    </message>
+    <message id="TXT_RID_STANDARD_YEARLY">
+        <source>Yearly</source>
+        <translation>每年</translation>
+    </message>
+    <message id="FMT_RID_STANDARD_EVERY_1_YEARS">
+        <source>Every %1 years</source>
+        <translation>每 %1 年</translation>
+    </message>
     <message id="FMT_RID_STANDARD_1_OF_2_IMPORTED">
         <source>%1 of %2 tasks imported…</source>
         <translation>已导入 %1/%2 个任务…</translation>
@@ -410,6 +478,10 @@ Empty the search line and choose all categories to see more.</source>
     <message id="FMT_RID_INSTRUCTIONALTXT_1_SAVED_TO_TASK_LIST">
         <source>%1 saved to Task List</source>
         <translation>%1 已保存到任务列表</translation>
+    </message>
+    <message id="FMT_RID_INSTRUCTIONALTXT_1_TASKS_SAVED">
+        <source>%1 tasks saved to Task List</source>
+        <translation>%1 个任务已保存到任务列表</translation>
     </message>
     <message id="TXT_RID_HEADER_MEMORY_FULL">
         <source>Memory Full</source>

@@ -55,6 +55,23 @@ TEST_F(ShareOnDisplay, ByMessageFromList) {
   leave();
 }
 
+TEST_F(ShareOnDisplay, TaskThatCameAsIcalendarGoesOutAsIcalendar) {
+  succeed({"import", file("plants.ics", "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nBEGIN:VTODO\r\n"
+                                        "UID:1\r\nSUMMARY:Water/plants\r\nPRIORITY:1\r\n"
+                                        "DUE;VALUE=DATE:20360101\r\nX-COLOR:green\r\n"
+                                        "END:VTODO\r\nEND:VCALENDAR\r\n")});
+  start();
+  ASSERT_TRUE(shows("All Tasks"));
+  chooseByKeys(share, byMessage);
+  ASSERT_TRUE(waitFor([&] { return std::filesystem::exists(path("message.vcs")); }));
+  EXPECT_THAT(readWhole(path("message.vcs")), HasSubstr("X-COLOR:green\r\n"));
+  const std::string arguments = readWhole(path("arguments"));
+  EXPECT_THAT(arguments, testing::StartsWith("--attach\n" + path("out") + "/Water_plants-"));
+  EXPECT_THAT(arguments, testing::EndsWith(".ics\n"));
+  EXPECT_TRUE(waitFor([&] { return std::filesystem::is_empty(path("out")); }));
+  leave();
+}
+
 TEST_F(ShareOnDisplay, ByMessageFromDetails) {
   start();
   ASSERT_TRUE(shows("All Tasks"));

@@ -5,6 +5,7 @@
 #include "list/list_test.h"
 #include "list/notice_bar.h"
 #include "screen_reader_probe.h"
+#include "stored_text.h"
 
 #include <QComboBox>
 #include <QLineEdit>
@@ -31,6 +32,27 @@ TEST_F(List, EnterAndTouchOpenTask) {
   key(Qt::Key_Return);
   click(middleOf(0));
   EXPECT_THAT(asked_, ElementsAre(Asked{0, 3, "b"}, Asked{0, 3, "a"}));
+}
+
+TEST_F(List, CompletedRepeatingTaskMovesToItsNextDate) {
+  const unsigned int uid =
+      add({.summary = "water plants", .due = QDateTime(QDate(2027, 3, 1), QTime(0, 0))});
+  const auto setRule = [uid](const QByteArray& rule) {
+    return ulo::storeText(uid, "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nBEGIN:VTODO\r\nUID:1\r\n"
+                               "SUMMARY:water plants\r\nDUE;VALUE=DATE:20270301\r\nRRULE:" +
+                                   rule + "\r\nEND:VTODO\r\nEND:VCALENDAR\r\n");
+  };
+  ASSERT_EQ(setRule("FREQ=WEEKLY;COUNT=2"), ok);
+  open();
+  const auto notice = [this] { return screen_->findChild<NoticeBar*>()->accessibleName(); };
+  key(Qt::Key_Space);
+  EXPECT_EQ(stored(uid).getStatusValue(), 1);
+  EXPECT_EQ(stored(uid).getDateTime(Task::TASK_FIELD_DUE),
+            QDateTime(QDate(2027, 3, 8), QTime(0, 0)));
+  EXPECT_THAT(notice().toStdString(), testing::StartsWith("Next date: "));
+  key(Qt::Key_Space);
+  EXPECT_EQ(stored(uid).getStatusValue(), 0);
+  EXPECT_EQ(notice(), "Completed: this was the last date.");
 }
 
 TEST_F(List, SpaceAndTouchOfBoxCompleteTask) {

@@ -2,6 +2,7 @@
 
 #include "window/import.h"
 
+#include "stored_text.h"
 #include "tasks_test.h"
 #include "ulo/descriptor.h"
 
@@ -66,6 +67,20 @@ protected:
   static std::string todo(const std::string& summary, const std::string& more = {}) {
     return "BEGIN:VTODO\r\nSUMMARY;CHARSET=UTF-8:" + summary + "\r\n" + more + "END:VTODO\r\n";
   }
+  // In iCalendar 2.0.
+  static std::string icalendar(const std::string& todos) {
+    return "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:-//Example//EN\r\n" + todos +
+           "END:VCALENDAR\r\n";
+  }
+  static std::string icalTodo(const std::string& uid, const std::string& lines) {
+    return "BEGIN:VTODO\r\nUID:" + uid + "\r\nDTSTAMP:20260101T000000Z\r\n" + lines +
+           "END:VTODO\r\n";
+  }
+  static std::string text(unsigned int uid) {
+    QByteArray text;
+    EXPECT_EQ(ulo::readText(uid, text), ok);
+    return text.toStdString();
+  }
   std::vector<std::string> summaries() {
     std::vector<std::string> result;
     for (const unsigned int uid : allUids())
@@ -91,6 +106,39 @@ TEST_F(Import, TextEndsAtFirstZeroByte) {
   EXPECT_EQ(
       importFiles(store_, {file("a", calendar(todo("a")) + '\0' + calendar(todo("b")))}).imported,
       1U);
+}
+
+TEST_F(Import, RecognizesIcalendarByItsText) {
+  const std::string one = icalTodo("1", "SUMMARY:K\xc3\xa4se\\, Brot\r\nX-COLOR:red\r\n");
+  const ImportResult result = importFiles(
+      store_, {file("a.vcs", icalendar(one + icalTodo("2", "SUMMARY:b\r\nSTATUS:COMPLETED\r\n"))),
+               file("b.ics", calendar(todo("c")))});
+  EXPECT_EQ(result.imported, 3U);
+  EXPECT_TRUE(result.unread.isEmpty());
+  EXPECT_THAT(summaries(), ElementsAre("K\xc3\xa4se, Brot", "b", "c"));
+  const Task first = stored(allUids()[0]);
+  EXPECT_EQ(first.getString(Task::TASK_FIELD_UUID), "1");
+  EXPECT_EQ(first.getStatusValue(), 1);
+  EXPECT_EQ(text(allUids()[0]), icalendar(one));
+  EXPECT_EQ(text(allUids()[2]), "");
+}
+
+TEST_F(Import, KnownUidUpdatesItsTask) {
+  const auto later = [](const std::string& lines) {
+    return icalendar(icalTodo("1", lines) + icalTodo("2", "SUMMARY:b\r\n"));
+  };
+  const QString path = file("a.ics", later("SUMMARY:a\r\nPRIORITY:3\r\n"));
+  EXPECT_EQ(importFiles(store_, {path}).imported, 2U);
+  const ImportResult same = importFiles(store_, {path});
+  EXPECT_EQ(same.imported + same.updated, 0U);
+  EXPECT_EQ(same.present, 2U);
+  const ImportResult result =
+      importFiles(store_, {file("a.ics", later("SUMMARY:new\r\nPRIORITY:3\r\n"))});
+  EXPECT_EQ(result.imported, 0U);
+  EXPECT_EQ(result.updated, 1U);
+  EXPECT_EQ(result.present, 1U);
+  EXPECT_EQ(result.lastUid, allUids().back());
+  EXPECT_THAT(summaries(), ElementsAre("new", "b"));
 }
 
 TEST_F(Import, NamesFilesWithoutTodos) {
@@ -180,6 +228,20 @@ TEST_F(Import, StopsIfStoreFails) {
   EXPECT_THAT(summaries(), ElementsAre("a", "b"));
 }
 
+TEST_F(Import, TodosBeforeOneThatFailsKeepTheirTexts) {
+  raw_.run("create trigger refusal before insert on task_table_task when new.priority = 9 begin"
+           " select raise(abort, 'refused'); end");
+  const ImportResult result =
+      importFiles(store_, {file("a.ics", icalendar(icalTodo("1", "SUMMARY:a\r\n") +
+                                                   icalTodo("2", "SUMMARY:b\r\nPRIORITY:9\r\n") +
+                                                   icalTodo("3", "SUMMARY:c\r\n")))});
+  EXPECT_TRUE(result.failed);
+  EXPECT_EQ(result.imported, 1U);
+  EXPECT_THAT(summaries(), ElementsAre("a"));
+  EXPECT_EQ(text(allUids()[0]), icalendar(icalTodo("1", "SUMMARY:a\r\n")));
+  EXPECT_THAT(raw_.run("select count(*) from ulo_texts"), ElementsAre("1"));
+}
+
 TEST_F(Import, ResultOfNothingIsEmpty) {
   const ImportResult result = importFiles(store_, {});
   EXPECT_EQ(result.imported, 0U);
@@ -188,7 +250,7 @@ TEST_F(Import, ResultOfNothingIsEmpty) {
 
 TEST_F(Import, StoresManyBetweenOtherEvents) {
   std::string todos;
-  for (int i = 0; i < 300; ++i)
+  for (int i = 0; i < 2000; ++i)
     todos += todo("x");
   tasks::Import import(store_);
   const QSignalSpy progress(&import, &tasks::Import::progressed);
@@ -198,14 +260,14 @@ TEST_F(Import, StoresManyBetweenOtherEvents) {
   // Files that are added in the meantime are imported, too.
   ASSERT_TRUE(waitFor([&] { return progress.count() > 0; }));
   EXPECT_GT(progress[0][0].toUInt(), 0U);
-  EXPECT_EQ(progress[0][1].toUInt(), 300U);
+  EXPECT_EQ(progress[0][1].toUInt(), 2000U);
   import.add({file("b.vcs", calendar(todo("y"))), "missing"});
   ASSERT_TRUE(waitFor([&] { return ends.count() > 0; }));
   EXPECT_GT(progress.count(), 2);
   const auto result = ends[0][0].value<ImportResult>();
-  EXPECT_EQ(result.imported, 301U);
+  EXPECT_EQ(result.imported, 2001U);
   EXPECT_EQ(result.unread, QStringList{"missing"});
-  EXPECT_EQ(allUids().size(), 301U);
+  EXPECT_EQ(allUids().size(), 2001U);
   import.finish();
   EXPECT_EQ(ends.count(), 1);
 }

@@ -8,6 +8,7 @@
 #include "list/list_screen.h"
 #include "list/notice_bar.h"
 #include "messages.h"
+#include "stored_text.h"
 #include "ulotask_process.h"
 #include "window/import.h"
 #include "window/window_test.h"
@@ -86,6 +87,27 @@ TEST_F(Window, DetailsShowStatusAndPriorityAsIcons) {
     EXPECT_TRUE(isIcon(rows->item(statusRow + 1)->icon(), file(expected.priorityIcon).c_str()))
         << expected.priorityIcon;
   }
+}
+
+TEST_F(Window, DetailsSayThatTaskRepeats) {
+  const unsigned int uid = add("a");
+  const auto repetition = [&](const QByteArray& lines) {
+    EXPECT_EQ(ulo::storeText(uid, "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nBEGIN:VTODO\r\nUID:1\r\n"
+                                  "SUMMARY:a\r\nDTSTART:20270301T100000\r\n" +
+                                      lines + "END:VTODO\r\nEND:VCALENDAR\r\n"),
+              ok);
+    window_->openTask(uid);
+    auto* rows = current<TASK_UI_DetailView>()->findChild<ZDetailView*>();
+    const auto* row = rows->item(2);
+    return row->label() == "Repeats:" ? row->content().toStdString() : "";
+  };
+  open();
+  EXPECT_EQ(repetition(""), "");
+  EXPECT_EQ(repetition("RRULE:FREQ=DAILY\r\n"), "Daily");
+  EXPECT_EQ(repetition("RRULE:FREQ=WEEKLY;INTERVAL=2;COUNT=3\r\n"), "Every 2 weeks");
+  EXPECT_EQ(repetition("RRULE:FREQ=MONTHLY;BYMONTHDAY=-1\r\n"), "Monthly");
+  EXPECT_EQ(repetition("RRULE:FREQ=HOURLY\r\n"), "Yes");
+  EXPECT_EQ(repetition("RDATE:20270401T100000\r\n"), "Yes");
 }
 
 TEST_F(Window, NewTaskBecomesCurrentInList) {
@@ -241,6 +263,15 @@ TEST(ImportMessages, ReportImportedAndUnreadFiles) {
   result.unread = {"/tmp/a.txt"};
   EXPECT_EQ(tasks::importText(result, true), "12 tasks imported. There is no task in a.txt.");
   result.imported = 0;
+  result.unread = {};
+  result.present = 2;
+  EXPECT_EQ(tasks::importText(result, true), "Nothing new in the file.");
+  result.updated = 1;
+  EXPECT_EQ(tasks::importText(result, true), "Task updated.");
+  result.imported = 1;
+  result.updated = 3;
+  EXPECT_EQ(tasks::importText(result, true), "Task imported. 3 tasks updated.");
+  result = {};
   result.failed = true;
   result.unread = {"/tmp/a", "/tmp/" + QString(60, u'n') + "\nx", "/tmp/c", "/tmp/d"};
   EXPECT_EQ(tasks::importText(result, true),

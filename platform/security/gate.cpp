@@ -1,14 +1,13 @@
-#include "window/lock_gate.h"
+#include "gate.h"
 
 #include "SETUP_SECURITY_Util.h"
-#include "ZTASK_ENG_Model.h"
 
 #include <cstdio>
 #include <dlfcn.h>
 
-namespace tasks {
+namespace ulo {
 
-bool passesLock() {
+bool passesLock(const char* applicationUuid, const char* program) {
   constexpr int mode = 1;
   void* library = dlopen("libulosecuritysetup.so", RTLD_LAZY);
   const auto check = library == nullptr
@@ -17,10 +16,10 @@ bool passesLock() {
                                dlsym(library, "SETUP_SECURITY_Util_appLockCheck_modelUI"));
   if (check == nullptr) {
     static_cast<void>(
-        std::fprintf(stderr, "ulo-tasks: the application lock is missing: %s\n", dlerror()));
+        std::fprintf(stderr, "%s: the application lock is missing: %s\n", program, dlerror()));
     return false;
   }
-  return check(ZTASK_ENG_Model::identifier, mode) != 0;
+  return check(applicationUuid, mode) != 0;
 }
 
-}  // namespace tasks
+}  // namespace ulo
