@@ -245,6 +245,14 @@ std::string recurrenceOf(std::string_view component) {
   return property == nullptr ? std::string() : property->line;
 }
 
+Content firstTodo(const CalendarText& text) {
+  return contentOf(text.bytes(text.pieces()[text.todos().at(0).piece]));
+}
+
+QDateTime revisionOf(const QByteArray& text) {
+  return TASK_ENG_Ical(text).task(0).getDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION);
+}
+
 }  // namespace
 
 QByteArray withUid(const QByteArray& text, const QString& uid) {
@@ -285,12 +293,23 @@ QDateTime alarmForDue(const QByteArray& text, const QDateTime& due) {
   return TASK_ENG_Ical(calendar.text()).task(0).getDateTime(ZTASK_ENG_Task::TASK_FIELD_ALARM);
 }
 
+bool isOlder(const QByteArray& one, const QByteArray& other) {
+  const QDateTime first = revisionOf(one);
+  const QDateTime second = revisionOf(other);
+  const QDateTime none = ZTASK_ENG_Task::noDate();
+  if (first != none && second != none)
+    return first < second;
+  const CalendarText oneLines(one);
+  const CalendarText otherLines(other);
+  return sequenceOf(firstTodo(oneLines)) < sequenceOf(firstTodo(otherLines));
+}
+
 Repetition repetitionOf(const QByteArray& text) {
   const TASK_ENG_Ical calendar(text);
   if (calendar.count() == 0 || !calendar.repeats(0))
     return {};
   const CalendarText lines(text);
-  const Content todo = contentOf(lines.bytes(lines.pieces()[lines.todos().at(0).piece]));
+  const Content todo = firstTodo(lines);
   if (const Property* const rule = todo.find("RRULE"); rule != nullptr)
     return repetitionOfRule(parseContentLine(rule->line)->value);
   Repetition onDates;
@@ -313,9 +332,6 @@ QString englishText(const Repetition& repetition) {
 }
 
 QByteArray mergedTodo(const QByteArray& one, const QByteArray& other) {
-  const auto revisionOf = [](const QByteArray& text) {
-    return TASK_ENG_Ical(text).task(0).getDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION);
-  };
   const QDateTime first = revisionOf(one);
   const QDateTime second = revisionOf(other);
   const QDateTime none = ZTASK_ENG_Task::noDate();

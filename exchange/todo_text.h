@@ -21,6 +21,10 @@ namespace ulo {
 // if the alarm is relative to the due date. Requires: the text contains a to-do.
 [[nodiscard]] ULO_EXPORT QDateTime alarmForDue(const QByteArray& text, const QDateTime& due);
 
+// Returns true if `one` is an earlier state than `other` of the same to-do: by LAST-MODIFIED, or by
+// SEQUENCE if one of them lacks LAST-MODIFIED. Requires: each text contains one to-do.
+[[nodiscard]] ULO_EXPORT bool isOlder(const QByteArray& one, const QByteArray& other);
+
 // How a to-do repeats.
 struct Repetition {
   enum class Unit {

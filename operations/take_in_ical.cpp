@@ -39,13 +39,6 @@ void applyChanges(const ZTASK_ENG_Task& base, const ZTASK_ENG_Task& changed, ZTA
     task.setStatus(changed.getStatusValue());
 }
 
-// Returns true if the to-do is an earlier state of the one in `base`.
-bool isOlder(const ZTASK_ENG_Task& todo, const ZTASK_ENG_Task& base) {
-  constexpr Field revision = ZTASK_ENG_Task::TASK_FIELD_REVISION;
-  return hasDate(todo, revision) && hasDate(base, revision) &&
-         todo.getDateTime(revision) < base.getDateTime(revision);
-}
-
 }  // namespace
 
 int IcalIntake::find(const std::vector<QString>& uuids) {
@@ -97,14 +90,14 @@ int IcalIntake::update(unsigned int uid, const TASK_ENG_Ical::Todo& todo, TakenI
   if (hasSameTodos(current, todo.text))
     return TASK_ENG_OK;
   // Without a stored text, the to-do was made from the task.
-  const TASK_ENG_Ical base(stored.isEmpty() ? current : stored);
+  const QByteArray& baseText = stored.isEmpty() ? current : stored;
+  const TASK_ENG_Ical base(baseText);
   if (base.count() > 0) {
-    const ZTASK_ENG_Task baseTask = base.task(0);
-    if (isOlder(todo.task, baseTask)) {
+    if (isOlder(todo.text, baseText)) {
       taken.how = Taken::older;
       return TASK_ENG_OK;
     }
-    applyChanges(baseTask, todo.task, report.task);
+    applyChanges(base.task(0), todo.task, report.task);
   }
   taken.how = Taken::updated;
   taken.shortened = shortenTexts(report.task);

@@ -16,7 +16,7 @@ enum class Taken {
   added,
   updated,
   unchanged,  // the to-do contains nothing new
-  older,      // the stored task came with a later text; it is kept
+  older,      // the stored task has a later text; it is kept
   repeated,   // another to-do with its uuid follows and is taken instead; `uid` is not set
 };
 
@@ -36,7 +36,8 @@ struct TakenIn {
 // A to-do whose uuid is known updates that task and replaces its text. The fields that changed
 // since the stored text get the to-do's values; the others keep the task's, so that changes made
 // here are not lost. A to-do that equals the stored text or the present state of the task changes
-// nothing, not even the revision, and neither does one with an earlier LAST-MODIFIED.
+// nothing, not even the revision, and neither does an earlier state of the stored text: one with an
+// earlier LAST-MODIFIED, or with a lower SEQUENCE if one of the two lacks LAST-MODIFIED.
 //
 // Of several to-dos with one uuid only the last is taken in.
 //

@@ -182,6 +182,21 @@ TEST_F(TakeInIcal, OlderTextChangesNothing) {
   EXPECT_EQ(storedText(uid), later.toStdString());
 }
 
+TEST_F(TakeInIcal, SameTextDoesNotMoveRepeatingTaskBack) {
+  for (const char* modified : {"", "LAST-MODIFIED:20060101T100000Z\r\n"}) {
+    const QByteArray plants =
+        icalendar(icalTodo(std::string("UID:plants") + (modified[0] == 0 ? "" : "2") +
+                           "\r\nSUMMARY:Water the plants\r\nDUE;VALUE=DATE:20060102\r\n"
+                           "RRULE:FREQ=WEEKLY\r\n" +
+                           modified));
+    const unsigned int uid = import(plants).uid;
+    EXPECT_EQ(ulo::setCompleted(store(), uid, true), ok);
+    const std::vector<std::string> moved = everything();
+    EXPECT_EQ(import(plants).how, Taken::older);
+    EXPECT_EQ(everything(), moved);
+  }
+}
+
 TEST_F(TakeInIcal, AddsKnownTodoAgainWithAnotherUid) {
   import(milk);
   const ulo::TakenIn taken = import(milk, ulo::IcalIntake::Known::addAgain);
