@@ -1,16 +1,13 @@
 // Compares what is read from each text in tests/golden/ical, and each text after an edit of every
 // field, with the expected files. ULO_RENEW_GOLDEN=1 rewrites these.
 #include "berlin_time.h"
+#include "golden_files.h"
 #include "ical_text.h"
 #include "test_clock.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 namespace fs = std::filesystem;
 
@@ -19,27 +16,6 @@ namespace {
 using Task = ZTASK_ENG_Task;
 
 const fs::path goldenDirectory = fs::path(ULO_SOURCE_DIR) / "tests/golden/ical";
-
-std::string contentOf(const fs::path& path) {
-  std::ostringstream text;
-  text << std::ifstream(path, std::ios::binary).rdbuf();
-  return text.str();
-}
-
-std::vector<std::string> caseNames() {
-  std::vector<std::string> names;
-  for (const auto& entry : fs::directory_iterator(goldenDirectory))
-    if (entry.path().extension() == ".in")
-      names.push_back(entry.path().stem());
-  std::sort(names.begin(), names.end());
-  return names;
-}
-
-void compare(const std::string& seen, const fs::path& expected) {
-  if (std::getenv("ULO_RENEW_GOLDEN") != nullptr)
-    std::ofstream(expected, std::ios::binary) << seen;
-  EXPECT_EQ(seen, contentOf(expected)) << expected;
-}
 
 QDateTime local(const char* text) {
   return UTIL_TimeConversion::fromISO8601(QCString(text));
@@ -73,7 +49,7 @@ TEST_P(IcalGolden, MatchesExpectedFiles) {
     fields += "\nuuid " + quoted(calendar.task(i).getString(Task::TASK_FIELD_UUID)) + "\n" +
               taskText(calendar.task(i)) + "repeats " + std::to_string(int{calendar.repeats(i)}) +
               "\n";
-  compare(fields, goldenDirectory / (GetParam() + ".tasks"));
+  compareWithFile(fields, goldenDirectory / (GetParam() + ".tasks"));
 
   for (int i = 0; i < calendar.count(); ++i) {
     EXPECT_EQ(calendar.moveToNextDate(i),
@@ -82,11 +58,11 @@ TEST_P(IcalGolden, MatchesExpectedFiles) {
     editEveryField(task);
     calendar.replace(i, task);
   }
-  compare(calendar.text().toStdString(), goldenDirectory / (GetParam() + ".edited"));
+  compareWithFile(calendar.text().toStdString(), goldenDirectory / (GetParam() + ".edited"));
   setEngineNow(QDateTime());
 }
 
-INSTANTIATE_TEST_SUITE_P(Ical, IcalGolden, testing::ValuesIn(caseNames()),
+INSTANTIATE_TEST_SUITE_P(Ical, IcalGolden, testing::ValuesIn(caseNames(goldenDirectory)),
                          [](const auto& info) { return info.param; });
 
 }  // namespace

@@ -3,43 +3,18 @@
 #include "ZVtodoParser.h"
 
 #include "berlin_time.h"
+#include "golden_files.h"
 #include "log_capture.h"
 #include "task_text.h"
 #include "temporary_directory.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <cstdlib>
-#include <fstream>
-#include <sstream>
-
 namespace fs = std::filesystem;
 
 namespace {
 
 const fs::path goldenDirectory = fs::path(ULO_SOURCE_DIR) / "tests/golden/vcal";
-
-std::string contentOf(const fs::path& path) {
-  std::ostringstream text;
-  text << std::ifstream(path, std::ios::binary).rdbuf();
-  return text.str();
-}
-
-std::vector<std::string> caseNames() {
-  std::vector<std::string> names;
-  for (const auto& entry : fs::directory_iterator(goldenDirectory))
-    if (entry.path().extension() == ".in")
-      names.push_back(entry.path().stem());
-  std::sort(names.begin(), names.end());
-  return names;
-}
-
-void compare(const std::string& seen, const fs::path& expected) {
-  if (std::getenv("ULO_RENEW_GOLDEN") != nullptr)
-    std::ofstream(expected, std::ios::binary) << seen;
-  EXPECT_EQ(seen, contentOf(expected)) << expected;
-}
 
 class VtodoGolden : public testing::TestWithParam<std::string> {};
 
@@ -53,14 +28,14 @@ TEST_P(VtodoGolden, MatchesExpectedFiles) {
   std::string fields;
   for (uint i = 0; i < tasks.count(); ++i)
     fields += taskText(*tasks.at(i)) + "\n";
-  compare(fields, goldenDirectory / (GetParam() + ".tasks"));
+  compareWithFile(fields, goldenDirectory / (GetParam() + ".tasks"));
 
   const fs::path out = directory.path() / "out.vcs";
   parser.writeVtodo(QString::fromStdString(out), tasks);
-  compare(contentOf(out), goldenDirectory / (GetParam() + ".written"));
+  compareWithFile(contentOf(out), goldenDirectory / (GetParam() + ".written"));
 }
 
-INSTANTIATE_TEST_SUITE_P(Vcal, VtodoGolden, testing::ValuesIn(caseNames()),
+INSTANTIATE_TEST_SUITE_P(Vcal, VtodoGolden, testing::ValuesIn(caseNames(goldenDirectory)),
                          [](const auto& info) { return info.param; });
 
 }  // namespace
