@@ -28,6 +28,8 @@ target_compile_options(ulo_build_flags INTERFACE
   -Wall -Wextra -Wpedantic $<$<BOOL:${ULO_WARNINGS_AS_ERRORS}>:-Werror>
   # Log lines name sources relative to the tree, wherever it was built.
   -fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=
+  # The texts of statements are printf templates, also those without arguments.
+  $<$<CXX_COMPILER_ID:Clang>:-Wno-format-security>
   # GCC 12 sees overlaps in "text" + std::string at -O3 that are not there.
   $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>)
 
