@@ -623,11 +623,12 @@ int ZTASK_ENG_Model::getMatchTasks(QValueList<ZTASK_ENG_Task>& tasks, QString& t
   ResultRows rows;
   if (rows.query(task_scripts::allTasks) != DB_OK)
     return TASK_ENG_DATABASE_FAILURE;
-  Mention wanted(open_, text);
   const TaskReader<task_scripts::PlainTask> reader(open_, rows);
   for (; !rows.atEnd(); rows.next()) {
-    if (wanted.isMetBy(rows))
-      reader.append(tasks);
+    const bool isInRow = mentions(rows, text);
+    const QString category = reader.category();
+    if (isInRow || contains(category, text))
+      reader.append(tasks, category);
   }
   return TASK_ENG_OK;
 }
@@ -648,8 +649,10 @@ int ZTASK_ENG_Model::getMatchTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_
   tasks.removeIf([&wanted](const ZTASK_ENG_Task& task) { return !wanted.isMetBy(task); });
   const TaskReader<task_scripts::PlainTask> reader(open_, rows);
   for (; !rows.atEnd(); rows.next()) {
-    if (wanted.isMetBy(rows))
-      reader.append(tasks);
+    const bool isMet = wanted.isMetBy(rows);
+    const QString category = reader.category();
+    if (isMet)
+      reader.append(tasks, category);
   }
   return TASK_ENG_OK;
 }

@@ -51,8 +51,34 @@ public:
   TaskReader(bool open, const ResultRows& rows, LogPlace place = LogPlace::current())
       : open_(open), rows_(rows), place_(place) {}
 
-  // Sets every field of `task` to the current row.
+  // Looks up the name of the current row's category.
+  [[nodiscard]] QString category() const {
+    QString name;
+    findCategoryName(open_, rows_.uid(Columns::category), name, place_);
+    return name;
+  }
+
+  // Sets every field of `task` to the current row. Looks up the category last.
   void read(unsigned int uid, ZTASK_ENG_Task& task) const {
+    readColumns(uid, task);
+    task.setString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY, category());
+  }
+
+  void append(QValueList<ZTASK_ENG_Task>& tasks) const {
+    ZTASK_ENG_Task task;
+    read(rows_.uid(Columns::uid), task);
+    tasks.append(task);
+  }
+  // Appends the current row, whose category has been looked up.
+  void append(QValueList<ZTASK_ENG_Task>& tasks, const QString& category) const {
+    ZTASK_ENG_Task task;
+    readColumns(rows_.uid(Columns::uid), task);
+    task.setString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY, category);
+    tasks.append(task);
+  }
+
+private:
+  void readColumns(unsigned int uid, ZTASK_ENG_Task& task) const {
     task.setUINT32(ZTASK_ENG_Task::TASK_FIELD_UID, uid);
     task.setPriority(rows_.integer(Columns::priority));
     task.setStatus(rows_.integer(Columns::status));
@@ -63,18 +89,8 @@ public:
     task.setSeconds(ZTASK_ENG_Task::TASK_FIELD_DUE, rows_.integer(Columns::due));
     task.setSeconds(ZTASK_ENG_Task::TASK_FIELD_END, rows_.integer(Columns::end));
     task.setSeconds(ZTASK_ENG_Task::TASK_FIELD_REVISION, rows_.integer(Columns::revision));
-    QString category;
-    findCategoryName(open_, rows_.uid(Columns::category), category, place_);
-    task.setString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY, category);
   }
 
-  void append(QValueList<ZTASK_ENG_Task>& tasks) const {
-    ZTASK_ENG_Task task;
-    read(rows_.uid(Columns::uid), task);
-    tasks.append(task);
-  }
-
-private:
   bool open_;
   const ResultRows& rows_;
   LogPlace place_;

@@ -1,7 +1,6 @@
 #include "task_match.h"
 
 #include "UTIL_TimeConversion.h"
-#include "store_steps.h"
 #include "task_words.h"
 
 namespace {
@@ -23,23 +22,14 @@ bool hasText(QStringView value, const QString& wanted) {
 
 }  // namespace
 
-bool Mention::isIn(QStringView field) const {
-  return !field.isEmpty() && field.contains(text_, Qt::CaseSensitive);
+bool contains(QStringView field, const QString& text) {
+  return !field.isEmpty() && field.contains(text, Qt::CaseSensitive);
 }
 
-bool Mention::isInCategory(unsigned int uid) {
-  const auto [place, isNew] = categories_.try_emplace(uid, false);
-  if (isNew) {
-    QString name;
-    findCategoryName(open_, uid, name, place_);
-    place->second = isIn(name);
-  }
-  return place->second;
-}
-
-bool Mention::isMetBy(const ResultRows& row) {
-  return isIn(row.unicodeView(Columns::note)) || isIn(row.unicodeView(Columns::summary)) ||
-         isIn(row.unicodeView(Columns::uuid)) || isInCategory(row.uid(Columns::category));
+bool mentions(const ResultRows& row, const QString& text) {
+  return contains(row.unicodeView(Columns::note), text) ||
+         contains(row.unicodeView(Columns::summary), text) ||
+         contains(row.unicodeView(Columns::uuid), text);
 }
 
 Example::Example(const ZTASK_ENG_Task& example)

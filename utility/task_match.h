@@ -1,32 +1,18 @@
 // The conditions of searches in the store. They are checked on the rows of a result, so that only
-// rows that match become records.
+// rows that match become records. The category of every row is looked up nevertheless: the calls to
+// the database are a contract.
 #pragma once
 
 #include "ZTASK_ENG_Task.h"
 #include "database.h"
-#include "log_place.h"
 #include "task_scripts.h"
 
-#include <map>
-
-// The condition that the category name, note, summary or uuid contains a text, with the same case.
-// An empty text is contained in every field that is not empty.
-class Mention {
-public:
-  Mention(bool open, const QString& text, LogPlace place = LogPlace::current())
-      : open_(open), text_(text), place_(place) {}
-  // Checks the current row, whose columns are those of PlainTask.
-  [[nodiscard]] bool isMetBy(const ResultRows& row);
-
-private:
-  [[nodiscard]] bool isIn(QStringView field) const;
-  [[nodiscard]] bool isInCategory(unsigned int uid);
-
-  bool open_;
-  const QString& text_;
-  LogPlace place_;
-  std::map<unsigned int, bool> categories_;  // those that were looked up
-};
+// Returns true if the field contains `text`, with the same case. An empty text is contained in
+// every field that is not empty.
+[[nodiscard]] bool contains(QStringView field, const QString& text);
+// Returns true if the note, summary or uuid of the current row contains the text. The columns of
+// the row are those of PlainTask.
+[[nodiscard]] bool mentions(const ResultRows& row, const QString& text);
 
 // The condition that a task matches an example: due date, end date, priority value and status value
 // are equal, and note and summary contain those of the example, ignoring case. Fields of the

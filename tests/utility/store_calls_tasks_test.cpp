@@ -180,6 +180,30 @@ TEST_F(StoreCalls, ReadsRecordsAndCategoryNamesInOneReadState) {
   EXPECT_THAT(queriedOutsideReadState(), ElementsAre());
 }
 
+TEST_F(StoreCalls, SearchesLookUpCategoryOfEveryRow) {
+  const auto row = [](int uid) {
+    return TaskRow{.summary = u"s", .category = workUid, .uid = uid};
+  };
+  Store& store = open(
+      {.outcomes = {{"count_tasks", returns({{1}})},
+                    {"all_tasks", returns({row(1).plain(), row(2).plain(), row(3).plain()})}}});
+  const auto lookUps = [] {
+    const auto all = calls::list();
+    return std::count_if(all.begin(), all.end(), [](const std::string& call) {
+      return call.find("category_name_by_uid") != std::string::npos;
+    });
+  };
+  QValueList<Task> tasks;
+  QString text("not there");
+  EXPECT_EQ(store.getMatchTasks(tasks, text), TASK_ENG_OK);
+  EXPECT_EQ(lookUps(), 3);
+  Task example;
+  example.setPriority(9);
+  EXPECT_EQ(store.getMatchTasks(tasks, example), TASK_ENG_OK);
+  EXPECT_EQ(lookUps(), 6);
+  EXPECT_TRUE(tasks.isEmpty());
+}
+
 TEST_F(StoreCalls, UpdateTaskBindsAllFields) {
   Store& store =
       open({.outcomes = {{"category_uid_by_name", foundWork}, {"update_task", flag(true)}}});
