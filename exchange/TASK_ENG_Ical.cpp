@@ -65,7 +65,7 @@ struct TASK_ENG_Ical::Document {
   }
   const ulo::Piece& piece(int number) const { return text.pieces()[todo(number).piece]; }
 
-  // Reads the fields once; reports what is not understood.
+  // Reads the fields once and reports lines that cannot be read.
   const ZTASK_ENG_Task& task(int number) {
     std::optional<ZTASK_ENG_Task>& known = tasks[static_cast<std::size_t>(number)];
     if (!known) {

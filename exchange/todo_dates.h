@@ -15,7 +15,7 @@
 
 namespace ulo {
 
-// Receives what was not understood: the number of a line of the text, and a sentence.
+// Receives the number of a line that cannot be read completely, and the reason as a sentence.
 using ProblemReport = std::function<void(std::size_t line, const QString& problem)>;
 
 enum class DateForm { day, utc, floating, zoned };

@@ -159,7 +159,7 @@ private:
   const DateReader& reader_;
 };
 
-// Whether a record's text is what is read from the line, or its truncated beginning.
+// Returns true if a record's text equals the value of the line, or its truncated beginning.
 bool isSameText(const QString& present, const QString& text, int limit) {
   const QString written = asWritten(text);
   if (written == present || (written.isEmpty() && present.isEmpty()))

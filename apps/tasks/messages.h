@@ -17,7 +17,7 @@ struct ImportResult;
 // has closed it.
 void tellNotStored(int code, QWidget* parent);
 
-// What became of a repeating task that the user completed.
+// The message after the user completed a repeating task: its next date, or that there is none.
 [[nodiscard]] QString nextDateText(TASK_ENG_Ical::NextDate next, const ZTASK_ENG_Task& task,
                                    const QDate& today);
 

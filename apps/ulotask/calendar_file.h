@@ -36,7 +36,7 @@ struct Calendar {
 struct CalendarFile {
   std::string name;
   std::vector<Calendar> calendars;   // one; one for each version if the file has both
-  std::vector<std::string> notices;  // what was left out or understood only in part
+  std::vector<std::string> notices;  // parts that were left out or read incompletely
 };
 
 // Reads the to-dos of a file, or of standard input for "-". The content decides which version it

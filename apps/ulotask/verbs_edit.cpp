@@ -85,7 +85,7 @@ void add(Session& session, const TaskOptions& options) {
   print(session, "Added ", task, options.json);
 }
 
-// What became of a repeating task that was completed; empty for any other change.
+// Says how completing a repeating task ended; empty for any other change.
 std::string sentenceOfNextDate(const ulo::ChangeReport& report) {
   if (!report.next)
     return {};
