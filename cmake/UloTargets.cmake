@@ -52,6 +52,16 @@ option(ULO_PRECOMPILED_HEADERS
   "Compile common headers once: about half the build time, but a missing #include goes unnoticed"
   OFF)
 
+option(ULO_JOINED_SOURCES
+  "Compile up to eight sources as one: builds everything in less time, but a change of one source \
+compiles the others, too" OFF)
+if(ULO_JOINED_SOURCES)
+  set(CMAKE_UNITY_BUILD ON)
+  set(CMAKE_UNITY_BUILD_BATCH_SIZE 8)
+  # Takes a class that is declared in one source for one that is declared in a header.
+  add_compile_options($<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-subobject-linkage>)
+endif()
+
 # ulo_precompile(NAME HEADERS) compiles cmake/precompiled/HEADERS.h for the sources of NAME, or uses
 # what ulo_share_precompiled has compiled.
 function(ulo_precompile name headers)

@@ -4,6 +4,7 @@
 #include "calendar_text.h"
 #include "clock.h"
 #include "component_lines.h"
+#include "content_line.h"
 #include "todo_fields.h"
 #include "todo_recurrence.h"
 
@@ -13,10 +14,6 @@
 #include <utility>
 
 namespace {
-
-std::string_view viewOf(const QByteArray& bytes) {
-  return {bytes.constData(), static_cast<std::size_t>(bytes.size())};
-}
 
 QByteArray bytesOf(std::string_view view) {
   return {view.data(), static_cast<qsizetype>(view.size())};
@@ -100,7 +97,7 @@ struct TASK_ENG_Ical::Document {
 };
 
 bool TASK_ENG_Ical::isIcalendar(const QByteArray& text) {
-  return ulo::CalendarText::isIcalendar(viewOf(text));
+  return ulo::CalendarText::isIcalendar(ulo::viewOf(text));
 }
 
 TASK_ENG_Ical::TASK_ENG_Ical() : document_(std::make_unique<Document>()) {}

@@ -96,6 +96,11 @@ std::optional<ContentLine> ComponentLines::property(std::size_t line) const {
   return parseContentLine(texts_.emplace_back(std::move(buffer)));
 }
 
+std::string_view ComponentLines::value(std::size_t line) const {
+  const std::optional<ContentLine> content = property(line);
+  return content ? withoutBlanks(content->value) : std::string_view();
+}
+
 void ComponentLines::replace(std::size_t line, std::string_view content) {
   Line& found = lines_[line];
   found.bytes = keep(foldedLine(content, lineEndOf(found.bytes)));

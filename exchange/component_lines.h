@@ -43,6 +43,8 @@ public:
 
   // The views are valid until the line is replaced.
   [[nodiscard]] std::optional<ContentLine> property(std::size_t line) const;
+  // The value of a property without surrounding blanks; empty if the line is not a property.
+  [[nodiscard]] std::string_view value(std::size_t line) const;
 
   // Replaces a line by an unfolded one. It is folded and gets the line end of the line that it
   // replaces.

@@ -4,15 +4,15 @@
 #include <QStringDecoder>
 
 #include <algorithm>
+#include <charconv>
 #include <initializer_list>
+#include <system_error>
 
 namespace ulo {
 namespace {
 
 // RFC 5545, section 3.1: bytes of a line without its end.
 constexpr std::size_t foldedLength = 75;
-
-constexpr std::size_t none = std::string_view::npos;
 
 bool isBlank(char c) {
   return c == ' ' || c == '\t';
@@ -65,7 +65,7 @@ private:
     if (text_[at] != '"' || noQuoteFollows_)
       return at + 1;
     const std::size_t end = text_.find('"', at + 1);
-    if (end != none)
+    if (end != std::string_view::npos)
       return end + 1;
     noQuoteFollows_ = true;
     return at + 1;
@@ -91,7 +91,7 @@ std::string withoutCarets(std::string_view value) {
 std::string_view firstOf(std::string_view values) {
   if (!values.empty() && values.front() == '"') {
     const std::size_t end = values.find('"', 1);
-    if (end != none)
+    if (end != std::string_view::npos)
       return values.substr(1, end - 1);
   }
   return values.substr(0, values.find(','));
@@ -134,7 +134,7 @@ bool LineSplitter::next(RawLine& line) {
 
 std::string_view lineEndOf(std::string_view line) {
   const std::size_t last = line.find_last_not_of("\r\n");
-  return line.substr(last == none ? 0 : last + 1);
+  return line.substr(last == std::string_view::npos ? 0 : last + 1);
 }
 
 std::string_view unfolded(const RawLine& line, std::string& buffer) {
@@ -234,6 +234,20 @@ std::string_view withoutBlanks(std::string_view text) {
   return text;
 }
 
+std::string_view viewOf(const QByteArray& bytes) {
+  return {bytes.constData(), static_cast<std::size_t>(bytes.size())};
+}
+
+std::optional<int> parseInteger(std::string_view text) {
+  if (!text.empty() && text.front() == '+')
+    text.remove_prefix(1);
+  int number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size())
+    return std::nullopt;
+  return number;
+}
+
 std::string foldedLine(std::string_view line, std::string_view lineEnd) {
   std::string result;
   result.reserve(line.size() + (line.size() / foldedLength + 1) * (lineEnd.size() + 1));
@@ -268,7 +282,7 @@ QString decodedText(std::string_view bytes, bool& isLatin1) {
     if (isLatin1)
       result = QString::fromLatin1(view);
   }
-  if (bytes.find('\0') != none)
+  if (bytes.find('\0') != std::string_view::npos)
     result.remove(QChar(0));
   if (result.isNull())
     result = QLatin1String("");
@@ -276,7 +290,7 @@ QString decodedText(std::string_view bytes, bool& isLatin1) {
 }
 
 QString textOfValue(std::string_view value, bool& isLatin1) {
-  if (value.find('\\') == none)
+  if (value.find('\\') == std::string_view::npos)
     return decodedText(value, isLatin1);
   std::string text;
   text.reserve(value.size());

@@ -4,6 +4,7 @@
 // (found in texts that were converted twice) or CR, in any mixture.
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 #include <cstddef>
@@ -68,9 +69,14 @@ std::string withoutParameters(std::string_view parameters,
 // Returns a parameter value in the form of a text, in quotation marks if it needs them.
 std::string parameterText(std::string_view value);
 
+std::string_view viewOf(const QByteArray& bytes);
+
 // Compares without distinguishing ASCII letter case.
 bool sameName(std::string_view one, std::string_view other);
 std::string_view withoutBlanks(std::string_view text);
+// Reads an integer (RFC 5545, section 3.3.8) without blanks around it. Returns nothing if it is not
+// one or does not fit.
+std::optional<int> parseInteger(std::string_view text);
 
 // Folds a line at 75 bytes, never inside a character of UTF-8, and appends the line end.
 std::string foldedLine(std::string_view line, std::string_view lineEnd);

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdlib>
 #include <set>
 
@@ -39,16 +38,6 @@ constexpr std::array<ListPart, 8> listParts = {{
 // The Gregorian calendar repeats after 400 years. libical computes dates until the year 2582, one
 // after the other even if a rule has none; starting one cycle later makes that take less.
 constexpr std::int64_t gregorianCycle = std::int64_t{146097} * secondsPerDay;
-
-std::optional<int> numberOf(std::string_view text) {
-  if (!text.empty() && text.front() == '+')
-    text.remove_prefix(1);
-  int number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size())
-    return std::nullopt;
-  return number;
-}
 
 std::string inCapitals(std::string_view text) {
   std::string result(text);
@@ -89,7 +78,7 @@ std::optional<Weekday> weekdayOf(std::string_view text) {
   if (text.empty())
     return result;
   constexpr int mostWeeks = 53;
-  const std::optional<int> ordinal = numberOf(text);
+  const std::optional<int> ordinal = parseInteger(text);
   if (!ordinal || *ordinal == 0 || *ordinal < -mostWeeks || *ordinal > mostWeeks)
     return std::nullopt;
   result.ordinal = *ordinal;
@@ -104,7 +93,7 @@ bool isListPart(const std::string& name, std::string_view value) {
   const auto most =
       static_cast<std::size_t>(part->highest) + 1 - static_cast<std::size_t>(part->lowest);
   return checkList(value, most, [&](std::string_view text) {
-    const std::optional<int> number = numberOf(text);
+    const std::optional<int> number = parseInteger(text);
     if (!number || *number < -part->highest || *number > part->highest)
       return false;
     return (part->isSigned ? std::abs(*number) : *number) >= part->lowest;
@@ -134,7 +123,7 @@ std::optional<RecurrenceRule> parseRule(std::string_view text) {
     const std::string_view value = part.substr(equal + 1);
     if (!names.insert(name).second)
       return std::nullopt;
-    const std::optional<int> number = numberOf(value);
+    const std::optional<int> number = parseInteger(value);
     if (name == "FREQ") {
       const auto found = std::find(frequencies.begin(), frequencies.end(), value);
       if (found == frequencies.end())

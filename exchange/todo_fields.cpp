@@ -8,7 +8,6 @@
 #include "uuid.h"
 
 #include <array>
-#include <charconv>
 #include <limits>
 #include <utility>
 
@@ -23,16 +22,16 @@ struct StatusWord {
   const char* word;
   Status status;
 };
-constexpr std::array<StatusWord, 4> statusWords = {{{"NEEDS-ACTION", Status::needsAction},
-                                                    {"COMPLETED", Status::completed},
-                                                    {"IN-PROCESS", Status::accepted},
-                                                    {"CANCELLED", Status::declined}}};
+constexpr std::array<StatusWord, 4> icalendarStatusWords = {{{"NEEDS-ACTION", Status::needsAction},
+                                                             {"COMPLETED", Status::completed},
+                                                             {"IN-PROCESS", Status::accepted},
+                                                             {"CANCELLED", Status::declined}}};
 
 const StatusWord& wordOf(int status) {
-  for (const StatusWord& entry : statusWords)
+  for (const StatusWord& entry : icalendarStatusWords)
     if (codeOf(entry.status) == status)
       return entry;
-  return statusWords.front();
+  return icalendarStatusWords.front();
 }
 
 constexpr int lowestPriority = 9;
@@ -43,15 +42,6 @@ int writtenPriority(int priority) {
 }
 
 constexpr int allPercent = 100;
-
-std::optional<int> numberOf(std::string_view text) {
-  text = withoutBlanks(text);
-  int number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (text.empty() || error != std::errc() || end != text.data() + text.size())
-    return std::nullopt;
-  return number;
-}
 
 std::optional<std::int64_t> instantOf(const QDateTime& dateTime) {
   if (!hasDate(dateTime))
@@ -107,7 +97,7 @@ public:
     const std::optional<std::string_view> text = value("PRIORITY");
     if (!text)
       return 0;
-    const std::optional<int> number = numberOf(*text);
+    const std::optional<int> number = parseInteger(*text);
     if (number && *number >= 0 && *number <= lowestPriority)
       return *number;
     reader_.problem(lines_, lines_.find("PRIORITY"),
@@ -116,7 +106,7 @@ public:
   }
 
   [[nodiscard]] int percent() const {
-    return numberOf(value("PERCENT-COMPLETE").value_or("")).value_or(0);
+    return parseInteger(value("PERCENT-COMPLETE").value_or("")).value_or(0);
   }
 
   [[nodiscard]] Status status() const {
@@ -125,7 +115,7 @@ public:
       const bool isDone = lines_.find("COMPLETED") != none || percent() == allPercent;
       return isDone ? Status::completed : Status::needsAction;
     }
-    for (const StatusWord& entry : statusWords)
+    for (const StatusWord& entry : icalendarStatusWords)
       if (sameName(*word, entry.word))
         return entry.status;
     reader_.problem(lines_, lines_.find("STATUS"), "not a known status; \"needs action\" is used");
@@ -407,7 +397,7 @@ void stampChange(ComponentLines& lines, std::int64_t instant) {
   setStamp(lines, "LAST-MODIFIED", time);
   const std::size_t line = lines.find("SEQUENCE");
   const std::optional<ContentLine> content = line == none ? std::nullopt : lines.property(line);
-  const int sequence = content ? numberOf(content->value).value_or(0) : 0;
+  const int sequence = content ? parseInteger(withoutBlanks(content->value)).value_or(0) : 0;
   constexpr int last = std::numeric_limits<int>::max();
   setStamp(lines, "SEQUENCE",
            std::to_string(sequence < 0       ? 1

@@ -9,8 +9,6 @@
 namespace ulo {
 namespace {
 
-constexpr std::size_t none = ComponentLines::none;
-
 // The dates of all properties with a name, such as EXDATE, up to one more than recurrenceDateLimit.
 // Of a period, its start.
 std::vector<DateValue> datesOf(const ComponentLines& lines, std::string_view name,
@@ -127,11 +125,6 @@ bool isIndependentOf(const RecurrenceRule& rule, const DateValue& anchor, const 
   return true;
 }
 
-std::string_view valueOf(const ComponentLines& lines, std::size_t line) {
-  const std::optional<ContentLine> content = lines.property(line);
-  return content ? withoutBlanks(content->value) : std::string_view();
-}
-
 // Writes the number of dates that are left into a rule.
 void setCount(ComponentLines& lines, std::size_t line, int count) {
   const std::optional<ContentLine> content = lines.property(line);
@@ -164,7 +157,7 @@ DateValue movedLike(const DateValue& due, const DateValue& from, const DateValue
 void moveAlarms(ComponentLines& lines, std::int64_t seconds, const DateReader& reader) {
   for (const ComponentLines::Range& range : lines.nested("VALARM")) {
     const std::size_t trigger = lines.find("TRIGGER", range);
-    if (trigger == none || parseDuration(valueOf(lines, trigger)))
+    if (trigger == ComponentLines::none || parseDuration(lines.value(trigger)))
       continue;
     if (const std::optional<DateValue> date = reader.read(lines, trigger))
       replaceDate(lines, trigger, date->at(date->instant() + seconds), reader);
@@ -174,7 +167,7 @@ void moveAlarms(ComponentLines& lines, std::int64_t seconds, const DateReader& r
 }  // namespace
 
 bool hasRecurrence(const ComponentLines& lines) {
-  return lines.find("RRULE") != none || lines.find("RDATE") != none;
+  return lines.find("RRULE") != ComponentLines::none || lines.find("RDATE") != none;
 }
 
 NextDateResult moveToNext(ComponentLines& lines, const DateReader& reader) {
@@ -183,8 +176,9 @@ NextDateResult moveToNext(ComponentLines& lines, const DateReader& reader) {
   const TodoDates dates = readDates(lines, reader);
   const std::size_t ruleLine = lines.find("RRULE");
   // RFC 2445 knew rules of exceptions. Several rules are undefined.
-  if ((!dates.start && !dates.due) || lines.find("EXRULE") != none ||
-      (ruleLine != none && lines.find("RRULE", ruleLine + 1) != none))
+  if ((!dates.start && !dates.due) || lines.find("EXRULE") != ComponentLines::none ||
+      (ruleLine != ComponentLines::none &&
+       lines.find("RRULE", ruleLine + 1) != ComponentLines::none))
     return NextDateResult::notComputed;
   const DateValue anchor = dates.start ? *dates.start : *dates.due;
   const std::vector<DateValue> excluded = datesOf(lines, "EXDATE", reader);
@@ -196,8 +190,8 @@ NextDateResult moveToNext(ComponentLines& lines, const DateReader& reader) {
   std::optional<DateValue> next;
   std::optional<RecurrenceRule> rule;
   RuleStep step;
-  if (ruleLine != none) {
-    rule = parseRule(valueOf(lines, ruleLine));
+  if (ruleLine != ComponentLines::none) {
+    rule = parseRule(lines.value(ruleLine));
     if (!rule)
       return NextDateResult::notComputed;
     step = nextOf(*rule, anchor, exceptions);
@@ -228,7 +222,7 @@ NextDateResult moveToNext(ComponentLines& lines, const DateReader& reader) {
 
   if (dates.start) {
     replaceDate(lines, lines.find("DTSTART"), *next, reader);
-    if (dates.due && dates.dueLine != none)
+    if (dates.due && dates.dueLine != ComponentLines::none)
       replaceDate(lines, dates.dueLine, movedLike(*dates.due, anchor, *next), reader);
   } else {
     replaceDate(lines, dates.dueLine, *next, reader);

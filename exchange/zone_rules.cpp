@@ -32,11 +32,6 @@ std::optional<std::int64_t> parseOffset(std::string_view text) {
   return text[0] == '-' ? -seconds : seconds;
 }
 
-std::string_view valueOf(const ComponentLines& lines, std::size_t line) {
-  const std::optional<ContentLine> content = lines.property(line);
-  return content ? withoutBlanks(content->value) : std::string_view();
-}
-
 bool isPlainName(const std::string& id) {
   constexpr std::size_t longestName = 100;
   return id.size() <= longestName && id.find("..") == std::string::npos;
@@ -81,7 +76,7 @@ std::shared_ptr<const ZoneRules> ZoneRules::ofComponent(std::string_view vtimezo
   for (const ComponentLines::Range& range : observances) {
     const auto find = [&](std::string_view name) {
       const std::size_t line = lines.find(name, range);
-      return line == ComponentLines::none ? std::string_view() : valueOf(lines, line);
+      return line == ComponentLines::none ? std::string_view() : lines.value(line);
     };
     const std::optional<WallTime> start = parseWallTime(find("DTSTART"));
     const std::optional<std::int64_t> from = parseOffset(find("TZOFFSETFROM"));

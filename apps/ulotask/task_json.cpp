@@ -3,6 +3,7 @@
 #include "dates.h"
 #include "task_dates.h"
 #include "task_words.h"
+#include "text.h"
 
 #include <QChar>
 
@@ -13,7 +14,6 @@ namespace ulotask {
 namespace {
 
 constexpr std::string_view hexDigits = "0123456789abcdef";
-constexpr char32_t replacement = 0xFFFD;
 
 void appendUtf8(std::string& json, char32_t c) {
   const auto tail = [&](unsigned shift) {
@@ -54,7 +54,7 @@ void appendText(std::string& json, const QString& text) {
     if (unit.isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate())
       c = QChar::surrogateToUcs4(unit, text[++i]);
     else if (unit.isSurrogate())
-      c = replacement;
+      c = replacementCharacter;
     // Some terminals interpret U+007F to U+009F.
     if (c < 0x20 || c == '"' || c == '\\' || (c >= 0x7F && c < 0xA0))
       appendEscape(json, c);

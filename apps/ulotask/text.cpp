@@ -6,7 +6,6 @@
 namespace ulotask {
 namespace {
 
-constexpr char32_t replacement = 0xFFFD;
 constexpr char32_t ellipsis = 0x2026;
 constexpr char32_t lineSeparator = 0x2028;
 constexpr char32_t paragraphSeparator = 0x2029;
@@ -39,7 +38,7 @@ std::string utf8(std::u32string_view text) {
 }
 
 char32_t shown(char32_t c) {
-  return isControl(c) || changesDirection(c) ? replacement : c;
+  return isControl(c) || changesDirection(c) ? replacementCharacter : c;
 }
 
 int columnsOf(char32_t c) {
@@ -57,7 +56,7 @@ bool isPlain(std::string_view text) {
                      [](char c) { return isPlain(static_cast<unsigned char>(c)); });
 }
 
-std::string oneLine(std::u32string text) {
+std::string onOneLine(std::u32string text) {
   for (char32_t& c : text)
     c = isLineBreak(c) || c == '\t' ? U' ' : shown(c);
   return utf8(text);
@@ -68,11 +67,11 @@ std::string oneLine(std::u32string text) {
 std::string oneLine(const QString& text) {
   if (std::all_of(text.begin(), text.end(), [](QChar c) { return isPlain(c.unicode()); }))
     return text.toStdString();
-  return oneLine(characters(text));
+  return onOneLine(characters(text));
 }
 
 std::string oneLine(std::string_view text) {
-  return oneLine(characters(text));
+  return onOneLine(characters(text));
 }
 
 std::string severalLines(const QString& text, int indent) {

@@ -8,6 +8,9 @@
 
 namespace ulotask {
 
+// Stands for a character that cannot be written.
+constexpr char32_t replacementCharacter = 0xFFFD;
+
 // Returns `text` on one line: line breaks and tabs become blanks. Control characters, and
 // characters that change the direction of the following text, become U+FFFD.
 std::string oneLine(const QString& text);

@@ -20,7 +20,7 @@ constexpr QLatin1String objectManager("org.freedesktop.DBus.ObjectManager");
 constexpr QLatin1String properties("org.freedesktop.DBus.Properties");
 
 // Maximum length of a device name in bytes, according to the Bluetooth specification.
-constexpr qsizetype nameLimit = 248;
+constexpr qsizetype aliasLimit = 248;
 
 bool isAddress(const QString& text) {
   constexpr qsizetype length = 17;
@@ -203,7 +203,7 @@ std::vector<BluetoothDevice> BluetoothDevices::findDevices() const {
     const auto owner = device->value(QStringLiteral("Adapter")).value<QDBusObjectPath>();
     if (owner != path_ || !isAddress(address) || device->value(QStringLiteral("Blocked")).toBool())
       continue;
-    const QString name = oneLine(device->value(QStringLiteral("Alias")).toString(), nameLimit);
+    const QString name = oneLine(device->value(QStringLiteral("Alias")).toString(), aliasLimit);
     found.push_back({address, name.isEmpty() ? address : name,
                      device->value(QStringLiteral("Paired")).toBool()});
   }

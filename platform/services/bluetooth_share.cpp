@@ -27,7 +27,7 @@ namespace ulo {
 namespace {
 
 // Maximum length of a device name in a message, in characters.
-constexpr qsizetype nameLimit = 60;
+constexpr qsizetype shownNameLimit = 60;
 
 // A share, from the check of the adapter to the final message.
 class BluetoothShare {
@@ -167,7 +167,7 @@ void BluetoothShare::showPush(ObjectPush& push, const QString& object, const QSt
 }
 
 void BluetoothShare::tellEnd(const ObjectPush& push, const BluetoothDevice& device) {
-  const QString name = oneLine(device.name, nameLimit);
+  const QString name = oneLine(device.name, shownNameLimit);
   if (push.end() == ObjectPush::End::sent)
     tell(text("FMT_RID_INSTRUCTIONALTXT_SENT_TO_1", "Sent to %1.").arg(name),
          settings_.confirmation);

@@ -12,7 +12,7 @@ namespace ulo {
 
 namespace {
 
-constexpr qsizetype nameLimit = 255;
+constexpr qsizetype fileNameLimit = 255;
 // A longer suffix is part of the name, not an extension.
 constexpr qsizetype extensionLimit = 32;
 
@@ -58,7 +58,7 @@ QString objectFileName(const QString& name) {
   if (extension.toUtf8().size() > extensionLimit)
     extension.clear();
   const QString stem = safe.first(safe.size() - extension.size());
-  QString result = beginning(stem, nameLimit - extension.toUtf8().size()) + extension;
+  QString result = beginning(stem, fileNameLimit - extension.toUtf8().size()) + extension;
   const bool reserved =
       result.isEmpty() || result == QLatin1String(".") || result == QLatin1String("..");
   return reserved ? QString(std::max<qsizetype>(1, result.size()), u'_') : result;

@@ -16,8 +16,9 @@ std::string ical(const std::string& todos) {
          "END:VCALENDAR\r\n";
 }
 
-const std::string milk = todo("UID:milk-1\r\nSUMMARY:Buy milk\\, bread\r\nPRIORITY:3\r\n"
-                              "LAST-MODIFIED:20260101T100000Z\r\nX-COLOR:blue\r\n");
+const std::string milkAndBread =
+    todo("UID:milkAndBread-1\r\nSUMMARY:Buy milkAndBread\\, bread\r\nPRIORITY:3\r\n"
+         "LAST-MODIFIED:20260101T100000Z\r\nX-COLOR:blue\r\n");
 const std::string plants =
     todo("UID:plants-1\r\nSUMMARY:Water plants\r\nDTSTART:20270305T090000Z\r\n"
          "DUE:20270305T170000Z\r\nRRULE:FREQ=WEEKLY;COUNT=2\r\n"
@@ -47,12 +48,12 @@ protected:
 
 TEST_F(Ical, ImportAddsTodosAndNamesFormat) {
   // The name does not decide.
-  const std::string name = file("two.vcs", ical(milk + plants));
+  const std::string name = file("two.vcs", ical(milkAndBread + plants));
   EXPECT_EQ(succeed({"import", name}).out,
             "2 tasks imported from " + name + " (iCalendar 2.0): 2 added (UID 1, 2)\n");
   const QJsonObject task = succeed({"show", "1", "--json"}).object();
-  EXPECT_EQ(task["summary"].toString(), "Buy milk, bread");
-  EXPECT_EQ(task["uuid"].toString(), "milk-1");
+  EXPECT_EQ(task["summary"].toString(), "Buy milkAndBread, bread");
+  EXPECT_EQ(task["uuid"].toString(), "milkAndBread-1");
   EXPECT_EQ(task["revision"].toString(), "2026-01-01T10:00:00Z");
   const std::string phone = file("phone.ics", calendar(todo("SUMMARY:a\r\n")));
   EXPECT_EQ(succeed({"import", phone}).out,
@@ -60,7 +61,7 @@ TEST_F(Ical, ImportAddsTodosAndNamesFormat) {
 }
 
 TEST_F(Ical, SecondImportChangesNothing) {
-  const std::string name = file("two.ics", ical(milk + plants));
+  const std::string name = file("two.ics", ical(milkAndBread + plants));
   succeed({"import", name});
   const std::string before = succeed({"list", "--json"}).out;
   const std::string generation = succeed({"changes", "--json"}).out;
@@ -71,44 +72,44 @@ TEST_F(Ical, SecondImportChangesNothing) {
 }
 
 TEST_F(Ical, ImportUpdatesAndReportsEachKind) {
-  succeed({"import", "-"}, ical(milk + plants));
-  const std::string later =
-      replaced(replaced(milk, "Buy milk", "Buy oat milk"), "20260101", "20260102");
+  succeed({"import", "-"}, ical(milkAndBread + plants));
+  const std::string later = replaced(
+      replaced(milkAndBread, "Buy milkAndBread", "Buy oat milkAndBread"), "20260101", "20260102");
   const std::string older = replaced(replaced(plants, "Water", "Drown"), "20260101", "20250101");
   const Outcome run =
       succeed({"import", "-"}, ical(later + older + todo("UID:third\r\nSUMMARY:c\r\n")));
   EXPECT_EQ(run.out, "3 tasks imported from standard input (iCalendar 2.0): 1 added (UID 3), "
                      "1 updated (UID 1), 1 older than the stored task and left out (UID 2)\n");
-  EXPECT_THAT(succeed({"list"}).out, HasSubstr("Buy oat milk, bread"));
+  EXPECT_THAT(succeed({"list"}).out, HasSubstr("Buy oat milkAndBread, bread"));
   EXPECT_THAT(succeed({"list"}).out, HasSubstr("Water plants"));
 }
 
 TEST_F(Ical, ImportTakesLastOfSameUid) {
-  const std::string later = replaced(milk, "Buy milk", "Buy oat milk");
-  EXPECT_EQ(succeed({"import", "-"}, ical(milk) + ical(later)).out,
+  const std::string later = replaced(milkAndBread, "Buy milkAndBread", "Buy oat milkAndBread");
+  EXPECT_EQ(succeed({"import", "-"}, ical(milkAndBread) + ical(later)).out,
             "2 tasks imported from standard input (iCalendar 2.0): 1 added (UID 1), 1 left out "
             "because another with the same UID follows\n");
-  EXPECT_EQ(succeed({"import", "--json", "-"}, ical(milk) + ical(later)).array().size(), 1);
+  EXPECT_EQ(succeed({"import", "--json", "-"}, ical(milkAndBread) + ical(later)).array().size(), 1);
 }
 
 TEST_F(Ical, ImportNewAddsAgain) {
-  succeed({"import", "-"}, ical(milk));
-  EXPECT_EQ(succeed({"import", "--new", "-"}, ical(milk)).out,
+  succeed({"import", "-"}, ical(milkAndBread));
+  EXPECT_EQ(succeed({"import", "--new", "-"}, ical(milkAndBread)).out,
             "1 task imported from standard input (iCalendar 2.0): 1 added (UID 2)\n");
   const std::string uuid =
       succeed({"show", "2", "--json"}).object()["uuid"].toString().toStdString();
-  EXPECT_NE(uuid, "milk-1");
-  EXPECT_EQ(exported("2"), replaced(ical(milk), "UID:milk-1", "UID:" + uuid));
+  EXPECT_NE(uuid, "milkAndBread-1");
+  EXPECT_EQ(exported("2"), replaced(ical(milkAndBread), "UID:milkAndBread-1", "UID:" + uuid));
 }
 
 TEST_F(Ical, ImportPrintsJson) {
-  const QJsonArray tasks = succeed({"import", "--json", "-"}, ical(milk + plants)).array();
+  const QJsonArray tasks = succeed({"import", "--json", "-"}, ical(milkAndBread + plants)).array();
   ASSERT_EQ(tasks.size(), 2);
   EXPECT_EQ(tasks[0]["import"].toString(), "added");
-  EXPECT_EQ(tasks[0]["uuid"].toString(), "milk-1");
+  EXPECT_EQ(tasks[0]["uuid"].toString(), "milkAndBread-1");
   EXPECT_FALSE(tasks[0]["repeats"].toBool());
   EXPECT_TRUE(tasks[1]["repeats"].toBool());
-  const QJsonArray again = succeed({"import", "--json", "-"}, ical(milk)).array();
+  const QJsonArray again = succeed({"import", "--json", "-"}, ical(milkAndBread)).array();
   ASSERT_EQ(again.size(), 1);
   EXPECT_EQ(again[0]["import"].toString(), "unchanged");
   EXPECT_EQ(again[0]["uid"].toInt(), 1);
@@ -118,13 +119,14 @@ TEST_F(Ical, ImportReadsFileWithBothVersions) {
   const std::string phone = calendar(todo("SUMMARY:of a phone\r\n"));
   for (const bool phoneFirst : {true, false}) {
     environment_["ULO_DATA_DIR"] = path(phoneFirst ? "first" : "second");
-    const std::string name = file("both.ics", phoneFirst ? phone + ical(milk) : ical(milk) + phone);
+    const std::string name =
+        file("both.ics", phoneFirst ? phone + ical(milkAndBread) : ical(milkAndBread) + phone);
     const std::string out = succeed({"import", name}).out;
     EXPECT_THAT(out, HasSubstr("1 task imported from " + name + " (vCalendar 1.0): UID "));
     EXPECT_THAT(out, HasSubstr("1 task imported from " + name + " (iCalendar 2.0): 1 added"));
     const std::string list = succeed({"list"}).out;
     EXPECT_THAT(list, HasSubstr("of a phone"));
-    EXPECT_THAT(list, HasSubstr("Buy milk, bread"));
+    EXPECT_THAT(list, HasSubstr("Buy milkAndBread, bread"));
   }
 }
 
@@ -151,7 +153,7 @@ TEST_F(Ical, ImportTruncatesLongTextsInRecordOnly) {
 
 TEST_F(Ical, ImportRejectsBadTexts) {
   expectRefused(ical(""), 6, "holds no to-do");
-  const std::string whole = ical(milk);
+  const std::string whole = ical(milkAndBread);
   for (std::size_t length = whole.find("PRODID"); length < whole.size() - 20; length += 11)
     expectRefused(whole.substr(0, length), 7, "truncated");
   std::string nested;
@@ -165,7 +167,7 @@ TEST_F(Ical, ImportRejectsBadTexts) {
 
 TEST_F(Ical, ImportStoresAllFilesOrNothing) {
   add({"first"});
-  const std::string one = file("one.ics", ical(milk));
+  const std::string one = file("one.ics", ical(milkAndBread));
   const std::string two = file("two.vcs", calendar(todo("SUMMARY:refused\r\n")));
   sql("CREATE TRIGGER refuse AFTER INSERT ON task_table_task WHEN NEW.UID = 3 BEGIN SELECT "
       "RAISE(ABORT, 'refused'); END");
@@ -195,12 +197,12 @@ TEST_F(Ical, ImportIntoFullStoreKeepsNothing) {
 }
 
 TEST_F(Ical, ExportWritesOneTaskAsItCame) {
-  succeed({"import", "-"}, ical(milk));
-  EXPECT_EQ(exported("1"), ical(milk));
+  succeed({"import", "-"}, ical(milkAndBread));
+  EXPECT_EQ(exported("1"), ical(milkAndBread));
   succeed({"edit", "1", "--priority", "9"});
   const std::string changed = exported("1");
   EXPECT_THAT(changed, HasSubstr("PRIORITY:9\r\n"));
-  EXPECT_THAT(changed, HasSubstr("SUMMARY:Buy milk\\, bread\r\n"));
+  EXPECT_THAT(changed, HasSubstr("SUMMARY:Buy milkAndBread\\, bread\r\n"));
   EXPECT_THAT(changed, HasSubstr("X-COLOR:blue\r\n"));
   EXPECT_THAT(changed, HasSubstr("PRODID:-//elsewhere//EN\r\n"));
 }
@@ -246,7 +248,7 @@ TEST_F(Ical, ExportFormatIsAnOption) {
 }
 
 TEST_F(Ical, ShowSaysThatTaskRepeats) {
-  succeed({"import", "-"}, ical(milk + plants));
+  succeed({"import", "-"}, ical(milkAndBread + plants));
   EXPECT_THAT(succeed({"show", "2"}).out,
               HasSubstr("Repeats   every week (FREQ=WEEKLY;COUNT=2)\n"));
   EXPECT_THAT(succeed({"show", "1"}).out, Not(HasSubstr("Repeats")));
@@ -277,18 +279,18 @@ TEST_F(Ical, EditOfStatusMovesRepeatingTask) {
 }
 
 TEST_F(Ical, RemovalRemovesText) {
-  succeed({"import", "-"}, ical(milk));
+  succeed({"import", "-"}, ical(milkAndBread));
   succeed({"rm", "1"});
-  EXPECT_THAT(succeed({"import", "-"}, ical(milk)).out, HasSubstr("1 added (UID 2)"));
+  EXPECT_THAT(succeed({"import", "-"}, ical(milkAndBread)).out, HasSubstr("1 added (UID 2)"));
   succeed({"db", "check"});
 }
 
 TEST_F(Ical, SurvivesBackupAndRestore) {
-  succeed({"import", "-"}, ical(milk));
+  succeed({"import", "-"}, ical(milkAndBread));
   succeed({"db", "backup", path("saved.db")});
   environment_["ULO_DATA_DIR"] = path("other");
   succeed({"db", "restore", path("saved.db")});
-  EXPECT_EQ(exported("1"), ical(milk));
+  EXPECT_EQ(exported("1"), ical(milkAndBread));
   succeed({"db", "check"});
 }
 
@@ -325,7 +327,7 @@ TEST_F(IcalMerge, MakesFilesEqual) {
 TEST_F(IcalMerge, RejectsOtherFiles) {
   file("two.ics", replaced(late_, "UID:a", "UID:b"));
   expectRefused(2, "the files contain different to-dos");
-  file("two.ics", ical(milk + plants));
+  file("two.ics", ical(milkAndBread + plants));
   expectRefused(2, "contains 2 to-dos");
   file("two.ics", ical(""));
   expectRefused(6, "holds no to-do");

@@ -11,15 +11,15 @@ namespace {
 
 using Task = ZTASK_ENG_Task;
 
-const std::string stamps = "+DTSTAMP:20261120T120000Z\n+LAST-MODIFIED:20261120T120000Z\n"
-                           "+SEQUENCE:1\n";
+const std::string movedStamps = "+DTSTAMP:20261120T120000Z\n+LAST-MODIFIED:20261120T120000Z\n"
+                                "+SEQUENCE:1\n";
 
 class IcalRecurrence : public testing::Test {
 protected:
   IcalRecurrence() { setEngineNow(UTIL_TimeConversion::fromISO8601(QCString("20261120T120000Z"))); }
   ~IcalRecurrence() override { setEngineNow(QDateTime()); }
 
-  // What moving a to-do with these lines changes, without `stamps`; or why it does not move.
+  // What moving a to-do with these lines changes, without `movedStamps`; or why it does not move.
   static std::string moved(std::initializer_list<QByteArray> lines) {
     const QByteArray text = todoOf(lines);
     TASK_ENG_Ical calendar(text);
@@ -31,9 +31,9 @@ protected:
              : result == TASK_ENG_Ical::lastDate ? "last date"
                                                  : "not computed";
     }
-    const std::size_t place = changes.find(stamps);
+    const std::size_t place = changes.find(movedStamps);
     EXPECT_NE(place, std::string::npos) << changes;
-    return changes.erase(place, stamps.size());
+    return changes.erase(place, movedStamps.size());
   }
   // The dates of a to-do that starts with this line, one move after the other.
   static std::string series(std::initializer_list<QByteArray> lines) {

@@ -27,10 +27,6 @@ QDBusMessage call(const char* method) {
   return QDBusMessage::createMethodCall(service, path, service, QLatin1String(method));
 }
 
-unsigned int uidOf(const ZTASK_ENG_Task& task) {
-  return task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID);
-}
-
 QString bodyOf(const ZTASK_ENG_Task& task) {
   const QDateTime due = task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE);
   return ulo::hasDate(due) ? dayText(due.date(), QDate::currentDate()) : QString();
@@ -70,7 +66,7 @@ void AlarmNotifications::show(const ZTASK_ENG_Task& task) {
     logOnce(QStringLiteral("there is no session bus"));
     return;
   }
-  const unsigned int uid = uidOf(task);
+  const unsigned int uid = task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID);
   Shown& shown = shown_[uid];
   shown.isWithdrawn = false;
   if (shown.call != 0) {
@@ -153,7 +149,7 @@ void AlarmNotifications::ask(unsigned int uid, const QDBusMessage& question,
 }  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the call belongs to this object.
 
 void AlarmNotifications::notify(const ZTASK_ENG_Task& task, bool hasMarkup) {
-  const unsigned int uid = uidOf(task);
+  const unsigned int uid = task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID);
   const QString body = bodyOf(task);
   QDBusMessage question = call("Notify");
   question << ulo::text("TXT_RID_STANDARD_TASKS", "Tasks") << shown_[uid].id

@@ -29,7 +29,6 @@ namespace {
 // Added to the highest remaining UID if the UID counter cannot be read.
 constexpr std::int64_t counterMargin = 10000;
 
-constexpr std::size_t headerSize = 100;
 constexpr std::size_t encodingAt = 56;
 constexpr char bigEndianUtf16 = 3;
 
@@ -134,7 +133,7 @@ public:
     if (idOf(place.log()))
       applyLog(content, contentOf(place.log()));
     const std::string sound = contentOf(sample);
-    content.resize(std::max(content.size(), headerSize));
+    content.resize(std::max(content.size(), fileHeaderSize));
     writeContent(path(), content);
     if (!isDatabase()) {
       // Header fields that do not depend on the rows: the format, but neither sizes nor positions.

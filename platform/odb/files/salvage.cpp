@@ -6,7 +6,6 @@ namespace ulo::odb {
 namespace {
 
 // Offsets and values of SQLite's file format.
-constexpr std::size_t headerSize = 100;
 constexpr std::size_t pageSizeAt = 16;
 constexpr std::size_t reservedAt = 20;
 constexpr std::size_t freeListAt = 32;
@@ -181,7 +180,7 @@ std::optional<std::vector<SalvagedValue>> valuesOf(std::string_view record) {
 void salvagePage(const Pages& pages, std::size_t number,
                  const std::function<void(SalvagedRow&&)>& take) {
   const std::string_view page = pages.page(number);
-  const std::size_t begin = number == 1 ? headerSize : 0;
+  const std::size_t begin = number == 1 ? fileHeaderSize : 0;
   if (static_cast<unsigned char>(page[begin]) != tableLeaf)
     return;
   const std::uint64_t cells = bigEndian(page, begin + 3, 2);
@@ -208,7 +207,7 @@ void salvagePage(const Pages& pages, std::size_t number,
 }  // namespace
 
 void salvageRows(std::string_view file, const std::function<void(SalvagedRow&&)>& take) {
-  if (file.size() < headerSize)
+  if (file.size() < fileHeaderSize)
     return;
   const Pages pages(file);
   if (!pages.areValid())

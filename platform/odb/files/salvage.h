@@ -1,6 +1,7 @@
 // Reads the rows of a damaged database file directly from its pages, without the tree above them.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -8,6 +9,9 @@
 #include <vector>
 
 namespace ulo::odb {
+
+// Of SQLite's file format, in bytes.
+constexpr std::size_t fileHeaderSize = 100;
 
 struct SalvagedValue {
   enum class Kind { null, integer, text, blob, other };

@@ -28,14 +28,9 @@ constexpr std::chrono::seconds directoryPatience{10};
 constexpr off_t lockRangeStart = 0x40000000;
 constexpr off_t lockRangeLength = 512;
 
-Failure systemFailure(const std::string& what) {
+Failure storeFailure(const std::string& what) {
   const DB_Result code = isFull(errno) ? DB_FULL : DB_IO;
   return {code, what + ": " + std::strerror(errno)};
-}
-
-bool exists(const std::string& path) {
-  struct stat status {};
-  return lstat(path.c_str(), &status) == 0;
 }
 
 void syncDirectory(const std::string& directory) {
@@ -51,7 +46,7 @@ std::string directoryOf(const std::string& path) {
 
 void rename(const std::string& from, const std::string& to) {
   if (std::rename(from.c_str(), to.c_str()) != 0)
-    throw systemFailure(to);
+    throw storeFailure(to);
 }
 
 // Renames a file unless the new name exists.
@@ -62,7 +57,7 @@ void renameToNew(const std::string& from, const std::string& to) {
     throw Failure(DB_CONSTRAINT, to + ": " + std::strerror(errno));
   // Not every file system supports this.
   if (errno != EINVAL && errno != ENOSYS)
-    throw systemFailure(to);
+    throw storeFailure(to);
   if (exists(to))
     throw Failure(DB_CONSTRAINT, to + ": " + std::strerror(EEXIST));
   rename(from, to);
@@ -87,7 +82,7 @@ std::string keptName(const StorePlace& place) {
 StoreLock::StoreLock(const StorePlace& place)
     : directory_(open(place.directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
   if (!directory_.isOpen())
-    throw systemFailure(place.directory);
+    throw storeFailure(place.directory);
   // Every program holds this lock while it opens the store.
   if (!lockWithin(directory_.get(), directoryPatience))
     throw Failure(DB_BUSY, "another program is opening the store in " + place.directory);
@@ -95,7 +90,7 @@ StoreLock::StoreLock(const StorePlace& place)
   if (!file_.isOpen()) {
     if (errno == ENOENT)
       return;
-    throw systemFailure(place.path());
+    throw storeFailure(place.path());
   }
   struct flock range {};
   range.l_type = F_WRLCK;
@@ -110,13 +105,13 @@ StoreLock::StoreLock(const StorePlace& place)
   errno = reason;
   if (reason == EAGAIN || reason == EACCES)
     throw Failure(DB_BUSY, "another program has the store in " + place.directory + " open");
-  throw systemFailure("locking " + place.path());
+  throw storeFailure("locking " + place.path());
 }
 
 FreshFile::FreshFile(const std::string& prefix) : path_(prefix + "XXXXXX") {
   const Descriptor made(mkostemp(path_.data(), O_CLOEXEC));
   if (!made.isOpen())
-    throw systemFailure(path_);
+    throw storeFailure(path_);
 }
 
 FreshFile::~FreshFile() {
@@ -130,7 +125,7 @@ void FreshFile::moveTo(const std::string& target, bool overwrite) {
   {
     const Descriptor file(open(path_.c_str(), O_RDWR | O_CLOEXEC));
     if (!file.isOpen() || fsync(file.get()) != 0)
-      throw systemFailure(path_);
+      throw storeFailure(path_);
   }
   if (overwrite)
     rename(path_, target);
@@ -190,13 +185,13 @@ std::string contentOf(const std::string& path) {
   const Descriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
   struct stat status {};
   if (!file.isOpen() || fstat(file.get(), &status) != 0)
-    throw systemFailure(path);
+    throw storeFailure(path);
   std::string content(static_cast<std::size_t>(status.st_size), '\0');
   std::size_t got = 0;
   while (got < content.size()) {
     const ssize_t count = read(file.get(), content.data() + got, content.size() - got);
     if (count < 0 && errno != EINTR)
-      throw systemFailure(path);
+      throw storeFailure(path);
     if (count == 0)
       break;
     got += count > 0 ? static_cast<std::size_t>(count) : 0;
@@ -208,11 +203,11 @@ std::string contentOf(const std::string& path) {
 void writeContent(const std::string& path, const std::string& content) {
   const Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
   if (!file.isOpen())
-    throw systemFailure(path);
+    throw storeFailure(path);
   for (std::size_t done = 0; done < content.size();) {
     const ssize_t count = write(file.get(), content.data() + done, content.size() - done);
     if (count < 0 && errno != EINTR)
-      throw systemFailure(path);
+      throw storeFailure(path);
     done += count > 0 ? static_cast<std::size_t>(count) : 0;
   }
 }

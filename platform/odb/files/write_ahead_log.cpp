@@ -8,16 +8,16 @@ namespace ulo::odb {
 namespace {
 
 // Offsets and values of SQLite's file format.
-constexpr std::size_t headerSize = 32;
+constexpr std::size_t logHeaderSize = 32;
 constexpr std::size_t frameHeaderSize = 24;
-constexpr std::size_t pageSizeAt = 8;
+constexpr std::size_t logPageSizeAt = 8;
 constexpr std::size_t saltAt = 16;
 constexpr std::size_t saltSize = 8;
 constexpr std::size_t headerSumAt = 24;
 constexpr std::size_t frameSaltAt = 8;
 constexpr std::size_t frameSumAt = 16;
 constexpr std::uint32_t magic = 0x377f0682;  // last bit set: checksums of big-endian words
-constexpr std::uint32_t largestPage = 65536;
+constexpr std::uint32_t largestLogPage = 65536;
 
 std::uint32_t word(std::string_view bytes, std::size_t at, bool bigEndian) {
   std::uint32_t value = 0;
@@ -48,16 +48,16 @@ struct Sum {
 }  // namespace
 
 void applyLog(std::string& file, std::string_view log) {
-  if (log.size() < headerSize || (word(log, 0, true) & ~1U) != magic)
+  if (log.size() < logHeaderSize || (word(log, 0, true) & ~1U) != magic)
     return;
   Sum sum{(word(log, 0, true) & 1U) != 0};
-  const std::uint32_t pageSize = word(log, pageSizeAt, true);
+  const std::uint32_t pageSize = word(log, logPageSizeAt, true);
   sum.add(log.substr(0, headerSumAt));
-  if (!sum.isAt(log, headerSumAt) || pageSize == 0 || pageSize > largestPage)
+  if (!sum.isAt(log, headerSumAt) || pageSize == 0 || pageSize > largestLogPage)
     return;
 
   std::vector<std::size_t> frames;  // of the current transaction
-  for (std::size_t at = headerSize; at + frameHeaderSize + pageSize <= log.size();
+  for (std::size_t at = logHeaderSize; at + frameHeaderSize + pageSize <= log.size();
        at += frameHeaderSize + pageSize) {
     if (log.substr(at + frameSaltAt, saltSize) != log.substr(saltAt, saltSize))
       return;

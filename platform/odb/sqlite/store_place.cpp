@@ -23,11 +23,6 @@ constexpr const char* storeName = "tasks.db";
 // The journal of version 0.1.
 constexpr const char* oldJournal = "/changes.db";
 
-bool exists(const std::string& path) {
-  struct stat status {};
-  return lstat(path.c_str(), &status) == 0;
-}
-
 // Returns the name of the most recently replaced store, or an empty name.
 std::string setAside(const StorePlace& place) {
   const std::string prefix = place.name + ".";
@@ -53,6 +48,11 @@ StorePlace placeOf(int database) {
   if (directory.empty())
     throw Failure(DB_IO, std::string("there is no data directory: ") + std::strerror(errno));
   return {std::move(directory), storeName};
+}
+
+bool exists(const std::string& path) {
+  struct stat status {};
+  return lstat(path.c_str(), &status) == 0;
 }
 
 bool hasContent(const std::string& path) {

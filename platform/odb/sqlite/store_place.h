@@ -17,6 +17,9 @@ struct StorePlace {
 // there is no data directory.
 StorePlace placeOf(int database);
 
+// Returns true if there is a file, directory or symbolic link with this name.
+bool exists(const std::string& path);
+
 // Returns true if a file with this name exists and is not empty.
 bool hasContent(const std::string& path);
 

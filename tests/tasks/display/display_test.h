@@ -114,11 +114,15 @@ protected:
   void chooseByKeys(int item, int below = -1) {
     // The pointer must not be where the menu appears, because it would choose an item, too.
     EXPECT_TRUE(display_.moveTo({width - 1, 0}));
-    QStringList keys{"F1"};
-    keys += QStringList(item, "Down");
-    if (below >= 0)
-      keys += QStringList{"Right"} + QStringList(below, "Down");
-    press(keys + QStringList{"Return"});
+    press({"F1"});
+    ASSERT_TRUE(waitFor([&] { return popups() == 1; }));
+    if (below < 0) {
+      press(QStringList(item, "Down") + QStringList{"Return"});
+      return;
+    }
+    press(QStringList(item, "Down") + QStringList{"Right"});
+    ASSERT_TRUE(waitFor([&] { return popups() == 2; }));
+    press(QStringList(below, "Down") + QStringList{"Return"});
   }
 
   // The same by mouse, in the list's menu.

@@ -11,7 +11,7 @@ namespace {
 
 const QString loneSurrogate = QStringLiteral("a") + QChar(0xD800) + QStringLiteral("\r\n\u0001b");
 // One letter of two units.
-const QString bicycle = QString::fromUcs4(U"\U0001F6B2");
+const QString bicycleSign = QString::fromUcs4(U"\U0001F6B2");
 
 class Drafts : public Tasks {
 protected:
@@ -164,8 +164,8 @@ TEST_F(Drafts, TruncatesTextsAtWholeLetter) {
   EXPECT_EQ(summaryOf(nearly), nearly);
   EXPECT_EQ(summaryOf(nearly + u'y'), nearly + u'y');
   EXPECT_EQ(summaryOf(nearly + "yz"), nearly + u'y');
-  EXPECT_EQ(summaryOf(nearly + bicycle), nearly);
-  EXPECT_EQ(summaryOf(nearly.chopped(1) + bicycle), nearly.chopped(1) + bicycle);
+  EXPECT_EQ(summaryOf(nearly + bicycleSign), nearly);
+  EXPECT_EQ(summaryOf(nearly.chopped(1) + bicycleSign), nearly.chopped(1) + bicycleSign);
   EXPECT_EQ(summaryOf(nearly + QStringLiteral("e\u0301")), nearly);
   TaskDraft draft;
   const QString note(Task::noteLimit, u'n');
