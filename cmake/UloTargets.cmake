@@ -60,9 +60,10 @@ function(ulo_precompile name headers)
   endif()
   # A compiler cache needs it to tell what a source includes.
   target_compile_options(${name} PRIVATE -fpch-preprocess)
-  # GCC 12 warns of overflows in std::string that cannot happen. It hides that in system headers, but
-  # not once they are precompiled. Builds without precompiled headers keep these warnings.
-  if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  # GCC 12 and later warn of overflows in std::string that cannot happen. They hide that in system
+  # headers, but not once they are precompiled. Builds without precompiled headers keep these
+  # warnings.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
     target_compile_options(${name} PRIVATE
       -Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread)
   endif()

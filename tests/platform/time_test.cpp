@@ -4,6 +4,7 @@
 #include "UTIL_TimeConversion.h"
 #include "environment_variable.h"
 #include "log_capture.h"
+#include "utc_zone.h"
 
 #include <gmock/gmock.h>
 
@@ -31,7 +32,7 @@ constexpr const char* zones[] = {"Europe/Berlin", "America/New_York",    "UTC",
 constexpr long noDate = 0x7FFFFFFF;
 
 QDateTime utc(int year, int month, int day, int hour = 0, int minute = 0, int second = 0) {
-  return QDateTime(QDate(year, month, day), QTime(hour, minute, second), Qt::UTC);
+  return QDateTime(QDate(year, month, day), QTime(hour, minute, second), ulo::utcZone);
 }
 // Returns the seconds of the date-time that the text is read as, or nothing if it is invalid.
 std::optional<long> readSeconds(const char* text) {
@@ -66,14 +67,16 @@ TEST(ToUtc, DropsMilliseconds) {
 TEST(ToUtc, InvalidDateIsNoDate) {
   LogCapture log;
   EXPECT_EQ(UTIL_TimeConversion::toUTC(QDateTime()), noDate);
-  EXPECT_EQ(UTIL_TimeConversion::toUTC(QDateTime(QDate(2006, 2, 30), QTime(0, 0), Qt::UTC)),
+  EXPECT_EQ(UTIL_TimeConversion::toUTC(QDateTime(QDate(2006, 2, 30), QTime(0, 0), ulo::utcZone)),
             noDate);
   EXPECT_EQ(UTIL_TimeConversion::toUTC(UTIL_TimeConversion::fromUTC(noDate)), noDate);
   EXPECT_EQ(log.text(), "");
 }
 
 TEST(ToUtc, Saturates) {
-  const auto at = [](qint64 seconds) { return QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC); };
+  const auto at = [](qint64 seconds) {
+    return QDateTime::fromSecsSinceEpoch(seconds, ulo::utcZone);
+  };
   {
     LogCapture log;
     EXPECT_EQ(UTIL_TimeConversion::toUTC(at(noDate - 1)), noDate - 1);
@@ -186,7 +189,7 @@ TEST(ToLocalTime, ShowsLocalDateAndTime) {
   EXPECT_EQ(local.timeSpec(), Qt::LocalTime);
   EXPECT_EQ(local.toString("yyyy-MM-dd HH:mm:ss.zzz"), "2006-03-06 00:30:00.005");
   EXPECT_EQ(shown(UTIL_TimeConversion::toLocalTime(utc(9999, 6, 1))), "9999-06-01 02:00:00");
-  const QDateTime east(QDate(2006, 3, 5), QTime(1, 0), Qt::OffsetFromUTC, 7200);
+  const QDateTime east = ulo::atOffset(QDate(2006, 3, 5), QTime(1, 0), 7200);
   EXPECT_EQ(shown(UTIL_TimeConversion::toLocalTime(east)), "2006-03-05 00:00:00");
   const QDateTime already(QDate(2006, 3, 5), QTime(1, 0));
   EXPECT_EQ(UTIL_TimeConversion::toLocalTime(already), already);

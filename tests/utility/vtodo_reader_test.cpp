@@ -6,6 +6,7 @@
 #include "task_text.h"
 #include "temporary_directory.h"
 #include "todo_values.h"
+#include "utc_zone.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -85,7 +86,8 @@ std::string errorLine(const std::string& message) {
 }
 
 QDateTime utc(int year, int month, int day, int hour = 0, int minute = 0, int second = 0) {
-  return QDateTime(QDate(year, month, day), QTime(hour, minute, second), Qt::UTC).toLocalTime();
+  return QDateTime(QDate(year, month, day), QTime(hour, minute, second), ulo::utcZone)
+      .toLocalTime();
 }
 
 TEST(VtodoReader, ReadsEmptyTodoAsNewRecord) {
