@@ -32,7 +32,7 @@ check(headers.txt "${headers}")
 # libraries, which depend on its version and options.
 foreach(library ulotaskcore ulotaskengine uloplatform uloappbase ulodb2)
   execute_process(
-    COMMAND nm --dynamic --defined-only --demangle
+    COMMAND ${NM} --dynamic --defined-only --demangle
             ${WORK_DIR}/prefix/${LIBRARY_DIR}/lib${library}.so
     OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
   string(REPLACE ";" "\\;" output "${output}")
