@@ -247,7 +247,7 @@ QDateTime UTIL_TimeConversion::fromISO8601(const QCString& text) {
   if (!date.isValid())
     return QDateTime();
   if (reader.atEnd())
-    return fromUTC(localSeconds(date, QTime(0, 0)));
+    return localTimeOf(localSeconds(date, QTime(0, 0)) * 1000);
   if (!reader.take('T') && !reader.take('t') && !reader.take(' '))
     return QDateTime();
   const QTime time = readTime(reader);
@@ -256,6 +256,6 @@ QDateTime UTIL_TimeConversion::fromISO8601(const QCString& text) {
   if (!time.isValid() || !zoneIsValid || !reader.atEnd())
     return QDateTime();
   if (!zone)
-    return fromUTC(localSeconds(date, time));
+    return localTimeOf(localSeconds(date, time) * 1000);
   return toLocalTime(QDateTime(date, time, ulo::utcZone).addSecs(-*zone));
 }
