@@ -1,5 +1,7 @@
 #include "hand_codec.h"
 
+#include "utc_zone.h"
+
 #include <QDateTime>
 
 #include <libical/vcc.h>
@@ -38,7 +40,7 @@ QDateTime dateOf(const QByteArray& text) {
   if (std::sscanf(text.constData(), "%4d%2d%2dT%2d%2d%2dZ", &part[0], &part[1], &part[2], &part[3],
                   &part[4], &part[5]) != 6)
     throw std::runtime_error("a date of another form: " + text.toStdString());
-  return QDateTime(QDate(part[0], part[1], part[2]), QTime(part[3], part[4], part[5]), Qt::UTC)
+  return QDateTime(QDate(part[0], part[1], part[2]), QTime(part[3], part[4], part[5]), ulo::utcZone)
       .toLocalTime();
 }
 

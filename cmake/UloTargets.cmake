@@ -33,6 +33,19 @@ target_compile_options(ulo_build_flags INTERFACE
   # GCC 12 sees overlaps in "text" + std::string at -O3 that are not there.
   $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>)
 
+# Files over 2 GiB and dates after 2038 on 32-bit systems. The types of installed headers do not
+# depend on these macros.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  target_compile_definitions(ulo_build_flags INTERFACE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
+endif()
+
+# ulo_preloaded(NAME) is for a library that replaces functions of the C library. These macros would
+# give its functions other names.
+function(ulo_preloaded name)
+  target_link_libraries(${name} PRIVATE ulo_build_flags ${CMAKE_DL_LIBS})
+  target_compile_options(${name} PRIVATE -U_FILE_OFFSET_BITS -U_TIME_BITS)
+endfunction()
+
 # The sanitizers and the coverage counters go into everything, whoever compiles it.
 if(ULO_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
@@ -70,9 +83,10 @@ function(ulo_precompile name headers)
   endif()
   # A compiler cache needs it to tell what a source includes.
   target_compile_options(${name} PRIVATE -fpch-preprocess)
-  # GCC 12 warns of overflows in std::string that cannot happen. It hides that in system headers, but
-  # not once they are precompiled. Builds without precompiled headers keep these warnings.
-  if(CMAKE_CXX_COMPILER_ID STREQUAL GNU AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  # GCC 12 and later warn of overflows in std::string that cannot happen. They hide that in system
+  # headers, but not once they are precompiled. Builds without precompiled headers keep these
+  # warnings.
+  if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
     target_compile_options(${name} PRIVATE
       -Wno-array-bounds -Wno-stringop-overflow -Wno-stringop-overread)
   endif()

@@ -5,6 +5,7 @@
 #include "foreign_text.h"
 #include "task_dates.h"
 #include "task_words.h"
+#include "utc_zone.h"
 #include "uuid.h"
 
 #include <array>
@@ -55,7 +56,8 @@ std::optional<std::int64_t> instantOf(const Task& task, Task::TASK_FIELD_T field
 }
 
 void setInstant(Task& task, Task::TASK_FIELD_T field, std::int64_t instant) {
-  task.setDateTime(field, UTIL_TimeConversion::fromUTC(static_cast<long>(instant)));
+  task.setDateTime(field, UTIL_TimeConversion::toLocalTime(
+                              QDateTime::fromSecsSinceEpoch(instant, ulo::utcZone)));
 }
 
 std::string alarmText(const Task& task) {

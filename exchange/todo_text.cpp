@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdlib>
 #include <set>
 #include <string>
@@ -140,16 +141,16 @@ void addCategories(ComponentLines& lines, const Content& present, const std::str
     lines.replace(at, merged);
 }
 
-long sequenceOf(const Content& content) {
+std::int64_t sequenceOf(const Content& content) {
   const Property* const property = content.find("SEQUENCE");
   return property == nullptr
              ? 0
-             : std::strtol(std::string(parseContentLine(property->line)->value).c_str(), nullptr,
-                           10);
+             : std::strtoll(std::string(parseContentLine(property->line)->value).c_str(), nullptr,
+                            10);
 }
 
 void raiseSequence(ComponentLines& lines, const Content& present, const Content& other) {
-  const long sequence = sequenceOf(other);
+  const std::int64_t sequence = sequenceOf(other);
   if (sequence <= sequenceOf(present))
     return;
   const std::string line = "SEQUENCE:" + std::to_string(sequence);

@@ -2,6 +2,7 @@
 
 #include "UTIL_TimeConversion.h"
 #include "qt2.h"
+#include "utc_zone.h"
 
 #include <libical/ical.h>
 
@@ -139,7 +140,8 @@ std::int64_t localInstant(std::int64_t wall) {
 }
 
 std::int64_t localWall(std::int64_t instant) {
-  const QDateTime local = UTIL_TimeConversion::fromUTC(static_cast<long>(instant));
+  const QDateTime local =
+      UTIL_TimeConversion::toLocalTime(QDateTime::fromSecsSinceEpoch(instant, utcZone));
   return wallOf(local.date(), QTime(0, 0).secsTo(local.time()));
 }
 

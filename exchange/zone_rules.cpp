@@ -2,6 +2,7 @@
 
 #include "component_lines.h"
 #include "recurrence_rule.h"
+#include "utc_zone.h"
 #include "wall_time.h"
 
 #include <QTimeZone>
@@ -57,7 +58,7 @@ QTimeZone systemZone(const std::string& id) {
 }
 
 QDateTime startOfYear(int year) {
-  return QDateTime(QDate(year, 1, 1), QTime(0, 0), Qt::UTC);
+  return QDateTime(QDate(year, 1, 1), QTime(0, 0), ulo::utcZone);
 }
 
 }  // namespace

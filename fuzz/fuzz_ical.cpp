@@ -4,6 +4,7 @@
 
 #include "fuzz_support.h"
 #include "task_text.h"
+#include "utc_zone.h"
 
 #include <algorithm>
 #include <array>
@@ -131,7 +132,7 @@ void checkEdits(const QByteArray& text, int todo) {
                                                  "END", stamps[0],  stamps[1],   stamps[2]};
   TASK_ENG_Ical calendar(text);
   Task task = calendar.task(todo);
-  const QDateTime date(QDate(2026, 11, 20), QTime(12, 34, 56), Qt::UTC);
+  const QDateTime date(QDate(2026, 11, 20), QTime(12, 34, 56), ulo::utcZone);
   task.setDateTime(Task::TASK_FIELD_DUE, UTIL_TimeConversion::toLocalTime(date));
   task.setDateTime(Task::TASK_FIELD_END, UTIL_TimeConversion::toLocalTime(date.addSecs(60)));
   task.setDateTime(Task::TASK_FIELD_ALARM, UTIL_TimeConversion::toLocalTime(date.addDays(-1)));

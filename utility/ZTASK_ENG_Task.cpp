@@ -3,6 +3,7 @@
 #include "UTIL_TimeConversion.h"
 #include "clock.h"
 #include "task_words.h"
+#include "utc_zone.h"
 
 #include <utility>
 
@@ -21,8 +22,8 @@ QDateTime ZTASK_ENG_Task::noDate() {
 
 ZTASK_ENG_Task::ZTASK_ENG_Task()
     : uid_(notStored), priority_(0), status_(codeOf(ulo::Status::none)), inUtc_(allBits),
-      alarm_(QDateTime::fromSecsSinceEpoch(noDateSeconds, Qt::UTC)), due_(alarm_), end_(alarm_),
-      revision_(alarm_) {}
+      alarm_(QDateTime::fromSecsSinceEpoch(noDateSeconds, ulo::utcZone)), due_(alarm_),
+      end_(alarm_), revision_(alarm_) {}
 
 ZTASK_ENG_Task::ZTASK_ENG_Task(const ZTASK_ENG_Task& other) = default;
 ZTASK_ENG_Task& ZTASK_ENG_Task::operator=(const ZTASK_ENG_Task& other) = default;
@@ -115,7 +116,7 @@ void ZTASK_ENG_Task::setSeconds(TASK_FIELD_T field, int seconds) {
   const auto date = dateMember(field);
   if (date == nullptr)
     return;
-  this->*date = QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC);
+  this->*date = QDateTime::fromSecsSinceEpoch(seconds, ulo::utcZone);
   inUtc_ = static_cast<unsigned char>(inUtc_ | bitOf(field));
 }
 

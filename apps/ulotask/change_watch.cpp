@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstdint>
 #include <cstring>
 #include <poll.h>
 #include <sys/signalfd.h>
@@ -48,7 +49,8 @@ bool ChangeWatch::wait(int other) {
                         {STDOUT_FILENO, 0, 0},
                         {other, POLLIN, 0}};
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - Clock::now()).count();
-    const int ready = poll(awaited, std::size(awaited), static_cast<int>(std::max<long>(left, 0)));
+    const int ready =
+        poll(awaited, std::size(awaited), static_cast<int>(std::max<std::int64_t>(left, 0)));
     if (ready < 0 && errno != EINTR)
       throw Failure(Exit::failed, std::string("waiting failed: ") + std::strerror(errno));
     if (ready > 0 && awaited[0].revents != 0) {

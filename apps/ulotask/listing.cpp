@@ -11,6 +11,7 @@
 #include <QDateTime>
 
 #include <algorithm>
+#include <cstdint>
 #include <limits>
 #include <tuple>
 
@@ -28,11 +29,11 @@ long dueOf(const ZTASK_ENG_Task& task) {
 }
 
 // Tasks with smaller keys come first in lists.
-using Key = std::tuple<long, long, long>;
+using Key = std::tuple<std::int64_t, std::int64_t, std::int64_t>;
 Key keyOf(const ZTASK_ENG_Task& task, ZTASK_ENG_Model::TASK_SORT_FIELD sort) {
-  const long due = dueOf(task);
-  const long priority = task.getPriorityValue();
-  const long newestFirst = -static_cast<long>(uidOf(task));
+  const std::int64_t due = dueOf(task);
+  const std::int64_t priority = task.getPriorityValue();
+  const std::int64_t newestFirst = -std::int64_t{uidOf(task)};
   return sort == ZTASK_ENG_Model::TASK_SORT_DUE ? Key(due, priority, newestFirst)
                                                 : Key(priority, due, newestFirst);
 }

@@ -4,6 +4,7 @@
 #include "text.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <unistd.h>
 
@@ -46,7 +47,7 @@ void Progress::show(Clock::time_point now) {
   const std::string line =
       what_ + "  [" + std::string(filled, '#') + std::string(barColumns - filled, '-') + "]  " +
       std::to_string(done_) + " of " + std::to_string(total_) + ", " +
-      std::to_string(static_cast<long>(static_cast<double>(done_) / seconds)) + "/s";
+      std::to_string(static_cast<std::int64_t>(static_cast<double>(done_) / seconds)) + "/s";
   // The last column stays free: a full line would make some terminals scroll.
   const int columns = Output::terminalColumns(STDERR_FILENO).value_or(0) - 1;
   hide();

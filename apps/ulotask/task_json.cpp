@@ -8,6 +8,7 @@
 #include <QChar>
 
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 
 namespace ulotask {
@@ -85,7 +86,7 @@ public:
     else
       json_ += "null";
   }
-  void addNumber(std::string_view name, long number) {
+  void addNumber(std::string_view name, std::int64_t number) {
     begin(name);
     json_ += std::to_string(number);
   }

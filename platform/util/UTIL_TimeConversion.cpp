@@ -1,6 +1,7 @@
 #include "UTIL_TimeConversion.h"
 
 #include "module_log.h"
+#include "utc_zone.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -106,7 +107,7 @@ constexpr qint64 secondsOfDay = 86400;
 
 // Returns the time on a local clock as the seconds at which a UTC clock shows it.
 qint64 wallSeconds(const QDate& date, const QTime& time) {
-  return QDateTime(date, time, Qt::UTC).toSecsSinceEpoch();
+  return QDateTime(date, time, ulo::utcZone).toSecsSinceEpoch();
 }
 
 // Returns seconds east of UTC. QDateTime::offsetFromUtc() is wrong in an hour that the clock shows
@@ -156,7 +157,7 @@ QDateTime keepingInstant(const QDateTime& local, qint64 milliseconds) {
   const qint64 offset = wallSeconds(local.date(), local.time()) - seconds;
   if (!comesTwiceAlike(seconds, offset))
     return local;
-  return QDateTime(local.date(), local.time(), Qt::OffsetFromUTC, static_cast<int>(offset));
+  return ulo::atOffset(local.date(), local.time(), static_cast<int>(offset));
 }
 
 QDateTime localTimeOf(qint64 milliseconds) {
@@ -232,7 +233,7 @@ QCString UTIL_TimeConversion::toISO8601(const QDateTime& dateTime) {
   const std::optional<qint64> milliseconds = instantOf(dateTime);
   if (!milliseconds)
     return QCString();
-  const QDateTime utc = QDateTime::fromMSecsSinceEpoch(*milliseconds, Qt::UTC);
+  const QDateTime utc = QDateTime::fromMSecsSinceEpoch(*milliseconds, ulo::utcZone);
   if (utc.date().year() < 1 || utc.date().year() > 9999) {
     ULO_LOG_ERROR("The year %d can't be written with four digits", utc.date().year());
     return QCString();
@@ -246,7 +247,7 @@ QDateTime UTIL_TimeConversion::fromISO8601(const QCString& text) {
   if (!date.isValid())
     return QDateTime();
   if (reader.atEnd())
-    return fromUTC(localSeconds(date, QTime(0, 0)));
+    return localTimeOf(localSeconds(date, QTime(0, 0)) * 1000);
   if (!reader.take('T') && !reader.take('t') && !reader.take(' '))
     return QDateTime();
   const QTime time = readTime(reader);
@@ -255,6 +256,6 @@ QDateTime UTIL_TimeConversion::fromISO8601(const QCString& text) {
   if (!time.isValid() || !zoneIsValid || !reader.atEnd())
     return QDateTime();
   if (!zone)
-    return fromUTC(localSeconds(date, time));
-  return toLocalTime(QDateTime(date, time, Qt::UTC).addSecs(-*zone));
+    return localTimeOf(localSeconds(date, time) * 1000);
+  return toLocalTime(QDateTime(date, time, ulo::utcZone).addSecs(-*zone));
 }

@@ -201,8 +201,8 @@ std::int64_t blocks(std::int64_t bytes) {
 }
 
 std::int64_t sizeOf(int fd) {
-  struct stat status {};
-  return fstat(fd, &status) == 0 ? status.st_size : 0;
+  struct stat64 status {};
+  return fstat64(fd, &status) == 0 ? status.st_size : 0;
 }
 
 // Returns how many of `count` bytes at `offset` still fit, and reserves the space for them.
@@ -252,7 +252,7 @@ ssize_t writeSome(int fd, std::int64_t offset, std::size_t count, const Work& wo
 
 std::int64_t position(int fd) {
   const int flags = static_cast<int>(syscall(SYS_fcntl, fd, F_GETFL));
-  return (flags & O_APPEND) != 0 ? sizeOf(fd) : syscall(SYS_lseek, fd, 0, SEEK_CUR);
+  return (flags & O_APPEND) != 0 ? sizeOf(fd) : lseek64(fd, 0, SEEK_CUR);
 }
 
 template <typename Work> int openWatched(const char* path, int flags, const Work& work) {
@@ -274,8 +274,9 @@ template <typename Work> int removeName(const char* path, const Work& work) {
   if (!isWatched(path))
     return work();
   return Call(Kind::remove).make<int>(-1, [&] {
-    struct stat status {};
-    const bool isLast = stat(path, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1;
+    struct stat64 status {};
+    const bool isLast =
+        stat64(path, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1;
     const int result = work();
     if (result == 0 && isLast)
       giveBack(status.st_size, 0);
@@ -311,7 +312,7 @@ void writeTrace() {
   const int length =
       std::snprintf(numbers, sizeof numbers, "\n%lld\n", static_cast<long long>(allocations));
   const std::int64_t traced = calls < std::int64_t{longestTrace} ? calls.load() : longestTrace;
-  syscall(SYS_write, fd, trace, traced);
+  syscall(SYS_write, fd, trace, static_cast<std::size_t>(traced));
   syscall(SYS_write, fd, numbers, length);
   syscall(SYS_close, fd);
 }
@@ -358,16 +359,16 @@ EXPORTED ssize_t write(int fd, const void* bytes, std::size_t count) {
   return isWatched(fd) ? writeSome(fd, position(fd), count, work) : work(count);
 }
 
-#define ULO_PWRITE(function)                                                                       \
-  EXPORTED ssize_t function(int fd, const void* bytes, std::size_t count, off_t offset) {          \
+#define ULO_PWRITE(function, Offset)                                                               \
+  EXPORTED ssize_t function(int fd, const void* bytes, std::size_t count, Offset offset) {         \
     const auto work = [&](std::size_t most) {                                                      \
-      return next<ssize_t (*)(int, const void*, std::size_t, off_t)>(#function)(fd, bytes, most,   \
-                                                                                offset);           \
+      return next<ssize_t (*)(int, const void*, std::size_t, Offset)>(#function)(fd, bytes, most,  \
+                                                                                 offset);          \
     };                                                                                             \
     return isWatched(fd) ? writeSome(fd, offset, count, work) : work(count);                       \
   }
-ULO_PWRITE(pwrite)
-ULO_PWRITE(pwrite64)
+ULO_PWRITE(pwrite, off_t)
+ULO_PWRITE(pwrite64, off64_t)
 #undef ULO_PWRITE
 
 EXPORTED ssize_t writev(int fd, const iovec* parts, int count) {
@@ -381,20 +382,24 @@ EXPORTED ssize_t writev(int fd, const iovec* parts, int count) {
   });
 }
 
-EXPORTED ssize_t sendfile(int out, int in, off_t* offset, std::size_t count) noexcept {
-  const auto work = [&](std::size_t most) {
-    return next<ssize_t (*)(int, int, off_t*, std::size_t)>("sendfile")(out, in, offset, most);
-  };
-  return isWatched(out) ? writeSome(out, position(out), count, work) : work(count);
-}
-
-#define ULO_TRUNCATE(function)                                                                     \
-  EXPORTED int function(int fd, off_t size) noexcept {                                             \
-    return changeFile(Kind::truncate, fd,                                                          \
-                      [&] { return next<int (*)(int, off_t)>(#function)(fd, size); });             \
+#define ULO_SENDFILE(function, Offset)                                                             \
+  EXPORTED ssize_t function(int out, int in, Offset* offset, std::size_t count) noexcept {         \
+    const auto work = [&](std::size_t most) {                                                      \
+      return next<ssize_t (*)(int, int, Offset*, std::size_t)>(#function)(out, in, offset, most);  \
+    };                                                                                             \
+    return isWatched(out) ? writeSome(out, position(out), count, work) : work(count);              \
   }
-ULO_TRUNCATE(ftruncate)
-ULO_TRUNCATE(ftruncate64)
+ULO_SENDFILE(sendfile, off_t)
+ULO_SENDFILE(sendfile64, off64_t)
+#undef ULO_SENDFILE
+
+#define ULO_TRUNCATE(function, Offset)                                                             \
+  EXPORTED int function(int fd, Offset size) noexcept {                                            \
+    return changeFile(Kind::truncate, fd,                                                          \
+                      [&] { return next<int (*)(int, Offset)>(#function)(fd, size); });            \
+  }
+ULO_TRUNCATE(ftruncate, off_t)
+ULO_TRUNCATE(ftruncate64, off64_t)
 #undef ULO_TRUNCATE
 
 // Reserved blocks count as written.
@@ -412,10 +417,10 @@ ULO_TRUNCATE(ftruncate64)
     return work();                                                                                 \
   }
 ULO_ALLOCATE(fallocate, (int fd, int mode, off_t offset, off_t size), (fd, mode, offset, size), -1)
-ULO_ALLOCATE(fallocate64, (int fd, int mode, off_t offset, off_t size), (fd, mode, offset, size),
-             -1)
+ULO_ALLOCATE(fallocate64, (int fd, int mode, off64_t offset, off64_t size),
+             (fd, mode, offset, size), -1)
 ULO_ALLOCATE(posix_fallocate, (int fd, off_t offset, off_t size), (fd, offset, size), errno)
-ULO_ALLOCATE(posix_fallocate64, (int fd, off_t offset, off_t size), (fd, offset, size), errno)
+ULO_ALLOCATE(posix_fallocate64, (int fd, off64_t offset, off64_t size), (fd, offset, size), errno)
 #undef ULO_ALLOCATE
 
 EXPORTED int fsync(int fd) {
@@ -498,6 +503,8 @@ EXPORTED int mknod(const char* path, mode_t mode, dev_t device) noexcept {
   }
 ULO_FCNTL(fcntl)
 ULO_FCNTL(fcntl64)
+// The name on 32-bit systems of programs whose times have 64 bits.
+ULO_FCNTL(__fcntl_time64)
 #undef ULO_FCNTL
 
 #ifndef __SANITIZE_ADDRESS__

@@ -3,6 +3,7 @@
 // stored as the corresponding instant.
 
 #include "scenarios.h"
+#include "utc_zone.h"
 
 #include <QDateTime>
 #include <QJsonArray>
@@ -44,8 +45,8 @@ std::vector<std::string> zones() {
 // Returns instants around the clock changes of a zone, and some others.
 std::vector<qint64> instants(const QTimeZone& zone, std::size_t count, Random& random) {
   constexpr qint64 distances[] = {-7200, -3601, -3600, -1800, -1, 0, 1, 1799, 3599, 3600, 7200};
-  const auto changes = zone.transitions(QDateTime::fromSecsSinceEpoch(earliest, Qt::UTC),
-                                        QDateTime::fromSecsSinceEpoch(latest, Qt::UTC));
+  const auto changes = zone.transitions(QDateTime::fromSecsSinceEpoch(earliest, ulo::utcZone),
+                                        QDateTime::fromSecsSinceEpoch(latest, ulo::utcZone));
   std::vector<qint64> result;
   while (result.size() < count) {
     qint64 instant = std::uniform_int_distribution<qint64>(earliest, latest)(random);

@@ -4,6 +4,7 @@
 #include "component_lines.h"
 #include "ical_text.h"
 #include "test_clock.h"
+#include "utc_zone.h"
 
 #include <gtest/gtest.h>
 
@@ -126,7 +127,7 @@ const std::map<std::string, Unread> unreadTexts = {
 };
 
 TEST(IcalCorpus, EditsOneFieldInEveryText) {
-  setEngineNow(QDateTime(QDate(2026, 11, 20), QTime(12, 0), Qt::UTC));
+  setEngineNow(QDateTime(QDate(2026, 11, 20), QTime(12, 0), ulo::utcZone));
   int todos = 0;
   int others = 0;
   int empty = 0;

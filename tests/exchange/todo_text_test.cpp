@@ -1,6 +1,7 @@
 #include "todo_text.h"
 
 #include "TASK_ENG_Ical.h"
+#include "utc_zone.h"
 
 #include <gtest/gtest.h>
 
@@ -61,7 +62,7 @@ TEST(AlarmForDue, FollowsOnlyDueDate) {
   const auto hour = [](const std::string& lines, const std::string& trigger) {
     const QByteArray text =
         state(lines + "BEGIN:VALARM\r\nTRIGGER" + trigger + "\r\nEND:VALARM\r\n");
-    const QDateTime due(QDate(2026, 3, 2), QTime(12, 0), Qt::UTC);
+    const QDateTime due(QDate(2026, 3, 2), QTime(12, 0), ulo::utcZone);
     const QDateTime alarm = ulo::alarmForDue(text, due).toUTC();
     return alarm.date().day() * 100 + alarm.time().hour();
   };

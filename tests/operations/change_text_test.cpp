@@ -5,6 +5,7 @@
 #include "store_test.h"
 #include "stored_text.h"
 #include "task_dates.h"
+#include "utc_zone.h"
 #include "write_transaction.h"
 
 namespace {
@@ -14,7 +15,7 @@ constexpr Field due = Task::TASK_FIELD_DUE;
 constexpr Field alarm = Task::TASK_FIELD_ALARM;
 
 QDateTime utc(int month, int day, int hour, int minute = 0) {
-  return {QDate(2006, month, day), QTime(hour, minute), Qt::UTC};
+  return {QDate(2006, month, day), QTime(hour, minute), ulo::utcZone};
 }
 
 class ChangeText : public StoreTest {

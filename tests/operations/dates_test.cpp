@@ -2,6 +2,7 @@
 
 #include "UTIL_TimeConversion.h"
 #include "task_dates.h"
+#include "utc_zone.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -83,7 +84,7 @@ TEST_F(Dates, WritesWhatItReads) {
 
 TEST_F(Dates, WritesEachYearAsQtDoes) {
   for (const int year : {-44, 1, 12, 987, 1970, 2026, 9999, 10000, 12345}) {
-    const QDateTime utc(QDate(year, 2, 3), QTime(4, 5, 6), Qt::UTC);
+    const QDateTime utc(QDate(year, 2, 3), QTime(4, 5, 6), ulo::utcZone);
     EXPECT_EQ(ulo::formatUtc(utc), utc.toString(Qt::ISODate)) << year;
     const QDateTime local = UTIL_TimeConversion::toLocalTime(utc);
     EXPECT_EQ(ulo::formatDate(utc), local.toString("yyyy-MM-dd HH:mm")) << year;
@@ -91,7 +92,7 @@ TEST_F(Dates, WritesEachYearAsQtDoes) {
 }
 
 TEST_F(Dates, WritesOtherZonesInLocalTime) {
-  const QDateTime utc(QDate(2026, 3, 5), QTime(17, 30), Qt::UTC);
+  const QDateTime utc(QDate(2026, 3, 5), QTime(17, 30), ulo::utcZone);
   EXPECT_EQ(ulo::formatDate(utc), "2026-03-05 18:30");
   EXPECT_EQ(ulo::formatUtc(utc), "2026-03-05T17:30:00Z");
 }
@@ -101,7 +102,7 @@ TEST_F(Dates, HasDateAgreesWithTheStore) {
   const QDateTime skipped(QDate(2026, 3, 29), QTime(2, 30));
   for (const QDateTime& date : {noDate, noDate.toUTC(), noDate.addSecs(-1), QDateTime(),
                                 local(1970, 1, 1, 1), local(1969, 12, 31), local(2026, 3, 5),
-                                skipped, QDateTime(QDate(2026, 3, 5), QTime(), Qt::UTC)})
+                                skipped, QDateTime(QDate(2026, 3, 5), QTime(), ulo::utcZone)})
     EXPECT_EQ(ulo::hasDate(date), UTIL_TimeConversion::toUTC(date) != ZTASK_ENG_Task::noDateSeconds)
         << date.toString(Qt::ISODate).toStdString();
   EXPECT_TRUE(ulo::hasDate(skipped));

@@ -5,6 +5,7 @@
 #include "store_test.h"
 #include "stored_text.h"
 #include "task_dates.h"
+#include "utc_zone.h"
 #include "write_transaction.h"
 
 namespace {
@@ -72,7 +73,7 @@ TEST_F(TakeInIcal, AddsUnknownTodoWithItsText) {
   EXPECT_EQ(task.getPriorityValue(), 3);
   EXPECT_EQ(task.getStatusValue(), 1);
   EXPECT_EQ(task.getDateTime(Task::TASK_FIELD_REVISION).toUTC(),
-            QDateTime(QDate(2006, 1, 1), QTime(10, 0), Qt::UTC));
+            QDateTime(QDate(2006, 1, 1), QTime(10, 0), ulo::utcZone));
   EXPECT_EQ(storedText(taken.uid), milk.toStdString());
   EXPECT_EQ(exported(taken.uid), milk.toStdString());
 }
@@ -151,9 +152,9 @@ TEST_F(TakeInIcal, TakesOverEachFieldOfFile) {
   EXPECT_EQ(stored.getStatusValue(), 0);
   EXPECT_EQ(stored.getString(Task::TASK_FIELD_NOTE), "two liters");
   EXPECT_EQ(stored.getString(Task::TASK_FIELD_CATEGORY), "shop");
-  EXPECT_EQ(utc(Task::TASK_FIELD_DUE), QDateTime(QDate(2006, 4, 1), QTime(10, 0), Qt::UTC));
-  EXPECT_EQ(utc(Task::TASK_FIELD_ALARM), QDateTime(QDate(2006, 4, 1), QTime(9, 0), Qt::UTC));
-  EXPECT_EQ(utc(Task::TASK_FIELD_END), QDateTime(QDate(2006, 3, 1), QTime(10, 0), Qt::UTC));
+  EXPECT_EQ(utc(Task::TASK_FIELD_DUE), QDateTime(QDate(2006, 4, 1), QTime(10, 0), ulo::utcZone));
+  EXPECT_EQ(utc(Task::TASK_FIELD_ALARM), QDateTime(QDate(2006, 4, 1), QTime(9, 0), ulo::utcZone));
+  EXPECT_EQ(utc(Task::TASK_FIELD_END), QDateTime(QDate(2006, 3, 1), QTime(10, 0), ulo::utcZone));
 }
 
 TEST_F(TakeInIcal, UpdatesTextOfChangedForeignLine) {

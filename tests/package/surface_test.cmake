@@ -1,6 +1,12 @@
 # Fails if the installed headers or the exported symbols differ from the lists in LISTS, so that
 # every change of the public interface also changes a list.
 # With -D RENEW=ON, rewrites the lists (tools/renew-surface).
+# The lists are those of 64-bit systems. On others (POINTER_SIZE), std::int64_t and std::size_t are
+# different integers, so the comparison does not distinguish long from int.
+
+if(RENEW AND NOT POINTER_SIZE EQUAL 8)
+  message(FATAL_ERROR "The lists must be written on a 64-bit system.")
+endif()
 
 file(REMOVE_RECURSE ${WORK_DIR})
 file(MAKE_DIRECTORY ${WORK_DIR})
@@ -8,17 +14,27 @@ execute_process(COMMAND ${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${WORK_
                 OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
 
 set(differing "")
-function(check name lines)
+# Writes the lines, sorted, to a file of WORK_DIR.
+function(write_sorted name lines)
+  if(NOT POINTER_SIZE EQUAL 8)
+    string(REGEX REPLACE "long( long)?" "int" lines "${lines}")
+  endif()
   list(SORT lines)
   list(REMOVE_DUPLICATES lines)
   list(JOIN lines "\n" text)
   string(REPLACE "\\" "" text "${text}")
   file(WRITE ${WORK_DIR}/${name} "${text}\n")
+  set(text "${text}" PARENT_SCOPE)
+endfunction()
+function(check name lines)
+  write_sorted(${name} "${lines}")
   if(RENEW)
     file(WRITE ${LISTS}/${name} "${text}\n")
     return()
   endif()
-  execute_process(COMMAND diff -u ${LISTS}/${name} ${WORK_DIR}/${name} RESULT_VARIABLE result
+  file(STRINGS ${LISTS}/${name} expected)
+  write_sorted(expected_${name} "${expected}")
+  execute_process(COMMAND diff -u ${WORK_DIR}/expected_${name} ${WORK_DIR}/${name} RESULT_VARIABLE result
                   OUTPUT_VARIABLE output ERROR_VARIABLE output)
   if(NOT result EQUAL 0)
     set(differing "${differing}\n${output}" PARENT_SCOPE)
@@ -32,7 +48,7 @@ check(headers.txt "${headers}")
 # libraries, which depend on its version and options.
 foreach(library ulotaskcore ulotaskengine uloplatform uloappbase ulodb2)
   execute_process(
-    COMMAND nm --dynamic --defined-only --demangle
+    COMMAND ${NM} --dynamic --defined-only --demangle
             ${WORK_DIR}/prefix/${LIBRARY_DIR}/lib${library}.so
     OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
   string(REPLACE ";" "\\;" output "${output}")

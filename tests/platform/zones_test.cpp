@@ -2,6 +2,7 @@
 
 #include "UTIL_TimeConversion.h"
 #include "environment_variable.h"
+#include "utc_zone.h"
 
 #include <gtest/gtest.h>
 
@@ -112,7 +113,7 @@ TEST(Zones, EverySecondReadsBack) {
       if (distance == 0 &&
           UTIL_TimeConversion::toUTC(UTIL_TimeConversion::fromISO8601(text)) != seconds)
         return at(seconds, "the text of it is another second");
-      if (local != QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC) ||
+      if (local != QDateTime::fromSecsSinceEpoch(seconds, ulo::utcZone) ||
           !(local < UTIL_TimeConversion::fromUTC(seconds + 1)))
         return at(seconds, "compares as another second");
     }

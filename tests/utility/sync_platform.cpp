@@ -11,12 +11,30 @@
 
 Platform* platform = nullptr;
 
-extern "C" {
-int __real_mkstemp(char* name);
-ULO_EXPORT int __wrap_mkstemp(char* name);
-int __wrap_mkstemp(char* name) {
-  return platform != nullptr && platform->mkstempFails ? -1 : __real_mkstemp(name);
+namespace {
+
+// Called before each file is opened.
+bool openFails(int flags) {
+  if (platform == nullptr || flags != O_RDONLY)
+    return false;
+  if (platform->beforeFileIsReopened)
+    std::exchange(platform->beforeFileIsReopened, {})();
+  return platform->openForReadingFails;
 }
+
+}  // namespace
+
+extern "C" {
+// Programs with large files on 32-bit systems call the names with 64.
+#define ULO_MKSTEMP(function)                                                                      \
+  int __real_##function(char* name);                                                               \
+  ULO_EXPORT int __wrap_##function(char* name);                                                    \
+  int __wrap_##function(char* name) {                                                              \
+    return platform != nullptr && platform->mkstempFails ? -1 : __real_##function(name);           \
+  }
+ULO_MKSTEMP(mkstemp)
+ULO_MKSTEMP(mkstemp64)
+#undef ULO_MKSTEMP
 
 int __real_unlink(const char* name);
 ULO_EXPORT int __wrap_unlink(const char* name);
@@ -33,19 +51,19 @@ void* __wrap_calloc(std::size_t count, std::size_t size) {
   return platform != nullptr && platform->callocFails ? nullptr : __real_calloc(count, size);
 }
 
-int __real_open(const char* name, int flags, mode_t mode);
-ULO_EXPORT int __wrap_open(const char* name, int flags, ...);
-int __wrap_open(const char* name, int flags, ...) {
-  va_list more;
-  va_start(more, flags);
-  const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(more, mode_t) : 0;
-  va_end(more);
-  if (platform != nullptr && platform->beforeFileIsReopened && flags == O_RDONLY)
-    std::exchange(platform->beforeFileIsReopened, {})();
-  return platform != nullptr && platform->openForReadingFails && flags == O_RDONLY
-             ? -1
-             : __real_open(name, flags, mode);
-}
+#define ULO_OPEN(function)                                                                         \
+  int __real_##function(const char* name, int flags, mode_t mode);                                 \
+  ULO_EXPORT int __wrap_##function(const char* name, int flags, ...);                              \
+  int __wrap_##function(const char* name, int flags, ...) {                                        \
+    va_list more;                                                                                  \
+    va_start(more, flags);                                                                         \
+    const mode_t mode = (flags & O_CREAT) != 0 ? va_arg(more, mode_t) : 0;                         \
+    va_end(more);                                                                                  \
+    return openFails(flags) ? -1 : __real_##function(name, flags, mode);                           \
+  }
+ULO_OPEN(open)
+ULO_OPEN(open64)
+#undef ULO_OPEN
 
 uid_t __real_geteuid();
 ULO_EXPORT uid_t __wrap_geteuid();

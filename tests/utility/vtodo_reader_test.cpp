@@ -6,6 +6,7 @@
 #include "task_text.h"
 #include "temporary_directory.h"
 #include "todo_values.h"
+#include "utc_zone.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -85,7 +86,8 @@ std::string errorLine(const std::string& message) {
 }
 
 QDateTime utc(int year, int month, int day, int hour = 0, int minute = 0, int second = 0) {
-  return QDateTime(QDate(year, month, day), QTime(hour, minute, second), Qt::UTC).toLocalTime();
+  return QDateTime(QDate(year, month, day), QTime(hour, minute, second), ulo::utcZone)
+      .toLocalTime();
 }
 
 TEST(VtodoReader, ReadsEmptyTodoAsNewRecord) {
@@ -111,8 +113,7 @@ TEST(VtodoReader, EachPropertySetsItsField) {
 TEST(VtodoReader, IgnoresTimeZonesAndKeepsEscapes) {
   const Task task = read("SUMMARY:a\\nb\\;c\\\\\r\nDUE;TZID=America/New_York:20260305T120000\r\n");
   EXPECT_EQ(task.getString(Task::TASK_FIELD_SUMMARY), "a\\nb\\;c\\\\");
-  EXPECT_EQ(task.getDateTime(Task::TASK_FIELD_DUE),
-            QDateTime(QDate(2026, 3, 5), QTime(12, 0), Qt::LocalTime));
+  EXPECT_EQ(task.getDateTime(Task::TASK_FIELD_DUE), QDateTime(QDate(2026, 3, 5), QTime(12, 0)));
 }
 
 TEST(VtodoReader, IgnoresOtherProperties) {

@@ -4,6 +4,7 @@
 #include "log_capture.h"
 #include "task_text.h"
 #include "temporary_directory.h"
+#include "utc_zone.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -138,9 +139,8 @@ TEST_F(VtodoWriter, DueDateIsLocalDayAtNoonUtc) {
   EXPECT_EQ(dueOf(Task::noDate()), "none");
   EXPECT_EQ(dueOf(QDateTime()), "none");
   // 2006-03-06 00:30 in Berlin.
-  EXPECT_EQ(dueOf(QDateTime(QDate(2006, 3, 5), QTime(23, 30), Qt::UTC)), "20060306T120000Z");
-  EXPECT_EQ(dueOf(QDateTime(QDate(2006, 3, 5), QTime(20, 30), Qt::OffsetFromUTC, -4 * 3600)),
-            "20060306T120000Z");
+  EXPECT_EQ(dueOf(QDateTime(QDate(2006, 3, 5), QTime(23, 30), ulo::utcZone)), "20060306T120000Z");
+  EXPECT_EQ(dueOf(ulo::atOffset(QDate(2006, 3, 5), QTime(20, 30), -4 * 3600)), "20060306T120000Z");
   EXPECT_EQ(dueOf(QDateTime(QDate(2006, 3, 6), QTime(8, 0), QTimeZone("Asia/Tokyo"))),
             "20060306T120000Z");
   EXPECT_EQ(dueOf(QDateTime(QDate(2006, 3, 6), QTime(7, 0), QTimeZone("Asia/Tokyo"))),
@@ -274,7 +274,7 @@ TEST_F(VtodoWriter, OtherFieldsAreReadBack) {
   Task task;
   task.setStatus(1);
   task.setPriority(5);
-  task.setDateTime(Task::TASK_FIELD_DUE, QDateTime(QDate(2006, 3, 5), QTime(12, 0), Qt::UTC));
+  task.setDateTime(Task::TASK_FIELD_DUE, QDateTime(QDate(2006, 3, 5), QTime(12, 0), ulo::utcZone));
   task.setDateTime(Task::TASK_FIELD_END, QDateTime(QDate(2006, 3, 5), QTime(1, 2, 3)));
   task.setDateTime(Task::TASK_FIELD_ALARM, QDateTime(QDate(2006, 3, 5), QTime(1, 2, 3)));
   written(task);

@@ -5,9 +5,16 @@
 
 namespace tasks {
 
+namespace {
+
+QDateTime now() {
+  return QDateTime::currentDateTime();
+}
+
+}  // namespace
+
 Alarms::Alarms(ZTASK_ENG_Model& store, QObject* parent)
-    : QObject(parent), store_(store), clock_(store, &QDateTime::currentDateTime, this),
-      notifications_(this) {
+    : QObject(parent), store_(store), clock_(store, now, this), notifications_(this) {
   connect(&clock_, &AlarmClock::due, this, &Alarms::show);
   connect(&notifications_, &AlarmNotifications::opened, this, &Alarms::opened);
   connect(&notifications_, &AlarmNotifications::completed, this, &Alarms::complete);

@@ -129,8 +129,8 @@ std::optional<std::string> payloadOf(const Pages& pages, std::string_view page, 
 }
 
 // Returns the size of a value with this serial type, or nothing if the type does not exist.
-std::optional<std::size_t> sizeOf(std::uint64_t type) {
-  constexpr std::size_t sizes[] = {0, 1, 2, 3, 4, 6, 8, 8, 0, 0};
+std::optional<std::uint64_t> sizeOf(std::uint64_t type) {
+  constexpr std::uint64_t sizes[] = {0, 1, 2, 3, 4, 6, 8, 8, 0, 0};
   constexpr std::uint64_t firstOfAnyLength = 12;
   if (type >= firstOfAnyLength)
     return (type - firstOfAnyLength) / 2;
@@ -166,7 +166,7 @@ std::optional<std::vector<SalvagedValue>> valuesOf(std::string_view record) {
   std::size_t at = *headerEnd;
   while (header.at() < *headerEnd && values.size() <= mostColumns) {
     const std::optional<std::uint64_t> type = header.next();
-    const std::optional<std::size_t> size = type ? sizeOf(*type) : std::nullopt;
+    const std::optional<std::uint64_t> size = type ? sizeOf(*type) : std::nullopt;
     if (!size || *size > record.size() - at)
       return std::nullopt;
     values.push_back(valueOf(*type, record.substr(at, *size)));

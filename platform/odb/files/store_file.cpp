@@ -2,6 +2,7 @@
 
 #include "base/failure.h"
 #include "file_lock.h"
+#include "files/memory_size.h"
 #include "sqlite/handle.h"
 #include "sqlite/sqlite_failure.h"
 
@@ -186,7 +187,7 @@ std::string contentOf(const std::string& path) {
   struct stat status {};
   if (!file.isOpen() || fstat(file.get(), &status) != 0)
     throw storeFailure(path);
-  std::string content(static_cast<std::size_t>(status.st_size), '\0');
+  std::string content(memorySize(static_cast<std::uint64_t>(status.st_size)), '\0');
   std::size_t got = 0;
   while (got < content.size()) {
     const ssize_t count = read(file.get(), content.data() + got, content.size() - got);

@@ -1,5 +1,7 @@
 #include "write_ahead_log.h"
 
+#include "files/memory_size.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <vector>
@@ -66,16 +68,16 @@ void applyLog(std::string& file, std::string_view log) {
     if (!sum.isAt(log, at + frameSumAt) || word(log, at, true) == 0)
       return;
     frames.push_back(at);
-    const std::size_t pages = word(log, at + 4, true);
+    const std::uint64_t pages = word(log, at + 4, true);
     if (pages == 0)
       continue;
     for (const std::size_t frame : frames) {
-      const std::size_t place = (word(log, frame, true) - std::size_t{1}) * pageSize;
+      const std::size_t place = memorySize((word(log, frame, true) - std::uint64_t{1}) * pageSize);
       file.resize(std::max(file.size(), place + pageSize));
       file.replace(place, pageSize, log.substr(frame + frameHeaderSize, pageSize));
     }
     frames.clear();
-    file.resize(pages * pageSize);
+    file.resize(memorySize(pages * pageSize));
   }
 }
 
