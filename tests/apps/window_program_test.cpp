@@ -119,4 +119,27 @@ TEST_F(WindowProgram, TasksImportsFileWhoseNameIsAnOption) {
   EXPECT_TRUE(process.waitForFinished(60'000));
 }
 
+TEST_F(WindowProgram, BashCompletesOptionsAndFiles) {
+  // The replies of bash's function for words that follow the program, and what it leaves to
+  // readline.
+  const auto completed = [this](const char* program, const std::string& words) {
+    return shell("source '" ULO_SOURCE_DIR "/packaging/completions/ulo-programs.bash'\n"
+                 "compopt() { echo \"compopt $*\"; }\n"
+                 "COMP_WORDS=(x " +
+                 words +
+                 ")\n"
+                 "COMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n"
+                 "_ulo_program '" +
+                 program + "' && echo \"${COMPREPLY[*]}\"")
+        .out;
+  };
+  for (const char* program : programs) {
+    EXPECT_EQ(completed(program, "--"), "--help --version\n");
+    EXPECT_EQ(completed(program, "a --v"), "--version\n");
+    EXPECT_EQ(completed(program, "a ''"), "compopt -o default -o filenames\n\n");
+  }
+  EXPECT_EQ(completed(ULO_ACTION, "''"), "TASK_SAVE TASK_VIEW\n");
+  EXPECT_EQ(completed(ULO_ACTION, "TASK_V"), "TASK_VIEW\n");
+}
+
 }  // namespace
