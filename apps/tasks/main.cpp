@@ -6,7 +6,9 @@
 #include "ulo/data_directory.h"
 #include "ulo/log_sink.h"
 #include "window/task_window.h"
+#include "window_program.h"
 
+#include <QFile>
 #include <QScreen>
 
 #include <csignal>
@@ -26,6 +28,30 @@ QRect placeOn(const QRect& room) {
   return place;
 }
 
+ulo::ProgramHelp help() {
+  return {
+      "ulo-tasks",
+      "keep a to-do list",
+      "[FILE...]",
+      {{"FILE", "A vCalendar 1.0 or iCalendar 2.0 file, whose to-dos are imported at the start"}},
+      {{exitDone, "done"},
+       {exitLocked, "the application lock denied access, or the output can't be written"},
+       {ulo::exitWrongCommandLine, "the command line is wrong"}},
+      "Shows the list of tasks, for keys, touch and mouse, in English, German or Simplified\n"
+      "Chinese. Type to search, press Space to complete a task, Delete to delete it. While the\n"
+      "program runs, the alarms of tasks are shown as desktop notifications. Changes made by\n"
+      "other programs on the same device appear by themselves.\n"
+      "\n"
+      "A to-do of iCalendar 2.0 whose UID is the UUID of a stored task updates that task. All\n"
+      "other to-dos are added.\n"
+      "\n"
+      "The files and the environment are described in ulotaskengine(5).\n"
+      "Examples:\n"
+      "  ulo-tasks\n"
+      "  ulo-tasks phone.vcs tasks.ics\n",
+      {"ulotask(1)", "ulo-action(1)", "ulotaskengine(5)"}};
+}
+
 // Attachments of messages are created in the directory that the environment names, otherwise in the
 // cache directory.
 void chooseAttachmentDirectory() {
@@ -40,7 +66,10 @@ void chooseAttachmentDirectory() {
 int main(int count, char** arguments) {
   // If a limit on the size of files is reached, a write fails instead.
   std::signal(SIGXFSZ, SIG_IGN);
-  ZApplication application(count, arguments);
+  ulo::WindowProgram program(help(), count, arguments);
+  if (program.end())
+    return *program.end();
+  ZApplication application(program.toolkitCount(), program.toolkitArguments());
   QApplication::setDesktopFileName(QStringLiteral("ulo-tasks"));
   ulo::openLogSink("ulo-tasks");
   if (!ulo::passesLock(ZTASK_ENG_Model::identifier, "ulo-tasks"))
@@ -50,6 +79,9 @@ int main(int count, char** arguments) {
   tasks::TaskWindow window(store);
   window.setGeometry(placeOn(QGuiApplication::primaryScreen()->availableGeometry()));
   window.show();
-  window.import(QApplication::arguments().mid(1));
+  QStringList files;
+  for (const std::string& file : program.operands())
+    files.append(QFile::decodeName(file.c_str()));
+  window.import(files);
   return QApplication::exec();
 }

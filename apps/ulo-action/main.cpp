@@ -7,6 +7,7 @@
 #include "ZApplication.h"
 #include "ical_action.h"
 #include "ulo/log_sink.h"
+#include "window_program.h"
 
 #include <QFile>
 #include <QWidget>
@@ -16,10 +17,35 @@
 #include <cstdio>
 #include <dlfcn.h>
 #include <memory>
+#include <string>
 
 namespace {
 
-enum Exit : int { exitDone = 0, exitNotDone = 1, exitUsage = 2, exitNoPlugin = 3 };
+enum Exit : int { exitDone = 0, exitNotDone = 1, exitNoPlugin = 3 };
+
+ulo::ProgramHelp help() {
+  return {
+      "ulo-action",
+      "save or show the to-do of a calendar file",
+      "ACTION FILE",
+      {{"ACTION", "TASK_SAVE to store the to-do of the file, or TASK_VIEW to show it"},
+       {"FILE", "A vCalendar 1.0 or iCalendar 2.0 file"}},
+      {{exitDone, "done, also for an unknown action, which has no effect"},
+       {exitNotDone, "the action failed, the application lock denied access, or the output can't "
+                     "be written"},
+       {ulo::exitWrongCommandLine, "the command line is wrong"},
+       {exitNoPlugin, "the task engine's library can't be loaded"}},
+      "Performs an action of the task engine's plug-in on a file, and ends when the user has\n"
+      "closed the screen that shows the result. Action frameworks and file managers call it\n"
+      "when a to-do has been received. TASK_SAVE stores the first to-do of a vCalendar 1.0 file,\n"
+      "or all of an iCalendar 2.0 file, and says so; TASK_VIEW shows the first one.\n"
+      "\n"
+      "The files and the environment are described in ulotaskengine(5).\n"
+      "Examples:\n"
+      "  ulo-action TASK_SAVE item.vcs\n"
+      "  ulo-action TASK_VIEW item.ics\n",
+      {"ulotask(1)", "ulo-tasks(1)", "ulotaskengine(5)"}};
+}
 
 struct ReleaseInterface {
   void operator()(QUnknownInterface* interface) const { interface->release(); }
@@ -69,27 +95,25 @@ bool showsWindow() {
 int main(int count, char** arguments) {
   // If a limit on the size of files is reached, a write fails instead.
   std::signal(SIGXFSZ, SIG_IGN);
-  ZApplication application(count, arguments);
+  ulo::WindowProgram program(help(), count, arguments);
+  if (program.end())
+    return *program.end();
+  if (program.operands().size() != 2)
+    return program.refuse("ACTION and FILE are required");
+  ZApplication application(program.toolkitCount(), program.toolkitArguments());
   ulo::openLogSink("ulo-action");
-  const QStringList words = QApplication::arguments();
-  if (words.size() != 3) {
-    static_cast<void>(
-        std::fprintf(stderr, "usage: ulo-action ACTION FILE\n"
-                             "ACTION is TASK_SAVE (store the first to-do of the vCalendar file, or "
-                             "all of the iCalendar file, and say so) or TASK_VIEW (show the "
-                             "first).\n"));
-    return exitUsage;
-  }
-  if (const QByteArray text = readIcalendar(words[2]); !text.isEmpty()) {
-    if (!actOnIcalendar(words[1], text))
+  const QString action = QString::fromStdString(program.operands()[0]);
+  const QString path = QFile::decodeName(program.operands()[1].c_str());
+  if (const QByteArray text = readIcalendar(path); !text.isEmpty()) {
+    if (!actOnIcalendar(action, text))
       return exitNotDone;
   } else {
     const Held<ActionInterface> plugin = loadPlugin();
     if (plugin == nullptr)
       return exitNoPlugin;
     SDData data;
-    data.fileName = words[2];
-    if (!plugin->invokeAction(words[1], data))
+    data.fileName = path;
+    if (!plugin->invokeAction(action, data))
       return exitNotDone;
   }
   // Screens stay until the user closes them.

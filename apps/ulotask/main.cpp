@@ -2,6 +2,8 @@
 
 #include "completion.h"
 #include "exit_codes.h"
+#include "man_page.h"
+#include "manual.h"
 #include "output.h"
 #include "session.h"
 #include "time_zone.h"
@@ -107,6 +109,8 @@ int run(int argc, char** argv) {
     try {
       if (completes)
         ulotask::complete(app, session, {argv + 2, argv + argc});
+      else if (argc == 2 && std::strcmp(argv[1], ulo::manPageOption) == 0)
+        session.output.write(ulotask::manual(app));
       else
         app.parse(argc, argv);
     } catch (const CLI::Success& help) {

@@ -1,5 +1,5 @@
-// The verbs of the command line and their arguments. Only verb.cpp, main.cpp and completion.cpp
-// include CLI11: each source that does adds seconds to the build and work to each start.
+// The verbs of the command line and their arguments. Only verb.cpp, main.cpp, completion.cpp and
+// manual.cpp include CLI11: each source that does adds seconds to the build and work to each start.
 #pragma once
 
 #include <functional>

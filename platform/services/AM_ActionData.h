@@ -9,8 +9,9 @@
 // A request: the application to start, the action, and named values for it.
 //
 // Applications are identified by UUID. The launch table maps them to commands. It is the file
-// $XDG_CONFIG_HOME/ulo/applications.conf, in desktop entry format (Desktop Entry Specification
-// 1.5):
+// ulo/applications.conf in $XDG_CONFIG_HOME and in the directories of $XDG_CONFIG_DIRS, in desktop
+// entry format (Desktop Entry Specification 1.5). Of several groups with the same UUID, the first
+// one of the first file counts:
 //
 //   [{220072c6-9008-468e-9968-11f3c50fa95e}]
 //   Exec=mailer --compose --attach=%f

@@ -1,8 +1,8 @@
 #include "launch_table.h"
 
 #include "AM_ActionData.h"
+#include "config_files.h"
 #include "module_log.h"
-#include "ulo/data_directory.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -144,6 +144,10 @@ QStringList commandOf(const QString& exec, const LaunchValues& values, QString& 
 }
 
 LaunchTable::LaunchTable(const QByteArray& text) {
+  add(text);
+}
+
+void LaunchTable::add(const QByteArray& text) {
   Group* group = nullptr;
   for (const QByteArray& bytes : text.split('\n')) {
     const QString line = QString::fromUtf8(bytes).trimmed();
@@ -161,16 +165,18 @@ LaunchTable::LaunchTable(const QByteArray& text) {
 }
 
 LaunchTable LaunchTable::ofUser() {
-  const std::string path = userDirectory("XDG_CONFIG_HOME", ".config") + "/applications.conf";
-  QFile file(QFile::decodeName(path.c_str()));
-  if (!file.exists())
-    return LaunchTable({});
-  // Reading something other than a regular file, such as a pipe, might block forever.
-  if (!QFileInfo(file).isFile() || file.size() > largest || !file.open(QIODevice::ReadOnly)) {
-    ULO_LOG_ERROR("The launch table %s can't be read", path.c_str());
-    return LaunchTable({});
+  LaunchTable table({});
+  for (const std::string& path : configFiles("applications.conf")) {
+    QFile file(QFile::decodeName(path.c_str()));
+    if (!file.exists())
+      continue;
+    // Reading something other than a regular file, such as a pipe, might block forever.
+    if (QFileInfo(file).isFile() && file.size() <= largest && file.open(QIODevice::ReadOnly))
+      table.add(file.read(largest));
+    else
+      ULO_LOG_ERROR("The launch table %s can't be read", path.c_str());
   }
-  return LaunchTable(file.read(largest));
+  return table;
 }
 
 bool LaunchTable::knows(const QString& application) const {

@@ -29,8 +29,9 @@ public:
   static constexpr qint64 largest = 1024L * 1024;
 
   explicit LaunchTable(const QByteArray& text);
-  // Reads $XDG_CONFIG_HOME/ulo/applications.conf. Returns an empty table if the file does not exist
-  // or, which is logged, cannot be read.
+  // Reads applications.conf from the directories of the user and the system (configFiles). Leaves
+  // out files that do not exist and, which is logged, those that cannot be read. A group in an
+  // earlier file replaces all groups of the same application in later ones.
   static LaunchTable ofUser();
 
   // Returns true if the application is in the table or known without an entry. Its entry may still
@@ -43,6 +44,10 @@ public:
 
 private:
   using Group = QHash<QString, QString>;
+
+  // Adds the groups of a text, except for those of applications that have one.
+  void add(const QByteArray& text);
+
   QHash<QUuid, Group> groups_;
 };
 

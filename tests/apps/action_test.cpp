@@ -24,11 +24,14 @@ protected:
                                  "END:VCALENDAR\r\n");
   }
 
-  // Starts `ulo-action action file` and leaves it running.
-  void begin(const std::string& action, const std::string& file) {
+  // Starts `ulo-action arguments...` and leaves it running.
+  void beginWith(const QStringList& arguments) {
     prepare(process_);
     process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process_.start(ULO_ACTION, {QString::fromStdString(action), QString::fromStdString(file)});
+    process_.start(ULO_ACTION, arguments);
+  }
+  void begin(const std::string& action, const std::string& file) {
+    beginWith({QString::fromStdString(action), QString::fromStdString(file)});
   }
   void begin(const std::string& action) { begin(action, item_); }
   // Its exit code.
@@ -63,6 +66,17 @@ TEST_F(Action, SavesTheFirstOfTwo) {
   ASSERT_TRUE(display_.press({"Return"}));
   EXPECT_EQ(end(), 0);
   EXPECT_THAT(summaries(), ElementsAre("one"));
+}
+
+// Neither the program nor the toolkit takes the file for an option.
+TEST_F(Action, SavesFileWhoseNameIsAnOption) {
+  file("-reverse", calendar(todo("SUMMARY:Buy milk\r\n")));
+  process_.setWorkingDirectory(QString::fromStdString(path("")));
+  beginWith({"TASK_SAVE", "--", "-reverse"});
+  ASSERT_TRUE(display_.focus("^Saved to Task List$"));
+  ASSERT_TRUE(display_.press({"F1"}));
+  EXPECT_EQ(end(), 0);
+  EXPECT_THAT(summaries(), ElementsAre("Buy milk"));
 }
 
 TEST_F(Action, ShowsWithoutSaving) {

@@ -3,13 +3,18 @@
 #include "launch_table.h"
 
 #include "AM_ActionData.h"
+#include "environment_variable.h"
 #include "log_capture.h"
 #include "temporary_directory.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include <sys/stat.h>
 
@@ -200,6 +205,61 @@ TEST_F(UserTable, IsReadFromTheConfigurationDirectory) {
   std::filesystem::create_directory(directory_.path() / "ulo");
   std::ofstream(path()) << '[' << AM_ActionData::composer << "]\nExec=mail\n";
   EXPECT_EQ(composer(), "mail");
+}
+
+// Writes a table with one entry for each pair of an application and a program.
+void write(const std::filesystem::path& directory,
+           const std::vector<std::pair<std::string, std::string>>& entries) {
+  std::filesystem::create_directories(directory / "ulo");
+  std::ofstream file(directory / "ulo/applications.conf");
+  for (const auto& [uuid, program] : entries)
+    file << '[' << uuid << "]\nExec=" << program << '\n';
+}
+
+TEST_F(UserTable, PrecedesTheTablesOfTheSystem) {
+  const std::filesystem::path root = directory_.path();
+  const std::string directories = (root / "missing").string() +
+                                  ":relative::" + (root / "a").string() + ":" +
+                                  (root / "b").string() + ":";
+  const EnvironmentVariable variable("XDG_CONFIG_DIRS", directories.c_str());
+  LogCapture log;
+  const auto programs = [] {
+    std::string result;
+    for (const char* uuid : {AM_ActionData::composer, AM_ActionData::synchroniser, application}) {
+      const auto found = LaunchTable::ofUser().launch(uuid, values);
+      result += (found ? found->command.first().toStdString() : "none") + ' ';
+    }
+    return result;
+  };
+  write(root / "b", {{AM_ActionData::composer, "last"},
+                     {AM_ActionData::synchroniser, "last"},
+                     {application, "last"}});
+  EXPECT_EQ(programs(), "last last last ");
+  write(root / "a", {{AM_ActionData::composer, "first"}, {AM_ActionData::synchroniser, "first"}});
+  EXPECT_EQ(programs(), "first first last ");
+  write(root, {{AM_ActionData::composer, "own"}});
+  EXPECT_EQ(programs(), "own first last ");
+  EXPECT_EQ(log.text(), "");
+}
+
+TEST_F(UserTable, UsesTablesOfTheSystemIfItsOwnIsUnreadable) {
+  const EnvironmentVariable variable("XDG_CONFIG_DIRS", (directory_.path() / "a").c_str());
+  write(directory_.path() / "a", {{AM_ActionData::composer, "first"}});
+  std::filesystem::create_directories(path());
+  LogCapture log;
+  EXPECT_EQ(composer(), "first");
+  EXPECT_THAT(log.text(), HasSubstr("applications.conf can't be read"));
+}
+
+// A group of a later file does not complete that of an earlier one.
+TEST_F(UserTable, GroupsAreNotMerged) {
+  const EnvironmentVariable variable("XDG_CONFIG_DIRS", (directory_.path() / "a").c_str());
+  write(directory_.path(), {{AM_ActionData::composer, "own"}});
+  write(directory_.path() / "a", {{AM_ActionData::composer, "first\nWait=true"}});
+  const auto found = LaunchTable::ofUser().launch(AM_ActionData::composer, values);
+  ASSERT_TRUE(found);
+  EXPECT_EQ(found->command, QStringList("own"));
+  EXPECT_FALSE(found->waits);
 }
 
 TEST_F(UserTable, IsEmptyAndLoggedIfUnreadable) {

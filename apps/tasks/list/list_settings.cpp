@@ -11,7 +11,8 @@ namespace {
 constexpr const char* viewKey = "list/view";
 constexpr const char* sortKey = "list/sort";
 
-// In $XDG_CONFIG_HOME/ulo/tasks.ini.
+// In $XDG_CONFIG_HOME/ulo/tasks.ini. A value that this file lacks is read from ulo/tasks.ini in the
+// directories of $XDG_CONFIG_DIRS; the first one counts.
 class Settings : public QSettings {
 public:
   Settings() : QSettings(IniFormat, UserScope, QStringLiteral("ulo"), QStringLiteral("tasks")) {}

@@ -1,6 +1,7 @@
 // The list screen under keys and the mouse, without a display.
 
 #include "AM_ActionData.h"
+#include "environment_variable.h"
 #include "list/list_settings.h"
 #include "list/list_test.h"
 #include "list/notice_bar.h"
@@ -14,6 +15,7 @@
 #include <QSignalSpy>
 #include <QToolButton>
 
+#include <filesystem>
 #include <fstream>
 
 using tasks::ListScreen;
@@ -131,6 +133,23 @@ TEST_F(List, InvalidSettingsAreReplaced) {
                          static_cast<ZTASK_ENG_Model::TASK_SORT_FIELD>(-4)});
   EXPECT_EQ(tasks::readListOrder().view, ZTASK_ENG_Model::TASK_CATEGORY_COMPLETED);
   EXPECT_EQ(tasks::readListOrder().sort, ZTASK_ENG_Model::TASK_SORT_DUE);
+}
+
+TEST_F(List, SystemSettingsApplyUntilUserChooses) {
+  const std::filesystem::path root = directory_.path() / "system";
+  const auto write = [&](const char* directory, const char* text) {
+    std::filesystem::create_directories(root / directory / "ulo");
+    std::ofstream(root / directory / "ulo/tasks.ini") << "[list]\n" << text;
+  };
+  write("first", "sort=1\n");
+  write("second", "sort=0\nview=3\n");
+  const EnvironmentVariable directories(
+      "XDG_CONFIG_DIRS", ((root / "first").string() + ":" + (root / "second").string()).c_str());
+  EXPECT_EQ(tasks::readListOrder().sort, ZTASK_ENG_Model::TASK_SORT_PRIORITY);
+  EXPECT_EQ(tasks::readListOrder().view, ZTASK_ENG_Model::TASK_CATEGORY_COMPLETED);
+  tasks::writeListOrder({ZTASK_ENG_Model::TASK_CATEGORY_DUE, ZTASK_ENG_Model::TASK_SORT_DUE});
+  EXPECT_EQ(tasks::readListOrder().sort, ZTASK_ENG_Model::TASK_SORT_DUE);
+  EXPECT_EQ(tasks::readListOrder().view, ZTASK_ENG_Model::TASK_CATEGORY_DUE);
 }
 
 TEST_F(List, LettersStartSearchAndEscapeEndsIt) {
