@@ -5,8 +5,11 @@
 #include "ActionInterface.h"
 #include "TASK_ENG_Ical.h"
 #include "ZApplication.h"
+#include "ZMessageDlg.h"
 #include "ical_action.h"
 #include "ulo/log_sink.h"
+#include "ulo/texts.h"
+#include "vcal_guard.h"
 
 #include <QFile>
 #include <QWidget>
@@ -16,6 +19,7 @@
 #include <cstdio>
 #include <dlfcn.h>
 #include <memory>
+#include <string>
 
 namespace {
 
@@ -58,6 +62,21 @@ QByteArray readIcalendar(const QString& path) {
   return text.size() > limit ? QByteArray() : text;
 }
 
+// An action fails without the vObject library. Says so on standard error, and to the user of a
+// desktop in a message.
+void reportMissingLibrary() {
+  const std::string failure = ulo::vObjectLibraryFailure();
+  if (failure.empty())
+    return;
+  static_cast<void>(std::fprintf(stderr, "ulo-action: %s\n", failure.c_str()));
+  ZMessageDlg dialog(
+      ulo::text("TXT_RID_HEADER_VCALENDAR", "vCalendar"),
+      ulo::text("TXT_RID_INSTRUCTIONALTXT_VCALENDAR_NEEDS_LIBICAL",
+                "vCalendar files can't be read: libical (libical3) is not installed."),
+      ZMessageDlg::message);
+  dialog.exec();
+}
+
 bool showsWindow() {
   const QWidgetList windows = QApplication::topLevelWidgets();
   return std::any_of(windows.begin(), windows.end(),
@@ -89,8 +108,10 @@ int main(int count, char** arguments) {
       return exitNoPlugin;
     SDData data;
     data.fileName = words[2];
-    if (!plugin->invokeAction(words[1], data))
+    if (!plugin->invokeAction(words[1], data)) {
+      reportMissingLibrary();
       return exitNotDone;
+    }
   }
   // Screens stay until the user closes them.
   if (showsWindow())
