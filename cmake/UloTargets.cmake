@@ -73,11 +73,16 @@ endif()
 include(CheckPIESupported)
 check_pie_supported()
 
+# GCC applies -ffile-prefix-map, which distributions pass, before -fmacro-prefix-map.
+set(ulo_prefix_map -fmacro-prefix-map)
+if(CMAKE_CXX_FLAGS MATCHES "-ffile-prefix-map=")
+  set(ulo_prefix_map -ffile-prefix-map)
+endif()
 add_library(ulo_build_flags INTERFACE)
 target_compile_options(ulo_build_flags INTERFACE
   -Wall -Wextra -Wpedantic
   # Log lines name sources relative to the tree, wherever it was built.
-  -fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=
+  ${ulo_prefix_map}=${CMAKE_SOURCE_DIR}/=
   # The texts of statements are printf templates, also those without arguments.
   $<$<CXX_COMPILER_ID:Clang>:-Wno-format-security>
   # GCC 12 sees overlaps in "text" + std::string at -O3 that are not there.
