@@ -1,5 +1,5 @@
-# What every target of this project shares: the language, the warnings, hidden symbols,
-# the sanitizers, and library paths relative to the library that asks.
+# What every target of this project shares: the language, the warnings, hidden symbols, hardening,
+# the sanitizers, and run paths.
 
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
@@ -12,22 +12,77 @@ set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
-# Of programs. Libraries set ulo_library_rpath. Each directory costs the loader a search for every
-# library that is not in it.
-set(CMAKE_INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
-set(ulo_library_rpath "$ORIGIN")
+
+# Part of the libraries' file names. Until 1.0 a minor version may change the layout of classes.
+set(ulo_soversion ${PROJECT_VERSION_MAJOR})
+if(PROJECT_VERSION_MAJOR EQUAL 0)
+  string(APPEND ulo_soversion .${PROJECT_VERSION_MINOR})
+endif()
+
+# Libraries that are opened by name and never linked. Two versions can be installed together.
+set(ulo_private_libdir ${CMAKE_INSTALL_LIBDIR}/ulotaskengine/${ulo_soversion})
+# Run paths. In /usr the loader knows the directory of the other libraries; any other prefix can be
+# moved after the installation. Each directory costs the loader a search for every library that is
+# not in it, so only what opens private libraries has theirs.
+if(CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+  set(CMAKE_INSTALL_RPATH "")
+  set(ulo_library_rpath "")
+  set(ulo_private_library_rpath "")
+  set(ulo_library_private_rpath ${CMAKE_INSTALL_PREFIX}/${ulo_private_libdir})
+  set(ulo_program_private_rpath ${CMAKE_INSTALL_PREFIX}/${ulo_private_libdir})
+else()
+  set(CMAKE_INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+  set(ulo_library_rpath "$ORIGIN")
+  set(ulo_private_library_rpath "$ORIGIN/../..")
+  set(ulo_library_private_rpath "$ORIGIN/ulotaskengine/${ulo_soversion}")
+  set(ulo_program_private_rpath "$ORIGIN/../${ulo_private_libdir}")
+endif()
+
+# ulo_opens_private_libraries(NAME) is for a library or program whose code opens one of them: the
+# loader uses only the run path of the file that contains the call.
+function(ulo_opens_private_libraries name)
+  get_target_property(type ${name} TYPE)
+  if(type STREQUAL "EXECUTABLE")
+    set(path ${CMAKE_INSTALL_RPATH} ${ulo_program_private_rpath})
+  else()
+    set(path ${ulo_library_rpath} ${ulo_library_private_rpath})
+  endif()
+  set_target_properties(${name} PROPERTIES INSTALL_RPATH "${path}")
+endfunction()
 
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE RelWithDebInfo)
 endif()
 
 option(ULO_WARNINGS_AS_ERRORS "Treat warnings as errors" OFF)
+if(ULO_WARNINGS_AS_ERRORS)
+  # Before the caller's flags, so that -Wno-error among them has effect.
+  string(PREPEND CMAKE_C_FLAGS "-Werror ")
+  string(PREPEND CMAKE_CXX_FLAGS "-Werror ")
+endif()
 
+# Distributions pass flags like these themselves.
+option(ULO_HARDENING
+  "Compile with stack protector and checked C functions, and link with read-only relocations" OFF)
+if(ULO_HARDENING)
+  add_compile_options(-fstack-protector-strong
+    $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE$<SEMICOLON>-D_FORTIFY_SOURCE=2>)
+  add_link_options(-Wl,-z,relro -Wl,-z,now)
+endif()
+# Makes executables position-independent, too, where the compiler does not do so by itself.
+include(CheckPIESupported)
+check_pie_supported()
+
+# GCC applies -ffile-prefix-map, which distributions pass, before -fmacro-prefix-map.
+set(ulo_prefix_map -fmacro-prefix-map)
+if(CMAKE_CXX_FLAGS MATCHES "-ffile-prefix-map=")
+  set(ulo_prefix_map -ffile-prefix-map)
+endif()
 add_library(ulo_build_flags INTERFACE)
 target_compile_options(ulo_build_flags INTERFACE
-  -Wall -Wextra -Wpedantic $<$<BOOL:${ULO_WARNINGS_AS_ERRORS}>:-Werror>
+  -Wall -Wextra -Wpedantic
   # Log lines name sources relative to the tree, wherever it was built.
-  -fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=
+  ${ulo_prefix_map}=${CMAKE_SOURCE_DIR}/=
   # The texts of statements are printf templates, also those without arguments.
   $<$<CXX_COMPILER_ID:Clang>:-Wno-format-security>
   # GCC 12 sees overlaps in "text" + std::string at -O3 that are not there.
@@ -118,16 +173,14 @@ function(ulo_share_precompiled headers)
   ulo_precompile(${holder} ${headers})
 endfunction()
 
-# Part of the libraries' file names. Until 1.0 a minor version may change the layout of classes.
-set(ulo_soversion ${PROJECT_VERSION_MAJOR})
-if(PROJECT_VERSION_MAJOR EQUAL 0)
-  string(APPEND ulo_soversion .${PROJECT_VERSION_MINOR})
-endif()
-
-# ulo_library(NAME) makes NAME_objects, to which the rooms add their sources with
-# target_sources, and the shared library NAME made of them. Tests link NAME_objects when they
-# look at something that NAME keeps hidden.
+# ulo_library(NAME [PRIVATE_SYMBOLS prefix...]) makes NAME_objects, to which the rooms add their
+# sources with target_sources, and the shared library NAME made of them. Tests link NAME_objects
+# when they look at something that NAME keeps hidden.
+#
+# C++ names that begin like one of PRIVATE_SYMBOLS are exported for our own libraries and programs
+# only: no installed header declares them. They carry a symbol version that says so.
 function(ulo_library name)
+  cmake_parse_arguments(arg "" "" "PRIVATE_SYMBOLS" ${ARGN})
   add_library(${name}_objects OBJECT)
   target_link_libraries(${name}_objects PRIVATE ulo_build_flags)
   add_library(${name} SHARED)
@@ -135,4 +188,15 @@ function(ulo_library name)
   target_compile_features(${name} INTERFACE cxx_std_20)
   set_target_properties(${name} PROPERTIES
     VERSION ${PROJECT_VERSION} SOVERSION ${ulo_soversion} INSTALL_RPATH "${ulo_library_rpath}")
+  set(ulo_symbol_version "")
+  set(ulo_private_symbols "")
+  if(arg_PRIVATE_SYMBOLS)
+    set(ulo_symbol_version "ULO_PRIVATE_${ulo_soversion} ")
+    list(JOIN arg_PRIVATE_SYMBOLS "*; " patterns)
+    set(ulo_private_symbols "  global:\n    extern \"C++\" { ${patterns}*; };\n")
+  endif()
+  set(script ${CMAKE_CURRENT_BINARY_DIR}/${name}.map)
+  configure_file(${CMAKE_SOURCE_DIR}/cmake/symbols.map.in ${script} @ONLY)
+  target_link_options(${name} PRIVATE -Wl,--version-script=${script})
+  set_target_properties(${name} PROPERTIES LINK_DEPENDS ${script})
 endfunction()

@@ -17,7 +17,7 @@ int createTaskTable() {
   bool created = DB_Exec(task_scripts::createTaskTable) == DB_OK;
   if (created) {
     for (const char* index : task_scripts::createTaskIndexes)
-      created = DB_Exec(index) == DB_OK && created;
+      created = execText(index) == DB_OK && created;
   }
   if (!created) {
     DB_AbortTransaction();

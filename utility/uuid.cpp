@@ -1,21 +1,25 @@
 #include "uuid.h"
 
+#include <QRandomGenerator>
+
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
-#include <sys/random.h>
 
 // random() starts with the same seed in every process. UUIDs of different processes differ in their
-// last 16 digits, which contain random bytes from the kernel.
+// last 16 digits, which contain random bytes from the system.
 QString generateUuid() {
   srandom(static_cast<unsigned int>(random()));
   const auto first = static_cast<unsigned long>(random());
   const auto second = static_cast<unsigned long>(random() & 0xffff);
   const auto third = static_cast<unsigned long>(random() & 0xffff);
 
-  unsigned char work[8] = {};
-  // Eight bytes are returned completely or, if the kernel lacks the call, not at all.
-  static_cast<void>(getrandom(work, sizeof work, 0));
+  // Qt has other sources if the kernel's call for random bytes fails.
+  const quint64 fromSystem = QRandomGenerator::system()->generate64();
+  unsigned char work[8];
+  static_assert(sizeof work == sizeof fromSystem);
+  std::memcpy(work, &fromSystem, sizeof work);
   for (unsigned char& byte : work)
     byte = static_cast<unsigned char>(byte ^ ((random() >> 7) & 0xff));
 

@@ -71,7 +71,10 @@ QString importText(const ImportResult& result, bool isShown) {
   if (result.failed)
     parts.append(
         ulo::text("TXT_RID_INSTRUCTIONALTXT_NOT_ALL_IMPORTED", "Not all tasks could be imported."));
-  for (const QString& path : result.unread)
+  if (result.libraryMissing)
+    parts.append(ulo::text("TXT_RID_INSTRUCTIONALTXT_VCALENDAR_NEEDS_LIBICAL",
+                           "vCalendar files can't be read: libical (libical3) is not installed."));
+  for (const QString& path : result.libraryMissing ? QStringList() : result.unread)
     parts.append(ulo::text("FMT_RID_INSTRUCTIONALTXT_NO_TASK_IN_1", "There is no task in %1.")
                      .arg(ulo::oneLine(QFileInfo(path).fileName(), nameLimit)));
   // Longer messages do not fit.

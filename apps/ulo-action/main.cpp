@@ -5,8 +5,11 @@
 #include "ActionInterface.h"
 #include "TASK_ENG_Ical.h"
 #include "ZApplication.h"
+#include "ZMessageDlg.h"
 #include "ical_action.h"
 #include "ulo/log_sink.h"
+#include "ulo/texts.h"
+#include "vcal_guard.h"
 #include "window_program.h"
 
 #include <QFile>
@@ -84,6 +87,21 @@ QByteArray readIcalendar(const QString& path) {
   return text.size() > limit ? QByteArray() : text;
 }
 
+// An action fails without the vObject library. Says so on standard error, and to the user of a
+// desktop in a message.
+void reportMissingLibrary() {
+  const std::string failure = ulo::vObjectLibraryFailure();
+  if (failure.empty())
+    return;
+  static_cast<void>(std::fprintf(stderr, "ulo-action: %s\n", failure.c_str()));
+  ZMessageDlg dialog(
+      ulo::text("TXT_RID_HEADER_VCALENDAR", "vCalendar"),
+      ulo::text("TXT_RID_INSTRUCTIONALTXT_VCALENDAR_NEEDS_LIBICAL",
+                "vCalendar files can't be read: libical (libical3) is not installed."),
+      ZMessageDlg::message);
+  dialog.exec();
+}
+
 bool showsWindow() {
   const QWidgetList windows = QApplication::topLevelWidgets();
   return std::any_of(windows.begin(), windows.end(),
@@ -113,8 +131,10 @@ int main(int count, char** arguments) {
       return exitNoPlugin;
     SDData data;
     data.fileName = path;
-    if (!plugin->invokeAction(action, data))
+    if (!plugin->invokeAction(action, data)) {
+      reportMissingLibrary();
       return exitNotDone;
+    }
   }
   // Screens stay until the user closes them.
   if (showsWindow())

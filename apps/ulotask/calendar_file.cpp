@@ -7,6 +7,7 @@
 #include "todo_reader.h"
 #include "todo_writer.h"
 #include "ulo/descriptor.h"
+#include "vcal_guard.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -51,6 +52,11 @@ Failure unreadable(const std::string& name) {
 
 }  // namespace
 
+std::string vcalendarReason() {
+  const std::string failure = ulo::vObjectLibraryFailure();
+  return failure.empty() ? "; the log says why" : ": " + failure;
+}
+
 std::string shownName(const std::string& name) {
   return name == standardInput ? "standard input" : name;
 }
@@ -94,7 +100,7 @@ Calendar readVcalendar(const std::string& name, std::string_view text,
   if (read.tasks.size() != report.todos)
     throw Failure(Exit::failed, shownName(name) + ": could read only " +
                                     std::to_string(read.tasks.size()) + " of " +
-                                    counted(report.todos, "to-do") + "; the log says why");
+                                    counted(report.todos, "to-do") + vcalendarReason());
   for (const ulo::LargeProperty& property : report.tooLarge)
     notices.push_back(shownName(name) + ": a " + property.name + " of more than " +
                       std::to_string(ulo::propertyLimit) + " bytes is left out (line " +
@@ -237,8 +243,8 @@ QByteArray readIcalTodo(const std::string& name) {
 std::string calendarText(const QList<ZTASK_ENG_Task>& tasks) {
   ulo::TodosWritten written = ulo::writeTodos(tasks);
   if (written.report.failure != ulo::WriteFailure::none)
-    throw Failure(Exit::notWritten, "the tasks cannot be written as a vCalendar text; the log says "
-                                    "why");
+    throw Failure(Exit::notWritten,
+                  "the tasks cannot be written as a vCalendar text" + vcalendarReason());
   return std::move(written.text);
 }
 

@@ -58,6 +58,10 @@ void writeFile(const std::string& name, const std::string& bytes);
 // reached the disk. Throws a Failure. Like writeFile, refuses files of the data directory.
 void replaceFiles(const std::vector<std::string>& names, const std::string& bytes);
 
+// The end of a message that vCalendar text can be neither read nor written: the vObject library if
+// it is missing, otherwise a reference to the log.
+std::string vcalendarReason();
+
 // The name of a file in messages.
 std::string shownName(const std::string& name);
 

@@ -35,7 +35,8 @@ void requireSync(int code, const std::string& what) {
     throw Failure(Exit::usage, what + ": invalid parameter");
   default:
     throw Failure(DB_LastResult() == DB_FULL ? Exit::storeFull : Exit::failed,
-                  what + " failed" + databaseReason());
+                  what + " failed" +
+                      (*DB_LastFailure() == '\0' ? vcalendarReason() : databaseReason()));
   }
 }
 
@@ -85,6 +86,8 @@ void addSyncVerbs(Verb& program, Session& session) {
               [](Session& s, TASK_ENG_SyncML& adaptor, unsigned int uid) {
                 std::string text;
                 requireSync(adaptor.getEvent(text, uid), "reading the task");
+                if (text.empty())
+                  s.output.notice("the task has no text" + vcalendarReason());
                 s.output.write(text);
               });
   addItemVerb(verb, session, "put", "Add the first to-do of a text; prints its UID", false,

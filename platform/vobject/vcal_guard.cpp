@@ -9,6 +9,7 @@
 #include <deque>
 #include <dlfcn.h>
 #include <optional>
+#include <string>
 #include <utility>
 
 namespace ulo {
@@ -19,6 +20,7 @@ namespace {
 constexpr std::size_t pieceTodos = 100;
 constexpr std::size_t pieceBytes = std::size_t{1} << 20;
 
+constexpr char libraryName[] = "libicalvcal.so";
 constexpr char pieceStart[] = "BEGIN:VCALENDAR\r\nVERSION:1.0\r\n";
 constexpr char pieceEnd[] = "END:VCALENDAR\r\n";
 constexpr char todoStart[] = "BEGIN:VTODO\r\n";
@@ -325,11 +327,22 @@ TextReport examineText(std::string_view text) {
   return GuardedText::fromMemory(text, {}).report();
 }
 
+std::string vObjectLibraryFailure() {
+  if (void* handle = dlopen(libraryName, RTLD_LAZY); handle != nullptr) {
+    dlclose(handle);
+    return {};
+  }
+  const char* reason = dlerror();
+  return "vCalendar text needs libical's library " +
+         std::string(reason != nullptr ? reason : libraryName) +
+         "; install libical 3 (in Debian libical3, or libical-dev for a build of your own)";
+}
+
 void keepVObjectLibrary() {
   static std::atomic<bool> kept = false;
   if (kept)
     return;
-  void* handle = dlopen("libicalvcal.so", RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
+  void* handle = dlopen(libraryName, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
   if (handle == nullptr)
     return;
   kept = true;

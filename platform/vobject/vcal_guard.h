@@ -111,10 +111,14 @@ public:
   bool nextPiece(std::string& piece);
 
 private:
-  struct State;
+  struct __attribute__((visibility("hidden"))) State;
   explicit GuardedText(std::unique_ptr<State> state);
   std::unique_ptr<State> state_;
 };
+
+// If the vObject library cannot be opened, returns a sentence for users that names the reason and
+// the package to install. Otherwise returns an empty text.
+[[nodiscard]] ULO_EXPORT std::string vObjectLibraryFailure();
 
 // Keeps the vObject library loaded until the process exits, if it has been loaded: each unload
 // leaks its name table.

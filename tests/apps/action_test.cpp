@@ -4,6 +4,7 @@
 #include "ulotask_runner.h"
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 
 namespace {
 
@@ -184,6 +185,18 @@ TEST_F(Action, WrongCodeDeniesAccess) {
   ASSERT_TRUE(display_.focus(QLatin1String(lockTitle)));
   ASSERT_TRUE(display_.press({"F3"}));
   EXPECT_EQ(end(), 1);
+  EXPECT_THAT(summaries(), ElementsAre());
+}
+
+TEST_F(Action, NamesTheMissingCalendarLibrary) {
+  hideLibrary("libicalvcal.so");
+  prepare(process_);
+  process_.start(ULO_ACTION, {"TASK_SAVE", QString::fromStdString(item_)});
+  ASSERT_TRUE(display_.focus("^vCalendar$"));
+  ASSERT_TRUE(display_.press({"F1"}));
+  EXPECT_EQ(end(), 1);
+  EXPECT_THAT(process_.readAllStandardError().toStdString(),
+              HasSubstr("vCalendar text needs libical's library libicalvcal.so; install libical 3"));
   EXPECT_THAT(summaries(), ElementsAre());
 }
 

@@ -389,7 +389,16 @@ TEST_F(Export, FailsWithoutTheLibrary) {
   EXPECT_EQ(run.code, 12);
   EXPECT_EQ(run.out, "");
   EXPECT_THAT(run.err,
-              HasSubstr("the tasks cannot be written as a vCalendar text; the log says why"));
+              HasSubstr("the tasks cannot be written as a vCalendar text: vCalendar text needs "
+                        "libical's library libicalvcal.so; install libical 3 (in Debian libical3"));
+}
+
+TEST_F(Import, NamesTheMissingLibrary) {
+  hideLibrary("libicalvcal.so");
+  const Outcome run = ulotask({"import", file("one.vcs", calendar(todo("SUMMARY:one\r\n")))});
+  EXPECT_EQ(run.code, 1);
+  EXPECT_THAT(run.err, HasSubstr("could read only 0 of 1 to-do: vCalendar text needs libical's "
+                                 "library libicalvcal.so; install libical 3"));
 }
 
 TEST_F(Export, LeavesNoTemporaryFile) {

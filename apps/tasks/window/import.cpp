@@ -3,14 +3,17 @@
 #include "take_in.h"
 #include "todo_reader.h"
 #include "ulo/descriptor.h"
+#include "vcal_guard.h"
 #include "write_transaction.h"
 
 #include <QElapsedTimer>
 #include <QFile>
 
 #include <cerrno>
+#include <cstdio>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -83,6 +86,12 @@ void Import::appendTodos(const QString& path) {
   // The text ends at the first zero byte.
   const std::string_view text(bytes->constData());
   const ulo::TodosRead read = ulo::readTodos(text);
+  if (read.report.failure == ulo::ReadFailure::library && !result_.libraryMissing) {
+    const std::string failure = ulo::vObjectLibraryFailure();
+    if (!failure.empty())
+      std::fprintf(stderr, "ulo-tasks: %s\n", failure.c_str());
+    result_.libraryMissing = !failure.empty();
+  }
   for (const std::unique_ptr<ZTASK_ENG_Task>& task : read.tasks)
     waiting_.emplace_back(std::move(*task));
 }

@@ -14,12 +14,13 @@
 namespace tasks {
 
 struct ImportResult {
-  unsigned int imported = 0;  // tasks that were added
-  unsigned int updated = 0;   // tasks that were stored already and have changed
-  unsigned int present = 0;   // tasks that were stored already, in this state or a later one
-  QStringList unread;         // paths of files that hold no to-do or can't be read
-  bool storeFull = false;     // the import stopped for this reason
-  bool failed = false;        // the store failed for another reason, which is in the log
+  unsigned int imported = 0;    // tasks that were added
+  unsigned int updated = 0;     // tasks that were stored already and have changed
+  unsigned int present = 0;     // tasks that were stored already, in this state or a later one
+  QStringList unread;           // paths of files that hold no to-do or can't be read
+  bool libraryMissing = false;  // vCalendar files are among the unread ones for this reason
+  bool storeFull = false;       // the import stopped for this reason
+  bool failed = false;          // the store failed for another reason, which is in the log
   unsigned int lastUid = ZTASK_ENG_Task::notStored;  // of the last task of the files
 };
 

@@ -255,6 +255,14 @@
         <source>%1 tasks updated.</source>
         <translation>%1 Aufgaben aktualisiert.</translation>
     </message>
+    <message id="TXT_RID_HEADER_VCALENDAR">
+        <source>vCalendar</source>
+        <translation>vCalendar</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_VCALENDAR_NEEDS_LIBICAL">
+        <source>vCalendar files can't be read: libical (libical3) is not installed.</source>
+        <translation>vCalendar-Dateien können nicht gelesen werden: libical (libical3) ist nicht installiert.</translation>
+    </message>
     <message id="TXT_RID_STANDARD_NOTHING_NEW">
         <source>Nothing new in the file.</source>
         <translation>Nichts Neues in der Datei.</translation>

@@ -255,6 +255,14 @@
         <source>%1 tasks updated.</source>
         <translation>已更新 %1 个任务。</translation>
     </message>
+    <message id="TXT_RID_HEADER_VCALENDAR">
+        <source>vCalendar</source>
+        <translation>vCalendar</translation>
+    </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_VCALENDAR_NEEDS_LIBICAL">
+        <source>vCalendar files can't be read: libical (libical3) is not installed.</source>
+        <translation>无法读取 vCalendar 文件：未安装 libical (libical3)。</translation>
+    </message>
     <message id="TXT_RID_STANDARD_NOTHING_NEW">
         <source>Nothing new in the file.</source>
         <translation>文件中没有新内容。</translation>

@@ -277,6 +277,11 @@ TEST(ImportMessages, ReportImportedAndUnreadFiles) {
   EXPECT_EQ(tasks::importText(result, true),
             "Not all tasks could be imported. There is no task in a. There is no task in " +
                 QString(40, u'n') + QStringLiteral("\u2026. \u2026"));
+  result = {};
+  result.libraryMissing = true;
+  result.unread = {"/tmp/a.vcs"};
+  EXPECT_EQ(tasks::importText(result, true),
+            "vCalendar files can't be read: libical (libical3) is not installed.");
 }
 
 }  // namespace
