@@ -45,8 +45,18 @@ file(GLOB_RECURSE headers RELATIVE ${WORK_DIR}/prefix/include ${WORK_DIR}/prefix
 check(headers.txt "${headers}")
 
 # Omits the symbols that the compiler generates for templates and inline functions of other
-# libraries, which depend on its version and options.
+# libraries, which depend on its version and options. Those of the standard library must not be
+# exported at all (cmake/symbols.map.in).
 foreach(library ulotaskcore ulotaskengine uloplatform uloappbase ulodb2)
+  execute_process(
+    COMMAND ${NM} --dynamic --defined-only --format=just-symbols
+            ${WORK_DIR}/prefix/${LIBRARY_DIR}/lib${library}.so
+    OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
+  string(REGEX MATCHALL "_Z(GV|T[ISTV])?Z?N?K?(St|9__gnu_cxx)[^\n]*" foreign "\n${output}")
+  if(foreign)
+    list(JOIN foreign "\n" foreign)
+    string(APPEND differing "\nlib${library} exports instances of foreign templates:\n${foreign}")
+  endif()
   execute_process(
     COMMAND ${NM} --dynamic --defined-only --demangle
             ${WORK_DIR}/prefix/${LIBRARY_DIR}/lib${library}.so

@@ -4,6 +4,7 @@
 #include <ulo/data_directory.h>
 
 int main() {
+  const QDateTime time = UTIL_TimeConversion::fromUTC(86400);
   std::printf("platform: %s, %ld\n", ulo::dataDirectory().c_str(),
-              static_cast<long>(UTIL_TimeConversion::fromISO8601("19700101T000001Z")));
+              static_cast<long>(UTIL_TimeConversion::toUTC(time)));
 }
