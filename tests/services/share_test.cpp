@@ -275,7 +275,8 @@ TEST_F(ShareWithDevice, DeletingWindowCancelsTransfer) {
   ObexdStandIn obexd(session, Manner::stays);
   auto window = std::make_unique<QWidget>();
   window->show();
-  QApplication::setActiveWindow(window.get());
+  window->activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
   user.watch = [&](ulo::PushProgress& progress) {
     EXPECT_EQ(progress.parentWidget(), window.get());
     if (obexd.calls.contains("SendFile"))
@@ -290,7 +291,8 @@ TEST_F(ShareWithDevice, DeletingWindowCancelsChoice) {
   ObexdStandIn obexd(session, Manner::stays);
   auto window = std::make_unique<QWidget>();
   window->show();
-  QApplication::setActiveWindow(window.get());
+  window->activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(window.get()));
   user.choose = [&](ulo::DeviceChooser&) { window.reset(); };
   EXPECT_FALSE(share());
   EXPECT_THAT(obexd.calls, IsEmpty());
