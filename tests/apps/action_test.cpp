@@ -195,8 +195,9 @@ TEST_F(Action, NamesTheMissingCalendarLibrary) {
   ASSERT_TRUE(display_.focus("^vCalendar$"));
   ASSERT_TRUE(display_.press({"F1"}));
   EXPECT_EQ(end(), 1);
-  EXPECT_THAT(process_.readAllStandardError().toStdString(),
-              HasSubstr("vCalendar text needs libical's library libicalvcal.so; install libical 3"));
+  EXPECT_THAT(
+      process_.readAllStandardError().toStdString(),
+      HasSubstr("vCalendar text needs libical's library libicalvcal.so; install libical 3"));
   EXPECT_THAT(summaries(), ElementsAre());
 }
 
