@@ -2,6 +2,7 @@
 
 #include "foreign_text.h"
 #include "module_log.h"
+#include "reply_sender.h"
 
 #include <QDBusArgument>
 #include <QDBusPendingCallWatcher>
@@ -69,18 +70,33 @@ void BluetoothDevices::ask(std::chrono::milliseconds patience) {
       service, QStringLiteral("/"), objectManager, QStringLiteral("GetManagedObjects"));
   auto* answer = new QDBusPendingCallWatcher(
       bus_.asyncCall(question, static_cast<int>(patience.count())), this);
-  connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer] {
+  connect(answer, &QDBusPendingCallWatcher::finished, this, [this, answer, patience] {
     answer->deleteLater();
     const QDBusMessage reply = answer->reply();
     if (reply.type() == QDBusMessage::ReplyMessage &&
         reply.signature() == QLatin1String("a{oa{sa{sv}}}")) {
-      bluez_ = reply.service();
-      reply.arguments().constFirst().value<QDBusArgument>() >> objects_;
+      findReplySender(bus_, reply, service, this, [this, reply, patience](const QString& sender) {
+        take(reply, sender, patience);
+      });
     } else {
       ULO_LOG_ERROR("BlueZ does not tell its devices: %s", qPrintable(reply.errorMessage()));
+      evaluate();
     }
-    evaluate();
   });
+}
+
+void BluetoothDevices::take(const QDBusMessage& reply, const QString& sender,
+                            std::chrono::milliseconds patience) {
+  // Signals were ignored until the sender was known, so what they told is missing in the reply.
+  if (reply.service().isEmpty() && bluez_ != sender) {
+    bluez_ = sender;
+    ask(patience);
+    return;
+  }
+  bluez_ = sender;
+  if (!sender.isEmpty())
+    reply.arguments().constFirst().value<QDBusArgument>() >> objects_;
+  evaluate();
 }
 
 void BluetoothDevices::startDiscovery() {

@@ -65,6 +65,8 @@ private:
   using Objects = QMap<QDBusObjectPath, Interfaces>;
 
   void ask(std::chrono::milliseconds patience);
+  // Takes the objects of a reply to that question.
+  void take(const QDBusMessage& reply, const QString& sender, std::chrono::milliseconds patience);
   void callAdapter(const QString& method, const QVariantList& arguments);
   void discoveryRefused(const QString& method, const QString& why);
   void evaluate();

@@ -1,6 +1,7 @@
 #include "object_push.h"
 
 #include "module_log.h"
+#include "reply_sender.h"
 
 #include <QDBusArgument>
 #include <QDBusObjectPath>
@@ -83,11 +84,16 @@ void ObjectPush::connectToDevice(QVariantMap session) {
          if (state_ != State::connecting)
            return;
          session_ = pathIn(reply);
-         obexd_ = reply.service();
-         if (session_.isEmpty())
+         if (session_.isEmpty()) {
            fail(complaint(reply));
-         else
+           return;
+         }
+         findReplySender(bus_, reply, service, this, [this](const QString& sender) {
+           if (state_ != State::connecting)
+             return;
+           obexd_ = sender;
            sendFile();
+         });
        });
 }
 

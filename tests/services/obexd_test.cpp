@@ -33,7 +33,8 @@ public:
     QProcessEnvironment variables = QProcessEnvironment::systemEnvironment();
     variables.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), session.address());
     variables.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), system.address());
-    for (const char* place : {"HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME"})
+    for (const char* place :
+         {"HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_RUNTIME_DIR"})
       variables.insert(QString::fromLatin1(place), home);
     variables.insert(QStringLiteral("LD_PRELOAD"), QStringLiteral(ULO_RFCOMM_SHIM));
     variables.insert(QStringLiteral("ULO_TEST_RFCOMM"), radio);

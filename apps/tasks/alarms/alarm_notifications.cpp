@@ -1,6 +1,7 @@
 #include "alarms/alarm_notifications.h"
 
 #include "module_log.h"
+#include "reply_sender.h"
 #include "task_dates.h"
 #include "task_texts.h"
 #include "task_words.h"
@@ -163,7 +164,8 @@ void AlarmNotifications::notify(const ZTASK_ENG_Task& task, bool hasMarkup) {
 }
 
 void AlarmNotifications::notified(unsigned int uid, const QDBusMessage& reply) {
-  server_ = reply.service();
+  ulo::findReplySender(bus_->connection(), reply, service, this,
+                       [this](const QString& sender) { server_ = sender; });
   Shown& shown = shown_[uid];
   shown.id = reply.arguments().value(0).toUInt();
   if (shown.isWithdrawn)
