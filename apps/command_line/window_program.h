@@ -36,10 +36,10 @@ class WindowProgram {
 public:
   WindowProgram(ProgramHelp help, int count, char** arguments);
 
-  // If the program must end now, its exit code: the help, the version or the manual page has been
-  // printed, or, on standard error, what is wrong.
+  // The exit code, if the program must end now because the help, the version, the manual page, or a
+  // complaint about the command line has been printed.
   [[nodiscard]] std::optional<int> end() const { return end_; }
-  // Says on standard error what is wrong and how the program is used. Returns the exit code.
+  // Prints the reason and the usage on standard error. Returns the exit code.
   [[nodiscard]] int refuse(const std::string& reason) const;
 
   [[nodiscard]] const std::vector<std::string>& operands() const { return operands_; }

@@ -87,7 +87,7 @@ void BluetoothDevices::ask(std::chrono::milliseconds patience) {
 
 void BluetoothDevices::take(const QDBusMessage& reply, const QString& sender,
                             std::chrono::milliseconds patience) {
-  // Signals were ignored until the sender was known, so what they told is missing in the reply.
+  // Signals were ignored until the sender was known. The reply may lack the changes they reported.
   if (reply.service().isEmpty() && bluez_ != sender) {
     bluez_ = sender;
     ask(patience);

@@ -120,8 +120,8 @@ TEST_F(WindowProgram, TasksImportsFileWhoseNameIsAnOption) {
 }
 
 TEST_F(WindowProgram, BashCompletesOptionsAndFiles) {
-  // The replies of bash's function for words that follow the program, and what it leaves to
-  // readline.
+  // The replies of bash's function for words that follow the program, and the completions that it
+  // leaves to readline.
   const auto completed = [this](const char* program, const std::string& words) {
     return shell("source '" ULO_SOURCE_DIR "/packaging/completions/ulo-programs.bash'\n"
                  "compopt() { echo \"compopt $*\"; }\n"
