@@ -14,7 +14,8 @@ namespace {
 std::vector<DateValue> datesOf(const ComponentLines& lines, std::string_view name,
                                const DateReader& reader) {
   std::vector<DateValue> result;
-  for (std::size_t line = lines.find(name); line != none; line = lines.find(name, line + 1)) {
+  for (std::size_t line = lines.find(name); line != ComponentLines::none;
+       line = lines.find(name, line + 1)) {
     const std::optional<ContentLine> content = lines.property(line);
     if (!content)
       continue;
@@ -167,7 +168,7 @@ void moveAlarms(ComponentLines& lines, std::int64_t seconds, const DateReader& r
 }  // namespace
 
 bool hasRecurrence(const ComponentLines& lines) {
-  return lines.find("RRULE") != ComponentLines::none || lines.find("RDATE") != none;
+  return lines.find("RRULE") != ComponentLines::none || lines.find("RDATE") != ComponentLines::none;
 }
 
 NextDateResult moveToNext(ComponentLines& lines, const DateReader& reader) {

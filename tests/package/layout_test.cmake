@@ -137,7 +137,8 @@ endif()
 
 # Uninstalling removes the installed files, and no others.
 set(build ${WORK_DIR}/build)
-set(prefix ${WORK_DIR}/prefix)
+# The path of the prefix contains the name of the project's own directories.
+set(prefix ${WORK_DIR}/lib/ulotaskengine/prefix)
 set(files share/doc/ulotaskengine/README.md lib/ulotaskengine/0.1/libulobus.so bin/ulotask)
 foreach(file ${files} lib/libother.so)
   file(WRITE ${prefix}/${file} "")

@@ -190,7 +190,8 @@ TEST(VcalLimit, NoiseUsesLittleMemory) {
     std::ofstream("/proc/self/clear_refs") << 5;  // forgets the peak so far
     const std::size_t before = peakMemory();
     EXPECT_NE(ulo::examineFile(path).problem, TextProblem::none) << start;
-    EXPECT_LT(peakMemory() - before, 32'000'000U) << start;
+    // The kernel counts pages in batches, so that the peak may even be a little lower.
+    EXPECT_LT(peakMemory(), before + 32'000'000) << start;
   }
 }
 
