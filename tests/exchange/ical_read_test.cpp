@@ -80,6 +80,11 @@ TEST(IcalRead, StatusFollowsFromCompletion) {
   EXPECT_EQ(status({"STATUS:CANCELLED"}), 6);
 }
 
+TEST(IcalRead, PriorityMayHavePlusSign) {
+  EXPECT_EQ(problemsOf(todoOf({"PRIORITY:+3"})), "");
+  EXPECT_NE(problemsOf(todoOf({"PRIORITY:+"})), "");
+}
+
 TEST(IcalRead, ReportsValuesThatAreNotUnderstood) {
   EXPECT_EQ(problemsOf(todoOf({"STATUS:DONE", "PRIORITY:high", "DUE:tomorrow",
                                "COMPLETED:20261399T000000Z", "LAST-MODIFIED:20261101T250000Z",
