@@ -121,11 +121,11 @@ option(ULO_PRECOMPILED_HEADERS
   OFF)
 
 option(ULO_JOINED_SOURCES
-  "Compile up to eight sources as one: builds everything in less time, but a change of one source \
+  "Compile up to thirty sources as one: builds everything in less time, but a change of one source \
 compiles the others, too" OFF)
 if(ULO_JOINED_SOURCES)
   set(CMAKE_UNITY_BUILD ON)
-  set(CMAKE_UNITY_BUILD_BATCH_SIZE 8)
+  set(CMAKE_UNITY_BUILD_BATCH_SIZE 30)
   # Takes a class that is declared in one source for one that is declared in a header.
   add_compile_options($<$<COMPILE_LANG_AND_ID:CXX,GNU>:-Wno-subobject-linkage>)
 endif()

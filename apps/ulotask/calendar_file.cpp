@@ -108,14 +108,14 @@ Calendar readVcalendar(const std::string& name, std::string_view text,
   return {CalendarVersion::vcalendar, std::move(read.tasks), {}};
 }
 
-std::string sentence(const TASK_ENG_Ical::Problem& problem) {
+std::string describe(const TASK_ENG_Ical::Problem& problem) {
   return problem.text.toStdString() +
          (problem.line > 0 ? " (line " + std::to_string(problem.line) + ")" : "");
 }
 
 void refuse(const std::string& name, const TASK_ENG_Ical::Report& report) {
   const std::string reason =
-      report.problems.empty() ? std::string() : ": " + sentence(report.problems.front());
+      report.problems.empty() ? std::string() : ": " + describe(report.problems.front());
   switch (report.failure) {
   case TASK_ENG_Ical::none:
     return;
@@ -136,7 +136,7 @@ Calendar readIcalendar(const std::string& name, const QByteArray& text,
   std::vector<TASK_ENG_Ical::Todo> todos = TASK_ENG_Ical::read(text, &report);
   refuse(name, report);
   for (const TASK_ENG_Ical::Problem& problem : report.problems)
-    notices.push_back(shownName(name) + ": " + sentence(problem));
+    notices.push_back(shownName(name) + ": " + describe(problem));
   if (report.problemCount > report.problems.size())
     notices.push_back(shownName(name) + ": " +
                       counted(report.problemCount - report.problems.size(), "more problem"));

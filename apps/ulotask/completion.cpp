@@ -6,6 +6,7 @@
 #include "session.h"
 #include "task_words.h"
 #include "text.h"
+#include "verb.h"
 
 #include <CLI/CLI.hpp>
 
@@ -24,10 +25,6 @@ struct Candidate {
 
 bool begins(const std::string& text, const std::string& prefix) {
   return text.compare(0, prefix.size(), prefix) == 0;
-}
-
-std::vector<const CLI::App*> verbsOf(const CLI::App& group) {
-  return group.get_subcommands([](const CLI::App*) { return true; });
 }
 
 const CLI::App* verbNamed(const CLI::App& group, const std::string& name) {

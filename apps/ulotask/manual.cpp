@@ -2,6 +2,7 @@
 
 #include "exit_codes.h"
 #include "man_page.h"
+#include "verb.h"
 
 #include <CLI/CLI.hpp>
 
@@ -13,11 +14,6 @@ namespace {
 using ulo::bold;
 using ulo::italic;
 using ulo::plain;
-using ulo::sentence;
-
-std::vector<const CLI::App*> verbsOf(const CLI::App& group) {
-  return group.get_subcommands([](const CLI::App*) { return true; });
-}
 
 // "UID...", in brackets if it may be left out.
 std::string operand(const CLI::Option& option) {
@@ -56,7 +52,7 @@ std::string choices(const std::string& type) {
 }
 
 std::string meaning(const CLI::Option& option) {
-  std::string text = sentence(option.get_description()) + choices(option.get_type_name());
+  std::string text = ulo::sentence(option.get_description()) + choices(option.get_type_name());
   if (const std::string preset = option.get_default_str(); !preset.empty())
     text += " The default is " + preset + '.';
   for (const CLI::Option* other : option.get_excludes())
@@ -83,7 +79,7 @@ std::string tag(const CLI::Option& option) {
 
 void addVerb(ulo::ManPage& page, const CLI::App& verb, const std::string& path) {
   page.subsection(synopsis(verb, path));
-  page.paragraph(plain(sentence(verb.get_description())));
+  page.paragraph(plain(ulo::sentence(verb.get_description())));
   for (const CLI::Option* option : verb.get_options()) {
     if (!isHelp(verb, option))
       page.entry(tag(*option), plain(meaning(*option)));
@@ -109,7 +105,7 @@ std::string manual(const CLI::App& app) {
                  bold("ulotaskengine") + "(5).");
   page.section("OPTIONS");
   for (const CLI::Option* option : app.get_options())
-    page.entry(tag(*option), plain(sentence(option->get_description())));
+    page.entry(tag(*option), plain(ulo::sentence(option->get_description())));
   page.paragraph(plain("Each verb has the option --help, too. The word -- ends the options, so "
                        "that the following words are arguments even if they begin with a dash."));
   page.section("VERBS");
@@ -117,7 +113,8 @@ std::string manual(const CLI::App& app) {
     addVerb(page, *verb, "");
   page.section("EXIT STATUS");
   for (const ExitMeaning& entry : exitMeanings)
-    page.entry(bold(std::to_string(static_cast<int>(entry.code))), plain(sentence(entry.meaning)));
+    page.entry(bold(std::to_string(static_cast<int>(entry.code))),
+               plain(ulo::sentence(entry.meaning)));
   page.seeAlso({"ulo-tasks(1)", "ulo-action(1)", "ulotaskengine(5)", "ulodb2(7)"});
   return page.text();
 }

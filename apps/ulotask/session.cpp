@@ -15,10 +15,6 @@
 namespace ulotask {
 namespace {
 
-void keepLine(void* text, const char* line) {
-  *static_cast<std::string*>(text) = line;
-}
-
 std::string reasonOf(int result) {
   switch (result) {
   case DB_CORRUPT:
@@ -34,6 +30,10 @@ std::string reasonOf(int result) {
 }
 
 }  // namespace
+
+void keepLine(void* text, const char* utf8) {
+  *static_cast<std::string*>(text) = utf8;
+}
 
 Failure noTask(unsigned int uid) {
   return {Exit::notFound, "no task has the UID " + std::to_string(uid)};

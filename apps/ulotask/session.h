@@ -45,6 +45,9 @@ Failure noTask(unsigned int uid);
 // the log may be on the same full disk.
 std::string databaseReason();
 
+// Receives the lines of a database function. `text` is a std::string, which keeps the last one.
+void keepLine(void* text, const char* utf8);
+
 // Says why the store cannot be opened, and which verb may help.
 Failure closedStore();
 

@@ -74,4 +74,8 @@ void Verb::run(std::function<void()> work) {
   app_->callback(std::move(work));
 }
 
+std::vector<const CLI::App*> verbsOf(const CLI::App& group) {
+  return group.get_subcommands([](const CLI::App*) { return true; });
+}
+
 }  // namespace ulotask

@@ -58,4 +58,7 @@ private:
   CLI::App* app_;
 };
 
+// The verbs and groups of `group`.
+std::vector<const CLI::App*> verbsOf(const CLI::App& group);
+
 }  // namespace ulotask

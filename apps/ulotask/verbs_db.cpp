@@ -44,10 +44,6 @@ void explain(Session& session, const std::string& argument) {
     throw Failure(Exit::badScript, "the text was rejected with code " + std::to_string(code));
 }
 
-void keepLine(void* text, const char* utf8) {
-  *static_cast<std::string*>(text) = utf8;
-}
-
 // Lines of a maintenance function: its results, or the reasons for its failure.
 struct Lines {
   std::vector<std::string> texts;

@@ -12,7 +12,7 @@ namespace ulo {
 
 namespace {
 
-constexpr QLatin1String service("org.bluez.obex");
+constexpr QLatin1String obexService("org.bluez.obex");
 constexpr QLatin1String clientPath("/org/bluez/obex");
 constexpr QLatin1String clientInterface("org.bluez.obex.Client1");
 constexpr QLatin1String pushInterface("org.bluez.obex.ObjectPush1");
@@ -53,7 +53,7 @@ void ObjectPush::watchObexd() {
                QStringLiteral("PropertiesChanged"), {transferInterface}, QString(), this,
                SLOT(propertiesChanged(QDBusMessage)));
   auto* watcher =
-      new QDBusServiceWatcher(service, bus_, QDBusServiceWatcher::WatchForUnregistration, this);
+      new QDBusServiceWatcher(obexService, bus_, QDBusServiceWatcher::WatchForUnregistration, this);
   connect(watcher, &QDBusServiceWatcher::serviceUnregistered, this, &ObjectPush::serviceLost);
   bus_.connect(QString(), QString(), QStringLiteral("org.freedesktop.DBus.Local"),
                QStringLiteral("Disconnected"), this, SLOT(serviceLost()));
@@ -66,7 +66,7 @@ void ObjectPush::call(const QString& path, const QString& interface, const QStri
     QMetaObject::invokeMethod(this, "serviceLost", Qt::QueuedConnection);
     return;
   }
-  QDBusMessage message = QDBusMessage::createMethodCall(service, path, interface, method);
+  QDBusMessage message = QDBusMessage::createMethodCall(obexService, path, interface, method);
   message.setArguments(arguments);
   auto* answer = new QDBusPendingCallWatcher(
       bus_.asyncCall(message, static_cast<int>(patience.count())), this);
@@ -88,7 +88,7 @@ void ObjectPush::connectToDevice(QVariantMap session) {
            fail(complaint(reply));
            return;
          }
-         findReplySender(bus_, reply, service, this, [this](const QString& sender) {
+         findReplySender(bus_, reply, obexService, this, [this](const QString& sender) {
            if (state_ != State::connecting)
              return;
            obexd_ = sender;

@@ -9,11 +9,11 @@ namespace {
 
 using Task = ZTASK_ENG_Task;
 
-QByteArray todo(const QByteArray& uid, const QByteArray& lines = {}) {
+QByteArray todoWithUid(const QByteArray& uid, const QByteArray& lines = {}) {
   return "BEGIN:VTODO\r\nUID:" + uid + "\r\n" + lines + "END:VTODO\r\n";
 }
 QByteArray overrideOf(const QByteArray& uid, const QByteArray& lines = {}) {
-  return todo(uid, "RECURRENCE-ID:20261202T100000Z\r\n" + lines);
+  return todoWithUid(uid, "RECURRENCE-ID:20261202T100000Z\r\n" + lines);
 }
 QByteArray zone(const QByteArray& id) {
   return "BEGIN:VTIMEZONE\r\nTZID:" + id +
@@ -27,7 +27,8 @@ std::string uid(const TASK_ENG_Ical& calendar, int todo) {
 }
 
 TEST(IcalSeveral, CountsComponents) {
-  const TASK_ENG_Ical calendar(calendarOf(zone("A") + event + todo("1") + event + todo("2")));
+  const TASK_ENG_Ical calendar(
+      calendarOf(zone("A") + event + todoWithUid("1") + event + todoWithUid("2")));
   EXPECT_EQ(calendar.count(), 2);
   EXPECT_EQ(calendar.report().todos, 2);
   EXPECT_EQ(calendar.report().otherComponents, 2);
@@ -36,20 +37,22 @@ TEST(IcalSeveral, CountsComponents) {
 }
 
 TEST(IcalSeveral, OverridesBelongToTheirTodo) {
-  const TASK_ENG_Ical calendar(calendarOf(overrideOf("2", "X-A:1\r\n") + todo("1") + todo("2") +
-                                          overrideOf("3") + overrideOf("2", "X-A:2\r\n") +
-                                          overrideOf("") + todo("")));
+  const TASK_ENG_Ical calendar(calendarOf(
+      overrideOf("2", "X-A:1\r\n") + todoWithUid("1") + todoWithUid("2") + overrideOf("3") +
+      overrideOf("2", "X-A:2\r\n") + overrideOf("") + todoWithUid("")));
   ASSERT_EQ(calendar.count(), 5);
   EXPECT_EQ(uid(calendar, 0), "1");
   EXPECT_EQ(uid(calendar, 1), "2");
   EXPECT_EQ(uid(calendar, 2), "3") << "an override without its to-do";
-  EXPECT_EQ(calendar.text(1).toStdString(),
-            calendarOf(overrideOf("2", "X-A:1\r\n") + todo("2") + overrideOf("2", "X-A:2\r\n"))
-                .toStdString());
+  EXPECT_EQ(
+      calendar.text(1).toStdString(),
+      calendarOf(overrideOf("2", "X-A:1\r\n") + todoWithUid("2") + overrideOf("2", "X-A:2\r\n"))
+          .toStdString());
 }
 
 TEST(IcalSeveral, TodosWithOneUidAreDifferentOnes) {
-  const TASK_ENG_Ical calendar(calendarOf(todo("1", "X-A:1\r\n") + todo("1", "X-A:2\r\n")));
+  const TASK_ENG_Ical calendar(
+      calendarOf(todoWithUid("1", "X-A:1\r\n") + todoWithUid("1", "X-A:2\r\n")));
   EXPECT_EQ(calendar.count(), 2);
 }
 
@@ -57,14 +60,15 @@ TEST(IcalSeveral, TextOfOneTodoHasItsTimeZones) {
   const QByteArray text =
       "\xEF\xBB\xBF"
       "begin:vcalendar\nVersion:2.0\nX-WR-CALNAME:\n  list\n" +
-      zone("A") + zone("B, \"C\"") + event + "\n" + todo("1", "DUE;TZID=A:20261201T100000\r\n") +
-      todo("2", "DTSTART;VALUE=DATE-TIME\r\n ;TZID=\"B, ^'C^'\":20261201T100000\r\n") +
+      zone("A") + zone("B, \"C\"") + event + "\n" +
+      todoWithUid("1", "DUE;TZID=A:20261201T100000\r\n") +
+      todoWithUid("2", "DTSTART;VALUE=DATE-TIME\r\n ;TZID=\"B, ^'C^'\":20261201T100000\r\n") +
       "X-LATE:1\nend:vcalendar\nafter\n";
   const TASK_ENG_Ical calendar(text);
   ASSERT_EQ(calendar.count(), 2);
   EXPECT_EQ(calendar.text(0).toStdString(),
             ("begin:vcalendar\nVersion:2.0\nX-WR-CALNAME:\n  list\n" + zone("A") +
-             todo("1", "DUE;TZID=A:20261201T100000\r\n") + "X-LATE:1\nend:vcalendar\n")
+             todoWithUid("1", "DUE;TZID=A:20261201T100000\r\n") + "X-LATE:1\nend:vcalendar\n")
                 .toStdString());
   EXPECT_TRUE(calendar.text(1).contains(zone("B, \"C\"")));
   EXPECT_FALSE(calendar.text(1).contains(zone("A")));
@@ -72,14 +76,15 @@ TEST(IcalSeveral, TextOfOneTodoHasItsTimeZones) {
 }
 
 TEST(IcalSeveral, CalendarWithOneTodoIsReturnedWhole) {
-  const QByteArray text = "\xEF\xBB\xBF\r\n" +
-                          calendarOf(zone("A") + todo("1", "DUE;TZID=A:20261201T100000\r\n")) +
-                          "\r\nafter";
+  const QByteArray text =
+      "\xEF\xBB\xBF\r\n" +
+      calendarOf(zone("A") + todoWithUid("1", "DUE;TZID=A:20261201T100000\r\n")) + "\r\nafter";
   EXPECT_EQ(TASK_ENG_Ical(text).text(0), text);
 }
 
 TEST(IcalSeveral, ReplacesEachTodoInItsPlace) {
-  const QByteArray text = calendarOf(todo("1") + event + todo("2") + "X-A:b\r\n" + todo("3"));
+  const QByteArray text =
+      calendarOf(todoWithUid("1") + event + todoWithUid("2") + "X-A:b\r\n" + todoWithUid("3"));
   TASK_ENG_Ical calendar(text);
   for (const int i : {2, 0}) {
     Task task = calendar.task(i);
@@ -87,7 +92,7 @@ TEST(IcalSeveral, ReplacesEachTodoInItsPlace) {
     EXPECT_TRUE(calendar.replace(i, task));
     EXPECT_EQ(calendar.task(i).getPriorityValue(), i + 1);
   }
-  EXPECT_EQ(calendar.text(1), calendarOf(todo("2") + "X-A:b\r\n"));
+  EXPECT_EQ(calendar.text(1), calendarOf(todoWithUid("2") + "X-A:b\r\n"));
   const TASK_ENG_Ical again(calendar.text());
   EXPECT_EQ(again.task(0).getPriorityValue(), 1);
   EXPECT_EQ(again.task(1).getPriorityValue(), 0);
@@ -95,34 +100,35 @@ TEST(IcalSeveral, ReplacesEachTodoInItsPlace) {
 }
 
 TEST(IcalSeveral, ReadsSeveralCalendars) {
-  const QByteArray old = "BEGIN:VCALENDAR\r\nVERSION:1.0\r\n" + todo("x") + "END:VCALENDAR\r\n";
-  const QByteArray text = calendarOf(zone("A") + todo("1")) + "between\r\n" + old +
-                          calendarOf(todo("2", "DUE;TZID=A:20261201T100000\r\n"));
+  const QByteArray old =
+      "BEGIN:VCALENDAR\r\nVERSION:1.0\r\n" + todoWithUid("x") + "END:VCALENDAR\r\n";
+  const QByteArray text = calendarOf(zone("A") + todoWithUid("1")) + "between\r\n" + old +
+                          calendarOf(todoWithUid("2", "DUE;TZID=A:20261201T100000\r\n"));
   const TASK_ENG_Ical calendar(text);
   ASSERT_EQ(calendar.count(), 2);
   EXPECT_EQ(calendar.report().otherComponents, 1);
-  EXPECT_EQ(calendar.text(0), calendarOf(todo("1")));
+  EXPECT_EQ(calendar.text(0), calendarOf(todoWithUid("1")));
   // A time zone counts in its own calendar.
   EXPECT_EQ(calendar.report().problemCount, 1U);
   EXPECT_EQ(calendar.text(), text);
 }
 
 TEST(IcalSeveral, AppendsTodos) {
-  TASK_ENG_Ical calendar(calendarOf(todo("1") + "X-A:b\r\n") + "after");
+  TASK_ENG_Ical calendar(calendarOf(todoWithUid("1") + "X-A:b\r\n") + "after");
   Task task;
   task.setString(Task::TASK_FIELD_UUID, "2");
   task.setString(Task::TASK_FIELD_SUMMARY, "new");
   calendar.append(task);
-  calendar.append(
-      TASK_ENG_Ical(calendarOf(zone("A") + zone("B") + event + todo("0") +
-                               todo("3", "DUE;TZID=A:20261201T100000\r\n") + overrideOf("3"))),
-      1);
+  calendar.append(TASK_ENG_Ical(calendarOf(zone("A") + zone("B") + event + todoWithUid("0") +
+                                           todoWithUid("3", "DUE;TZID=A:20261201T100000\r\n") +
+                                           overrideOf("3"))),
+                  1);
   EXPECT_EQ(calendar.count(), 3);
   EXPECT_EQ(calendar.task(1).getString(Task::TASK_FIELD_SUMMARY), "new");
   EXPECT_EQ(dateText(calendar.task(2), Task::TASK_FIELD_DUE), "20261201T070000Z");
   const QByteArray text = calendar.text();
-  EXPECT_TRUE(text.startsWith(calendarOf(todo("1") + "X-A:b\r\n").chopped(15)));
-  EXPECT_TRUE(text.endsWith(zone("A") + todo("3", "DUE;TZID=A:20261201T100000\r\n") +
+  EXPECT_TRUE(text.startsWith(calendarOf(todoWithUid("1") + "X-A:b\r\n").chopped(15)));
+  EXPECT_TRUE(text.endsWith(zone("A") + todoWithUid("3", "DUE;TZID=A:20261201T100000\r\n") +
                             overrideOf("3") + "END:VCALENDAR\r\nafter"));
   const TASK_ENG_Ical again(text);
   ASSERT_EQ(again.count(), 3);
@@ -136,7 +142,8 @@ TEST(IcalSeveral, AppendsTodos) {
 
 TEST(IcalSeveral, AppendsTimeZoneOnce) {
   TASK_ENG_Ical calendar;
-  const TASK_ENG_Ical other(calendarOf(zone("A") + todo("1", "DUE;TZID=A:20261201T100000\r\n")));
+  const TASK_ENG_Ical other(
+      calendarOf(zone("A") + todoWithUid("1", "DUE;TZID=A:20261201T100000\r\n")));
   calendar.append(other, 0);
   calendar.append(other, 0);
   EXPECT_EQ(calendar.text().count("BEGIN:VTIMEZONE"), 1);
@@ -145,9 +152,9 @@ TEST(IcalSeveral, AppendsTimeZoneOnce) {
 
 TEST(IcalSeveral, AppendedTimeZoneIsKnownAtOnce) {
   const QByteArray line = "DUE;TZID=A:20261201T100000\r\n";
-  TASK_ENG_Ical calendar(calendarOf(todo("1", line)));
+  TASK_ENG_Ical calendar(calendarOf(todoWithUid("1", line)));
   EXPECT_EQ(dateText(calendar.task(0), Task::TASK_FIELD_DUE), "20261201T090000Z");
-  calendar.append(TASK_ENG_Ical(calendarOf(zone("A") + todo("2", line))), 0);
+  calendar.append(TASK_ENG_Ical(calendarOf(zone("A") + todoWithUid("2", line))), 0);
   for (const int i : {0, 1})
     EXPECT_EQ(dateText(calendar.task(i), Task::TASK_FIELD_DUE), "20261201T070000Z");
   EXPECT_EQ(TASK_ENG_Ical(calendar.text()).report().problemCount, 0U);
@@ -155,7 +162,7 @@ TEST(IcalSeveral, AppendedTimeZoneIsKnownAtOnce) {
 }
 
 TEST(IcalSeveral, ReportIsThatOfTheTextBeforeEdits) {
-  TASK_ENG_Ical calendar(calendarOf(todo("1", "STATUS:odd\r\nDUE:soon\r\n")));
+  TASK_ENG_Ical calendar(calendarOf(todoWithUid("1", "STATUS:odd\r\nDUE:soon\r\n")));
   Task task = calendar.task(0);
   task.setStatus(0);
   EXPECT_TRUE(calendar.replace(0, task));
@@ -164,13 +171,14 @@ TEST(IcalSeveral, ReportIsThatOfTheTextBeforeEdits) {
 }
 
 TEST(IcalSeveral, ReadReturnsTodosWithTheirTexts) {
-  const QByteArray text = calendarOf(todo("1", "RDATE:20270101\r\n") + todo("2", "STATUS:odd\r\n"));
+  const QByteArray text =
+      calendarOf(todoWithUid("1", "RDATE:20270101\r\n") + todoWithUid("2", "STATUS:odd\r\n"));
   TASK_ENG_Ical::Report report;
   const std::vector<TASK_ENG_Ical::Todo> todos = TASK_ENG_Ical::read(text, &report);
   ASSERT_EQ(todos.size(), 2U);
   EXPECT_TRUE(todos[0].repeats);
   EXPECT_FALSE(todos[1].repeats);
-  EXPECT_EQ(todos[1].text, calendarOf(todo("2", "STATUS:odd\r\n")));
+  EXPECT_EQ(todos[1].text, calendarOf(todoWithUid("2", "STATUS:odd\r\n")));
   EXPECT_EQ(report.todos, 2);
   EXPECT_EQ(report.problemCount, 1U);
 }
@@ -184,18 +192,20 @@ TEST(IcalSeveral, ReportsWhyATextCannotBeRead) {
   };
   EXPECT_EQ(failure(""), TASK_ENG_Ical::notCalendar);
   EXPECT_EQ(failure("Dear Sir"), TASK_ENG_Ical::notCalendar);
-  EXPECT_EQ(failure(todo("1")), TASK_ENG_Ical::notCalendar);
-  EXPECT_EQ(failure("BEGIN:VCALENDAR\r\nVERSION:1.0\r\n" + todo("1") + "END:VCALENDAR\r\n"),
+  EXPECT_EQ(failure(todoWithUid("1")), TASK_ENG_Ical::notCalendar);
+  EXPECT_EQ(failure("BEGIN:VCALENDAR\r\nVERSION:1.0\r\n" + todoWithUid("1") + "END:VCALENDAR\r\n"),
             TASK_ENG_Ical::notCalendar);
   EXPECT_EQ(failure(calendarOf(event)), TASK_ENG_Ical::noTodo);
-  EXPECT_EQ(failure(calendarOf(todo("1")).chopped(15)), TASK_ENG_Ical::truncated);
+  EXPECT_EQ(failure(calendarOf(todoWithUid("1")).chopped(15)), TASK_ENG_Ical::truncated);
   EXPECT_EQ(failure(calendarOf("BEGIN:VTODO\r\n")), TASK_ENG_Ical::truncated);
-  EXPECT_EQ(failure(calendarOf("BEGIN:VTODO\r\nUID:1\r\n" + todo("2"))), TASK_ENG_Ical::truncated);
+  EXPECT_EQ(failure(calendarOf("BEGIN:VTODO\r\nUID:1\r\n" + todoWithUid("2"))),
+            TASK_ENG_Ical::truncated);
 }
 
 TEST(IcalSeveral, NestedComponentWithoutEndEndsWithTheTodo) {
-  const QByteArray text = calendarOf(todo("1", "BEGIN:VALARM\r\nTRIGGER:20261130T070000Z\r\n") +
-                                     todo("2", "END:VALARM\r\n"));
+  const QByteArray text =
+      calendarOf(todoWithUid("1", "BEGIN:VALARM\r\nTRIGGER:20261130T070000Z\r\n") +
+                 todoWithUid("2", "END:VALARM\r\n"));
   const TASK_ENG_Ical calendar(text);
   ASSERT_EQ(calendar.count(), 2);
   EXPECT_EQ(dateText(calendar.task(0), Task::TASK_FIELD_ALARM), "20261130T070000Z");

@@ -145,6 +145,7 @@ TEST_P(Golden, HasSameResultWithoutPushDown) {
 
 // Otherwise the comparison above could run the same SQL twice.
 TEST(PushDownSwitch, ChangesExecutedSql) {
+  constexpr int enough = 5;
   int differ = 0;
   for (const std::string& name : caseNames()) {
     const Case input = readCase(name);
@@ -152,8 +153,10 @@ TEST(PushDownSwitch, ChangesExecutedSql) {
     const std::string walked = explain(input, DB_EXPLAIN_SQL | DB_EXPLAIN_RUN);
     ulo::odb::pushDownEnabled = true;
     differ += explain(input, DB_EXPLAIN_SQL | DB_EXPLAIN_RUN) != walked ? 1 : 0;
+    if (differ == enough)
+      break;
   }
-  EXPECT_GE(differ, 5);
+  EXPECT_EQ(differ, enough);
 }
 
 INSTANTIATE_TEST_SUITE_P(Odb, Golden, testing::ValuesIn(caseNames()),
