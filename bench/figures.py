@@ -47,6 +47,7 @@ class Row:
     records: float
     growth: float = 0  # of the time per record from the previous size; 0 for the first size
     hand_growth: float = 0
+    peer: float = 0  # with another program, if measured
 
     @property
     def target(self):

@@ -4,6 +4,7 @@
 //   --data-dir=DIR      directory for the stores, on a disk
 //   --quick             fewer and shorter repetitions
 
+#include "ical_text.h"
 #include "pairs.h"
 #include "ulo/log_sink.h"
 
@@ -56,6 +57,11 @@ int main(int count, char** arguments) {
     if (const auto value = take(count, arguments, "--data-dir=")) {
       place = *value;
       found = true;
+    }
+    // For bench/report, which passes the text to other programs.
+    if (const auto value = take(count, arguments, "--print-ical=")) {
+      std::fputs(bench::icalText(std::atoi(value->c_str())).constData(), stdout);
+      return EXIT_SUCCESS;
     }
     if (take(count, arguments, "--quick")) {
       bench::shortenEfforts();

@@ -9,6 +9,7 @@ import subprocess
 import sys
 import time
 
+import peer_programs
 import report_text
 from figures import Figures
 
@@ -50,6 +51,19 @@ def time_size(size, options):
         return json.load(file)
 
 
+def time_peer(figures):
+    """Adds the times of KDE's library for the same iCalendar texts, if it is installed."""
+    rows = [row for row in figures.rows if row.operation.startswith("ical.")]
+    if not rows or not peer_programs.KCalendarCore.is_installed():
+        return
+    for row in rows:
+        path = os.path.join(RESULTS, f"{row.size}.ics")
+        with open(path, "w", encoding="utf-8", newline="") as file:
+            file.write(run("ulo_bench", f"--print-ical={row.size}"))
+        verb = row.operation.replace("ical.", "time-")
+        row.peer = float(run(peer_programs.KCalendarCore.program(), verb, path))
+
+
 def measure_memory(options):
     lines = run("ulo_bench_memory", os.path.join(options.data_dir, "memory")).splitlines()
     return [json.loads(line) for line in lines]
@@ -87,6 +101,8 @@ def main():
     try:
         for size in [CODEC, *sizes]:
             figures.add_times(size, time_size(size, options))
+            if size == CODEC:
+                time_peer(figures)
         if whole:
             figures.memory = measure_memory(options)
             figures.instructions = count_instructions()

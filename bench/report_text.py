@@ -59,6 +59,7 @@ def table(head, rows):
 
 def times_table(figures, pattern):
     rows = []
+    peers = []
     for operation in figures.operations():
         if not re.search(pattern, operation):
             continue
@@ -69,8 +70,13 @@ def times_table(figures, pattern):
                          shown_time(row.hand), f"{row.ratio:.2f}",
                          shown_time(row.ours / row.records) if row.records > 1 else "", growth,
                          f"not met: {missed}" if missed else "met"])
+            peers.append([shown_time(row.peer), f"{row.ours / row.peer:.2f}"] if row.peer
+                         else ["", ""])
     head = ["operation", "size", "ours", "hand-written", "ratio", "ours per record",
             "growth (hand)", "target"]
+    if any(row.peer for row in figures.rows if re.search(pattern, row.operation)):
+        head += ["KCalendarCore", "ours / it"]
+        rows = [row + peer for row, peer in zip(rows, peers)]
     return table(head, rows) if rows else ""
 
 
@@ -223,7 +229,7 @@ bench/peers                         # whole processes beside other programs
 - *ratio* is our time divided by the hand-written one: the median of the ratios of all repetitions. In each repetition the two sides run one after the other (if they wait for the disk, call by call), so that other load on the machine slows both.
 - *growth* is the time for each record (for each call, if there is at most one record) divided by that at the preceding size. The value of the hand-written side is in parentheses.
 - The log is off, the time zone has daylight saving. Tasks have a summary of 5 to 60 characters, a third of them have a note of 50 to 400 characters, two thirds have a due date, and there are 20 categories.
-- `ical.read` is compared with libical reading the text into its tree, and `ical.edit`, which replaces a summary, with libical reading the text, replacing the summary and writing the text anew.
+- `ical.read` is compared with libical reading the text into its tree, and `ical.edit`, which replaces a summary, with libical reading the text, replacing the summary and writing the text anew. KDE's library KCalendarCore does the same work in a process of its own, right after; it has no target.
 - `getAllTasks` is a match with an empty example. `page` reads ten tasks. `range` and `category` return about a twentieth of the tasks.
 
 Targets (for stores of {TARGETS_FROM:,} tasks and more; growth counts for larger ones, and only if the time of the hand-written side does not grow as much):
