@@ -1,12 +1,11 @@
 #include "ical_action.h"
 
-#include "RES_ICON_Reader.h"
 #include "TASK_ENG_Ical.h"
 #include "TASK_UI_DetailView.h"
-#include "ZMessageDlg.h"
 #include "ZTASK_ENG_Model.h"
 #include "gate.h"
 #include "module_log.h"
+#include "save_messages.h"
 #include "take_in_ical.h"
 #include "ulo/texts.h"
 #include "write_transaction.h"
@@ -19,12 +18,6 @@ using Todos = std::vector<TASK_ENG_Ical::Todo>;
 
 QString summaryOf(const TASK_ENG_Ical::Todo& todo) {
   return todo.task.getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY);
-}
-
-void showMessage(const QString& title, const QString& text, const char* icon) {
-  ZMessageDlg dialog(title, text, ZMessageDlg::message);
-  dialog.setTitleIcon(RES_ICON_Reader::getIcon(QString::fromLatin1(icon), true));
-  dialog.exec();
 }
 
 // Returns a result of the store; unless it is TASK_ENG_OK, nothing was stored.
@@ -50,24 +43,17 @@ int store(const Todos& todos) {
 bool save(const Todos& todos) {
   const int code = store(todos);
   if (code == TASK_ENG_OK) {
-    const QString message =
-        todos.size() == 1
-            ? ulo::text("FMT_RID_INSTRUCTIONALTXT_1_SAVED_TO_TASK_LIST", "%1 saved to Task List")
-                  .arg(summaryOf(todos.front()))
-            : ulo::text("FMT_RID_INSTRUCTIONALTXT_1_TASKS_SAVED", "%1 tasks saved to Task List")
-                  .arg(todos.size());
-    showMessage(ulo::text("TXT_RID_HEADER_SAVED_TO_TASK_LIST", "Saved to Task List"), message,
-                "save_pop.gif");
+    if (todos.size() == 1)
+      ulo::showSavedTask(summaryOf(todos.front()));
+    else
+      ulo::showSaved(
+          ulo::text("FMT_RID_INSTRUCTIONALTXT_1_TASKS_SAVED", "%1 tasks saved to Task List")
+              .arg(todos.size()));
     return true;
   }
   ULO_LOG_ERROR("the to-dos can't be stored, ret = %d", code);
   if (code == TASK_ENG_MEMORY_FULL)
-    showMessage(ulo::text("TXT_RID_HEADER_MEMORY_FULL", "Memory Full"),
-                ulo::text("TXT_RID_INSTRUCTIONALTXT_TASK_CANNOT_BE_CREATED_PHONE_MEMORY_IS_FULL_"
-                          "PLEASE_DELETE_SOME_FILES_TO_CREATE_SPACE_IN_MEMORY",
-                          "Task cannot be created because phone memory is full. Please delete some "
-                          "files to create space in memory."),
-                "alert_pop.gif");
+    ulo::showMemoryFull();
   return false;
 }
 

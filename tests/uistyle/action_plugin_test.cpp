@@ -4,7 +4,7 @@
 
 #include "TASK_ENG_SyncML.h"
 #include "entry_test.h"
-#include "save_failure.h"
+#include "save_messages.h"
 
 #include <QFile>
 

@@ -1,7 +1,6 @@
 // The log texts in this file are contracts: see docs/compatibility.md.
 #include "TASK_UI_DetailView.h"
 
-#include "AM_ActionData.h"
 #include "QAccel.h"
 #include "RES_ICON_Reader.h"
 #include "SHARE_Tool.h"
@@ -17,6 +16,7 @@
 #include "clock.h"
 #include "lock_check.h"
 #include "menu_items.h"
+#include "message_composer.h"
 #include "module_log.h"
 #include "task_words.h"
 #include "tasksMenu.h"
@@ -279,12 +279,7 @@ void TASK_UI_DetailView::sendToMessage() {
     ULO_LOG_ERROR("attached file %s isnot exist", path.toUtf8().constData());
     return;
   }
-  AM_ActionData message;
-  message.setOpenAppUuid(QString::fromLatin1(AM_ActionData::composer));
-  message.setAction(QStringLiteral("SendMMSSMS"));
-  message.setValue(QStringLiteral("Files"), path);
-  message.setValue(QStringLiteral("AutoDelete"), QStringLiteral("Yes"));
-  message.invoke(false);
+  ulo::composeMessage(path);
   traceExit("sendToMessage");
 }
 

@@ -1,42 +1,20 @@
 // The log texts in this file are contracts: see docs/compatibility.md.
 #include "TASK_UI_SDAction.h"
 
-#include "RES_ICON_Reader.h"
 #include "TASK_ENG_SyncML.h"
 #include "TASK_UI_DetailView.h"
-#include "ZMessageDlg.h"
 #include "lock_check.h"
 #include "module_log.h"
-#include "save_failure.h"
-#include "ulo/texts.h"
+#include "save_messages.h"
 
 #include <QFile>
 
 #include <utility>
 
-namespace {
-
-void showMessage(const QString& title, const QString& text, const char* icon) {
-  ZMessageDlg dialog(title, text, ZMessageDlg::message);
-  dialog.setTitleIcon(RES_ICON_Reader::getIcon(QString::fromLatin1(icon), true));
-  dialog.exec();
-}
-
-void showMemoryFull() {
-  showMessage(ulo::text("TXT_RID_HEADER_MEMORY_FULL", "Memory Full"),
-              ulo::text("TXT_RID_INSTRUCTIONALTXT_TASK_CANNOT_BE_CREATED_PHONE_MEMORY_IS_FULL_"
-                        "PLEASE_DELETE_SOME_FILES_TO_CREATE_SPACE_IN_MEMORY",
-                        "Task cannot be created because phone memory is full. Please delete some "
-                        "files to create space in memory."),
-              "alert_pop.gif");
-}
-
-}  // namespace
-
 void reportSaveFailure(int code) {
   ULO_LOG_ERROR("add VTodo failed! the ret is %d", code);
   if (code == TASK_SYNCML_NOMEMORY)
-    showMemoryFull();
+    ulo::showMemoryFull();
 }
 
 TASK_UI_SDAction::TASK_UI_SDAction() = default;
@@ -132,10 +110,7 @@ void TASK_UI_SDAction::popupVTodoAddedDialog(unsigned int uid) {
     ULO_LOG_ERROR("for model error");
     return;
   }
-  showMessage(ulo::text("TXT_RID_HEADER_SAVED_TO_TASK_LIST", "Saved to Task List"),
-              ulo::text("FMT_RID_INSTRUCTIONALTXT_1_SAVED_TO_TASK_LIST", "%1 saved to Task List")
-                  .arg(task.getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY)),
-              "save_pop.gif");
+  ulo::showSavedTask(task.getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY));
 }
 
 void TASK_UI_SDAction::showVTodoView(ZTASK_ENG_Task& task) {

@@ -1,8 +1,8 @@
 #include "list/share_task.h"
 
-#include "AM_ActionData.h"
 #include "TASK_UI_DetailView.h"
 #include "foreign_text.h"
+#include "message_composer.h"
 #include "module_log.h"
 #include "stored_text.h"
 
@@ -30,12 +30,7 @@ bool sendFile(const QString& summary, const QByteArray& text) {
     return false;
   }
   file.close();
-  AM_ActionData message;
-  message.setOpenAppUuid(QString::fromLatin1(AM_ActionData::composer));
-  message.setAction(QStringLiteral("SendMMSSMS"));
-  message.setValue(QStringLiteral("Files"), path);
-  message.setValue(QStringLiteral("AutoDelete"), QStringLiteral("Yes"));
-  message.invoke(false);
+  ulo::composeMessage(path);
   return true;
 }
 
