@@ -91,7 +91,8 @@ def command_lines():
     taskwarrior = CommandLine("Taskwarrior", ["task"], ["add", "Buy milk"], ["list"])
     with open(os.path.join(taskwarrior.home, ".taskrc"), "w", encoding="utf-8") as file:
         file.write("confirmation=off\n")
-    return [CommandLine("ulotask", ["ulotask"], ["add", "Buy milk"], ["list"]), taskwarrior, todoman]
+    ulotask = CommandLine("ulotask", ["ulotask"], ["add", "Buy milk"], ["list"])
+    return [ulotask, taskwarrior, todoman]
 
 
 def command_line_table():
@@ -171,7 +172,6 @@ class Window:
             raise SystemExit(f"{self.name} shows no window")
         time.sleep(5)
         pids = [pid for pid in processes_of(self.home) if pid != program.pid]
-        everything = memory_of(pids)
         own = []
         for pid in pids:
             with open(f"/proc/{pid}/comm", encoding="utf-8") as file:
@@ -182,6 +182,8 @@ class Window:
         processor = (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
         with open(f"/proc/{own[0]}/status", encoding="ascii") as file:
             resident = int(re.search(r"VmRSS:\s*(\d+)", file.read()).group(1))
+        private = memory_of(own)[1]
+        proportional = memory_of(pids)[0]
         for pid in pids:
             try:
                 os.kill(pid, 15)
@@ -189,7 +191,7 @@ class Window:
                 pass
         program.wait()
         time.sleep(1)
-        return shown, processor, resident, memory_of(own)[1], len(pids) - 1, everything[0]
+        return shown, processor, resident, private, len(pids) - 1, proportional
 
     def row(self):
         # The first start fills caches and creates files.
@@ -227,7 +229,7 @@ def windows():
 
 
 def window_table():
-    display = subprocess.Popen(["Xvfb", ":9", "-screen", "0", "480x640x24"],
+    display = subprocess.Popen(["Xvfb", ":9", "-screen", "0", "480x640x24", "-noreset"],
                                stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     time.sleep(3)
     try:
