@@ -1,5 +1,5 @@
-// Preloaded into a process: its monotonic clock advances by $ULO_TEST_CLOCK_STEP milliseconds on
-// every reading, and only then.
+// Preloaded into a process: its monotonic clock, which is also its time since boot, advances by
+// $ULO_TEST_CLOCK_STEP milliseconds on every reading, and only then.
 
 #include <atomic>
 #include <cerrno>
@@ -12,7 +12,7 @@ extern "C" __attribute__((visibility("default"))) int clock_gettime(clockid_t cl
   using Read = int (*)(clockid_t, timespec*);
   static const Read next = reinterpret_cast<Read>(dlsym(RTLD_NEXT, "clock_gettime"));
   const char* step = std::getenv("ULO_TEST_CLOCK_STEP");
-  if (clock != CLOCK_MONOTONIC || step == nullptr)
+  if ((clock != CLOCK_MONOTONIC && clock != CLOCK_BOOTTIME) || step == nullptr)
     return next(clock, time);
   static std::atomic<long> reads = 0;
   const long milliseconds = std::atol(step) * ++reads;

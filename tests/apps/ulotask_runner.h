@@ -86,7 +86,8 @@ protected:
 
   // Limits the store's database to this number of pages from now on.
   void limitStore(int pages);
-  // Makes the program's monotonic clock advance by this step on every reading, from now on.
+  // Makes the program's clocks of the time since boot advance by this step on every reading, from
+  // now on. Each program starts at the same time.
   void stepClock(int milliseconds);
 
   // Hides the library of this name from the program, from now on.
