@@ -20,6 +20,8 @@
 #include <QScrollBar>
 #include <QTimer>
 
+#include <vector>
+
 namespace {
 
 int linesOf(const QString& text, int width) {
@@ -125,9 +127,14 @@ TEST_F(DetailRows, IconIsCenteredOrAtTopOfText) {
 TEST_F(DetailRows, LabelsAreBesideOrAbove) {
   add(QStringLiteral("Label:"), QStringLiteral("content"));
   const auto contentIsBeside = [this] {
-    const auto texts = rows_.item(0)->findChildren<ZWrappedText*>();
-    const QPoint label = texts[0]->mapTo(&rows_, QPoint(0, 0));
-    const QPoint content = texts[1]->mapTo(&rows_, QPoint(0, 0));
+    // QObject::findChildren cannot select a class without Q_OBJECT.
+    std::vector<const ZWrappedText*> texts;
+    for (const auto* child : rows_.item(0)->findChildren<QWidget*>()) {
+      if (const auto* text = dynamic_cast<const ZWrappedText*>(child))
+        texts.push_back(text);
+    }
+    const QPoint label = texts.at(0)->mapTo(&rows_, QPoint(0, 0));
+    const QPoint content = texts.at(1)->mapTo(&rows_, QPoint(0, 0));
     return content.x() > label.x();
   };
   show(240, 320);
