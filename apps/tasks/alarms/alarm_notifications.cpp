@@ -142,10 +142,15 @@ void AlarmNotifications::ask(unsigned int uid, const QDBusMessage& question,
     if (shown == shown_.end() || shown->second.call != number)
       return;
     shown->second.call = 0;
-    if (reply.type() == QDBusMessage::ReplyMessage)
-      answered(uid, reply);
-    else
+    if (reply.type() != QDBusMessage::ReplyMessage) {
       fail(uid, reply.errorName() + u' ' + reply.errorMessage());
+      return;
+    }
+    // If this asks the bus, it does so before the next call, so that the sender is known when a
+    // signal about the notification of that call arrives.
+    ulo::findReplySender(bus_->connection(), reply, service, this,
+                         [this](const QString& sender) { server_ = sender; });
+    answered(uid, reply);
   });
 }  // NOLINT(clang-analyzer-cplusplus.NewDeleteLeaks): the call belongs to this object.
 
@@ -164,8 +169,6 @@ void AlarmNotifications::notify(const ZTASK_ENG_Task& task, bool hasMarkup) {
 }
 
 void AlarmNotifications::notified(unsigned int uid, const QDBusMessage& reply) {
-  ulo::findReplySender(bus_->connection(), reply, service, this,
-                       [this](const QString& sender) { server_ = sender; });
   Shown& shown = shown_[uid];
   shown.id = reply.arguments().value(0).toUInt();
   if (shown.isWithdrawn)
