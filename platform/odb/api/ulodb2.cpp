@@ -24,8 +24,9 @@ struct DB_ParamBlock {
 };
 
 struct DB_ResultCursor {
-  ResultBuffer buffer;
+  std::shared_ptr<const ResultBuffer> buffer;
   std::size_t row = 0;
+  ResultBuffer::Converted converted;
 };
 
 namespace {
@@ -141,9 +142,13 @@ ParameterView viewOf(DB_PARAM block) {
   return block == nullptr ? ParameterView() : ParameterView{block->parameters.get(), block->count};
 }
 
-ResultBuffer runText(ParameterView parameters, const char* text, va_list arguments) {
+std::shared_ptr<const ResultBuffer> runText(ParameterView parameters, const char* text,
+                                            va_list arguments) {
   require(text != nullptr, "the text is null");
-  return session().run(text, arguments, parameters, &threadTag);
+  Session::Answer answer = session().run(text, arguments, parameters);
+  if (answer.tag)
+    threadTag = *answer.tag;
+  return std::move(answer.rows);
 }
 
 int execute(ParameterView parameters, bool blockIsThere, const char* text, va_list arguments) {
@@ -180,13 +185,13 @@ int bindParameter(DB_PARAM block, int index, const Value& value) {
 
 // A negative column becomes larger than any valid index.
 bool hasField(DB_CURSOR cursor, int column) {
-  return cursor != nullptr && cursor->row < cursor->buffer.rows() &&
-         static_cast<unsigned int>(column) < cursor->buffer.columns();
+  return cursor != nullptr && cursor->row < cursor->buffer->rows() &&
+         static_cast<unsigned int>(column) < cursor->buffer->columns();
 }
 
 int numberField(DB_CURSOR cursor, int column) {
   return hasField(cursor, column)
-             ? cursor->buffer.number(cursor->row, static_cast<std::size_t>(column))
+             ? cursor->buffer->number(cursor->row, static_cast<std::size_t>(column))
              : 0;
 }
 
@@ -366,27 +371,33 @@ int DB_CSC_GetFieldAsBool(DB_CURSOR cursor, int column) {
 const unsigned short* DB_CSC_GetFieldAsUnicode(DB_CURSOR cursor, int column) {
   const unsigned short* text = nullptr;
   if (hasField(cursor, column))
-    guarded([&] { text = cursor->buffer.units(cursor->row, static_cast<std::size_t>(column)); });
+    guarded([&] {
+      text =
+          cursor->buffer->units(cursor->row, static_cast<std::size_t>(column), cursor->converted);
+    });
   return text;
 }
 
 const char* DB_CSC_GetFieldAsChar(DB_CURSOR cursor, int column) {
   const char* text = nullptr;
   if (hasField(cursor, column))
-    guarded([&] { text = cursor->buffer.bytes(cursor->row, static_cast<std::size_t>(column)); });
+    guarded([&] {
+      text =
+          cursor->buffer->bytes(cursor->row, static_cast<std::size_t>(column), cursor->converted);
+    });
   return text;
 }
 
 int DB_CSC_MoveNext(DB_CURSOR cursor) {
   if (cursor == nullptr)
     return DB_BAD_ARGUMENT;
-  if (cursor->row < cursor->buffer.rows())
+  if (cursor->row < cursor->buffer->rows())
     ++cursor->row;
-  return cursor->row < cursor->buffer.rows() ? DB_OK : DB_END;
+  return cursor->row < cursor->buffer->rows() ? DB_OK : DB_END;
 }
 
 int DB_CSC_Eof(DB_CURSOR cursor) {
-  return cursor == nullptr || cursor->row >= cursor->buffer.rows() ? 1 : 0;
+  return cursor == nullptr || cursor->row >= cursor->buffer->rows() ? 1 : 0;
 }
 
 int DB_CSC_Close(DB_CURSOR cursor) {

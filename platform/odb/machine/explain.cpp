@@ -132,30 +132,26 @@ void explain(Session& session, const std::string& text, int what, ParameterView 
   }
   if ((what & DB_EXPLAIN_RUN) == 0)
     return;
-  int tag = 0;
-  bool tagIsSet = false;
-  ResultBuffer result;
+  Session::Answer answer;
   {
     Executable executable(session.handle(), session.program(text));
     const Trace trace(session.handle(), line);
-    constexpr int untouched = -1;
-    tag = untouched;
     try {
-      result = session.run(executable, {}, parameters, &tag, [&] { trace.check(); });
+      answer = session.run(executable, {}, parameters, [&] { trace.check(); });
     } catch (const Failure&) {
       trace.check();
       throw;
     }
-    tagIsSet = tag != untouched;
   }
+  const ResultBuffer& result = *answer.rows;
   for (std::size_t row = 0; row < result.rows(); ++row) {
     std::string cells = "row:";
     for (std::size_t column = 0; column < result.columns(); ++column)
       cells += (column > 0 ? " | " : " ") + valueText(result.value(row, column));
     line(cells);
   }
-  if (tagIsSet)
-    line("tag: " + std::to_string(tag));
+  if (answer.tag)
+    line("tag: " + std::to_string(*answer.tag));
 }
 
 }  // namespace ulo::odb

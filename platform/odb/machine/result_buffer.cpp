@@ -92,25 +92,26 @@ Value ResultBuffer::value(std::size_t row, std::size_t place) const {
   return column.isNull(row) ? Value() : column.value(row);
 }
 
-const unsigned short* ResultBuffer::units(std::size_t row, std::size_t place) {
+const unsigned short* ResultBuffer::units(std::size_t row, std::size_t place,
+                                          Converted& converted) const {
   const Value text = value(row, place);
   if (!text.isText())
     return nullptr;
   // The pools align units and terminate each text with a zero.
   if (text.type == Type::unicode)
     return reinterpret_cast<const unsigned short*>(text.text.data());
-  converted_.push_back(toUnits(text.text) + std::string(2, '\0'));
-  return reinterpret_cast<const unsigned short*>(converted_.back().data());
+  converted.push_back(toUnits(text.text) + std::string(2, '\0'));
+  return reinterpret_cast<const unsigned short*>(converted.back().data());
 }
 
-const char* ResultBuffer::bytes(std::size_t row, std::size_t place) {
+const char* ResultBuffer::bytes(std::size_t row, std::size_t place, Converted& converted) const {
   const Value text = value(row, place);
   if (!text.isText())
     return nullptr;
   if (text.type == Type::varchar)
     return text.text.data();
-  converted_.push_back(toUtf8(text.text));
-  return converted_.back().c_str();
+  converted.push_back(toUtf8(text.text));
+  return converted.back().c_str();
 }
 
 }  // namespace ulo::odb

@@ -31,10 +31,12 @@ public:
   [[nodiscard]] int number(std::size_t row, std::size_t column) const {
     return columns_[column].number(row);
   }
-  // Zero-terminated; null for a null or a number. Valid until the buffer is modified or destroyed.
-  // Same requirements.
-  const unsigned short* units(std::size_t row, std::size_t column);
-  const char* bytes(std::size_t row, std::size_t column);
+  // Texts that were converted from units to bytes or vice versa.
+  using Converted = std::list<std::string>;
+  // Zero-terminated; null for a null or a number. Valid until the buffer is modified or destroyed
+  // or, if the text had to be converted, `converted` is. Same requirements.
+  const unsigned short* units(std::size_t row, std::size_t column, Converted& converted) const;
+  const char* bytes(std::size_t row, std::size_t column, Converted& converted) const;
 
   // For writing complete rows: call addRow, then put one value into each column that the rows have.
   // An open row (`rowIsOpen`) must be ended first.
@@ -115,7 +117,6 @@ private:
   [[noreturn]] static void tooManyRows();
 
   std::vector<Column> columns_;
-  std::list<std::string> converted_;  // texts converted to the other form
   std::size_t rows_ = 0;
   std::uint64_t openColumns_ = 0;  // bit mask of the columns put into the open row
 };

@@ -4,8 +4,38 @@
 #include "sqlite/store_place.h"
 
 #include <new>
+#include <utility>
 
 namespace ulo::odb {
+namespace {
+
+// What a state keeps of a text that runs repeatedly: at most this many answers of so many rows, for
+// parameters of so many bytes.
+constexpr std::size_t answersKept = 64;
+constexpr std::size_t rowsOfShortAnswer = 1;
+constexpr std::size_t sizeOfShortKey = 256;
+
+// Appends what a text is run with, so that equal keys mean equal values.
+void appendValues(std::string& key, const std::vector<std::int64_t>& numbers,
+                  ParameterView parameters) {
+  const auto append = [&key](const auto& number) {
+    key.append(reinterpret_cast<const char*>(&number), sizeof number);
+  };
+  for (const std::int64_t number : numbers)
+    append(number);
+  for (std::size_t i = 0; i < parameters.count; ++i) {
+    const Parameter& parameter = parameters.first[i];
+    const Value value = parameter.value.view();
+    key.push_back(static_cast<char>(parameter.isBound ? value.type : Type::nothing));
+    append(value.number);
+    if (value.isText()) {
+      append(value.text.size());
+      key.append(value.text);
+    }
+  }
+}
+
+}  // namespace
 
 // The transaction around a run: a savepoint within the caller's transaction, otherwise a new
 // transaction, or none if SQLite's implicit one suffices. The destructor rolls back unless keep()
@@ -67,7 +97,7 @@ private:
 
 Session::Session(int database)
     : database_(database), connection_(placeOf(database)), cache_(connection_),
-      texts_(connection_.handle()) {}
+      texts_(connection_.handle()), answers_(answersKept) {}
 
 Session::~Session() {
   if (inTransaction_)
@@ -151,6 +181,8 @@ void Session::endRead() {
   if (--reads_ > 0 || !readsTransact_)
     return;
   readsTransact_ = false;
+  answers_.clear();
+  lastRead_.clear();
   if (!connection_.inTransaction())
     return;
   try {
@@ -191,13 +223,15 @@ std::shared_ptr<const Program> Session::program(const std::string& text) {
   return cache_.program(text);
 }
 
-ResultBuffer Session::run(const char* text, va_list arguments, ParameterView parameters, int* tag) {
+Session::Answer Session::run(const char* text, va_list arguments, ParameterView parameters) {
   const auto fail = [this](DB_Result code) {
     if (inTransaction_ && connection_.isFilling())
       fillFailure_ = code;
   };
   try {
-    return runText(text, arguments, parameters, tag);
+    const TextCache::Call call = cache_.read(text, arguments);
+    return readsTransact_ && connection_.inTransaction() ? readText(call, parameters)
+                                                         : runText(call, parameters);
   } catch (const Failure& failure) {
     fail(failure.code());
     throw;
@@ -207,30 +241,46 @@ ResultBuffer Session::run(const char* text, va_list arguments, ParameterView par
   }
 }
 
-ResultBuffer Session::runText(const char* text, va_list arguments, ParameterView parameters,
-                              int* tag) {
+// Runs a text in the state that is read, in which a text returns the same for the same parameters.
+Session::Answer Session::readText(const TextCache::Call& call, ParameterView parameters) {
+  if (call.key() != lastRead_) {
+    lastRead_.clear();
+    Answer answer = runText(call, parameters);
+    lastRead_ = call.key();
+    return answer;
+  }
+  std::string key = call.key();
+  appendValues(key, call.numbers(), parameters);
+  if (const Answer* known = answers_.find(key))
+    return *known;
+  Answer answer = runText(call, parameters);
+  if (answer.rows->rows() <= rowsOfShortAnswer && key.size() <= sizeOfShortKey)
+    answers_.add(std::move(key), answer);
+  return answer;
+}
+
+Session::Answer Session::runText(const TextCache::Call& call, ParameterView parameters) {
   cache_.followCommits();
-  const TextCache::Call call = cache_.read(text, arguments);
   try {
-    return run(cache_.executable(call), call.numbers(), parameters, tag);
+    return run(cache_.executable(call), call.numbers(), parameters);
   } catch (const Failure& failure) {
     // SQLite may have noticed only now that another program has changed a table.
     if (failure.code() == DB_FULL ? inTransaction_ || !connection_.makeRoom(lastRunRemoves_)
                                   : !cache_.forgetIfTablesChanged())
       throw;
   }
-  return run(cache_.executable(call), call.numbers(), parameters, tag);
+  return run(cache_.executable(call), call.numbers(), parameters);
 }
 
-ResultBuffer Session::run(Executable& executable, const std::vector<std::int64_t>& numbers,
-                          ParameterView parameters, int* tag,
-                          const std::function<void()>& beforeKeeping) {
+Session::Answer Session::run(Executable& executable, const std::vector<std::int64_t>& numbers,
+                             ParameterView parameters, const std::function<void()>& beforeKeeping) {
   const Program& program = executable.program();
   lastRunRemoves_ = program.removes();
   if (lastRunRemoves_ && inTransaction_)
     connection_.makeRoomAhead();
-  ResultBuffer result = program.script ? ResultBuffer(program.script->buffer) : ResultBuffer();
-  Executable::Run current{parameters, numbers, result, std::nullopt};
+  const auto result = program.script ? std::make_shared<ResultBuffer>(program.script->buffer)
+                                     : std::make_shared<ResultBuffer>();
+  Executable::Run current{parameters, numbers, *result, std::nullopt};
   if (program.writes)
     requireFilled();
   const bool fills = program.writes && inTransaction_ && connection_.isFilling();
@@ -246,11 +296,9 @@ ResultBuffer Session::run(Executable& executable, const std::vector<std::int64_t
   }
   if (program.writes && !inTransaction_)
     connection_.committed();
-  if (current.tag)
-    *tag = *current.tag;
   if (program.statement && program.statement->kind != Statement::Kind::insert)
     cache_.forget();
-  return result;
+  return {result, current.tag};
 }
 
 void Session::requireFilled() const {

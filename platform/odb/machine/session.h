@@ -3,6 +3,7 @@
 #include "base/failure.h"
 #include "base/line_sink.h"
 #include "executable.h"
+#include "lru_cache.h"
 #include "result_buffer.h"
 #include "sqlite/connection.h"
 #include "sqlite/texts.h"
@@ -44,9 +45,13 @@ public:
   void beginWrite();
   void endWrite(bool keep);
 
-  // Runs a template with its arguments, all or nothing. Returns the result rows, and sets *tag if
-  // the text sets a tag.
-  ResultBuffer run(const char* text, va_list arguments, ParameterView parameters, int* tag);
+  // What a text has returned.
+  struct Answer {
+    std::shared_ptr<const ResultBuffer> rows;
+    std::optional<int> tag;  // set if the text sets the tag
+  };
+  // Runs a template with its arguments, all or nothing.
+  Answer run(const char* text, va_list arguments, ParameterView parameters);
 
   // See DB_SetTaskText and DB_GetTaskText in ulodb2.h.
   void setTaskText(std::int64_t uid, std::string_view text);
@@ -61,9 +66,8 @@ public:
   std::shared_ptr<const Program> program(const std::string& text);
   // Runs an executable with its template numbers, all or nothing. Calls `beforeKeeping` at the end;
   // if that throws, nothing is kept.
-  ResultBuffer run(Executable& executable, const std::vector<std::int64_t>& numbers,
-                   ParameterView parameters, int* tag,
-                   const std::function<void()>& beforeKeeping = {});
+  Answer run(Executable& executable, const std::vector<std::int64_t>& numbers,
+             ParameterView parameters, const std::function<void()>& beforeKeeping = {});
 
 private:
   class Scope;
@@ -71,7 +75,8 @@ private:
   void endStaleTransaction();
   void requireFilled() const;
   void tryToSetTaskText(std::int64_t uid, std::string_view text);
-  ResultBuffer runText(const char* text, va_list arguments, ParameterView parameters, int* tag);
+  Answer runText(const TextCache::Call& call, ParameterView parameters);
+  Answer readText(const TextCache::Call& call, ParameterView parameters);
   void requireTransactionOfCaller() const;
 
   int database_;
@@ -90,6 +95,10 @@ private:
   int writes_ = 0;               // begun and not ended
   bool writesTransact_ = false;  // they have begun the transaction
   bool lastRunRemoves_ = false;  // rows
+  // Of the text that runs again and again while the state that is read lasts, such as the look-up
+  // of a category for each task of a list: short results, by text and parameters.
+  LruCache<std::string, Answer> answers_;
+  std::string lastRead_;  // the key of the last text that was run in this state
 };
 
 }  // namespace ulo::odb

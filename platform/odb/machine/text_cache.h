@@ -56,6 +56,8 @@ public:
   // A template with the arguments of one call. Valid until the next one is read.
   class Call {
   public:
+    // Identifies the template and the arguments inserted into it.
+    [[nodiscard]] const std::string& key() const { return key_; }
     // The numbers that the program receives when it runs.
     [[nodiscard]] const std::vector<std::int64_t>& numbers() const { return numbers_; }
 
