@@ -42,6 +42,11 @@ std::string_view localName(std::string_view name) {
   return name.substr(0, qualifier.size()) == qualifier ? name.substr(qualifier.size()) : name;
 }
 
+Catalog::Catalog(std::vector<Table> tables) {
+  for (Table& table : tables)
+    tables_.push_back(std::make_shared<const Table>(std::move(table)));
+}
+
 std::shared_ptr<const Table> Catalog::table(std::string_view name) const {
   name = localName(name);
   const auto found = std::find_if(tables_.begin(), tables_.end(),

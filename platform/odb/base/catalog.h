@@ -51,7 +51,7 @@ std::string_view localName(std::string_view name);
 // The tables that texts may use, as they were when the catalog was read.
 class Catalog {
 public:
-  explicit Catalog(std::vector<std::shared_ptr<const Table>> tables) : tables_(std::move(tables)) {}
+  explicit Catalog(std::vector<Table> tables);
 
   // Returns null if there is no table with that name.
   [[nodiscard]] std::shared_ptr<const Table> table(std::string_view name) const;

@@ -1,9 +1,11 @@
 #include "text_cache.h"
 
+#include "base/catalog_sql.h"
 #include "base/failure.h"
 #include "sqlite/schema.h"
 
 #include <exception>
+#include <optional>
 #include <utility>
 
 namespace ulo::odb {
@@ -33,16 +35,23 @@ TextCache::Programs::Programs(Catalog catalog)
 std::shared_ptr<TextCache::Programs> TextCache::Programs::of(sqlite3* database) {
   AllPrograms& all = allPrograms();
   for (;;) {
-    std::string schema = schemaText(database);
+    const std::vector<std::string> statements = schemaStatements(database);
+    std::string schema;
+    for (const std::string& statement : statements)
+      schema.append(statement).push_back('\n');
     {
       const std::lock_guard lock(all.mutex);
       if (const auto* found = all.bySchema.find(schema))
         return *found;
     }
-    auto made = std::make_shared<Programs>(readCatalog(database));
-    // Another process may have changed the tables while they were read.
-    if (schemaText(database) != schema)
-      continue;
+    std::optional<Catalog> catalog = catalogFromSql(statements);
+    if (!catalog) {
+      catalog = readCatalog(database);
+      // Another process may have changed the tables while they were read.
+      if (schemaStatements(database) != statements)
+        continue;
+    }
+    auto made = std::make_shared<Programs>(std::move(*catalog));
     const std::lock_guard lock(all.mutex);
     const auto* found = all.bySchema.find(schema);
     return found != nullptr ? *found : all.bySchema.add(std::move(schema), std::move(made));

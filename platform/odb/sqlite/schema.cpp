@@ -3,7 +3,6 @@
 #include "statement.h"
 
 #include <algorithm>
-#include <memory>
 #include <utility>
 #include <vector>
 
@@ -58,16 +57,16 @@ void readIndexes(sqlite3* database, std::vector<Table>& tables) {
 Catalog readCatalog(sqlite3* database) {
   std::vector<Table> tables = readTables(database);
   readIndexes(database, tables);
-  std::vector<std::shared_ptr<const Table>> shared;
-  for (Table& table : tables)
-    shared.push_back(std::make_shared<const Table>(std::move(table)));
-  return Catalog(std::move(shared));
+  return Catalog(std::move(tables));
 }
 
-std::string schemaText(sqlite3* database) {
-  SqlStatement statement(database, "SELECT group_concat(sql, char(10)) FROM (SELECT sql FROM "
-                                   "sqlite_schema WHERE sql IS NOT NULL ORDER BY rowid)");
-  return statement.step() ? statement.text(0) : std::string();
+std::vector<std::string> schemaStatements(sqlite3* database) {
+  std::vector<std::string> statements;
+  SqlStatement schema(database,
+                      "SELECT sql FROM sqlite_schema WHERE sql IS NOT NULL ORDER BY rowid");
+  while (schema.step())
+    statements.push_back(schema.text(0));
+  return statements;
 }
 
 }  // namespace ulo::odb

@@ -6,6 +6,7 @@
 #include <sqlite3.h>
 
 #include <string>
+#include <vector>
 
 namespace ulo::odb {
 
@@ -18,8 +19,8 @@ inline constexpr char tablesOfPrograms[] = "type = 'table' AND name NOT LIKE 'sq
 // Throws Failure.
 Catalog readCatalog(sqlite3* database);
 
-// Returns a text that is the same for two databases only if they have the same tables. Throws
-// Failure.
-std::string schemaText(sqlite3* database);
+// Returns the SQL of all tables, indexes and triggers. It is the same for two databases only if
+// they have the same tables. Throws Failure.
+std::vector<std::string> schemaStatements(sqlite3* database);
 
 }  // namespace ulo::odb
