@@ -1,9 +1,8 @@
 #include "recurrence_rule.h"
 
 #include "content_line.h"
+#include "rule_functions.h"
 #include "wall_time.h"
-
-#include <libical/ical.h>
 
 #include <algorithm>
 #include <array>
@@ -190,67 +189,37 @@ std::optional<RecurrenceRule> parseRule(std::string_view text) {
   return rule;
 }
 
-namespace {
-
-// libical reports a rule that it cannot compute as an error, on which it aborts the process if the
-// program wants that. The setting belongs to the program.
-bool areErrorsFatal() {
-  const icalerrorstate state = icalerror_get_error_state(ICAL_MALFORMEDDATA_ERROR);
-  return state == ICAL_ERROR_FATAL ||
-         (state == ICAL_ERROR_DEFAULT && icalerror_get_errors_are_fatal() != 0);
-}
-
-}  // namespace
-
-// Holds libical's iterator. libical keeps its last error for each thread and has no other state
-// that is used here.
-struct RuleDates::Iterator {
-  icalrecur_iterator* dates = nullptr;
-};
-
-RuleDates::RuleDates(const RecurrenceRule& rule, std::int64_t start)
-    : iterator_(std::make_unique<Iterator>()) {
+RuleDates::RuleDates(const RecurrenceRule& rule, std::int64_t start) {
   // Seconds between two steps of libical's search, of which it can do about 100,000 in a second.
   constexpr std::array<std::int64_t, 4> seconds = {1, 60, 3600, secondsPerDay};
   constexpr std::int64_t lastYear = 9999;
   const auto timeOf = [](std::int64_t wall) {
-    icaltimetype time = icaltime_null_time();
     const QDate day = dayOf(wall);
     const auto second = static_cast<int>(wall - wallOf(day));
-    time.year = day.year();
-    time.month = day.month();
-    time.day = day.day();
-    time.hour = second / 3600;
-    time.minute = second / 60 % 60;
-    time.second = second % 60;
-    return time;
+    return RuleTime{day.year(),    day.month(),      day.day(),
+                    second / 3600, second / 60 % 60, second % 60};
   };
-  if (areErrorsFatal())
+  if (dayOf(start).year() > lastYear)
     return;
-  icalrecurrencetype form = icalrecurrencetype_from_string(rule.text.c_str());
-  if (form.freq == ICAL_NO_RECURRENCE || dayOf(start).year() > lastYear)
+  const RuleFunctions* const functions = ruleFunctions();
+  if (functions == nullptr)
     return;
   const auto frequency = static_cast<std::size_t>(rule.frequency);
   const std::int64_t begin = start + gregorianCycle;
+  std::optional<RuleTime> until;
   if (frequency < seconds.size())
-    form.until = timeOf(begin + std::int64_t{ruleStepLimit} * rule.interval * seconds[frequency]);
-  iterator_->dates = icalrecur_iterator_new(form, timeOf(begin));
+    until = timeOf(begin + std::int64_t{ruleStepLimit} * rule.interval * seconds[frequency]);
+  dates_ = functions->begin(rule.text.c_str(), timeOf(begin), until ? &*until : nullptr);
 }
 
 RuleDates::~RuleDates() {
-  if (iterator_->dates != nullptr)
-    icalrecur_iterator_free(iterator_->dates);
-}
-
-bool RuleDates::isValid() const {
-  return iterator_->dates != nullptr;
+  if (isValid())
+    ruleFunctions()->end(dates_);
 }
 
 std::optional<std::int64_t> RuleDates::next() {
-  if (!isValid())
-    return std::nullopt;
-  const icaltimetype time = icalrecur_iterator_next(iterator_->dates);
-  if (icaltime_is_null_time(time) != 0)
+  RuleTime time{};
+  if (!isValid() || !ruleFunctions()->next(dates_, time))
     return std::nullopt;
   return wallOf(QDate(time.year, time.month, time.day),
                 (time.hour * 60 + time.minute) * 60 + time.second) -

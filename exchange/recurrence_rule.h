@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -48,12 +47,11 @@ public:
   ~RuleDates();
 
   // Returns false if libical cannot compute the rule.
-  [[nodiscard]] bool isValid() const;
+  [[nodiscard]] bool isValid() const { return dates_ != nullptr; }
   std::optional<std::int64_t> next();
 
 private:
-  struct Iterator;
-  std::unique_ptr<Iterator> iterator_;
+  void* dates_ = nullptr;  // of the library
 };
 
 // Calls `add` with the wall times of a yearly rule of a time zone from the later of `start` and

@@ -4,15 +4,21 @@
 #include "qt2.h"
 #include "utc_zone.h"
 
-#include <libical/ical.h>
-
 #include <algorithm>
+#include <charconv>
 
 namespace ulo {
 namespace {
 
 bool areDigits(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+// Requires: only digits, few enough for an int.
+int numberOf(std::string_view digits) {
+  int number = 0;
+  std::from_chars(digits.data(), digits.data() + digits.size(), number);
+  return number;
 }
 
 // 1970-01-01.
@@ -31,8 +37,6 @@ void appendNumber(std::string& text, int number, int digits) {
 
 }  // namespace
 
-// The functions of libical that are called here get only values of the correct form, so that they
-// report no error. They keep no state.
 std::optional<WallTime> parseWallTime(std::string_view text) {
   constexpr std::size_t dateLength = 8;
   constexpr std::size_t timeLength = 15;
@@ -46,18 +50,21 @@ std::optional<WallTime> parseWallTime(std::string_view text) {
       (clock.size() != timeLength || (clock[dateLength] != 'T' && clock[dateLength] != 't') ||
        !areDigits(clock.substr(dateLength + 1))))
     return std::nullopt;
-  std::string form(clock);
-  if (!result.isDate)
-    form[dateLength] = 'T';
-  const icaltimetype time = icaltime_from_string(form.c_str());
-  const QDate day(time.year, time.month, time.day);
-  constexpr int hours = 24;
-  constexpr int sixty = 60;
-  if (!day.isValid() || time.hour >= hours || time.minute >= sixty || time.second > sixty)
+  const QDate day(numberOf(clock.substr(0, 4)), numberOf(clock.substr(4, 2)),
+                  numberOf(clock.substr(6, 2)));
+  if (!day.isValid())
     return std::nullopt;
   result.seconds = wallOf(day);
-  if (!result.isDate)
-    result.seconds += (time.hour * sixty + time.minute) * sixty + std::min(time.second, sixty - 1);
+  if (result.isDate)
+    return result;
+  const int hour = numberOf(clock.substr(dateLength + 1, 2));
+  const int minute = numberOf(clock.substr(dateLength + 3, 2));
+  const int second = numberOf(clock.substr(dateLength + 5, 2));
+  constexpr int hours = 24;
+  constexpr int sixty = 60;
+  if (hour >= hours || minute >= sixty || second > sixty)
+    return std::nullopt;
+  result.seconds += (hour * sixty + minute) * sixty + std::min(second, sixty - 1);
   return result;
 }
 
@@ -94,19 +101,18 @@ std::string dateTimeText(std::int64_t wall) {
 }
 
 std::optional<Duration> parseDuration(std::string_view text) {
-  // Checked before libical reads it, which would accept digits that its numbers cannot hold.
   constexpr std::size_t mostDigits = 8;
+  constexpr std::int64_t daysPerWeek = 7;
   std::size_t i = !text.empty() && (text[0] == '+' || text[0] == '-') ? 1 : 0;
+  const std::int64_t sign = i == 1 && text[0] == '-' ? -1 : 1;
   if (i >= text.size() || (text[i] != 'P' && text[i] != 'p'))
     return std::nullopt;
-  std::string form(text.substr(0, i));
-  form += 'P';
+  Duration result;
   bool isTime = false;
-  bool hasPart = false;
+  std::string units;  // those read so far; each may occur once
   for (++i; i < text.size();) {
     if (!isTime && (text[i] == 'T' || text[i] == 't')) {
       isTime = true;
-      form += 'T';
       ++i;
       continue;
     }
@@ -114,25 +120,21 @@ std::optional<Duration> parseDuration(std::string_view text) {
     if (end == i || end == text.size() || end - i > mostDigits)
       return std::nullopt;
     const char unit = text[end] >= 'a' ? static_cast<char>(text[end] - 'a' + 'A') : text[end];
-    if (std::string_view(isTime ? "HMS" : "WD").find(unit) == std::string_view::npos)
+    if (std::string_view(isTime ? "HMS" : "WD").find(unit) == std::string_view::npos ||
+        units.find(unit) != std::string::npos)
       return std::nullopt;
-    // Each unit once: libical rejects nothing here.
-    if (form.find(unit, 1) != std::string::npos)
-      return std::nullopt;
-    form.append(text.substr(i, end - i)).append(1, unit);
-    hasPart = true;
+    const std::int64_t number = sign * numberOf(text.substr(i, end - i));
+    if (isTime)
+      result.seconds += number * (unit == 'H' ? 3600 : unit == 'M' ? 60 : 1);
+    else
+      result.days += number * (unit == 'W' ? daysPerWeek : 1);
+    units += unit;
     i = end + 1;
   }
-  if (!hasPart)
+  if (units.empty())
     return std::nullopt;
-  const icaldurationtype read = icaldurationtype_from_string(form.c_str());
-  constexpr std::int64_t daysPerWeek = 7;
-  const std::int64_t sign = read.is_neg != 0 ? -1 : 1;
-  Duration result;
-  result.days = sign * (std::int64_t{read.weeks} * daysPerWeek + std::int64_t{read.days});
-  result.seconds = sign * (std::int64_t{read.hours} * 3600 + std::int64_t{read.minutes} * 60 +
-                           std::int64_t{read.seconds});
-  return result;
+  // Weeks precede days; with the opposite order, the duration is none.
+  return units.find("DW") == std::string::npos ? result : Duration();
 }
 
 std::int64_t localInstant(std::int64_t wall) {

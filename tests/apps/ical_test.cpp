@@ -92,6 +92,23 @@ TEST_F(Ical, ImportTakesLastOfSameUid) {
   EXPECT_EQ(succeed({"import", "--json", "-"}, ical(milkAndBread) + ical(later)).array().size(), 1);
 }
 
+TEST_F(Ical, CompletesRepeatingTaskWithoutRuleLibrary) {
+  succeed({"import", "-"}, ical(plants));
+  environment_["ULO_LOG"] = "stderr";
+  hideLibrary("libuloical.so");
+  const Outcome done = ulotask({"done", "1"});
+  EXPECT_EQ(done.code, 0);
+  EXPECT_THAT(done.out, HasSubstr("the next date cannot be computed; it is completed"));
+  EXPECT_THAT(done.err, HasSubstr("libuloical.so can't be used"));
+}
+
+TEST_F(Ical, ListLoadsNoLibical) {
+  environment_["LD_TRACE_LOADED_OBJECTS"] = "1";
+  const std::string libraries = ulotask({"list"}).out;
+  EXPECT_THAT(libraries, HasSubstr("libulotaskcore"));
+  EXPECT_THAT(libraries, testing::Not(HasSubstr("libical")));
+}
+
 TEST_F(Ical, ImportNewAddsAgain) {
   succeed({"import", "-"}, ical(milkAndBread));
   EXPECT_EQ(succeed({"import", "--new", "-"}, ical(milkAndBread)).out,

@@ -57,7 +57,7 @@ inline const std::vector<Room> allRooms = {
      "utility/",
      {"include", "qt2", "system", "log", "util", "changes", "channel", "vobject", "odb/api"},
      qt},
-    {"exchange", "exchange/", {"include", "utility", "qt2", "util"}, qt},
+    {"exchange", "exchange/", {"include", "utility", "qt2", "log", "util"}, qt},
     {"operations", "operations/", {"include", "utility", "exchange", "log", "util", "odb/api"}, qt},
 
     {"screens of include",

@@ -181,6 +181,8 @@ TEST(TimeZone, DurationHasSoManyDigits) {
   EXPECT_EQ(ulo::parseDuration("PT99999999S")->seconds, 99999999);
   EXPECT_FALSE(ulo::parseDuration("PT999999999S"));
   EXPECT_EQ(ulo::parseDuration("+p1dt2h")->seconds, 7200);
+  EXPECT_EQ(ulo::parseDuration("P2W3D")->days, 17);
+  EXPECT_EQ(ulo::parseDuration("P3D2W")->days, 0);
   for (const char* text :
        {"", "-", "P", "PT", "1D", "P1", "P1H", "PT1D", "P1D1D", "P-1D", "P1DT1D"})
     EXPECT_FALSE(ulo::parseDuration(text)) << text;
