@@ -93,6 +93,23 @@ QValueList<ZTASK_ENG_Task> tasksOfCategory(Session& session, const Listing& list
                 static_cast<std::size_t>(listing.limit.value_or(unlimited)));
 }
 
+// All tasks by due date. A match is one query, while a page takes the task that it begins at, too.
+QValueList<ZTASK_ENG_Task> allTasks(Session& session) {
+  ZTASK_ENG_Task anyTask;
+  QValueList<ZTASK_ENG_Task> tasks;
+  const int code = session.store().getMatchTasks(tasks, anyTask);
+  if (code != TASK_ENG_NOT_FOUND)
+    require(code, "reading the tasks");
+  return tasks;
+}
+
+// Returns true if the listing is that of all tasks.
+bool isComplete(const Listing& listing) {
+  return listing.view == ZTASK_ENG_Model::TASK_CATEGORY_ALL &&
+         listing.sort == ZTASK_ENG_Model::TASK_SORT_DUE && !listing.category && !listing.limit &&
+         !listing.after;
+}
+
 // A page of the list, which begins at a task: the store leaves that out if the view does not show
 // it.
 QValueList<ZTASK_ENG_Task> page(Session& session, const Listing& listing) {
@@ -119,7 +136,9 @@ QValueList<ZTASK_ENG_Task> page(Session& session, const Listing& listing) {
 QValueList<ZTASK_ENG_Task> tasksOf(Session& session, const Listing& listing) {
   session.store();
   const ReadSnapshot snapshot;
-  return listing.category ? tasksOfCategory(session, listing) : page(session, listing);
+  if (listing.category)
+    return tasksOfCategory(session, listing);
+  return isComplete(listing) ? allTasks(session) : page(session, listing);
 }
 
 }  // namespace ulotask

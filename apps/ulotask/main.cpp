@@ -51,13 +51,15 @@ std::string helpFooter() {
   return text;
 }
 
-// The verbs of a source file, and the function that adds them.
+// Verbs, and the function that adds them.
 struct Family {
   std::initializer_list<std::string_view> verbs;
   void (*add)(ulotask::Verb& program, ulotask::Session& session);
 };
 const Family families[] = {
-    {{"list", "search", "show"}, ulotask::addListVerbs},
+    {{"list"}, ulotask::addListVerb},
+    {{"search"}, ulotask::addSearchVerb},
+    {{"show"}, ulotask::addShowVerb},
     {{"add", "edit", "done", "undone", "rm"}, ulotask::addEditVerbs},
     {{"import", "export"}, ulotask::addExchangeVerbs},
     {{"ical"}, ulotask::addIcalVerbs},

@@ -8,7 +8,9 @@ namespace ulotask {
 class Session;
 
 // Each adds its verbs to `program`; a verb works on `session` when the command line names it.
-void addListVerbs(Verb& program, Session& session);      // list, search, show
+void addListVerb(Verb& program, Session& session);       // list
+void addSearchVerb(Verb& program, Session& session);     // search
+void addShowVerb(Verb& program, Session& session);       // show
 void addEditVerbs(Verb& program, Session& session);      // add, edit, done, undone, rm
 void addExchangeVerbs(Verb& program, Session& session);  // import, export
 void addIcalVerbs(Verb& program, Session& session);      // ical merge

@@ -141,7 +141,9 @@ void show(Session& session, const ShowOptions& options) {
     printTask(session.output, task, repetition);
 }
 
-void addList(Verb& program, Session& session) {
+}  // namespace
+
+void addListVerb(Verb& program, Session& session) {
   Verb verb = program.addVerb("list", "List tasks, one per line");
   auto options = std::make_shared<ListOptions>();
   verb.option("--view", options->view,
@@ -174,7 +176,7 @@ void addList(Verb& program, Session& session) {
   verb.run([options, &session] { list(session, *options); });
 }
 
-void addSearch(Verb& program, Session& session) {
+void addSearchVerb(Verb& program, Session& session) {
   Verb verb = program.addVerb("search", "List the tasks that match");
   auto options = std::make_shared<SearchOptions>();
   verb.option("TEXT", options->text, "In the summary, note, category or UUID; case-sensitive");
@@ -194,7 +196,7 @@ void addSearch(Verb& program, Session& session) {
   verb.run([options, &session] { search(session, *options); });
 }
 
-void addShow(Verb& program, Session& session) {
+void addShowVerb(Verb& program, Session& session) {
   Verb verb = program.addVerb("show", "Show all fields of a task");
   auto options = std::make_shared<ShowOptions>();
   verb.option("UID", options->uid, "The task's number, as list prints it").required();
@@ -202,14 +204,6 @@ void addShow(Verb& program, Session& session) {
   verb.footer("Example:\n"
               "  ulotask show 7");
   verb.run([options, &session] { show(session, *options); });
-}
-
-}  // namespace
-
-void addListVerbs(Verb& program, Session& session) {
-  addList(program, session);
-  addSearch(program, session);
-  addShow(program, session);
 }
 
 }  // namespace ulotask
