@@ -82,6 +82,20 @@ void countSingle(OurStore& ours, HandStore& hand) {
   countCalls("getCount.incomplete/hand", 2, [&] { require(hand.count(view) > 0); });
 }
 
+// No task contains the text.
+void countSearch(OurStore& ours, HandStore& hand) {
+  QString text = "no task has this";
+  countCalls("match.nothing/ours", 1, [&] {
+    Tasks tasks;
+    require(ours.getMatchTasks(tasks, text) == TASK_ENG_OK && tasks.isEmpty());
+  });
+  countCalls("match.nothing/hand", 1, [&] {
+    Tasks tasks;
+    hand.mentioning(tasks, text);
+    require(tasks.isEmpty());
+  });
+}
+
 void countAll(const std::string& directory) {
   setenv("ULO_DATA_DIR", directory.c_str(), 1);
   countOpen(directory);
@@ -89,6 +103,7 @@ void countAll(const std::string& directory) {
   HandStore hand(directory);
   countPage(ours, hand);
   countSingle(ours, hand);
+  countSearch(ours, hand);
 }
 
 }  // namespace

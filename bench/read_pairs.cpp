@@ -237,6 +237,16 @@ void registerSearches(Workbench& bench) {
        },
        [&bench](Tasks& tasks) { bench.hand().mentioning(tasks, "dentist about"); },
        {}});
+  registerReading<Tasks>(
+      {"match.nothing",
+       effort,
+       all,
+       [&bench](Tasks& tasks) {
+         QString text = "no task has this";
+         require(bench.ours().getMatchTasks(tasks, text));
+       },
+       [&bench](Tasks& tasks) { bench.hand().mentioning(tasks, "no task has this"); },
+       {}});
   const auto example = std::make_shared<Task>();
   example->setStatus(1);
   example->setString(Task::TASK_FIELD_SUMMARY, "MILK");

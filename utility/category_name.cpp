@@ -3,6 +3,7 @@
 #include <QStringDecoder>
 #include <QStringView>
 
+#include <algorithm>
 #include <string_view>
 
 namespace {
@@ -60,8 +61,12 @@ QByteArray categoryNameBytes(const QString& name) {
 }
 
 QString categoryName(const char* bytes) {
-  QString name("");
   std::string_view left(bytes);
+  // Most names.
+  if (std::all_of(left.begin(), left.end(),
+                  [](char byte) { return static_cast<unsigned char>(byte) < 0x80; }))
+    return QString::fromLatin1(left.data(), static_cast<qsizetype>(left.size()));
+  QString name("");
   while (!left.empty()) {
     if (startsWithHalf(left)) {
       name += takeHalf(left);

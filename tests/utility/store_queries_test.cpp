@@ -315,6 +315,14 @@ TEST_F(StoreQueries, TextSearchIsCaseSensitiveInFourFields) {
   EXPECT_EQ(mentioning(QString()).size(), 4U);
 }
 
+// The bytes of one unit and the next can be those of another unit.
+TEST_F(StoreQueries, TextSearchFindsWholeUnits) {
+  const unsigned int both = add(task("\u4100\u0041\u4141"));
+  add(task("\u4100\u0041"));
+  add(task("\u0041\u4100"));
+  EXPECT_EQ(mentioning("\u4141"), Uids{both});
+}
+
 TEST_F(StoreQueries, EmptyTextMatchesFieldsThatAreNotEmpty) {
   Task bare;
   bare.setString(Task::TASK_FIELD_UUID, "");
