@@ -91,15 +91,20 @@ TEST_F(ReadState, EndsWhenDatabaseIsClosed) {
 std::string priorityOf(int uid) {
   DB_PARAM block = DB_PARAM_Open(1);
   DB_PARAM_BindInteger(block, 0, uid);
-  const auto rows =
-      rowsOf("sml:declare schema s (priority integer);declare buffer schema s;"
-             "cursor $c=open_cursor('task_table_task');tuple $key=$c->new_empty_key_tuple();"
-             "$key->set_field('UID', :0);if($c->find($key)){"
-             "buffer_put(priority, $c->get_field('priority'));set_session_tag(1);}"
-             "else{set_session_tag(0);};",
-             1, block);
+  DB_CURSOR cursor = nullptr;
+  EXPECT_EQ(DB_QueryWithParam(
+                &cursor, block,
+                "sml:declare schema s (priority integer);declare buffer schema s;"
+                "cursor $c=open_cursor('task_table_task');tuple $key=$c->new_empty_key_tuple();"
+                "$key->set_field('UID', :0);if($c->find($key)){"
+                "buffer_put(priority, $c->get_field('priority'));set_session_tag(1);}"
+                "else{set_session_tag(0);};"),
+            DB_OK);
+  const std::string priority =
+      DB_CSC_Eof(cursor) != 0 ? "none" : std::to_string(DB_CSC_GetFieldAsInteger(cursor, 0));
+  DB_CSC_Close(cursor);
   DB_PARAM_Close(block);
-  return rows.empty() ? "none" : rows[0];
+  return priority;
 }
 
 TEST_F(ReadState, RepeatedTextDependsOnParameters) {
