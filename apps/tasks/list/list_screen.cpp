@@ -374,15 +374,18 @@ void ListScreen::editTask() {
 }
 
 void ListScreen::shareByBluetooth() {
-  Task task;
-  if (readMenuTask(task))
-    shareTask(store_, task, ShareBy::bluetooth);
+  share(ShareBy::bluetooth);
 }
 
 void ListScreen::shareByMessage() {
+  share(ShareBy::message);
+}
+
+void ListScreen::share(ShareBy way) {
   Task task;
-  if (readMenuTask(task))
-    shareTask(store_, task, ShareBy::message);
+  if (readMenuTask(task) && !shareTask(store_, task, way))
+    tell(ulo::text("TXT_RID_INSTRUCTIONALTXT_SENDING_NEEDS_LIBICAL",
+                   "The task can't be sent: libical (libical3) is not installed."));
 }
 
 // Starts after the deferred deletions, so that the partner receives them; not if one of them fails.

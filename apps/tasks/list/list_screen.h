@@ -18,6 +18,7 @@ namespace tasks {
 class FilterBar;
 class NoticeBar;
 class TaskListView;
+enum class ShareBy;
 
 // Shows one of four views of the list, sorted by due date or priority, and requests the screens
 // that show, add or edit a task. Remembers the view and the order.
@@ -82,6 +83,7 @@ private:
   void buildKeys();
   void buildMenu();
   void updateMenu();
+  void share(ShareBy way);
   void updateKeys();
   void updateTitle();
   void updateState();

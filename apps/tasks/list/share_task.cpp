@@ -5,9 +5,12 @@
 #include "message_composer.h"
 #include "module_log.h"
 #include "stored_text.h"
+#include "vcal_guard.h"
 
 #include <QDateTime>
 #include <QFile>
+
+#include <string>
 
 namespace tasks {
 
@@ -45,9 +48,13 @@ bool sendIcalendar(const ZTASK_ENG_Task& task) {
 
 }  // namespace
 
-void shareTask(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task, ShareBy way) {
+bool shareTask(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task, ShareBy way) {
   if (way == ShareBy::message && sendIcalendar(task))
-    return;
+    return true;
+  if (const std::string failure = ulo::vObjectLibraryFailure(); !failure.empty()) {
+    ULO_LOG_ERROR("the task isn't sent: %s", failure.c_str());
+    return false;
+  }
   TASK_UI_DetailView view(nullptr, nullptr, 0);
   view.setEngine(&store);
   view.openView(&task);
@@ -55,6 +62,7 @@ void shareTask(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task, ShareBy way) {
     view.sendToBluetooth();
   else
     view.sendToMessage();
+  return true;
 }
 
 }  // namespace tasks

@@ -259,6 +259,10 @@
         <source>vCalendar</source>
         <translation>vCalendar</translation>
     </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_SENDING_NEEDS_LIBICAL">
+        <source>The task can't be sent: libical (libical3) is not installed.</source>
+        <translation>Die Aufgabe kann nicht gesendet werden: libical (libical3) ist nicht installiert.</translation>
+    </message>
     <message id="TXT_RID_INSTRUCTIONALTXT_VCALENDAR_NEEDS_LIBICAL">
         <source>vCalendar files can't be read: libical (libical3) is not installed.</source>
         <translation>vCalendar-Dateien können nicht gelesen werden: libical (libical3) ist nicht installiert.</translation>

@@ -259,6 +259,10 @@
         <source>vCalendar</source>
         <translation>vCalendar</translation>
     </message>
+    <message id="TXT_RID_INSTRUCTIONALTXT_SENDING_NEEDS_LIBICAL">
+        <source>The task can't be sent: libical (libical3) is not installed.</source>
+        <translation>无法发送任务：未安装 libical (libical3)。</translation>
+    </message>
     <message id="TXT_RID_INSTRUCTIONALTXT_VCALENDAR_NEEDS_LIBICAL">
         <source>vCalendar files can't be read: libical (libical3) is not installed.</source>
         <translation>无法读取 vCalendar 文件：未安装 libical (libical3)。</translation>

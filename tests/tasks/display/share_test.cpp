@@ -85,6 +85,25 @@ TEST_F(ShareOnDisplay, ByMessageFromDetails) {
   leave();
 }
 
+TEST_F(ShareOnDisplay, MissingLibraryIsReported) {
+  hideLibrary("libicalvcal.so");
+  // What hides it opens the application lock, too, and has no run path.
+  environment_["LD_LIBRARY_PATH"] =
+      std::filesystem::path(ULO_TASKS).parent_path().parent_path() / "lib";
+  const std::string log = path("log.txt");
+  environment_["ULO_LOG"] = log;
+  start();
+  ASSERT_TRUE(shows("All Tasks"));
+  chooseByKeys(share, byMessage);
+  EXPECT_TRUE(waitFor([&] {
+    return readWhole(log).find("the task isn't sent: vCalendar text needs libical's library") !=
+           std::string::npos;
+  }));
+  EXPECT_FALSE(std::filesystem::exists(path("arguments")));
+  EXPECT_TRUE(std::filesystem::is_empty(path("out")));
+  leave();
+}
+
 TEST_F(ShareOnDisplay, AttachmentsHaveTheirOwnDirectory) {
   environment_.erase("ULO_LOCAL_APP_WRITE_PATH");
   environment_["XDG_CACHE_HOME"] = path("cache");
