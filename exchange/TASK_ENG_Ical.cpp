@@ -5,6 +5,7 @@
 #include "clock.h"
 #include "component_lines.h"
 #include "content_line.h"
+#include "ical_todos.h"
 #include "todo_fields.h"
 #include "todo_recurrence.h"
 
@@ -13,54 +14,17 @@
 #include <string_view>
 #include <utility>
 
-namespace {
-
-QByteArray bytesOf(std::string_view view) {
-  return {view.data(), static_cast<qsizetype>(view.size())};
-}
-
-void addProblem(TASK_ENG_Ical::Report& report, std::size_t line, const QString& problem) {
-  if (report.problemCount++ < ulo::listedFaults)
-    report.problems.push_back({line, problem});
-}
-
-ulo::ProblemReport reportInto(TASK_ENG_Ical::Report& report) {
-  return [&report](std::size_t line, const QString& problem) { addProblem(report, line, problem); };
-}
-
-}  // namespace
-
 struct TASK_ENG_Ical::Document {
-  explicit Document(const QByteArray& bytes) : text(bytes) {
-    switch (text.failure()) {
-    case ulo::TextFailure::none:
-      report.failure = text.todos().empty() ? noTodo : none;
-      break;
-    case ulo::TextFailure::notCalendar:
-      report.failure = notCalendar;
-      break;
-    case ulo::TextFailure::truncated:
-      report.failure = truncated;
-      break;
-    case ulo::TextFailure::tooLarge:
-      report.failure = tooLarge;
-      break;
-    }
-    report.todos = static_cast<int>(text.todos().size());
-    report.otherComponents = text.otherComponents();
-    for (const ulo::TextFault& fault : text.faults())
-      addProblem(report, fault.line, QString::fromStdString(fault.text));
-    report.problemCount = text.faultCount();
+  explicit Document(const QByteArray& bytes) : text(bytes), report(ulo::reportOf(text)) {
     tasks.resize(text.todos().size());
   }
   Document() : text(ulo::CalendarText::empty()) {}
   Document(const Document&) = delete;
   Document& operator=(const Document&) = delete;
 
-  const ulo::CalendarText::Todo& todo(int number) const {
-    return text.todos()[static_cast<std::size_t>(number)];
-  }
-  const ulo::Piece& piece(int number) const { return text.pieces()[todo(number).piece]; }
+  // The number of the piece.
+  std::size_t todo(int number) const { return text.todos()[static_cast<std::size_t>(number)]; }
+  const ulo::Piece& piece(int number) const { return text.pieces()[todo(number)]; }
 
   // Reads the fields once and reports lines that cannot be read.
   const ZTASK_ENG_Task& task(int number) {
@@ -69,7 +33,8 @@ struct TASK_ENG_Ical::Document {
       const ulo::Piece& source = piece(number);
       const ulo::ComponentLines lines(text.bytes(source), source.line);
       // Only lines of the text that was read have a number.
-      const ulo::ProblemReport add = source.line == 0 ? ulo::ProblemReport() : reportInto(report);
+      const ulo::ProblemReport add =
+          source.line == 0 ? ulo::ProblemReport() : ulo::reportInto(report);
       known = ulo::readFields(lines, {zones, source.calendar, add});
     }
     return *known;
@@ -84,15 +49,15 @@ struct TASK_ENG_Ical::Document {
     const ulo::ProblemReport noReport;
     const auto result = change(lines, ulo::DateReader{zones, source.calendar, noReport});
     if (lines.isChanged()) {
-      text.replace(todo(number).piece, lines.text());
+      text.replace(todo(number), lines.text());
       tasks[static_cast<std::size_t>(number)].reset();
     }
     return result;
   }
 
   ulo::CalendarText text;
-  ulo::ZoneTable zones = ulo::ZoneTable(text);
   Report report;
+  ulo::ZoneTable zones = ulo::ZoneTable(text);
   std::vector<std::optional<ZTASK_ENG_Task>> tasks;
 };
 
@@ -142,28 +107,16 @@ void TASK_ENG_Ical::append(const ZTASK_ENG_Task& task) {
 }
 
 void TASK_ENG_Ical::append(const TASK_ENG_Ical& other, int todo) {
-  const ulo::CalendarText& source = other.document_->text;
-  const ulo::CalendarText::Todo& added = other.document_->todo(todo);
-  std::vector<std::size_t> pieces = {added.piece};
-  pieces.insert(pieces.end(), added.overrides.begin(), added.overrides.end());
-  std::vector<QByteArray> components;
-  std::vector<std::pair<std::string, QByteArray>> zones;
-  for (const std::size_t number : pieces) {
-    const ulo::Piece& piece = source.pieces()[number];
-    components.push_back(bytesOf(source.bytes(piece)));
-    for (const std::string& id : ulo::zoneIdsIn(source.bytes(piece)))
-      if (const ulo::Piece* zone = source.zonePiece(piece.calendar, id))
-        zones.emplace_back(id, bytesOf(source.bytes(*zone)));
-  }
+  const ulo::CalendarText::Parts parts = other.document_->text.parts(other.document_->todo(todo));
   bool hasNewZone = false;
-  for (const auto& [id, component] : zones)
+  for (const auto& [id, component] : parts.zones)
     hasNewZone = document_->text.appendZone(id, component) || hasNewZone;
   if (hasNewZone) {
     static_cast<void>(report());
     document_->zones.forget();
     document_->tasks.assign(document_->tasks.size(), std::nullopt);
   }
-  document_->text.append(components);
+  document_->text.append(parts.todo);
   document_->tasks.emplace_back();
 }
 
@@ -192,29 +145,15 @@ QByteArray TASK_ENG_Ical::text() const {
 }
 
 std::vector<TASK_ENG_Ical::Todo> TASK_ENG_Ical::read(const QByteArray& text, Report* report) {
-  const TASK_ENG_Ical calendar(text);
+  ulo::IcalTodos todos(text);
   std::vector<Todo> result;
-  result.reserve(static_cast<std::size_t>(calendar.count()));
-  std::size_t bytes = 0;
-  for (int i = 0; i < calendar.count(); ++i) {
-    result.push_back({calendar.task(i), calendar.text(i), calendar.repeats(i)});
-    bytes += static_cast<std::size_t>(result.back().text.size());
-    if (bytes > textsLimit) {
-      result.clear();
-      break;
-    }
-  }
-  if (report == nullptr)
-    return result;
-  *report = calendar.report();
-  if (bytes > textsLimit) {
-    report->failure = tooLarge;
-    report->problems.insert(
-        report->problems.begin(),
-        {0, QString("the texts of the to-dos have more than %1 MiB").arg(textsLimit >> 20)});
-    report->problems.resize(std::min(report->problems.size(), ulo::listedFaults));
-    ++report->problemCount;
-  }
+  result.reserve(todos.count());
+  for (Todo todo; todos.next(todo);)
+    result.push_back(std::move(todo));
+  if (todos.report().failure != none)
+    result.clear();
+  if (report != nullptr)
+    *report = todos.report();
   return result;
 }
 

@@ -4,7 +4,7 @@
 #include "content_line.h"
 
 #include <algorithm>
-#include <map>
+#include <limits>
 #include <utility>
 
 namespace ulo {
@@ -33,6 +33,24 @@ std::string identifier(const RawLine& line) {
   return textOfValue(valueOf(line), isLatin1).toStdString();
 }
 
+// Returns the first UID of a to-do that is not empty.
+std::string uidOf(std::string_view todo) {
+  LineSplitter splitter(todo);
+  ComponentNesting nesting;
+  RawLine line;
+  while (splitter.next(line)) {
+    const NestingStep step = nesting.take(line);
+    if (step.kind == NestingStep::begins)
+      nesting.open(step.value, line.number);
+    else if (step.kind == NestingStep::ends)
+      nesting.close(step.closes);
+    else if (nesting.depth() == 1 && sameName(step.name, "UID"))
+      if (std::string uid = identifier(line); !uid.empty())
+        return uid;
+  }
+  return {};
+}
+
 }  // namespace
 
 // Splits a text into pieces in one pass.
@@ -56,12 +74,6 @@ public:
   }
 
 private:
-  struct Component {
-    std::string uid;
-    std::string zone;
-    bool isOverride = false;
-  };
-
   std::size_t offsetOf(const RawLine& line) const {
     return static_cast<std::size_t>(line.bytes.data() - source_.data());
   }
@@ -85,9 +97,9 @@ private:
     if (end == begin_)
       return;
     Piece piece;
-    piece.begin = begin_;
-    piece.size = end - begin_;
-    piece.line = beginLine_;
+    piece.begin = static_cast<std::uint32_t>(begin_);
+    piece.size = static_cast<std::uint32_t>(end - begin_);
+    piece.line = static_cast<std::uint32_t>(beginLine_);
     piece.kind = kind;
     piece.calendar =
         kind == PieceKind::outside ? -1 : static_cast<int>(text_.calendars_.size()) - 1;
@@ -99,7 +111,7 @@ private:
     }
     if (piece.kind >= PieceKind::todo)
       ++text_.components_;
-    text_.pieces_.push_back(std::move(piece));
+    text_.pieces_.push_back(piece);
     begin_ = end;
   }
 
@@ -140,11 +152,13 @@ private:
       beginLine_ = line.number;
       text_.calendars_.emplace_back();
       hasVersion_ = false;
+      firstPiece_ = text_.pieces_.size();
     } else if (nesting_.depth() == 1) {
       cut(offsetOf(line), PieceKind::calendarLines);
       beginLine_ = line.number;
       lines_ = 1;
-      component_ = {};
+      zone_.clear();
+      isOverride_ = false;
       kind_ = sameName(step.value, "VTODO")       ? PieceKind::todo
               : sameName(step.value, "VTIMEZONE") ? PieceKind::timeZone
                                                   : PieceKind::other;
@@ -183,13 +197,10 @@ private:
         calendar().isVersion2 = isVersion2(valueOf(line));
       }
     } else if (nesting_.depth() == 2 && kind_ == PieceKind::todo) {
-      if (component_.uid.empty() && sameName(name, "UID"))
-        component_.uid = identifier(line);
-      else if (sameName(name, "RECURRENCE-ID"))
-        component_.isOverride = true;
+      isOverride_ = isOverride_ || sameName(name, "RECURRENCE-ID");
     } else if (nesting_.depth() == 2 && kind_ == PieceKind::timeZone) {
-      if (component_.zone.empty() && sameName(name, "TZID"))
-        component_.zone = identifier(line);
+      if (zone_.empty() && sameName(name, "TZID"))
+        zone_ = identifier(line);
     }
   }
 
@@ -201,45 +212,58 @@ private:
     }
     const std::size_t number = text_.pieces_.size();
     cut(end, kind_);
-    if (kind_ == PieceKind::todo)
-      components_.emplace_back(number, std::move(component_));
-    else if (kind_ == PieceKind::timeZone)
-      calendar().zones.push_back({std::move(component_.zone), number});
-    else
+    if (kind_ == PieceKind::timeZone)
+      calendar().zones.push_back({zone_, number});
+    else if (kind_ == PieceKind::other)
       ++others_;
+    else if (isOverride_)
+      overrides_.emplace_back(number, uidOf(text_.bytes(text_.pieces_[number])));
   }
 
-  // Assigns the overrides of the calendar to their to-dos.
   void finishCalendar() {
-    if (calendar().isVersion2) {
-      std::map<std::string_view, std::size_t> byUid;
-      const bool hasOverrides = std::any_of(components_.begin(), components_.end(),
-                                            [](const auto& one) { return one.second.isOverride; });
-      for (const auto& [piece, component] : components_) {
-        if (component.isOverride)
-          continue;
-        if (hasOverrides && !component.uid.empty())
-          byUid.emplace(component.uid, text_.todos_.size());
-        text_.todos_.push_back({piece, {}});
-      }
-      for (const auto& [piece, component] : components_) {
-        if (!component.isOverride)
-          continue;
-        const auto owner = byUid.find(component.uid);
-        if (owner == byUid.end())
-          text_.todos_.push_back({piece, {}});
-        else
-          text_.todos_[owner->second].overrides.push_back(piece);
-      }
-      if (hasOverrides)
-        std::sort(text_.todos_.begin(), text_.todos_.end(),
-                  [](const Todo& one, const Todo& other) { return one.piece < other.piece; });
-    } else {
-      others_ += static_cast<int>(components_.size());
-    }
+    if (calendar().isVersion2)
+      collectTodos();
+    else
+      others_ += static_cast<int>(std::count_if(
+          text_.pieces_.begin() + static_cast<std::ptrdiff_t>(firstPiece_), text_.pieces_.end(),
+          [](const Piece& piece) { return piece.kind == PieceKind::todo; }));
     std::stable_sort(calendar().zones.begin(), calendar().zones.end(),
                      [](const TimeZone& one, const TimeZone& other) { return one.id < other.id; });
-    components_.clear();
+    overrides_.clear();
+  }
+
+  // Lists the to-dos of the calendar and assigns its overrides to them.
+  void collectTodos() {
+    constexpr auto nobody = std::numeric_limits<std::size_t>::max();
+    std::map<std::string_view, std::size_t> owners;
+    for (const auto& [piece, uid] : overrides_)
+      if (!uid.empty())
+        owners.emplace(uid, nobody);
+    const std::size_t before = text_.todos_.size();
+    auto next = overrides_.begin();
+    for (std::size_t piece = firstPiece_; piece < text_.pieces_.size(); ++piece) {
+      if (text_.pieces_[piece].kind != PieceKind::todo)
+        continue;
+      if (next != overrides_.end() && next->first == piece) {
+        ++next;
+        continue;
+      }
+      text_.todos_.push_back(static_cast<std::uint32_t>(piece));
+      if (owners.empty())
+        continue;
+      const auto owner = owners.find(uidOf(text_.bytes(text_.pieces_[piece])));
+      if (owner != owners.end() && owner->second == nobody)
+        owner->second = piece;
+    }
+    for (const auto& [piece, uid] : overrides_) {
+      const auto owner = owners.find(uid);
+      if (owner == owners.end() || owner->second == nobody)
+        text_.todos_.push_back(static_cast<std::uint32_t>(piece));
+      else
+        text_.overrides_[owner->second].push_back(piece);
+    }
+    if (!overrides_.empty())
+      std::sort(text_.todos_.begin() + static_cast<std::ptrdiff_t>(before), text_.todos_.end());
   }
 
   void finish() {
@@ -263,8 +287,11 @@ private:
   std::size_t lines_ = 0;      // of the current component
   bool hasVersion_ = false;    // of the current calendar
   PieceKind kind_ = PieceKind::outside;
-  Component component_;
-  std::vector<std::pair<std::size_t, Component>> components_;  // of the current calendar
+  std::string zone_;         // name of the current component, if it is a time zone
+  bool isOverride_ = false;  // the current component is one
+  // Of the current calendar.
+  std::size_t firstPiece_ = 0;
+  std::vector<std::pair<std::size_t, std::string>> overrides_;  // with their UIDs
   int others_ = 0;
 };
 
@@ -275,12 +302,13 @@ CalendarText::CalendarText(const QByteArray& text) : source_(text) {
   Scan(*this).run();
   if (failure_ != TextFailure::none) {
     todos_.clear();
+    overrides_.clear();
     calendars_.clear();
     pieces_.clear();
     Piece all;
-    all.size = static_cast<std::size_t>(source_.size());
+    all.own = keep(source_);
     all.line = 1;
-    pieces_.push_back(std::move(all));
+    pieces_.push_back(all);
   }
 }
 
@@ -327,14 +355,46 @@ const Piece* CalendarText::zonePiece(int calendar, std::string_view id) const {
 }
 
 std::string_view CalendarText::bytes(const Piece& piece) const {
-  return piece.isOwn ? viewOf(piece.own) : viewOf(source_).substr(piece.begin, piece.size);
+  return piece.own != 0 ? viewOf(own_[piece.own - 1])
+                        : viewOf(source_).substr(piece.begin, piece.size);
+}
+
+std::vector<std::size_t> CalendarText::piecesOf(std::size_t todo) const {
+  std::vector<std::size_t> result = {todo};
+  if (const auto found = overrides_.find(todo); found != overrides_.end())
+    result.insert(result.end(), found->second.begin(), found->second.end());
+  return result;
+}
+
+std::uint32_t CalendarText::keep(QByteArray bytes) {
+  own_.push_back(std::move(bytes));
+  return static_cast<std::uint32_t>(own_.size());
 }
 
 void CalendarText::replace(std::size_t piece, QByteArray bytes) {
-  pieces_[piece].own = std::move(bytes);
-  pieces_[piece].isOwn = true;
-  pieces_[piece].line = 0;
+  Piece& replaced = pieces_[piece];
+  if (replaced.own != 0)
+    own_[replaced.own - 1] = std::move(bytes);
+  else
+    replaced.own = keep(std::move(bytes));
+  replaced.line = 0;
   changed_ = true;
+}
+
+CalendarText::Parts CalendarText::parts(std::size_t todo) const {
+  const auto copyOf = [this](const Piece& piece) {
+    const std::string_view view = bytes(piece);
+    return QByteArray(view.data(), static_cast<qsizetype>(view.size()));
+  };
+  Parts result;
+  for (const std::size_t number : piecesOf(todo)) {
+    const Piece& piece = pieces_[number];
+    result.todo.push_back(copyOf(piece));
+    for (std::string& id : zoneIdsIn(bytes(piece)))
+      if (const Piece* zone = zonePiece(piece.calendar, id))
+        result.zones.emplace_back(std::move(id), copyOf(*zone));
+  }
+  return result;
 }
 
 QByteArray CalendarText::text() const {
@@ -350,11 +410,10 @@ QByteArray CalendarText::text() const {
   return result;
 }
 
-QByteArray CalendarText::text(const Todo& todo) const {
-  const int number = pieces_[todo.piece].calendar;
+QByteArray CalendarText::text(std::size_t todo) const {
+  const int number = pieces_[todo].calendar;
   const Calendar& calendar = calendars_[static_cast<std::size_t>(number)];
-  std::vector<std::size_t> parts = todo.overrides;
-  parts.push_back(todo.piece);
+  std::vector<std::size_t> parts = piecesOf(todo);
   std::vector<std::string> zones;
   for (const std::size_t part : parts) {
     std::vector<std::string> more = zoneIdsIn(bytes(pieces_[part]));
@@ -388,9 +447,8 @@ int CalendarText::appendableCalendar() {
     Piece piece;
     piece.kind = PieceKind::calendarLines;
     piece.calendar = static_cast<int>(calendars_.size());
-    piece.isOwn = true;
-    piece.own = lines;
-    pieces_.push_back(std::move(piece));
+    piece.own = keep(lines);
+    pieces_.push_back(piece);
   };
   const bool needsEnd = !source_.isEmpty() && lineEndOf(viewOf(source_)).empty();
   addLines((needsEnd ? end : QByteArray()) + "BEGIN:VCALENDAR" + end + "VERSION:2.0" + end +
@@ -410,10 +468,9 @@ std::size_t CalendarText::insert(int calendar, PieceKind kind, const QByteArray&
   Piece piece;
   piece.kind = kind;
   piece.calendar = calendar;
-  piece.isOwn = true;
-  piece.own = bytes;
+  piece.own = keep(bytes);
   const std::size_t place = target.endPiece;
-  pieces_.insert(pieces_.begin() + static_cast<std::ptrdiff_t>(place), std::move(piece));
+  pieces_.insert(pieces_.begin() + static_cast<std::ptrdiff_t>(place), piece);
   // Calendars that follow are of another version; nothing refers to their pieces.
   target.endPiece = target.linePieces.back() = place + 1;
   ++components_;
@@ -423,15 +480,10 @@ std::size_t CalendarText::insert(int calendar, PieceKind kind, const QByteArray&
 
 void CalendarText::append(const std::vector<QByteArray>& components) {
   const int calendar = appendableCalendar();
-  Todo todo;
-  for (std::size_t i = 0; i < components.size(); ++i) {
-    const std::size_t piece = insert(calendar, PieceKind::todo, components[i]);
-    if (i == 0)
-      todo.piece = piece;
-    else
-      todo.overrides.push_back(piece);
-  }
-  todos_.push_back(std::move(todo));
+  const std::size_t todo = insert(calendar, PieceKind::todo, components.front());
+  for (std::size_t i = 1; i < components.size(); ++i)
+    overrides_[todo].push_back(insert(calendar, PieceKind::todo, components[i]));
+  todos_.push_back(static_cast<std::uint32_t>(todo));
 }
 
 bool CalendarText::appendZone(const std::string& id, const QByteArray& component) {

@@ -5,8 +5,11 @@
 #include <QByteArray>
 
 #include <cstddef>
+#include <cstdint>
+#include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace ulo {
@@ -32,15 +35,16 @@ enum class PieceKind : unsigned char {
   other,  // any other component of a calendar
 };
 
+// Small, because a text may have hundreds of thousands.
 struct Piece {
-  std::size_t begin = 0;  // in the text, unless `isOwn`
-  std::size_t size = 0;
-  std::size_t line = 0;  // number of its first line in the text; 0 if it was added or replaced
-  int calendar = -1;
+  std::uint32_t begin = 0;  // in the text, unless it has other bytes
+  std::uint32_t size = 0;
+  std::uint32_t line = 0;  // number of its first line in the text; 0 if it was added or replaced
+  std::int32_t calendar = -1;
+  std::uint32_t own = 0;  // number, from 1, of the bytes that replace those of the text; 0 for none
   PieceKind kind = PieceKind::outside;
-  bool isOwn = false;
-  QByteArray own;  // replaces the bytes of the text
 };
+static_assert(calendarTextLimit <= UINT32_MAX);
 
 enum class TextFailure { none, notCalendar, truncated, tooLarge };
 
@@ -53,11 +57,6 @@ constexpr std::size_t listedFaults = 100;
 
 class CalendarText {
 public:
-  // A to-do of the text; numbers are those of pieces.
-  struct Todo {
-    std::size_t piece = 0;
-    std::vector<std::size_t> overrides;
-  };
   struct TimeZone {
     std::string id;
     std::size_t piece = 0;
@@ -78,9 +77,12 @@ public:
   [[nodiscard]] TextFailure failure() const { return failure_; }
   [[nodiscard]] const std::vector<TextFault>& faults() const { return faults_; }
   [[nodiscard]] std::size_t faultCount() const { return faultCount_; }
-  // Those of calendars with version 2.0, in the order of the text. None after a failure.
-  [[nodiscard]] const std::vector<Todo>& todos() const { return todos_; }
+  // The numbers of the pieces that are to-dos of calendars with version 2.0, in the order of the
+  // text. None after a failure.
+  [[nodiscard]] const std::vector<std::uint32_t>& todos() const { return todos_; }
   [[nodiscard]] const std::vector<Piece>& pieces() const { return pieces_; }
+  // The numbers of the pieces of a to-do: `todo`, which is in todos(), and then its overrides.
+  [[nodiscard]] std::vector<std::size_t> piecesOf(std::size_t todo) const;
   [[nodiscard]] int otherComponents() const { return otherComponents_; }
   // Returns the piece with the VTIMEZONE of this name that a component of the calendar uses, or
   // null.
@@ -90,12 +92,19 @@ public:
   [[nodiscard]] std::string_view bytes(const Piece& piece) const;
   void replace(std::size_t piece, QByteArray bytes);
 
-  [[nodiscard]] QByteArray text() const;
-  // Returns a calendar with this to-do, its overrides, and the time zones that these use.
-  [[nodiscard]] QByteArray text(const Todo& todo) const;
+  // The components that belong to a to-do.
+  struct Parts {
+    std::vector<QByteArray> todo;                           // of the to-do itself and its overrides
+    std::vector<std::pair<std::string, QByteArray>> zones;  // that these use, with their names
+  };
+  [[nodiscard]] Parts parts(std::size_t todo) const;
 
-  // Appends a to-do, the bytes of one or more VTODO components, to the last calendar of
-  // version 2.0. Begins a new calendar at the end of the text if there is none.
+  [[nodiscard]] QByteArray text() const;
+  // Returns a calendar with a to-do of todos(), its overrides, and the time zones that these use.
+  [[nodiscard]] QByteArray text(std::size_t todo) const;
+
+  // Appends a to-do, the bytes of its VTODO component and of those of its overrides, to the last
+  // calendar of version 2.0. Begins a new calendar at the end of the text if there is none.
   void append(const std::vector<QByteArray>& components);
   // Appends a time zone to the same calendar. Returns false if that has one with this name.
   bool appendZone(const std::string& id, const QByteArray& component);
@@ -111,11 +120,14 @@ private:
   // Inserts a component at the end of a calendar; returns the number of its piece.
   std::size_t insert(int calendar, PieceKind kind, const QByteArray& bytes);
   int appendableCalendar();
+  std::uint32_t keep(QByteArray bytes);
 
   QByteArray source_;
   std::vector<Piece> pieces_;
   std::vector<Calendar> calendars_;
-  std::vector<Todo> todos_;
+  std::vector<QByteArray> own_;
+  std::vector<std::uint32_t> todos_;
+  std::map<std::size_t, std::vector<std::size_t>> overrides_;  // by their to-do
   std::vector<TextFault> faults_;
   std::string lineEnd_ = "\r\n";
   TextFailure failure_ = TextFailure::none;

@@ -365,6 +365,13 @@ void setStamp(ComponentLines& lines, std::string_view name, const std::string& v
 
 }  // namespace
 
+QString readUuid(const ComponentLines& lines) {
+  const std::size_t line = lines.find("UID");
+  const std::optional<ContentLine> content = line == none ? std::nullopt : lines.property(line);
+  bool isLatin1 = false;
+  return content ? textOfValue(content->value, isLatin1) : QString();
+}
+
 ZTASK_ENG_Task readFields(const ComponentLines& lines, const DateReader& reader) {
   const FieldReader fields(lines, reader);
   Task task;

@@ -6,12 +6,15 @@
 #include "todo_dates.h"
 
 #include <QByteArray>
+#include <QString>
 
 #include <string>
 
 namespace ulo {
 
 ZTASK_ENG_Task readFields(const ComponentLines& lines, const DateReader& reader);
+// Returns the uuid of the record that readFields returns.
+QString readUuid(const ComponentLines& lines);
 // Replaces the lines of the fields in which `task` differs, and then those that say when the to-do
 // was changed. Returns true if a line was replaced.
 bool replaceFields(ComponentLines& lines, const ZTASK_ENG_Task& task, const DateReader& reader);

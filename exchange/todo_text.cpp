@@ -25,16 +25,10 @@ std::string upper(std::string_view name) {
   return result;
 }
 
-std::vector<std::size_t> piecesOf(const CalendarText::Todo& todo) {
-  std::vector<std::size_t> pieces = todo.overrides;
-  pieces.insert(pieces.begin(), todo.piece);
-  return pieces;
-}
-
 std::vector<std::string_view> todosOf(const CalendarText& calendar) {
   std::vector<std::string_view> todos;
-  for (const CalendarText::Todo& todo : calendar.todos())
-    for (const std::size_t piece : piecesOf(todo))
+  for (const std::size_t todo : calendar.todos())
+    for (const std::size_t piece : calendar.piecesOf(todo))
       todos.push_back(calendar.bytes(calendar.pieces()[piece]));
   return todos;
 }
@@ -247,7 +241,7 @@ std::string recurrenceOf(std::string_view component) {
 }
 
 Content firstTodo(const CalendarText& text) {
-  return contentOf(text.bytes(text.pieces()[text.todos().at(0).piece]));
+  return contentOf(text.bytes(text.pieces()[text.todos().at(0)]));
 }
 
 QDateTime revisionOf(const QByteArray& text) {
@@ -259,9 +253,8 @@ QDateTime revisionOf(const QByteArray& text) {
 QByteArray withUid(const QByteArray& text, const QString& uid) {
   CalendarText calendar(text);
   const std::string line = "UID:" + valueOfText(uid);
-  const std::vector<CalendarText::Todo> todos = calendar.todos();
-  for (const CalendarText::Todo& todo : todos) {
-    for (const std::size_t piece : piecesOf(todo)) {
+  for (const std::size_t todo : calendar.todos()) {
+    for (const std::size_t piece : calendar.piecesOf(todo)) {
       ComponentLines lines(calendar.bytes(calendar.pieces()[piece]));
       const std::size_t at = lines.find("UID");
       if (at == ComponentLines::none)
@@ -284,7 +277,7 @@ bool hasSameTodos(const QByteArray& one, const QByteArray& other) {
 
 QDateTime alarmForDue(const QByteArray& text, const QDateTime& due) {
   CalendarText calendar(text);
-  const std::size_t piece = calendar.todos().at(0).piece;
+  const std::size_t piece = calendar.todos().at(0);
   ComponentLines lines(calendar.bytes(calendar.pieces()[piece]));
   for (const std::string_view name : endNames)
     lines.removeAll(name);
@@ -339,10 +332,9 @@ QByteArray mergedTodo(const QByteArray& one, const QByteArray& other) {
   const bool isSecond = second != none && (first == none || second > first);
   CalendarText result(isSecond ? other : one);
   const CalendarText added(isSecond ? one : other);
-  const CalendarText::Todo present = result.todos().at(0);
-  for (const std::size_t number : piecesOf(added.todos().at(0))) {
+  const std::vector<std::size_t> candidates = result.piecesOf(result.todos().at(0));
+  for (const std::size_t number : added.piecesOf(added.todos().at(0))) {
     const std::string_view component = added.bytes(added.pieces()[number]);
-    const std::vector<std::size_t> candidates = piecesOf(present);
     const auto match = std::find_if(candidates.begin(), candidates.end(), [&](std::size_t piece) {
       return recurrenceOf(result.bytes(result.pieces()[piece])) == recurrenceOf(component);
     });

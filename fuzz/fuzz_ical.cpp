@@ -1,6 +1,7 @@
 // Bytes as an iCalendar 2.0 text: read, edited line by line, written and read again.
 #include "TASK_ENG_Ical.h"
 #include "content_line.h"
+#include "ical_todos.h"
 
 #include "fuzz_support.h"
 #include "task_text.h"
@@ -60,6 +61,25 @@ void checkText(const QByteArray& text) {
   const auto lines = static_cast<std::size_t>(text.count('\n') + text.count('\r')) + 1;
   for (const TASK_ENG_Ical::Problem& problem : report.problems)
     FUZZ_REQUIRE(problem.line <= lines);
+}
+
+// Reading one after the other returns the same to-dos.
+void checkSequence(const QByteArray& text) {
+  const TASK_ENG_Ical calendar(text);
+  ulo::IcalTodos todos(text);
+  FUZZ_REQUIRE(todos.count() == static_cast<std::size_t>(calendar.count()));
+  TASK_ENG_Ical::Todo each;
+  for (int i = 0; todos.next(each); ++i) {
+    FUZZ_REQUIRE(todos.uuid(static_cast<std::size_t>(i)) ==
+                 each.task.getString(Task::TASK_FIELD_UUID));
+    if (i >= mostTodos)
+      continue;
+    FUZZ_REQUIRE(taskText(each.task) == taskText(calendar.task(i)));
+    FUZZ_REQUIRE(each.text == calendar.text(i));
+    FUZZ_REQUIRE(each.repeats == calendar.repeats(i));
+  }
+  FUZZ_REQUIRE(todos.report().failure == calendar.report().failure ||
+               todos.report().failure == TASK_ENG_Ical::tooLarge);
 }
 
 // A to-do's own text, and a new text with its fields, read alike.
@@ -168,6 +188,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::string input = fuzz::textOf(data, size);
   const QByteArray text = bytesOf(input);
   checkText(text);
+  checkSequence(text);
   const TASK_ENG_Ical calendar(text);
   for (int i = 0; i < std::min(calendar.count(), mostTodos); ++i) {
     checkReadBack(calendar, i);
