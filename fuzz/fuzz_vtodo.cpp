@@ -234,6 +234,18 @@ void checkBytes(const std::string& text, Tasks& tasks) {
   for (std::size_t i = 0; i < tasks.count(); ++i)
     FUZZ_REQUIRE(taskText(*read.tasks[i]) == taskText(tasks.at(i)));
 
+  // Slices, of which none is kept in memory.
+  ulo::TodoSlices slices(text, 0);
+  std::size_t sliced = 0;
+  for (std::vector<std::unique_ptr<ZTASK_ENG_Task>> slice; slices.next(slice);)
+    for (const std::unique_ptr<ZTASK_ENG_Task>& task : slice) {
+      FUZZ_REQUIRE(sliced < tasks.count());
+      FUZZ_REQUIRE(taskText(*task) == taskText(tasks.at(sliced)));
+      ++sliced;
+    }
+  FUZZ_REQUIRE(sliced == tasks.count());
+  FUZZ_REQUIRE(sameReport(slices.report().text, report));
+
   const ulo::TodosWritten written = ulo::writeTodos(tasks.list());
   FUZZ_REQUIRE(written.report.failure == ulo::WriteFailure::none);
   FUZZ_REQUIRE(written.report.todos == tasks.count());

@@ -9,6 +9,7 @@
 #include <array>
 #include <cstring>
 #include <new>
+#include <optional>
 #include <utility>
 
 namespace ulo {
@@ -172,8 +173,8 @@ std::unique_ptr<Task> toTaskRec(VObject* todo, const Undecoded& undecoded) {
 TodoReader::TodoReader(std::string_view text, std::string path, GuardedText guarded)
     : text_(text), path_(std::move(path)), guarded_(std::move(guarded)) {}
 
-TodoReader TodoReader::fromMemory(std::string_view text) {
-  return {text, {}, GuardedText::fromMemory(text, namesOfTodoProperties())};
+TodoReader TodoReader::fromMemory(std::string_view text, std::size_t kept) {
+  return {text, {}, GuardedText::fromMemory(text, namesOfTodoProperties(), kept)};
 }
 
 TodoReader TodoReader::fromFile(std::string path) {
@@ -181,60 +182,108 @@ TodoReader TodoReader::fromFile(std::string path) {
   return {{}, std::move(path), std::move(guarded)};
 }
 
-// Calls `visit` for each to-do until it returns false. Returns false if the text, or a piece of it,
-// cannot be parsed.
-template <typename Visit> bool TodoReader::forEachTodo(Visit visit) {
+// Parses the next part of the text. `first` is null if the library rejects it. Returns false at the
+// end.
+bool TodoReader::nextPart(VObject*& first) {
+  if (isFinished_)
+    return false;
   keepVObjectLibrary();
   if (guarded_.isClean()) {
-    VObject* first = path_.empty() ? vobject::Parse_MIME(text_.data(), text_.size())
-                                   : vobject::Parse_MIME_FromFileName(path_.c_str());
-    forEachTodoIn(first, visit);
-    return first != nullptr;
+    isFinished_ = true;
+    first = path_.empty() ? vobject::Parse_MIME(text_.data(), text_.size())
+                          : vobject::Parse_MIME_FromFileName(path_.c_str());
+    return true;
   }
-  bool parsed = false;
-  std::string piece;
-  while (guarded_.nextPiece(piece)) {
-    VObject* first = vobject::Parse_MIME(piece.data(), piece.size());
-    parsed = first != nullptr;
-    if (!parsed || !forEachTodoIn(first, visit))
-      break;
-  }
-  return parsed;
+  isFinished_ = !guarded_.nextPiece(piece_);
+  if (!isFinished_)
+    first = vobject::Parse_MIME(piece_.data(), piece_.size());
+  return !isFinished_;
 }
 
-TodosRead TodoReader::read() {
-  TodosRead result;
-  ReadReport& report = result.report;
-  const bool parsed = forEachTodo([&](VObject* todo) {
-    std::unique_ptr<Task> task = toTaskRec(todo, [&](Task::TASK_FIELD_T field) {
-      if (report.undecoded.size() < loggedLimit)
-        report.undecoded.push_back({result.tasks.size(), field});
-    });
-    if (task == nullptr) {
-      codec_log::todoNotRead();
-      report.failure = ReadFailure::memory;
-      return false;
-    }
-    result.tasks.push_back(std::move(task));
-    return true;
-  });
+bool TodoReader::readPart(std::vector<std::unique_ptr<Task>>& tasks, ReadReport& report) {
+  VObject* first = nullptr;
+  const bool isPart = nextPart(first);
+  if (isPart) {
+    hasParsed_ = first != nullptr;
+    const auto take = [&](VObject* todo) {
+      std::unique_ptr<Task> task = toTaskRec(todo, [&](Task::TASK_FIELD_T field) {
+        if (report.undecoded.size() < loggedLimit)
+          report.undecoded.push_back({todos_, field});
+      });
+      if (task == nullptr) {
+        codec_log::todoNotRead();
+        report.failure = ReadFailure::memory;
+        return false;
+      }
+      tasks.push_back(std::move(task));
+      ++todos_;
+      return true;
+    };
+    if (hasParsed_ && forEachTodoIn(first, take))
+      return true;
+    isFinished_ = true;
+  }
   report.text = guarded_.report();
-  if (!parsed) {
+  if (!hasParsed_) {
     codec_log::textNotParsed();
-    result.tasks.clear();
+    todos_ = 0;
     report.undecoded.clear();
   }
   if (report.text.problem != TextProblem::none)
     report.failure = ReadFailure::text;
-  else if (report.failure == ReadFailure::none && result.tasks.size() != report.text.todos)
+  else if (report.failure == ReadFailure::none && todos_ != report.text.todos)
     report.failure = ReadFailure::library;
+  return false;
+}
+
+TodosRead TodoReader::read() {
+  TodosRead result;
+  while (readPart(result.tasks, result.report)) {
+  }
+  if (!hasParsed_)
+    result.tasks.clear();
   return result;
 }
 
 bool TodoReader::hasTodo() {
   bool found = false;
-  forEachTodo([&](VObject*) { return found = true; });
+  for (VObject* first = nullptr; nextPart(first) && first != nullptr;)
+    forEachTodoIn(first, [&](VObject*) { return found = true; });
   return found;
+}
+
+struct TodoSlices::State {
+  TodoReader reader;
+  ReadReport report;
+  std::optional<vobject::Library> library;
+};
+
+TodoSlices::TodoSlices(std::string_view text, std::size_t kept)
+    : state_(new State{TodoReader::fromMemory(text, kept), {}, {}}) {
+  ReadReport& report = state_->report;
+  report.text = state_->reader.report();
+  if (report.text.problem != TextProblem::none)
+    report.failure = ReadFailure::text;
+}
+
+TodoSlices::~TodoSlices() = default;
+
+const ReadReport& TodoSlices::report() const {
+  return state_->report;
+}
+
+bool TodoSlices::next(std::vector<std::unique_ptr<ZTASK_ENG_Task>>& tasks) {
+  tasks.clear();
+  if (state_->report.failure != ReadFailure::none)
+    return false;
+  if (!state_->library)
+    state_->library.emplace();
+  const bool isRead = state_->reader.readPart(tasks, state_->report);
+  if (!isRead) {
+    state_->library.reset();
+    tasks.clear();
+  }
+  return isRead;
 }
 
 TodosRead readTodos(std::string_view text) {

@@ -182,9 +182,9 @@ bool PieceMaker::next(Piece& piece) {
 }  // namespace
 
 struct GuardedText::State {
-  State(ByteSource bytes, std::vector<std::string> names)
+  State(ByteSource bytes, std::vector<std::string> names, std::size_t kept)
       : source(std::move(bytes)), properties(std::move(names)) {
-    scan();
+    scan(kept);
   }
   explicit State(Verdict without) : source(std::string_view()), verdict(std::move(without)) {}
 
@@ -199,7 +199,7 @@ struct GuardedText::State {
   bool finished = false;
 
 private:
-  void scan();
+  void scan(std::size_t most);
   void decide(const TodoScanner& scanner);
   void logRepairs(const RepairList& list, std::size_t count, bool isLast);
 
@@ -207,7 +207,7 @@ private:
   std::size_t logged_ = 0;  // repairs
 };
 
-void GuardedText::State::scan() {
+void GuardedText::State::scan(std::size_t most) {
   TodoScanner scanner(source);
   while (!scanner.isFinished() && (scanner.isClean() || properties.empty()))
     scanner.next();
@@ -220,12 +220,12 @@ void GuardedText::State::scan() {
   std::size_t size = 0;
   for (Piece piece; pieceMaker.next(piece);) {
     size += piece.text.size();
-    if (size <= keptLimit)
+    if (size <= most)
       pieces.push_back(std::move(piece));
     else
       pieces.clear();
   }
-  kept_ = size <= keptLimit;
+  kept_ = size <= most;
   repairs = pieceMaker.repairs();
   decide(pieceMaker.scanner());
   if (verdict.rejected) {
@@ -289,13 +289,14 @@ GuardedText::~GuardedText() = default;
 
 GuardedText GuardedText::fromFile(const std::string& path, std::vector<std::string> properties) {
   Descriptor file = openRegularFile(path);
-  return GuardedText(
-      !file.isOpen() ? std::make_unique<State>(unreadable())
-                     : std::make_unique<State>(ByteSource(std::move(file)), std::move(properties)));
+  return GuardedText(!file.isOpen() ? std::make_unique<State>(unreadable())
+                                    : std::make_unique<State>(ByteSource(std::move(file)),
+                                                              std::move(properties), keptLimit));
 }
 
-GuardedText GuardedText::fromMemory(std::string_view text, std::vector<std::string> properties) {
-  return GuardedText(std::make_unique<State>(ByteSource(text), std::move(properties)));
+GuardedText GuardedText::fromMemory(std::string_view text, std::vector<std::string> properties,
+                                    std::size_t kept) {
+  return GuardedText(std::make_unique<State>(ByteSource(text), std::move(properties), kept));
 }
 
 const TextReport& GuardedText::report() const {

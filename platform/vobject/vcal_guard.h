@@ -97,7 +97,9 @@ public:
   // `properties` lists the to-do properties that the caller reads; the pieces contain no others. A
   // text in memory must outlive the object.
   static GuardedText fromFile(const std::string& path, std::vector<std::string> properties);
-  static GuardedText fromMemory(std::string_view text, std::vector<std::string> properties);
+  // At most `kept` bytes of pieces are kept; see keptLimit.
+  static GuardedText fromMemory(std::string_view text, std::vector<std::string> properties,
+                                std::size_t kept = keptLimit);
   GuardedText(GuardedText&& other) noexcept;
   ~GuardedText();
 

@@ -136,6 +136,104 @@ TEST_F(TodoReading, ReportsRecordThatCannotBeAllocated) {
   EXPECT_EQ(read.report.text.todos, 3U);
 }
 
+// The to-dos of the slices, and their report.
+struct Slices {
+  ulo::TodosRead read;
+  std::vector<std::size_t> sizes;
+};
+Slices slicesOf(const std::string& text, std::size_t kept = ulo::slicesKept) {
+  Slices result;
+  ulo::TodoSlices slices(text, kept);
+  for (std::vector<std::unique_ptr<Task>> tasks; slices.next(tasks);) {
+    result.sizes.push_back(tasks.size());
+    for (std::unique_ptr<Task>& task : tasks)
+      result.read.tasks.push_back(std::move(task));
+  }
+  result.read.report = slices.report();
+  return result;
+}
+
+std::string manyTodos(std::size_t count) {
+  std::string todos;
+  for (std::size_t i = 0; i < count; ++i)
+    todos += "BEGIN:VTODO\r\nSUMMARY;X-A=1:" + std::to_string(i) + "\r\nEND:VTODO\r\n";
+  return "BEGIN:VCALENDAR\r\n" + todos + "END:VCALENDAR\r\n";
+}
+
+TEST_F(TodoReading, SlicesContainAllTodosInOrder) {
+  for (const std::size_t count : {1U, 99U, 100U, 101U, 200U, 201U, 1050U}) {
+    const std::string text = manyTodos(count);
+    const ulo::TodosRead whole = ulo::readTodos(text);
+    ASSERT_EQ(whole.tasks.size(), count);
+    // All pieces are kept, some of them, or none.
+    for (const std::size_t kept : {ulo::keptLimit, text.size() / 2, std::size_t{0}}) {
+      const Slices slices = slicesOf(text, kept);
+      EXPECT_EQ(summaries(slices.read), summaries(whole)) << kept;
+      EXPECT_THAT(slices.sizes, testing::Each(testing::Le(100U))) << kept;
+      EXPECT_EQ(slices.read.report.failure, ulo::ReadFailure::none) << kept;
+      EXPECT_EQ(slices.read.report.text.todos, count) << kept;
+      EXPECT_EQ(slices.read.report.text.repairs.size(), whole.report.text.repairs.size()) << kept;
+      EXPECT_EQ(slices.read.report.text.moreRepairs, whole.report.text.moreRepairs) << kept;
+    }
+  }
+}
+
+TEST_F(TodoReading, SliceOfLargeTodoHasNoOther) {
+  const std::string note(std::size_t{3} << 20, 'n');
+  const std::string large =
+      "BEGIN:VTODO\r\nSUMMARY;X-A=1:large\r\nDESCRIPTION:" + note + "\r\nEND:VTODO\r\n";
+  const std::string small = "BEGIN:VTODO\r\nSUMMARY:small\r\nEND:VTODO\r\n";
+  const std::string text =
+      "BEGIN:VCALENDAR\r\n" + large + large + small + small + "END:VCALENDAR\r\n";
+  for (const std::size_t kept : {ulo::keptLimit, std::size_t{0}}) {
+    const Slices slices = slicesOf(text, kept);
+    EXPECT_THAT(summaries(slices.read), ElementsAre("large", "large", "small", "small")) << kept;
+    EXPECT_THAT(slices.sizes, ElementsAre(1U, 1U, 2U)) << kept;
+    EXPECT_EQ(slices.read.tasks[1]->getString(Task::TASK_FIELD_NOTE).size(),
+              static_cast<qsizetype>(note.size()));
+  }
+}
+
+TEST_F(TodoReading, SlicesOfBadTextAreEmpty) {
+  const std::string text = manyTodos(250);
+  for (const std::string& bad :
+       {text.substr(0, text.size() - 40), std::string("BEGIN:VCALENDAR\r\nEND:VCALENDAR\r\n")}) {
+    const Slices slices = slicesOf(bad, 0);
+    EXPECT_THAT(slices.sizes, IsEmpty());
+    EXPECT_EQ(slices.read.report.failure, ulo::ReadFailure::text);
+    EXPECT_EQ(slices.read.report.text.problem, ulo::readTodos(bad).report.text.problem);
+  }
+  EXPECT_THAT(loader_.opened, IsEmpty());
+}
+
+TEST_F(TodoReading, SlicesReportUndecodedTextsByTheirTodo) {
+  std::string text = manyTodos(150);
+  text += calendar("SUMMARY;CHARSET=UTF-8;ENCODING=QUOTED-PRINTABLE:=C3\r\n");
+  const Slices slices = slicesOf(text, 0);
+  ASSERT_EQ(slices.read.report.undecoded.size(), 1U);
+  EXPECT_EQ(slices.read.report.undecoded[0].todo, 150U);
+}
+
+TEST_F(TodoReading, SlicesReportLibraryThatCannotRead) {
+  for (const char* function : {"Parse_MIME", "nextVObject", "vObjectName"}) {
+    loader_.missing = {function};
+    const Slices slices = slicesOf(manyTodos(250));
+    EXPECT_EQ(slices.read.report.failure, ulo::ReadFailure::library) << function;
+    EXPECT_THAT(slices.read.tasks, IsEmpty()) << function;
+  }
+}
+
+TEST_F(TodoReading, SlicesOpenLibraryUntilTheEnd) {
+  const std::string text = manyTodos(250);
+  ulo::TodoSlices slices(text);
+  EXPECT_THAT(loader_.opened, IsEmpty());
+  std::vector<std::unique_ptr<Task>> tasks;
+  while (slices.next(tasks))
+    EXPECT_EQ(loader_.closed, 0);
+  EXPECT_THAT(loader_.opened, ElementsAre("libicalvcal.so lazy"));
+  EXPECT_EQ(loader_.closed, 1);
+}
+
 // Writing
 
 class TodoWriting : public VObjectLibrary {
