@@ -10,6 +10,7 @@
 #include <QStringDecoder>
 
 #include <array>
+#include <cstdio>
 #include <cstring>
 
 namespace ulo {
@@ -62,10 +63,6 @@ constexpr std::array<CharsetName, 9> charsetNames = {{
     {"US-ASCII", EMAIL_Util::charsetUsAscii, "USASCII"},
 }};
 constexpr CharsetName unknownCharset = {"", EMAIL_Util::charsetUnknown, "default unknow"};
-
-QString twoDigits(int number) {
-  return QString(number <= 9 ? "0%1" : "%1").arg(number);
-}
 
 }  // namespace
 
@@ -121,14 +118,18 @@ const char* statusText(int status) {
   return statusWords[index < statusWords.size() ? index : unsigned{statusNeedsAction}];
 }
 
-QString dueDateText(const QDateTime& due) {
-  const QDate date = UTIL_TimeConversion::toLocalTime(due).date();
-  return QString("%1").arg(date.year()) + twoDigits(date.month()) + twoDigits(date.day()) +
-         "T120000Z";
+QByteArray dueDateText(const QDateTime& due) {
+  // Only the day is needed, which Qt finds faster if the time is valid.
+  const QDateTime local = due.isValid() ? due.toLocalTime() : UTIL_TimeConversion::toLocalTime(due);
+  const QDate date = local.date();
+  std::array<char, 64> text{};
+  std::snprintf(text.data(), text.size(), "%d%02d%02dT120000Z", date.year(), date.month(),
+                date.day());
+  return text.data();
 }
 
-QString dateTimeText(const QDateTime& dateTime) {
-  return QString::fromLatin1(UTIL_TimeConversion::toISO8601(dateTime));
+QByteArray dateTimeText(const QDateTime& dateTime) {
+  return UTIL_TimeConversion::toISO8601(dateTime);
 }
 
 bool isWritable(const QString& text) {
@@ -143,11 +144,11 @@ QString wellFormedText(const QString& text) {
   return QStringDecoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom)(utf8);
 }
 
-QString encodeText(const QString& text) {
+QByteArray encodeText(const QString& text) {
   QCString bytes;
   EMAIL_Util::encWithCharset(bytes, text, EMAIL_Util::charsetUtf8);
   const unsigned long length = bytes.isNull() ? 0 : std::strlen(bytes.constData());
-  return QString::fromLatin1(EMAIL_Util::encQp(bytes.constData(), length, 0));
+  return EMAIL_Util::encQp(bytes.constData(), length, 0);
 }
 
 bool isSet(const QDateTime& dateTime) {

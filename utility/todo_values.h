@@ -32,16 +32,16 @@ bool decodeCharset(const QCString& bytes, const QCString& charsetName, QString& 
 // Returns the word for a status code; that of statusNeedsAction if there is none.
 const char* statusText(int status);
 // Returns the local date as a time at noon UTC, whatever the time of day.
-QString dueDateText(const QDateTime& due);
+QByteArray dueDateText(const QDateTime& due);
 // Returns the time in UTC, or an empty text if the year does not have four digits.
-QString dateTimeText(const QDateTime& dateTime);
+QByteArray dateTimeText(const QDateTime& dateTime);
 // Returns true if the text can be written without loss: it has no U+0000 and no unpaired surrogate.
 bool isWritable(const QString& text);
 // Returns the text with unpaired surrogates replaced by "?", or a null text if it is empty or
 // begins with U+0000.
 QString wellFormedText(const QString& text);
 // Returns the text, up to its first U+0000, in UTF-8 and quoted-printable.
-QString encodeText(const QString& text);
+QByteArray encodeText(const QString& text);
 
 // Returns true if the field has a date.
 bool isSet(const QDateTime& dateTime);

@@ -28,14 +28,17 @@ public:
 
 private:
   VObject* addProperty(VObject* object, const char* name);
-  void addValue(VObject* object, const char* name, const QString& value);
-  void addText(VObject* todo, const char* name, const QString& text);
+  void addValue(VObject* object, const char* name, const QByteArray& value);
+  // A name and the parameters of a text.
+  [[nodiscard]] static QByteArray textName(const char* name);
   void noteLoss(std::size_t index, Task::TASK_FIELD_T field) {
     report_.lossy.push_back({index, field});
   }
 
   VObject* calendar_;
-  QString charset_;
+  QByteArray summary_;
+  QByteArray description_;
+  QByteArray category_;
   WriteReport report_;
 };
 
@@ -43,9 +46,16 @@ CalendarBuilder::CalendarBuilder() : calendar_(vobject::newVObject("VCALENDAR"))
   if (calendar_ == nullptr)
     report_.failure = WriteFailure::library;
   addValue(calendar_, "VERSION", "1.0");
+  summary_ = textName("SUMMARY");
+  description_ = textName("DESCRIPTION");
+  // Contracts: not CATEGORIES, which the reader expects, and not repaired.
+  category_ = textName("CATEGORY");
+}
+
+QByteArray CalendarBuilder::textName(const char* name) {
   QCString charset;
   EMAIL_Util::charsetEnumToStr(EMAIL_Util::charsetUtf8, charset);
-  charset_ = QString::fromLatin1(charset);
+  return QByteArray(name) + ";CHARSET=" + charset + ";ENCODING=QUOTED-PRINTABLE";
 }
 
 VObject* CalendarBuilder::addProperty(VObject* object, const char* name) {
@@ -56,15 +66,9 @@ VObject* CalendarBuilder::addProperty(VObject* object, const char* name) {
 }
 
 // An empty value adds nothing.
-void CalendarBuilder::addValue(VObject* object, const char* name, const QString& value) {
-  if (vobject::addPropValue(object, name, value) == nullptr && !value.isEmpty())
+void CalendarBuilder::addValue(VObject* object, const char* name, const QByteArray& value) {
+  if (vobject::addPropBytes(object, name, value) == nullptr && !value.isEmpty())
     report_.failure = WriteFailure::library;
-}
-
-void CalendarBuilder::addText(VObject* todo, const char* name, const QString& text) {
-  const QString full =
-      QString("%1;CHARSET=%2;ENCODING=QUOTED-PRINTABLE").arg(QLatin1String(name), charset_);
-  addValue(todo, full.toLatin1().constData(), encodeText(text));
 }
 
 void CalendarBuilder::addTodo(std::size_t index, const Task& task) {
@@ -73,22 +77,23 @@ void CalendarBuilder::addTodo(std::size_t index, const Task& task) {
     ++report_.todos;
   addValue(todo, "STATUS", statusText(task.getStatusValue()));
 
-  const auto textOf = [&](Task::TASK_FIELD_T field) {
-    QString text = task.getString(field);
-    if (!isWritable(text))
+  const auto addText = [&](const QByteArray& name, Task::TASK_FIELD_T field, bool isRepaired) {
+    const QString text = task.getString(field);
+    const bool isLossy = !isWritable(text);
+    if (isLossy)
       noteLoss(index, field);
-    return text;
+    addValue(todo, name.constData(),
+             encodeText(isLossy && isRepaired ? wellFormedText(text) : text));
   };
-  addText(todo, "SUMMARY", wellFormedText(textOf(Task::TASK_FIELD_SUMMARY)));
-  addText(todo, "DESCRIPTION", wellFormedText(textOf(Task::TASK_FIELD_NOTE)));
-  // Contracts: not CATEGORIES, which the reader expects, and not repaired.
-  addText(todo, "CATEGORY", textOf(Task::TASK_FIELD_CATEGORY));
+  addText(summary_, Task::TASK_FIELD_SUMMARY, true);
+  addText(description_, Task::TASK_FIELD_NOTE, true);
+  addText(category_, Task::TASK_FIELD_CATEGORY, false);
 
   const auto timeOf = [&](Task::TASK_FIELD_T field) {
     const QDateTime dateTime = task.getInstant(field);
     if (!isSet(dateTime))
-      return QString();
-    QString text = dateTimeText(dateTime);
+      return QByteArray();
+    QByteArray text = dateTimeText(dateTime);
     if (text.isEmpty())
       noteLoss(index, field);
     return text;
@@ -97,9 +102,9 @@ void CalendarBuilder::addTodo(std::size_t index, const Task& task) {
     addValue(todo, "DUE", dueDateText(due));
   addValue(todo, "COMPLETED", timeOf(Task::TASK_FIELD_END));
   // Readers that use the library take the next line for the value of an empty DALARM.
-  if (const QString runTime = timeOf(Task::TASK_FIELD_ALARM); !runTime.isEmpty())
+  if (const QByteArray runTime = timeOf(Task::TASK_FIELD_ALARM); !runTime.isEmpty())
     addValue(addProperty(todo, "DALARM"), "RUNTIME", runTime);
-  addValue(todo, "PRIORITY", QString::number(task.getPriorityValue()));
+  addValue(todo, "PRIORITY", QByteArray::number(task.getPriorityValue()));
 }
 
 CalendarBuilder buildVCalendar(const QList<Task>& tasks) {

@@ -175,10 +175,14 @@ VObject* addProp(VObject* object, const char* name) {
 }
 
 VObject* addPropValue(VObject* object, const char* name, const QString& value) {
+  return addPropBytes(object, name, value.toUtf8());
+}
+
+VObject* addPropBytes(VObject* object, const char* name, const QByteArray& value) {
   if (object == nullptr || value.isEmpty())
     return nullptr;
   auto* function = require<VObject*(VObject*, const char*, const char*)>("addPropValue");
-  return function == nullptr ? nullptr : function(object, name, value.toUtf8().constData());
+  return function == nullptr ? nullptr : function(object, name, value.constData());
 }
 
 char* narrow(const wchar_t* text) {

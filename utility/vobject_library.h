@@ -3,6 +3,7 @@
 // otherwise. Used by one thread of the process at a time.
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 #include <cstddef>
@@ -57,6 +58,8 @@ VObject* addProp(VObject* object, const char* name);
 // Passes the value as UTF-8. Returns null, without a log line, if `object` is null or `value` is
 // empty.
 VObject* addPropValue(VObject* object, const char* name, const QString& value);
+// The same for a value in UTF-8.
+VObject* addPropBytes(VObject* object, const char* name, const QByteArray& value);
 
 // Returns the bytes of a text that the library has widened: U+2028 becomes a line feed, U+2029 a
 // carriage return, and every other character its low 8 bits. Returns null if memory is short. The
