@@ -8,6 +8,12 @@
 #include "task_words.h"
 #include "todo_text.h"
 
+#include <QByteArrayView>
+#include <QCryptographicHash>
+
+#include <algorithm>
+#include <cstring>
+
 namespace ulo {
 namespace {
 
@@ -41,29 +47,74 @@ void applyChanges(const ZTASK_ENG_Task& base, const ZTASK_ENG_Task& changed, ZTA
 
 }  // namespace
 
+IcalIntake::Digest IcalIntake::digestOf(QStringView uuid) {
+  const QByteArrayView bytes(reinterpret_cast<const char*>(uuid.utf16()),
+                             uuid.size() * static_cast<qsizetype>(sizeof(char16_t)));
+  const QByteArray hash = QCryptographicHash::hash(bytes, QCryptographicHash::Blake2s_128);
+  Digest digest{};
+  std::memcpy(digest.data(), hash.constData(), sizeof digest);
+  return digest;
+}
+
+IcalIntake::Announced* IcalIntake::announced(QStringView uuid) {
+  const Digest digest = digestOf(uuid);
+  const auto found =
+      std::lower_bound(announced_.begin(), announced_.end(), digest,
+                       [](const Announced& one, const Digest& other) { return one.uuid < other; });
+  return found != announced_.end() && found->uuid == digest ? &*found : nullptr;
+}
+
+void IcalIntake::expect(const QString& uuid) {
+  if (!uuid.isEmpty())
+    announced_.push_back({digestOf(uuid), 0, 1});
+}
+
+int IcalIntake::find() {
+  std::sort(announced_.begin(), announced_.end(),
+            [](const Announced& one, const Announced& other) { return one.uuid < other.uuid; });
+  std::size_t last = 0;
+  for (std::size_t i = 1; i < announced_.size(); ++i) {
+    if (announced_[i].uuid == announced_[last].uuid)
+      ++announced_[last].todos;
+    else
+      announced_[++last] = announced_[i];
+  }
+  announced_.resize(std::min(announced_.size(), last + 1));
+  if (announced_.empty())
+    return TASK_ENG_OK;
+  return forEachUuid([this](QStringView uuid, unsigned int uid) {
+    if (Announced* const known = announced(uuid); known != nullptr && known->uid == 0)
+      known->uid = uid;
+  });
+}
+
 int IcalIntake::find(const std::vector<QString>& uuids) {
   for (const QString& uuid : uuids)
-    ++expected_[uuid];
-  return findTasks(uuids, uids_);
+    expect(uuid);
+  return find();
 }
 
 int IcalIntake::take(const TASK_ENG_Ical::Todo& todo, TakenIn& taken) {
   const QString uuid = todo.task.getString(ZTASK_ENG_Task::TASK_FIELD_UUID);
   if (uuid.isEmpty() || known_ == Known::addAgain)
     return add(todo, taken);
-  if (--expected_[uuid] > 0) {
+  Announced* const known = announced(uuid);
+  if (known == nullptr)
+    return add(todo, taken);
+  if (known->todos > 1) {
+    --known->todos;
     taken = {Taken::repeated, 0, {}};
     return TASK_ENG_OK;
   }
-  const auto known = uids_.constFind(uuid);
-  return known == uids_.constEnd() ? add(todo, taken) : update(known.value(), todo, taken);
+  return known->uid == 0 ? add(todo, taken) : update(known->uid, todo, taken);
 }
 
 int IcalIntake::add(const TASK_ENG_Ical::Todo& todo, TakenIn& taken) {
   constexpr Field uuidField = ZTASK_ENG_Task::TASK_FIELD_UUID;
   ZTASK_ENG_Task task = todo.task;
   const QString own = task.getString(uuidField);
-  if (own.isEmpty() || uids_.contains(own))
+  Announced* const known = own.isEmpty() ? nullptr : announced(own);
+  if (own.isEmpty() || (known != nullptr && known->uid != 0))
     task.setString(uuidField, QString());  // the store makes a new one
   taken = {Taken::added, 0, shortenTexts(task)};
   if (!hasDate(task, ZTASK_ENG_Task::TASK_FIELD_REVISION))
@@ -72,7 +123,8 @@ int IcalIntake::add(const TASK_ENG_Ical::Todo& todo, TakenIn& taken) {
     return code;
   taken.uid = task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID);
   const QString uuid = task.getString(uuidField);
-  uids_.insert(uuid, taken.uid);
+  if (known != nullptr && known->uid == 0)
+    known->uid = taken.uid;
   return storeText(taken.uid, uuid == own ? todo.text : withUid(todo.text, uuid));
 }
 

@@ -5,9 +5,11 @@
 #include "ZTASK_ENG_Model.h"
 #include "take_in.h"
 
-#include <QHash>
 #include <QString>
+#include <QStringView>
 
+#include <array>
+#include <cstdint>
 #include <vector>
 
 namespace ulo {
@@ -49,8 +51,12 @@ public:
   explicit IcalIntake(ZTASK_ENG_Model& store, Known known = Known::update)
       : store_(store), known_(known) {}
 
-  // Looks up the uuids of all to-dos that will be taken in, in their order, in one pass over the
-  // store.
+  // Announces a to-do that will be taken in, by its uuid. All must be announced, and then be looked
+  // up by find().
+  void expect(const QString& uuid);
+  // Looks up the announced uuids in one pass over the store. Called once.
+  [[nodiscard]] int find();
+  // The same for to-dos with these uuids.
   [[nodiscard]] int find(const std::vector<QString>& uuids);
 
   [[nodiscard]] int take(const TASK_ENG_Ical::Todo& todo, TakenIn& taken);
@@ -59,10 +65,20 @@ private:
   int add(const TASK_ENG_Ical::Todo& todo, TakenIn& taken);
   int update(unsigned int uid, const TASK_ENG_Ical::Todo& todo, TakenIn& taken);
 
+  // A uuid that was announced. Uuids of any length are kept as digests, because there may be
+  // hundreds of thousands.
+  using Digest = std::array<std::uint64_t, 2>;
+  struct Announced {
+    Digest uuid;
+    std::uint32_t uid = 0;    // of the task; 0 if none is stored
+    std::uint32_t todos = 0;  // that have not been taken in
+  };
+  static Digest digestOf(QStringView uuid);
+  Announced* announced(QStringView uuid);
+
   ZTASK_ENG_Model& store_;
   Known known_;
-  QHash<QString, unsigned int> uids_;  // by uuid
-  QHash<QString, int> expected_;       // the number of to-dos of a uuid that have not been taken
+  std::vector<Announced> announced_;  // after find() in the order of `uuid`, each once
 };
 
 }  // namespace ulo

@@ -2,10 +2,10 @@
 // uuids of all tasks once. Requires: the database is open in this thread.
 #pragma once
 
-#include <QHash>
 #include <QString>
+#include <QStringView>
 
-#include <vector>
+#include <functional>
 
 namespace ulo {
 
@@ -13,8 +13,8 @@ namespace ulo {
 // TASK_ENG_NOT_FOUND, TASK_ENG_MEMORY_FULL or TASK_ENG_DATABASE_FAILURE and leaves `uid` unchanged.
 int findTask(const QString& uuid, unsigned int& uid);
 
-// Sets `uids` to the UIDs of those `uuids` that belong to a task, as findTask finds them. Fails
-// with TASK_ENG_MEMORY_FULL or TASK_ENG_DATABASE_FAILURE and leaves `uids` unchanged.
-int findTasks(const std::vector<QString>& uuids, QHash<QString, unsigned int>& uids);
+// Calls `visit` for each task that has a uuid, in the order of their UIDs, all read in one state of
+// the store. Fails with TASK_ENG_MEMORY_FULL or TASK_ENG_DATABASE_FAILURE.
+int forEachUuid(const std::function<void(QStringView uuid, unsigned int uid)>& visit);
 
 }  // namespace ulo

@@ -1,5 +1,6 @@
 #include "task_uuids.h"
 
+#include "database.h"
 #include "store_test.h"
 #include "ulodb2.h"
 
@@ -7,6 +8,17 @@ namespace {
 
 class TaskUuids : public StoreTest {
 protected:
+  // All tasks with a uuid, in the order in which they are visited.
+  using Found = std::vector<std::pair<QString, unsigned int>>;
+  static Found all() {
+    Found found;
+    EXPECT_EQ(ulo::forEachUuid([&](QStringView uuid, unsigned int uid) {
+                found.emplace_back(uuid.toString(), uid);
+              }),
+              ok);
+    return found;
+  }
+
   unsigned int addWith(const QString& uuid) {
     Task added = task("a");
     added.setString(Task::TASK_FIELD_UUID, uuid);
@@ -34,9 +46,7 @@ TEST_F(TaskUuids, FindLowestUidOfSeveral) {
   unsigned int uid = 0;
   EXPECT_EQ(ulo::findTask("same", uid), ok);
   EXPECT_EQ(uid, first);
-  QHash<QString, unsigned int> uids;
-  EXPECT_EQ(ulo::findTasks({"same"}, uids), ok);
-  EXPECT_EQ(uids.value("same"), first);
+  EXPECT_EQ(all(), (Found{{"same", first}, {"same", first + 1}, {"other", first + 2}}));
 }
 
 // Units of any value, long texts, and a byte order mark.
@@ -47,35 +57,50 @@ TEST_F(TaskUuids, CompareAllUnits) {
   std::vector<unsigned int> stored;
   for (const QString& uuid : uuids)
     stored.push_back(addWith(uuid));
-  QHash<QString, unsigned int> uids;
-  EXPECT_EQ(ulo::findTasks(uuids, uids), ok);
+  const Found found = all();
+  ASSERT_EQ(found.size(), uuids.size());
   for (std::size_t i = 0; i < uuids.size(); ++i) {
     unsigned int uid = 0;
     EXPECT_EQ(ulo::findTask(uuids[i], uid), ok) << i;
     EXPECT_EQ(uid, stored[i]) << i;
-    EXPECT_EQ(uids.value(uuids[i]), stored[i]) << i;
+    EXPECT_EQ(found[i], std::pair(uuids[i], stored[i])) << i;
   }
 }
 
-TEST_F(TaskUuids, FindOnlyWantedOfMany) {
-  for (int i = 0; i < 50; ++i)
-    addWith(QString::number(i));
-  QHash<QString, unsigned int> uids;
-  EXPECT_EQ(ulo::findTasks({"7", "49", "50"}, uids), ok);
-  EXPECT_EQ(uids, (QHash<QString, unsigned int>{{"7", 8}, {"49", 50}}));
-  EXPECT_EQ(ulo::findTasks({}, uids), ok);
-  EXPECT_TRUE(uids.isEmpty());
+// One page, and a part of a third one; some tasks have been removed.
+TEST_F(TaskUuids, VisitTasksOfSeveralPages) {
+  store();
+  Found expected;
+  const auto addUntil = [&](unsigned int count) {
+    WriteScope transaction;
+    while (expected.size() < count) {
+      const QString uuid = QString::number(expected.size());
+      const unsigned int uid = addWith(uuid);
+      if (uid % 7 == 0)
+        EXPECT_EQ(store().removeTask(uid), ok);
+      else
+        expected.emplace_back(uuid, uid);
+    }
+    EXPECT_EQ(transaction.keep(), DB_OK);
+  };
+  for (const unsigned int count : {999U, 1000U, 1001U, 2010U}) {
+    addUntil(count);
+    EXPECT_EQ(all(), expected) << count;
+  }
+}
+
+TEST_F(TaskUuids, VisitNoneInEmptyStore) {
+  store();
+  EXPECT_TRUE(all().empty());
 }
 
 TEST_F(TaskUuids, ReportFailureOfDatabase) {
   addWith("one");
   close();
-  QHash<QString, unsigned int> uids{{"kept", 1}};
   unsigned int uid = 77;
   EXPECT_EQ(ulo::findTask("one", uid), databaseFailure);
-  EXPECT_EQ(ulo::findTasks({"one"}, uids), databaseFailure);
+  EXPECT_EQ(ulo::forEachUuid([](QStringView, unsigned int) { FAIL(); }), databaseFailure);
   EXPECT_EQ(uid, 77U);
-  EXPECT_EQ(uids.size(), 1);
 }
 
 }  // namespace
