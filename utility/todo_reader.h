@@ -50,8 +50,9 @@ struct TodosRead {
 inline constexpr std::size_t slicesKept = std::size_t{1} << 20;
 
 // The to-dos of a text, read slice by slice. Beside the text, needs memory for one slice: at most a
-// hundred to-dos, and not more than one if they are large. Only one thread of the process at a time
-// may read or write calendar text.
+// hundred to-dos, and not more than one if they are large. A short text that the library reads
+// without repairs is one slice. Only one thread of the process at a time may read or write calendar
+// text.
 class ULO_EXPORT TodoSlices {
 public:
   // Scans the text, which must outlive the object.

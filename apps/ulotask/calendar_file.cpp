@@ -19,6 +19,7 @@
 #include <fcntl.h>
 #include <memory>
 #include <string_view>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -61,35 +62,47 @@ std::string shownName(const std::string& name) {
   return name == standardInput ? "standard input" : name;
 }
 
-std::string readFile(const std::string& name, std::size_t limit) {
+namespace {
+
+// Appends to the text, so that reading a large file or pipe does not copy it.
+QByteArray readBytes(const std::string& name, std::size_t limit) {
   const ulo::Descriptor file = openFile(name);
   if (!file.isOpen())
     throw unreadable(name);
-  constexpr std::size_t chunk = 65536;
-  std::string bytes;
+  constexpr qsizetype chunk = 65536;
+  QByteArray bytes;
+  struct stat status {};
+  if (::fstat(file.get(), &status) == 0 && S_ISREG(status.st_mode))
+    bytes.reserve(std::min(static_cast<qsizetype>(status.st_size), static_cast<qsizetype>(limit)) +
+                  chunk);
   while (true) {
-    const std::size_t before = bytes.size();
+    const qsizetype before = bytes.size();
     bytes.resize(before + chunk);
     const ssize_t count = ::read(file.get(), bytes.data() + before, chunk);
-    bytes.resize(before + static_cast<std::size_t>(count > 0 ? count : 0));
+    bytes.resize(before + (count > 0 ? count : 0));
     if (count < 0 && errno != EINTR)
       throw unreadable(name);
     if (count == 0)
       return bytes;
-    if (bytes.size() > limit)
+    if (static_cast<std::size_t>(bytes.size()) > limit)
       throw Failure(Exit::tooLarge,
                     shownName(name) + ": larger than " + std::to_string(limit) + " bytes");
   }
 }
 
+}  // namespace
+
+std::string readFile(const std::string& name, std::size_t limit) {
+  return readBytes(name, limit).toStdString();
+}
+
 namespace {
 
-Calendar readVcalendar(const std::string& name, std::string_view text,
-                       std::vector<std::string>& notices) {
-  // The text ends at the first zero byte.
-  text = text.substr(0, text.find('\0'));
-  ulo::TodosRead read = ulo::readTodos(text);
-  const ulo::TextReport& report = read.report.text;
+std::string_view viewOf(const QByteArray& bytes) {
+  return {bytes.constData(), static_cast<std::size_t>(bytes.size())};
+}
+
+void refuse(const std::string& name, const ulo::TextReport& report) {
   for (const Refusal& refusal : refusals) {
     if (refusal.problem == report.problem) {
       const std::string place =
@@ -97,15 +110,11 @@ Calendar readVcalendar(const std::string& name, std::string_view text,
       throw Failure(refusal.code, shownName(name) + refusal.reason + place);
     }
   }
-  if (read.tasks.size() != report.todos)
-    throw Failure(Exit::failed, shownName(name) + ": could read only " +
-                                    std::to_string(read.tasks.size()) + " of " +
-                                    counted(report.todos, "to-do") + vcalendarReason());
-  for (const ulo::LargeProperty& property : report.tooLarge)
-    notices.push_back(shownName(name) + ": a " + property.name + " of more than " +
-                      std::to_string(ulo::propertyLimit) + " bytes is left out (line " +
-                      std::to_string(property.line) + ")");
-  return {CalendarVersion::vcalendar, std::move(read.tasks), {}};
+}
+
+Failure unreadTodos(const std::string& name, std::size_t read, std::size_t all) {
+  return {Exit::failed, shownName(name) + ": could read only " + std::to_string(read) + " of " +
+                            counted(all, "to-do") + vcalendarReason()};
 }
 
 std::string describe(const TASK_ENG_Ical::Problem& problem) {
@@ -130,19 +139,6 @@ void refuse(const std::string& name, const TASK_ENG_Ical::Report& report) {
   }
 }
 
-Calendar readIcalendar(const std::string& name, const QByteArray& text,
-                       std::vector<std::string>& notices) {
-  TASK_ENG_Ical::Report report;
-  std::vector<TASK_ENG_Ical::Todo> todos = TASK_ENG_Ical::read(text, &report);
-  refuse(name, report);
-  for (const TASK_ENG_Ical::Problem& problem : report.problems)
-    notices.push_back(shownName(name) + ": " + describe(problem));
-  if (report.problemCount > report.problems.size())
-    notices.push_back(shownName(name) + ": " +
-                      counted(report.problemCount - report.problems.size(), "more problem"));
-  return {CalendarVersion::icalendar, {}, std::move(todos)};
-}
-
 bool isLineStart(std::string_view text, std::size_t at) {
   return at == 0 || text[at - 1] == '\n' || text[at - 1] == '\r';
 }
@@ -164,30 +160,31 @@ std::vector<std::size_t> calendarStarts(std::string_view text) {
 }
 
 // Removes everything but the line ends, so that the lines that follow keep their numbers.
-void blank(std::string& text, std::size_t begin, std::size_t end) {
-  const auto first = text.begin() + static_cast<std::ptrdiff_t>(begin);
-  const auto last = text.begin() + static_cast<std::ptrdiff_t>(end);
-  text.erase(std::remove_if(first, last, [](char c) { return c != '\n' && c != '\r'; }), last);
+void blank(QByteArray& text, std::size_t begin, std::size_t end) {
+  char* const first = text.data() + begin;
+  char* const last = text.data() + end;
+  char* const kept = std::remove_if(first, last, [](char c) { return c != '\n' && c != '\r'; });
+  text.remove(kept - text.data(), last - kept);
 }
 
 struct TextOfVersion {
   CalendarVersion version;
-  std::string text;
+  QByteArray text;
 };
 
 // Splits a text that contains calendars of both versions.
-std::vector<TextOfVersion> splitVersions(std::string text) {
+std::vector<TextOfVersion> splitVersions(QByteArray text) {
   const auto versionOf = [](std::string_view part) {
     return TASK_ENG_Ical::isIcalendar(
                QByteArray::fromRawData(part.data(), static_cast<qsizetype>(part.size())))
                ? CalendarVersion::icalendar
                : CalendarVersion::vcalendar;
   };
-  const std::vector<std::size_t> starts = calendarStarts(text);
+  const std::vector<std::size_t> starts = calendarStarts(viewOf(text));
   std::vector<CalendarVersion> versions;
   for (const std::size_t start : starts)
-    versions.push_back(versionOf(std::string_view(text).substr(start)));
-  const CalendarVersion first = versions.empty() ? versionOf(text) : versions.front();
+    versions.push_back(versionOf(viewOf(text).substr(start)));
+  const CalendarVersion first = versions.empty() ? versionOf(viewOf(text)) : versions.front();
   if (std::all_of(versions.begin(), versions.end(),
                   [=](CalendarVersion version) { return version == first; }))
     return {{first, std::move(text)}};
@@ -199,15 +196,15 @@ std::vector<TextOfVersion> splitVersions(std::string text) {
     for (std::size_t i = starts.size(); i-- > 0;) {
       if (versions[i] != part.version)
         blank(part.text, i == 0 ? 0 : starts[i],
-              i + 1 < starts.size() ? starts[i + 1] : part.text.size());
+              i + 1 < starts.size() ? starts[i + 1] : static_cast<std::size_t>(part.text.size()));
     }
   }
   return parts;
 }
 
-std::string readText(const std::string& name) {
-  std::string text = readFile(name, largestCalendar);
-  if (text.empty())
+QByteArray readText(const std::string& name) {
+  QByteArray text = readBytes(name, largestCalendar);
+  if (text.isEmpty())
     throw Failure(Exit::notCalendar, shownName(name) + ": empty");
   return text;
 }
@@ -218,19 +215,76 @@ const char* nameOf(CalendarVersion version) {
   return version == CalendarVersion::vcalendar ? "vCalendar 1.0" : "iCalendar 2.0";
 }
 
-CalendarFile readCalendar(const std::string& name) {
-  CalendarFile file{name, {}, {}};
-  for (const TextOfVersion& part : splitVersions(readText(name))) {
-    file.calendars.push_back(
-        part.version == CalendarVersion::vcalendar
-            ? readVcalendar(name, part.text, file.notices)
-            : readIcalendar(name, QByteArray::fromStdString(part.text), file.notices));
+Calendar::Calendar(std::string name, CalendarVersion version, const QByteArray& text)
+    : name_(std::move(name)), version_(version), text_(text) {
+  if (version_ == CalendarVersion::icalendar) {
+    icalendar_ = std::make_unique<ulo::IcalTodos>(text_);
+    count_ = icalendar_->count();
+    refuse(name_, icalendar_->report());
+    return;
   }
+  // The text ends at the first zero byte.
+  const std::string_view bytes = viewOf(text_);
+  vcalendar_ = std::make_unique<ulo::TodoSlices>(bytes.substr(0, bytes.find('\0')));
+  const ulo::TextReport& report = vcalendar_->report().text;
+  count_ = report.todos;
+  refuse(name_, report);
+  if (!ulo::vObjectLibraryFailure().empty())
+    throw unreadTodos(name_, 0, count_);
+}
+
+void Calendar::forEachUuid(const std::function<void(const QString& uuid)>& visit) const {
+  for (std::size_t i = 0; icalendar_ != nullptr && i < count_; ++i)
+    visit(icalendar_->uuid(i));
+}
+
+void Calendar::forEachTodo(
+    const std::function<void(ZTASK_ENG_Task& task)>& ofVcalendar,
+    const std::function<void(const TASK_ENG_Ical::Todo& todo)>& ofIcalendar) {
+  if (icalendar_ != nullptr) {
+    for (TASK_ENG_Ical::Todo todo; icalendar_->next(todo);)
+      ofIcalendar(todo);
+    refuse(name_, icalendar_->report());
+    return;
+  }
+  std::size_t read = 0;
+  for (std::vector<std::unique_ptr<ZTASK_ENG_Task>> tasks; vcalendar_->next(tasks);) {
+    for (const std::unique_ptr<ZTASK_ENG_Task>& task : tasks)
+      ofVcalendar(*task);
+    read += tasks.size();
+  }
+  if (read != count_)
+    throw unreadTodos(name_, read, count_);
+}
+
+std::vector<std::string> Calendar::notices() const {
+  std::vector<std::string> notices;
+  const std::string source = shownName(name_) + ": ";
+  if (icalendar_ != nullptr) {
+    const TASK_ENG_Ical::Report& report = icalendar_->report();
+    for (const TASK_ENG_Ical::Problem& problem : report.problems)
+      notices.push_back(source + describe(problem));
+    if (report.problemCount > report.problems.size())
+      notices.push_back(source +
+                        counted(report.problemCount - report.problems.size(), "more problem"));
+    return notices;
+  }
+  for (const ulo::LargeProperty& property : vcalendar_->report().text.tooLarge)
+    notices.push_back(source + "a " + property.name + " of more than " +
+                      std::to_string(ulo::propertyLimit) + " bytes is left out (line " +
+                      std::to_string(property.line) + ")");
+  return notices;
+}
+
+CalendarFile openCalendar(const std::string& name) {
+  CalendarFile file{name, {}};
+  for (const TextOfVersion& part : splitVersions(readText(name)))
+    file.calendars.emplace_back(name, part.version, part.text);
   return file;
 }
 
 QByteArray readIcalTodo(const std::string& name) {
-  const QByteArray text = QByteArray::fromStdString(readText(name));
+  QByteArray text = readText(name);
   const TASK_ENG_Ical calendar(text);
   refuse(name, calendar.report());
   if (calendar.count() != 1)
@@ -240,7 +294,9 @@ QByteArray readIcalTodo(const std::string& name) {
   return text;
 }
 
-std::string calendarText(const QList<ZTASK_ENG_Task>& tasks) {
+namespace {
+
+std::string textOf(const QList<ZTASK_ENG_Task>& tasks) {
   ulo::TodosWritten written = ulo::writeTodos(tasks);
   if (written.report.failure != ulo::WriteFailure::none)
     throw Failure(Exit::notWritten,
@@ -248,66 +304,94 @@ std::string calendarText(const QList<ZTASK_ENG_Task>& tasks) {
   return std::move(written.text);
 }
 
-namespace {
+}  // namespace
 
-void requireWritten(bool success, const std::string& name, const std::string& reason) {
-  if (!success)
-    throw Failure(Exit::notWritten, name + " can't be written: " + reason);
+std::string VcalendarWriter::begin() {
+  constexpr std::string_view last = "END:VCALENDAR";
+  begin_ = textOf({});
+  const std::size_t end = std::min(begin_.find(last), begin_.size());
+  end_ = begin_.substr(end);
+  begin_.resize(end);
+  return begin_;
 }
 
-// A file that replaces another one. Without commit(), the old one stays.
-class NewFile {
-public:
-  // All bytes have reached the disk, or a Failure is thrown.
-  NewFile(std::string name, const QByteArray& data)
-      : name_(std::move(name)), target_(targetOf(name_)),
-        file_(argumentText(target_, "file name")) {
-    const bool written =
-        file_.open(QIODevice::WriteOnly) && file_.write(data) == data.size() && file_.flush();
-    requireWritten(written, name_, file_.errorString().toStdString());
-    // Some file systems report only now that the disk is full.
-    const bool synced = ::fsync(file_.handle()) == 0;
-    requireWritten(synced, name_, std::strerror(errno));
-  }
+std::string VcalendarWriter::add(const QValueList<ZTASK_ENG_Task>& tasks) {
+  QList<ZTASK_ENG_Task> list;
+  for (const ZTASK_ENG_Task& task : tasks)
+    list.append(const_cast<ZTASK_ENG_Task*>(&task));  // only read
+  std::string text = textOf(list);
+  if (!text.starts_with(begin_) || !text.ends_with(end_))
+    throw Failure(Exit::notWritten, "the tasks cannot be written as a vCalendar text");
+  text.resize(text.size() - end_.size());
+  text.erase(0, begin_.size());
+  return text;
+}
 
-  void commit() {
-    requireWritten(file_.commit(), name_, file_.errorString().toStdString());
-    syncDirectoryOf(target_);
-  }
+namespace {
 
-private:
-  std::string name_;
-  std::string target_;
-  QSaveFile file_;
-};
+Failure notWritten(const std::string& name, const std::string& reason) {
+  return {Exit::notWritten, name + " can't be written: " + reason};
+}
 
 }  // namespace
 
-void writeFile(const std::string& name, const std::string& bytes) {
-  const QString path = argumentText(name, "file name");
-  const QByteArray data = QByteArray::fromStdString(bytes);
-  const QFileInfo existing(path);
-  refuseStoreFile(name);
+FileWriter::FileWriter(std::string name) : name_(std::move(name)) {}
+FileWriter::FileWriter(FileWriter&& other) noexcept = default;
+FileWriter::~FileWriter() = default;
+
+void FileWriter::open() {
+  const QFileInfo existing(argumentText(name_, "file name"));
+  refuseStoreFile(name_);
+  QIODevice::OpenMode mode = QIODevice::WriteOnly;
   if (existing.exists() && !existing.isFile() && !existing.isDir()) {
     // A device or a pipe is written, not replaced.
-    QFile file(path);
-    const bool written =
-        file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && file.write(data) == data.size();
-    requireWritten(written, name, file.errorString().toStdString());
-    return;
+    file_ = std::make_unique<QFile>(existing.filePath());
+    mode |= QIODevice::Unbuffered;
+  } else {
+    target_ = targetOf(name_);
+    file_ = std::make_unique<QSaveFile>(argumentText(target_, "file name"));
   }
-  NewFile(name, data).commit();
+  if (!file_->open(mode))
+    throw notWritten(name_, file_->errorString().toStdString());
+}
+
+void FileWriter::write(std::string_view bytes) {
+  if (file_ == nullptr)
+    open();
+  const auto size = static_cast<qint64>(bytes.size());
+  if (file_->write(bytes.data(), size) != size)
+    throw notWritten(name_, file_->errorString().toStdString());
+}
+
+void FileWriter::flush() {
+  if (file_ == nullptr)
+    open();
+  if (!file_->flush())
+    throw notWritten(name_, file_->errorString().toStdString());
+  // Some file systems report only now that the disk is full.
+  if (!target_.empty() && ::fsync(file_->handle()) != 0)
+    throw notWritten(name_, std::strerror(errno));
+}
+
+void FileWriter::commit() {
+  flush();
+  auto* const replacement = qobject_cast<QSaveFile*>(file_.get());
+  if (replacement == nullptr)
+    return;
+  if (!replacement->commit())
+    throw notWritten(name_, file_->errorString().toStdString());
+  syncDirectoryOf(target_);
 }
 
 void replaceFiles(const std::vector<std::string>& names, const std::string& bytes) {
-  const QByteArray data = QByteArray::fromStdString(bytes);
-  std::vector<std::unique_ptr<NewFile>> files;
+  std::vector<FileWriter> files;
   for (const std::string& name : names) {
-    refuseStoreFile(name);
-    files.push_back(std::make_unique<NewFile>(name, data));
+    files.emplace_back(name);
+    files.back().write(bytes);
+    files.back().flush();
   }
-  for (const std::unique_ptr<NewFile>& file : files)
-    file->commit();
+  for (FileWriter& file : files)
+    file.commit();
 }
 
 }  // namespace ulotask

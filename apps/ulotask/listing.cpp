@@ -58,9 +58,8 @@ bool shows(ZTASK_ENG_Model::TASK_CATEGORY view, const ZTASK_ENG_Task& task, long
 }
 
 // Returns the first `limit` tasks after the key `last`, in the order of their keys.
-QValueList<ZTASK_ENG_Task> sorted(const QValueList<ZTASK_ENG_Task>& tasks,
-                                  ZTASK_ENG_Model::TASK_SORT_FIELD sort,
-                                  const std::optional<Key>& last, std::size_t limit) {
+Records sorted(const Records& tasks, ZTASK_ENG_Model::TASK_SORT_FIELD sort,
+               const std::optional<Key>& last, std::size_t limit) {
   std::vector<std::pair<Key, const ZTASK_ENG_Task*>> order;
   for (const ZTASK_ENG_Task& task : tasks) {
     const Key key = keyOf(task, sort);
@@ -69,17 +68,17 @@ QValueList<ZTASK_ENG_Task> sorted(const QValueList<ZTASK_ENG_Task>& tasks,
   }
   std::sort(order.begin(), order.end());
   order.resize(std::min(order.size(), limit));
-  QValueList<ZTASK_ENG_Task> result;
+  Records result;
   for (const auto& [key, task] : order)
     result.append(*task);
   return result;
 }
 
-QValueList<ZTASK_ENG_Task> tasksOfCategory(Session& session, const Listing& listing) {
+Records tasksOfCategory(Session& session, const Listing& listing) {
   std::optional<Key> last;
   if (listing.after)
     last = keyOf(session.task(*listing.after), listing.sort);
-  QValueList<ZTASK_ENG_Task> tasks;
+  Records tasks;
   QString name = *listing.category;
   const int code = session.store().getTasks(tasks, name);
   if (code == TASK_ENG_NOT_FOUND)
@@ -93,52 +92,78 @@ QValueList<ZTASK_ENG_Task> tasksOfCategory(Session& session, const Listing& list
                 static_cast<std::size_t>(listing.limit.value_or(unlimited)));
 }
 
+// Returns true if the listing is that of all tasks, and these are not more than a page has.
+bool isOnePage(Session& session, const Listing& listing) {
+  if (listing.view != ZTASK_ENG_Model::TASK_CATEGORY_ALL ||
+      listing.sort != ZTASK_ENG_Model::TASK_SORT_DUE || listing.limit || listing.after)
+    return false;
+  int count = 0;
+  require(session.store().getCount(count), "counting the tasks");
+  return count <= pageSize;
+}
+
 // All tasks by due date. A match is one query, while a page takes the task that it begins at, too.
-QValueList<ZTASK_ENG_Task> allTasks(Session& session) {
+Records allTasks(Session& session) {
   ZTASK_ENG_Task anyTask;
-  QValueList<ZTASK_ENG_Task> tasks;
+  Records tasks;
   const int code = session.store().getMatchTasks(tasks, anyTask);
   if (code != TASK_ENG_NOT_FOUND)
     require(code, "reading the tasks");
   return tasks;
 }
 
-// Returns true if the listing is that of all tasks.
-bool isComplete(const Listing& listing) {
-  return listing.view == ZTASK_ENG_Model::TASK_CATEGORY_ALL &&
-         listing.sort == ZTASK_ENG_Model::TASK_SORT_DUE && !listing.category && !listing.limit &&
-         !listing.after;
-}
-
-// A page of the list, which begins at a task: the store leaves that out if the view does not show
-// it.
-QValueList<ZTASK_ENG_Task> page(Session& session, const Listing& listing) {
-  std::optional<unsigned int> start = listing.after;
-  if (start)
-    session.task(*start);
-  else
-    start = StoreQuestions().firstTask(listing.sort);
-  if (!start)
-    return {};
-  const int limit = listing.limit.value_or(unlimited);
-  const int count = listing.after && limit < unlimited ? limit + 1 : limit;
-  QValueList<ZTASK_ENG_Task> tasks;
-  require(ulo::readPage(session.store(), *start, count, {listing.view, listing.sort}, tasks),
-          "reading the tasks");
-  if (listing.after && !tasks.isEmpty() && uidOf(tasks[0]) == *listing.after)
-    tasks.remove(tasks.begin());
-  tasks.truncate(static_cast<uint>(limit));
-  return tasks;
+// A page that begins at a task contains that one only if the view shows it.
+void forEachPageOfView(Session& session, const Listing& listing, const PageVisitor& visit) {
+  std::optional<unsigned int> last = listing.after;
+  if (last)
+    session.task(*last);
+  const std::optional<unsigned int> first = last ? last : StoreQuestions().firstTask(listing.sort);
+  if (!first)
+    return;
+  int left = listing.limit.value_or(unlimited);
+  for (int wanted = std::min(left, pageSize); wanted > 0; wanted = std::min(left, pageSize)) {
+    Records page;
+    require(ulo::readPage(session.store(), last.value_or(*first), last ? wanted + 1 : wanted,
+                          {listing.view, listing.sort}, page),
+            "reading the tasks");
+    if (last && !page.isEmpty() && uidOf(page[0]) == *last)
+      page.remove(page.begin());
+    page.truncate(static_cast<uint>(wanted));
+    if (page.isEmpty())
+      return;
+    const int count = static_cast<int>(page.count());
+    left = count < wanted ? 0 : left - count;
+    last = uidOf(page[page.count() - 1]);
+    visit(page);
+  }
 }
 
 }  // namespace
 
-QValueList<ZTASK_ENG_Task> tasksOf(Session& session, const Listing& listing) {
+void forEachPage(Session& session, const Listing& listing, const PageVisitor& visit) {
   session.store();
   const ReadSnapshot snapshot;
   if (listing.category)
-    return tasksOfCategory(session, listing);
-  return isComplete(listing) ? allTasks(session) : page(session, listing);
+    visit(tasksOfCategory(session, listing));
+  else if (isOnePage(session, listing))
+    visit(allTasks(session));
+  else
+    forEachPageOfView(session, listing, visit);
+}
+
+void forEachPageByUid(Session& session, const PageVisitor& visit) {
+  session.store();
+  const ReadSnapshot snapshot;
+  const StoreQuestions questions;
+  StoreQuestions::CategoryNames names;
+  unsigned int last = 0;
+  while (true) {
+    const Records page = questions.tasksAfter(last, pageSize, names);
+    if (page.isEmpty())
+      return;
+    last = uidOf(page[page.count() - 1]);
+    visit(page);
+  }
 }
 
 }  // namespace ulotask

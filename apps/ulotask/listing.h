@@ -3,6 +3,7 @@
 
 #include "ZTASK_ENG_Model.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -38,8 +39,16 @@ struct Listing {
   std::optional<int> limit;           // the maximum number of tasks; positive
 };
 
-// Returns the tasks that match, all read in one state of the store. Fails with Exit::notFound if
-// the category or the task `after` does not exist.
-QValueList<ZTASK_ENG_Task> tasksOf(Session& session, const Listing& listing);
+// Tasks of one page. More are never in memory at once, except for those of a category.
+inline constexpr int pageSize = 500;
+
+using Records = QValueList<ZTASK_ENG_Task>;
+using PageVisitor = std::function<void(const Records& page)>;
+
+// Calls `visit` with the tasks that match, page by page, all read in one state of the store. Fails
+// with Exit::notFound if the category or the task `after` does not exist.
+void forEachPage(Session& session, const Listing& listing, const PageVisitor& visit);
+// The same for all tasks, in the order of their UIDs.
+void forEachPageByUid(Session& session, const PageVisitor& visit);
 
 }  // namespace ulotask

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <sys/ioctl.h>
 #include <unistd.h>
+#include <utility>
 
 namespace ulotask {
 namespace {
@@ -53,6 +54,14 @@ std::string withoutControls(const QByteArray& json) {
   return result;
 }
 
+// A reader that has exited is not an error.
+void writeResult(std::string_view text) {
+  const int error = writeAll(STDOUT_FILENO, text);
+  if (error != 0 && error != EPIPE)
+    throw Failure(Exit::notWritten,
+                  std::string("standard output can't be written: ") + std::strerror(error));
+}
+
 std::string padded(const std::string& text, int columns, Table::Align align) {
   const std::string blanks(static_cast<std::size_t>(std::max(0, columns - columnsOf(text))), ' ');
   return align == Table::Align::right ? blanks + text : text + blanks;
@@ -74,17 +83,20 @@ void Output::jsonLine(const QJsonObject& object) {
 
 void Output::write(std::string_view text) {
   constexpr std::size_t most = 65536;
+  if (text.size() >= most) {
+    // Not copied.
+    finish();
+    writeResult(text);
+    return;
+  }
   pending_ += text;
   if (pending_.size() >= most)
     finish();
 }
 
 void Output::finish() {
-  const int error = writeAll(STDOUT_FILENO, pending_);
-  pending_.clear();
-  if (error != 0 && error != EPIPE)
-    throw Failure(Exit::notWritten,
-                  std::string("standard output can't be written: ") + std::strerror(error));
+  const std::string text = std::exchange(pending_, {});
+  writeResult(text);
 }
 
 void Output::finishQuietly() noexcept {
@@ -111,39 +123,51 @@ void printError(const std::string& text) {
   static_cast<void>(writeAll(STDERR_FILENO, "ulotask: " + oneLine(std::string_view(text)) + '\n'));
 }
 
-void Table::print(Output& output) const {
-  const std::optional<int> terminal = Output::terminalColumns(STDOUT_FILENO);
-  const std::size_t last = columns_.size() - 1;
+Table::Table(std::vector<Column> columns)
+    : columns_(std::move(columns)), terminal_(Output::terminalColumns(STDOUT_FILENO)) {
+  for (const Column& column : columns_)
+    widths_.push_back(columnsOf(column.title));
+}
 
-  std::vector<int> widths;
-  int left = terminal.value_or(0);
-  for (std::size_t i = 0; i < columns_.size(); ++i) {
-    int width = columnsOf(columns_[i].title);
-    for (const std::vector<std::string>& row : rows_)
-      width = std::max(width, columnsOf(row[i]));
-    if (terminal && columns_[i].widest > 0)
-      width = std::min(width, columns_[i].widest);
-    if (i == last)
-      width = std::max(left, narrowestLastColumn);
-    left -= width + columnGap;
-    widths.push_back(width);
+void Table::measure(const Row& row) {
+  // The last column is as wide as each of its cells, or as the terminal.
+  for (std::size_t i = 0; i + 1 < columns_.size(); ++i)
+    widths_[i] = std::max(widths_[i], columnsOf(row[i]));
+}
+
+void Table::printTitles(Output& output) {
+  int left = terminal_.value_or(0);
+  for (std::size_t i = 0; i + 1 < columns_.size(); ++i) {
+    if (terminal_ && columns_[i].widest > 0)
+      widths_[i] = std::min(widths_[i], columns_[i].widest);
+    left -= widths_[i] + columnGap;
   }
+  widths_.back() = std::max(left, narrowestLastColumn);
+  Row titles;
+  for (const Column& column : columns_)
+    titles.emplace_back(column.title);
+  print(output, titles);
+}
 
-  const auto printRow = [&](const auto& cellOf) {
-    std::string line;
-    for (std::size_t i = 0; i < last; ++i) {
-      const std::string cell = cellOf(i);
-      line += padded(terminal ? elided(cell, widths[i]) : cell, widths[i], columns_[i].align);
-      line.append(columnGap, ' ');
-    }
-    const std::string cell = cellOf(last);
-    line += terminal ? elided(cell, widths[last]) : cell;
-    line.erase(line.find_last_not_of(' ') + 1);
-    output.line(line);
-  };
-  printRow([&](std::size_t i) { return std::string(columns_[i].title); });
-  for (const std::vector<std::string>& row : rows_)
-    printRow([&](std::size_t i) { return row[i]; });
+void Table::print(Output& output, const Row& row) const {
+  const std::size_t last = columns_.size() - 1;
+  const auto shown = [&](std::size_t i) { return terminal_ ? elided(row[i], widths_[i]) : row[i]; };
+  std::string line;
+  for (std::size_t i = 0; i < last; ++i) {
+    line += padded(shown(i), widths_[i], columns_[i].align);
+    line.append(columnGap, ' ');
+  }
+  line += shown(last);
+  line.erase(line.find_last_not_of(' ') + 1);
+  output.line(line);
+}
+
+void printTable(Output& output, Table table, const std::vector<Table::Row>& rows) {
+  for (const Table::Row& row : rows)
+    table.measure(row);
+  table.printTitles(output);
+  for (const Table::Row& row : rows)
+    table.print(output, row);
 }
 
 }  // namespace ulotask

@@ -44,7 +44,8 @@ private:
 void printError(const std::string& text);
 
 // Rows under titles, in aligned columns two blanks apart. On a terminal the last column is
-// truncated to the width of the line; elsewhere nothing is truncated.
+// truncated to the width of the line; elsewhere nothing is truncated. Keeps no rows: all are
+// measured first, and printed afterwards.
 class Table {
 public:
   enum class Align { left, right };
@@ -53,15 +54,23 @@ public:
     Align align;
     int widest;  // in columns of a terminal; 0 for no limit
   };
+  // One cell for each column, each without line breaks.
+  using Row = std::vector<std::string>;
 
-  explicit Table(std::vector<Column> columns) : columns_(std::move(columns)) {}
-  // Requires: one cell for each column, each without line breaks.
-  void add(std::vector<std::string> cells) { rows_.push_back(std::move(cells)); }
-  void print(Output& output) const;
+  explicit Table(std::vector<Column> columns);
+  // Makes room for a row.
+  void measure(const Row& row);
+  void printTitles(Output& output);
+  // Requires: the titles have been printed.
+  void print(Output& output, const Row& row) const;
 
 private:
   std::vector<Column> columns_;
-  std::vector<std::vector<std::string>> rows_;
+  std::vector<int> widths_;
+  std::optional<int> terminal_;
 };
+
+// Prints a table with these rows.
+void printTable(Output& output, Table table, const std::vector<Table::Row>& rows);
 
 }  // namespace ulotask

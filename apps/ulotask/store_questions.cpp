@@ -22,6 +22,40 @@ struct First {
   enum Column { uid };
 };
 
+// Parameter 0: the UID of the task in front of the page, or 0; 1: the number of tasks.
+constexpr const char* tasksAfterScript =
+    "sml:declare schema task (uid integer, priority integer, status integer, note unicode, summary "
+    "unicode, uuid unicode, alarm integer, due integer, end integer, revision integer, category "
+    "integer);\n"
+    "declare buffer schema task;\n"
+    "int $count = 0;\n"
+    "bool $more = true;\n"
+    "cursor $task = open_cursor('task_table_task');\n"
+    "tuple $key = $task->new_empty_key_tuple();\n"
+    "$key->set_field('UID', :0);\n"
+    "if (:0 > 0) {\n"
+    "$more = $task->find($key);\n"
+    "};\n"
+    "if ($more) {\n"
+    "$more = $task->move_next();\n"
+    "};\n"
+    "while ($more && $count < :1) {\n"
+    "buffer_put(uid, $task->get_field('UID'));\n"
+    "buffer_put(priority, $task->get_field('priority'));\n"
+    "buffer_put(status, $task->get_field('status'));\n"
+    "buffer_put(note, $task->get_field('note'));\n"
+    "buffer_put(summary, $task->get_field('summary'));\n"
+    "buffer_put(uuid, $task->get_field('uuid'));\n"
+    "buffer_put(alarm, $task->get_field('alarm'));\n"
+    "buffer_put(due, $task->get_field('due'));\n"
+    "buffer_put(end, $task->get_field('end'));\n"
+    "buffer_put(revision, $task->get_field('revision'));\n"
+    "buffer_put(category, $task->get_field('categoryUid'));\n"
+    "buffer_move_next();\n"
+    "$count = $count + 1;\n"
+    "$more = $task->move_next();\n"
+    "};";
+
 constexpr const char* categoriesScript =
     "sml:declare schema categories (uid integer, name varchar, flag bool, tasks integer);\n"
     "declare buffer schema categories;\n"
@@ -64,6 +98,15 @@ struct Orphans {
   enum Column { uid };
 };
 
+// As the store names the category of a task.
+QString nameOfCategory(unsigned int uid) {
+  ParameterBlock block(1);
+  ResultRows rows;
+  block.bindInteger(0, static_cast<int>(uid));
+  requireDatabase(block.query(rows, task_scripts::categoryNameByUid), "reading a category");
+  return rows.varchar(task_scripts::Name::name);
+}
+
 void requireRows(int code, const char* what) {
   if (code != DB_OK)
     throw Failure(Exit::failed, std::string(what) + " failed" + databaseReason());
@@ -86,6 +129,28 @@ std::optional<unsigned int> StoreQuestions::firstTask(ZTASK_ENG_Model::TASK_SORT
   if (rows.atEnd())
     return std::nullopt;
   return rows.uid(First::uid);
+}
+
+QValueList<ZTASK_ENG_Task> StoreQuestions::tasksAfter(unsigned int uid, int count,
+                                                      CategoryNames& names) const {
+  using Columns = task_scripts::PlainTask;
+  ParameterBlock block(2);
+  block.bindInteger(0, static_cast<int>(uid));
+  block.bindInteger(1, count);
+  ResultRows rows;
+  requireRows(block.query(rows, tasksAfterScript), "reading the tasks");
+  const TaskReader<Columns> reader(true, rows);
+  QValueList<ZTASK_ENG_Task> tasks;
+  for (; !rows.atEnd(); rows.next()) {
+    const unsigned int category = rows.uid(Columns::category);
+    const auto [name, isNew] = names.try_emplace(category);
+    if (isNew)
+      name->second = nameOfCategory(category);
+    reader.append(tasks, name->second);
+  }
+  // The database may have run out of memory while the fields were read.
+  require(TASK_ENG_OK, "reading the tasks");
+  return tasks;
 }
 
 std::vector<StoreQuestions::Category> StoreQuestions::categories() const {

@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include <map>
 #include <optional>
 #include <vector>
 
@@ -23,6 +24,13 @@ public:
 
   // The UID of the first task in this order. The time does not depend on the number of tasks.
   [[nodiscard]] std::optional<unsigned int> firstTask(ZTASK_ENG_Model::TASK_SORT_FIELD sort) const;
+
+  // Names of categories by their UIDs, as far as they were needed.
+  using CategoryNames = std::map<unsigned int, QString>;
+  // The first `count` tasks after the task `uid`, or of all tasks if that is 0, in the order of
+  // their UIDs. Looks up names that are not in `names`, and adds them.
+  [[nodiscard]] QValueList<ZTASK_ENG_Task> tasksAfter(unsigned int uid, int count,
+                                                      CategoryNames& names) const;
 
   struct Category {
     unsigned int uid;

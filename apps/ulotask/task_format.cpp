@@ -88,12 +88,13 @@ Table taskTable() {
                 {"SUMMARY", Table::Align::left, 0}});
 }
 
-void addTo(Table& table, const ZTASK_ENG_Task& task) {
-  table.add({std::to_string(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID)),
-             shownDate(task, ZTASK_ENG_Task::TASK_FIELD_DUE),
-             std::to_string(task.getPriorityValue()), statusWord(task),
-             orDash(oneLine(task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY))),
-             oneLine(task.getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY))});
+Table::Row rowOf(const ZTASK_ENG_Task& task) {
+  return {std::to_string(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID)),
+          shownDate(task, ZTASK_ENG_Task::TASK_FIELD_DUE),
+          std::to_string(task.getPriorityValue()),
+          statusWord(task),
+          orDash(oneLine(task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY))),
+          oneLine(task.getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY))};
 }
 
 }  // namespace ulotask

@@ -17,8 +17,8 @@ void printTask(Output& output, const ZTASK_ENG_Task& task, const QString& repeti
 // Says in a sentence that a text was too long.
 std::string sentence(const ulo::ShortenedText& text);
 
-// The table that `list` prints, with one line per task.
+// The table that `list` prints, with one row per task.
 Table taskTable();
-void addTo(Table& table, const ZTASK_ENG_Task& task);
+Table::Row rowOf(const ZTASK_ENG_Task& task);
 
 }  // namespace ulotask

@@ -40,10 +40,11 @@ void listCategories(Session& session, bool json) {
     session.output.line("No categories.");
     return;
   }
-  Table table({{"TASKS", Table::Align::right, 0}, {"CATEGORY", Table::Align::left, 0}});
+  std::vector<Table::Row> rows;
   for (const StoreQuestions::Category& category : categories)
-    table.add({std::to_string(category.tasks), oneLine(category.name)});
-  table.print(session.output);
+    rows.push_back({std::to_string(category.tasks), oneLine(category.name)});
+  printTable(session.output,
+             Table({{"TASKS", Table::Align::right, 0}, {"CATEGORY", Table::Align::left, 0}}), rows);
 }
 
 void addCategory(Session& session, const std::string& argument) {

@@ -2,6 +2,7 @@
 #include "calendar_file.h"
 #include "database.h"
 #include "exit_codes.h"
+#include "ical_writer.h"
 #include "listing.h"
 #include "progress.h"
 #include "session.h"
@@ -14,6 +15,7 @@
 #include "verbs.h"
 
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <map>
 #include <memory>
@@ -31,26 +33,44 @@ struct ImportOptions {
   bool json = false;
 };
 
-// The stored UIDs, abbreviated if there are many.
-std::string shownUids(const std::vector<unsigned int>& uids) {
-  constexpr std::size_t shownAtBothEnds = 5;
-  std::string text;
-  for (std::size_t i = 0; i < uids.size(); ++i) {
-    if (uids.size() > 2 * shownAtBothEnds && i == shownAtBothEnds) {
-      text += ", ...";
-      i = uids.size() - shownAtBothEnds;
-    }
-    text += (i == 0 ? "" : ", ") + std::to_string(uids[i]);
+// The UIDs of tasks, of which reports show all or, if there are many, the first and the last.
+class ShownUids {
+public:
+  void add(unsigned int uid) {
+    if (uids_.size() == 2 * shownAtBothEnds)
+      uids_.erase(uids_.begin() + shownAtBothEnds);
+    uids_.push_back(uid);
+    ++count_;
   }
-  return text;
-}
+  [[nodiscard]] std::size_t count() const { return count_; }
+  [[nodiscard]] std::string text() const {
+    std::string text;
+    for (std::size_t i = 0; i < uids_.size(); ++i) {
+      if (i == shownAtBothEnds && count_ > uids_.size())
+        text += ", ...";
+      text += (i == 0 ? "" : ", ") + std::to_string(uids_[i]);
+    }
+    return text;
+  }
+
+private:
+  static constexpr std::ptrdiff_t shownAtBothEnds = 5;
+  std::vector<unsigned int> uids_;
+  std::size_t count_ = 0;
+};
 
 // The operation that failed if an import stores nothing.
 constexpr const char* nothingStored = "nothing was stored: the import";
 
 // Reports of an import. They are printed only after everything has been committed.
 struct Stored {
-  std::vector<std::string> notices;
+  struct Shortened {
+    const std::string* file;
+    unsigned int uid;
+    ulo::ShortenedText text;
+  };
+  std::vector<std::string> notices;  // of the calendars
+  std::vector<Shortened> shortened;
   std::vector<std::string> lines;
   TaskArray array;
   std::string json;
@@ -73,35 +93,38 @@ constexpr TakenEntry takenEntries[] = {
 // The import of one calendar: stores its to-dos, or fails.
 class CalendarImport {
 public:
-  CalendarImport(Session& session, const std::string& file, const Calendar& calendar, bool json,
+  // The name of the file must outlive `stored`.
+  CalendarImport(Session& session, const std::string& file, Calendar calendar, bool json,
                  Stored& stored)
-      : session_(session), name_(shownName(file)), calendar_(calendar), json_(json),
+      : session_(session), file_(file), calendar_(std::move(calendar)), json_(json),
         stored_(stored) {}
 
   void store(ulo::IcalIntake& intake, Progress& progress) {
-    for (const std::unique_ptr<ZTASK_ENG_Task>& task : calendar_.tasks) {
-      ulo::TakenIn taken;
-      require(ulo::takeIn(session_.store(), *task, &taken.shortened), nothingStored);
-      taken.uid = task->getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID);
-      note(taken, false);
-      progress.advance();
-    }
-    for (const TASK_ENG_Ical::Todo& todo : calendar_.todos) {
-      ulo::TakenIn taken;
-      require(intake.take(todo, taken), nothingStored);
-      note(taken, todo.repeats);
-      progress.advance();
-    }
+    calendar_.forEachTodo(
+        [&](ZTASK_ENG_Task& task) {
+          ulo::TakenIn taken;
+          require(ulo::takeIn(session_.store(), task, &taken.shortened), nothingStored);
+          taken.uid = task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID);
+          note(taken, false);
+          progress.advance();
+        },
+        [&](const TASK_ENG_Ical::Todo& todo) {
+          ulo::TakenIn taken;
+          require(intake.take(todo, taken), nothingStored);
+          note(taken, todo.repeats);
+          progress.advance();
+        });
+    std::vector<std::string> notices = calendar_.notices();
+    std::move(notices.begin(), notices.end(), std::back_inserter(stored_.notices));
     if (!json_)
       stored_.lines.push_back(line());
   }
 
 private:
   void note(const ulo::TakenIn& taken, bool repeats) {
-    uids_[taken.how].push_back(taken.uid);
+    uids_[taken.how].add(taken.uid);
     for (const ulo::ShortenedText& text : taken.shortened)
-      stored_.notices.push_back(name_ + ", task " + std::to_string(taken.uid) + ": " +
-                                sentence(text));
+      stored_.shortened.push_back({&file_, taken.uid, text});
     if (!json_ || taken.how == ulo::Taken::repeated)
       return;
     stored_.json +=
@@ -115,50 +138,40 @@ private:
 
   [[nodiscard]] std::string line() const {
     const std::string source =
-        oneLine(std::string_view(name_)) + " (" + nameOf(calendar_.version) + "): ";
-    if (calendar_.version == CalendarVersion::vcalendar)
-      return counted(calendar_.tasks.size(), "task") + " imported from " + source + "UID " +
-             shownUids(uids_.at(ulo::Taken::added));
+        oneLine(std::string_view(shownName(file_))) + " (" + nameOf(calendar_.version()) + "): ";
+    const std::string imported = counted(calendar_.count(), "task") + " imported from " + source;
+    if (calendar_.version() == CalendarVersion::vcalendar)
+      return imported + "UID " + uids_.at(ulo::Taken::added).text();
     std::string parts;
     for (const TakenEntry& entry : takenEntries) {
       const auto found = uids_.find(entry.how);
       if (found == uids_.end())
         continue;
       parts +=
-          (parts.empty() ? "" : ", ") + std::to_string(found->second.size()) + " " + entry.word;
+          (parts.empty() ? "" : ", ") + std::to_string(found->second.count()) + " " + entry.word;
       if (entry.showsUids)
-        parts += " (UID " + shownUids(found->second) + ")";
+        parts += " (UID " + found->second.text() + ")";
     }
-    return counted(calendar_.todos.size(), "task") + " imported from " + source + parts;
+    return imported + parts;
   }
 
   Session& session_;
-  std::string name_;
-  const Calendar& calendar_;
+  const std::string& file_;
+  Calendar calendar_;
   bool json_;
   Stored& stored_;
-  std::map<ulo::Taken, std::vector<unsigned int>> uids_;
+  std::map<ulo::Taken, ShownUids> uids_;
 };
 
-std::vector<QString> uuidsOf(const std::vector<CalendarFile>& files) {
-  std::vector<QString> uuids;
-  for (const CalendarFile& file : files)
-    for (const Calendar& calendar : file.calendars)
-      for (const TASK_ENG_Ical::Todo& todo : calendar.todos)
-        uuids.push_back(todo.task.getString(ZTASK_ENG_Task::TASK_FIELD_UUID));
-  return uuids;
-}
-
 void import(Session& session, const ImportOptions& options) {
-  // The store is locked only after everything has been read.
+  // The store is locked only after everything has been examined.
   std::vector<CalendarFile> files;
   Stored stored;
   std::size_t total = 0;
   for (const std::string& name : options.files) {
-    CalendarFile& file = files.emplace_back(readCalendar(name));
-    std::move(file.notices.begin(), file.notices.end(), std::back_inserter(stored.notices));
-    for (const Calendar& calendar : file.calendars)
-      total += calendar.tasks.size() + calendar.todos.size();
+    files.push_back(openCalendar(name));
+    for (const Calendar& calendar : files.back().calendars)
+      total += calendar.count();
   }
 
   session.store();
@@ -167,19 +180,28 @@ void import(Session& session, const ImportOptions& options) {
     session.inTransaction(nothingStored, [&] {
       using Known = ulo::IcalIntake::Known;
       ulo::IcalIntake intake(session.store(), options.addAgain ? Known::addAgain : Known::update);
-      require(intake.find(uuidsOf(files)), nothingStored);
       for (const CalendarFile& file : files)
         for (const Calendar& calendar : file.calendars)
-          CalendarImport(session, file.name, calendar, options.json, stored)
+          calendar.forEachUuid([&](const QString& uuid) { intake.expect(uuid); });
+      require(intake.find(), nothingStored);
+      // Each text is released as soon as its to-dos are stored.
+      for (CalendarFile& file : files)
+        for (Calendar& calendar : file.calendars)
+          CalendarImport(session, file.name, std::move(calendar), options.json, stored)
               .store(intake, progress);
     });
   }
   for (const std::string& notice : stored.notices)
     session.output.notice(notice);
+  for (const Stored::Shortened& each : stored.shortened)
+    session.output.notice(shownName(*each.file) + ", task " + std::to_string(each.uid) + ": " +
+                          sentence(each.text));
   for (const std::string& line : stored.lines)
     session.output.line(line);
-  if (options.json)
-    session.output.write(stored.json + stored.array.end());
+  if (options.json) {
+    session.output.write(stored.json);
+    session.output.write(stored.array.end());
+  }
 }
 
 struct ExportOptions {
@@ -188,28 +210,24 @@ struct ExportOptions {
   std::string format = "vcalendar";
 };
 
-std::vector<ZTASK_ENG_Task> exportedTasks(Session& session, const ExportOptions& options) {
-  std::vector<ZTASK_ENG_Task> tasks;
-  if (options.uids.empty()) {
-    const QValueList<ZTASK_ENG_Task> all = tasksOf(session, {});
-    tasks.assign(all.begin(), all.end());
-    std::sort(tasks.begin(), tasks.end(), [](const ZTASK_ENG_Task& a, const ZTASK_ENG_Task& b) {
-      return a.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID) <
-             b.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID);
-    });
-  } else {
-    for (const unsigned int uid : argumentUids(options.uids))
-      tasks.push_back(session.task(uid));
+// Calls `visit` with the tasks that are exported, page by page.
+void forEachExported(Session& session, const std::vector<unsigned int>& uids,
+                     const PageVisitor& visit) {
+  if (uids.empty()) {
+    forEachPageByUid(session, visit);
+    return;
   }
-  return tasks;
-}
-
-std::string vcalendarText(const std::vector<ZTASK_ENG_Task>& tasks) {
-  QList<ZTASK_ENG_Task> list;
-  list.setAutoDelete(true);
-  for (const ZTASK_ENG_Task& task : tasks)
-    list.append(new ZTASK_ENG_Task(task));
-  return calendarText(list);
+  // Nothing is written if one of them is missing.
+  for (const unsigned int uid : uids)
+    session.task(uid);
+  Records page;
+  for (std::size_t i = 0; i < uids.size(); ++i) {
+    page.append(session.task(uids[i]));
+    if (page.count() == uint{pageSize} || i + 1 == uids.size()) {
+      visit(page);
+      page.clear();
+    }
+  }
 }
 
 QByteArray currentText(const ZTASK_ENG_Task& task) {
@@ -220,37 +238,87 @@ QByteArray currentText(const ZTASK_ENG_Task& task) {
   return text;
 }
 
-// A single task keeps the lines of the calendar that it came in.
-std::string icalendarText(const std::vector<ZTASK_ENG_Task>& tasks) {
-  if (tasks.size() == 1)
-    return currentText(tasks.front()).toStdString();
-  TASK_ENG_Ical calendar;
-  for (const ZTASK_ENG_Task& task : tasks) {
-    const TASK_ENG_Ical single(currentText(task));
-    if (single.count() > 0)
-      calendar.append(single, 0);
-    else
-      calendar.append(task);
+// An exported text, made from pages of tasks.
+class ExportedText {
+public:
+  virtual ~ExportedText() = default;
+  // Each returns the next part of the text.
+  virtual std::string begin() = 0;
+  virtual std::string add(const Records& page) = 0;
+  virtual std::string end() = 0;
+};
+
+class ExportedVcalendar : public ExportedText {
+public:
+  std::string begin() override { return writer_.begin(); }
+  std::string add(const Records& page) override { return writer_.add(page); }
+  std::string end() override { return writer_.end(); }
+
+private:
+  VcalendarWriter writer_;
+};
+
+class ExportedIcalendar : public ExportedText {
+public:
+  std::string begin() override { return writer_.begin().toStdString(); }
+  std::string add(const Records& page) override {
+    std::string text;
+    for (const ZTASK_ENG_Task& task : page) {
+      const QByteArray part = writer_.add(currentText(task), task);
+      text.append(part.constData(), static_cast<std::size_t>(part.size()));
+    }
+    return text;
   }
-  return calendar.text().toStdString();
+  std::string end() override { return writer_.end().toStdString(); }
+
+private:
+  ulo::IcalWriter writer_;
+};
+
+int countOf(Session& session) {
+  int count = 0;
+  require(session.store().getCount(count), "counting the tasks");
+  return count;
+}
+
+// Passes the parts of the text to `write` and returns the number of tasks.
+std::size_t exportText(Session& session, const ExportOptions& options,
+                       const std::function<void(const std::string& part)>& write) {
+  const bool isIcalendar = options.format == "icalendar";
+  std::unique_ptr<ExportedText> text;
+  if (isIcalendar)
+    text = std::make_unique<ExportedIcalendar>();
+  else
+    text = std::make_unique<ExportedVcalendar>();
+  const std::vector<unsigned int> uids = argumentUids(options.uids);
+  session.store();
+  // Tasks and their texts are read in the same state of the store.
+  const ReadSnapshot snapshot;
+  // A single task keeps the lines of the calendar that it came in.
+  const bool isSingle = isIcalendar && (uids.empty() ? countOf(session) == 1 : uids.size() == 1);
+  std::size_t count = 0;
+  std::string part = isSingle ? std::string() : text->begin();
+  forEachExported(session, uids, [&](const Records& page) {
+    part += isSingle ? currentText(page[0]).toStdString() : text->add(page);
+    count += page.count();
+    write(part);
+    part.clear();
+  });
+  if (!isSingle)
+    write(part + text->end());
+  return count;
 }
 
 void exportTasks(Session& session, const ExportOptions& options) {
-  session.store();
-  std::vector<ZTASK_ENG_Task> tasks;
-  std::string text;
-  {
-    // Tasks and their texts are read in the same state of the store.
-    const ReadSnapshot snapshot;
-    tasks = exportedTasks(session, options);
-    text = options.format == "icalendar" ? icalendarText(tasks) : vcalendarText(tasks);
-  }
   if (options.file == "-") {
-    session.output.write(text);
+    exportText(session, options, [&](const std::string& part) { session.output.write(part); });
     return;
   }
-  writeFile(options.file, text);
-  session.output.line(counted(tasks.size(), "task") + " exported to " +
+  FileWriter file(options.file);
+  const std::size_t count =
+      exportText(session, options, [&](const std::string& part) { file.write(part); });
+  file.commit();
+  session.output.line(counted(count, "task") + " exported to " +
                       oneLine(std::string_view(options.file)));
 }
 

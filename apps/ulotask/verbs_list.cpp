@@ -1,4 +1,5 @@
 #include "arguments.h"
+#include "database.h"
 #include "exit_codes.h"
 #include "listing.h"
 #include "session.h"
@@ -12,10 +13,13 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace ulotask {
 namespace {
+
+constexpr const char* noTasks = "No tasks.";
 
 void printTasks(Output& output, const QValueList<ZTASK_ENG_Task>& tasks, bool json) {
   if (json) {
@@ -26,13 +30,57 @@ void printTasks(Output& output, const QValueList<ZTASK_ENG_Task>& tasks, bool js
     return;
   }
   if (tasks.isEmpty()) {
-    output.line("No tasks.");
+    output.line(noTasks);
     return;
   }
-  Table table = taskTable();
+  std::vector<Table::Row> rows;
   for (const ZTASK_ENG_Task& task : tasks)
-    addTo(table, task);
-  table.print(output);
+    rows.push_back(rowOf(task));
+  printTable(output, taskTable(), rows);
+}
+
+void listJson(Session& session, const Listing& listing) {
+  TaskArray array;
+  forEachPage(session, listing, [&](const Records& page) {
+    for (const ZTASK_ENG_Task& task : page)
+      session.output.write(array.add(task));
+  });
+  session.output.write(array.end());
+}
+
+// Rows of a table that are kept in memory.
+constexpr std::size_t rowsKept = 1000;
+
+// Reads a longer list twice: first to measure its columns.
+void listTable(Session& session, const Listing& listing) {
+  session.store();
+  const ReadSnapshot snapshot;
+  Table table = taskTable();
+  std::vector<Table::Row> rows;
+  std::size_t count = 0;
+  forEachPage(session, listing, [&](const Records& page) {
+    for (const ZTASK_ENG_Task& task : page) {
+      Table::Row row = rowOf(task);
+      table.measure(row);
+      if (++count <= rowsKept)
+        rows.push_back(std::move(row));
+    }
+  });
+  if (count == 0) {
+    session.output.line(noTasks);
+    return;
+  }
+  table.printTitles(session.output);
+  if (count <= rowsKept) {
+    for (const Table::Row& row : rows)
+      table.print(session.output, row);
+    return;
+  }
+  rows = {};
+  forEachPage(session, listing, [&](const Records& page) {
+    for (const ZTASK_ENG_Task& task : page)
+      table.print(session.output, rowOf(task));
+  });
 }
 
 struct ListOptions {
@@ -66,7 +114,10 @@ void list(Session& session, const ListOptions& options) {
   listing.limit = options.limit;
   if (options.after)
     listing.after = argumentUid(*options.after);
-  printTasks(session.output, tasksOf(session, listing), options.json);
+  if (options.json)
+    listJson(session, listing);
+  else
+    listTable(session, listing);
 }
 
 struct SearchOptions {

@@ -92,14 +92,15 @@ void stats(Session& session, bool json) {
                                     {"lastChange", static_cast<qint64>(found.lastEntry)}});
     return;
   }
-  Table table({{"WHAT", Table::Align::left, 0}, {"HOW MUCH", Table::Align::left, 0}});
+  std::vector<Table::Row> rows;
   for (std::size_t i = 0; i < std::size(views); ++i)
-    table.add({std::string("tasks, ") + views[i].word, std::to_string(found.counts[i])});
-  table.add({"categories", std::to_string(found.categories)});
+    rows.push_back({std::string("tasks, ") + views[i].word, std::to_string(found.counts[i])});
+  rows.push_back({"categories", std::to_string(found.categories)});
   for (const auto& [name, bytes] : found.files)
-    table.add({oneLine(std::string_view(name)), counted(bytes, "byte")});
-  table.add({"last change", "entry " + std::to_string(found.lastEntry)});
-  table.print(session.output);
+    rows.push_back({oneLine(std::string_view(name)), counted(bytes, "byte")});
+  rows.push_back({"last change", "entry " + std::to_string(found.lastEntry)});
+  printTable(session.output,
+             Table({{"WHAT", Table::Align::left, 0}, {"HOW MUCH", Table::Align::left, 0}}), rows);
 }
 
 }  // namespace

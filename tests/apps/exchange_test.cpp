@@ -3,6 +3,7 @@
 #include "ulotask_runner.h"
 
 #include <QDateTime>
+#include <QJsonDocument>
 
 #include <filesystem>
 
@@ -26,7 +27,27 @@ protected:
   }
 };
 
-class Export : public UlotaskTest {};
+class Export : public UlotaskTest {
+protected:
+  static constexpr int several = 1203;  // tasks of more than two pages
+
+  // Adds that many tasks, of which the last has the first due date.
+  void addSeveral(const std::string& end = {}) {
+    std::string todos;
+    for (int i = 1; i <= several; ++i) {
+      const QString due = QDate(2037, 1, 1).addDays(-i).toString("yyyyMMdd'T120000Z'");
+      todos += todo("SUMMARY:task " + std::to_string(i) + end + "\r\nDUE:" + due.toStdString() +
+                    "\r\nSTATUS:" + (i % 3 == 0 ? "COMPLETED" : "NEEDS ACTION") + "\r\n");
+    }
+    succeed({"import", "-"}, calendar(todos));
+  }
+  static std::size_t countIn(const std::string& text, const std::string& part) {
+    std::size_t count = 0;
+    for (std::size_t at = text.find(part); at != text.npos; at = text.find(part, at + 1))
+      ++count;
+    return count;
+  }
+};
 
 const std::string milk = todo("SUMMARY:Buy milk\r\nDUE:20270305T170000Z\r\nPRIORITY:3\r\n");
 const std::string bread = todo("SUMMARY:Buy bread\r\nSTATUS:NEEDS ACTION\r\n");
@@ -41,6 +62,25 @@ TEST_F(Import, StoresEachTodo) {
   EXPECT_EQ(tasks[0]["due"].toString(), "2027-03-05T17:00:00Z");
   EXPECT_EQ(tasks[0]["priority"].toInt(), 3);
   EXPECT_EQ(tasks[1]["summary"].toString(), "Buy bread");
+}
+
+// A to-do is read with at most a hundred others; this one is larger than all others together.
+TEST_F(Import, StoresTodosOfSeveralSlices) {
+  std::string todos;
+  const std::string note(std::size_t{3} << 20, 'n');
+  for (int i = 1; i <= 250; ++i)
+    todos += todo("SUMMARY:task " + std::to_string(i) +
+                  (i == 120 ? "\r\nDESCRIPTION:" + note : "") + "\r\n");
+  const std::string name = file("many.vcs", calendar(todos));
+  const Outcome run = ulotask({"import", name});
+  EXPECT_EQ(run.code, 0);
+  EXPECT_EQ(run.out, "250 tasks imported from " + name +
+                         " (vCalendar 1.0): UID 1, 2, 3, 4, 5, ..., 246, 247, 248, 249, 250\n");
+  EXPECT_EQ(run.err, "ulotask: " + name +
+                         ", task 120: a note of 3145728 characters is cut to its first 4002\n");
+  for (const int uid : {1, 100, 101, 120, 121, 200, 201, 250})
+    EXPECT_EQ(succeed({"show", "--json", std::to_string(uid)}).object()["summary"].toString(),
+              QString("task %1").arg(uid));
 }
 
 TEST_F(Import, SetsMissingStatusAndTimeOfChange) {
@@ -151,6 +191,24 @@ TEST_F(Import, StoresAllFilesOrNothing) {
   sql("DROP TRIGGER refuse");
   succeed({"import", one, two});
   EXPECT_EQ(uids({"list"}).size(), 4U);
+}
+
+TEST_F(Import, KeepsNothingIfLastSliceFails) {
+  add({"first"});
+  std::string todos;
+  for (int i = 0; i < 250; ++i)
+    todos += todo("SUMMARY:a\r\nCATEGORIES:garden\r\n");
+  const std::string name = file("many.vcs", calendar(todos));
+  sql("CREATE TRIGGER refuse AFTER INSERT ON task_table_task WHEN NEW.UID = 251 BEGIN SELECT "
+      "RAISE(ABORT, 'refused'); END");
+  const Outcome run = ulotask({"import", "--json", name});
+  EXPECT_EQ(run.code, 1);
+  EXPECT_EQ(run.out, "");
+  EXPECT_THAT(run.err, testing::StartsWith("ulotask: nothing was stored: the import failed: "));
+  EXPECT_EQ(uids({"list"}), std::vector<int>{1});
+  EXPECT_THAT(succeed({"category", "list"}).out, Not(HasSubstr("garden")));
+  sql("DROP TRIGGER refuse");
+  EXPECT_EQ(succeed({"import", "--json", name}).array().size(), 250);
 }
 
 TEST_F(Import, AddsCategories) {
@@ -266,6 +324,63 @@ TEST_F(Export, WritesRequestedTasks) {
   const std::string out = succeed({"export", "3", "1"}).out;
   EXPECT_THAT(out, Not(HasSubstr("two")));
   EXPECT_LT(out.find("three"), out.find("one"));
+}
+
+TEST_F(Export, WritesSeveralPagesAsOneCalendar) {
+  addSeveral();
+  const std::string before = succeed({"list", "--json"}).out;
+  const std::string name = path("all.vcs");
+  EXPECT_EQ(succeed({"export", "-o", name}).out, "1203 tasks exported to " + name + "\n");
+  const std::string text = readWhole(name);
+  EXPECT_EQ(succeed({"export"}).out, text);
+  EXPECT_EQ(countIn(text, "BEGIN:VCALENDAR"), 1U);
+  EXPECT_EQ(countIn(text, "END:VCALENDAR"), 1U);
+  EXPECT_EQ(countIn(text, "BEGIN:VTODO"), 1203U);
+  std::size_t at = 0;
+  for (int i = 1; i <= several; ++i) {
+    at = text.find("PRINTABLE:task " + std::to_string(i) + "\r\n", at);
+    ASSERT_NE(at, text.npos) << i;
+  }
+  Arguments some = {"export"};
+  for (int i = several; i > several - 600; --i)
+    some.push_back(std::to_string(i));
+  EXPECT_EQ(countIn(succeed(some).out, "BEGIN:VTODO"), 600U);
+
+  environment_["ULO_DATA_DIR"] = path("other");
+  succeed({"import", name});
+  const QJsonArray after = succeed({"list", "--json"}).array();
+  const QJsonArray expected = QJsonDocument::fromJson(QByteArray::fromStdString(before)).array();
+  ASSERT_EQ(after.size(), expected.size());
+  for (int i = 0; i < after.size(); ++i)
+    for (const char* field : {"uid", "summary", "due", "status"})
+      ASSERT_EQ(after[i][field], expected[i][field]) << i << " " << field;
+}
+
+TEST_F(Export, WritesSeveralPagesOfIcalendar) {
+  addSeveral();
+  const std::string name = path("all.ics");
+  succeed({"export", "--format", "icalendar", "-o", name});
+  const std::string text = readWhole(name);
+  EXPECT_EQ(countIn(text, "BEGIN:VCALENDAR"), 1U);
+  EXPECT_EQ(countIn(text, "BEGIN:VTODO"), 1203U);
+  EXPECT_EQ(succeed({"import", name}).out,
+            "1203 tasks imported from " + name + " (iCalendar 2.0): 1203 unchanged\n");
+}
+
+// The output is longer than a pipe holds, so the other program writes while it is printed.
+TEST_F(Export, ContainsOneStateOfTheStore) {
+  for (const char* verb : {"export", "export --format icalendar", "list --json", "list"}) {
+    std::filesystem::remove_all(path("data"));
+    addSeveral(std::string(200, 'x'));
+    const std::string expected = shell(std::string("\"$ULOTASK\" ") + verb).out;
+    ASSERT_GT(expected.size(), 250'000U) << verb;
+    const Outcome run = shell(std::string("\"$ULOTASK\" ") + verb +
+                              " | { dd bs=100 count=1 2>/dev/null; \"$ULOTASK\" rm 600 >&2; "
+                              "\"$ULOTASK\" edit 1 --due 2030-01-01 >&2; "
+                              "\"$ULOTASK\" add other >&2; cat; }");
+    EXPECT_TRUE(run.out == expected) << verb;
+    EXPECT_NE(shell(std::string("\"$ULOTASK\" ") + verb).out, expected) << verb;
+  }
 }
 
 TEST_F(Export, FailsForMissingTask) {

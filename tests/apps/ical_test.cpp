@@ -198,6 +198,52 @@ TEST_F(Ical, ImportStoresAllFilesOrNothing) {
   EXPECT_EQ(uids({"list"}), std::vector<int>{1});
 }
 
+TEST_F(Ical, ImportFindsZoneAndOverrideAfterManyTodos) {
+  environment_["TZ"] = "UTC";
+  const std::string zone = "BEGIN:VTIMEZONE\r\nTZID:Here\r\nBEGIN:STANDARD\r\n"
+                           "DTSTART:19700101T000000\r\nTZOFFSETFROM:+0500\r\n"
+                           "TZOFFSETTO:+0500\r\nEND:STANDARD\r\nEND:VTIMEZONE\r\n";
+  const std::string first = todo("UID:first\r\nDUE;TZID=Here:20270305T100000\r\n");
+  const std::string change = todo("UID:first\r\nRECURRENCE-ID:20270305T050000Z\r\n");
+  std::string others;
+  for (int i = 0; i < 300; ++i)
+    others += todo("UID:" + std::to_string(i) + "\r\nSUMMARY:a\r\n");
+  EXPECT_THAT(succeed({"import", "-"}, ical(first + others + change + zone)).out,
+              StartsWith("301 tasks imported from standard input (iCalendar 2.0): 301 added "));
+  EXPECT_EQ(succeed({"show", "--json", "1"}).object()["due"].toString(), "2027-03-05T05:00:00Z");
+  EXPECT_EQ(exported("1"), ical(first + change + zone));
+  EXPECT_EQ(exported("301"), ical(todo("UID:299\r\nSUMMARY:a\r\n")));
+}
+
+TEST_F(Ical, ImportKeepsNothingIfLastTodoFails) {
+  std::string many;
+  for (int i = 0; i < 300; ++i)
+    many += todo("UID:" + std::to_string(i) + "\r\nSUMMARY:a\r\n");
+  add({"first"});
+  sql("CREATE TRIGGER refuse AFTER INSERT ON task_table_task WHEN NEW.UID = 301 BEGIN SELECT "
+      "RAISE(ABORT, 'refused'); END");
+  const Outcome run = ulotask({"import", "-"}, ical(many));
+  EXPECT_EQ(run.code, 1);
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(uids({"list"}), std::vector<int>{1});
+  sql("DROP TRIGGER refuse");
+  EXPECT_EQ(succeed({"import", "--json", "-"}, ical(many)).array().size(), 300);
+}
+
+TEST_F(Ical, ImportOfTextsThatAreTooLargeKeepsNothing) {
+  const std::string large = "X-LARGE:" + std::string(std::size_t{30} << 20, 'x') + "\r\n";
+  std::string todos;
+  for (int i = 0; i < 5; ++i)
+    todos += todo("SUMMARY:a\r\n");
+  const std::string name = file("large.ics", ical(large + todos));
+  const Outcome run = ulotask({"import", name});
+  EXPECT_EQ(run.code, 14);
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.err, "ulotask: " + name +
+                         ": exceeds a limit: the texts of the to-dos have more than 128 MiB\n");
+  EXPECT_EQ(succeed({"list"}).out, "No tasks.\n");
+}
+
 TEST_F(Ical, ImportIntoFullStoreKeepsNothing) {
   add({"first"});
   std::string many;

@@ -52,6 +52,48 @@ protected:
   }
 };
 
+// More tasks than are read at once.
+TEST_F(Pages, LongListIsWhole) {
+  constexpr int count = 1203;
+  std::string todos;
+  std::vector<int> all;
+  std::vector<int> incomplete;
+  for (int i = 1; i <= count; ++i) {
+    todos += todo("SUMMARY:task\r\nPRIORITY:" + std::to_string(i % 10) +
+                  "\r\nSTATUS:" + (i % 4 == 0 ? "COMPLETED" : "NEEDS ACTION") +
+                  "\r\nCATEGORIES:" + (i == 7 ? "a long category" : "shop") + "\r\n");
+    all.push_back(i);
+    if (i % 4 != 0)
+      incomplete.push_back(i);
+  }
+  succeed({"import", "-"}, calendar(todos));
+  const auto listed = [&](std::vector<int> expected, const Arguments& listing) {
+    std::sort(expected.begin(), expected.end(),
+              [](int a, int b) { return a % 10 != b % 10 ? a % 10 < b % 10 : a > b; });
+    EXPECT_EQ(uids(listing), expected);
+  };
+  listed(all, {"list"});
+  listed(all, {"list", "--sort", "priority"});
+  listed(incomplete, {"list", "--view", "incomplete"});
+  std::erase(incomplete, 7);
+  listed(incomplete, {"list", "--view", "incomplete", "--category", "shop"});
+  const std::vector<int> whole = uids({"list"});
+  for (const int limit : {499, 500, 501, 1001, 1203})
+    EXPECT_EQ(uids({"list", "--limit", std::to_string(limit)}),
+              std::vector<int>(whole.begin(), whole.begin() + limit));
+  EXPECT_EQ(uids({"list", "--after", std::to_string(whole[99]), "--limit", "1100"}),
+            std::vector<int>(whole.begin() + 100, whole.begin() + 1200));
+
+  const std::string table = succeed({"list"}).out;
+  const std::size_t column = table.find("SUMMARY");
+  std::size_t lines = 0;
+  for (std::size_t at = table.find('\n') + 1; at < table.size(); at = table.find('\n', at) + 1) {
+    EXPECT_EQ(table.substr(at + column, 5), "task\n");
+    ++lines;
+  }
+  EXPECT_EQ(lines, static_cast<std::size_t>(count));
+}
+
 TEST_F(Pages, ViewShowsItsTasks) {
   addTasks();
   EXPECT_THAT(uids({"list"}), ElementsAre(2, 1, 4, 6, 7, 3, 8, 5));
