@@ -34,10 +34,6 @@ constexpr std::array<ListPart, 8> listParts = {{
     {"BYSETPOS", 1, 366, true},
 }};
 
-// The Gregorian calendar repeats after 400 years. libical computes dates until the year 2582, one
-// after the other even if a rule has none; starting one cycle later makes that take less.
-constexpr std::int64_t gregorianCycle = std::int64_t{146097} * secondsPerDay;
-
 std::string inCapitals(std::string_view text) {
   std::string result(text);
   std::transform(result.begin(), result.end(), result.begin(),
@@ -205,11 +201,10 @@ RuleDates::RuleDates(const RecurrenceRule& rule, std::int64_t start) {
   if (functions == nullptr)
     return;
   const auto frequency = static_cast<std::size_t>(rule.frequency);
-  const std::int64_t begin = start + gregorianCycle;
   std::optional<RuleTime> until;
   if (frequency < seconds.size())
-    until = timeOf(begin + std::int64_t{ruleStepLimit} * rule.interval * seconds[frequency]);
-  dates_ = functions->begin(rule.text.c_str(), timeOf(begin), until ? &*until : nullptr);
+    until = timeOf(start + std::int64_t{ruleStepLimit} * rule.interval * seconds[frequency]);
+  dates_ = functions->begin(rule.text.c_str(), timeOf(start), until ? &*until : nullptr);
 }
 
 RuleDates::~RuleDates() {
@@ -222,8 +217,7 @@ std::optional<std::int64_t> RuleDates::next() {
   if (!isValid() || !ruleFunctions()->next(dates_, time))
     return std::nullopt;
   return wallOf(QDate(time.year, time.month, time.day),
-                (time.hour * 60 + time.minute) * 60 + time.second) -
-         gregorianCycle;
+                (time.hour * 60 + time.minute) * 60 + time.second);
 }
 
 namespace {
