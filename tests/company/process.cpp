@@ -141,7 +141,10 @@ bool Process::hasEndedWithin(std::chrono::microseconds time) {
   for (;;) {
     const auto left = std::max(std::chrono::nanoseconds(0),
                                std::chrono::nanoseconds(end - std::chrono::steady_clock::now()));
-    const timespec wait{left / std::chrono::seconds(1), (left % std::chrono::seconds(1)).count()};
+    timespec wait{};
+    wait.tv_sec = static_cast<time_t>(left / std::chrono::seconds(1));
+    // Has at most nine digits; its type differs between systems.
+    wait.tv_nsec = static_cast<decltype(wait.tv_nsec)>((left % std::chrono::seconds(1)).count());
     const int result = ppoll(&ends, 1, &wait, nullptr);
     if (result >= 0)
       return result > 0;
