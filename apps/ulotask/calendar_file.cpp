@@ -182,6 +182,7 @@ std::vector<TextOfVersion> splitVersions(QByteArray text) {
   };
   const std::vector<std::size_t> starts = calendarStarts(viewOf(text));
   std::vector<CalendarVersion> versions;
+  versions.reserve(starts.size());
   for (const std::size_t start : starts)
     versions.push_back(versionOf(viewOf(text).substr(start)));
   const CalendarVersion first = versions.empty() ? versionOf(viewOf(text)) : versions.front();
