@@ -219,6 +219,8 @@ class Compiled(Peer):
     """A library with a small program of ours around it."""
 
     source = ""
+    # The parsers of vCalendar files fail with more to-dos.
+    most_imported = 480
 
     @classmethod
     def program(cls):
@@ -252,6 +254,8 @@ class Compiled(Peer):
                       "list --json": [program, "list", self.stored],
                       "export": [program, "export", self.stored],
                       "search": [program, "search", self.stored, SOUGHT]}
+        if len(data.tasks) > self.most_imported:
+            del self.words["import"]
 
 
 def pkg_config(*names):
@@ -262,7 +266,8 @@ def pkg_config(*names):
 class KCalendarCore(Compiled):
     name = "KCalendarCore"
     note = ("a library: each verb reads one iCalendar file and `add` rewrites it; `import` reads a "
-            "vCalendar file and stores nothing; no durability")
+            "vCalendar file, which fails with more than 480 to-dos, and stores nothing; no "
+            "durability")
     source = "peer_kcalcore.cpp"
 
     @classmethod
@@ -275,8 +280,8 @@ class KCalendarCore(Compiled):
 class Libical(Compiled):
     name = "libical"
     note = ("a library: each verb reads one iCalendar file and `add` rewrites it; `import` reads a "
-            "vCalendar file with the library that `ulotask` uses and stores nothing; no order, no "
-            "durability")
+            "vCalendar file with the library that `ulotask` uses, which fails with more than 480 "
+            "to-dos, and stores nothing; no order, no durability")
     source = "peer_libical.c"
 
     @classmethod
