@@ -52,7 +52,7 @@ TEST_F(Journal, IsInDataDirectoryByDefault) {
 }
 
 TEST_F(Journal, HasOneEntryForEachChangedRow) {
-  // Not std::time: its clock lags behind the one that the journal uses.
+  // std::time would not do: it may still return the second before the one that the journal reads.
   const auto now = [] {
     return std::chrono::system_clock::to_time_t(std::chrono::system_clock::now());
   };
