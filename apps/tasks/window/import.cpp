@@ -117,7 +117,8 @@ void Import::storeSome() {
   QElapsedTimer timer;
   timer.start();
   while (storeNext())
-    if (timer.hasExpired(slice)) {
+    // What is stored last is reported with the result.
+    if (next_ < waiting_.size() && timer.hasExpired(slice)) {
       Q_EMIT progressed(static_cast<unsigned int>(next_),
                         static_cast<unsigned int>(waiting_.size()));
       return;

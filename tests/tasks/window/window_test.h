@@ -18,7 +18,6 @@ protected:
   Window() { setenv("DBUS_SESSION_BUS_ADDRESS", qPrintable(bus_.address()), 1); }
   ~Window() override { unsetenv("DBUS_SESSION_BUS_ADDRESS"); }
 
-  // Shows the window with the tasks that are stored so far.
   // Adds a task with an alarm in two seconds.
   Task addAlarm() {
     Task task;
@@ -28,6 +27,7 @@ protected:
     EXPECT_EQ(store_.addTask(task), ok);
     return task;
   }
+  // Shows the window with the tasks that are stored so far.
   void open() {
     window_ = std::make_unique<tasks::TaskWindow>(store_);
     window_->resize(240, 320);
