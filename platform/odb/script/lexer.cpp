@@ -5,7 +5,7 @@
 namespace ulo::odb {
 namespace {
 
-// Longer symbols first, so that "<=" is not read as "<".
+// At most two characters. Longer symbols first, so that "<=" is not read as "<".
 constexpr std::array<std::string_view, 20> symbols = {"->", "==", "!=", "<=", ">=", "&&", "||",
                                                       "(",  ")",  "{",  "}",  ";",  ",",  ".",
                                                       "=",  "<",  ">",  "+",  "-",  "!"};
@@ -47,6 +47,13 @@ private:
       ++at_.column;
     return c;
   }
+  // The same for characters without line ends.
+  std::string_view advance(std::size_t count) {
+    const std::string_view passed = text_.substr(offset_, count);
+    offset_ += count;
+    at_.column += static_cast<int>(count);
+    return passed;
+  }
 
   Token next() {
     Token token;
@@ -84,14 +91,13 @@ private:
   }
 
   std::string word() {
-    const Position start = at_;
-    std::string result;
-    while (isLetter(peek()) || isDigit(peek()))
-      result += advance();
-    if (result.size() > DB_MAX_NAME)
-      throw Failure(DB_LIMIT, start,
+    std::size_t size = 0;
+    while (isLetter(peek(size)) || isDigit(peek(size)))
+      ++size;
+    if (size > DB_MAX_NAME)
+      throw Failure(DB_LIMIT, at_,
                     "a name is longer than " + std::to_string(DB_MAX_NAME) + " bytes");
-    return result;
+    return std::string(advance(size));
   }
 
   std::int64_t number() {
@@ -124,11 +130,8 @@ private:
 
   std::string symbol() {
     for (const std::string_view candidate : symbols)
-      if (text_.substr(offset_, candidate.size()) == candidate) {
-        for (std::size_t i = 0; i < candidate.size(); ++i)
-          advance();
-        return std::string(candidate);
-      }
+      if (candidate[0] == peek() && (candidate.size() == 1 || candidate[1] == peek(1)))
+        return std::string(advance(candidate.size()));
     const auto byte = static_cast<unsigned char>(peek());
     constexpr char hex[] = "0123456789abcdef";
     const std::string shown = byte > ' ' && byte < 0x7f
