@@ -17,20 +17,25 @@ protected:
     random_.seed(static_cast<unsigned>(GetParam()));
     ASSERT_EQ(DB_Open(1), DB_OK);
     for (const char* statement :
-         {"create table t (UID integer auto, a integer, b integer, f bool, name varchar)",
+         {"create table t (UID integer auto, a integer, b integer, f bool, name varchar, "
+          "title unicode)",
           "create index ia on t (a)", "create index iab on t (a, b, UID desc)",
           "create index ibd on t (b desc)"})
       ASSERT_EQ(DB_Exec("%s", statement), DB_OK);
     const auto rows = static_cast<int>(random_() % 40);
     for (int i = 0; i < rows; ++i)
-      ASSERT_EQ(DB_Exec("insert into t (a, b, f, name) values (%s, %s, %s, 'n%d')", value().c_str(),
-                        value().c_str(), random_() % 2 == 0 ? "true" : "false", i),
+      ASSERT_EQ(DB_Exec("insert into t (a, b, f, name, title) values (%s, %s, %s, 'n%d', %s)",
+                        value().c_str(), value().c_str(), random_() % 2 == 0 ? "true" : "false", i,
+                        any(titles).c_str()),
                 DB_OK);
-    block_ = DB_PARAM_Open(4);
+    block_ = DB_PARAM_Open(6);
     DB_PARAM_BindInteger(block_, 0, 2);
     DB_PARAM_BindInteger(block_, 1, -1);
     DB_PARAM_BindChar(block_, 2, nullptr);
     DB_PARAM_BindChar(block_, 3, "2");  // a text, which cannot be compared with numbers
+    const unsigned short mark[] = {0xFFFE, 0x6100, 0};  // U+FEFF and "a"
+    DB_PARAM_BindUnicode(block_, 4, mark);
+    DB_PARAM_BindChar(block_, 5, "b");
   }
   void TearDown() override {
     ulo::odb::pushDownEnabled = true;
@@ -41,7 +46,22 @@ protected:
   std::string any(const std::vector<std::string>& of) { return of[random_() % of.size()]; }
   std::string value() { return any({"get_null_varchar()", "1", "2", "3", "4"}); }
 
+  // The first begins with what SQLite takes for a byte order mark.
+  const std::vector<std::string> titles = {
+      "'\uFEFFab'", "'ab'", "'ba'", "'\u00C4b'", "''", "get_null_varchar()", "'\u6162\u6364'"};
+
+  std::string containment() {
+    const std::string text = "$c->get_field('" + any({"title", "title", "title", "name"}) + "')";
+    // With its bytes in another order, the last is part of the last title.
+    const std::string part = any({"'b'", "'a'", "'ab'", "''", "'n1'", ":2", ":3", ":4", ":5",
+                                  random_() % 20 == 0 ? ":0" : "'\u00C4'", "$c->get_field('title')",
+                                  "'\u6463'", "'\u6461'"});
+    return random_() % 8 == 0 ? "contains(" + part + ", " + text + ")"
+                              : "contains(" + text + ", " + part + ")";
+  }
   std::string comparison() {
+    if (random_() % 3 == 0)
+      return containment();
     const std::string field = "$c->get_field('" + any({"a", "b", "UID", "f"}) + "')";
     const std::string constant = any(
         {"1", "2", "3", ":0", ":0", ":1", ":2", "true", "$v", random_() % 20 == 0 ? ":3" : "4"});
@@ -51,8 +71,11 @@ protected:
   std::string condition() {
     std::string text = comparison();
     const auto more = random_() % 3;
-    for (unsigned i = 0; i < more; ++i)
-      text += any({" && ", " && ", " && ", " || "}) + comparison();
+    for (unsigned i = 0; i < more; ++i) {
+      text += any({" && ", " && ", " || "}) + comparison();
+      if (random_() % 4 == 0)
+        text = "(" + text + ")";
+    }
     return text;
   }
   std::string puts() {

@@ -117,6 +117,35 @@ int compare(const Value& left, const Value& right) {
   return order < 0 ? -1 : order > 0 ? 1 : 0;
 }
 
+bool containsUnits(std::string_view text, std::string_view part) {
+  constexpr std::size_t unit = sizeof(std::uint16_t);
+  const char* const end = text.data() + text.size();
+  for (const char* from = text.data(); part.size() <= static_cast<std::size_t>(end - from);) {
+    if (part.empty())
+      return true;
+    // Faster than std::string_view::find, by far.
+    const auto* const found = static_cast<const char*>(
+        memmem(from, static_cast<std::size_t>(end - from), part.data(), part.size()));
+    if (found == nullptr)
+      return false;
+    if (static_cast<std::size_t>(found - text.data()) % unit == 0)
+      return true;
+    from = found + 1;
+  }
+  return false;
+}
+
+bool contains(const Value& text, const Value& part) {
+  if (text.isNumber() || part.isNumber())
+    throw Failure(DB_BAD_TYPE, "expected a text, found a number");
+  if (text.type == Type::varchar && part.type == Type::varchar)
+    return text.text.find(part.text) != std::string_view::npos;
+  std::string textUnits;
+  std::string partUnits;
+  return containsUnits(fitted(text, Type::unicode, textUnits).text,
+                       fitted(part, Type::unicode, partUnits).text);
+}
+
 Value fitted(const Value& value, Type target, std::string& storage) {
   if (value.isNull() || value.type == target)
     return value;

@@ -54,6 +54,13 @@ std::string toUnits(std::string_view utf8);
 // UTF-8). Throws Failure if one is a number and the other a text.
 int compare(const Value& left, const Value& right);
 
+// Returns true if `text` contains `part`, with the same case; every text contains an empty one.
+// Requires: neither is null. Two varchar texts are compared by their bytes, others by their 16-bit
+// units. Throws Failure(DB_BAD_TYPE) if one is a number.
+bool contains(const Value& text, const Value& part);
+// The same for the bytes of 16-bit units.
+bool containsUnits(std::string_view text, std::string_view part);
+
 // Converts the value to type `target`: integer, boolean, unicode or varchar. `storage` holds the
 // text if it had to be converted. Throws Failure(DB_BAD_TYPE) if the value does not fit.
 Value fitted(const Value& value, Type target, std::string& storage);

@@ -320,6 +320,9 @@ private:
     case Op::tableExists:
       addQuery();
       break;
+    case Op::contains:
+      operands(node, Type::unicode);
+      break;
     case Op::setField:
       setField(node);
       break;

@@ -3,6 +3,7 @@
 #include "base/sql_name.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace ulo::odb {
 namespace {
@@ -43,12 +44,37 @@ const char* sqlOperator(Op op) {
   }
 }
 
-std::string filter(const CursorPlan& plan, const std::string& before) {
+std::string conditionSql(const CursorPlan& plan, const Condition& condition);
+
+std::string joined(const CursorPlan& plan, const std::vector<Condition>& conditions,
+                   const char* word) {
   std::string sql;
-  for (const Condition& condition : plan.filter)
-    sql += (sql.empty() ? before : " AND ") + quotedColumn(plan, condition.column) +
-           sqlOperator(condition.op);
+  for (const Condition& condition : conditions)
+    sql += (sql.empty() ? "" : word) + conditionSql(plan, condition);
   return sql;
+}
+
+std::string conditionSql(const CursorPlan& plan, const Condition& condition) {
+  switch (condition.op) {
+  case Op::logicalAnd:
+    return joined(plan, condition.parts, " AND ");
+  case Op::logicalOr:
+    return "(" + joined(plan, condition.parts, " OR ") + ")";
+  case Op::contains:
+    return std::string(containsFunction) + "(" + quotedColumn(plan, condition.column) + ", ?)";
+  default:
+    return quotedColumn(plan, condition.column) + sqlOperator(condition.op);
+  }
+}
+
+std::string filter(const CursorPlan& plan, const char* before) {
+  return plan.filter.empty() ? "" : before + joined(plan, plan.filter, " AND ");
+}
+
+bool allColumns(const std::vector<Condition>& conditions, const std::function<bool(int)>& holds) {
+  return std::all_of(conditions.begin(), conditions.end(), [&](const Condition& condition) {
+    return condition.parts.empty() ? holds(condition.column) : allColumns(condition.parts, holds);
+  });
 }
 
 // Returns true if walking the key's index would look up each row in the table only to skip many of
@@ -62,11 +88,10 @@ bool sortsCheaper(const CursorPlan& plan) {
   };
   const int first = plan.source.key.front().column;
   const bool isRange = std::any_of(plan.filter.begin(), plan.filter.end(), [&](const Condition& c) {
-    return c.column == first && c.op != Op::notEqual;
+    return c.column == first && c.op != Op::notEqual && c.op != Op::contains;
   });
   const bool isCovered = std::all_of(plan.fetched.begin(), plan.fetched.end(), inOrder) &&
-                         std::all_of(plan.filter.begin(), plan.filter.end(),
-                                     [&](const Condition& c) { return inOrder(c.column); });
+                         allColumns(plan.filter, inOrder);
   return !plan.filter.empty() && first != uid && !isRange && !isCovered;
 }
 

@@ -158,12 +158,48 @@ private:
         program_.variables[static_cast<std::size_t>(slot)].cursor)];
   }
 
-  // Converts a condition to comparisons that must all be true. Returns false for any other
-  // condition.
+  // Converts an expression to conditions that must all be true. Returns false if SQLite cannot
+  // check it.
   bool conditions(const Node& node, int cursor, std::vector<Condition>& found) {
     if (node.op == Op::logicalAnd)
       return conditions(*node.operands[0], cursor, found) &&
              conditions(*node.operands[1], cursor, found);
+    if (node.op == Op::logicalOr)
+      return alternatives(node, cursor, found);
+    if (node.op == Op::contains)
+      return containment(node, cursor, found);
+    return comparison(node, cursor, found);
+  }
+
+  bool alternatives(const Node& node, int cursor, std::vector<Condition>& found) {
+    Condition either{Op::logicalOr};
+    for (const NodePtr& operand : node.operands) {
+      Condition all{Op::logicalAnd};
+      if (!conditions(*operand, cursor, all.parts))
+        return false;
+      either.parts.push_back(std::move(all));
+    }
+    found.push_back(std::move(either));
+    return true;
+  }
+
+  // Other columns may hold texts in two forms.
+  bool containment(const Node& node, int cursor, std::vector<Condition>& found) {
+    const Node& field = *node.operands[0];
+    const Node& part = *node.operands[1];
+    if (field.op != Op::getField || field.slot != cursor || field.type != Type::unicode ||
+        (part.op != Op::parameter && part.op != Op::text))
+      return false;
+    found.push_back({node.op, tableColumn(field, cursor), &part});
+    return true;
+  }
+
+  // The column of the table that a get_field reads.
+  int tableColumn(const Node& field, int cursor) {
+    return planOf(cursor).fetched[static_cast<std::size_t>(field.column)];
+  }
+
+  bool comparison(const Node& node, int cursor, std::vector<Condition>& found) {
     if (!isComparison(node.op))
       return false;
     const Node* field = node.operands[0].get();
@@ -176,8 +212,7 @@ private:
     if (field->op != Op::getField || field->slot != cursor || !isConstant(*value) ||
         (field->type != Type::integer && field->type != Type::boolean))
       return false;
-    const CursorPlan& plan = planOf(cursor);
-    found.push_back({plan.fetched[static_cast<std::size_t>(field->column)], op, value});
+    found.push_back({op, tableColumn(*field, cursor), value});
     return true;
   }
 

@@ -9,11 +9,14 @@
 
 namespace ulo::odb {
 
-// A comparison of a column with a value that is the same for all rows.
+// A condition on a row. A column is compared with a value that is the same for all rows, or
+// contains it; or all or some of several conditions are true.
 struct Condition {
-  int column;         // of the table
-  Op op;              // operator, with the column on the left
-  const Node* value;  // a parameter, a template number, a number or a bool
+  Op op;            // a comparison with the column on its left, or contains; or logicalAnd or
+                    // logicalOr of the parts
+  int column = -1;  // of the table
+  const Node* value = nullptr;  // a parameter, a template number or a literal
+  std::vector<Condition> parts = {};
 };
 
 // How a script uses one cursor variable, determined before it runs.
@@ -32,8 +35,8 @@ struct CursorPlan {
   // The rows are listed before the walk begins, because the loop changes the order in which it
   // walks.
   bool listsFirst = false;
-  // The loop's condition on each row, if the loop ignores all other rows; SQLite may then skip
-  // them.
+  // The loop's conditions, all of which must be true, if the loop ignores all other rows; SQLite
+  // may then skip them.
   std::vector<Condition> filter;
 
   // Returns the index of a table column in `fetched`, adding it if necessary.

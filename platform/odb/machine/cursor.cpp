@@ -46,7 +46,7 @@ void Cursor::close() {
 
 void Cursor::bindFilter(SqlStatement& statement, int firstParameter) {
   for (const Value& value : *filter_)
-    bind(statement, firstParameter++, value, Type::integer);
+    bind(statement, firstParameter++, value, value.isText() ? Type::unicode : Type::integer);
 }
 
 void Cursor::walkFiltered() {

@@ -168,7 +168,7 @@ void Executable::executePlanned(const Node& node, const LoopPlan& plan) {
   const bool isWhole = plan.kind == LoopPlan::Kind::whole;
   const CursorPlan& source =
       program_->cursors[static_cast<std::size_t>(program_->variables[slot].cursor)];
-  if (!filterValues(source, values) || (isWhole && !cursor.isBeforeFirst()))
+  if (!filterValues(source.filter, values) || (isWhole && !cursor.isBeforeFirst()))
     return walk(node);
   cursor.setFilter(&values);
   if (!isWhole) {
@@ -247,21 +247,21 @@ void Executable::executeOnward(const Node& node, Cursor& cursor, Slot& found) {
   }
 }
 
-// Determines the filter operands. Returns false if one is missing or a text: the loop must then
-// walk, so that it fails at the right position of the text.
-bool Executable::filterValues(const CursorPlan& plan, std::vector<Value>& values) const {
-  for (const Condition& condition : plan.filter) {
-    const Node& node = *condition.value;
-    Value value = Value::integer(node.number);
-    if (node.op == Op::argument)
-      value.number = run_->arguments[static_cast<std::size_t>(node.number)];
-    if (node.op == Op::parameter) {
-      const auto index = static_cast<std::size_t>(node.number);
-      if (index >= run_->parameters.count || !run_->parameters.first[index].isBound)
+// Appends the operands of the conditions. Returns false if one is missing or of the wrong type: the
+// loop must then walk, so that it fails at the right position of the text.
+bool Executable::filterValues(const std::vector<Condition>& conditions,
+                              std::vector<Value>& values) const {
+  for (const Condition& condition : conditions) {
+    if (!condition.parts.empty()) {
+      if (!filterValues(condition.parts, values))
         return false;
-      value = run_->parameters.first[index].value.view();
+      continue;
     }
-    if (value.isText())
+    const Node& node = *condition.value;
+    if (node.op == Op::parameter && !isBound(node))
+      return false;
+    const Value value = constant(node);
+    if (condition.op == Op::contains ? value.isNumber() : value.isText())
       return false;
     values.push_back(value);
   }
@@ -291,12 +291,23 @@ bool Executable::truth(const Node& node) {
   return value.number != 0;
 }
 
-Value Executable::parameter(const Node& node) const {
-  const auto index = static_cast<std::size_t>(node.number);
-  if (index >= run_->parameters.count || !run_->parameters.first[index].isBound)
-    throw Failure(DB_BAD_PARAMETER, node.at,
-                  "parameter :" + std::to_string(node.number) + " is not bound");
-  return run_->parameters.first[index].value.view();
+bool Executable::isBound(const Node& parameter) const {
+  const auto index = static_cast<std::size_t>(parameter.number);
+  return index < run_->parameters.count && run_->parameters.first[index].isBound;
+}
+
+Value Executable::constant(const Node& node) const {
+  switch (node.op) {
+  case Op::parameter:
+    if (!isBound(node))
+      throw Failure(DB_BAD_PARAMETER, node.at,
+                    "parameter :" + std::to_string(node.number) + " is not bound");
+    return run_->parameters.first[static_cast<std::size_t>(node.number)].value.view();
+  case Op::argument:
+    return Value::integer(run_->arguments[static_cast<std::size_t>(node.number)]);
+  default:
+    return literal(node);
+  }
 }
 
 Value Executable::literal(const Node& node) {
@@ -309,11 +320,9 @@ Value Executable::evaluate(const Node& node) {
   case Op::integer:
   case Op::boolean:
   case Op::text:
-    return literal(node);
   case Op::parameter:
-    return parameter(node);
   case Op::argument:
-    return Value::integer(run_->arguments[static_cast<std::size_t>(node.number)]);
+    return constant(node);
   case Op::variable:
     return {node.type, slotOf(node).number, {}};
   case Op::logicalNot:
@@ -333,6 +342,8 @@ Value Executable::evaluate(const Node& node) {
   case Op::greater:
   case Op::greaterEqual:
     return Value::boolean(holds(node));
+  case Op::contains:
+    return Value::boolean(containsText(node));
   case Op::getField:
     return cursorOf(node).field(node.column);
   case Op::find:
@@ -371,6 +382,13 @@ bool Executable::holds(const Node& node) {
   default:
     return order >= 0;
   }
+}
+
+// A null contains nothing and is not contained in anything.
+bool Executable::containsText(const Node& node) {
+  const Value text = evaluate(*node.operands[0]);
+  const Value part = evaluate(*node.operands[1]);
+  return !text.isNull() && !part.isNull() && contains(text, part);
 }
 
 Value Executable::arithmetic(const Node& node) {

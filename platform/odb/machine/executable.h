@@ -72,14 +72,17 @@ private:
       tooManyPasses(node);
   }
   [[noreturn]] static void tooManyPasses(const Node& node);
-  bool filterValues(const CursorPlan& plan, std::vector<Value>& values) const;
+  bool filterValues(const std::vector<Condition>& conditions, std::vector<Value>& values) const;
   void declare(const Node& node);
   Value evaluate(const Node& node);
   static Value literal(const Node& node);
   [[nodiscard]] bool truth(const Node& node);
   [[nodiscard]] bool holds(const Node& node);
+  [[nodiscard]] bool containsText(const Node& node);
   Value arithmetic(const Node& node);
-  Value parameter(const Node& node) const;
+  [[nodiscard]] bool isBound(const Node& parameter) const;
+  // The value of a literal, a parameter or a number of the template.
+  [[nodiscard]] Value constant(const Node& node) const;
   std::int64_t count(const Table& table);
   bool tableExists(const std::string& name);
   Slot& slotOf(const Node& node) { return slots_[static_cast<std::size_t>(node.slot)]; }

@@ -37,6 +37,7 @@ enum class Op {
   openTable,
   tableExists,
   nullVarchar,
+  contains,
   newKey,
   dataTuple,
   find,

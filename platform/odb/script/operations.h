@@ -30,6 +30,7 @@ inline constexpr Operation operations[] = {
     {Type::nothing, "open_table", Op::openTable, Type::table, 1, {Argument::quoted}},
     {Type::nothing, "check_table_exist", Op::tableExists, Type::boolean, 1, {Argument::quoted}},
     {Type::nothing, "get_null_varchar", Op::nullVarchar, Type::null, 0, {}},
+    {Type::nothing, "contains", Op::contains, Type::boolean, 2, {Argument::value, Argument::value}},
     {Type::nothing,
      "buffer_put",
      Op::bufferPut,

@@ -3,6 +3,7 @@
 #include "announcement.h"
 #include "base/failure.h"
 #include "base/sql_name.h"
+#include "contains_function.h"
 #include "journal.h"
 #include "journal_schema.h"
 #include "layout.h"
@@ -177,6 +178,7 @@ void Connection::configure(Opening how) {
   }
   SqlStatement(database, "PRAGMA synchronous = FULL").run();
   limitWal(database);
+  addContainsFunction(database);
   SqlStatement encoding(database, "PRAGMA encoding");
   if (!encoding.step() || encoding.text(0).rfind("UTF-16", 0) != 0)
     throw Failure(DB_CORRUPT, "the file is a database of something else");
