@@ -135,6 +135,22 @@ TEST_F(TaskTexts, AppearInOtherConnections) {
   EXPECT_THAT(rowsOf(uidsOfTasks, 1), ElementsAre("1"));
 }
 
+TEST_F(TaskTexts, AppearAfterStateThatIsRead) {
+  ASSERT_EQ(DB_BeginRead(), DB_OK);
+  EXPECT_EQ(textOf(1), std::nullopt);
+  std::thread([] {
+    ASSERT_EQ(DB_Open(1), DB_OK);
+    EXPECT_EQ(setText(1, "new"), DB_OK);
+    DB_Close();
+  }).join();
+  EXPECT_EQ(textOf(1), std::nullopt);
+  ASSERT_EQ(DB_EndRead(), DB_OK);
+  EXPECT_EQ(textOf(1), "new");
+  ASSERT_EQ(DB_BeginRead(), DB_OK);
+  EXPECT_EQ(textOf(1), "new");
+  EXPECT_EQ(DB_EndRead(), DB_OK);
+}
+
 TEST_F(TaskTexts, FailuresChangeNothing) {
   ASSERT_EQ(setText(1, "text"), DB_OK);
   EXPECT_EQ(setText(2, "of no task"), DB_CONSTRAINT);

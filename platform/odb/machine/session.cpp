@@ -183,6 +183,7 @@ void Session::endRead() {
   readsTransact_ = false;
   answers_.clear();
   lastRead_.clear();
+  readsNoTexts_ = false;
   if (!connection_.inTransaction())
     return;
   try {
@@ -333,8 +334,13 @@ void Session::tryToSetTaskText(std::int64_t uid, std::string_view text) {
 }
 
 std::optional<std::string_view> Session::taskText(std::int64_t uid) {
+  if (readsNoTexts_)
+    return std::nullopt;
   const Scope scope(*this, Scope::Need{false, false});
-  return texts_.get(uid);
+  if (texts_.exist())
+    return texts_.get(uid);
+  readsNoTexts_ = readsTransact_ && connection_.inTransaction();
+  return std::nullopt;
 }
 
 void Session::checkFile(const LineSink& line) {

@@ -92,6 +92,7 @@ private:
   DB_Result unfilledBy_ = DB_OK;
   int reads_ = 0;                // begun and not ended
   bool readsTransact_ = false;   // they have begun a transaction
+  bool readsNoTexts_ = false;    // the state that they read is known to have no texts of tasks
   int writes_ = 0;               // begun and not ended
   bool writesTransact_ = false;  // they have begun the transaction
   bool lastRunRemoves_ = false;  // rows

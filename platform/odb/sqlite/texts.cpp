@@ -86,8 +86,6 @@ bool Texts::set(std::int64_t uid, std::string_view text) {
 }
 
 std::optional<std::string_view> Texts::get(std::int64_t uid) {
-  if (!select_ && !hasTexts(database_))
-    return std::nullopt;
   SqlStatement& select = prepared(select_, selectSql);
   const ResetAtEnd reset(select);
   sqlite3_bind_int64(select.handle(), 1, uid);

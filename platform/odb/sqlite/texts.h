@@ -40,7 +40,10 @@ public:
   // Sets the text of a task; an empty text removes it. Returns false if the task is not stored.
   // Requires a transaction.
   bool set(std::int64_t uid, std::string_view text);
-  // Returns the text of a task. It is valid until the next operation of this object.
+  // Returns true if there is a table of texts.
+  [[nodiscard]] bool exist() const { return select_ != nullptr || hasTexts(database_); }
+  // Returns the text of a task. It is valid until the next operation of this object. Requires: the
+  // table exists.
   std::optional<std::string_view> get(std::int64_t uid);
 
 private:
