@@ -9,6 +9,7 @@
 #include <QDateTime>
 #include <QString>
 #include <QStringView>
+#include <QVarLengthArray>
 
 // The texts are printf templates, also those without arguments. Distributions turn the warning into
 // an error.
@@ -139,6 +140,16 @@ public:
   // `units` in the form that DB_PARAM_BindUnicode expects.
   void bindUnicode(int index, const unsigned short* units) {
     DB_PARAM_BindUnicode(block_, index, units);
+  }
+  // A null text is bound as null.
+  void bindText(int index, const QString& text) {
+    if (text.isNull())
+      return bindUnicode(index, nullptr);
+    QVarLengthArray<unsigned short, 64> units;
+    for (const QChar unit : text)
+      units.append(static_cast<unsigned short>(unit.cell() << 8 | unit.row()));
+    units.append(0);
+    bindUnicode(index, units.constData());
   }
   // A null name is bound as null.
   void bindVarchar(int index, const QString& name) {

@@ -6,6 +6,8 @@
 #include "log_place.h"
 #include "task_scripts.h"
 
+#include <utility>
+
 // Creates the task table with its indexes, or nothing. Returns a code of the store.
 int createTaskTable();
 // Creates the category table with its index and, in a second step, its first rows.
@@ -67,14 +69,17 @@ public:
   void append(QValueList<ZTASK_ENG_Task>& tasks) const {
     ZTASK_ENG_Task task;
     read(rows_.uid(Columns::uid), task);
-    tasks.append(task);
+    tasks.append(std::move(task));
   }
-  // Appends the current row, whose category has been looked up.
+  // The same for a row whose category has been looked up.
   void append(QValueList<ZTASK_ENG_Task>& tasks, const QString& category) const {
+    tasks.append(task(category));
+  }
+  [[nodiscard]] ZTASK_ENG_Task task(const QString& category) const {
     ZTASK_ENG_Task task;
     readColumns(rows_.uid(Columns::uid), task);
     task.setString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY, category);
-    tasks.append(task);
+    return task;
   }
 
 private:

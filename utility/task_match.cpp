@@ -76,3 +76,18 @@ bool Example::isMetBy(const ZTASK_ENG_Task& task) const {
                  task.getStatusValue(), task.getString(ZTASK_ENG_Task::TASK_FIELD_NOTE),
                  task.getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY));
 }
+
+std::string Example::scriptCondition() const {
+  std::string condition;
+  const auto require = [&](const char* field, int value, int ignored) {
+    // Without a value, a column of the result is 0, but does not equal 0 in the script.
+    if (value != ignored && value != 0)
+      condition += std::string(condition.empty() ? "" : " && ") + "$c->get_field('" + field +
+                   "') == " + std::to_string(value);
+  };
+  require("due", due_, ZTASK_ENG_Task::noDateSeconds);
+  require("end", end_, ZTASK_ENG_Task::noDateSeconds);
+  require("priority", priority_, 0);
+  require("status", status_, codeOf(ulo::Status::none));
+  return condition;
+}

@@ -7,6 +7,8 @@
 #include "database.h"
 #include "task_scripts.h"
 
+#include <string>
+
 // Returns true if the field contains `text`, with the same case. An empty text is contained in
 // every field that is not empty.
 [[nodiscard]] bool contains(QStringView field, const QString& text);
@@ -23,6 +25,9 @@ public:
   // Checks the current row, whose columns are those of PlainTask.
   [[nodiscard]] bool isMetBy(const ResultRows& row) const;
   [[nodiscard]] bool isMetBy(const ZTASK_ENG_Task& task) const;
+  // The same condition for the cursor $c of a script, as far as scripts can check it: rows that do
+  // not meet it do not meet the example. Empty if it is met by every row.
+  [[nodiscard]] std::string scriptCondition() const;
 
 private:
   [[nodiscard]] bool isMetBy(int due, int end, int priority, int status, QStringView note,

@@ -1,5 +1,6 @@
 // The statements and scripts that the store sends to the database, and the columns of their
-// results. The texts are a contract to the byte: docs/compatibility.md.
+// results. The texts are a contract to the byte (docs/compatibility.md), except for those at the
+// end, which operations beyond the store's own send.
 #pragma once
 
 // Each line of a text is on a line of its own; clang-format would join them.
@@ -28,6 +29,9 @@ struct FlagUid {
 };
 struct Name {
   enum Column { name };
+};
+struct UidName {
+  enum Column { uid, name };
 };
 struct NameFlag {
   enum Column { name, flag };
@@ -76,6 +80,13 @@ struct PlainTask {
   ULO_TASK_COLUMNS(ULO_COLUMN_PUT) ULO_TASK_UID_COLUMN(ULO_COLUMN_PUT) ULO_PUT_MARK(flag)
 #define ULO_PUT_MARK(flag)                                                                         \
   "buffer_put(flag, " flag ");\n"                                                                  \
+  "buffer_move_next();\n"
+
+#define ULO_DECLARE_PLAIN_TASK                                                                     \
+  "sml:declare schema s1 (uid integer" ULO_TASK_COLUMNS(ULO_COLUMN_SCHEMA_NEXT) ");\n"             \
+  "declare buffer schema s1;\n"
+#define ULO_PUT_PLAIN_TASK                                                                         \
+  ULO_TASK_UID_COLUMN(ULO_COLUMN_PUT) ULO_TASK_COLUMNS(ULO_COLUMN_PUT)                             \
   "buffer_move_next();\n"
 
 // The tables and their first rows.
@@ -432,11 +443,53 @@ inline constexpr char pageByStatus[] = ULO_FILTERED_PAGE("$c->get_field('status'
 inline constexpr char pageOfDueTasks[] = ULO_FILTERED_PAGE("$c->get_field('due') < :4");
 
 inline constexpr char allTasks[] =
-    "sml:declare schema s1 (uid integer" ULO_TASK_COLUMNS(ULO_COLUMN_SCHEMA_NEXT) ");\n"
-    "declare buffer schema s1;\n"
+    ULO_DECLARE_PLAIN_TASK
     "cursor $c=open_cursor('task_index_due');\n"
     "while($c->move_next()){\n"
-    ULO_TASK_UID_COLUMN(ULO_COLUMN_PUT) ULO_TASK_COLUMNS(ULO_COLUMN_PUT)
+    ULO_PUT_PLAIN_TASK
+    "};";
+
+// Not sent by the store; free to change.
+
+// All tasks that meet a condition, by due date. Argument: the condition on the cursor $c.
+inline constexpr char tasksWhere[] =
+    ULO_DECLARE_PLAIN_TASK
+    "cursor $c=open_cursor('task_index_due');\n"
+    "while($c->move_next()){\n"
+    "if (%s){\n"
+    ULO_PUT_PLAIN_TASK
+    "};\n"
+    "};";
+
+// A page of all tasks in the order of their UIDs. Parameter 0: the UID of the task in front of the
+// page, or 0; 1: the number of tasks.
+inline constexpr char tasksAfter[] =
+    ULO_DECLARE_PLAIN_TASK
+    "int $count = 0;\n"
+    "bool $more = true;\n"
+    "cursor $c = open_cursor('task_table_task');\n"
+    "tuple $key = $c->new_empty_key_tuple();\n"
+    "$key->set_field('UID', :0);\n"
+    "if (:0 > 0) {\n"
+    "$more = $c->find($key);\n"
+    "};\n"
+    "if ($more) {\n"
+    "$more = $c->move_next();\n"
+    "};\n"
+    "while ($more && $count < :1) {\n"
+    ULO_PUT_PLAIN_TASK
+    "$count = $count + 1;\n"
+    "$more = $c->move_next();\n"
+    "};";
+
+// The names of all categories.
+inline constexpr char categoryNames[] =
+    "sml:declare schema names (uid integer, name varchar);\n"
+    "declare buffer schema names;\n"
+    "cursor $c = open_cursor('task_table_category');\n"
+    "while ($c->move_next()) {\n"
+    "buffer_put(uid, $c->get_field('UID'));\n"
+    "buffer_put(name, $c->get_field('name'));\n"
     "buffer_move_next();\n"
     "};";
 
@@ -444,6 +497,8 @@ inline constexpr char allTasks[] =
 #undef ULO_PAGE_END
 #undef ULO_PAGE_TASK
 #undef ULO_PAGE_BEGIN
+#undef ULO_PUT_PLAIN_TASK
+#undef ULO_DECLARE_PLAIN_TASK
 #undef ULO_PUT_MARK
 #undef ULO_PUT_MARKED_TASK
 #undef ULO_DECLARE_MARKED_TASK

@@ -3,19 +3,19 @@
 #include "ZTASK_ENG_Model.h"
 #include "database.h"
 
-#include <QVarLengthArray>
-
 namespace ulo {
 namespace {
 
-// Parameter 0: the uuid.
+// Parameter 0: the uuid. SQLite finds the tasks for the outer condition.
 constexpr const char* uidsOfUuid = "sml:declare schema found (uid integer);\n"
                                    "declare buffer schema found;\n"
                                    "cursor $c = open_cursor('task_table_task');\n"
                                    "while ($c->move_next()) {\n"
+                                   "if (contains($c->get_field('uuid'), :0)) {\n"
                                    "if ($c->get_field('uuid') == :0) {\n"
                                    "buffer_put(uid, $c->get_field('UID'));\n"
                                    "buffer_move_next();\n"
+                                   "};\n"
                                    "};\n"
                                    "};";
 // Parameter 0: the UID of the task in front of the page, or 0; 1: the number of tasks.
@@ -55,12 +55,7 @@ int findTask(const QString& uuid, unsigned int& uid) {
   ParameterBlock block(1);
   if (!block)
     return TASK_ENG_MEMORY_FULL;
-  // The database takes units with their bytes exchanged.
-  QVarLengthArray<unsigned short, 64> units;
-  for (const QChar unit : uuid)
-    units.append(static_cast<unsigned short>(unit.cell() << 8 | unit.row()));
-  units.append(0);
-  block.bindUnicode(0, units.constData());
+  block.bindText(0, uuid);
   ResultRows rows;
   if (const int result = block.query(rows, uidsOfUuid); result != DB_OK)
     return failed(result);

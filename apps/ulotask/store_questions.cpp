@@ -22,40 +22,6 @@ struct First {
   enum Column { uid };
 };
 
-// Parameter 0: the UID of the task in front of the page, or 0; 1: the number of tasks.
-constexpr const char* tasksAfterScript =
-    "sml:declare schema task (uid integer, priority integer, status integer, note unicode, summary "
-    "unicode, uuid unicode, alarm integer, due integer, end integer, revision integer, category "
-    "integer);\n"
-    "declare buffer schema task;\n"
-    "int $count = 0;\n"
-    "bool $more = true;\n"
-    "cursor $task = open_cursor('task_table_task');\n"
-    "tuple $key = $task->new_empty_key_tuple();\n"
-    "$key->set_field('UID', :0);\n"
-    "if (:0 > 0) {\n"
-    "$more = $task->find($key);\n"
-    "};\n"
-    "if ($more) {\n"
-    "$more = $task->move_next();\n"
-    "};\n"
-    "while ($more && $count < :1) {\n"
-    "buffer_put(uid, $task->get_field('UID'));\n"
-    "buffer_put(priority, $task->get_field('priority'));\n"
-    "buffer_put(status, $task->get_field('status'));\n"
-    "buffer_put(note, $task->get_field('note'));\n"
-    "buffer_put(summary, $task->get_field('summary'));\n"
-    "buffer_put(uuid, $task->get_field('uuid'));\n"
-    "buffer_put(alarm, $task->get_field('alarm'));\n"
-    "buffer_put(due, $task->get_field('due'));\n"
-    "buffer_put(end, $task->get_field('end'));\n"
-    "buffer_put(revision, $task->get_field('revision'));\n"
-    "buffer_put(category, $task->get_field('categoryUid'));\n"
-    "buffer_move_next();\n"
-    "$count = $count + 1;\n"
-    "$more = $task->move_next();\n"
-    "};";
-
 constexpr const char* categoriesScript =
     "sml:declare schema categories (uid integer, name varchar, flag bool, tasks integer);\n"
     "declare buffer schema categories;\n"
@@ -138,7 +104,7 @@ QValueList<ZTASK_ENG_Task> StoreQuestions::tasksAfter(unsigned int uid, int coun
   block.bindInteger(0, static_cast<int>(uid));
   block.bindInteger(1, count);
   ResultRows rows;
-  requireRows(block.query(rows, tasksAfterScript), "reading the tasks");
+  requireRows(block.query(rows, task_scripts::tasksAfter), "reading the tasks");
   const TaskReader<Columns> reader(true, rows);
   QValueList<ZTASK_ENG_Task> tasks;
   for (; !rows.atEnd(); rows.next()) {

@@ -5,13 +5,14 @@
 #include "session.h"
 #include "task_format.h"
 #include "task_json.h"
+#include "task_search.h"
 #include "verbs.h"
 
 #include <algorithm>
+#include <functional>
 #include <limits>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,55 +20,32 @@
 namespace ulotask {
 namespace {
 
-constexpr const char* noTasks = "No tasks.";
+// Visits the tasks to be printed, in their order.
+using Walk = std::function<void(const ulo::TaskVisitor& visit)>;
 
-void printTasks(Output& output, const QValueList<ZTASK_ENG_Task>& tasks, bool json) {
-  if (json) {
-    TaskArray array;
-    for (const ZTASK_ENG_Task& task : tasks)
-      output.write(array.add(task));
-    output.write(array.end());
-    return;
-  }
-  if (tasks.isEmpty()) {
-    output.line(noTasks);
-    return;
-  }
-  std::vector<Table::Row> rows;
-  for (const ZTASK_ENG_Task& task : tasks)
-    rows.push_back(rowOf(task));
-  printTable(output, taskTable(), rows);
-}
-
-void listJson(Session& session, const Listing& listing) {
+void printJson(Session& session, const Walk& walk) {
   TaskArray array;
-  forEachPage(session, listing, [&](const Records& page) {
-    for (const ZTASK_ENG_Task& task : page)
-      session.output.write(array.add(task));
-  });
+  walk([&](const ZTASK_ENG_Task& task) { session.output.write(array.add(task)); });
   session.output.write(array.end());
 }
 
 // Rows of a table that are kept in memory.
 constexpr std::size_t rowsKept = 1000;
 
-// Reads a longer list twice: first to measure its columns.
-void listTable(Session& session, const Listing& listing) {
-  session.store();
+// Reads more tasks than that twice: first to measure the columns.
+void printTable(Session& session, const Walk& walk) {
   const ReadSnapshot snapshot;
   Table table = taskTable();
   std::vector<Table::Row> rows;
   std::size_t count = 0;
-  forEachPage(session, listing, [&](const Records& page) {
-    for (const ZTASK_ENG_Task& task : page) {
-      Table::Row row = rowOf(task);
-      table.measure(row);
-      if (++count <= rowsKept)
-        rows.push_back(std::move(row));
-    }
+  walk([&](const ZTASK_ENG_Task& task) {
+    Table::Row row = rowOf(task);
+    table.measure(row);
+    if (++count <= rowsKept)
+      rows.push_back(std::move(row));
   });
   if (count == 0) {
-    session.output.line(noTasks);
+    session.output.line("No tasks.");
     return;
   }
   table.printTitles(session.output);
@@ -77,10 +55,15 @@ void listTable(Session& session, const Listing& listing) {
     return;
   }
   rows = {};
-  forEachPage(session, listing, [&](const Records& page) {
-    for (const ZTASK_ENG_Task& task : page)
-      table.print(session.output, rowOf(task));
-  });
+  walk([&](const ZTASK_ENG_Task& task) { table.print(session.output, rowOf(task)); });
+}
+
+void printTasks(Session& session, const Walk& walk, bool json) {
+  session.store();
+  if (json)
+    printJson(session, walk);
+  else
+    printTable(session, walk);
 }
 
 struct ListOptions {
@@ -114,10 +97,13 @@ void list(Session& session, const ListOptions& options) {
   listing.limit = options.limit;
   if (options.after)
     listing.after = argumentUid(*options.after);
-  if (options.json)
-    listJson(session, listing);
-  else
-    listTable(session, listing);
+  const auto walk = [&](const ulo::TaskVisitor& visit) {
+    forEachPage(session, listing, [&](const Records& page) {
+      for (const ZTASK_ENG_Task& task : page)
+        visit(task);
+    });
+  };
+  printTasks(session, walk, options.json);
 }
 
 struct SearchOptions {
@@ -128,15 +114,6 @@ struct SearchOptions {
   std::optional<int> priority;
   bool json = false;
 };
-
-// Searches the store. A store without tasks has no matches.
-template <typename Wanted> QValueList<ZTASK_ENG_Task> matches(Session& session, Wanted& wanted) {
-  QValueList<ZTASK_ENG_Task> found;
-  const int code = session.store().getMatchTasks(found, wanted);
-  if (code != TASK_ENG_NOT_FOUND)
-    require(code, "searching");
-  return found;
-}
 
 std::optional<ZTASK_ENG_Task> exampleOf(const SearchOptions& options) {
   if (!options.summary && !options.note && !options.status && !options.priority)
@@ -155,27 +132,16 @@ std::optional<ZTASK_ENG_Task> exampleOf(const SearchOptions& options) {
 }
 
 void search(Session& session, const SearchOptions& options) {
-  std::optional<ZTASK_ENG_Task> example = exampleOf(options);
-  if (!options.text && !example)
+  ulo::TaskSearch wanted;
+  wanted.example = exampleOf(options);
+  if (!options.text && !wanted.example)
     throw Failure(Exit::usage, "nothing to search for; see ulotask search --help");
-  QValueList<ZTASK_ENG_Task> found;
-  if (options.text) {
-    QString text = argumentText(*options.text, "text");
-    found = matches(session, text);
-  }
-  if (example) {
-    QValueList<ZTASK_ENG_Task> alike = matches(session, *example);
-    if (options.text) {
-      std::set<unsigned int> uids;
-      for (const ZTASK_ENG_Task& task : found)
-        uids.insert(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID));
-      alike.removeIf([&](const ZTASK_ENG_Task& task) {
-        return !uids.contains(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID));
-      });
-    }
-    found = std::move(alike);
-  }
-  printTasks(session.output, found, options.json);
+  if (options.text)
+    wanted.text = argumentText(*options.text, "text");
+  const auto walk = [&](const ulo::TaskVisitor& visit) {
+    require(ulo::searchTasks(wanted, visit), "searching");
+  };
+  printTasks(session, walk, options.json);
 }
 
 struct ShowOptions {
