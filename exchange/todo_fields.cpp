@@ -47,11 +47,13 @@ constexpr int allPercent = 100;
 std::optional<std::int64_t> instantOf(const QDateTime& dateTime) {
   if (!hasDate(dateTime))
     return std::nullopt;
-  return UTIL_TimeConversion::toLocalTime(dateTime).toSecsSinceEpoch();
+  // Qt cannot convert a local time that the clock skips.
+  return (dateTime.isValid() ? dateTime : UTIL_TimeConversion::toLocalTime(dateTime))
+      .toSecsSinceEpoch();
 }
 
 std::optional<std::int64_t> instantOf(const Task& task, Task::TASK_FIELD_T field) {
-  const std::optional<std::int64_t> instant = instantOf(task.getDateTime(field));
+  const std::optional<std::int64_t> instant = instantOf(task.getInstant(field));
   return instant && hasFourDigitYear(*instant) ? instant : std::nullopt;
 }
 

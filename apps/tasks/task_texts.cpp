@@ -74,8 +74,8 @@ QString categoryText(const QString& name) {
 }
 
 bool isOverdue(const ZTASK_ENG_Task& task, const QDate& today) {
-  const QDateTime due = task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE);
-  return !ulo::isCompleted(task) && ulo::hasDate(due) && due.date() < today;
+  constexpr auto due = ZTASK_ENG_Task::TASK_FIELD_DUE;
+  return !ulo::isCompleted(task) && ulo::hasDate(task, due) && task.getDateTime(due).date() < today;
 }
 
 QString dayText(const QDate& day, const QDate& today) {

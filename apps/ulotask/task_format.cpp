@@ -21,7 +21,7 @@ std::string orDash(const std::string& text) {
 }
 
 std::string shownDate(const ZTASK_ENG_Task& task, ZTASK_ENG_Task::TASK_FIELD_T field) {
-  return orDash(ulo::formatDate(task.getDateTime(field)).toStdString());
+  return orDash(ulo::formatDate(task.getInstant(field)).toStdString());
 }
 
 struct DateField {

@@ -7,6 +7,7 @@
 
 #include <QChar>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -46,21 +47,34 @@ void appendEscape(std::string& json, char32_t c) {
   json += hexDigits[c & 15U];
 }
 
+// Some terminals interpret U+007F to U+009F.
+bool isEscaped(char32_t c) {
+  return c < 0x20 || c == '"' || c == '\\' || (c >= 0x7F && c < 0xA0);
+}
+
+bool isPlain(QChar unit) {
+  return unit.unicode() < 0x80 && !isEscaped(unit.unicode());
+}
+
 // Half a surrogate pair becomes U+FFFD, because JSON texts are UTF-8.
 void appendText(std::string& json, const QString& text) {
   json += '"';
-  for (qsizetype i = 0; i < text.size(); ++i) {
-    const QChar unit = text[i];
+  for (auto next = text.begin(); next != text.end(); ++next) {
+    const auto run = next;
+    next = std::find_if_not(run, text.end(), isPlain);
+    json.resize(json.size() + static_cast<std::size_t>(next - run));
+    std::transform(run, next, json.end() - (next - run),
+                   [](QChar unit) { return static_cast<char>(unit.unicode()); });
+    if (next == text.end())
+      break;
+    const QChar unit = *next;
     char32_t c = unit.unicode();
-    if (unit.isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate())
-      c = QChar::surrogateToUcs4(unit, text[++i]);
+    if (unit.isHighSurrogate() && next + 1 != text.end() && next[1].isLowSurrogate())
+      c = QChar::surrogateToUcs4(unit, *++next);
     else if (unit.isSurrogate())
       c = replacementCharacter;
-    // Some terminals interpret U+007F to U+009F.
-    if (c < 0x20 || c == '"' || c == '\\' || (c >= 0x7F && c < 0xA0))
+    if (isEscaped(c))
       appendEscape(json, c);
-    else if (c < 0x80)
-      json += static_cast<char>(c);
     else
       appendUtf8(json, c);
   }

@@ -5,7 +5,9 @@
 #include <QStringDecoder>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <iterator>
@@ -84,8 +86,18 @@ private:
   iconv_t handle_;
 };
 
+bool hasSurrogates(const QString& text) {
+  // Without an early exit, the compiler uses vector instructions.
+  bool found = false;
+  for (const QChar unit : text)
+    found |= unit.isSurrogate();
+  return found;
+}
+
 // Returns the text with each unpaired surrogate replaced by U+FFFD.
 QString wellFormed(QString text) {
+  if (!hasSurrogates(text))
+    return text;
   for (qsizetype i = 0; i < text.size(); ++i) {
     const QChar unit = std::as_const(text)[i];
     if (unit.isHighSurrogate() && i + 1 < text.size() &&
@@ -97,9 +109,16 @@ QString wellFormed(QString text) {
   return text;
 }
 
+// Returns true if quoted-printable text contains the character as it is, wherever it stands.
 bool isLiteral(char c) {
-  // Some readers of vCalendar texts treat a semicolon as a field separator.
-  return c >= ' ' && c <= '~' && c != '=' && c != ';';
+  static constexpr auto literals = [] {
+    std::array<bool, 256> table{};
+    // Some readers of vCalendar texts treat a semicolon as a field separator.
+    for (std::size_t byte = '!'; byte <= '~'; ++byte)
+      table[byte] = byte != '=' && byte != ';';
+    return table;
+  }();
+  return literals[static_cast<unsigned char>(c)];
 }
 
 }  // namespace
@@ -190,32 +209,39 @@ bool EMAIL_Util::decFromCharset(const QByteArray& bytes, QString& text, int char
 QCString EMAIL_Util::encQp(const char* bytes, unsigned long length, int) {
   constexpr int lineLimit = 76;  // RFC 2045, 6.7 (5), including the "=" of a soft break
   constexpr char hex[] = "0123456789ABCDEF";
-  std::string result;
-  result.reserve(length + length / 2);
-  int room = lineLimit - qpNameLength;
+  constexpr int encodedSize = 3;
+  if (length == 0)
+    return QCString();
+  // At most three characters for each byte, and fewer than one for the soft breaks.
+  QByteArray result(static_cast<qsizetype>(4 * length + 2), Qt::Uninitialized);
+  char* out = result.data();
+  const char* const last = bytes + length - 1;
+  std::ptrdiff_t room = lineLimit - qpNameLength;
   bool atLineStart = true;
-  for (unsigned long i = 0; i < length; ++i) {
-    const char c = bytes[i];
+  for (const char* next = bytes; next <= last;) {
+    const char* const run = next;
+    const char* const limit = next + std::min(last + 1 - next, room - 1);
     // A blank at either end of a line would be read as a fold, or be lost in transport.
-    const bool blankAtEdge = c == ' ' && (atLineStart || i + 1 == length);
-    const bool literal = isLiteral(c) && !blankAtEdge;
-    const int size = literal ? 1 : 3;
-    if (size > room - 1) {
-      result += "=\n";
+    while (next < limit &&
+           (isLiteral(*next) || (*next == ' ' && next != last && !(atLineStart && next == run))))
+      ++next;
+    out = std::copy(run, next, out);
+    room -= next - run;
+    if (next > last)
+      break;
+    if (room - 1 < encodedSize) {
+      out = std::copy_n("=\n", 2, out);
       room = lineLimit;
       atLineStart = true;
-      --i;  // the same byte again, at the start of a line
       continue;
     }
-    if (literal) {
-      result += c;
-    } else {
-      const auto byte = static_cast<unsigned char>(c);
-      const char encoded[] = {'=', hex[byte >> 4U], hex[byte & 15U]};
-      result.append(encoded, sizeof encoded);
-    }
-    room -= size;
+    const auto byte = static_cast<unsigned char>(*next++);
+    *out++ = '=';
+    *out++ = hex[byte >> 4U];
+    *out++ = hex[byte & 15U];
+    room -= encodedSize;
     atLineStart = false;
   }
-  return result.empty() ? QCString() : QCString(QByteArray::fromStdString(result));
+  result.truncate(out - result.constData());
+  return result;
 }
