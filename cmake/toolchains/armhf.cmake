@@ -6,6 +6,9 @@ set(ulo_triplet arm-linux-gnueabihf)
 set(CMAKE_LIBRARY_ARCHITECTURE ${ulo_triplet})
 set(CMAKE_C_COMPILER ${ulo_triplet}-gcc)
 set(CMAKE_CXX_COMPILER ${ulo_triplet}-g++)
+# Nothing that an older GCC built is linked, so its notes on arguments that GCC 7.1 began to pass
+# differently are noise.
+set(CMAKE_CXX_FLAGS_INIT -Wno-psabi)
 set(CMAKE_STRIP ${ulo_triplet}-strip)
 set(CMAKE_INSTALL_LIBDIR lib/${ulo_triplet} CACHE PATH "Libraries")
 set(ENV{PKG_CONFIG_LIBDIR} /usr/lib/${ulo_triplet}/pkgconfig:/usr/share/pkgconfig)

@@ -149,13 +149,15 @@ TEST(TimeZone, WorkForDefinitionsIsLimited) {
 
 TEST(TimeZone, WorkForRulesIsLimited) {
   const auto isComputed = [](std::size_t work) {
-    const QByteArray text = zoneOf(observance("STANDARD", "20380101T000000", "+0300", "+0300",
-                                              "RRULE:FREQ=YEARLY;BYMONTH=2\r\n"));
+    // libical with 32-bit times computes no dates after 2037.
+    const QByteArray text =
+        zoneOf(observance("STANDARD", "20360101T000000", "+0300", "+0300",
+                          "RRULE:FREQ=YEARLY;BYMONTH=2;UNTIL=20361231T000000Z\r\n"));
     return ulo::ZoneRules::ofComponent(
                std::string_view(text.constData(), static_cast<std::size_t>(text.size())), work) !=
            nullptr;
   };
-  // Two for DTSTART and the date in 2038.
+  // Two for DTSTART and the date in 2036.
   EXPECT_TRUE(isComputed(ulo::yearlyRuleWork + 3));
   EXPECT_TRUE(isComputed(ulo::yearlyRuleWork + 2));
   EXPECT_FALSE(isComputed(ulo::yearlyRuleWork));
