@@ -20,6 +20,9 @@ TARGETS = [
     (r"^page\.", 2.0, 1.5),
     (r"^(range|category)", 1.5, 1.5),
     (r"^(match|getAllTasks)", 2.0, 1.5),
+    # The database skips the tasks that do not have the text.
+    (r"^search\.nothing$", 0.25, 1.5),
+    (r"^search\.", 2.0, 1.5),
     (r"^vtodo\.", 1.5, 1.5),
     (r"^ical\.read$", 2.0, 1.5),
     (r"^ical\.edit$", 1.0, 1.5),

@@ -18,6 +18,8 @@ TASKS = 20
 REPETITIONS = 15
 # The memory of a small handset.
 MEMORY = "256 MB"
+# Stripped files of a build for armhf, if there is one.
+ARMHF = "/packages/armhf"
 
 
 def environment(home):
@@ -259,14 +261,34 @@ def package_table():
         ["program", "new packages", "download", "our own packages", "disk"], rows)
 
 
-def document():
+def size_of(path):
+    return report_text.shown_bytes(os.path.getsize(path)) if os.path.exists(path) else ""
+
+
+def size_table():
+    """The files of our packages with code, stripped as they are installed."""
+    libraries = glob.glob("/usr/lib/*/libulo*.so.*") + \
+        glob.glob("/usr/lib/*/ulotaskengine/*/libulo*.so")
+    programs = [f"/usr/bin/{name}" for name in ("ulotask", "ulo-tasks", "ulo-action")]
+    files = sorted(path for path in libraries if not os.path.islink(path)) + programs
+    return report_text.table(
+        ["file", "amd64", "armhf"],
+        [[name, size_of(path), size_of(os.path.join(ARMHF, name))]
+         for path, name in ((path, os.path.basename(path)) for path in files)])
+
+
+def document(commit):
     return f"""# On a handset
 
-What the programs need beside other programs for to-dos, in a minimal Debian 12 (amd64) without recommended packages. `bench/handset PACKAGES --write` installs all of them in a new system, measures and renews this page; here on {datetime.date.today().isoformat()} with {os.cpu_count()} processors. The goal is a handset with {MEMORY}.
+What the programs need beside other programs for to-dos, in a minimal Debian 12 (amd64) without recommended packages. `bench/handset PACKAGES --write` installs all of them in a new system, measures and renews this page; here on {datetime.date.today().isoformat()} with the packages of commit {commit} and {os.cpu_count()} processors. The goal is a handset with {MEMORY}.
 
 ## Packages
 
 {package_table()}
+
+The files of the packages with code. Those for armhf are cross-compiled with the preset `armhf`, which does not harden them.
+
+{size_table()}
 
 ## Command lines
 
@@ -281,14 +303,17 @@ What the programs need beside other programs for to-dos, in a minimal Debian 12 
 On a virtual display, medians of three starts after the first. *Processor* and *memory* are measured five seconds after the window shows; *private* leaves out what other processes share. Endeavour keeps its tasks in a data server, which runs in other processes; their memory, with shared pages divided among processes, is in the last column.
 
 {window_table()}
+
+`ulo-tasks` also runs on Wayland with the package `qt6-wayland`; that was tried on weston without a screen. The platform `linuxfb` of Qt was not tried.
 """
 
 
 def main():
     parser = argparse.ArgumentParser(prog="handset.py")
     parser.add_argument("--write", action="store_true")
+    parser.add_argument("--commit", required=True, help="the commit of the packages")
     options = parser.parse_args()
-    text = document()
+    text = document(options.commit)
     print(text)
     if options.write:
         with open("handset.md", "w", encoding="utf-8") as file:

@@ -4,6 +4,7 @@
 // Dumps are named "operation/side/calls".
 
 #include "dataset.h"
+#include "task_search.h"
 #include "ulo/log_sink.h"
 #include "workbench.h"
 
@@ -83,17 +84,24 @@ void countSingle(OurStore& ours, HandStore& hand) {
 }
 
 // No task contains the text.
-void countSearch(OurStore& ours, HandStore& hand) {
+void countSearches(OurStore& ours, HandStore& hand) {
   QString text = "no task has this";
-  countCalls("match.nothing/ours", 1, [&] {
-    Tasks tasks;
-    require(ours.getMatchTasks(tasks, text) == TASK_ENG_OK && tasks.isEmpty());
+  const auto count = [&](const std::string& operation, const std::function<void(Tasks&)>& search) {
+    countCalls(operation, 1, [&] {
+      Tasks tasks;
+      search(tasks);
+      require(tasks.isEmpty());
+    });
+  };
+  const auto byHand = [&](Tasks& tasks) { hand.mentioning(tasks, text); };
+  count("match.nothing/ours",
+        [&](Tasks& tasks) { require(ours.getMatchTasks(tasks, text) == TASK_ENG_OK); });
+  count("match.nothing/hand", byHand);
+  count("search.nothing/ours", [&](Tasks& tasks) {
+    require(ulo::searchTasks({text, {}}, [&](const Task& task) { tasks.append(task); }) ==
+            TASK_ENG_OK);
   });
-  countCalls("match.nothing/hand", 1, [&] {
-    Tasks tasks;
-    hand.mentioning(tasks, text);
-    require(tasks.isEmpty());
-  });
+  count("search.nothing/hand", byHand);
 }
 
 void countAll(const std::string& directory) {
@@ -103,7 +111,7 @@ void countAll(const std::string& directory) {
   HandStore hand(directory);
   countPage(ours, hand);
   countSingle(ours, hand);
-  countSearch(ours, hand);
+  countSearches(ours, hand);
 }
 
 }  // namespace

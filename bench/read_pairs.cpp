@@ -2,6 +2,7 @@
 
 #include "dataset.h"
 #include "pairs.h"
+#include "task_search.h"
 
 #include <algorithm>
 #include <map>
@@ -227,26 +228,30 @@ void registerSearches(Workbench& bench) {
        {}});
   const double all = bench.size();
   const Effort effort = effortFor(bench.size());
-  registerReading<Tasks>(
-      {"match.text",
-       effort,
-       all,
-       [&bench](Tasks& tasks) {
-         QString text = "dentist about";
-         require(bench.ours().getMatchTasks(tasks, text));
-       },
-       [&bench](Tasks& tasks) { bench.hand().mentioning(tasks, "dentist about"); },
-       {}});
-  registerReading<Tasks>(
-      {"match.nothing",
-       effort,
-       all,
-       [&bench](Tasks& tasks) {
-         QString text = "no task has this";
-         require(bench.ours().getMatchTasks(tasks, text));
-       },
-       [&bench](Tasks& tasks) { bench.hand().mentioning(tasks, "no task has this"); },
-       {}});
+  for (const auto& [name, text] :
+       {std::pair("text", "dentist about"), std::pair("nothing", "no task has this")}) {
+    const QString wanted = text;
+    const auto hand = [&bench, wanted](Tasks& tasks) { bench.hand().mentioning(tasks, wanted); };
+    registerReading<Tasks>({std::string("match.") + name,
+                            effort,
+                            all,
+                            [&bench, wanted](Tasks& tasks) {
+                              QString copy = wanted;
+                              require(bench.ours().getMatchTasks(tasks, copy));
+                            },
+                            hand,
+                            {}});
+    registerReading<Tasks>(
+        {std::string("search.") + name,
+         effort,
+         all,
+         [&bench, wanted](Tasks& tasks) {
+           bench.ours();
+           require(ulo::searchTasks({wanted, {}}, [&](const Task& task) { tasks.append(task); }));
+         },
+         hand,
+         {}});
+  }
   const auto example = std::make_shared<Task>();
   example->setStatus(1);
   example->setString(Task::TASK_FIELD_SUMMARY, "MILK");

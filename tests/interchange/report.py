@@ -195,7 +195,8 @@ def page(engine_version, khal, tables, tasks, same_get, puts, done, merged):
                      f"| {', '.join(peer.writes)} |" for peer in programs)
     values = ", ".join(f"{len(table_values)} values of {field}"
                        for field, table_values in tables[0].fields.items() if field != "revision")
-    parts = [INTRO.format(count=len(tasks), peers=rows, zone=ZONE, date=datetime.date.today(),
+    today = datetime.datetime.now(datetime.timezone.utc).date()
+    parts = [INTRO.format(count=len(tasks), peers=rows, zone=ZONE, date=today,
                           version=engine_version,
                           notes=NOTES.format(count=len(tasks), khal=khal.version()),
                           compared=sum(table.compared for table in tables), same_get=same_get,
