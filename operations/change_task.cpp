@@ -1,6 +1,5 @@
 #include "change_task.h"
 
-#include "dates.h"
 #include "stored_text.h"
 #include "task_dates.h"
 #include "task_words.h"
@@ -31,7 +30,7 @@ void moveToNextDate(ChangeReport& report, QByteArray& text) {
   ZTASK_ENG_Task task = report.task;
   task.setStatus(codeOf(Status::needsAction));
   task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_END, ZTASK_ENG_Task::noDate());
-  task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION, currentLocalTime());
+  setChangedNow(task);
   TASK_ENG_Ical calendar(TASK_ENG_Ical::write(task, text));
   if (calendar.count() == 0 || !calendar.repeats(0))
     return;
@@ -125,6 +124,11 @@ int removeTask(ZTASK_ENG_Model& store, unsigned int uid, ZTASK_ENG_Task& removed
   return code;
 }
 
+void setChangedNow(ZTASK_ENG_Task& task) {
+  task.setSeconds(ZTASK_ENG_Task::TASK_FIELD_REVISION,
+                  static_cast<int>(QDateTime::currentDateTimeUtc().toSecsSinceEpoch()));
+}
+
 int ensureCategory(ZTASK_ENG_Model& store, const QString& name) {
   QString category = name;
   unsigned int uid = 0;
@@ -136,7 +140,9 @@ int addTask(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task) {
   WriteTransaction transaction;
   if (!transaction)
     return storeCode(transaction.result());
-  if (const int code = ensureCategory(store, task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY));
+  // The store itself ensures that the null category exists.
+  const QString category = task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY);
+  if (const int code = category.isNull() ? TASK_ENG_OK : ensureCategory(store, category);
       code != TASK_ENG_OK)
     return code;
   ZTASK_ENG_Task added = task;

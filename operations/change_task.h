@@ -57,6 +57,9 @@ int storeTask(ZTASK_ENG_Model& store, ChangeReport& report);
 // is TASK_ENG_OK, nothing was removed.
 int removeTask(ZTASK_ENG_Model& store, unsigned int uid, ZTASK_ENG_Task& removed);
 
+// Sets the time of the last change to now.
+void setChangedNow(ZTASK_ENG_Task& task);
+
 // Adds the category unless it exists. The null name is that of tasks without a category. Returns a
 // result of the store.
 int ensureCategory(ZTASK_ENG_Model& store, const QString& name);

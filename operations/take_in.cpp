@@ -1,7 +1,6 @@
 #include "take_in.h"
 
 #include "change_task.h"
-#include "dates.h"
 #include "foreign_text.h"
 #include "task_words.h"
 
@@ -48,7 +47,7 @@ int takeIn(ZTASK_ENG_Model& store, ZTASK_ENG_Task& task, std::vector<ShortenedTe
   const std::vector<ShortenedText> reports = shortenTexts(task);
   if (task.getStatusValue() == codeOf(Status::none))
     task.setStatus(codeOf(Status::needsAction));
-  task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION, currentLocalTime());
+  setChangedNow(task);
   const int code = addTask(store, task);
   if (code == TASK_ENG_OK && shortened != nullptr)
     *shortened = reports;

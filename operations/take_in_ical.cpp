@@ -1,7 +1,6 @@
 #include "take_in_ical.h"
 
 #include "change_task.h"
-#include "dates.h"
 #include "stored_text.h"
 #include "task_dates.h"
 #include "task_uuids.h"
@@ -118,7 +117,7 @@ int IcalIntake::add(const TASK_ENG_Ical::Todo& todo, TakenIn& taken) {
     task.setString(uuidField, QString());  // the store makes a new one
   taken = {Taken::added, 0, shortenTexts(task)};
   if (!hasDate(task, ZTASK_ENG_Task::TASK_FIELD_REVISION))
-    task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_REVISION, currentLocalTime());
+    setChangedNow(task);
   if (const int code = addTask(store_, task); code != TASK_ENG_OK)
     return code;
   taken.uid = task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID);

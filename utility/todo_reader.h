@@ -47,7 +47,7 @@ struct TodosRead {
 [[nodiscard]] ULO_EXPORT TodosRead readTodos(std::string_view text);
 
 // Bytes of a text for the library that TodoSlices keeps in memory. More are made a second time.
-inline constexpr std::size_t slicesKept = std::size_t{1} << 20;
+inline constexpr std::size_t slicesKept = std::size_t{4} << 20;
 
 // The to-dos of a text, read slice by slice. Beside the text, needs memory for one slice: at most a
 // hundred to-dos, and not more than one if they are large. A short text that the library reads

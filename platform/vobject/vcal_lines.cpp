@@ -2,9 +2,9 @@
 
 #include "vcal_guard.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -13,9 +13,11 @@
 namespace ulo {
 namespace {
 
-// Bytes that end a line or make it odd.
+// Bytes that end a line or make it odd, as does a zero byte.
+constexpr char specialBytes[] = "\n\r\xFF";
+
 bool isSpecial(char c) {
-  return c == '\n' || c == '\r' || c == '\0' || c == '\xFF';
+  return c == '\0' || std::strchr(specialBytes, c) != nullptr;
 }
 
 }  // namespace
@@ -71,6 +73,7 @@ int LineReader::peekByte() {
   if (position_ == size_) {
     position_ = 0;
     size_ = source_.read(buffer_.get(), bufferSize);
+    buffer_[size_] = '\0';
     if (size_ == 0)
       return EOF;
   }
@@ -101,10 +104,9 @@ bool LineReader::finishCarriageReturn() {
 // Consumes the bytes in the buffer up to the first special one.
 void LineReader::takePlain(Line& line) {
   const char* const first = buffer_.get() + position_;
-  const char* const last = std::find_if(first, static_cast<const char*>(buffer_.get() + size_),
-                                        [](char c) { return isSpecial(c); });
-  line.add({first, last});
-  position_ += static_cast<std::size_t>(last - first);
+  const std::size_t count = std::strcspn(first, specialBytes);
+  line.add({first, count});
+  position_ += count;
 }
 
 bool LineReader::read(Line& line) {

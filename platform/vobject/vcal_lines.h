@@ -51,7 +51,7 @@ struct Line {
 class LineReader {
 public:
   explicit LineReader(ByteSource& source)
-      : source_(source), buffer_(std::make_unique_for_overwrite<char[]>(bufferSize)) {}
+      : source_(source), buffer_(std::make_unique_for_overwrite<char[]>(bufferSize + 1)) {}
 
   // Returns false at the end of the text.
   bool next(Line& line);
@@ -67,7 +67,7 @@ private:
   int peekByte();
 
   ByteSource& source_;
-  std::unique_ptr<char[]> buffer_;
+  std::unique_ptr<char[]> buffer_;  // its bytes are followed by a zero byte
   std::size_t position_ = 0;
   std::size_t size_ = 0;
   std::size_t number_ = 0;

@@ -5,8 +5,10 @@
 #include "vcal_lines.h"
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 namespace ulo {
 
@@ -18,9 +20,30 @@ struct Header {
   std::string charset;  // of the last CHARSET; empty if there is none or it is not a valid word
   Encoding encoding = Encoding::plain;
   std::size_t parameters = 0;
-  bool clean = true;  // the library reads it correctly
+  bool begins = false;   // a component
+  bool ends = false;     // a component
+  bool fielded = false;  // the library splits the value into named fields
+  bool clean = true;     // the library reads it correctly
 };
 [[nodiscard]] Header parseHeader(std::string_view text);
+
+// Parses headers. Remembers them, because the to-dos of a text have the same ones.
+class HeaderParser {
+public:
+  [[nodiscard]] const Header& parse(std::string_view text);
+
+private:
+  struct Hash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view text) const {
+      return std::hash<std::string_view>()(text);
+    }
+  };
+  static constexpr std::size_t mostKnown = 64;
+  static constexpr std::size_t longestKnown = 128;  // bytes
+  std::unordered_map<std::string, Header, Hash, std::equal_to<>> known_;
+  Header other_;
+};
 
 // Compares two words, ignoring the case of ASCII letters.
 [[nodiscard]] bool sameWord(std::string_view one, std::string_view other);
@@ -37,8 +60,11 @@ struct Property {
   bool tooLong = false;  // the value is truncated
   bool clean = true;     // the library reads all of it correctly
 
-  [[nodiscard]] bool isBegin() const;
-  [[nodiscard]] bool isEnd() const;
+  // Keeps the memory of the value.
+  void clear();
+  [[nodiscard]] bool isBegin() const { return header.begins; }
+  [[nodiscard]] bool isEnd() const { return header.ends; }
+  [[nodiscard]] bool isComponent() const { return isBegin() || isEnd(); }
   // The component name of a BEGIN or END, in upper case.
   [[nodiscard]] std::string component() const;
   // Parser stack depth that the property needs in the library.
@@ -57,6 +83,10 @@ private:
   struct Assembly;
   void joinBase64(Assembly& assembly);
   LineReader lines_;
+  HeaderParser headers_;
+  // Kept for their memory.
+  Line line_;
+  std::string text_;
 };
 
 enum class Written {

@@ -259,6 +259,42 @@ TEST(VcalGuard, PiecesContainOnlyTodos) {
                           "END:VTODO\r\nEND:VCALENDAR\r\n"));
 }
 
+// The library takes longer to read a property with an encoding.
+TEST(VcalGuard, OmitsEncodingWithoutEffect) {
+  const LogCapture quiet;
+  const auto valueOf = [](const std::string& value) {
+    const std::string before = "BEGIN:VTODO\r\nSUMMARY;CHARSET=UTF-8";
+    const std::vector<std::string> pieces = piecesOf(
+        byteOrderMark +
+        calendar(todo("SUMMARY;CHARSET=UTF-8;ENCODING=QUOTED-PRINTABLE:" + value + "\r\n")));
+    const std::string::size_type at = pieces.front().find(before) + before.size();
+    return pieces.front().substr(at, pieces.front().find("\r\n", at) - at);
+  };
+  const std::string encoded = ";ENCODING=QUOTED-PRINTABLE:";
+  EXPECT_EQ(valueOf("Buy milk, 2 l"), ":Buy milk, 2 l");
+  EXPECT_EQ(valueOf("a:b"), ":a:b");
+  EXPECT_EQ(valueOf("K=C3=A4se"), encoded + "K=C3=A4se");
+  EXPECT_EQ(valueOf("long=\r\n er"), encoded + "long er");
+  EXPECT_EQ(valueOf("a;b"), encoded + "a;b");
+  EXPECT_EQ(valueOf(" a"), encoded + " a");
+  EXPECT_EQ(valueOf("a "), encoded + "a ");
+  EXPECT_EQ(valueOf("a\tb"), encoded + "a\tb");
+}
+
+TEST(VcalGuard, TellsManyHeadersApart) {
+  const LogCapture quiet;
+  std::string todos;
+  std::vector<TodoProperties> expected;
+  for (int i = 0; i < 200; ++i) {
+    const std::string header = "SUMMARY;X-" + std::to_string(i % 100);
+    todos += todo(header + ":=41\r\n") + todo(header + ";QUOTED-PRINTABLE:=41\r\n");
+    expected.insert(expected.end(), {{"SUMMARY==41"}, {"SUMMARY=A"}});
+  }
+  const auto read = parseGuarded(byteOrderMark + calendar(todos));
+  ASSERT_TRUE(read);
+  EXPECT_EQ(onlyGuarded(*read), expected);
+}
+
 TEST(VcalGuard, TodosOfAllCalendarsKeepTheirOrder) {
   const LogCapture quiet;
   const std::string card = "BEGIN:VCARD\r\nN:a;b\r\nEND:VCARD\r\n";
