@@ -5,6 +5,8 @@
 #include "vcal_guard.h"
 #include "vobject_library.h"
 
+#include <deque>
+#include <future>
 #include <optional>
 #include <utility>
 
@@ -115,7 +117,53 @@ CalendarBuilder buildVCalendar(const QList<Task>& tasks) {
   return builder;
 }
 
+TodosWritten writtenBy(CalendarBuilder& builder, std::optional<std::string> text) {
+  TodosWritten result{std::move(text).value_or(std::string()), std::move(builder.report())};
+  if (result.text.empty())
+    result.report = {WriteFailure::library, 0, {}};
+  return result;
+}
+
 }  // namespace
+
+struct TodoPages::State {
+  struct Page {
+    CalendarBuilder builder;
+    std::future<std::optional<std::string>> text;
+  };
+
+  vobject::Library library;
+  std::deque<Page> pages;
+};
+
+TodoPages::TodoPages() : state_(std::make_unique<State>()) {
+  keepVObjectLibrary();
+}
+
+TodoPages::~TodoPages() {
+  while (count() > 0)
+    static_cast<void>(take());
+}
+
+void TodoPages::add(const QList<ZTASK_ENG_Task>& tasks) {
+  CalendarBuilder builder = buildVCalendar(tasks);
+  // Without a thread, take() writes the text.
+  auto text =
+      std::async(std::launch::async | std::launch::deferred, vobject::textTask(builder.calendar()));
+  state_->pages.push_back({std::move(builder), std::move(text)});
+}
+
+std::size_t TodoPages::count() const {
+  return state_->pages.size();
+}
+
+TodosWritten TodoPages::take() {
+  State::Page page = std::move(state_->pages.front());
+  state_->pages.pop_front();
+  page.text.wait();
+  vobject::cleanVObject(page.builder.calendar());
+  return writtenBy(page.builder, page.text.get());
+}
 
 TodosWritten writeTodos(const QList<ZTASK_ENG_Task>& tasks) {
   const vobject::Library library;
@@ -123,10 +171,7 @@ TodosWritten writeTodos(const QList<ZTASK_ENG_Task>& tasks) {
   CalendarBuilder builder = buildVCalendar(tasks);
   std::optional<std::string> text = vobject::textOf(builder.calendar());
   vobject::cleanVObject(builder.calendar());
-  TodosWritten result{std::move(text).value_or(std::string()), std::move(builder.report())};
-  if (result.text.empty())
-    result.report = {WriteFailure::library, 0, {}};
-  return result;
+  return writtenBy(builder, std::move(text));
 }
 
 void writeTodos(std::FILE* stream, const QList<ZTASK_ENG_Task>& tasks) {

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -43,6 +44,28 @@ struct TodosWritten {
 // vObject library for the call. Only one thread of the process at a time may read or write calendar
 // text.
 [[nodiscard]] ULO_EXPORT TodosWritten writeTodos(const QList<ZTASK_ENG_Task>& tasks);
+
+// Writes lists of tasks, each as the text of writeTodos. While the library writes the text of one
+// list, which takes two thirds of the time, the caller can read the next tasks and add them. Keeps
+// the vObject library open. Only one thread of the process at a time may read or write calendar
+// text.
+class ULO_EXPORT TodoPages {
+public:
+  TodoPages();
+  TodoPages(const TodoPages&) = delete;
+  TodoPages& operator=(const TodoPages&) = delete;
+  ~TodoPages();
+
+  void add(const QList<ZTASK_ENG_Task>& tasks);
+  // The number of lists whose text has not been taken.
+  [[nodiscard]] std::size_t count() const;
+  // Waits for the text of the list that was added first, and removes it. Requires: count() > 0.
+  [[nodiscard]] TodosWritten take();
+
+private:
+  struct __attribute__((visibility("hidden"))) State;
+  std::unique_ptr<State> state_;
+};
 
 // Writes the same text to a stream. Used while the vObject library is open.
 void writeTodos(std::FILE* stream, const QList<ZTASK_ENG_Task>& tasks);

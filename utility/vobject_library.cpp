@@ -118,18 +118,9 @@ void writeVObject(std::FILE* stream, VObject* object) {
   std::free(text);
 }
 
-std::optional<std::string> textOf(VObject* object) {
-  if (auto* toMemory = lookUp<char*(char*, int*, VObject*)>("writeMemVObject")) {
-    if (object == nullptr)
-      return std::nullopt;
-    int length = 0;
-    const std::unique_ptr<char, Free> text(toMemory(nullptr, &length, object));
-    if (text == nullptr) {
-      codec_log::textNotWritten();
-      return std::nullopt;
-    }
-    return text.get();
-  }
+namespace {
+
+std::optional<std::string> streamedText(VObject* object) {
   char* bytes = nullptr;
   std::size_t size = 0;
   std::FILE* stream = open_memstream(&bytes, &size);
@@ -143,6 +134,27 @@ std::optional<std::string> textOf(VObject* object) {
   if (!whole)
     codec_log::textNotWritten();
   return whole && size > 0 ? std::optional<std::string>(std::in_place, bytes, size) : std::nullopt;
+}
+
+}  // namespace
+
+std::optional<std::string> textOf(VObject* object) {
+  return textTask(object)();
+}
+
+std::function<std::optional<std::string>()> textTask(VObject* object) {
+  auto* const toMemory = lookUp<char*(char*, int*, VObject*)>("writeMemVObject");
+  if (toMemory == nullptr || object == nullptr)
+    return [text = object == nullptr ? std::nullopt : streamedText(object)] { return text; };
+  return [=]() -> std::optional<std::string> {
+    int length = 0;
+    const std::unique_ptr<char, Free> text(toMemory(nullptr, &length, object));
+    if (text == nullptr) {
+      codec_log::textNotWritten();
+      return std::nullopt;
+    }
+    return text.get();
+  };
 }
 
 void cleanVObject(VObject* object) {

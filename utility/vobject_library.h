@@ -1,6 +1,6 @@
 // The functions of the vObject library, which is opened at run time. Nothing else calls the
 // library. A call of a function that the library lacks is logged and returns null, unless noted
-// otherwise. Used by one thread of the process at a time.
+// otherwise. Used by one thread of the process at a time, except for the result of textTask.
 #pragma once
 
 #include <QByteArray>
@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -49,6 +50,9 @@ void writeVObject(std::FILE* stream, VObject* object);
 // Returns the text of the object, or nothing if the object is null, the library cannot write it, or
 // memory is short. The latter two are logged.
 std::optional<std::string> textOf(VObject* object);
+// Returns a function that does the same, once. Another thread may call it while this one uses the
+// library for other objects: to write, the library only reads the object and its own constants.
+std::function<std::optional<std::string>()> textTask(VObject* object);
 void cleanVObject(VObject* object);
 VObject* nextVObjectInList(VObject* object);
 VObject* Parse_MIME_FromFileName(const char* fileName);

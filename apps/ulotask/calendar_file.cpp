@@ -297,8 +297,7 @@ QByteArray readIcalTodo(const std::string& name) {
 
 namespace {
 
-std::string textOf(const QList<ZTASK_ENG_Task>& tasks) {
-  ulo::TodosWritten written = ulo::writeTodos(tasks);
+std::string textOf(ulo::TodosWritten written) {
   if (written.report.failure != ulo::WriteFailure::none)
     throw Failure(Exit::notWritten,
                   "the tasks cannot be written as a vCalendar text" + vcalendarReason());
@@ -309,7 +308,7 @@ std::string textOf(const QList<ZTASK_ENG_Task>& tasks) {
 
 std::string VcalendarWriter::begin() {
   constexpr std::string_view last = "END:VCALENDAR";
-  begin_ = textOf({});
+  begin_ = textOf(ulo::writeTodos({}));
   const std::size_t end = std::min(begin_.find(last), begin_.size());
   end_ = begin_.substr(end);
   begin_.resize(end);
@@ -320,7 +319,19 @@ std::string VcalendarWriter::add(const QValueList<ZTASK_ENG_Task>& tasks) {
   QList<ZTASK_ENG_Task> list;
   for (const ZTASK_ENG_Task& task : tasks)
     list.append(const_cast<ZTASK_ENG_Task*>(&task));  // only read
-  std::string text = textOf(list);
+  pages_.add(list);
+  return pages_.count() > pagesAtOnce ? takePage() : std::string();
+}
+
+std::string VcalendarWriter::end() {
+  std::string text;
+  while (pages_.count() > 0)
+    text += takePage();
+  return text + end_;
+}
+
+std::string VcalendarWriter::takePage() {
+  std::string text = textOf(pages_.take());
   if (!text.starts_with(begin_) || !text.ends_with(end_))
     throw Failure(Exit::notWritten, "the tasks cannot be written as a vCalendar text");
   text.resize(text.size() - end_.size());

@@ -5,6 +5,7 @@
 #include "ZTASK_ENG_Task.h"
 #include "ical_todos.h"
 #include "todo_reader.h"
+#include "todo_writer.h"
 
 #include <QByteArray>
 #include <QFileDevice>
@@ -71,20 +72,25 @@ CalendarFile openCalendar(const std::string& name);
 // contains anything else.
 QByteArray readIcalTodo(const std::string& name);
 
-// Writes one vCalendar text in parts.
+// Writes one vCalendar text in parts. Each function throws a Failure if the text cannot be written.
 class VcalendarWriter {
 public:
-  // Returns the text in front of the to-dos. This and add() throw a Failure if the text cannot be
-  // written.
+  // Returns the text in front of the to-dos.
   std::string begin();
-  // Returns the to-dos of these tasks.
+  // Adds the to-dos of these tasks. Returns the next part of the text, which may be that of tasks
+  // added before, or empty.
   std::string add(const QValueList<ZTASK_ENG_Task>& tasks);
-  // Returns the text after the to-dos.
-  [[nodiscard]] const std::string& end() const { return end_; }
+  // Returns the rest of the text.
+  std::string end();
 
 private:
+  std::string takePage();
+
+  // The vObject library writes this many pages while the next one is read.
+  static constexpr std::size_t pagesAtOnce = 2;
   std::string begin_;
   std::string end_;
+  ulo::TodoPages pages_;
 };
 
 // A file that is written in parts. An existing file is replaced by commit() after all bytes have

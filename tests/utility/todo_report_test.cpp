@@ -11,7 +11,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <cstdio>
+#include <cstring>
+#include <functional>
+#include <thread>
 #include <utility>
 
 using testing::ElementsAre;
@@ -316,6 +321,80 @@ TEST_F(TodoWriting, UsesStreamFunctionIfNoOtherExists) {
   const ulo::TodosWritten result = ulo::writeTodos(tasks_);
   EXPECT_EQ(result.text, "written");
   EXPECT_EQ(result.report.failure, ulo::WriteFailure::none);
+}
+
+// Writing in pages
+
+class TodoPaging : public TodoWriting {
+protected:
+  // The text of a page with one task.
+  std::string textOf(const char* summary) {
+    tasks_.clear();
+    auto* task = new Task;
+    task->setString(Task::TASK_FIELD_SUMMARY, summary);
+    tasks_.append(task);
+    return ulo::writeTodos(tasks_).text;
+  }
+};
+
+TEST_F(TodoPaging, ReturnsTextsInOrder) {
+  std::vector<std::string> expected;
+  ulo::TodoPages pages;
+  for (const char* summary : {"c", "d", "e"}) {
+    expected.push_back(textOf(summary));
+    pages.add(tasks_);
+  }
+  EXPECT_EQ(pages.count(), 3U);
+  std::vector<std::string> texts;
+  while (pages.count() > 0) {
+    const ulo::TodosWritten page = pages.take();
+    EXPECT_EQ(page.report.todos, 1U);
+    texts.push_back(page.text);
+  }
+  EXPECT_EQ(texts, expected);
+}
+
+TEST_F(TodoPaging, ReleasesPagesThatAreNotTaken) {
+  ulo::TodoPages pages;
+  pages.add(tasks_);
+  pages.add(tasks_);
+  EXPECT_EQ(pages.count(), 2U);
+}
+
+std::atomic<int> writing = 0;
+std::atomic<bool> areAdded = false;
+
+bool waitFor(const std::function<bool()>& condition) {
+  for (int i = 0; i < 30000 && !condition(); ++i)
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  return condition();
+}
+
+char* writeWhenAllAreAdded(char*, int*, VObject*) {
+  ++writing;
+  return strdup(waitFor([] { return areAdded.load(); }) ? "in time" : "too late");
+}
+
+TEST_F(TodoPaging, BuildsNextPageWhileLibraryWrites) {
+  loader_.replaced["writeMemVObject"] = reinterpret_cast<void*>(&writeWhenAllAreAdded);
+  writing = 0;
+  areAdded = false;
+  ulo::TodoPages pages;
+  pages.add(tasks_);
+  pages.add(tasks_);
+  EXPECT_TRUE(waitFor([] { return writing == 2; }));
+  areAdded = true;
+  EXPECT_EQ(pages.take().text, "in time");
+  EXPECT_EQ(pages.take().text, "in time");
+}
+
+TEST_F(TodoPaging, ReportsPageThatCannotBeWritten) {
+  loader_.missing = {"addPropValue"};
+  ulo::TodoPages pages;
+  pages.add(tasks_);
+  const ulo::TodosWritten page = pages.take();
+  EXPECT_EQ(page.report.failure, ulo::WriteFailure::library);
+  EXPECT_EQ(page.report.todos, 2U);
 }
 
 }  // namespace
