@@ -34,6 +34,8 @@ public:
 
 private:
   static void announce() noexcept {
+    if (ulo::UncommittedChanges::exist())
+      return;
     try {
       const std::string directory = ulo::dataDirectory();
       if (!directory.empty())

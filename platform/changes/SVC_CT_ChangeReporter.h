@@ -24,8 +24,9 @@ enum SVC_CT_ChangeType : int {
 
 // Announces stored changes to the programs that follow the journal. The journal entries already
 // exist at that point: the database writes each entry in the transaction that changes the row, so
-// that neither a killed process nor a full disk can separate them. Thread-safe. Reporting never
-// throws and never fails for lack of memory or disk space.
+// that neither a killed process nor a full disk can separate them. A change that is reported within
+// a transaction of the thread is announced by its commit. Thread-safe. Reporting never throws and
+// never fails for lack of memory or disk space.
 class ULO_EXPORT SVC_CT_ChangeReporter {
 public:
   SVC_CT_ChangeReporter();

@@ -12,4 +12,16 @@ namespace ulo {
 // Does nothing if the file cannot be touched; programs also poll from time to time.
 ULO_EXPORT void announceCommit(const std::string& file) noexcept;
 
+// While one exists, the changes of its thread belong to an open transaction, whose commit will be
+// announced. Changes that are reported until then wake nobody, because nobody could read them.
+class ULO_EXPORT UncommittedChanges {
+public:
+  UncommittedChanges() noexcept;
+  UncommittedChanges(const UncommittedChanges&) = delete;
+  UncommittedChanges& operator=(const UncommittedChanges&) = delete;
+  ~UncommittedChanges();
+  // Returns true if one exists in this thread.
+  [[nodiscard]] static bool exist() noexcept;
+};
+
 }  // namespace ulo

@@ -1,5 +1,6 @@
 // The journal of changes: one entry for each changed task row, written in the same transaction.
 
+#include "announcement.h"
 #include "log_capture.h"
 #include "task_tables.h"
 #include "temporary_directory.h"
@@ -138,6 +139,27 @@ TEST_F(Journal, AnnouncesCommits) {
   ASSERT_EQ(DB_Exec(addText), DB_OK);
   ASSERT_EQ(DB_AbortTransaction(), DB_OK);
   EXPECT_FALSE(watch.sawChange());
+}
+
+// The reporter wakes nobody within a transaction, and again after it, however it ends.
+TEST_F(Journal, TellsReporterOfTransactions) {
+  using Changes = ulo::UncommittedChanges;
+  EXPECT_FALSE(Changes::exist());
+  for (const auto end : {DB_CommitTransaction, DB_AbortTransaction}) {
+    ASSERT_EQ(DB_BeginTransaction(0), DB_OK);
+    EXPECT_TRUE(Changes::exist());
+    ASSERT_EQ(DB_Exec(addText), DB_OK);
+    EXPECT_TRUE(Changes::exist());
+    ASSERT_EQ(end(), DB_OK);
+    EXPECT_FALSE(Changes::exist());
+    ASSERT_EQ(DB_Exec(addText), DB_OK);
+    EXPECT_FALSE(Changes::exist());
+  }
+  ASSERT_EQ(DB_BeginTransaction(0), DB_OK);
+  EXPECT_EQ(DB_BeginTransaction(0), DB_TRANSACTION);
+  EXPECT_TRUE(Changes::exist());
+  DB_Close();
+  EXPECT_FALSE(Changes::exist());
 }
 
 // Another process adds tasks one by one until it is killed. There must be one entry for each task

@@ -1,5 +1,6 @@
 // Tests for the change reporter.
 
+#include "announcement.h"
 #include "changes_test.h"
 #include "ulo/directory_watch.h"
 
@@ -48,6 +49,21 @@ TEST_F(Reporter, AnnouncesBatchAtItsEnd) {
   EXPECT_EQ(reporter_.endBatch("engine"), 0);
   EXPECT_FALSE(watch_.sawChange());
   EXPECT_EQ(reporter_.report(recordOf(5), -1), 0);
+  EXPECT_TRUE(watch_.sawChange());
+}
+
+TEST_F(Reporter, LeavesChangesInTransactionToItsCommit) {
+  {
+    const ulo::UncommittedChanges transaction;
+    EXPECT_EQ(reporter_.report(recordOf(1), -1), 0);
+    EXPECT_FALSE(watch_.sawChange());
+    // Those of another thread are not in it.
+    std::thread([this] { reporter_.report(recordOf(2), -1); }).join();
+    EXPECT_TRUE(watch_.sawChange());
+    ulo::announceCommit(path());
+    EXPECT_TRUE(watch_.sawChange());
+  }
+  EXPECT_EQ(reporter_.report(recordOf(3), -1), 0);
   EXPECT_TRUE(watch_.sawChange());
 }
 

@@ -118,6 +118,7 @@ void Session::begin(int mode) {
   endStaleTransaction();
   connection_.control(Connection::Control::beginWrite);
   inTransaction_ = true;
+  connection_.setUncommitted(true);
 }
 
 bool Session::hasTransactionOfCaller() const {
@@ -132,6 +133,7 @@ void Session::requireTransactionOfCaller() const {
 void Session::commit() {
   requireTransactionOfCaller();
   inTransaction_ = false;
+  connection_.setUncommitted(false);
   const bool fills = connection_.isFilling();
   try {
     if (!connection_.inTransaction())
@@ -159,6 +161,7 @@ void Session::commit() {
 void Session::abort() {
   requireTransactionOfCaller();
   inTransaction_ = false;
+  connection_.setUncommitted(false);
   fillFailure_ = DB_OK;
   connection_.undo(false);
   cache_.checkTables();

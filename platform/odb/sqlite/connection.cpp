@@ -272,6 +272,13 @@ void Connection::committed() noexcept {
   }
 }
 
+void Connection::setUncommitted(bool isUncommitted) noexcept {
+  if (isUncommitted)
+    uncommitted_.emplace();
+  else
+    uncommitted_.reset();
+}
+
 void Connection::announce() const {
   announceCommit(path_);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "announcement.h"
 #include "handle.h"
 #include "reserve.h"
 #include "statement.h"
@@ -9,6 +10,7 @@
 #include <sqlite3.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace ulo::odb {
@@ -51,6 +53,9 @@ public:
   // Returns true if SQLite has a transaction open. SQLite may have ended ours.
   [[nodiscard]] bool inTransaction() const { return sqlite3_get_autocommit(handle_.get()) == 0; }
 
+  // With true, changes that are reported until the next call with false wake nobody.
+  void setUncommitted(bool isUncommitted) noexcept;
+
   // Returns true if no row has been committed yet.
   [[nodiscard]] bool isFilling() const { return lock_.get() >= 0; }
   // Must be called after every commit. Releases the lock when the database has been filled; if that
@@ -87,6 +92,7 @@ private:
   Handle handle_;
   std::unique_ptr<SqlStatement> controls_[7];
   std::unique_ptr<SqlStatement> schemaVersion_;
+  std::optional<UncommittedChanges> uncommitted_;
 };
 
 }  // namespace ulo::odb
