@@ -6,11 +6,11 @@
 
 namespace ulo {
 
-WriteTransaction::WriteTransaction() : result_(DB_Open(storeDatabase)) {
+WriteTransaction::WriteTransaction(Changes changes) : result_(DB_Open(storeDatabase)) {
   opened_ = result_ == DB_OK;
   if (!opened_)
     return;
-  result_ = DB_BeginWrite();
+  result_ = changes == Changes::many ? DB_BeginBulkWrite() : DB_BeginWrite();
   open_ = result_ == DB_OK;
   if (!open_) {
     ULO_LOG_ERROR("The transaction can't begin! [ret=%d]", result_);

@@ -16,9 +16,14 @@ inline constexpr int storeDatabase = 1;
 // Must be used and destroyed in the thread that constructed it.
 class WriteTransaction {
 public:
+  enum class Changes {
+    few,
+    many,  // thousands, each of a few rows; an inner transaction is like the outer one
+  };
+
   // Opens the store's database for this thread and begins the transaction. Blocks while another
   // program or thread holds the write lock, currently up to 10 seconds. A failure is logged.
-  WriteTransaction();
+  explicit WriteTransaction(Changes changes = Changes::few);
   WriteTransaction(const WriteTransaction&) = delete;
   WriteTransaction& operator=(const WriteTransaction&) = delete;
   // Discards what was not committed.

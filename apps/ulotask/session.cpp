@@ -6,7 +6,6 @@
 #include "ulo/data_directory.h"
 #include "ulodb2.h"
 #include "ulodb2_files.h"
-#include "write_transaction.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -90,9 +89,10 @@ QString Session::repetition(unsigned int uid) {
   return ulo::englishText(repetition);
 }
 
-void Session::inTransaction(const std::string& what, const std::function<void()>& work) {
+void Session::inTransaction(const std::string& what, const std::function<void()>& work,
+                            ulo::WriteTransaction::Changes changes) {
   store();
-  ulo::WriteTransaction transaction;
+  ulo::WriteTransaction transaction(changes);
   requireDatabase(transaction.result(), what);
   work();
   requireDatabase(transaction.commit(), what);

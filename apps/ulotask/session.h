@@ -4,6 +4,7 @@
 #include "ZTASK_ENG_Model.h"
 #include "exit_codes.h"
 #include "output.h"
+#include "write_transaction.h"
 
 #include <QString>
 
@@ -27,7 +28,8 @@ public:
   // Runs `work` in one write transaction: everything that it stores is committed, or nothing. An
   // exception of `work` discards the transaction and is rethrown. Throws a Failure if the
   // transaction cannot begin or commit; its message begins with `what`.
-  void inTransaction(const std::string& what, const std::function<void()>& work);
+  void inTransaction(const std::string& what, const std::function<void()>& work,
+                     ulo::WriteTransaction::Changes changes = ulo::WriteTransaction::Changes::few);
 
   // A null name is that of tasks without a category, and differs from an empty one.
   bool hasCategory(const QString& name);

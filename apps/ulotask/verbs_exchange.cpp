@@ -177,7 +177,7 @@ void import(Session& session, const ImportOptions& options) {
   session.store();
   {
     Progress progress("importing", total);
-    session.inTransaction(nothingStored, [&] {
+    const auto storeAll = [&] {
       using Known = ulo::IcalIntake::Known;
       ulo::IcalIntake intake(session.store(), options.addAgain ? Known::addAgain : Known::update);
       for (const CalendarFile& file : files)
@@ -189,7 +189,8 @@ void import(Session& session, const ImportOptions& options) {
         for (Calendar& calendar : file.calendars)
           CalendarImport(session, file.name, std::move(calendar), options.json, stored)
               .store(intake, progress);
-    });
+    };
+    session.inTransaction(nothingStored, storeAll, ulo::WriteTransaction::Changes::many);
   }
   for (const std::string& notice : stored.notices)
     session.output.notice(notice);

@@ -1,10 +1,11 @@
-// Nested writing in one transaction: DB_BeginWrite and DB_EndWrite.
+// Nested writing in one transaction: DB_BeginWrite or DB_BeginBulkWrite, and DB_EndWrite.
 
 #include "log_capture.h"
 #include "one_task.h"
 
 #include <gmock/gmock.h>
 
+#include <filesystem>
 #include <future>
 #include <thread>
 
@@ -12,8 +13,18 @@ namespace {
 
 using testing::ElementsAre;
 
-class WriteState : public OneTask {
+struct Begin {
+  const char* name;
+  int (*function)();
+};
+
+void PrintTo(const Begin& begin, std::ostream* out) {
+  *out << begin.name;
+}
+
+class WriteState : public OneTask, public testing::WithParamInterface<Begin> {
 protected:
+  static int begin() { return GetParam().function(); }
   // Returns the rows that another connection sees.
   static std::vector<std::string> committed() {
     return std::async(std::launch::async,
@@ -27,8 +38,8 @@ protected:
   }
 };
 
-TEST_F(WriteState, CommitsAtEnd) {
-  ASSERT_EQ(DB_BeginWrite(), DB_OK);
+TEST_P(WriteState, CommitsAtEnd) {
+  ASSERT_EQ(begin(), DB_OK);
   EXPECT_EQ(addTask(), DB_OK);
   EXPECT_EQ(addTask(), DB_OK);
   EXPECT_THAT(rowsOf(uidsOfTasks, 1), ElementsAre("1", "2", "3"));
@@ -37,24 +48,24 @@ TEST_F(WriteState, CommitsAtEnd) {
   EXPECT_THAT(committed(), ElementsAre("1", "2", "3"));
 }
 
-TEST_F(WriteState, RollsBackAtEnd) {
-  ASSERT_EQ(DB_BeginWrite(), DB_OK);
+TEST_P(WriteState, RollsBackAtEnd) {
+  ASSERT_EQ(begin(), DB_OK);
   EXPECT_EQ(DB_Exec("%s", removeAllTasks.c_str()), DB_OK);
   EXPECT_EQ(addTask(), DB_OK);
   EXPECT_EQ(DB_EndWrite(0), DB_OK);
   EXPECT_THAT(rowsOf(uidsOfTasks, 1), ElementsAre("1"));
 }
 
-TEST_F(WriteState, OutermostCallDecides) {
-  ASSERT_EQ(DB_BeginWrite(), DB_OK);
-  ASSERT_EQ(DB_BeginWrite(), DB_OK);
+TEST_P(WriteState, OutermostCallDecides) {
+  ASSERT_EQ(begin(), DB_OK);
+  ASSERT_EQ(begin(), DB_OK);
   EXPECT_EQ(addTask(), DB_OK);
   EXPECT_EQ(DB_EndWrite(1), DB_OK);
   EXPECT_EQ(DB_EndWrite(0), DB_OK);
   EXPECT_THAT(committed(), ElementsAre("1"));
 
-  ASSERT_EQ(DB_BeginWrite(), DB_OK);
-  ASSERT_EQ(DB_BeginWrite(), DB_OK);
+  ASSERT_EQ(begin(), DB_OK);
+  ASSERT_EQ(begin(), DB_OK);
   EXPECT_EQ(addTask(), DB_OK);
   EXPECT_EQ(DB_EndWrite(0), DB_OK);
   EXPECT_THAT(committed(), ElementsAre("1"));
@@ -62,10 +73,10 @@ TEST_F(WriteState, OutermostCallDecides) {
   EXPECT_THAT(committed(), ElementsAre("1", "2"));
 }
 
-TEST_F(WriteState, JoinsTransaction) {
+TEST_P(WriteState, JoinsTransaction) {
   ASSERT_EQ(DB_BeginTransaction(0), DB_OK);
   for (const int keep : {0, 1}) {
-    ASSERT_EQ(DB_BeginWrite(), DB_OK);
+    ASSERT_EQ(begin(), DB_OK);
     EXPECT_EQ(addTask(), DB_OK);
     EXPECT_EQ(DB_EndWrite(keep), DB_OK);
     EXPECT_THAT(committed(), ElementsAre("1"));
@@ -74,9 +85,9 @@ TEST_F(WriteState, JoinsTransaction) {
   EXPECT_THAT(committed(), ElementsAre("1", "2", "3"));
 }
 
-TEST_F(WriteState, OutlivesJoinedTransaction) {
+TEST_P(WriteState, OutlivesJoinedTransaction) {
   ASSERT_EQ(DB_BeginTransaction(0), DB_OK);
-  ASSERT_EQ(DB_BeginWrite(), DB_OK);
+  ASSERT_EQ(begin(), DB_OK);
   ASSERT_EQ(DB_CommitTransaction(), DB_OK);
   EXPECT_EQ(addTask(), DB_OK);
   EXPECT_THAT(committed(), ElementsAre("1", "2"));
@@ -84,8 +95,8 @@ TEST_F(WriteState, OutlivesJoinedTransaction) {
   EXPECT_THAT(committed(), ElementsAre("1", "2"));
 }
 
-TEST_F(WriteState, RejectsOtherTransactions) {
-  ASSERT_EQ(DB_BeginWrite(), DB_OK);
+TEST_P(WriteState, RejectsOtherTransactions) {
+  ASSERT_EQ(begin(), DB_OK);
   EXPECT_EQ(addTask(), DB_OK);
   EXPECT_EQ(DB_BeginTransaction(0), DB_TRANSACTION);
   EXPECT_EQ(DB_CommitTransaction(), DB_TRANSACTION);
@@ -97,8 +108,8 @@ TEST_F(WriteState, RejectsOtherTransactions) {
   EXPECT_EQ(DB_AbortTransaction(), DB_OK);
 }
 
-TEST_F(WriteState, NestedReadHasNoEffect) {
-  ASSERT_EQ(DB_BeginWrite(), DB_OK);
+TEST_P(WriteState, NestedReadHasNoEffect) {
+  ASSERT_EQ(begin(), DB_OK);
   ASSERT_EQ(DB_BeginRead(), DB_OK);
   EXPECT_EQ(addTask(), DB_OK);
   ASSERT_EQ(DB_EndRead(), DB_OK);
@@ -106,17 +117,17 @@ TEST_F(WriteState, NestedReadHasNoEffect) {
   EXPECT_THAT(committed(), ElementsAre("1", "2"));
 }
 
-TEST_F(WriteState, FailsWhileReading) {
+TEST_P(WriteState, FailsWhileReading) {
   ASSERT_EQ(DB_BeginRead(), DB_OK);
-  EXPECT_EQ(DB_BeginWrite(), DB_TRANSACTION);
+  EXPECT_EQ(begin(), DB_TRANSACTION);
   EXPECT_EQ(DB_EndWrite(1), DB_TRANSACTION);
   ASSERT_EQ(DB_EndRead(), DB_OK);
-  ASSERT_EQ(DB_BeginWrite(), DB_OK);
+  ASSERT_EQ(begin(), DB_OK);
   EXPECT_EQ(DB_EndWrite(0), DB_OK);
 }
 
-TEST_F(WriteState, ContinuesAfterFailedText) {
-  ASSERT_EQ(DB_BeginWrite(), DB_OK);
+TEST_P(WriteState, ContinuesAfterFailedText) {
+  ASSERT_EQ(begin(), DB_OK);
   EXPECT_EQ(addTask(), DB_OK);
   EXPECT_EQ(DB_Exec("%s$c->del();", removeAllTasks.c_str()), DB_ERROR);
   EXPECT_EQ(addTask(), DB_OK);
@@ -124,11 +135,11 @@ TEST_F(WriteState, ContinuesAfterFailedText) {
   EXPECT_THAT(committed(), ElementsAre("1", "2", "3"));
 }
 
-TEST_F(WriteState, LocksOutOtherWriters) {
-  ASSERT_EQ(DB_BeginWrite(), DB_OK);
+TEST_P(WriteState, LocksOutOtherWriters) {
+  ASSERT_EQ(begin(), DB_OK);
   auto other = std::async(std::launch::async, [] {
     DB_Open(1);
-    const int begun = DB_BeginWrite();
+    const int begun = begin();
     const auto rows = rowsOf(uidsOfTasks, 1);
     DB_EndWrite(0);
     DB_Close();
@@ -139,8 +150,8 @@ TEST_F(WriteState, LocksOutOtherWriters) {
   EXPECT_THAT(other.get(), testing::Contains("1"));
 }
 
-TEST_F(WriteState, IsRolledBackWhenDatabaseIsClosed) {
-  ASSERT_EQ(DB_BeginWrite(), DB_OK);
+TEST_P(WriteState, IsRolledBackWhenDatabaseIsClosed) {
+  ASSERT_EQ(begin(), DB_OK);
   EXPECT_EQ(addTask(), DB_OK);
   ASSERT_EQ(DB_Close(), DB_OK);
   ASSERT_EQ(DB_Open(1), DB_OK);
@@ -148,14 +159,52 @@ TEST_F(WriteState, IsRolledBackWhenDatabaseIsClosed) {
   EXPECT_THAT(rowsOf(uidsOfTasks, 1), ElementsAre("1"));
 }
 
-TEST_F(WriteState, FailsSilently) {
+TEST_P(WriteState, FailsSilently) {
   LogCapture log;
   EXPECT_EQ(DB_EndWrite(1), DB_TRANSACTION);
   std::thread([] {
-    EXPECT_EQ(DB_BeginWrite(), DB_NOT_OPEN);
+    EXPECT_EQ(begin(), DB_NOT_OPEN);
     EXPECT_EQ(DB_EndWrite(1), DB_NOT_OPEN);
   }).join();
   EXPECT_EQ(log.text(), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(All, WriteState,
+                         testing::Values(Begin{"Write", DB_BeginWrite},
+                                         Begin{"BulkWrite", DB_BeginBulkWrite}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+// SQLite opens a temporary file for what undoes a single text as soon as one needs much of it.
+std::size_t openTemporaryFiles() {
+  std::size_t count = 0;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code closed;
+    if (std::filesystem::read_symlink(entry, closed).filename().string().rfind("etilqs_", 0) == 0)
+      ++count;
+  }
+  return count;
+}
+
+class BulkWrite : public OneTask {
+protected:
+  // The last text changes many pages.
+  static void addAndRemoveMany() {
+    for (int i = 0; i < 2000; ++i)
+      ASSERT_EQ(addTask(), DB_OK);
+    ASSERT_EQ(DB_Exec("%s", removeAllTasks.c_str()), DB_OK);
+  }
+};
+
+TEST_F(BulkWrite, NeedsNoTemporaryFile) {
+  ASSERT_EQ(DB_BeginBulkWrite(), DB_OK);
+  addAndRemoveMany();
+  EXPECT_EQ(openTemporaryFiles(), 0U);
+  EXPECT_EQ(DB_EndWrite(1), DB_OK);
+  // The next transaction is an ordinary one.
+  ASSERT_EQ(DB_BeginWrite(), DB_OK);
+  addAndRemoveMany();
+  EXPECT_EQ(openTemporaryFiles(), 1U);
+  EXPECT_EQ(DB_EndWrite(1), DB_OK);
 }
 
 }  // namespace

@@ -255,6 +255,10 @@ int DB_BeginWrite() {
   return quietly([] { session().beginWrite(); });
 }
 
+int DB_BeginBulkWrite() {
+  return quietly([] { session().beginWrite(true); });
+}
+
 int DB_EndWrite(int keep) {
   return quietly([&] { session().endWrite(keep != 0); });
 }

@@ -20,8 +20,8 @@
  * is a child of a process that had closed the database in all of its threads.
  *
  * No function throws. Functions that return int log the reason for a failure, with these
- * exceptions: DB_BeginRead, DB_EndRead, DB_BeginWrite, DB_EndWrite and DB_CSC_MoveNext do not log,
- * and DB_Explain passes the reason to `line`.
+ * exceptions: DB_BeginRead, DB_EndRead, DB_BeginWrite, DB_BeginBulkWrite, DB_EndWrite and
+ * DB_CSC_MoveNext do not log, and DB_Explain passes the reason to `line`.
  *
  * Each change of a row of the task table adds one entry to the journal of changes
  * (change_journal.h), which is committed or discarded together with the row.
@@ -90,6 +90,10 @@ ULO_EXPORT int DB_EndRead(void);
  * began. Fails with DB_TRANSACTION between DB_BeginRead and DB_EndRead, and if the database has
  * already discarded the open transaction. Logs nothing. */
 ULO_EXPORT int DB_BeginWrite(void);
+/* The same for thousands of small changes, such as an import: what undoes a single text, if it
+ * fails, is kept in memory instead of a temporary file, which takes half the time. A text that
+ * changes many rows needs memory, and time, for them. An inner call is one of DB_BeginWrite. */
+ULO_EXPORT int DB_BeginBulkWrite(void);
 /* Ends a write. The outermost call commits if `keep` is not 0, and otherwise discards what was
  * written. Unless it returns DB_OK, nothing is kept. An inner call with `keep` returns
  * DB_TRANSACTION if the database has already discarded the transaction. Returns DB_TRANSACTION if

@@ -110,13 +110,16 @@ void Session::endStaleTransaction() {
     connection_.control(Connection::Control::rollback);
 }
 
-void Session::begin(int mode) {
+void Session::begin(int mode, bool isBulk) {
   if (mode != 0)
     throw Failure(DB_BAD_ARGUMENT, "there is no transaction mode " + std::to_string(mode));
   if (inTransaction_ || readsTransact_)
     throw Failure(DB_TRANSACTION, "a transaction is open already");
   endStaleTransaction();
-  connection_.control(Connection::Control::beginWrite);
+  if (isBulk)
+    connection_.beginBulkWrite();
+  else
+    connection_.control(Connection::Control::beginWrite);
   inTransaction_ = true;
   connection_.setUncommitted(true);
 }
@@ -197,9 +200,9 @@ void Session::endRead() {
   }
 }
 
-void Session::beginWrite() {
+void Session::beginWrite(bool isBulk) {
   if (!inTransaction_) {
-    begin(0);
+    begin(0, isBulk);
     writesTransact_ = true;
   } else if (!connection_.inTransaction()) {
     throw Failure(DB_TRANSACTION, "the transaction has failed before; end it first");

@@ -31,7 +31,7 @@ public:
 
   [[nodiscard]] int database() const { return database_; }
 
-  void begin(int mode);
+  void begin(int mode, bool isBulk = false);
   void commit();
   void abort();
   // True between begin() and the matching commit() or abort().
@@ -41,8 +41,8 @@ public:
   void beginRead();
   void endRead();
 
-  // See DB_BeginWrite in ulodb2.h.
-  void beginWrite();
+  // See DB_BeginWrite and DB_BeginBulkWrite in ulodb2.h.
+  void beginWrite(bool isBulk = false);
   void endWrite(bool keep);
 
   // What a text has returned.

@@ -236,6 +236,21 @@ void Connection::control(Control what) {
   statement.run();
 }
 
+void Connection::beginBulkWrite() {
+  const auto storeIn = [this](const char* place) {
+    SqlStatement(handle_.get(), std::string("PRAGMA temp_store = ") + place).run();
+  };
+  storeIn("MEMORY");
+  try {
+    control(Control::beginWrite);
+  } catch (const Failure&) {
+    storeIn("DEFAULT");
+    throw;
+  }
+  // The transaction has chosen.
+  storeIn("DEFAULT");
+}
+
 void Connection::undo(bool toSavepoint) noexcept {
   if (toSavepoint && inTransaction()) {
     try {
