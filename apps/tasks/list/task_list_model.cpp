@@ -16,10 +16,8 @@ namespace {
 constexpr int rowPage = 32;      // records that are read for rows on the screen
 constexpr int filterPage = 256;  // records that are read for a filter
 constexpr int keptRecords = 1024;
-// In milliseconds: how long a filter reads before it returns to the event loop. The first slice is
-// longer, so that short lists appear at once.
+// In milliseconds: how long a filter goes on reading before it returns to the event loop.
 constexpr qint64 slice = 6;
-constexpr qint64 firstSlice = 30;
 
 bool contains(const ZTASK_ENG_Task& task, const QString& word) {
   const auto has = [&](ZTASK_ENG_Task::TASK_FIELD_T field) {
@@ -92,14 +90,14 @@ TaskListModel::Listing TaskListModel::begin() {
   return listing;
 }
 
-// Reads for one slice of time. Returns the places that pass the filter.
+// Reads for one slice of time, at least one page. Returns the places that pass the filter.
 std::vector<unsigned int> TaskListModel::readSlice(Listing& listing) {
-  const qint64 time = listing.pages.position() == 0 ? firstSlice : slice;
+  const qint64 time = listing.pages.position() == 0 ? firstSlice_ : slice;
   std::vector<unsigned int> found;
   QElapsedTimer timer;
   timer.start();
   ulo::Records page;
-  while (!listing.isWhole() && !timer.hasExpired(time)) {
+  while (!listing.isWhole()) {
     const unsigned int first = listing.pages.position();
     if (const int code = listing.pages.next(store_, filterPage, page); code != TASK_ENG_OK) {
       code_ = code;
@@ -109,6 +107,8 @@ std::vector<unsigned int> TaskListModel::readSlice(Listing& listing) {
     for (unsigned int i = 0; i < page.count(); ++i)
       if (filter_.passes(page[i]) && !hidden_.contains(listing.uidAt(first + i)))
         found.push_back(first + i);
+    if (timer.hasExpired(time))
+      break;
   }
   return found;
 }

@@ -56,6 +56,9 @@ public:
   [[nodiscard]] const ListFilter& filter() const { return filter_; }
   // Whether more rows may follow.
   [[nodiscard]] bool isReading() const { return !shown_.isWhole() || coming_.has_value(); }
+  // How long a filter reads at first, before it returns to the event loop, in milliseconds. The
+  // default is long enough for short lists to appear at once.
+  void setFirstSlice(qint64 milliseconds) { firstSlice_ = milliseconds; }
   // The store's result for the last reading of the list. Unless it is TASK_ENG_OK, reading has
   // ended.
   [[nodiscard]] int storeCode() const { return code_; }
@@ -127,6 +130,7 @@ private:
   bool isOld_ = false;             // the store has changed since that was begun
   mutable QCache<unsigned int, ZTASK_ENG_Task> records_;
   int code_ = TASK_ENG_OK;
+  qint64 firstSlice_ = 30;
   QTimer reading_;
 };
 

@@ -307,6 +307,7 @@ TEST_F(List, DeletesNothingWhileSelectAllIsRunning) {
            "revision, categoryUid) select printf('task %05d', i), '', 1, 5, 1000000 + i, "
            "2147483647, 2147483647, 0, 1 from n");
   open();
+  model_->setFirstSlice(0);
   model_->setFilter({{"9"}, {}});
   ASSERT_TRUE(model_->isReading());
   take(listMenu::selectMultiple);
