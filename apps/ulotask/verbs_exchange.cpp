@@ -69,11 +69,14 @@ struct Stored {
     unsigned int uid;
     ulo::ShortenedText text;
   };
+  struct Listed {
+    unsigned int uid;
+    JsonExtras extras;
+  };
   std::vector<std::string> notices;  // of the calendars
   std::vector<Shortened> shortened;
   std::vector<std::string> lines;
-  TaskArray array;
-  std::string json;
+  std::vector<Listed> listed;  // tasks to be printed as JSON
 };
 
 struct TakenEntry {
@@ -127,8 +130,7 @@ private:
       stored_.shortened.push_back({&file_, taken.uid, text});
     if (!json_ || taken.how == ulo::Taken::repeated)
       return;
-    stored_.json +=
-        stored_.array.add(session_.task(taken.uid), {repeats, entryOf(taken.how).jsonWord});
+    stored_.listed.push_back({taken.uid, {repeats, entryOf(taken.how).jsonWord}});
   }
 
   static const TakenEntry& entryOf(ulo::Taken how) {
@@ -162,6 +164,21 @@ private:
   Stored& stored_;
   std::map<ulo::Taken, ShownUids> uids_;
 };
+
+// Leaves out tasks that another program has removed since they were stored.
+void printJson(Session& session, const std::vector<Stored::Listed>& listed) {
+  const ReadSnapshot snapshot;
+  TaskArray array;
+  for (const Stored::Listed& each : listed) {
+    ZTASK_ENG_Task task;
+    const int code = session.store().getTask(each.uid, task);
+    if (code == TASK_ENG_NOT_FOUND)
+      continue;
+    require(code, "reading task " + std::to_string(each.uid));
+    session.output.write(array.add(task, each.extras));
+  }
+  session.output.write(array.end());
+}
 
 void import(Session& session, const ImportOptions& options) {
   // The store is locked only after everything has been examined.
@@ -199,10 +216,8 @@ void import(Session& session, const ImportOptions& options) {
                           sentence(each.text));
   for (const std::string& line : stored.lines)
     session.output.line(line);
-  if (options.json) {
-    session.output.write(stored.json);
-    session.output.write(stored.array.end());
-  }
+  if (options.json)
+    printJson(session, stored.listed);
 }
 
 struct ExportOptions {
