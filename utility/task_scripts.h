@@ -463,24 +463,34 @@ inline constexpr char tasksWhere[] =
 
 // A page of all tasks in the order of their UIDs. Parameter 0: the UID of the task in front of the
 // page, or 0; 1: the number of tasks.
-inline constexpr char tasksAfter[] =
-    ULO_DECLARE_PLAIN_TASK
-    "int $count = 0;\n"
-    "bool $more = true;\n"
-    "cursor $c = open_cursor('task_table_task');\n"
-    "tuple $key = $c->new_empty_key_tuple();\n"
-    "$key->set_field('UID', :0);\n"
-    "if (:0 > 0) {\n"
-    "$more = $c->find($key);\n"
-    "};\n"
-    "if ($more) {\n"
-    "$more = $c->move_next();\n"
-    "};\n"
-    "while ($more && $count < :1) {\n"
-    ULO_PUT_PLAIN_TASK
-    "$count = $count + 1;\n"
-    "$more = $c->move_next();\n"
-    "};";
+#define ULO_PAGE_BY_UID(declarations, put)                                                         \
+    declarations                                                                                   \
+    "int $count = 0;\n"                                                                            \
+    "bool $more = true;\n"                                                                         \
+    "cursor $c = open_cursor('task_table_task');\n"                                                \
+    "tuple $key = $c->new_empty_key_tuple();\n"                                                    \
+    "$key->set_field('UID', :0);\n"                                                                \
+    "if (:0 > 0) {\n"                                                                              \
+    "$more = $c->find($key);\n"                                                                    \
+    "};\n"                                                                                         \
+    "if ($more) {\n"                                                                               \
+    "$more = $c->move_next();\n"                                                                   \
+    "};\n"                                                                                         \
+    "while ($more && $count < :1) {\n"                                                             \
+    put                                                                                            \
+    "$count = $count + 1;\n"                                                                       \
+    "$more = $c->move_next();\n"                                                                   \
+    "};"
+inline constexpr char tasksAfter[] = ULO_PAGE_BY_UID(ULO_DECLARE_PLAIN_TASK, ULO_PUT_PLAIN_TASK);
+struct UidUuid {
+  enum Column { uid, uuid };
+};
+inline constexpr char uuidsAfter[] = ULO_PAGE_BY_UID(
+    "sml:declare schema found (uid integer, uuid unicode);\n"
+    "declare buffer schema found;\n",
+    "buffer_put(uid, $c->get_field('UID'));\n"
+    "buffer_put(uuid, $c->get_field('uuid'));\n"
+    "buffer_move_next();\n");
 
 // The names of all categories.
 inline constexpr char categoryNames[] =
@@ -493,6 +503,7 @@ inline constexpr char categoryNames[] =
     "buffer_move_next();\n"
     "};";
 
+#undef ULO_PAGE_BY_UID
 #undef ULO_FILTERED_PAGE
 #undef ULO_PAGE_END
 #undef ULO_PAGE_TASK
