@@ -1,6 +1,7 @@
 #include "app_lock.h"
 
 #include "file_lock.h"
+#include "lock_functions.h"
 #include "module_log.h"
 #include "ulo/descriptor.h"
 
@@ -15,7 +16,6 @@
 #include <cstring>
 
 #include <fcntl.h>
-#include <sodium.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -31,14 +31,10 @@ struct AppLock::Record {
 
 namespace {
 
-// Cost of a hash, as libsodium recommends for interactive use. They are fixed: a file with other
-// values counts as damaged, so that it cannot make a check use up all memory.
-constexpr unsigned long long passes = 2;
-constexpr std::size_t memory = 64UL * 1024 * 1024;
-
 constexpr std::size_t largestFile = 4096;  // a valid one has about 250 bytes
 constexpr double largestTime = 1e15;       // in milliseconds; a JSON number holds it exactly
 constexpr int mostFailures = 1'000'000;
+constexpr char noLibrary[] = "the library for codes can't be used";
 
 // How long to wait for another process that locks the directory.
 constexpr milliseconds patience{2000};
@@ -77,11 +73,6 @@ std::optional<QByteArray> fileBytes(const std::string& path, int& reason) {
   return bytes;
 }
 
-bool isHash(const std::string& text) {
-  return text.rfind("$argon2id$", 0) == 0 && text.size() < crypto_pwhash_STRBYTES &&
-         crypto_pwhash_str_needs_rehash(text.c_str(), passes, memory) == 0;
-}
-
 // Returns true for an integer from 0 to `largest`.
 bool isCount(const QJsonValue& value, double largest) {
   const double number = value.toDouble(-1);
@@ -100,8 +91,8 @@ milliseconds waitAfter(int failures) {
 }  // namespace
 
 AppLock::State AppLock::read(Record& record) const {
-  if (directory_.empty() || sodium_init() < 0) {
-    logFailure("read", fileName, "there is no data directory, or libsodium fails");
+  if (directory_.empty()) {
+    logFailure("read", fileName, "there is no data directory");
     return State::damaged;
   }
   int reason = 0;
@@ -112,9 +103,14 @@ AppLock::State AppLock::read(Record& record) const {
     logFailure("read", path(), reason == EBADMSG ? "it is damaged" : std::strerror(reason));
     return State::damaged;
   }
+  const LockFunctions* functions = lockFunctions();
+  if (functions == nullptr) {
+    logFailure("read", path(), noLibrary);
+    return State::damaged;
+  }
   const QJsonObject object = QJsonDocument::fromJson(*bytes).object();
   record.hash = object["hash"].toString().toStdString();
-  if (!isHash(record.hash) || !isCount(object["failures"], mostFailures) ||
+  if (!functions->isHash(record.hash.c_str()) || !isCount(object["failures"], mostFailures) ||
       !object["boot"].isString() || !isCount(object["last"], largestTime)) {
     logFailure("read", path(), "it is damaged");
     return State::damaged;
@@ -196,8 +192,8 @@ AppLock::Result AppLock::check(const LockCode& code) {
   std::string hash;
   if (const std::optional<Result> answer = beginAttempt(hash))
     return *answer;
-  errno = 0;
-  const bool right = crypto_pwhash_str_verify(hash.c_str(), code.data(), code.size()) == 0;
+  // Open, because the lock has been read.
+  const bool right = lockFunctions()->matches(hash.c_str(), code.data(), code.size());
   if (!right && errno != EINVAL) {
     logFailure("checked", path(), std::strerror(errno));
     return {Answer::failed, endAttempt(false)};
@@ -207,9 +203,13 @@ AppLock::Result AppLock::check(const LockCode& code) {
 
 bool AppLock::set(const LockCode& code) {
   Record record;
-  std::array<char, crypto_pwhash_STRBYTES> hash{};
-  if (directory_.empty() || sodium_init() < 0 ||
-      crypto_pwhash_str(hash.data(), code.data(), code.size(), passes, memory) != 0) {
+  LockHash hash{};
+  const LockFunctions* functions = lockFunctions();
+  if (functions == nullptr) {
+    logFailure("set", fileName, noLibrary);
+    return false;
+  }
+  if (directory_.empty() || !functions->hash(code.data(), code.size(), hash)) {
     logFailure("set", fileName, "there is no data directory, or too little memory");
     return false;
   }

@@ -2,13 +2,13 @@
 
 #include <QStringEncoder>
 
-#include <sodium.h>
+#include <cstring>
 
 namespace ulo {
 
 void wipe(QString& text) {
   if (!text.isEmpty())
-    sodium_memzero(text.data(), static_cast<std::size_t>(text.size()) * sizeof(QChar));
+    explicit_bzero(text.data(), static_cast<std::size_t>(text.size()) * sizeof(QChar));
   text.resize(0);
 }
 
@@ -24,11 +24,11 @@ LockCode::LockCode(QString& text) {
 }
 
 LockCode::~LockCode() {
-  sodium_memzero(bytes_.data(), bytes_.size());
+  explicit_bzero(bytes_.data(), bytes_.size());
 }
 
 bool operator==(const LockCode& one, const LockCode& other) {
-  return sodium_memcmp(one.bytes_.data(), other.bytes_.data(), one.bytes_.size()) == 0;
+  return one.bytes_ == other.bytes_;
 }
 
 }  // namespace ulo

@@ -3,6 +3,7 @@
 #include "ulotask_runner.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -33,6 +34,23 @@ TEST_F(Lock, StoresNoReadableCode) {
   struct stat status {};
   ASSERT_EQ(stat(path("data/lock.json").c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777U, 0600U);
+}
+
+TEST_F(Lock, CountsAsDamagedWithoutLibraryForCodes) {
+  environment_["ULO_LOG"] = "stderr";
+  hideLibrary("libulolock.so");
+  EXPECT_EQ(status(), "There is no lock.\n");
+  const Outcome setting = ulotask({"lock", "set"}, "1234\n");
+  EXPECT_EQ(setting.code, 1);
+  EXPECT_THAT(setting.err, HasSubstr("libulolock.so can't be used"));
+  EXPECT_NE(access(path("data/lock.json").c_str(), F_OK), 0);
+  environment_.erase("LD_PRELOAD");
+  set("1234");
+  hideLibrary("libulolock.so");
+  const Outcome clearing = ulotask({"lock", "clear"}, "1234\n");
+  EXPECT_EQ(clearing.code, 1);
+  EXPECT_THAT(clearing.err, HasSubstr("the lock can't be read; the log says why"));
+  EXPECT_EQ(access(path("data/lock.json").c_str(), F_OK), 0);
 }
 
 TEST_F(Lock, IsChangedOnlyWithPresentCode) {

@@ -45,7 +45,7 @@ inline const std::vector<Room> allRooms = {
      {"qt2", "system", "log", "util", "channel", "appbase"},
      qt | widgets},
     // The lock without its dialog, which the command line uses, too.
-    {"lock code", "platform/security/lock_", {}, qt},
+    {"lock code", "platform/security/lock_", {"qt2", "log"}, qt},
     {"app lock", "platform/security/app_lock", {"system", "log", "lock code"}, qt},
     {"security",
      "platform/security/",

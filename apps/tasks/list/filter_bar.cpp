@@ -26,11 +26,13 @@ FilterBar::FilterBar(QWidget* parent)
   const QString search = ulo::text("TXT_RID_STANDARD_SEARCH", "Search");
   search_->setPlaceholderText(search);
   search_->setAccessibleName(search);
-  search_->setClearButtonEnabled(true);
   search_->setMinimumSize(0, ulo::touchHeight(this));
   search_->installEventFilter(this);
   category_->setAccessibleName(ulo::text("TXT_RID_STANDARD_CATEGORY", "Category"));
   setCategories({});
+  // Not before there is a text to clear: the button's icon makes Qt load all of its plug-ins for
+  // image formats.
+  connect(search_, &QLineEdit::textChanged, this, [this] { search_->setClearButtonEnabled(true); });
   connect(search_, &QLineEdit::textChanged, this, &FilterBar::changed);
   connect(category_, &QComboBox::currentIndexChanged, this, &FilterBar::changed);
 }

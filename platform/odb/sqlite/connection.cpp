@@ -227,10 +227,13 @@ SqlStatement& Connection::prepared(Control what) {
 }
 
 void Connection::control(Control what) {
-  if (what == Control::beginRead || what == Control::beginWrite || what == Control::save)
-    for (const Control end :
-         {Control::commit, Control::rollback, Control::release, Control::rollbackToSave})
-      prepared(end);
+  if (what == Control::beginRead || what == Control::beginWrite) {
+    prepared(Control::commit);
+    prepared(Control::rollback);
+  } else if (what == Control::save) {
+    prepared(Control::release);
+    prepared(Control::rollbackToSave);
+  }
   SqlStatement& statement = prepared(what);
   const ResetAtEnd reset(statement);
   statement.run();

@@ -36,7 +36,7 @@ public:
   [[nodiscard]] sqlite3* handle() const { return handle_.get(); }
 
   // Begins or ends a transaction. Throws Failure. A begin prepares the statements needed to end the
-  // transaction, so that lack of memory cannot keep it open.
+  // transaction or the savepoint, so that lack of memory cannot keep it open.
   enum class Control { beginRead, beginWrite, commit, rollback, save, release, rollbackToSave };
   void control(Control what);
   // Begins a write transaction that keeps what undoes a single statement in memory.

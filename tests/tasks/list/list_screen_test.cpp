@@ -185,6 +185,21 @@ TEST_F(List, EscapeEndsFilterWithoutMatches) {
   EXPECT_TRUE(list_->hasFocus());
 }
 
+TEST_F(List, ClearsSearchWithButtonBesideText) {
+  add("a");
+  add("b");
+  open();
+  const auto* line = screen_->findChild<QLineEdit*>();
+  EXPECT_EQ(line->findChild<QToolButton*>(), nullptr);
+  type("a");
+  EXPECT_THAT(rows(), ElementsAre("a"));
+  auto* button = line->findChild<QToolButton*>();
+  ASSERT_NE(button, nullptr);
+  EXPECT_TRUE(button->isVisible());
+  button->click();
+  EXPECT_THAT(rows(), ElementsAre("b", "a"));
+}
+
 TEST_F(List, DeletesAndRestoresFoundTasks) {
   const unsigned int uid = add("banana");
   add("bank");
