@@ -69,6 +69,10 @@ if(ULO_HARDENING)
     $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE$<SEMICOLON>-D_FORTIFY_SOURCE=2>)
   add_link_options(-Wl,-z,relro -Wl,-z,now)
 endif()
+# Lets the linker leave out functions that a program does not call (--gc-sections).
+if(CMAKE_BUILD_TYPE MATCHES "^(Release|None|)$")
+  add_compile_options(-ffunction-sections -fdata-sections)
+endif()
 # Makes executables position-independent, too, where the compiler does not do so by itself.
 include(CheckPIESupported)
 check_pie_supported()
