@@ -1,6 +1,7 @@
 // Preloaded into obexd on machines without a radio. Redirects its RFCOMM connections, to any device
 // and channel, to the local socket that $ULO_TEST_RFCOMM names, and makes local sockets look like
-// RFCOMM sockets.
+// RFCOMM sockets. Reports the user of the tests as logged in on a seat, because new versions of
+// obexd serve no other user.
 
 #include <cerrno>
 #include <cstddef>
@@ -92,4 +93,17 @@ EXPORTED int getsockname(int fd, sockaddr* address, socklen_t* size) noexcept {
 
 EXPORTED int getpeername(int fd, sockaddr* address, socklen_t* size) noexcept {
   return nameSocket("getpeername", fd, address, size);
+}
+
+EXPORTED int sd_uid_get_state(uid_t /*user*/, char** state) {
+  *state = strdup("active");
+  return 0;
+}
+
+EXPORTED int sd_uid_get_seats(uid_t /*user*/, int /*require_active*/, char*** seats) {
+  if (seats != nullptr) {
+    *seats = static_cast<char**>(std::calloc(2, sizeof(char*)));
+    (*seats)[0] = strdup("seat0");
+  }
+  return 1;
 }
