@@ -57,9 +57,10 @@ protected:
     return {uids.begin(), uids.end()};
   }
 
-  // Processes events until the condition holds. Returns false after half a minute.
+  // Processes events until the condition holds. Returns false after two minutes: an emulated
+  // processor reads tens of thousands of tasks in about one.
   static bool waitFor(const std::function<bool()>& condition) {
-    return QTest::qWaitFor(condition, 30'000);
+    return QTest::qWaitFor(condition, 120'000);
   }
 
   DataDirectory directory_;
