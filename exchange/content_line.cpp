@@ -1,5 +1,7 @@
 #include "content_line.h"
 
+#include "well_formed.h"
+
 #include <QByteArray>
 #include <QStringDecoder>
 
@@ -7,6 +9,7 @@
 #include <charconv>
 #include <initializer_list>
 #include <system_error>
+#include <utility>
 
 namespace ulo {
 namespace {
@@ -339,17 +342,7 @@ QString asWritten(const QString& text) {
     result.remove(QChar(0));
   if (result.contains(u'\r'))
     result.replace("\r\n", "\n").replace(u'\r', u'\n');
-  if (!result.isValidUtf16()) {
-    for (qsizetype i = 0; i < result.size(); ++i) {
-      if (!result[i].isSurrogate())
-        continue;
-      if (result[i].isHighSurrogate() && i + 1 < result.size() && result[i + 1].isLowSurrogate())
-        ++i;
-      else
-        result[i] = QChar(QChar::ReplacementCharacter);
-    }
-  }
-  return result;
+  return wellFormed(std::move(result), QChar::ReplacementCharacter);
 }
 
 std::size_t firstValueLength(std::string_view list) {

@@ -6,8 +6,7 @@
 #include "ZTASK_ENG_Task.h"
 #include "codec_log.h"
 #include "module_log.h"
-
-#include <QStringDecoder>
+#include "well_formed.h"
 
 #include <array>
 #include <cstdio>
@@ -137,11 +136,9 @@ bool isWritable(const QString& text) {
 }
 
 QString wellFormedText(const QString& text) {
-  const QByteArray utf8 = text.toUtf8();
-  if (utf8.isEmpty() || utf8.front() == '\0')
+  if (text.isEmpty() || text.front().isNull())
     return QString();
-  // QString::fromUtf8 would drop a byte order mark at the beginning.
-  return QStringDecoder(QStringDecoder::Utf8, QStringDecoder::Flag::ConvertInitialBom)(utf8);
+  return wellFormed(text, u'?');
 }
 
 QByteArray encodeText(const QString& text) {

@@ -2,6 +2,7 @@
 
 #include "foreign_text.h"
 #include "module_log.h"
+#include "well_formed.h"
 
 #include <QDir>
 #include <QFile>
@@ -49,7 +50,7 @@ std::unique_ptr<QTemporaryDir> makeDirectory() {
 
 QString objectFileName(const QString& name) {
   // A file name must not contain an unpaired surrogate.
-  QString safe = name.isValidUtf16() ? name : QString::fromUtf8(name.toUtf8());
+  QString safe = wellFormed(name, u'?');
   std::replace_if(
       safe.begin(), safe.end(),
       [](QChar c) { return c == u'/' || c.category() == QChar::Other_Control; }, u'_');

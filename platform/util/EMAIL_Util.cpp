@@ -1,6 +1,7 @@
 #include "EMAIL_Util.h"
 
 #include "module_log.h"
+#include "well_formed.h"
 
 #include <QStringDecoder>
 
@@ -95,18 +96,8 @@ bool hasSurrogates(const QString& text) {
 }
 
 // Returns the text with each unpaired surrogate replaced by U+FFFD.
-QString wellFormed(QString text) {
-  if (!hasSurrogates(text))
-    return text;
-  for (qsizetype i = 0; i < text.size(); ++i) {
-    const QChar unit = std::as_const(text)[i];
-    if (unit.isHighSurrogate() && i + 1 < text.size() &&
-        std::as_const(text)[i + 1].isLowSurrogate())
-      ++i;
-    else if (unit.isSurrogate())
-      text[i] = QChar::ReplacementCharacter;
-  }
-  return text;
+QString withReplacements(const QString& text) {
+  return hasSurrogates(text) ? ulo::wellFormed(text, QChar::ReplacementCharacter) : text;
 }
 
 // Returns true if quoted-printable text contains the character as it is, wherever it stands.
@@ -136,7 +127,7 @@ bool EMAIL_Util::encWithCharset(QCString& bytes, const QString& text, int charse
     return false;
   if (text.isNull())
     return true;
-  const QString clean = wellFormed(text);
+  const QString clean = withReplacements(text);
   const QByteArray utf8 = clean.toUtf8();
   // UTF-8 can encode every text, but an initial byte order mark would be lost when reading.
   if (charset == charsetUtf8 && !text.startsWith(QChar::ByteOrderMark)) {
