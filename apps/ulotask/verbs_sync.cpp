@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::size_t largestItem = std::size_t{1} << 24U;  // bytes
 
-std::string standardInput() {
+std::string wholeInput() {
   return readFile("-", largestItem);
 }
 
@@ -93,12 +93,12 @@ void addSyncVerbs(Verb& program, Session& session) {
   addItemVerb(verb, session, "put", "Add the first to-do of a text; prints its UID", false,
               [](Session& s, TASK_ENG_SyncML& adaptor, unsigned int) {
                 unsigned int uid = 0;
-                requireSync(adaptor.addEvent(standardInput(), uid), "adding the item");
+                requireSync(adaptor.addEvent(wholeInput(), uid), "adding the item");
                 s.output.line(std::to_string(uid));
               });
   addItemVerb(verb, session, "replace", "Store the first to-do of a text over a task", true,
               [](Session&, TASK_ENG_SyncML& adaptor, unsigned int uid) {
-                requireSync(adaptor.updateEvent(standardInput(), uid), "replacing the task");
+                requireSync(adaptor.updateEvent(wholeInput(), uid), "replacing the task");
               });
   addItemVerb(verb, session, "rm", "Remove a task", true,
               [](Session&, TASK_ENG_SyncML& adaptor, unsigned int uid) {
