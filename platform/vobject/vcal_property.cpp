@@ -354,7 +354,7 @@ const Header& HeaderParser::parse(std::string_view text) {
   if (const auto found = known_.find(text); found != known_.end())
     return found->second;
   other_ = parseHeader(text);
-  if (text.size() > longestKnown || known_.size() == mostKnown)
+  if (++parsed_ <= forgotten || text.size() > longestKnown || known_.size() == mostKnown)
     return other_;
   return known_.emplace(text, other_).first->second;
 }

@@ -27,7 +27,7 @@ struct Header {
 };
 [[nodiscard]] Header parseHeader(std::string_view text);
 
-// Parses headers. Remembers them, because the to-dos of a text have the same ones.
+// Parses headers. Remembers those of longer texts, because their to-dos have the same ones.
 class HeaderParser {
 public:
   [[nodiscard]] const Header& parse(std::string_view text);
@@ -39,10 +39,12 @@ private:
       return std::hash<std::string_view>()(text);
     }
   };
+  static constexpr std::size_t forgotten = 16;  // headers of a short text
   static constexpr std::size_t mostKnown = 64;
   static constexpr std::size_t longestKnown = 128;  // bytes
   std::unordered_map<std::string, Header, Hash, std::equal_to<>> known_;
   Header other_;
+  std::size_t parsed_ = 0;
 };
 
 // Compares two words, ignoring the case of ASCII letters.
