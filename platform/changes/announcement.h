@@ -13,7 +13,7 @@ namespace ulo {
 ULO_EXPORT void announceCommit(const std::string& file) noexcept;
 
 // While one exists, the changes of its thread belong to an open transaction, whose commit will be
-// announced. Changes that are reported until then wake nobody, because nobody could read them.
+// announced. Until then, the reporter announces none of them: no other program could read them.
 class ULO_EXPORT UncommittedChanges {
 public:
   UncommittedChanges() noexcept;

@@ -141,7 +141,7 @@ TEST_F(Journal, AnnouncesCommits) {
   EXPECT_FALSE(watch.sawChange());
 }
 
-// The reporter wakes nobody within a transaction, and again after it, however it ends.
+// The reporter must announce nothing within a transaction, and everything after it.
 TEST_F(Journal, TellsReporterOfTransactions) {
   using Changes = ulo::UncommittedChanges;
   EXPECT_FALSE(Changes::exist());

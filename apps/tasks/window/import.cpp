@@ -117,7 +117,7 @@ void Import::storeSome() {
   QElapsedTimer timer;
   timer.start();
   while (storeNext())
-    // What is stored last is reported with the result.
+    // The last slice is reported by ended().
     if (next_ < waiting_.size() && timer.hasExpired(slice)) {
       Q_EMIT progressed(static_cast<unsigned int>(next_),
                         static_cast<unsigned int>(waiting_.size()));

@@ -250,7 +250,7 @@ void Connection::beginBulkWrite() {
     storeIn("DEFAULT");
     throw;
   }
-  // The transaction has chosen.
+  // SQLite reads the setting when a transaction begins.
   storeIn("DEFAULT");
 }
 

@@ -55,7 +55,7 @@ public:
   // Returns true if SQLite has a transaction open. SQLite may have ended ours.
   [[nodiscard]] bool inTransaction() const { return sqlite3_get_autocommit(handle_.get()) == 0; }
 
-  // With true, changes that are reported until the next call with false wake nobody.
+  // Until the next call with false, the reporter announces no changes (see UncommittedChanges).
   void setUncommitted(bool isUncommitted) noexcept;
 
   // Returns true if no row has been committed yet.
