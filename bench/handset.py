@@ -271,7 +271,12 @@ def size_table():
         glob.glob("/usr/lib/*/ulotaskengine/*/libulo*.so")
     programs = [f"/usr/bin/{name}" for name in ("ulotask", "ulo-tasks", "ulo-action")]
     files = sorted(path for path in libraries if not os.path.islink(path)) + programs
-    return report_text.table(
+    if not os.path.isdir(ARMHF):
+        return report_text.table(
+            ["file", "amd64"], [[os.path.basename(path), size_of(path)] for path in files])
+    note = ("Those for armhf are cross-compiled with the preset `armhf`, which does not harden "
+            "them.\n\n")
+    return note + report_text.table(
         ["file", "amd64", "armhf"],
         [[name, size_of(path), size_of(os.path.join(ARMHF, name))]
          for path, name in ((path, os.path.basename(path)) for path in files)])
@@ -286,7 +291,7 @@ What the programs need beside other programs for to-dos, in a minimal Debian 12 
 
 {package_table()}
 
-The files of the packages with code. Those for armhf are cross-compiled with the preset `armhf`, which does not harden them.
+The files of the packages with code.
 
 {size_table()}
 
