@@ -174,7 +174,7 @@ INSTANTIATE_TEST_SUITE_P(All, WriteState,
                                          Begin{"BulkWrite", DB_BeginBulkWrite}),
                          [](const auto& info) { return std::string(info.param.name); });
 
-// SQLite opens a temporary file for what undoes a single text as soon as one needs much of it.
+// SQLite opens a temporary file as soon as the data for undoing a single text becomes large.
 std::size_t openTemporaryFiles() {
   std::size_t count = 0;
   for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {

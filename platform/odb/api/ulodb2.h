@@ -90,9 +90,9 @@ ULO_EXPORT int DB_EndRead(void);
  * began. Fails with DB_TRANSACTION between DB_BeginRead and DB_EndRead, and if the database has
  * already discarded the open transaction. Logs nothing. */
 ULO_EXPORT int DB_BeginWrite(void);
-/* The same for thousands of small changes, such as an import: what undoes a single text, if it
- * fails, is kept in memory instead of a temporary file, which takes half the time. A text that
- * changes many rows needs memory, and time, for them. An inner call is one of DB_BeginWrite. */
+/* The same for thousands of small changes, such as an import. The data for undoing a single text
+ * that fails is kept in memory, which is faster than the usual temporary file. A text that changes
+ * many rows needs memory, and time, for them. An inner call is one of DB_BeginWrite. */
 ULO_EXPORT int DB_BeginBulkWrite(void);
 /* Ends a write. The outermost call commits if `keep` is not 0, and otherwise discards what was
  * written. Unless it returns DB_OK, nothing is kept. An inner call with `keep` returns

@@ -39,7 +39,7 @@ public:
   // transaction or the savepoint, so that lack of memory cannot keep it open.
   enum class Control { beginRead, beginWrite, commit, rollback, save, release, rollbackToSave };
   void control(Control what);
-  // Begins a write transaction that keeps what undoes a single statement in memory.
+  // Begins a write transaction that keeps the data for undoing a single statement in memory.
   void beginBulkWrite();
   // Rolls back to the savepoint, or the whole transaction, which also ends if the savepoint cannot
   // be rolled back. Does nothing without a transaction.
