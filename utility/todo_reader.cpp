@@ -57,6 +57,7 @@ bool isNamed(VObject* object, const char* name) {
   return own != nullptr && std::strcmp(own, name) == 0;
 }
 
+// Null if memory is short.
 QCString valueOf(VObject* property) {
   const std::unique_ptr<char, decltype(&vobject::release)> value(
       vobject::vObjectUStringZValue(property), &vobject::release);
@@ -106,14 +107,19 @@ QCString charsetOf(VObject* property) {
 }
 
 // Reads one to-do. Calls `undecoded` with the field of each text that is not valid in its character
-// set. Returns null if memory is short.
+// set. If memory is short, returns null, or sets `valueIsLost` and goes on without the value.
 template <typename Undecoded>
-std::unique_ptr<Task> toTaskRec(VObject* todo, const Undecoded& undecoded) {
+std::unique_ptr<Task> toTaskRec(VObject* todo, const Undecoded& undecoded, bool& valueIsLost) {
   std::unique_ptr<Task> task(new (std::nothrow) Task);
   if (task == nullptr) {
     codec_log::recordNotAllocated();
     return nullptr;
   }
+  const auto valueOrLoss = [&](VObject* property) {
+    QCString value = valueOf(property);
+    valueIsLost |= value.isNull();
+    return value;
+  };
   const auto setText = [&](Task::TASK_FIELD_T field, VObject* property, const QCString& value) {
     QString text;
     if (!decodeCharset(value, charsetOf(property), text))
@@ -122,7 +128,7 @@ std::unique_ptr<Task> toTaskRec(VObject* todo, const Undecoded& undecoded) {
   };
   forEachProperty(todo, [&](VObject* property) {
     const char* name = vobject::vObjectName(property);
-    const QCString value = valueOf(property);
+    const QCString value = valueOrLoss(property);
     if (name == nullptr || *name == '\0' || value.isEmpty())
       return true;
     const auto* known = std::find_if(
@@ -155,7 +161,7 @@ std::unique_ptr<Task> toTaskRec(VObject* todo, const Undecoded& undecoded) {
       forEachProperty(property, [&](VObject* field) {
         if (isNamed(field, "RUNTIME"))
           task->setDateTime(Task::TASK_FIELD_ALARM,
-                            UTIL_TimeConversion::fromISO8601(valueOf(field)));
+                            UTIL_TimeConversion::fromISO8601(valueOrLoss(field)));
         return true;
       });
       break;
@@ -206,10 +212,14 @@ bool TodoReader::readPart(std::vector<std::unique_ptr<Task>>& tasks, ReadReport&
   if (isPart) {
     hasParsed_ = first != nullptr;
     const auto take = [&](VObject* todo) {
-      std::unique_ptr<Task> task = toTaskRec(todo, [&](Task::TASK_FIELD_T field) {
+      bool valueIsLost = false;
+      const auto undecoded = [&](Task::TASK_FIELD_T field) {
         if (report.undecoded.size() < loggedLimit)
           report.undecoded.push_back({todos_, field});
-      });
+      };
+      std::unique_ptr<Task> task = toTaskRec(todo, undecoded, valueIsLost);
+      if (valueIsLost)
+        report.failure = ReadFailure::memory;
       if (task == nullptr) {
         codec_log::todoNotRead();
         report.failure = ReadFailure::memory;
@@ -278,7 +288,8 @@ bool TodoSlices::next(std::vector<std::unique_ptr<ZTASK_ENG_Task>>& tasks) {
     return false;
   if (!state_->library)
     state_->library.emplace();
-  const bool isRead = state_->reader.readPart(tasks, state_->report);
+  const bool isRead =
+      state_->reader.readPart(tasks, state_->report) && state_->report.failure == ReadFailure::none;
   if (!isRead) {
     state_->library.reset();
     tasks.clear();
@@ -291,7 +302,10 @@ TodosRead readTodos(std::string_view text) {
   if (reader.report().problem != TextProblem::none)
     return {{}, {ReadFailure::text, reader.report(), {}}};
   const vobject::Library library;
-  return reader.read();
+  TodosRead result = reader.read();
+  if (result.report.failure == ReadFailure::memory)
+    result.tasks.clear();
+  return result;
 }
 
 }  // namespace ulo

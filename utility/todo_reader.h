@@ -21,7 +21,7 @@ enum class ReadFailure {
   none,
   text,     // the text has no readable to-do; TextReport::problem says why
   library,  // the vObject library is missing or incomplete, or it rejected the text
-  memory,   // a record could not be allocated; the tasks before it are returned
+  memory,   // a record or a value could not be allocated
 };
 
 // A text whose bytes are not valid in the character set that it declares. It was read as Latin-1.
@@ -42,8 +42,9 @@ struct TodosRead {
   ReadReport report;
 };
 
-// Reads a text. Opens the vObject library for the call, unless the text has no readable to-do; then
-// it logs nothing. Only one thread of the process at a time may read or write calendar text.
+// Reads a text. If memory is short, returns no tasks, because one may lack a value. Opens the
+// vObject library for the call, unless the text has no readable to-do; then it logs nothing. Only
+// one thread of the process at a time may read or write calendar text.
 [[nodiscard]] ULO_EXPORT TodosRead readTodos(std::string_view text);
 
 // Bytes of a text for the library that TodoSlices keeps in memory. More are made a second time.
@@ -81,6 +82,7 @@ public:
 
   [[nodiscard]] const TextReport& report() const { return guarded_.report(); }
   // Parses the text and reads its to-dos. A text that the guard rejects, or the library, is logged.
+  // If memory is short, a task may lack a value, or tasks from one on are missing.
   // Called at most once, instead of `hasTodo`.
   [[nodiscard]] TodosRead read();
   // The same for the next part of the text: appends its to-dos. Returns false at the end and after

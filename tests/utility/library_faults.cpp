@@ -50,7 +50,8 @@ int __wrap_dlclose(void* handle) {
 
 ULO_EXPORT void* __wrap_malloc(std::size_t size);
 void* __wrap_malloc(std::size_t size) {
-  return loader != nullptr && loader->noMemory ? nullptr : __real_malloc(size);
+  const bool fails = loader != nullptr && loader->failingMalloc > 0 && --loader->failingMalloc == 0;
+  return fails ? nullptr : __real_malloc(size);
 }
 }
 

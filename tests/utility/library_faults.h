@@ -21,7 +21,7 @@ struct Loader {
   bool libraryMissing = false;
   std::set<std::string> missing;          // functions that the library lacks
   std::map<std::string, void*> replaced;  // functions and their stubs
-  bool noMemory = false;                  // malloc fails
+  int failingMalloc = 0;                  // this malloc fails, counted from 1; 0: none
 
   std::vector<std::string> opened;    // name and mode of each dlopen
   std::vector<std::string> lookedUp;  // name of each dlsym

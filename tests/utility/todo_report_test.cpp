@@ -20,6 +20,7 @@
 #include <utility>
 
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using Task = ZTASK_ENG_Task;
 
@@ -137,7 +138,7 @@ TEST_F(TodoReading, ReportsRecordThatCannotBeAllocated) {
   const ulo::TodosRead read = ulo::readTodos(threeTodos);
   allocationsLeft = allAllocationsSucceed;
   EXPECT_EQ(read.report.failure, ulo::ReadFailure::memory);
-  EXPECT_THAT(summaries(read), ElementsAre("first"));
+  EXPECT_THAT(read.tasks, IsEmpty());
   EXPECT_EQ(read.report.text.todos, 3U);
 }
 
@@ -163,6 +164,31 @@ std::string manyTodos(std::size_t count) {
   for (std::size_t i = 0; i < count; ++i)
     todos += "BEGIN:VTODO\r\nSUMMARY;X-A=1:" + std::to_string(i) + "\r\nEND:VTODO\r\n";
   return "BEGIN:VCALENDAR\r\n" + todos + "END:VCALENDAR\r\n";
+}
+
+TEST_F(TodoReading, ReportsValueThatCannotBeAllocated) {
+  loader_.failingMalloc = 2;
+  const ulo::TodosRead read = ulo::readTodos(manyTodos(3));
+  EXPECT_EQ(read.report.failure, ulo::ReadFailure::memory);
+  EXPECT_THAT(read.tasks, IsEmpty());
+}
+
+TEST_F(TodoReading, PublishedReaderSkipsValueThatCannotBeAllocated) {
+  loader_.failingMalloc = 2;
+  QList<Task> tasks;
+  tasks.setAutoDelete(true);
+  ZVtodoParser().readVtodo(QCString(manyTodos(3).c_str()), tasks);
+  ASSERT_EQ(tasks.count(), 3U);
+  EXPECT_EQ(tasks.at(0)->getString(Task::TASK_FIELD_SUMMARY), "0");
+  EXPECT_TRUE(tasks.at(1)->getString(Task::TASK_FIELD_SUMMARY).isEmpty());
+  EXPECT_EQ(tasks.at(2)->getString(Task::TASK_FIELD_SUMMARY), "2");
+  EXPECT_THAT(log_.withoutLines(), HasSubstr(errorLine("Unable to allocate memory")));
+}
+
+TEST_F(TodoReading, ReportsAlarmTimeThatCannotBeAllocated) {
+  loader_.failingMalloc = 2;  // after the one for the value of DALARM
+  const ulo::TodosRead read = ulo::readTodos(calendar("DALARM:20261123T080000Z;;;x;y\r\n"));
+  EXPECT_EQ(read.report.failure, ulo::ReadFailure::memory);
 }
 
 TEST_F(TodoReading, SlicesContainAllTodosInOrder) {
@@ -209,6 +235,14 @@ TEST_F(TodoReading, SlicesOfBadTextAreEmpty) {
     EXPECT_EQ(slices.read.report.text.problem, ulo::readTodos(bad).report.text.problem);
   }
   EXPECT_THAT(loader_.opened, IsEmpty());
+}
+
+// The slices before it may have been taken in by then.
+TEST_F(TodoReading, SlicesEndBeforeOneThatLacksValue) {
+  loader_.failingMalloc = 150;
+  const Slices slices = slicesOf(manyTodos(250), 0);
+  EXPECT_EQ(slices.read.report.failure, ulo::ReadFailure::memory);
+  EXPECT_THAT(slices.sizes, ElementsAre(100U));
 }
 
 TEST_F(TodoReading, SlicesReportUndecodedTextsByTheirTodo) {

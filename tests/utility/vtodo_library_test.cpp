@@ -269,9 +269,8 @@ TEST(Narrow, ReturnsConstantEmptyTextForNull) {
 
 TEST_F(VObjectLibrary, LogsValueThatCannotBeAllocated) {
   LogCapture log;
-  loader_.noMemory = true;
+  loader_.failingMalloc = 1;
   char* bytes = vobject::narrow(L"a");
-  loader_.noMemory = false;
   EXPECT_EQ(bytes, nullptr);
   vobject::release(bytes);
   EXPECT_EQ(log.withoutLines(), errorLine("Unable to allocate memory"));
