@@ -8,7 +8,9 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <optional>
 #include <string>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -22,6 +24,15 @@ namespace {
 // Messages up to this length are one line; longer ones continue in lines marked as such.
 constexpr std::size_t messageBuffer = 64UL * 1024;
 
+// The time of a line, but for its milliseconds. Most lines are written in the same second as the
+// one before.
+struct Stamp {
+  std::time_t second = -1;
+  std::optional<std::string> zone;  // $TZ
+  std::string dateAndTime;          // "2006-03-05T12:00:00"
+  std::string offset;               // "+01:00", or "Z" in UTC
+};
+
 struct Sink {
   enum class Kind { none, standardError, systemLog, file } kind = Kind::none;
   std::string program;
@@ -29,6 +40,7 @@ struct Sink {
   int descriptor = -1;
   char buffer[messageBuffer];  // the C library does not allocate one of the requested size
   bool goesOn = false;         // the next piece continues the same message
+  Stamp stamp;                 // of the last line
 };
 
 // Returns the message with control characters as "\xNN", including those beyond ASCII (U+0080 to
@@ -48,24 +60,36 @@ std::string printable(const char* text, std::size_t size) {
   return result;
 }
 
-// "2006-03-05T12:00:00.123+01:00", or with "Z" in UTC.
-std::string timeStamp() {
-  timespec now{};
-  clock_gettime(CLOCK_REALTIME, &now);
+Stamp stampOf(std::time_t second, std::optional<std::string> zone) {
   // localtime_r alone would not notice that the zone was changed.
   tzset();
   tm local{};
-  localtime_r(&now.tv_sec, &local);
-  char text[80];
-  const std::size_t length = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &local);
-  const long offset = std::labs(local.tm_gmtoff) / 60;
-  const int milliseconds = static_cast<int>(now.tv_nsec / 1000000);
-  if (local.tm_gmtoff == 0)
-    std::snprintf(text + length, sizeof text - length, ".%03dZ", milliseconds);
-  else
-    std::snprintf(text + length, sizeof text - length, ".%03d%c%02ld:%02ld", milliseconds,
-                  local.tm_gmtoff < 0 ? '-' : '+', offset / 60, offset % 60);
-  return text;
+  localtime_r(&second, &local);
+  char dateAndTime[80];
+  std::strftime(dateAndTime, sizeof dateAndTime, "%Y-%m-%dT%H:%M:%S", &local);
+  const long minutes = std::labs(local.tm_gmtoff) / 60;
+  char offset[40] = "Z";
+  if (local.tm_gmtoff != 0)
+    std::snprintf(offset, sizeof offset, "%c%02ld:%02ld", local.tm_gmtoff < 0 ? '-' : '+',
+                  minutes / 60, minutes % 60);
+  return {second, std::move(zone), dateAndTime, offset};
+}
+
+// "2006-03-05T12:00:00.123+01:00", or with "Z" in UTC. A new system zone appears with the next
+// second, a new $TZ at once.
+std::string timeStamp(Stamp& last) {
+  timespec now{};
+  clock_gettime(CLOCK_REALTIME, &now);
+  const char* const setting = std::getenv("TZ");
+  std::optional<std::string> zone;
+  if (setting != nullptr)
+    zone = setting;
+  if (now.tv_sec != last.second || zone != last.zone)
+    last = stampOf(now.tv_sec, std::move(zone));
+  char milliseconds[8];
+  std::snprintf(milliseconds, sizeof milliseconds, ".%03d",
+                static_cast<int>(now.tv_nsec / 1000000 % 1000));
+  return last.dateAndTime + milliseconds + last.offset;
 }
 
 int openFile(const std::string& path) {
@@ -101,8 +125,8 @@ void writeLine(Sink& sink, const char* text, std::size_t size) {
     syslog(LOG_NOTICE, "%s", message.c_str());
     return;
   }
-  const std::string line =
-      timeStamp() + " " + sink.program + "[" + std::to_string(getpid()) + "] " + message + "\n";
+  const std::string line = timeStamp(sink.stamp) + " " + sink.program + "[" +
+                           std::to_string(getpid()) + "] " + message + "\n";
   if (sink.kind == Sink::Kind::file)
     makeRoom(sink, line.size());
   // A single write, so that lines of several processes do not mix. On a full disk the line is lost.
