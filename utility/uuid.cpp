@@ -1,31 +1,32 @@
 #include "uuid.h"
 
+#include <QByteArray>
 #include <QRandomGenerator>
+#include <QtEndian>
 
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <iterator>
 
 // random() starts with the same seed in every process. UUIDs of different processes differ in their
 // last 16 digits, which contain random bytes from the system.
 QString generateUuid() {
   srandom(static_cast<unsigned int>(random()));
-  const auto first = static_cast<unsigned long>(random());
-  const auto second = static_cast<unsigned long>(random() & 0xffff);
-  const auto third = static_cast<unsigned long>(random() & 0xffff);
+  const auto first = static_cast<quint32>(random());
+  const auto second = static_cast<quint16>(random());
+  const auto third = static_cast<quint16>(random());
 
   // Qt has other sources if the kernel's call for random bytes fails.
   const quint64 fromSystem = QRandomGenerator::system()->generate64();
-  unsigned char work[8];
-  static_assert(sizeof work == sizeof fromSystem);
-  std::memcpy(work, &fromSystem, sizeof work);
-  for (unsigned char& byte : work)
-    byte = static_cast<unsigned char>(byte ^ ((random() >> 7) & 0xff));
+  char bytes[16];
+  qToBigEndian(first, bytes);
+  qToBigEndian(second, bytes + 4);
+  qToBigEndian(third, bytes + 6);
+  std::memcpy(bytes + 8, &fromSystem, sizeof fromSystem);
+  for (int i = 8; i < 16; ++i)
+    bytes[i] = static_cast<char>(bytes[i] ^ ((random() >> 7) & 0xff));
 
-  char text[37];
-  std::snprintf(text, std::size(text), "%08lx-%04lx-%04lx-%02x%02x-%02x%02x%02x%02x%02x%02x", first,
-                second, third, work[0], work[1], work[2], work[3], work[4], work[5], work[6],
-                work[7]);
+  QByteArray text = QByteArray::fromRawData(bytes, sizeof bytes).toHex();
+  for (const int place : {8, 13, 18, 23})
+    text.insert(place, '-');
   return QString::fromLatin1(text);
 }
