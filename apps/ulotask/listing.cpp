@@ -97,9 +97,7 @@ bool isOnePage(Session& session, const Listing& listing) {
   if (listing.view != ZTASK_ENG_Model::TASK_CATEGORY_ALL ||
       listing.sort != ZTASK_ENG_Model::TASK_SORT_DUE || listing.limit || listing.after)
     return false;
-  int count = 0;
-  require(session.store().getCount(count), "counting the tasks");
-  return count <= pageSize;
+  return session.countTasks() <= std::size_t{pageSize};
 }
 
 // All tasks by due date. A match is one query, while a page takes the task that it begins at, too.

@@ -72,6 +72,12 @@ ZTASK_ENG_Model& Session::store() {
   return *store_;
 }
 
+std::size_t Session::countTasks() {
+  int count = 0;
+  require(store().getCount(count), "counting the tasks");
+  return static_cast<std::size_t>(count);
+}
+
 ZTASK_ENG_Task Session::task(unsigned int uid) {
   ZTASK_ENG_Task task;
   const int code = store().getTask(uid, task);

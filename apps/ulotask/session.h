@@ -8,6 +8,7 @@
 
 #include <QString>
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
@@ -21,6 +22,7 @@ public:
   // The store, opened by the first call. Throws a Failure if it cannot be opened.
   ZTASK_ENG_Model& store();
 
+  std::size_t countTasks();
   // The task with this UID. Throws noTask() if there is none.
   ZTASK_ENG_Task task(unsigned int uid);
   // How the task repeats, in words; empty if it does not.

@@ -146,9 +146,7 @@ void check(Session& session, bool repair) {
   for (const std::string& note : foreignAccess())
     output.line("note: " + note);
 
-  int count = 0;
-  require(session.store().getCount(count), "counting the tasks");
-  output.line(counted(static_cast<std::size_t>(count), "task") + ", " +
+  output.line(counted(session.countTasks(), "task") + ", " +
               std::to_string(database.categories().size()) + " categories");
   if (judgement.defects() > 0)
     throw Failure(Exit::storeUnsound,
@@ -184,9 +182,7 @@ std::string shownFile(const std::string& file) {
 
 // Returns how many tasks and categories the store contains.
 std::string content(Session& session) {
-  int count = 0;
-  require(session.store().getCount(count), "counting the tasks");
-  return counted(static_cast<std::size_t>(count), "task") + " and " +
+  return counted(session.countTasks(), "task") + " and " +
          std::to_string(StoreQuestions().categories().size()) + " categories";
 }
 
