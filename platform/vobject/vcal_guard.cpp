@@ -329,7 +329,8 @@ TextReport examineText(std::string_view text) {
 }
 
 std::string vObjectLibraryFailure() {
-  if (void* handle = dlopen(libraryName, RTLD_LAZY); handle != nullptr) {
+  // It is needed soon after, and loading it twice would take twice the time.
+  if (void* handle = dlopen(libraryName, RTLD_LAZY | RTLD_NODELETE); handle != nullptr) {
     dlclose(handle);
     return {};
   }

@@ -119,7 +119,7 @@ private:
 };
 
 // If the vObject library cannot be opened, returns a sentence for users that names the reason and
-// the package to install. Otherwise returns an empty text.
+// the package to install. Otherwise returns an empty text, and the library stays loaded.
 [[nodiscard]] ULO_EXPORT std::string vObjectLibraryFailure();
 
 // Keeps the vObject library loaded until the process exits, if it has been loaded: each unload
