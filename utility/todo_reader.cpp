@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstring>
 #include <new>
 #include <optional>
@@ -106,6 +107,15 @@ QCString charsetOf(VObject* property) {
   return name;
 }
 
+// Leaves an instant in UTC as it is, because the store needs no local time.
+void setInstant(Task& task, Task::TASK_FIELD_T field, const QDateTime& instant) {
+  const qint64 seconds = instant.toSecsSinceEpoch();
+  if (instant.timeSpec() == Qt::UTC && seconds >= INT32_MIN && seconds <= INT32_MAX)
+    task.setSeconds(field, static_cast<int>(seconds));
+  else
+    task.setDateTime(field, UTIL_TimeConversion::toLocalTime(instant));
+}
+
 // Reads one to-do. Calls `undecoded` with the field of each text that is not valid in its character
 // set. If memory is short, returns null, or sets `valueIsLost` and goes on without the value.
 template <typename Undecoded>
@@ -140,7 +150,7 @@ std::unique_ptr<Task> toTaskRec(VObject* todo, const Undecoded& undecoded, bool&
     case TodoProperty::completed:
       if (task->getStatusValue() == statusNeedsAction)
         task->setStatus(statusCompleted);
-      task->setDateTime(Task::TASK_FIELD_END, UTIL_TimeConversion::fromISO8601(value));
+      setInstant(*task, Task::TASK_FIELD_END, UTIL_TimeConversion::instantFromISO8601(value));
       break;
     case TodoProperty::status:
       task->setStatus(getStatusValue(value));
@@ -155,13 +165,13 @@ std::unique_ptr<Task> toTaskRec(VObject* todo, const Undecoded& undecoded, bool&
       setText(Task::TASK_FIELD_CATEGORY, property, value);
       break;
     case TodoProperty::due:
-      task->setDateTime(Task::TASK_FIELD_DUE, dueDateFromText(value));
+      setInstant(*task, Task::TASK_FIELD_DUE, dueDateFromText(value));
       break;
     case TodoProperty::dalarm:
       forEachProperty(property, [&](VObject* field) {
         if (isNamed(field, "RUNTIME"))
-          task->setDateTime(Task::TASK_FIELD_ALARM,
-                            UTIL_TimeConversion::fromISO8601(valueOrLoss(field)));
+          setInstant(*task, Task::TASK_FIELD_ALARM,
+                     UTIL_TimeConversion::instantFromISO8601(valueOrLoss(field)));
         return true;
       });
       break;

@@ -93,8 +93,11 @@ int getPriorityValue(const QCString& text) {
 }
 
 QDateTime dueDateFromText(const QCString& text) {
-  QDateTime due = UTIL_TimeConversion::fromISO8601(text);
-  if (due.isValid() && due >= QDateTime(QDate(1970, 1, 2), QTime(0, 0, 0, 0)))
+  QDateTime due = UTIL_TimeConversion::instantFromISO8601(text);
+  // Later than the beginning of that day in any zone, whose conversion takes longer.
+  constexpr qint64 surelyLater = qint64{3} * 86400;
+  if (due.isValid() && (due.toSecsSinceEpoch() >= surelyLater ||
+                        due >= QDateTime(QDate(1970, 1, 2), QTime(0, 0, 0, 0))))
     return due;
   codec_log::dueDateIgnored();
   return ZTASK_ENG_Task::noDate();

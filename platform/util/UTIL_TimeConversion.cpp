@@ -259,6 +259,10 @@ QCString UTIL_TimeConversion::toISO8601(const QDateTime& dateTime) {
 }
 
 QDateTime UTIL_TimeConversion::fromISO8601(const QCString& text) {
+  return toLocalTime(instantFromISO8601(text));
+}
+
+QDateTime UTIL_TimeConversion::instantFromISO8601(const QCString& text) {
   Reader reader(withoutBlanks({text.constData(), static_cast<std::size_t>(text.size())}));
   const QDate date = readDate(reader);
   if (!date.isValid())
@@ -274,5 +278,5 @@ QDateTime UTIL_TimeConversion::fromISO8601(const QCString& text) {
     return QDateTime();
   if (!zone)
     return localTimeOf(localSeconds(date, time) * 1000);
-  return toLocalTime(QDateTime(date, time, ulo::utcZone).addSecs(-*zone));
+  return QDateTime(date, time, ulo::utcZone).addSecs(-*zone);
 }

@@ -296,6 +296,20 @@ TEST(FromIso8601, ReadsAllFormats) {
   EXPECT_EQ(readSeconds("20040229T000000Z"), 1078012800);
 }
 
+TEST(FromIso8601, InstantIsInUtcIfTextHasOffset) {
+  const TimeZone zone("Europe/Berlin");
+  const auto specOf = [](const char* text) {
+    const QDateTime instant = UTIL_TimeConversion::instantFromISO8601(text);
+    EXPECT_EQ(instant, UTIL_TimeConversion::fromISO8601(text)) << text;
+    return instant.timeSpec();
+  };
+  EXPECT_EQ(specOf("20060305T120000Z"), Qt::UTC);
+  EXPECT_EQ(specOf("20060305T130000+0100"), Qt::UTC);
+  EXPECT_EQ(specOf("20060305T130000"), Qt::LocalTime);
+  EXPECT_EQ(specOf("20060305"), Qt::LocalTime);
+  EXPECT_FALSE(UTIL_TimeConversion::instantFromISO8601("20060305T").isValid());
+}
+
 TEST(FromIso8601, RejectsAnythingElse) {
   for (const char* text : {"",
                            " ",
