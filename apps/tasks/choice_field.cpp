@@ -5,9 +5,12 @@
 #include "task_texts.h"
 #include "ulo/look.h"
 
+#include <QAbstractItemView>
 #include <QKeyEvent>
 #include <QStylePainter>
 #include <QStyledItemDelegate>
+
+#include <utility>
 
 namespace tasks {
 
@@ -23,6 +26,32 @@ ChoiceField::ChoiceField(QWidget* parent) : QComboBox(parent) {
 // Longer choices are elided.
 QSize ChoiceField::minimumSizeHint() const {
   return {2 * ulo::touchHeight(this), ulo::touchHeight(this)};
+}
+
+void ChoiceField::showPopup() {
+  QComboBox::showPopup();
+  view()->installEventFilter(this);
+}
+
+// Before Qt delivers a key, it announces it to the open list, which closes on Enter. If the key has
+// arrived at the window of this field, the field gets it then and would open the list again. This
+// happens to keys that are faster than the window of the list, and to all keys on a display where
+// the list gets none.
+bool ChoiceField::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::ShortcutOverride)
+    announced_ = static_cast<QKeyEvent*>(event)->timestamp();
+  else if (event->type() == QEvent::KeyPress)
+    announced_ = 0;
+  return QComboBox::eventFilter(watched, event);
+}
+
+bool ChoiceField::event(QEvent* event) {
+  if (event->type() == QEvent::KeyPress) {
+    const quint64 announced = std::exchange(announced_, 0);
+    if (announced != 0 && static_cast<QKeyEvent*>(event)->timestamp() == announced)
+      return true;
+  }
+  return QComboBox::event(event);
 }
 
 void ChoiceField::keyPressEvent(QKeyEvent* event) {

@@ -345,4 +345,26 @@ TEST(ChoiceFields, ArrowsMoveFocusAndEnterOpensList) {
   EXPECT_EQ(status->currentText(), "Completed");
 }
 
+// Keys that arrive at the field's window while the list is open.
+TEST(ChoiceFields, EnterThatClosesListDoesNotOpenItAgain) {
+  QWidget window;
+  auto* column = new QVBoxLayout(&window);
+  auto* status = tasks::newStatusField(&window);
+  column->addWidget(status);
+  window.show();
+  window.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+  status->setFocus();
+  const auto press = [&window](Qt::Key key) { QTest::keyClick(window.windowHandle(), key); };
+  for (const auto& [key, shown] :
+       {std::pair(Qt::Key_Down, "Completed"), {Qt::Key_Up, "Incomplete"}}) {
+    press(Qt::Key_Return);
+    ASSERT_TRUE(status->view()->isVisible());
+    press(key);
+    press(Qt::Key_Return);
+    EXPECT_FALSE(status->view()->isVisible());
+    EXPECT_EQ(status->currentText(), shown);
+  }
+}
+
 }  // namespace
