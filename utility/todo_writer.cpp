@@ -16,7 +16,28 @@ namespace {
 
 using Task = ZTASK_ENG_Task;
 
-// Builds the library's tree of a calendar.
+// The library's tree of a calendar. The destructor calls the library even if there is no tree, so
+// that a missing function is logged.
+class CalendarTree {
+public:
+  CalendarTree() : object_(vobject::newVObject("VCALENDAR")) {}
+  CalendarTree(CalendarTree&& other) noexcept
+      : object_(std::exchange(other.object_, std::nullopt)) {}
+  CalendarTree(const CalendarTree&) = delete;
+  CalendarTree& operator=(const CalendarTree&) = delete;
+  ~CalendarTree() {
+    if (object_)
+      vobject::cleanVObject(*object_);
+  }
+
+  // Null if the library failed.
+  [[nodiscard]] VObject* get() const { return object_.value_or(nullptr); }
+
+private:
+  std::optional<VObject*> object_;
+};
+
+// Builds a calendar.
 class CalendarBuilder {
 public:
   CalendarBuilder();
@@ -24,8 +45,8 @@ public:
   // `index` is that of the task in the list.
   void addTodo(std::size_t index, const Task& task);
 
-  // To be released with cleanVObject. Null if the library failed.
-  [[nodiscard]] VObject* calendar() const { return calendar_; }
+  // Null if the library failed.
+  [[nodiscard]] VObject* calendar() const { return calendar_.get(); }
   [[nodiscard]] WriteReport& report() { return report_; }
 
 private:
@@ -37,17 +58,17 @@ private:
     report_.lossy.push_back({index, field});
   }
 
-  VObject* calendar_;
+  CalendarTree calendar_;
   QByteArray summary_;
   QByteArray description_;
   QByteArray category_;
   WriteReport report_;
 };
 
-CalendarBuilder::CalendarBuilder() : calendar_(vobject::newVObject("VCALENDAR")) {
-  if (calendar_ == nullptr)
+CalendarBuilder::CalendarBuilder() {
+  if (calendar() == nullptr)
     report_.failure = WriteFailure::library;
-  addValue(calendar_, "VERSION", "1.0");
+  addValue(calendar(), "VERSION", "1.0");
   summary_ = textName("SUMMARY");
   description_ = textName("DESCRIPTION");
   // Contracts: not CATEGORIES, which the reader expects, and not repaired.
@@ -74,7 +95,7 @@ void CalendarBuilder::addValue(VObject* object, const char* name, const QByteArr
 }
 
 void CalendarBuilder::addTodo(std::size_t index, const Task& task) {
-  VObject* todo = addProperty(calendar_, "VTODO");
+  VObject* todo = addProperty(calendar(), "VTODO");
   if (todo != nullptr)
     ++report_.todos;
   addValue(todo, "STATUS", statusText(task.getStatusValue()));
@@ -160,8 +181,6 @@ std::size_t TodoPages::count() const {
 TodosWritten TodoPages::take() {
   State::Page page = std::move(state_->pages.front());
   state_->pages.pop_front();
-  page.text.wait();
-  vobject::cleanVObject(page.builder.calendar());
   return writtenBy(page.builder, page.text.get());
 }
 
@@ -169,16 +188,13 @@ TodosWritten writeTodos(const QList<ZTASK_ENG_Task>& tasks) {
   const vobject::Library library;
   keepVObjectLibrary();
   CalendarBuilder builder = buildVCalendar(tasks);
-  std::optional<std::string> text = vobject::textOf(builder.calendar());
-  vobject::cleanVObject(builder.calendar());
-  return writtenBy(builder, std::move(text));
+  return writtenBy(builder, vobject::textOf(builder.calendar()));
 }
 
 void writeTodos(std::FILE* stream, const QList<ZTASK_ENG_Task>& tasks) {
   keepVObjectLibrary();
   const CalendarBuilder builder = buildVCalendar(tasks);
   vobject::writeVObject(stream, builder.calendar());
-  vobject::cleanVObject(builder.calendar());
 }
 
 }  // namespace ulo
