@@ -5,11 +5,21 @@
 #include "task_texts.h"
 #include "ulo/look.h"
 
+#include <QAbstractItemView>
 #include <QKeyEvent>
 #include <QStylePainter>
 #include <QStyledItemDelegate>
 
 namespace tasks {
+
+namespace {
+
+bool isEnter(const QKeyEvent& event) {
+  return event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter ||
+         event.key() == Qt::Key_Select;
+}
+
+}  // namespace
 
 ChoiceField::ChoiceField(QWidget* parent) : QComboBox(parent) {
   setMinimumHeight(ulo::touchHeight(this));
@@ -23,6 +33,32 @@ ChoiceField::ChoiceField(QWidget* parent) : QComboBox(parent) {
 // Longer choices are elided.
 QSize ChoiceField::minimumSizeHint() const {
   return {2 * ulo::touchHeight(this), ulo::touchHeight(this)};
+}
+
+void ChoiceField::showPopup() {
+  QComboBox::showPopup();
+  view()->installEventFilter(this);
+}
+
+// Qt's list closes on Enter while it is only asked whether it overrides a shortcut. If the key has
+// arrived at the window of this field, because it was faster than the window of the list or because
+// the display gives the list no keys, the field would get it afterwards and open the list again. So
+// Enter chooses when it is delivered.
+bool ChoiceField::eventFilter(QObject* watched, QEvent* event) {
+  const bool asked = event->type() == QEvent::ShortcutOverride;
+  if ((!asked && event->type() != QEvent::KeyPress) || !isEnter(*static_cast<QKeyEvent*>(event)))
+    return QComboBox::eventFilter(watched, event);
+  if (asked) {
+    event->accept();
+    return true;
+  }
+  const int chosen = view()->currentIndex().row();
+  hidePopup();
+  if (chosen >= 0) {
+    setCurrentIndex(chosen);
+    Q_EMIT activated(chosen);  // may delete this field
+  }
+  return true;
 }
 
 void ChoiceField::keyPressEvent(QKeyEvent* event) {

@@ -11,6 +11,8 @@ public:
   explicit ChoiceField(QWidget* parent = nullptr);
 
   [[nodiscard]] QSize minimumSizeHint() const override;
+  void showPopup() override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
 
 protected:
   void keyPressEvent(QKeyEvent* event) override;

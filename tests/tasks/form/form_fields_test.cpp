@@ -3,6 +3,7 @@
 #include "choice_field.h"
 #include "dialogs_test.h"
 #include "form/category_field.h"
+#include "form/date_field.h"
 #include "form/line_field.h"
 #include "form/name_dialog.h"
 #include "form/note_field.h"
@@ -260,6 +261,33 @@ TEST_F(CategoryFields, StayUnchangedIfNewNameIsCanceled) {
   EXPECT_EQ(chosen.count(), 0);
 }
 
+// Keys may follow before the dialog returns.
+TEST_F(CategoryFields, TakeNewNameWhenItIsAccepted) {
+  field_.setStored(store_, "meeting");
+  QSignalSpy chosen(&field_, &CategoryField::chosen);
+  askForNew([&](NameDialog& dialog) {
+    naming("Boat")(dialog);
+    EXPECT_EQ(field_.category(), "Boat");
+    EXPECT_EQ(chosen.count(), 1);
+  });
+  EXPECT_EQ(field_.category(), "Boat");
+  EXPECT_EQ(chosen.count(), 1);
+}
+
+TEST(DateFields, TakeDateWhenItIsAccepted) {
+  tasks::DateField field(tasks::DateDialog::Kind::day, {"Due Date", "No Due Date"});
+  field.show();
+  QSignalSpy chosen(&field, &tasks::DateField::chosen);
+  inDialog<tasks::DateDialog>([&] { field.click(); },
+                              [&](tasks::DateDialog& dialog) {
+                                dialog.accept();
+                                EXPECT_TRUE(field.date().has_value());
+                                EXPECT_EQ(chosen.count(), 1);
+                              });
+  EXPECT_TRUE(field.date().has_value());
+  EXPECT_EQ(chosen.count(), 1);
+}
+
 TEST_F(CategoryFields, MayBeDeletedWhileDialogIsOpen) {
   auto* field = new CategoryField;
   field->setStored(store_, "meeting");
@@ -343,6 +371,28 @@ TEST(ChoiceFields, ArrowsMoveFocusAndEnterOpensList) {
   QTest::keyClick(status->view(), Qt::Key_Return);
   EXPECT_EQ(status->currentData(), 0);
   EXPECT_EQ(status->currentText(), "Completed");
+}
+
+// Keys that arrive at the field's window while the list is open.
+TEST(ChoiceFields, EnterThatClosesListDoesNotOpenItAgain) {
+  QWidget window;
+  auto* column = new QVBoxLayout(&window);
+  auto* status = tasks::newStatusField(&window);
+  column->addWidget(status);
+  window.show();
+  window.activateWindow();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+  status->setFocus();
+  const auto press = [&window](Qt::Key key) { QTest::keyClick(window.windowHandle(), key); };
+  for (const auto& [key, shown] :
+       {std::pair(Qt::Key_Down, "Completed"), {Qt::Key_Up, "Incomplete"}}) {
+    press(Qt::Key_Return);
+    ASSERT_TRUE(status->view()->isVisible());
+    press(key);
+    press(Qt::Key_Return);
+    EXPECT_FALSE(status->view()->isVisible());
+    EXPECT_EQ(status->currentText(), shown);
+  }
 }
 
 }  // namespace
