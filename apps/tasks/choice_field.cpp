@@ -10,9 +10,16 @@
 #include <QStylePainter>
 #include <QStyledItemDelegate>
 
-#include <utility>
-
 namespace tasks {
+
+namespace {
+
+bool isEnter(const QKeyEvent& event) {
+  return event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter ||
+         event.key() == Qt::Key_Select;
+}
+
+}  // namespace
 
 ChoiceField::ChoiceField(QWidget* parent) : QComboBox(parent) {
   setMinimumHeight(ulo::touchHeight(this));
@@ -33,25 +40,25 @@ void ChoiceField::showPopup() {
   view()->installEventFilter(this);
 }
 
-// Before Qt delivers a key, it announces it to the open list, which closes on Enter. If the key has
-// arrived at the window of this field, the field gets it then and would open the list again. This
-// happens to keys that are faster than the window of the list, and to all keys on a display where
-// the list gets none.
+// Qt's list closes on Enter while it is only asked whether it overrides a shortcut. If the key has
+// arrived at the window of this field, because it was faster than the window of the list or because
+// the display gives the list no keys, the field would get it afterwards and open the list again. So
+// Enter chooses when it is delivered.
 bool ChoiceField::eventFilter(QObject* watched, QEvent* event) {
-  if (event->type() == QEvent::ShortcutOverride)
-    announced_ = static_cast<QKeyEvent*>(event)->timestamp();
-  else if (event->type() == QEvent::KeyPress)
-    announced_ = 0;
-  return QComboBox::eventFilter(watched, event);
-}
-
-bool ChoiceField::event(QEvent* event) {
-  if (event->type() == QEvent::KeyPress) {
-    const quint64 announced = std::exchange(announced_, 0);
-    if (announced != 0 && static_cast<QKeyEvent*>(event)->timestamp() == announced)
-      return true;
+  const bool asked = event->type() == QEvent::ShortcutOverride;
+  if ((!asked && event->type() != QEvent::KeyPress) || !isEnter(*static_cast<QKeyEvent*>(event)))
+    return QComboBox::eventFilter(watched, event);
+  if (asked) {
+    event->accept();
+    return true;
   }
-  return QComboBox::event(event);
+  const int chosen = view()->currentIndex().row();
+  hidePopup();
+  if (chosen >= 0) {
+    setCurrentIndex(chosen);
+    Q_EMIT activated(chosen);  // may delete this field
+  }
+  return true;
 }
 
 void ChoiceField::keyPressEvent(QKeyEvent* event) {

@@ -15,14 +15,9 @@ public:
   bool eventFilter(QObject* watched, QEvent* event) override;
 
 protected:
-  bool event(QEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void wheelEvent(QWheelEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
-
-private:
-  // The time of the key that was announced to the list and not delivered yet, or 0.
-  quint64 announced_ = 0;
 };
 
 // Fields for the status and the priority. The data of a choice is its ulo::Status or ulo::Priority,

@@ -21,6 +21,7 @@
 #include <initializer_list>
 #include <iterator>
 #include <langinfo.h>
+#include <limits>
 #include <sstream>
 #include <string>
 #include <string_view>
@@ -87,6 +88,15 @@ void addVerbs(std::string_view word, ulotask::Verb& program, ulotask::Session& s
     each.add(program, session);
 }
 
+// Keeps the lines of all texts, which newer versions of CLI11 would join and wrap.
+template <typename Formatter> void keepLines([[maybe_unused]] Formatter& formatter) {
+  if constexpr (requires { formatter.enable_footer_formatting(false); }) {
+    formatter.enable_footer_formatting(false);
+    formatter.enable_description_formatting(false);
+    formatter.right_column_width(std::numeric_limits<std::size_t>::max());
+  }
+}
+
 int run(int argc, char** argv) {
   const bool completes = argc > 1 && std::strcmp(argv[1], ulotask::completeVerb) == 0;
   const char* zone = std::getenv("TZ");
@@ -99,6 +109,7 @@ int run(int argc, char** argv) {
   app.set_version_flag("--version", "ulotask " ULOTASK_VERSION);
   app.require_subcommand(1);
   app.footer(helpFooter());
+  keepLines(*app.get_formatter());
   ulotask::Verb program(app);
   addVerbs(argc > 1 ? argv[1] : "", program, session);
 

@@ -68,16 +68,18 @@ void CategoryField::take(int index) {
 
 void CategoryField::askForName() {
   ulo::Modal<NameDialog> dialog(this);
-  const bool accepted = dialog.exec();
-  if (!dialog.isThere())
-    return;
-  QString name = accepted ? dialog->name() : chosen_;
+  // A key that follows at once may store the form before exec() returns.
+  connect(dialog.get(), &QDialog::accepted, this, [this, &dialog] { takeName(dialog->name()); });
+  if (!dialog.exec() && dialog.isThere())
+    choose(chosen_);
+}
+
+void CategoryField::takeName(QString name) {
   // A user who types the translated name of a category means that category.
   if (const int worded = findText(name); placeOf(name) < 0 && worded >= 0 && !asks(worded))
     name = itemData(worded).toString();
   choose(name);
-  if (accepted)
-    Q_EMIT chosen();
+  Q_EMIT chosen();
 }
 
 }  // namespace tasks

@@ -26,6 +26,7 @@ Q_SIGNALS:
 private:
   void take(int index);
   void askForName();
+  void takeName(QString name);
   void choose(const QString& category);
   [[nodiscard]] int placeOf(const QString& category) const;
   [[nodiscard]] bool asks(int index) const { return index == count() - 1; }

@@ -31,10 +31,12 @@ QString DateField::wordsOf(const QDateTime& date) const {
 
 void DateField::ask() {
   ulo::Modal<DateDialog> dialog(wording_.title, wording_.none, kind_, date_, this);
-  if (!dialog.exec())
-    return;
-  setDate(dialog->chosen());
-  Q_EMIT chosen();
+  // A key that follows at once may store the form before exec() returns.
+  connect(dialog.get(), &QDialog::accepted, this, [this, &dialog] {
+    setDate(dialog->chosen());
+    Q_EMIT chosen();
+  });
+  dialog.exec();
 }
 
 }  // namespace tasks

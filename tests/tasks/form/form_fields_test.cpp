@@ -3,6 +3,7 @@
 #include "choice_field.h"
 #include "dialogs_test.h"
 #include "form/category_field.h"
+#include "form/date_field.h"
 #include "form/line_field.h"
 #include "form/name_dialog.h"
 #include "form/note_field.h"
@@ -258,6 +259,33 @@ TEST_F(CategoryFields, StayUnchangedIfNewNameIsCanceled) {
   EXPECT_EQ(field_.currentText(), "Meeting");
   EXPECT_EQ(field_.category(), "meeting");
   EXPECT_EQ(chosen.count(), 0);
+}
+
+// Keys may follow before the dialog returns.
+TEST_F(CategoryFields, TakeNewNameWhenItIsAccepted) {
+  field_.setStored(store_, "meeting");
+  QSignalSpy chosen(&field_, &CategoryField::chosen);
+  askForNew([&](NameDialog& dialog) {
+    naming("Boat")(dialog);
+    EXPECT_EQ(field_.category(), "Boat");
+    EXPECT_EQ(chosen.count(), 1);
+  });
+  EXPECT_EQ(field_.category(), "Boat");
+  EXPECT_EQ(chosen.count(), 1);
+}
+
+TEST(DateFields, TakeDateWhenItIsAccepted) {
+  tasks::DateField field(tasks::DateDialog::Kind::day, {"Due Date", "No Due Date"});
+  field.show();
+  QSignalSpy chosen(&field, &tasks::DateField::chosen);
+  inDialog<tasks::DateDialog>([&] { field.click(); },
+                              [&](tasks::DateDialog& dialog) {
+                                dialog.accept();
+                                EXPECT_TRUE(field.date().has_value());
+                                EXPECT_EQ(chosen.count(), 1);
+                              });
+  EXPECT_TRUE(field.date().has_value());
+  EXPECT_EQ(chosen.count(), 1);
 }
 
 TEST_F(CategoryFields, MayBeDeletedWhileDialogIsOpen) {
