@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <utility>
 
 using testing::HasSubstr;
 
@@ -22,7 +23,12 @@ protected:
 
   // Exchanges the task as `sync_client verb 1` with a file on standard input.
   Outcome client(const std::string& verb, const std::string& input = {}) {
-    return shell(std::string(SYNC_CLIENT) + ' ' + verb + " 1 < " + file("item", input));
+    // The shell may be of another architecture than the client.
+    const std::string libraries = std::exchange(environment_["LD_PRELOAD"], {});
+    const Outcome run = shell("LD_PRELOAD='" + libraries + "' " SYNC_CLIENT " " + verb + " 1 < " +
+                              file("item", input));
+    environment_["LD_PRELOAD"] = libraries;
+    return run;
   }
   void expectNothingSent(const std::string& verb) {
     const Outcome run = client(verb);

@@ -1,6 +1,6 @@
-// Linked into tests that run in qemu, whose version 7.2 knows descriptors of processes (P_PIDFD)
-// in waitid but not in clone. Qt asks only waitid and then starts no process at all. If waitid
-// does not know them either, Qt starts processes with fork.
+// Linked into tests that run in qemu, and preloaded into programs that they start. Version 7.2 of
+// qemu knows descriptors of processes (P_PIDFD) in waitid but not in clone. Qt asks only waitid and
+// then starts no process at all. If waitid does not know them either, Qt uses fork.
 
 #include <cerrno>
 #include <cstdarg>

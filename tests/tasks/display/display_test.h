@@ -62,6 +62,8 @@ protected:
     std::filesystem::create_directories(path("config/ulo"));
     addApplication("{1e18dc2d-f4f1-4653-bec5-fd4591927127}",
                    "touch " + path("synchronised") + "\n");
+    if (*ULO_QEMU_PROCESSES != '\0')
+      environment_["LD_PRELOAD"] = ULO_QEMU_PROCESSES;
     // Prevents starting a bus on demand.
     for (const char* bus : {"DBUS_SESSION_BUS_ADDRESS", "DBUS_SYSTEM_BUS_ADDRESS"})
       environment_[bus] = "unix:path=" + path("no-bus");
