@@ -24,7 +24,7 @@ namespace {
 // Messages up to this length are one line; longer ones continue in lines marked as such.
 constexpr std::size_t messageBuffer = 64UL * 1024;
 
-// The time of a line, but for its milliseconds. Most lines are written in the same second as the
+// The time of a line without its milliseconds. Most lines are written in the same second as the
 // one before.
 struct Stamp {
   std::time_t second = -1;
