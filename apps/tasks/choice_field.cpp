@@ -40,10 +40,10 @@ void ChoiceField::showPopup() {
   view()->installEventFilter(this);
 }
 
-// Qt's list closes on Enter while it is only asked whether it overrides a shortcut. If the key has
-// arrived at the window of this field, because it was faster than the window of the list or because
-// the display gives the list no keys, the field would get it afterwards and open the list again. So
-// Enter chooses when it is delivered.
+// Qt's list closes on Enter while it is only asked whether it overrides a shortcut. The key may
+// have arrived at the window of this field, because it was faster than the window of the list, or
+// because the display gives the list no keys. Then the field would get it afterwards and open the
+// list again. With this filter, Enter chooses when it is delivered.
 bool ChoiceField::eventFilter(QObject* watched, QEvent* event) {
   const bool asked = event->type() == QEvent::ShortcutOverride;
   if ((!asked && event->type() != QEvent::KeyPress) || !isEnter(*static_cast<QKeyEvent*>(event)))

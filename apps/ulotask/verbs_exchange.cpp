@@ -180,8 +180,8 @@ void printJson(Session& session, const std::vector<Stored::Listed>& listed) {
   session.output.write(array.end());
 }
 
-// Until a store has about a thousand tasks, SQLite undoes a single insert from one block of memory,
-// which is faster than what it does for many changes.
+// Until a store has about a thousand tasks, SQLite keeps the data for undoing a single insert in
+// one block of memory, and is faster without the bulk transaction.
 ulo::WriteTransaction::Changes changesFor(Session& session, std::size_t todos) {
   constexpr std::size_t smallStore = 1000;
   return todos + session.countTasks() <= smallStore ? ulo::WriteTransaction::Changes::few
