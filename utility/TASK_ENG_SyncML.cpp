@@ -6,6 +6,7 @@
 #include "first_task.h"
 #include "log_place.h"
 #include "outbound_file.h"
+#include "todo_reader.h"
 #include "ulo/descriptor.h"
 
 #include <QFile>
@@ -247,6 +248,9 @@ bool TASK_ENG_SyncML::fileToTask(int fd, ZTASK_ENG_Task& task) {
     ULO_LOG_ERROR("the task pointer is empty!");
     return false;
   }
+  // Stored over a task, it would remove the value.
+  if (ulo::lastReadLacksValue())
+    return false;
   takeFirst(tasks, task);
   LOG_TRACE("Exiting fileToTask successfully");
   return true;
@@ -269,6 +273,9 @@ bool TASK_ENG_SyncML::stringToTask(const std::string& text, ZTASK_ENG_Task& task
     ULO_LOG_ERROR("the task pointer is empty!");
     return false;
   }
+  // Stored over a task, it would remove the value.
+  if (ulo::lastReadLacksValue())
+    return false;
   takeFirst(tasks, task);
   return true;
 }

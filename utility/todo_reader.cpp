@@ -116,6 +116,8 @@ void setInstant(Task& task, Task::TASK_FIELD_T field, const QDateTime& instant) 
     task.setDateTime(field, UTIL_TimeConversion::toLocalTime(instant));
 }
 
+thread_local bool lacksValue = false;
+
 // Reads one to-do. Calls `undecoded` with the field of each text that is not valid in its character
 // set. If memory is short, returns null, or sets `valueIsLost` and goes on without the value.
 template <typename Undecoded>
@@ -228,8 +230,10 @@ bool TodoReader::readPart(std::vector<std::unique_ptr<Task>>& tasks, ReadReport&
           report.undecoded.push_back({todos_, field});
       };
       std::unique_ptr<Task> task = toTaskRec(todo, undecoded, valueIsLost);
-      if (valueIsLost)
+      if (valueIsLost) {
+        lacksValue = true;
         report.failure = ReadFailure::memory;
+      }
       if (task == nullptr) {
         codec_log::todoNotRead();
         report.failure = ReadFailure::memory;
@@ -257,12 +261,17 @@ bool TodoReader::readPart(std::vector<std::unique_ptr<Task>>& tasks, ReadReport&
 }
 
 TodosRead TodoReader::read() {
+  lacksValue = false;
   TodosRead result;
   while (readPart(result.tasks, result.report)) {
   }
   if (!hasParsed_)
     result.tasks.clear();
   return result;
+}
+
+bool lastReadLacksValue() {
+  return lacksValue;
 }
 
 bool TodoReader::hasTodo() {

@@ -105,4 +105,8 @@ private:
   bool isFinished_ = false;
 };
 
+// True if a task of the last text that this thread has read with a ZVtodoParser, or with
+// TodoReader::read(), lacks a value, because memory was short. ZVtodoParser itself cannot say so.
+[[nodiscard]] bool lastReadLacksValue();
+
 }  // namespace ulo

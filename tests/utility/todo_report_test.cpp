@@ -2,6 +2,7 @@
 #include "failing_new.h"
 #include "library_faults.h"
 
+#include "TASK_ENG_SyncML.h"
 #include "ZVtodoParser.h"
 #include "log_capture.h"
 #include "task_text.h"
@@ -183,6 +184,23 @@ TEST_F(TodoReading, PublishedReaderSkipsValueThatCannotBeAllocated) {
   EXPECT_TRUE(tasks.at(1)->getString(Task::TASK_FIELD_SUMMARY).isEmpty());
   EXPECT_EQ(tasks.at(2)->getString(Task::TASK_FIELD_SUMMARY), "2");
   EXPECT_THAT(log_.withoutLines(), HasSubstr(errorLine("Unable to allocate memory")));
+}
+
+// The second value of the to-do.
+TEST_F(TodoReading, ReplacementThatLacksValueIsRejected) {
+  const DataDirectory directory;
+  TASK_ENG_SyncML adaptor;
+  unsigned int uid = 0;
+  const std::string text = calendar("SUMMARY:a\r\nDESCRIPTION:b\r\n");
+  ASSERT_EQ(adaptor.addEvent(text, uid), TASK_SYNCML_OK);
+  loader_.failingMalloc = 2;
+  EXPECT_NE(adaptor.updateEvent(text, uid), TASK_SYNCML_OK);
+  Task task;
+  ASSERT_EQ(adaptor.getTask(uid, task), TASK_ENG_OK);
+  EXPECT_EQ(task.getString(Task::TASK_FIELD_NOTE), "b");
+  loader_.failingMalloc = 2;
+  EXPECT_NE(adaptor.addEvent(text, uid), TASK_SYNCML_OK);
+  EXPECT_EQ(adaptor.addEvent(text, uid), TASK_SYNCML_OK);
 }
 
 TEST_F(TodoReading, ReportsAlarmTimeThatCannotBeAllocated) {
