@@ -40,10 +40,10 @@ void ChoiceField::showPopup() {
   view()->installEventFilter(this);
 }
 
-// Qt's list closes on Enter while it is only asked whether it overrides a shortcut. The key may
-// have arrived at the window of this field, because it was faster than the window of the list, or
-// because the display gives the list no keys. Then the field would get it afterwards and open the
-// list again. With this filter, Enter chooses when it is delivered.
+// Qt asks the open list whether Enter overrides a shortcut, and the list closes at that moment. If
+// the key arrived at the window of this field, Qt delivers it to the field afterwards, which would
+// open the list again. This happens if the key is faster than the window of the list, or if the
+// display sends it no keys. With this filter, Enter chooses when it is delivered.
 bool ChoiceField::eventFilter(QObject* watched, QEvent* event) {
   const bool asked = event->type() == QEvent::ShortcutOverride;
   if ((!asked && event->type() != QEvent::KeyPress) || !isEnter(*static_cast<QKeyEvent*>(event)))

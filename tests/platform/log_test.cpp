@@ -282,6 +282,27 @@ TEST_F(LogSink, OffsetHasSignHoursAndMinutes) {
             0);
 }
 
+TEST_F(LogSink, TimeFollowsClockFromSecondToSecond) {
+  EXPECT_EQ(inOtherProcess([&] {
+              setenv("ULO_LOG", file().c_str(), 1);
+              ulo::openLogSink("program");
+              const auto seconds = [] {
+                timespec now{};
+                clock_gettime(CLOCK_REALTIME, &now);
+                return now.tv_sec;
+              };
+              moduleLog(logError, "one");
+              for (const std::time_t logged = seconds(); seconds() <= logged;)
+                usleep(10000);
+              moduleLog(logError, "two");
+              constexpr std::size_t toSeconds = 19;  // 2006-03-05T12:00:00
+              const std::string lines = contentOf(file());
+              const std::string second = lines.substr(lines.find('\n') + 1);
+              return second.substr(0, toSeconds) > lines.substr(0, toSeconds) ? 0 : 1;
+            }),
+            0);
+}
+
 TEST_F(LogSink, TimeIsLocalWithOffset) {
   EXPECT_EQ(inOtherProcess([&] {
               setenv("TZ", "TST-5:30", 1);
