@@ -23,7 +23,7 @@ enum TASK_SyncML_Result : int {
 // A separate store object, to be used in the thread that created it. Items are passed as text,
 // through an open descriptor, which the caller owns, or in a string. Each operation returns
 // TASK_SYNCML_OTHERERROR if the store is not open; other failures of the store are mapped to the
-// codes above.
+// codes above. No operation throws.
 //
 // Reading and writing text uses the vObject library, whose parser state is global: while getEvent,
 // addEvent or updateEvent runs, no other thread of the process may read or write calendar text,
@@ -90,7 +90,8 @@ public:
 
   // Begins a run. The store remembers `mode`.
   void beginSync(int mode);
-  // Ends the run and broadcasts its changes. Does nothing outside a run.
+  // Ends the run and broadcasts its changes. Does nothing outside a run. If memory is exhausted,
+  // the end of the next run broadcasts them.
   void endSync();
 
 private:

@@ -49,8 +49,16 @@ int syncCode(int storeCode) {
   }
 }
 
+int noMemoryForItem(LogPlace place = LogPlace::current()) {
+  ULO_LOG_ERROR_AT(place, "Memary is full!!!");
+  return TASK_SYNCML_NOMEMORY;
+}
+
 struct FreeMemory {
   void operator()(char* memory) const { std::free(memory); }
+};
+struct RemoveFile {
+  void operator()(const char* name) const { unlink(name); }
 };
 
 // Waits until the descriptor is writable. Returns false if it has failed.
@@ -98,7 +106,7 @@ QString TASK_ENG_SyncML::outboundName(unsigned int uid) const {
   return tmpDir + QStringLiteral("/%1.vtodo").arg(uid);
 }
 
-int TASK_ENG_SyncML::getEvent(int fd, int& size, int maxSize, unsigned int uid) {
+int TASK_ENG_SyncML::getEvent(int fd, int& size, int maxSize, unsigned int uid) try {
   LOG_TRACE("Starting getEvent with fd = %d, maxSize = %d, uid = %d", fd, maxSize,
             static_cast<int>(uid));
   ZTASK_ENG_Task task;
@@ -158,9 +166,11 @@ int TASK_ENG_SyncML::getEvent(int fd, int& size, int maxSize, unsigned int uid) 
   outbound.remove();
   LOG_TRACE("Exiting getEvent successfully");
   return TASK_SYNCML_OK;
+} catch (const std::bad_alloc&) {
+  return noMemoryForItem();
 }
 
-int TASK_ENG_SyncML::getEvent(std::string& text, unsigned int uid) {
+int TASK_ENG_SyncML::getEvent(std::string& text, unsigned int uid) try {
   ZTASK_ENG_Task task;
   if (const int code = getTask(uid, task); code != TASK_ENG_OK) {
     ULO_LOG_ERROR("Error Occured when getting a Task!");
@@ -192,10 +202,8 @@ int TASK_ENG_SyncML::getEvent(std::string& text, unsigned int uid) {
   const qint64 size = file.size();
   const std::unique_ptr<char, FreeMemory> buffer(
       static_cast<char*>(std::calloc(static_cast<std::size_t>(size) + 1, 1)));
-  if (buffer == nullptr) {
-    ULO_LOG_ERROR("Memary is full!!!");
-    return TASK_SYNCML_NOMEMORY;
-  }
+  if (buffer == nullptr)
+    return noMemoryForItem();
   file.flush();
   const qint64 got = file.read(buffer.get(), size);
   const bool whole = outbound.isWhole();
@@ -210,6 +218,8 @@ int TASK_ENG_SyncML::getEvent(std::string& text, unsigned int uid) {
   }
   text.append(buffer.get());
   return TASK_SYNCML_OK;
+} catch (const std::bad_alloc&) {
+  return noMemoryForItem();
 }
 
 // Inbound
@@ -226,6 +236,7 @@ bool TASK_ENG_SyncML::fileToTask(int fd, ZTASK_ENG_Task& task) {
     ULO_LOG_ERROR("Could not create temporary file");
     return false;
   }
+  std::unique_ptr<const char, RemoveFile> file(name);
   const bool whole = copyAll(fd, copy.get()).taken;
   copy.reset();
   QList<ZTASK_ENG_Task> tasks;
@@ -237,7 +248,7 @@ bool TASK_ENG_SyncML::fileToTask(int fd, ZTASK_ENG_Task& task) {
   } else {
     ULO_LOG_ERROR("Could not copy to the temporary file");
   }
-  unlink(name);
+  file.reset();
   if (!whole)
     return false;
   if (tasks.isEmpty()) {
@@ -314,7 +325,7 @@ int TASK_ENG_SyncML::store(ZTASK_ENG_Task& task, unsigned int& uid, bool traced)
   return changeMade(code);
 }
 
-int TASK_ENG_SyncML::addEvent(int fd, int size, unsigned int& uid) {
+int TASK_ENG_SyncML::addEvent(int fd, int size, unsigned int& uid) try {
   LOG_TRACE("Starting addEvent with fd = %d, size = %d", fd, size);
   ZTASK_ENG_Task task;
   if (!fileToTask(fd, task)) {
@@ -323,15 +334,19 @@ int TASK_ENG_SyncML::addEvent(int fd, int size, unsigned int& uid) {
     return TASK_SYNCML_OTHERERROR;
   }
   return store(task, uid, true);
+} catch (const std::bad_alloc&) {
+  return noMemoryForItem();
 }
 
-int TASK_ENG_SyncML::addEvent(const std::string& text, unsigned int& uid) {
+int TASK_ENG_SyncML::addEvent(const std::string& text, unsigned int& uid) try {
   ZTASK_ENG_Task task;
   if (!stringToTask(text, task)) {
     ULO_LOG_ERROR("failed to get task from string!!");
     return TASK_SYNCML_OTHERERROR;
   }
   return store(task, uid, false);
+} catch (const std::bad_alloc&) {
+  return noMemoryForItem();
 }
 
 int TASK_ENG_SyncML::updateEvent(int fd, int size, unsigned int uid) {
@@ -360,12 +375,14 @@ int TASK_ENG_SyncML::removeAll() {
   return changeMade(ZTASK_ENG_Model::removeAll());
 }
 
-int TASK_ENG_SyncML::getAllIDs(std::vector<unsigned int>& ids) {
+int TASK_ENG_SyncML::getAllIDs(std::vector<unsigned int>& ids) try {
   QValueList<unsigned int> all;
   if (const int code = ZTASK_ENG_Model::getAllIDs(all); code != TASK_ENG_OK)
     return syncCode(code);
   ids.insert(ids.end(), all.begin(), all.end());
   return TASK_SYNCML_OK;
+} catch (const std::bad_alloc&) {
+  return noMemoryForItem();
 }
 
 // Runs
@@ -383,5 +400,10 @@ void TASK_ENG_SyncML::endSync() {
     return;
   changed = false;
   ULO_LOG_ERROR("Sending db change msg to HSA!");
-  QCopChannel::send(channel, dataChanged);
+  try {
+    QCopChannel::send(channel, dataChanged);
+  } catch (const std::bad_alloc&) {
+    noMemoryForItem();
+    changed = true;  // the end of the next run broadcasts it
+  }
 }

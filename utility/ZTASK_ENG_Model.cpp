@@ -56,6 +56,33 @@ int taskNotUpdated(int databaseResult, LogPlace place = LogPlace::current()) {
   return changeFailed(databaseResult);
 }
 
+// Adds a category to the open store. Throws std::bad_alloc, after which nothing has been added.
+int storeCategory(const QString& name, unsigned int& uid) {
+  // If several programs add a name at once, the first adds it and the others find it.
+  WriteScope write;
+  unsigned int present = 0;
+  const int found = findCategory(name, present);
+  if (found == TASK_ENG_OK && static_cast<int>(present) > -1)
+    return TASK_ENG_EXISTS;
+  if (found != TASK_ENG_NOT_FOUND)
+    return TASK_ENG_DATABASE_FAILURE;
+  ParameterBlock block(1);
+  if (!block)
+    return noMemory();
+  if (name.isNull())
+    ULO_LOG_ERROR("the category is null");
+  block.bindVarchar(0, name);
+  int ret = write.result() == DB_OK ? block.exec(task_scripts::insertCategory) : write.result();
+  if (ret == DB_OK)
+    ret = write.keep();
+  if (ret != DB_OK) {
+    ULO_LOG_ERROR("AddCategory failed! [ret=%d]", ret);
+    return changeFailed(ret);
+  }
+  uid = static_cast<unsigned int>(DB_GetTag());
+  return TASK_ENG_OK;
+}
+
 }  // namespace
 
 ZTASK_ENG_Model::ZTASK_ENG_Model() {
@@ -83,7 +110,7 @@ ZTASK_ENG_Model::~ZTASK_ENG_Model() {
   moduleLog(logTrace, "Exiting function %s\n", "~ZTASK_ENG_Model");
 }
 
-bool ZTASK_ENG_Model::getTaskWritePath(QString& path) {
+bool ZTASK_ENG_Model::getTaskWritePath(QString& path) try {
   QDir directory(QFile::decodeName(std::getenv("ULO_APP_WRITE_PATH")));
   if (!directory.cd("tasks")) {
     if (!directory.mkdir("tasks")) {
@@ -94,9 +121,12 @@ bool ZTASK_ENG_Model::getTaskWritePath(QString& path) {
   }
   path = directory.path();
   return true;
+} catch (const std::bad_alloc&) {
+  noMemory();
+  return false;
 }
 
-int ZTASK_ENG_Model::checkTables() {
+int ZTASK_ENG_Model::checkTables() try {
   using Columns = task_scripts::TablesPresent;
   ResultRows rows;
   if (rows.query(task_scripts::checkTables) != DB_OK)
@@ -134,9 +164,8 @@ int ZTASK_ENG_Model::checkTables() {
     ULO_LOG_ERROR("Attention Please, No record in category table!!!");
     ULO_LOG_ERROR("We have to add 'null' category to make calendar work!");
   }
-  QString nullName;
   unsigned int uid = 0;
-  const int added = addCategory(nullName, uid);
+  const int added = storeCategory(QString(), uid);
   if (added == TASK_ENG_EXISTS) {
     ULO_LOG_ERROR("OK! the null category exists!!");
   } else if (added != TASK_ENG_OK) {
@@ -144,6 +173,8 @@ int ZTASK_ENG_Model::checkTables() {
     return added;
   }
   return result;
+} catch (const std::bad_alloc&) {
+  return noMemory();
 }
 
 // Without a reporter, programs that follow the changes find this one with the next.
@@ -157,18 +188,18 @@ void ZTASK_ENG_Model::report(unsigned int uid, int changeType) {
   reporter_->report(record, reporterHandle_);
 }
 
-int ZTASK_ENG_Model::addTask(ZTASK_ENG_Task& task) {
+int ZTASK_ENG_Model::addTask(ZTASK_ENG_Task& task) try {
   if (!open_)
     return TASK_ENG_NOT_OPEN;
   // No other program may add or remove the category before the task is stored.
   WriteScope write;
   if (write.result() != DB_OK)
     return taskNotAdded(write.result());
-  QString category = task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY);
+  const QString category = task.getString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY);
   unsigned int categoryUid = 0;
   if (const int found = findCategory(category, categoryUid); found == TASK_ENG_NOT_FOUND) {
     ULO_LOG_ERROR("No such category!Add it to DB.");
-    if (const int added = addCategory(category, categoryUid); added != TASK_ENG_OK) {
+    if (const int added = storeCategory(category, categoryUid); added != TASK_ENG_OK) {
       // The failure may have ended the transaction. The caller's transaction cannot be restarted.
       write.restart();
       if (write.result() != DB_OK) {
@@ -185,7 +216,7 @@ int ZTASK_ENG_Model::addTask(ZTASK_ENG_Task& task) {
 
   ParameterBlock block(10);
   if (!block)
-    return noParameterBlock();
+    return noMemory();
   bindPriorityToNote(block, 0, task);
   bindText(block, 3, task.getString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY));
   bindText(block, 4, task.getString(ZTASK_ENG_Task::TASK_FIELD_UUID));
@@ -199,9 +230,11 @@ int ZTASK_ENG_Model::addTask(ZTASK_ENG_Task& task) {
   task.setUINT32(ZTASK_ENG_Task::TASK_FIELD_UID, uid);
   report(uid, SVC_CT_ADDED);
   return TASK_ENG_OK;
+} catch (const std::bad_alloc&) {
+  return noMemory();
 }
 
-int ZTASK_ENG_Model::getTask(unsigned int uid, ZTASK_ENG_Task& task) {
+int ZTASK_ENG_Model::getTask(unsigned int uid, ZTASK_ENG_Task& task) try {
   if (!open_)
     return TASK_ENG_NOT_OPEN;
   const ReadSnapshot snapshot;
@@ -216,9 +249,11 @@ int ZTASK_ENG_Model::getTask(unsigned int uid, ZTASK_ENG_Task& task) {
   }
   TaskReader<task_scripts::MarkedTask>(open_, rows).read(uid, task);
   return TASK_ENG_OK;
+} catch (const std::bad_alloc&) {
+  return noMemory();
 }
 
-int ZTASK_ENG_Model::updateTask(ZTASK_ENG_Task& task) {
+int ZTASK_ENG_Model::updateTask(ZTASK_ENG_Task& task) try {
   if (!open_)
     return TASK_ENG_NOT_OPEN;
   // No other program may remove the category before the task is stored.
@@ -243,7 +278,7 @@ int ZTASK_ENG_Model::updateTask(ZTASK_ENG_Task& task) {
 
   ParameterBlock block(11);
   if (!block)
-    return noParameterBlock();
+    return noMemory();
   const unsigned int uid = task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID);
   block.bindInteger(0, static_cast<int>(uid));
   bindPriorityToNote(block, 1, task);
@@ -268,6 +303,8 @@ int ZTASK_ENG_Model::updateTask(ZTASK_ENG_Task& task) {
     return taskNotUpdated(ret);
   report(uid, SVC_CT_UPDATED);
   return TASK_ENG_OK;
+} catch (const std::bad_alloc&) {
+  return noMemory();
 }
 
 int ZTASK_ENG_Model::removeTask(unsigned int uid) {
@@ -275,7 +312,7 @@ int ZTASK_ENG_Model::removeTask(unsigned int uid) {
     return TASK_ENG_NOT_OPEN;
   ParameterBlock block(1);
   if (!block)
-    return noParameterBlock();
+    return noMemory();
   block.bindInteger(0, static_cast<int>(uid));
   ResultRows rows;
   if (const int ret = block.query(rows, task_scripts::removeTask); ret != DB_OK) {
@@ -306,40 +343,18 @@ int ZTASK_ENG_Model::removeTasks(QValueList<unsigned int>& uids) {
   return TASK_ENG_OK;
 }
 
-int ZTASK_ENG_Model::addCategory(QString& name, unsigned int& uid) {
-  if (!open_)
-    return TASK_ENG_NOT_OPEN;
-  // If several programs add a name at once, the first adds it and the others find it.
-  WriteScope write;
-  unsigned int present = 0;
-  const int found = findCategory(name, present);
-  if (found == TASK_ENG_OK && static_cast<int>(present) > -1)
-    return TASK_ENG_EXISTS;
-  if (found != TASK_ENG_NOT_FOUND)
-    return TASK_ENG_DATABASE_FAILURE;
-  ParameterBlock block(1);
-  if (!block)
-    return noParameterBlock();
-  if (name.isNull())
-    ULO_LOG_ERROR("the category is null");
-  block.bindVarchar(0, name);
-  int ret = write.result() == DB_OK ? block.exec(task_scripts::insertCategory) : write.result();
-  if (ret == DB_OK)
-    ret = write.keep();
-  if (ret != DB_OK) {
-    ULO_LOG_ERROR("AddCategory failed! [ret=%d]", ret);
-    return changeFailed(ret);
-  }
-  uid = static_cast<unsigned int>(DB_GetTag());
-  return TASK_ENG_OK;
+int ZTASK_ENG_Model::addCategory(QString& name, unsigned int& uid) try {
+  return open_ ? storeCategory(name, uid) : TASK_ENG_NOT_OPEN;
+} catch (const std::bad_alloc&) {
+  return noMemory();
 }
 
-int ZTASK_ENG_Model::renameCategory(QString& oldName, QString& newName) {
+int ZTASK_ENG_Model::renameCategory(QString& oldName, QString& newName) try {
   if (!open_)
     return TASK_ENG_NOT_OPEN;
   ParameterBlock block(2);
   if (!block)
-    return noParameterBlock();
+    return noMemory();
   block.bindVarchar(0, oldName.toLower());
   block.bindVarchar(1, newName.toLower());
   if (const int ret = block.exec(task_scripts::renameCategory); ret != DB_OK) {
@@ -347,9 +362,11 @@ int ZTASK_ENG_Model::renameCategory(QString& oldName, QString& newName) {
     return changeFailed(ret);
   }
   return TASK_ENG_OK;
+} catch (const std::bad_alloc&) {
+  return noMemory();
 }
 
-int ZTASK_ENG_Model::removeCategory(QString& name, bool withTasks) {
+int ZTASK_ENG_Model::removeCategory(QString& name, bool withTasks) try {
   if (!open_)
     return TASK_ENG_NOT_OPEN;
   if (withTasks) {
@@ -367,13 +384,15 @@ int ZTASK_ENG_Model::removeCategory(QString& name, bool withTasks) {
   }
   ParameterBlock block(1);
   if (!block)
-    return noParameterBlock();
+    return noMemory();
   block.bindVarchar(0, name);
   if (const int ret = block.exec(task_scripts::removeCategory); ret != DB_OK) {
     ULO_LOG_ERROR("RemoveCategory failed! [ret=%d]", ret);
     return TASK_ENG_DATABASE_FAILURE;
   }
   return TASK_ENG_OK;
+} catch (const std::bad_alloc&) {
+  return noMemory();
 }
 
 int ZTASK_ENG_Model::removeTasksWithCategoryId(int categoryUid) {
@@ -382,7 +401,7 @@ int ZTASK_ENG_Model::removeTasksWithCategoryId(int categoryUid) {
     return TASK_ENG_NOT_OPEN;
   ParameterBlock block(1);
   if (!block)
-    return noParameterBlock();
+    return noMemory();
   block.bindInteger(0, categoryUid);
   ResultRows rows;
   if (const int ret = block.query(rows, task_scripts::removeTasksOfCategory); ret != DB_OK) {
@@ -396,14 +415,19 @@ int ZTASK_ENG_Model::removeTasksWithCategoryId(int categoryUid) {
     return TASK_ENG_OK;
   }
   QValueList<unsigned int> removed;
-  for (; !rows.atEnd() && !rows.boolean(Columns::flag); rows.next())
-    removed.append(rows.uid(Columns::uid));
+  try {
+    for (; !rows.atEnd() && !rows.boolean(Columns::flag); rows.next())
+      removed.append(rows.uid(Columns::uid));
+  } catch (const std::bad_alloc&) {
+    // All tasks are removed, and those without a report are in the journal.
+    noMemory();
+  }
   for (const unsigned int uid : removed)
     report(uid, SVC_CT_REMOVED);
   return TASK_ENG_OK;
 }
 
-int ZTASK_ENG_Model::getAllCategories(QValueList<QString>& names) {
+int ZTASK_ENG_Model::getAllCategories(QValueList<QString>& names) try {
   using Columns = task_scripts::NameFlag;
   if (!open_)
     return TASK_ENG_NOT_OPEN;
@@ -416,9 +440,13 @@ int ZTASK_ENG_Model::getAllCategories(QValueList<QString>& names) {
     ULO_LOG_ERROR("The category table is empty!");
     return TASK_ENG_OK;
   }
+  Growth growth(names);
   for (; !rows.atEnd() && rows.boolean(Columns::flag); rows.next())
     names.append(rows.varchar(Columns::name));
+  growth.keep();
   return TASK_ENG_OK;
+} catch (const std::bad_alloc&) {
+  return noMemory();
 }
 
 int ZTASK_ENG_Model::getCount(int& count) {
@@ -433,7 +461,7 @@ int ZTASK_ENG_Model::getCount(int& count) {
   return TASK_ENG_OK;
 }
 
-int ZTASK_ENG_Model::getCount(int& count, TASK_CATEGORY category) {
+int ZTASK_ENG_Model::getCount(int& count, TASK_CATEGORY category) try {
   if (!open_) {
     count = 0;
     return TASK_ENG_NOT_OPEN;
@@ -444,7 +472,7 @@ int ZTASK_ENG_Model::getCount(int& count, TASK_CATEGORY category) {
   ParameterBlock block(1);
   // With another filter, the query fails without a block: a contract.
   if (due && !block)
-    return noParameterBlock();
+    return noMemory();
   bindFilter(block, 0, category);
   ResultRows rows;
   if (const int ret =
@@ -455,9 +483,11 @@ int ZTASK_ENG_Model::getCount(int& count, TASK_CATEGORY category) {
   }
   count = rows.integer(task_scripts::Count::count);
   return TASK_ENG_OK;
+} catch (const std::bad_alloc&) {
+  return noMemory();
 }
 
-int ZTASK_ENG_Model::getAllIDs(QValueList<unsigned int>& ids) {
+int ZTASK_ENG_Model::getAllIDs(QValueList<unsigned int>& ids) try {
   if (!open_)
     return TASK_ENG_NOT_OPEN;
   ResultRows rows;
@@ -465,13 +495,17 @@ int ZTASK_ENG_Model::getAllIDs(QValueList<unsigned int>& ids) {
     ULO_LOG_ERROR("GetAllIDs failed! [ret=%d]", ret);
     return TASK_ENG_DATABASE_FAILURE;
   }
+  Growth growth(ids);
   for (; !rows.atEnd(); rows.next())
     ids.append(rows.uid(task_scripts::Uid::uid));
+  growth.keep();
   return TASK_ENG_OK;
+} catch (const std::bad_alloc&) {
+  return noMemory();
 }
 
 int ZTASK_ENG_Model::getAllIDs(QValueList<unsigned int>& ids, TASK_CATEGORY category,
-                               TASK_SORT_FIELD sort) {
+                               TASK_SORT_FIELD sort) try {
   using Columns = task_scripts::UidFlag;
   if (!open_)
     return TASK_ENG_NOT_OPEN;
@@ -483,7 +517,7 @@ int ZTASK_ENG_Model::getAllIDs(QValueList<unsigned int>& ids, TASK_CATEGORY cate
     const bool due = category == TASK_CATEGORY_DUE;
     ParameterBlock block(1);
     if (due && !block)
-      return noParameterBlock();
+      return noMemory();
     bindFilter(block, 0, category);
     ret = block.query(rows, due ? task_scripts::dueUids : task_scripts::uidsByStatus,
                       sortIndex(sort));
@@ -492,10 +526,14 @@ int ZTASK_ENG_Model::getAllIDs(QValueList<unsigned int>& ids, TASK_CATEGORY cate
     ULO_LOG_ERROR("GetTasks failed! [ret=%d]", ret);
     return TASK_ENG_DATABASE_FAILURE;
   }
+  Growth growth(ids);
   // After the last row, the flag is false.
   for (; rows.boolean(Columns::flag); rows.next())
     ids.append(rows.uid(Columns::uid));
+  growth.keep();
   return TASK_ENG_OK;
+} catch (const std::bad_alloc&) {
+  return noMemory();
 }
 
 int ZTASK_ENG_Model::removeAll() {
@@ -528,7 +566,7 @@ int ZTASK_ENG_Model::removeAll() {
 }
 
 int ZTASK_ENG_Model::getTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task::TASK_FIELD_T field,
-                              long from, long to) {
+                              long from, long to) try {
   if (from > to)
     return TASK_ENG_BAD_PARAMETER;
   const bool due = field == ZTASK_ENG_Task::TASK_FIELD_DUE;
@@ -536,7 +574,7 @@ int ZTASK_ENG_Model::getTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task:
   const char* column = due ? "due" : "end";
   ParameterBlock block(2);
   if (!block)
-    return noParameterBlock();
+    return noMemory();
   const StoredRange range(from, to);
   block.bindInteger(0, range.from);
   block.bindInteger(1, range.to);
@@ -551,16 +589,18 @@ int ZTASK_ENG_Model::getTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task:
     return TASK_ENG_NOT_FOUND;
   appendMarkedTasks(open_, rows, true, tasks);
   return TASK_ENG_OK;
+} catch (const std::bad_alloc&) {
+  return noMemory();
 }
 
-int ZTASK_ENG_Model::getTasks(QValueList<ZTASK_ENG_Task>& tasks, QString& category) {
+int ZTASK_ENG_Model::getTasks(QValueList<ZTASK_ENG_Task>& tasks, QString& category) try {
   const ReadSnapshot snapshot;
   unsigned int uid = 0;
   if (const int found = findCategory(category, uid); found != TASK_ENG_OK)
     return found;
   ParameterBlock block(1);
   if (!block)
-    return noParameterBlock();
+    return noMemory();
   block.bindInteger(0, static_cast<int>(uid));
   ResultRows rows;
   if (const int ret = block.query(rows, task_scripts::tasksOfCategory); ret != DB_OK) {
@@ -571,10 +611,12 @@ int ZTASK_ENG_Model::getTasks(QValueList<ZTASK_ENG_Task>& tasks, QString& catego
     return TASK_ENG_NOT_FOUND;
   appendMarkedTasks(open_, rows, true, tasks);
   return TASK_ENG_OK;
+} catch (const std::bad_alloc&) {
+  return noMemory();
 }
 
 int ZTASK_ENG_Model::getTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task& start, int count,
-                              TASK_CATEGORY category, TASK_SORT_FIELD sort) {
+                              TASK_CATEGORY category, TASK_SORT_FIELD sort) try {
   if (!open_) {
     ULO_LOG_ERROR("DB is not alive!!!");
     return TASK_ENG_NOT_OPEN;
@@ -586,7 +628,7 @@ int ZTASK_ENG_Model::getTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task&
   const bool filtered = category != TASK_CATEGORY_ALL;
   ParameterBlock block(filtered ? 5 : 4);
   if (!block)
-    return noParameterBlock();
+    return noMemory();
   const QDateTime due = start.getInstant(ZTASK_ENG_Task::TASK_FIELD_DUE);
   if (sort == TASK_SORT_DUE) {
     block.bindDate(0, due);
@@ -615,9 +657,11 @@ int ZTASK_ENG_Model::getTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task&
   }
   appendMarkedTasks(open_, rows, false, tasks);
   return TASK_ENG_OK;
+} catch (const std::bad_alloc&) {
+  return noMemory();
 }
 
-int ZTASK_ENG_Model::getMatchTasks(QValueList<ZTASK_ENG_Task>& tasks, QString& text) {
+int ZTASK_ENG_Model::getMatchTasks(QValueList<ZTASK_ENG_Task>& tasks, QString& text) try {
   const ReadSnapshot snapshot;
   int count = 0;
   if (const int counted = getCount(count); counted != TASK_ENG_OK)
@@ -627,6 +671,7 @@ int ZTASK_ENG_Model::getMatchTasks(QValueList<ZTASK_ENG_Task>& tasks, QString& t
   ResultRows rows;
   if (rows.query(task_scripts::allTasks) != DB_OK)
     return TASK_ENG_DATABASE_FAILURE;
+  Growth growth(tasks);
   const TaskReader<task_scripts::PlainTask> reader(open_, rows);
   for (; !rows.atEnd(); rows.next()) {
     const bool isInRow = mentions(rows, text);
@@ -634,10 +679,13 @@ int ZTASK_ENG_Model::getMatchTasks(QValueList<ZTASK_ENG_Task>& tasks, QString& t
     if (isInRow || contains(category, text))
       reader.append(tasks, category);
   }
+  growth.keep();
   return TASK_ENG_OK;
+} catch (const std::bad_alloc&) {
+  return noMemory();
 }
 
-int ZTASK_ENG_Model::getMatchTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task& example) {
+int ZTASK_ENG_Model::getMatchTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_Task& example) try {
   const ReadSnapshot snapshot;
   int count = 0;
   if (const int counted = getCount(count); counted != TASK_ENG_OK)
@@ -651,6 +699,7 @@ int ZTASK_ENG_Model::getMatchTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_
     return TASK_ENG_DATABASE_FAILURE;
   }
   tasks.removeIf([&wanted](const ZTASK_ENG_Task& task) { return !wanted.isMetBy(task); });
+  Growth growth(tasks);
   const TaskReader<task_scripts::PlainTask> reader(open_, rows);
   for (; !rows.atEnd(); rows.next()) {
     const bool isMet = wanted.isMetBy(rows);
@@ -658,5 +707,8 @@ int ZTASK_ENG_Model::getMatchTasks(QValueList<ZTASK_ENG_Task>& tasks, ZTASK_ENG_
     if (isMet)
       reader.append(tasks, category);
   }
+  growth.keep();
   return TASK_ENG_OK;
+} catch (const std::bad_alloc&) {
+  return noMemory();
 }

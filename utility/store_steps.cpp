@@ -48,7 +48,7 @@ int createCategoryTable(LogPlace place) {
   return TASK_ENG_OK;
 }
 
-int noParameterBlock(LogPlace place) {
+int noMemory(LogPlace place) {
   ULO_LOG_ERROR_AT(place, "Db memary is full!");
   return TASK_ENG_MEMORY_FULL;
 }
@@ -57,7 +57,7 @@ int findCategory(const QString& name, unsigned int& uid, LogPlace place) {
   using Columns = task_scripts::FlagUid;
   ParameterBlock block(1);
   if (!block)
-    return noParameterBlock(place);
+    return noMemory(place);
   block.bindVarchar(0, name);
   ResultRows rows;
   if (const int ret = block.query(rows, task_scripts::categoryUidByName); ret != DB_OK) {
@@ -77,7 +77,7 @@ int findCategoryName(bool open, unsigned int uid, QString& name, LogPlace place)
     return TASK_ENG_NOT_OPEN;
   ParameterBlock block(1);
   if (!block)
-    return noParameterBlock(place);
+    return noMemory(place);
   block.bindInteger(0, static_cast<int>(uid));
   ResultRows rows;
   if (const int ret = block.query(rows, task_scripts::categoryNameByUid); ret != DB_OK) {
@@ -141,7 +141,9 @@ void bindFilter(ParameterBlock& block, int index, ZTASK_ENG_Model::TASK_CATEGORY
 void appendMarkedTasks(bool open, ResultRows& rows, bool endMark, QValueList<ZTASK_ENG_Task>& tasks,
                        LogPlace place) {
   using Columns = task_scripts::MarkedTask;
+  Growth growth(tasks);
   const TaskReader<Columns> reader(open, rows, place);
   for (; !rows.atEnd() && rows.boolean(Columns::flag) != endMark; rows.next())
     reader.append(tasks);
+  growth.keep();
 }

@@ -13,8 +13,8 @@ int createTaskTable();
 // Creates the category table with its index and, in a second step, its first rows.
 int createCategoryTable(LogPlace place = LogPlace::current());
 
-// Logs that there is no memory for parameters and returns the code for it.
-int noParameterBlock(LogPlace place = LogPlace::current());
+// Logs that memory is exhausted and returns the code for it.
+int noMemory(LogPlace place = LogPlace::current());
 // Converts the database's result of a failed change to a code of the store.
 inline int changeFailed(int databaseResult) {
   return databaseResult == DB_FULL ? TASK_ENG_MEMORY_FULL : TASK_ENG_DATABASE_FAILURE;
@@ -46,6 +46,20 @@ void bindFilter(ParameterBlock& block, int index, ZTASK_ENG_Model::TASK_CATEGORY
 inline const char* sortIndex(ZTASK_ENG_Model::TASK_SORT_FIELD sort) {
   return sort == ZTASK_ENG_Model::TASK_SORT_DUE ? "task_index_due" : "task_index_priority";
 }
+
+// While it exists, a list grows. Removes what was appended unless `keep` was called.
+template <typename Value> class Growth {
+public:
+  explicit Growth(QValueList<Value>& list) : list_(list), count_(list.count()) {}
+  Growth(const Growth&) = delete;
+  Growth& operator=(const Growth&) = delete;
+  ~Growth() { list_.truncate(count_); }
+  void keep() { count_ = list_.count(); }
+
+private:
+  QValueList<Value>& list_;
+  uint count_;
+};
 
 // Converts the rows of a result, which has the columns `Columns`, to tasks.
 template <typename Columns> class TaskReader {

@@ -117,11 +117,18 @@ void Session::requireCategory(const QString& name) {
     throw Failure(Exit::notFound, "no category has the name \"" + name.toStdString() + "\"");
 }
 
+Failure noRoom(const std::string& what) {
+  // Out of memory, the database has not failed, or not for want of space on the disk.
+  if (const int last = DB_LastResult(); last == DB_OK || last == DB_NO_MEMORY)
+    return {Exit::failed, what + ": memory is exhausted"};
+  return {Exit::storeFull, what + ": the store is full" + databaseReason()};
+}
+
 void require(int storeCode, const std::string& what) {
   if (storeCode == TASK_ENG_OK && DB_LastResult() != DB_NO_MEMORY)
     return;
   if (storeCode == TASK_ENG_MEMORY_FULL)
-    throw Failure(Exit::storeFull, what + " failed: the store is full" + databaseReason());
+    throw noRoom(what + " failed");
   throw Failure(Exit::failed, what + " failed: the store returned " + std::to_string(storeCode) +
                                   databaseReason());
 }

@@ -55,6 +55,10 @@ void keepLine(void* text, const char* utf8);
 // Says why the store cannot be opened, and which verb may help.
 Failure closedStore();
 
+// The failure after TASK_ENG_MEMORY_FULL or TASK_SYNCML_NOMEMORY, by what is full: the store, or
+// memory. Its message begins with `what`.
+Failure noRoom(const std::string& what);
+
 // Throws a Failure for any store result other than 0; its message begins with `what`, the name of
 // the operation. Also throws if the database has run out of memory, because the store then omits
 // fields that it could not read.

@@ -28,7 +28,7 @@ void requireSync(int code, const std::string& what) {
     throw Failure(Exit::notFound, what + ": no task has this UID, or no category the name that "
                                          "the item names");
   case TASK_SYNCML_NOMEMORY:
-    throw Failure(Exit::storeFull, what + ": the store is full");
+    throw noRoom(what);
   case TASK_SYNCML_TOOLARGE:
     throw Failure(Exit::tooLarge, what + ": the item is too large");
   case TASK_SYNCML_BADPARAM:

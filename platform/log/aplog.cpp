@@ -1,6 +1,7 @@
 #include "aplog.h"
 
 #include <mutex>
+#include <new>
 #include <set>
 
 FILE* libaplog_to_module_ptr = nullptr;
@@ -21,11 +22,13 @@ Ports& ports() {
 
 }  // namespace
 
-int _aplog_port_open_orig(const char*, int) {
+int _aplog_port_open_orig(const char*, int) try {
   Ports& all = ports();
   const std::lock_guard<std::mutex> lock(all.mutex);
   all.open.insert(++all.last);
   return all.last;
+} catch (const std::bad_alloc&) {
+  return 0;
 }
 
 void _aplog_port_close_orig(int port) {

@@ -12,7 +12,7 @@ extern "C" {
 // standard output. Owned by whoever set it.
 ULO_EXPORT extern FILE* libaplog_to_module_ptr;
 
-// Opens the log port `name`. Returns a nonzero handle, which must be closed once.
+// Opens the log port `name`. Returns a handle, which must be closed once; 0 if memory is exhausted.
 ULO_EXPORT int _aplog_port_open_orig(const char* name, int flags);
 
 // Closes a port. Ignores 0 and ports that are not open.

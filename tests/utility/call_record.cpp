@@ -103,6 +103,11 @@ int openCursor(DB_CURSOR* cursor, const calls::Outcome& outcome) {
   return outcome.code;
 }
 
+void convertText() {
+  if (plan.texts-- == 0)
+    throw std::bad_alloc();
+}
+
 template <typename Type> const Type* field(DB_CURSOR cursor, int column) {
   if (cursor->row >= cursor->rows.size() ||
       static_cast<std::size_t>(column) >= cursor->rows[cursor->row].size())
@@ -152,6 +157,7 @@ std::vector<std::string> ranOutsideWriteTransaction() {
 }  // namespace calls
 
 QString generateUuid() {
+  convertText();
   return plan.uuid;
 }
 
@@ -253,10 +259,12 @@ int DB_PARAM_BindInteger(DB_PARAM, int index, int value) {
   return DB_OK;
 }
 int DB_PARAM_BindUnicode(DB_PARAM, int index, const unsigned short* units) {
+  convertText();
   record(calls::bound(index, units == nullptr ? calls::Value(calls::null) : calls::units(units)));
   return DB_OK;
 }
 int DB_PARAM_BindChar(DB_PARAM, int index, const char* utf8) {
+  convertText();
   record(calls::bound(index, utf8 == nullptr ? calls::Value(calls::null) : calls::varchar(utf8)));
   return DB_OK;
 }
@@ -269,10 +277,12 @@ int DB_CSC_GetFieldAsBool(DB_CURSOR cursor, int column) {
   return DB_CSC_GetFieldAsInteger(cursor, column) != 0 ? 1 : 0;
 }
 const unsigned short* DB_CSC_GetFieldAsUnicode(DB_CURSOR cursor, int column) {
+  convertText();
   const auto* value = field<std::u16string>(cursor, column);
   return value == nullptr ? nullptr : reinterpret_cast<const unsigned short*>(value->c_str());
 }
 const char* DB_CSC_GetFieldAsChar(DB_CURSOR cursor, int column) {
+  convertText();
   const auto* value = field<std::string>(cursor, column);
   return value == nullptr ? nullptr : value->c_str();
 }

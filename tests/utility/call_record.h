@@ -50,7 +50,10 @@ struct Plan {
   // How many parameter blocks DB_PARAM_Open can allocate. It returns null after that.
   int parameterBlocks = unlimited;
   Outcomes outcomes = {};
-  bool noMemory = false;            // new (std::nothrow) returns null
+  bool noMemory = false;  // new (std::nothrow) returns null
+  // How many texts can be bound, read or generated before one throws std::bad_alloc, as its
+  // conversion does without memory. The texts after it succeed.
+  int texts = unlimited;
   QString uuid = "generated uuid";  // what the generator returns
   int beginWriteCode = DB_OK;       // of DB_BeginWrite
   int commitCode = DB_OK;           // of the DB_EndWrite that commits

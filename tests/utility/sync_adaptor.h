@@ -24,6 +24,7 @@ struct Platform {
   bool mkstempFails = false;
   bool unlinkFails = false;
   bool callocFails = false;
+  bool busLacksMemory = false;
   bool openForReadingFails = false;
   bool filesAreOfAnotherUser = false;
   // Each is called once.

@@ -311,4 +311,50 @@ TEST_F(SyncAdaptor, BroadcastsChangesOutsideRunWithNextRun) {
   EXPECT_EQ(platform_.sent.size(), 1U);
 }
 
+TEST_F(SyncAdaptor, BroadcastsChangesOfRunWithoutMemoryWithNextRun) {
+  const unsigned int uid = add("one");
+  adaptor_.beginSync(0);
+  EXPECT_EQ(adaptor_.removeEvent(uid), TASK_SYNCML_OK);
+  platform_.busLacksMemory = true;
+  adaptor_.endSync();
+  EXPECT_EQ(messageFromEnd(1), "Memary is full!!!");
+  platform_.busLacksMemory = false;
+  adaptor_.endSync();
+  EXPECT_THAT(platform_.sent, IsEmpty());
+  adaptor_.beginSync(0);
+  adaptor_.endSync();
+  EXPECT_EQ(platform_.sent.size(), 1U);
+}
+
+// Without memory
+
+TEST_F(SyncAdaptor, ReturnsCodeWithoutMemoryForItem) {
+  const auto exhaust = [] { throw std::bad_alloc(); };
+  const unsigned int uid = add("one");
+  const int fd = fileWith(milk);
+  unsigned int added = 77;
+  int size = 0;
+  std::string text = "kept";
+  const std::vector<std::function<int()>> operations = {
+      [&] { return adaptor_.getEvent(text, uid); },
+      [&] { return adaptor_.getEvent(fd, size, 10000, uid); },
+      [&] { return adaptor_.addEvent(milk, added); },
+      [&] { return adaptor_.addEvent(fd, 0, added); },
+      [&] { return adaptor_.updateEvent(milk, uid); },
+      [&] { return adaptor_.updateEvent(fd, 0, uid); },
+  };
+  for (const auto& operation : operations) {
+    platform_.beforeParserIsLoaded = exhaust;
+    EXPECT_EQ(operation(), TASK_SYNCML_NOMEMORY);
+  }
+  EXPECT_THAT(messages(), Contains("Memary is full!!!").Times(static_cast<int>(operations.size())));
+  EXPECT_EQ(text, "kept");
+  EXPECT_EQ(added, 77U);
+  EXPECT_THAT(ids(), ElementsAre(uid));
+  // The mode of updateEvent ended with it.
+  EXPECT_EQ(adaptor_.addEvent(milk, added), TASK_SYNCML_OK);
+  EXPECT_THAT(ids(), ElementsAre(uid, added));
+  close(fd);
+}
+
 }  // namespace

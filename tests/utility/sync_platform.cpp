@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <cstdarg>
+#include <new>
 #include <utility>
 
 Platform* platform = nullptr;
@@ -82,6 +83,8 @@ void* __wrap_dlopen(const char* name, int flags) {
 
 // Takes the place of the platform library's function.
 bool QCopChannel::send(const QCString& channel, const QCString& message, const QByteArray& data) {
+  if (platform->busLacksMemory)
+    throw std::bad_alloc();
   platform->sent.push_back(channel.toStdString() + ' ' + message.toStdString() +
                            (data.isEmpty() ? "" : " with data"));
   return true;
