@@ -97,9 +97,16 @@ Scenarios::Scenarios(const fs::path& directory)
   add({"sync put", "small", {"sync-item", "put"}, item});
   add({"sync replace", "small", {"sync-item", "replace", "2"}, item});
   add({"sync rm", "small", {"sync-item", "rm", "2"}});
-  Scenario removeAll{"remove all", "small", {"remove-all"}};
-  removeAll.isStoreUser = true;
-  add(std::move(removeAll));
+  const auto addForStoreUser = [this](const char* name, const Arguments& arguments) {
+    Scenario scenario{name, "small", arguments};
+    scenario.isStoreUser = true;
+    add(std::move(scenario));
+  };
+  addForStoreUser("remove all", {"remove-all"});
+  addForStoreUser("operations that read", {"read"});
+  addForStoreUser("addTask", {"add", "fresh"});
+  addForStoreUser("updateTask", {"update", "2"});
+  addForStoreUser("synchronization", {"synchronize", "2"});
 }
 
 void Scenarios::makeStores() {
