@@ -1,6 +1,7 @@
 #include "store_files.h"
 
 #include "exit_codes.h"
+#include "file_names.h"
 #include "ulo/data_directory.h"
 #include "ulo/descriptor.h"
 
@@ -50,21 +51,13 @@ bool isLinkedFrom(const fs::path& target, const fs::path& directory) {
   const std::optional<Identity> wanted = identityOf(target);
   if (!wanted)
     return false;
-  const std::vector<fs::directory_entry> entries = entriesOf(directory);
-  return std::any_of(entries.begin(), entries.end(), [&](const fs::directory_entry& entry) {
-    return identityOf(entry.path()) == wanted;
+  const std::vector<std::string> names = ulo::fileNames(directory.string());
+  return std::any_of(names.begin(), names.end(), [&](const std::string& name) {
+    return identityOf(directory / name) == wanted;
   });
 }
 
 }  // namespace
-
-std::vector<fs::directory_entry> entriesOf(const fs::path& directory) {
-  try {
-    return {fs::directory_iterator(directory), fs::directory_iterator()};
-  } catch (const fs::filesystem_error&) {
-    return {};
-  }
-}
 
 std::string storeDirectoryName() {
   const char* own = std::getenv("ULO_DATA_DIR");

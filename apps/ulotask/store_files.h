@@ -1,19 +1,13 @@
 // The files of the data directory, which output files must not overwrite.
 #pragma once
 
-#include <filesystem>
 #include <string>
-#include <vector>
 
 namespace ulotask {
 
 // The name of the data directory (ulo::dataDirectory), whether it exists or not. Empty if no
 // variable of the environment names one.
 std::string storeDirectoryName();
-
-// The entries of a directory; none if it cannot be read. (The iterator that reports errors by a
-// code ends the program if memory is short.)
-std::vector<std::filesystem::directory_entry> entriesOf(const std::filesystem::path& directory);
 
 // The file that writing to `name` would create or replace: `name` with all symbolic links
 // followed, including a link to a file that does not exist.

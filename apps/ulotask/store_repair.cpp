@@ -2,6 +2,7 @@
 
 #include "database.h"
 #include "exit_codes.h"
+#include "file_names.h"
 #include "session.h"
 #include "store_files.h"
 #include "task_scripts.h"
@@ -10,7 +11,6 @@
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
 #include <map>
 
 #include <sys/stat.h>
@@ -182,10 +182,10 @@ std::vector<std::string> foreignAccess() {
     return notes;
   if ((status.st_mode & writable) != 0)
     note(directory, status.st_mode, "writable");
-  for (const std::filesystem::directory_entry& entry : entriesOf(directory)) {
-    const std::string path = entry.path().string();
-    if (entry.path().filename().string().rfind("tasks.db", 0) != 0 ||
-        stat(path.c_str(), &status) != 0)
+  for (const std::string& name : ulo::fileNames(directory)) {
+    std::string path = directory;
+    path += '/' + name;
+    if (!name.starts_with("tasks.db") || stat(path.c_str(), &status) != 0)
       continue;
     if ((status.st_mode & writable) != 0)
       note(path, status.st_mode, "writable");

@@ -1,8 +1,8 @@
 #include "change_lines.h"
 #include "database.h"
+#include "file_names.h"
 #include "listing.h"
 #include "session.h"
-#include "store_files.h"
 #include "text.h"
 #include "ulo/change_journal.h"
 #include "ulo/data_directory.h"
@@ -29,10 +29,10 @@ struct Statistics {
 // The database files, and the files beside them that exist while they are in use.
 std::map<std::string, std::uintmax_t> databaseFiles() {
   std::map<std::string, std::uintmax_t> files;
-  for (const auto& entry : entriesOf(ulo::dataDirectory())) {
+  const std::string directory = ulo::dataDirectory();
+  for (const std::string& name : ulo::fileNames(directory)) {
     std::error_code gone;
-    const std::string name = entry.path().filename().string();
-    const std::uintmax_t bytes = entry.file_size(gone);
+    const std::uintmax_t bytes = std::filesystem::file_size(directory + '/' + name, gone);
     if (!gone && name.find(".db") != std::string::npos)
       files[name] = bytes;
   }

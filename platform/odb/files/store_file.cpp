@@ -2,6 +2,7 @@
 
 #include "base/failure.h"
 #include "file_lock.h"
+#include "file_names.h"
 #include "files/memory_size.h"
 #include "sqlite/handle.h"
 #include "sqlite/sqlite_failure.h"
@@ -138,13 +139,9 @@ void FreshFile::moveTo(const std::string& target, bool overwrite) {
 
 std::string freshPrefix(const StorePlace& place) {
   const std::string name = place.name + ".new-";
-  std::error_code error;
-  for (fs::directory_iterator entry(place.directory, error), end; !error && entry != end;
-       entry.increment(error)) {
-    const std::string found = entry->path().filename().string();
-    if (found.compare(0, name.size(), name) == 0)
-      unlink(entry->path().c_str());
-  }
+  for (const std::string& found : fileNames(place.directory))
+    if (found.starts_with(name))
+      unlink((place.directory + "/" + found).c_str());
   return place.directory + "/" + name;
 }
 

@@ -1,6 +1,7 @@
 #include "store_place.h"
 
 #include "base/failure.h"
+#include "file_names.h"
 #include "reserve.h"
 #include "ulo/data_directory.h"
 
@@ -8,15 +9,11 @@
 #include <cctype>
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
-#include <system_error>
 
 #include <sys/stat.h>
 
 namespace ulo::odb {
 namespace {
-
-namespace fs = std::filesystem;
 
 constexpr int storeNumber = 1;
 constexpr const char* storeName = "tasks.db";
@@ -27,11 +24,8 @@ constexpr const char* oldJournal = "/changes.db";
 std::string setAside(const StorePlace& place) {
   const std::string prefix = place.name + ".";
   std::string newest;
-  std::error_code error;
-  for (fs::directory_iterator entry(place.directory, error), end; !error && entry != end;
-       entry.increment(error)) {
-    const std::string name = entry->path().filename().string();
-    const bool dated = name.size() > prefix.size() && name.compare(0, prefix.size(), prefix) == 0 &&
+  for (const std::string& name : fileNames(place.directory)) {
+    const bool dated = name.size() > prefix.size() && name.starts_with(prefix) &&
                        std::isdigit(static_cast<unsigned char>(name[prefix.size()])) != 0;
     if (dated && name.find("-wal") == std::string::npos)
       newest = std::max(newest, name);
