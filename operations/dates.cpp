@@ -3,7 +3,7 @@
 #include "UTIL_TimeConversion.h"
 #include "task_dates.h"
 
-#include <QCalendar>
+#include <chrono>
 
 namespace ulo {
 namespace {
@@ -14,6 +14,12 @@ bool hasFourDigits(int year) {
 
 // The last field of a text such as "2026-03-05 18:00:59".
 enum class Last { day, minutes, seconds };
+
+// The day without QCalendar, whose first use crashes if memory is exhausted.
+std::chrono::year_month_day dayOf(const QDate& date) {
+  constexpr qint64 firstDay = 2440588;  // the Julian day of 1970-01-01
+  return std::chrono::sys_days(std::chrono::days(date.toJulianDay() - firstDay));
+}
 
 // The same as QDateTime::toString, which takes ten times as long. Requires: a year of four digits.
 QString fieldsOf(const QDateTime& dateTime, char separator, Last last) {
@@ -27,12 +33,13 @@ QString fieldsOf(const QDateTime& dateTime, char separator, Last last) {
     *end++ = before;
     addDigits(number);
   };
-  const QCalendar::YearMonthDay date = QCalendar().partsFromDate(dateTime.date());
+  const std::chrono::year_month_day date = dayOf(dateTime.date());
   const QTime time = dateTime.time();
-  addDigits(date.year / 100);
-  addDigits(date.year % 100);
-  add('-', date.month);
-  add('-', date.day);
+  const int year = static_cast<int>(date.year());
+  addDigits(year / 100);
+  addDigits(year % 100);
+  add('-', static_cast<int>(static_cast<unsigned int>(date.month())));
+  add('-', static_cast<int>(static_cast<unsigned int>(date.day())));
   if (last >= Last::minutes) {
     add(separator, time.hour());
     add(':', time.minute());
