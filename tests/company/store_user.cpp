@@ -24,6 +24,7 @@
 namespace {
 
 constexpr int gateNumber = 9;
+constexpr int storeDatabase = 1;
 
 enum Exit { ok = 0, failed = 1, usage = 2, storeFull = 9, storeClosed = 10 };
 
@@ -110,7 +111,17 @@ int add(Store& store, const char* category) {
   ZTASK_ENG_Task task;
   task.setString(ZTASK_ENG_Task::TASK_FIELD_SUMMARY, "added");
   task.setString(ZTASK_ENG_Task::TASK_FIELD_CATEGORY, category);
-  return printed(run([&] { return store.addTask(task); }), "Added");
+  // The store adds the task without its category if that cannot be added; the database reports it.
+  DB_Open(storeDatabase);
+  const unsigned int failures = DB_FailureCount();
+  int code = DB_BeginWrite() == DB_OK ? run([&] { return store.addTask(task); })
+                                      : TASK_ENG_DATABASE_FAILURE;
+  const bool isWhole = code == TASK_ENG_OK && DB_FailureCount() == failures;
+  const bool isFull = DB_LastResult() == DB_FULL;
+  if (DB_EndWrite(isWhole ? 1 : 0) != DB_OK || !isWhole)
+    code = isFull || DB_LastResult() == DB_FULL ? TASK_ENG_MEMORY_FULL : TASK_ENG_DATABASE_FAILURE;
+  DB_Close();
+  return printed(code, "Added");
 }
 
 int update(Store& store, unsigned int uid) {
