@@ -78,6 +78,11 @@ bool isOverdue(const ZTASK_ENG_Task& task, const QDate& today) {
   return !ulo::isCompleted(task) && ulo::hasDate(task, due) && task.getDateTime(due).date() < today;
 }
 
+QString dueText(const ZTASK_ENG_Task& task, const QDate& today) {
+  const QDateTime due = task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE);
+  return ulo::hasDate(due) ? dayText(due.date(), today) : QString();
+}
+
 QString dayText(const QDate& day, const QDate& today) {
   switch (today.daysTo(day)) {
   case -1:
@@ -107,9 +112,8 @@ QString repetitionText(const ulo::Repetition& repetition) {
 QString descriptionText(const ZTASK_ENG_Task& task, const QDate& today) {
   QStringList parts;
   parts.append(shownText(ulo::shownState(ulo::isCompleted(task))));
-  const QDateTime due = task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE);
-  if (ulo::hasDate(due))
-    parts.append(dayText(due.date(), today));
+  if (const QString due = dueText(task, today); !due.isEmpty())
+    parts.append(due);
   if (isOverdue(task, today))
     parts.append(ulo::text("TXT_RID_STANDARD_OVERDUE", "Overdue"));
   if (const ulo::Priority priority = ulo::priorityOf(task); priority != ulo::Priority::normal)

@@ -28,6 +28,9 @@ namespace tasks {
 // A due day as "Today", "Tomorrow" or "Yesterday", otherwise as a short date.
 [[nodiscard]] QString dayText(const QDate& day, const QDate& today);
 
+// The due day of a task as dayText; empty if it has none.
+[[nodiscard]] QString dueText(const ZTASK_ENG_Task& task, const QDate& today);
+
 // How a task repeats: "Daily", "Every 2 weeks". Empty if it does not.
 [[nodiscard]] QString repetitionText(const ulo::Repetition& repetition);
 

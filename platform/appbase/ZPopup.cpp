@@ -80,6 +80,11 @@ int ZPopup::exec() {
   return QDialog::exec();
 }
 
+void ZPopup::open() {
+  place();
+  show();
+}
+
 void ZPopup::paintEvent(QPaintEvent*) {
   QPainter painter(this);
   painter.fillRect(rect(), palette().color(QPalette::Base));

@@ -29,6 +29,8 @@ public:
 
   // Shows the dialog and returns when the user closes it.
   int exec() override;
+  // Shows the dialog and returns at once.
+  void open() override;
 
 protected:
   void paintEvent(QPaintEvent* event) override;

@@ -28,11 +28,6 @@ QDBusMessage call(const char* method) {
   return QDBusMessage::createMethodCall(service, path, service, QLatin1String(method));
 }
 
-QString bodyOf(const ZTASK_ENG_Task& task) {
-  const QDateTime due = task.getDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE);
-  return ulo::hasDate(due) ? dayText(due.date(), QDate::currentDate()) : QString();
-}
-
 QVariantMap hintsOf(const ZTASK_ENG_Task& task) {
   constexpr uchar normal = 1;
   constexpr uchar critical = 2;
@@ -63,11 +58,11 @@ AlarmNotifications::~AlarmNotifications() {
 }
 
 void AlarmNotifications::show(const ZTASK_ENG_Task& task) {
+  const unsigned int uid = task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID);
   if (!connectToBus()) {
-    logOnce(QStringLiteral("there is no session bus"));
+    fail(uid, QStringLiteral("there is no session bus"));
     return;
   }
-  const unsigned int uid = task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID);
   Shown& shown = shown_[uid];
   shown.isWithdrawn = false;
   if (shown.call != 0) {
@@ -156,7 +151,7 @@ void AlarmNotifications::ask(unsigned int uid, const QDBusMessage& question,
 
 void AlarmNotifications::notify(const ZTASK_ENG_Task& task, bool hasMarkup) {
   const unsigned int uid = task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID);
-  const QString body = bodyOf(task);
+  const QString body = dueText(task, QDate::currentDate());
   QDBusMessage question = call("Notify");
   question << ulo::text("TXT_RID_STANDARD_TASKS", "Tasks") << shown_[uid].id
            << QStringLiteral("ulo-tasks") << titleText(task)
@@ -187,13 +182,11 @@ void AlarmNotifications::close(std::uint32_t id) {
 }
 
 void AlarmNotifications::fail(unsigned int uid, const QString& why) {
-  shown_.erase(uid);
-  logOnce(why);
-}
-
-void AlarmNotifications::logOnce(const QString& why) {
   if (!std::exchange(isLogged_, true))
-    ULO_LOG_ERROR("Alarms can't be shown: %s", why.toUtf8().constData());
+    ULO_LOG_ERROR("Alarms can't be shown as notifications: %s", why.toUtf8().constData());
+  const auto shown = shown_.extract(uid);
+  if (shown.empty() || !shown.mapped().isWithdrawn)
+    Q_EMIT notShown(uid);
 }
 
 std::optional<unsigned int> AlarmNotifications::taskOf(const QDBusMessage& signal) const {

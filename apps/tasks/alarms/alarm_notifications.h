@@ -18,7 +18,7 @@ namespace tasks {
 
 // Shows alarms through the notification server of the session (Desktop Notifications Specification
 // 1.2). A notification stays until the user closes it or the object is destroyed. Never blocks on
-// the server. Without a server or a bus nothing is shown and one line is logged.
+// the server. Logs one line if there is no server or no bus.
 class AlarmNotifications : public QObject {
   Q_OBJECT
 
@@ -36,6 +36,8 @@ Q_SIGNALS:
   void opened(unsigned int uid);
   // Emitted when the user marks the task as done.
   void completed(unsigned int uid);
+  // Emitted when there is no notification server, or it refuses the notification of a task.
+  void notShown(unsigned int uid);
 
 private Q_SLOTS:
   void actionInvoked(const QDBusMessage& signal);
@@ -58,7 +60,6 @@ private:
   void notified(unsigned int uid, const QDBusMessage& reply);
   void close(std::uint32_t id);
   void fail(unsigned int uid, const QString& why);
-  void logOnce(const QString& why);
   // Returns the task of a signal of the server, whose first argument is a notification ID.
   [[nodiscard]] std::optional<unsigned int> taskOf(const QDBusMessage& signal) const;
 

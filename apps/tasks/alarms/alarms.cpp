@@ -13,11 +13,14 @@ QDateTime now() {
 
 }  // namespace
 
-Alarms::Alarms(ZTASK_ENG_Model& store, QObject* parent)
-    : QObject(parent), store_(store), clock_(store, now, this), notifications_(this) {
+Alarms::Alarms(ZTASK_ENG_Model& store, QWidget* window)
+    : QObject(window), store_(store), clock_(store, now, this), notifications_(this),
+      messages_(window) {
   connect(&clock_, &AlarmClock::due, this, &Alarms::show);
   connect(&notifications_, &AlarmNotifications::opened, this, &Alarms::opened);
   connect(&notifications_, &AlarmNotifications::completed, this, &Alarms::complete);
+  connect(&notifications_, &AlarmNotifications::notShown, this, &Alarms::showInWindow);
+  connect(&messages_, &AlarmMessages::opened, this, &Alarms::opened);
 }
 
 void Alarms::look() {
@@ -27,8 +30,10 @@ void Alarms::look() {
     const int code = store_.getTask(uid, task);
     const bool isOver =
         code == TASK_ENG_NOT_FOUND || (code == TASK_ENG_OK && ulo::isCompleted(task));
-    if (isOver)
+    if (isOver) {
       notifications_.withdraw(uid);
+      messages_.withdraw(uid);
+    }
     return isOver;
   });
 }
@@ -36,6 +41,13 @@ void Alarms::look() {
 void Alarms::show(const ZTASK_ENG_Task& task) {
   told_.insert(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID));
   notifications_.show(task);
+}
+
+// The task may have been completed since it was to be shown.
+void Alarms::showInWindow(unsigned int uid) {
+  ZTASK_ENG_Task task;
+  if (store_.getTask(uid, task) == TASK_ENG_OK && !ulo::isCompleted(task))
+    messages_.show(task);
 }
 
 void Alarms::complete(unsigned int uid) {

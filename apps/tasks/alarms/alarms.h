@@ -1,7 +1,8 @@
-// Shows alarms of tasks as notifications.
+// Shows alarms of tasks as notifications, or in the window if there is no notification server.
 #pragma once
 
 #include "alarms/alarm_clock.h"
+#include "alarms/alarm_messages.h"
 #include "alarms/alarm_notifications.h"
 
 #include <QObject>
@@ -10,13 +11,13 @@
 
 namespace tasks {
 
-// Shows alarms while the object exists. A notification is withdrawn when its task is completed or
-// removed, and when the object is destroyed.
+// Shows alarms while the object exists. A notification or message is withdrawn when its task is
+// completed or removed, and when the object is destroyed.
 class Alarms : public QObject {
   Q_OBJECT
 
 public:
-  Alarms(ZTASK_ENG_Model& store, QObject* parent);
+  Alarms(ZTASK_ENG_Model& store, QWidget* window);
 
 public Q_SLOTS:
   // Checks the changes in the store; the first time, all tasks.
@@ -31,11 +32,13 @@ Q_SIGNALS:
 
 private:
   void show(const ZTASK_ENG_Task& task);
+  void showInWindow(unsigned int uid);
   void complete(unsigned int uid);
 
   ZTASK_ENG_Model& store_;
   AlarmClock clock_;
   AlarmNotifications notifications_;
+  AlarmMessages messages_;
   std::unordered_set<unsigned int> told_;
 };
 

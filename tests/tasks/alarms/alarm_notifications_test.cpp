@@ -61,6 +61,7 @@ protected:
   AlarmNotifications notifications_{nullptr};
   QSignalSpy opened_{&notifications_, &AlarmNotifications::opened};
   QSignalSpy completed_{&notifications_, &AlarmNotifications::completed};
+  QSignalSpy notShown_{&notifications_, &AlarmNotifications::notShown};
 };
 
 TEST_F(Notifications, HaveSpecifiedForm) {
@@ -238,30 +239,35 @@ TEST_F(Notifications, LogRefusingServerOnceAndRetry) {
   server_->refuses = false;
   EXPECT_EQ(shown(task(8, "b")).summary, "b");
   EXPECT_EQ(log_.withoutLines(),
-            "(apps/tasks/alarms/alarm_notifications.cpp)Alarms can't be shown: "
+            "(apps/tasks/alarms/alarm_notifications.cpp)Alarms can't be shown as notifications: "
             "org.freedesktop.DBus.Error.Failed refused");
 }
 
-TEST_F(Notifications, LogOneLineWithoutServer) {
+TEST_F(Notifications, ReportThatThereIsNoServer) {
   server_.reset();
   notifications_.show(task(7, "a"));
   notifications_.show(task(8, "b"));
   notifications_.withdraw(8);
-  EXPECT_TRUE(waitUntil([&] { return !log_.text().empty(); }));
-  EXPECT_THAT(log_.text(), HasSubstr("Alarms can't be shown: org.freedesktop.DBus.Error."));
+  notifications_.show(task(9, "c"));
+  EXPECT_TRUE(waitUntil([&] { return notShown_.size() == 2; }));
+  EXPECT_EQ(notShown_[0][0].toUInt(), 7U);
+  EXPECT_EQ(notShown_[1][0].toUInt(), 9U);
+  EXPECT_THAT(log_.text(),
+              HasSubstr("Alarms can't be shown as notifications: org.freedesktop.DBus.Error."));
   server_ = std::make_unique<NotificationServer>(bus_);
   shown(task(7, "a"));
   EXPECT_EQ(log_.text().find("Alarms"), log_.text().rfind("Alarms"));
 }
 
-TEST_F(Notifications, LogOneLineWithoutBus) {
+TEST_F(Notifications, ReportThatThereIsNoBus) {
   bus_.end();
   for (int i = 0; i < 2; ++i) {
     notifications_.show(task(7, "a"));
     notifications_.withdraw(7);
   }
+  EXPECT_EQ(notShown_.size(), 2);
   EXPECT_EQ(log_.withoutLines(),
-            "(apps/tasks/alarms/alarm_notifications.cpp)Alarms can't be shown: "
+            "(apps/tasks/alarms/alarm_notifications.cpp)Alarms can't be shown as notifications: "
             "there is no session bus");
 }
 

@@ -18,6 +18,7 @@
 #include <QMimeData>
 #include <QPointer>
 
+using tasks::AlarmMessage;
 using tasks::FormScreen;
 using tasks::ListScreen;
 using tasks::TaskListView;
@@ -243,6 +244,72 @@ TEST_F(Window, ReportsAlarmWhoseTaskCannotBeCompleted) {
   EXPECT_TRUE(waitFor([&] { return notice->accessibleName() == "The task could not be saved."; }));
   EXPECT_TRUE(notice->isVisible());
   EXPECT_EQ(only().getStatusValue(), 1);
+}
+
+// Without a notification server.
+
+TEST_F(Window, AlarmMessageOpensItsTask) {
+  addAlarm();
+  open();
+  key(Qt::Key_F2);
+  type("half");
+  const AlarmMessage* message = awaitMessage();
+  ASSERT_NE(message, nullptr);
+  EXPECT_EQ(message->windowTitle(), "Alarm");
+  EXPECT_THAT(wordsOf(*message), ElementsAre("wake up", "Tomorrow"));
+  key(Qt::Key_F3);
+  EXPECT_TRUE(waitFor([this] { return current<TASK_UI_DetailView>() != nullptr; }));
+  EXPECT_EQ(window_->windowTitle(), "wake up");
+  // Edits are saved.
+  finishEvents();
+  EXPECT_EQ(allUids().size(), 2);
+  EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+}
+
+// The user may be pressing these keys when the message appears.
+TEST_F(Window, AlarmMessageIsClosedByCommonKeys) {
+  for (const Qt::Key common : {Qt::Key_Return, Qt::Key_Escape, Qt::Key_F1}) {
+    const Task task = addAlarm();
+    if (window_ == nullptr)
+      open();
+    ASSERT_NE(awaitMessage(), nullptr);
+    key(common);
+    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+    EXPECT_NE(current<ListScreen>(), nullptr);
+    EXPECT_EQ(stored(task.getUINT32(Task::TASK_FIELD_UID)).getStatusValue(), 1);
+  }
+}
+
+TEST_F(Window, AlarmMessagesComeOneAfterTheOther) {
+  addAlarm();
+  const Task second = addAlarm();
+  const Task third = addAlarm();
+  open();
+  const AlarmMessage* first = awaitMessage();
+  ASSERT_NE(first, nullptr);
+  EXPECT_EQ(window_->findChildren<AlarmMessage*>().size(), 1);
+  // A completed task needs no message.
+  runUlotask({"done", QString::number(second.getUINT32(Task::TASK_FIELD_UID))});
+  EXPECT_TRUE(waitFor([this] { return descriptions().contains("Completed, Tomorrow"); }));
+  key(Qt::Key_Return);
+  const QPointer<AlarmMessage> last = awaitMessage();
+  ASSERT_NE(last, nullptr);
+  EXPECT_NE(last, first);
+  runUlotask({"done", QString::number(third.getUINT32(Task::TASK_FIELD_UID))});
+  EXPECT_TRUE(waitFor([&] { return last == nullptr; }));
+  finishEvents();
+  EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+}
+
+TEST_F(Window, ClosingClosesAlarmMessages) {
+  addAlarm();
+  addAlarm();
+  open();
+  ASSERT_NE(awaitMessage(), nullptr);
+  window_->close();
+  finishEvents();
+  EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
+  EXPECT_FALSE(window_->isVisible());
 }
 
 TEST_F(Window, RemovedTaskIsNotOpened) {

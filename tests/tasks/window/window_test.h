@@ -3,6 +3,7 @@
 
 #include "ZKbMainWidget.h"
 #include "ZOptionsMenu.h"
+#include "ZWrappedText.h"
 #include "list/task_list_view.h"
 #include "menu_items.h"
 #include "notification_server.h"
@@ -18,12 +19,13 @@ protected:
   Window() { setenv("DBUS_SESSION_BUS_ADDRESS", qPrintable(bus_.address()), 1); }
   ~Window() override { unsetenv("DBUS_SESSION_BUS_ADDRESS"); }
 
-  // Adds a task with an alarm in two seconds.
+  // Adds a task that is due tomorrow, with an alarm in two seconds.
   Task addAlarm() {
     Task task;
     task.setString(Task::TASK_FIELD_SUMMARY, "wake up");
     task.setStatus(1);
     task.setDateTime(Task::TASK_FIELD_ALARM, QDateTime::currentDateTime().addSecs(2));
+    task.setDateTime(Task::TASK_FIELD_DUE, QDateTime::currentDateTime().addDays(1));
     EXPECT_EQ(store_.addTask(task), ok);
     return task;
   }
@@ -40,6 +42,20 @@ protected:
     QTest::keyClick(QApplication::focusWidget(), key, modifiers);
   }
   void type(const QString& text) { QTest::keyClicks(QApplication::focusWidget(), text); }
+  // Waits for the message of an alarm; null if none appears.
+  tasks::AlarmMessage* awaitMessage() {
+    EXPECT_TRUE(waitFor([] { return QApplication::activeModalWidget() != nullptr; }));
+    auto* message = qobject_cast<tasks::AlarmMessage*>(QApplication::activeModalWidget());
+    EXPECT_TRUE(message != nullptr && QTest::qWaitForWindowActive(message));
+    return message;
+  }
+  static std::vector<std::string> wordsOf(const QWidget& message) {
+    std::vector<std::string> words;
+    for (const QWidget* child : message.findChildren<QWidget*>())
+      if (const auto* text = dynamic_cast<const ZWrappedText*>(child))
+        words.push_back(text->text().toStdString());
+    return words;
+  }
   // Triggers an item of the options menu.
   void take(int item) {
     menu()->item(item)->trigger();
@@ -57,6 +73,14 @@ protected:
     for (int row = 0; row < model->rowCount(); ++row)
       titles.push_back(model->index(row, 0).data().toString().toStdString());
     return titles;
+  }
+  // What screen readers say of the rows.
+  QStringList descriptions() {
+    const QAbstractItemModel* model = window_->findChild<tasks::TaskListView*>()->model();
+    QStringList texts;
+    for (int row = 0; row < model->rowCount(); ++row)
+      texts.append(model->index(row, 0).data(Qt::AccessibleDescriptionRole).toString());
+    return texts;
   }
   std::string listed() {
     return window_->findChild<tasks::TaskListView*>()
