@@ -39,8 +39,9 @@ ulo::ProgramHelp help() {
        {ulo::exitWrongCommandLine, "the command line is wrong"}},
       "Shows the list of tasks, for keys, touch and mouse, in English, German or Simplified\n"
       "Chinese. Type to search, press Space to complete a task, Delete to delete it. While the\n"
-      "program runs, the alarms of tasks are shown as desktop notifications. Changes made by\n"
-      "other programs on the same device appear by themselves.\n"
+      "program runs, the alarms of tasks are shown as desktop notifications, or in its window\n"
+      "if there is no notification server. Changes made by other programs on the same device\n"
+      "appear by themselves.\n"
       "\n"
       "A to-do of iCalendar 2.0 whose UID is the UUID of a stored task updates that task. All\n"
       "other to-dos are added.\n"

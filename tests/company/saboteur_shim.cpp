@@ -12,7 +12,7 @@
 //       E.
 //   ULO_COMPANY_FAIL_ALLOCATION=N
 //       allocation N fails, counted from the first use of the directory. Allocations made by the
-//       vObject library don't count. Not available under the address sanitizer.
+//       vObject library, libical and ICU don't count. Not available under the address sanitizer.
 //   ULO_COMPANY_GATE=FD
 //       the first use of the directory writes a byte to FD and blocks until FD reaches its end.
 //   ULO_COMPANY_JITTER=SEED
@@ -517,11 +517,13 @@ void* __libc_realloc(void* memory, std::size_t size);
 
 namespace {
 
-// The vObject library does not check the results of its allocations.
+// The vObject library, libical and ICU, which it uses, do not check the results of all of their
+// allocations.
 bool isExempt(const void* caller) {
   Dl_info info{};
   return dladdr(caller, &info) != 0 && info.dli_fname != nullptr &&
-         std::strstr(info.dli_fname, "libicalvcal") != nullptr;
+         (std::strstr(info.dli_fname, "/libical") != nullptr ||
+          std::strstr(info.dli_fname, "/libicu") != nullptr);
 }
 
 bool allocationFails(const void* caller) {
