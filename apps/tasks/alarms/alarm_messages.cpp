@@ -8,9 +8,12 @@
 #include "ulo/texts.h"
 
 #include <QApplication>
+#include <QKeyEvent>
+#include <QTimer>
 #include <QVBoxLayout>
 
-#include <algorithm>
+#include <chrono>
+#include <utility>
 
 namespace tasks {
 
@@ -37,6 +40,13 @@ AlarmMessage::AlarmMessage(const ZTASK_ENG_Task& task, QWidget* window)
   if (const QString due = dueText(task, QDate::currentDate()); !due.isEmpty())
     column->addWidget(new ZWrappedText(due));
   setContent(content);
+  constexpr std::chrono::milliseconds deafness{700};
+  QTimer::singleShot(deafness, this, [this] { takesKeys_ = true; });
+}
+
+void AlarmMessage::keyPressEvent(QKeyEvent* event) {
+  if (takesKeys_)
+    ZPopup::keyPressEvent(event);
 }
 
 void AlarmMessage::openTask() {
@@ -66,14 +76,17 @@ void AlarmMessages::showNext() {
   message_ = new AlarmMessage(waiting_.front(), window_);
   const unsigned int uid = waiting_.front().getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID);
   connect(message_, &AlarmMessage::opened, this, [this, uid] { Q_EMIT opened(uid); });
-  connect(message_, &QDialog::finished, this, [this] {
+  // A message that is closed twice finishes twice.
+  const auto next = [this] {
     std::exchange(message_, nullptr)->deleteLater();
     waiting_.pop_front();
     QMetaObject::invokeMethod(this, &AlarmMessages::showNext, Qt::QueuedConnection);
-  });
+  };
+  connect(message_, &QDialog::finished, this, next,
+          static_cast<Qt::ConnectionType>(Qt::AutoConnection | Qt::SingleShotConnection));
   message_->open();
   QApplication::beep();
-  QApplication::alert(window_);
+  QApplication::alert(message_);
 }
 
 }  // namespace tasks

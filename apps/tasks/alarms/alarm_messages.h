@@ -10,19 +10,27 @@
 
 namespace tasks {
 
-// The message of an alarm. The keys that a user may just be typing, Enter and Escape, close it; the
-// right key opens the task.
+// The message of an alarm. Enter and Escape close it, the right key opens the task. It may appear
+// while the user types: at first, it ignores keys.
 class AlarmMessage : public ZPopup {
   Q_OBJECT
 
 public:
   AlarmMessage(const ZTASK_ENG_Task& task, QWidget* window);
 
+  [[nodiscard]] bool takesKeys() const { return takesKeys_; }
+
 Q_SIGNALS:
   void opened();
 
+protected:
+  void keyPressEvent(QKeyEvent* event) override;
+
 private Q_SLOTS:
   void openTask();
+
+private:
+  bool takesKeys_ = false;
 };
 
 // Shows alarms one after the other.
@@ -35,7 +43,7 @@ public:
 
   // Shows a stored task once the messages before it are closed.
   void show(const ZTASK_ENG_Task& task);
-  // Closes the message of a task, or does not show it.
+  // Closes the message of a task, or removes it from those that wait.
   void withdraw(unsigned int uid);
 
 Q_SIGNALS:

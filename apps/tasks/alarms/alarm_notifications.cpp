@@ -2,7 +2,6 @@
 
 #include "module_log.h"
 #include "reply_sender.h"
-#include "task_dates.h"
 #include "task_texts.h"
 #include "task_words.h"
 #include "ulo/texts.h"
@@ -60,6 +59,7 @@ AlarmNotifications::~AlarmNotifications() {
 void AlarmNotifications::show(const ZTASK_ENG_Task& task) {
   const unsigned int uid = task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID);
   if (!connectToBus()) {
+    shown_.erase(uid);
     fail(uid, QStringLiteral("there is no session bus"));
     return;
   }

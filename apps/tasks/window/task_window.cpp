@@ -181,8 +181,12 @@ void TaskWindow::dropLeft() {
 // opened.
 void TaskWindow::renewDetails() {
   const auto found = screens_.find(View::TASK_DETAIL_VIEW);
-  detailsAreOld_ = found != screens_.end() && (QApplication::activePopupWidget() != nullptr ||
-                                               QApplication::activeModalWidget() != nullptr);
+  QWidget* modal = QApplication::activeModalWidget();
+  // The message of an alarm does not belong to the task, and may stay open for long.
+  if (qobject_cast<AlarmMessage*>(modal) != nullptr)
+    modal = nullptr;
+  detailsAreOld_ =
+      found != screens_.end() && (QApplication::activePopupWidget() != nullptr || modal != nullptr);
   if (detailsAreOld_)
     tidying_.start();
   if (detailsAreOld_ || found == screens_.end())
@@ -238,6 +242,8 @@ void TaskWindow::openTask(unsigned int uid) {
   ZTASK_ENG_Task task;
   if (store_.getTask(uid, task) != TASK_ENG_OK || (form() != nullptr && !form()->save()))
     return;
+  for (QDialog* dialog : list_->findChildren<QDialog*>())
+    dialog->reject();
   list_->keep(uid);
   // The form may just have saved this task.
   static_cast<void>(store_.getTask(uid, task));

@@ -246,13 +246,12 @@ TEST_F(Window, ReportsAlarmWhoseTaskCannotBeCompleted) {
   EXPECT_EQ(only().getStatusValue(), 1);
 }
 
-// Without a notification server.
-
+// There is no notification server.
 TEST_F(Window, AlarmMessageOpensItsTask) {
-  addAlarm();
   open();
   key(Qt::Key_F2);
   type("half");
+  addAlarm();
   const AlarmMessage* message = awaitMessage();
   ASSERT_NE(message, nullptr);
   EXPECT_EQ(message->windowTitle(), "Alarm");
@@ -266,50 +265,14 @@ TEST_F(Window, AlarmMessageOpensItsTask) {
   EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
 }
 
-// The user may be pressing these keys when the message appears.
-TEST_F(Window, AlarmMessageIsClosedByCommonKeys) {
-  for (const Qt::Key common : {Qt::Key_Return, Qt::Key_Escape, Qt::Key_F1}) {
-    const Task task = addAlarm();
-    if (window_ == nullptr)
-      open();
-    ASSERT_NE(awaitMessage(), nullptr);
-    key(common);
-    EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
-    EXPECT_NE(current<ListScreen>(), nullptr);
-    EXPECT_EQ(stored(task.getUINT32(Task::TASK_FIELD_UID)).getStatusValue(), 1);
-  }
-}
-
-TEST_F(Window, AlarmMessagesComeOneAfterTheOther) {
-  addAlarm();
-  const Task second = addAlarm();
-  const Task third = addAlarm();
+TEST_F(Window, AlarmMessageOfCompletedTaskIsWithdrawn) {
   open();
-  const AlarmMessage* first = awaitMessage();
-  ASSERT_NE(first, nullptr);
-  EXPECT_EQ(window_->findChildren<AlarmMessage*>().size(), 1);
-  // A completed task needs no message.
-  runUlotask({"done", QString::number(second.getUINT32(Task::TASK_FIELD_UID))});
-  EXPECT_TRUE(waitFor([this] { return descriptions().contains("Completed, Tomorrow"); }));
-  key(Qt::Key_Return);
-  const QPointer<AlarmMessage> last = awaitMessage();
-  ASSERT_NE(last, nullptr);
-  EXPECT_NE(last, first);
-  runUlotask({"done", QString::number(third.getUINT32(Task::TASK_FIELD_UID))});
-  EXPECT_TRUE(waitFor([&] { return last == nullptr; }));
-  finishEvents();
+  const Task task = addAlarm();
+  const QPointer<AlarmMessage> message = awaitMessage();
+  ASSERT_NE(message, nullptr);
+  runUlotask({"done", QString::number(task.getUINT32(Task::TASK_FIELD_UID))});
+  EXPECT_TRUE(waitFor([&] { return message == nullptr; }));
   EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
-}
-
-TEST_F(Window, ClosingClosesAlarmMessages) {
-  addAlarm();
-  addAlarm();
-  open();
-  ASSERT_NE(awaitMessage(), nullptr);
-  window_->close();
-  finishEvents();
-  EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
-  EXPECT_FALSE(window_->isVisible());
 }
 
 TEST_F(Window, RemovedTaskIsNotOpened) {

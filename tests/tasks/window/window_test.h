@@ -42,12 +42,14 @@ protected:
     QTest::keyClick(QApplication::focusWidget(), key, modifiers);
   }
   void type(const QString& text) { QTest::keyClicks(QApplication::focusWidget(), text); }
-  // Waits for the message of an alarm; null if none appears.
-  tasks::AlarmMessage* awaitMessage() {
-    EXPECT_TRUE(waitFor([] { return QApplication::activeModalWidget() != nullptr; }));
-    auto* message = qobject_cast<tasks::AlarmMessage*>(QApplication::activeModalWidget());
-    EXPECT_TRUE(message != nullptr && QTest::qWaitForWindowActive(message));
-    return message;
+  // Waits for the message of an alarm until it takes keys; null if there is none.
+  static tasks::AlarmMessage* awaitMessage() {
+    const auto current = [] {
+      return qobject_cast<tasks::AlarmMessage*>(QApplication::activeModalWidget());
+    };
+    EXPECT_TRUE(waitFor([&] { return current() != nullptr && current()->takesKeys(); }));
+    EXPECT_TRUE(QTest::qWaitForWindowActive(current()));
+    return current();
   }
   static std::vector<std::string> wordsOf(const QWidget& message) {
     std::vector<std::string> words;
