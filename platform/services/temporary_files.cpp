@@ -21,7 +21,7 @@ namespace {
 using Note = TemporaryFiles::Note;
 
 // Longest wait for other programs.
-constexpr std::chrono::milliseconds patience{100};
+constexpr std::chrono::milliseconds patience{1000};
 
 void logFailure(const char* what, const char* path, const char* why) {
   ULO_LOG_ERROR("The temporary file %s can't be %s: %s", path, what, why);
