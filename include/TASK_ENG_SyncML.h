@@ -91,7 +91,7 @@ public:
   // Begins a run. The store remembers `mode`.
   void beginSync(int mode);
   // Ends the run and broadcasts its changes. Does nothing outside a run. If memory is exhausted,
-  // the end of the next run broadcasts them.
+  // the end of this object's next run broadcasts them.
   void endSync();
 
 private:

@@ -41,8 +41,8 @@ enum ZTASK_ENG_Result : int {
 // operation that writes waits for other programs and threads that write, currently up to 10 seconds
 // for each of its steps, and then returns TASK_ENG_DATABASE_FAILURE.
 //
-// No operation throws. If memory is exhausted, an operation that converts texts or dates returns
-// TASK_ENG_MEMORY_FULL, and getTaskWritePath returns false.
+// No operation throws. If memory is exhausted, it returns TASK_ENG_MEMORY_FULL, or
+// TASK_ENG_DATABASE_FAILURE if the database lacks the memory; getTaskWritePath returns false.
 //
 // Some operations return TASK_ENG_OK although a step has failed: addTask, if it cannot add the
 // category (the task is then read with category "None"); operations that read tasks, if they cannot
@@ -213,7 +213,7 @@ protected:
 
 private:
   int checkTables();
-  void report(unsigned int uid, int changeType);
+  void report(unsigned int uid, int changeType) noexcept;
 
   bool open_ = true;
   QString reserved_;

@@ -49,7 +49,7 @@ int syncCode(int storeCode) {
   }
 }
 
-int noMemoryForItem(LogPlace place = LogPlace::current()) {
+int noRoom(LogPlace place = LogPlace::current()) {
   ULO_LOG_ERROR_AT(place, "Memary is full!!!");
   return TASK_SYNCML_NOMEMORY;
 }
@@ -167,7 +167,7 @@ int TASK_ENG_SyncML::getEvent(int fd, int& size, int maxSize, unsigned int uid) 
   LOG_TRACE("Exiting getEvent successfully");
   return TASK_SYNCML_OK;
 } catch (const std::bad_alloc&) {
-  return noMemoryForItem();
+  return noRoom();
 }
 
 int TASK_ENG_SyncML::getEvent(std::string& text, unsigned int uid) try {
@@ -203,7 +203,7 @@ int TASK_ENG_SyncML::getEvent(std::string& text, unsigned int uid) try {
   const std::unique_ptr<char, FreeMemory> buffer(
       static_cast<char*>(std::calloc(static_cast<std::size_t>(size) + 1, 1)));
   if (buffer == nullptr)
-    return noMemoryForItem();
+    return noRoom();
   file.flush();
   const qint64 got = file.read(buffer.get(), size);
   const bool whole = outbound.isWhole();
@@ -219,7 +219,7 @@ int TASK_ENG_SyncML::getEvent(std::string& text, unsigned int uid) try {
   text.append(buffer.get());
   return TASK_SYNCML_OK;
 } catch (const std::bad_alloc&) {
-  return noMemoryForItem();
+  return noRoom();
 }
 
 // Inbound
@@ -335,7 +335,7 @@ int TASK_ENG_SyncML::addEvent(int fd, int size, unsigned int& uid) try {
   }
   return store(task, uid, true);
 } catch (const std::bad_alloc&) {
-  return noMemoryForItem();
+  return noRoom();
 }
 
 int TASK_ENG_SyncML::addEvent(const std::string& text, unsigned int& uid) try {
@@ -346,7 +346,7 @@ int TASK_ENG_SyncML::addEvent(const std::string& text, unsigned int& uid) try {
   }
   return store(task, uid, false);
 } catch (const std::bad_alloc&) {
-  return noMemoryForItem();
+  return noRoom();
 }
 
 int TASK_ENG_SyncML::updateEvent(int fd, int size, unsigned int uid) {
@@ -382,7 +382,7 @@ int TASK_ENG_SyncML::getAllIDs(std::vector<unsigned int>& ids) try {
   ids.insert(ids.end(), all.begin(), all.end());
   return TASK_SYNCML_OK;
 } catch (const std::bad_alloc&) {
-  return noMemoryForItem();
+  return noRoom();
 }
 
 // Runs
@@ -398,12 +398,11 @@ void TASK_ENG_SyncML::endSync() {
   inSync = false;
   if (!changed)
     return;
-  changed = false;
   ULO_LOG_ERROR("Sending db change msg to HSA!");
   try {
     QCopChannel::send(channel, dataChanged);
+    changed = false;
   } catch (const std::bad_alloc&) {
-    noMemoryForItem();
-    changed = true;  // the end of the next run broadcasts it
+    noRoom();
   }
 }

@@ -177,12 +177,13 @@ int ZTASK_ENG_Model::checkTables() try {
   return noMemory();
 }
 
-// Without a reporter, programs that follow the changes find this one with the next.
-void ZTASK_ENG_Model::report(unsigned int uid, int changeType) {
+// Without a reporter, programs that follow the changes find this one with the next. The change is
+// stored: reporting it allocates nothing, so that it cannot fail.
+void ZTASK_ENG_Model::report(unsigned int uid, int changeType) noexcept {
   if (reporter_ == nullptr)
     return;
   SVC_CT_ChangeRecord record;
-  record.source = identifier;
+  record.source = QByteArray::fromRawData(identifier, sizeof identifier - 1);
   record.uid = uid;
   record.changeType = changeType;
   reporter_->report(record, reporterHandle_);

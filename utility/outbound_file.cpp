@@ -44,15 +44,14 @@ bool OutboundFile::make() {
 }
 
 OutboundFile::Attempt OutboundFile::create() {
-  const QByteArray name = QFile::encodeName(name_);
   ulo::Descriptor file(
-      open(name.constData(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
+      open(encodedName_.constData(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));
   if (!file.isOpen())
     return errno == EEXIST ? clear() : Attempt::made;
   const bool isLocked = flock(file.get(), LOCK_EX | LOCK_NB) == 0;
   if (!isLocked && errno != EWOULDBLOCK) {
     // The file system has no locks.
-    unlink(name.constData());
+    unlink(encodedName_.constData());
     return Attempt::inUse;
   }
   // Another process may have seen the file before it was locked, and removes it as a remnant.
@@ -65,31 +64,32 @@ OutboundFile::Attempt OutboundFile::create() {
 // Removes the remnant of an earlier request. A file is removed only by the process that has locked
 // it.
 OutboundFile::Attempt OutboundFile::clear() const {
-  const QByteArray name = QFile::encodeName(name_);
   struct stat named {};
-  if (lstat(name.constData(), &named) != 0)
+  if (lstat(encodedName_.constData(), &named) != 0)
     return Attempt::again;
   if (named.st_uid != geteuid())
     return Attempt::inUse;
   if (S_ISREG(named.st_mode)) {
     const ulo::Descriptor file(
-        open(name.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+        open(encodedName_.constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     if (!file.isOpen() && errno == ENOENT)
       return Attempt::again;
     if (!file.isOpen() || flock(file.get(), LOCK_EX | LOCK_NB) != 0)
       return Attempt::inUse;
     if (!hasName(file.get()))
       return Attempt::again;
-    return unlink(name.constData()) == 0 ? Attempt::again : Attempt::blocked;
+    return unlink(encodedName_.constData()) == 0 ? Attempt::again : Attempt::blocked;
   }
-  return unlink(name.constData()) == 0 ? Attempt::again : Attempt::blocked;
+  return unlink(encodedName_.constData()) == 0 ? Attempt::again : Attempt::blocked;
 }
 
 bool OutboundFile::makeOther() {
   QByteArray name = QFile::encodeName(wanted_) + ".XXXXXX";
   made_.reset(mkostemp(name.data(), O_CLOEXEC));
-  if (made_.isOpen())
+  if (made_.isOpen()) {
+    encodedName_ = name;
     name_ = QFile::decodeName(name);
+  }
   return made_.isOpen();
 }
 
@@ -102,8 +102,8 @@ QString OutboundFile::nameForWriting() const {
 bool OutboundFile::hasName(int descriptor) const {
   struct stat named {};
   struct stat opened {};
-  return lstat(QFile::encodeName(name_).constData(), &named) == 0 &&
-         fstat(descriptor, &opened) == 0 && isSameFile(named, opened);
+  return lstat(encodedName_.constData(), &named) == 0 && fstat(descriptor, &opened) == 0 &&
+         isSameFile(named, opened);
 }
 
 bool OutboundFile::isSame(int descriptor) const {
@@ -113,9 +113,9 @@ bool OutboundFile::isSame(int descriptor) const {
          isSameFile(opened, made);
 }
 
-void OutboundFile::remove() {
+void OutboundFile::remove() noexcept {
   if (hasName(made_.get()))
-    unlink(QFile::encodeName(name_).constData());
+    unlink(encodedName_.constData());
 }
 
 bool OutboundFile::isWhole() const {

@@ -2,6 +2,8 @@
 
 #include "ulo/descriptor.h"
 
+#include <QByteArray>
+#include <QFile>
 #include <QString>
 
 // The file for an outgoing text. Its name is predictable, and other users and processes can create
@@ -13,7 +15,8 @@
 // it belongs to another user, a file with a random name is used instead.
 class OutboundFile {
 public:
-  explicit OutboundFile(const QString& name) : wanted_(name), name_(name) {}
+  explicit OutboundFile(const QString& name)
+      : wanted_(name), name_(name), encodedName_(QFile::encodeName(name)) {}
   OutboundFile(const OutboundFile&) = delete;
   OutboundFile& operator=(const OutboundFile&) = delete;
   // Removes a file with a random name; a file with the wanted name stays.
@@ -33,7 +36,7 @@ public:
   // Whether it contains one complete calendar.
   [[nodiscard]] bool isWhole() const;
   // Removes `name` if it still refers to the file that was created.
-  void remove();
+  void remove() noexcept;
 
 private:
   enum class Attempt {
@@ -49,5 +52,6 @@ private:
 
   QString wanted_;
   QString name_;
+  QByteArray encodedName_;
   ulo::Descriptor made_;
 };

@@ -8,6 +8,7 @@
 #include <cwchar>
 #include <dlfcn.h>
 #include <memory>
+#include <new>
 #include <unordered_map>
 
 namespace {
@@ -25,14 +26,18 @@ std::unordered_map<const char*, void*>& addresses() {
   return known;
 }
 
-// `name` must be a literal.
-template <typename Function> Function* lookUp(const char* name) {
+// `name` must be a literal. Destructors call this: if memory is exhausted, the address is not kept.
+template <typename Function> Function* lookUp(const char* name) noexcept {
   if (libraryHandle == nullptr)
     return nullptr;
-  const auto [place, isNew] = addresses().try_emplace(name, nullptr);
-  if (isNew)
-    place->second = dlsym(libraryHandle, name);
-  return reinterpret_cast<Function*>(place->second);
+  try {
+    const auto [place, isNew] = addresses().try_emplace(name, nullptr);
+    if (isNew)
+      place->second = dlsym(libraryHandle, name);
+    return reinterpret_cast<Function*>(place->second);
+  } catch (const std::bad_alloc&) {
+    return reinterpret_cast<Function*>(dlsym(libraryHandle, name));
+  }
 }
 
 template <typename Function> Function* require(const char* name) {

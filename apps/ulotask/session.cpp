@@ -118,10 +118,9 @@ void Session::requireCategory(const QString& name) {
 }
 
 Failure noRoom(const std::string& what) {
-  // Out of memory, the database has not failed, or not for want of space on the disk.
-  if (const int last = DB_LastResult(); last == DB_OK || last == DB_NO_MEMORY)
-    return {Exit::failed, what + ": memory is exhausted"};
-  return {Exit::storeFull, what + ": the store is full" + databaseReason()};
+  if (DB_LastResult() == DB_FULL)
+    return {Exit::storeFull, what + ": the store is full" + databaseReason()};
+  return {Exit::failed, what + ": memory is exhausted"};
 }
 
 void require(int storeCode, const std::string& what) {

@@ -4,8 +4,10 @@
 
 namespace ulo {
 
-const BusFunctions* busFunctions() {
+const BusFunctions* busFunctions() try {
   return openPrivateLibrary<BusFunctions>(busLibraryName, busFunctionsName);
+} catch (const std::bad_alloc&) {
+  return nullptr;
 }
 
 }  // namespace ulo

@@ -517,8 +517,7 @@ void* __libc_realloc(void* memory, std::size_t size);
 
 namespace {
 
-// The vObject library, libical and ICU, which it uses, do not check the results of all of their
-// allocations.
+// The vObject library, libical and libical's ICU do not check all of their allocations.
 bool isExempt(const void* caller) {
   Dl_info info{};
   return dladdr(caller, &info) != 0 && info.dli_fname != nullptr &&

@@ -6,8 +6,9 @@
 //   store_user update UID         changes a task, then prints a line
 //   store_user synchronize UID    replaces a task as a synchronization does, then prints a line
 //   store_user hold               keeps the store open until descriptor 9 reaches its end
-// Its exit codes are those of ulotask: 0, 9 if the store is full, 10 if it cannot be opened, else
-// 1. A signal ends it if an operation of the store throws, or fails and appends to a list.
+// Its exit codes are those of ulotask: 0, 9 if the store is full (or memory), 10 if it cannot be
+// opened, else 1. A signal ends it if an operation of the store throws, or fails and appends to a
+// list.
 
 #include "TASK_ENG_SyncML.h"
 #include "ZTASK_ENG_Model.h"
@@ -74,31 +75,32 @@ int readAll(Store& store) {
   int count = 0;
   constexpr auto sort = Model::TASK_SORT_DUE;
   constexpr long latest = 2147483647;
-  const auto firstFound = [](int code, int next) { return code == TASK_ENG_OK ? next : code; };
+  const auto firstFailure = [](int code, int next) { return code == TASK_ENG_OK ? next : code; };
   int code = run([&] { return store.getTask(1, first); });
-  code = firstFound(code, run([&] { return store.getCount(count, Model::TASK_CATEGORY_DUE); }));
-  code = firstFound(code, list<QString>("categories", [&](auto& names) {
-                      return store.getAllCategories(names);
-                    }));
-  code = firstFound(code,
-                    list<unsigned int>("all", [&](auto& uids) { return store.getAllIDs(uids); }));
-  code = firstFound(code, list<unsigned int>("incomplete", [&](auto& uids) {
-                      return store.getAllIDs(uids, Model::TASK_CATEGORY_INCOMPLETE, sort);
-                    }));
-  code = firstFound(code, list<Task>("in range", [&](auto& tasks) {
-                      return store.getTasks(tasks, Task::TASK_FIELD_DUE, 0, latest);
-                    }));
-  code = firstFound(code, list<Task>("of category",
-                                     [&](auto& tasks) { return store.getTasks(tasks, category); }));
-  code = firstFound(code, list<Task>("page", [&](auto& tasks) {
-                      return store.getTasks(tasks, first, 10, Model::TASK_CATEGORY_ALL, sort);
-                    }));
-  code = firstFound(
+  code = firstFailure(code, run([&] { return store.getCount(count, Model::TASK_CATEGORY_DUE); }));
+  code = firstFailure(code, list<QString>("categories", [&](auto& names) {
+                        return store.getAllCategories(names);
+                      }));
+  code = firstFailure(code,
+                      list<unsigned int>("all", [&](auto& uids) { return store.getAllIDs(uids); }));
+  code = firstFailure(code, list<unsigned int>("incomplete", [&](auto& uids) {
+                        return store.getAllIDs(uids, Model::TASK_CATEGORY_INCOMPLETE, sort);
+                      }));
+  code = firstFailure(code, list<Task>("in range", [&](auto& tasks) {
+                        return store.getTasks(tasks, Task::TASK_FIELD_DUE, 0, latest);
+                      }));
+  code = firstFailure(code, list<Task>("of category", [&](auto& tasks) {
+                        return store.getTasks(tasks, category);
+                      }));
+  code = firstFailure(code, list<Task>("page", [&](auto& tasks) {
+                        return store.getTasks(tasks, first, 10, Model::TASK_CATEGORY_ALL, sort);
+                      }));
+  code = firstFailure(
       code, list<Task>("with text", [&](auto& tasks) { return store.getMatchTasks(tasks, text); }));
   QValueList<Task> similar;
-  code = firstFound(code, run([&] { return store.getMatchTasks(similar, example); }));
+  code = firstFailure(code, run([&] { return store.getMatchTasks(similar, example); }));
   // The store ignores that it could not look up a category; the database reports it.
-  return firstFound(code, DB_LastResult() == DB_OK ? TASK_ENG_OK : TASK_ENG_DATABASE_FAILURE);
+  return firstFailure(code, DB_LastResult() == DB_OK ? TASK_ENG_OK : TASK_ENG_DATABASE_FAILURE);
 }
 
 int printed(int code, const char* line) {
