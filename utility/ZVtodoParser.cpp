@@ -59,8 +59,10 @@ namespace {
 
 // The list takes over the records.
 void fill(QList<ZTASK_ENG_Task>& tasks, ulo::TodosRead read) {
-  for (std::unique_ptr<ZTASK_ENG_Task>& task : read.tasks)
-    tasks.append(task.release());
+  for (std::unique_ptr<ZTASK_ENG_Task>& task : read.tasks) {
+    tasks.append(task.get());
+    static_cast<void>(task.release());
+  }
 }
 
 }  // namespace

@@ -76,17 +76,27 @@ template <typename Visit> void forEachProperty(VObject* object, Visit visit) {
   }
 }
 
+void releaseFrom(VObject* object) {
+  while (object != nullptr)
+    vobject::cleanVObject(std::exchange(object, vobject::nextVObjectInList(object)));
+}
+
 // Calls `visit` for each VTODO of the calendars among the top-level objects, beginning with
 // `first`, and releases the objects. If `visit` returns false, stops without releasing the
 // remaining objects and returns false.
 template <typename Visit> bool forEachTodoIn(VObject* first, Visit visit) {
   for (VObject* object = first; object != nullptr;) {
     bool goOn = true;
-    if (isNamed(object, "VCALENDAR"))
-      forEachProperty(object, [&](VObject* property) {
-        goOn = !isNamed(property, "VTODO") || visit(property);
-        return goOn;
-      });
+    try {
+      if (isNamed(object, "VCALENDAR"))
+        forEachProperty(object, [&](VObject* property) {
+          goOn = !isNamed(property, "VTODO") || visit(property);
+          return goOn;
+        });
+    } catch (...) {
+      releaseFrom(object);
+      throw;
+    }
     if (!goOn)
       return false;
     VObject* following = vobject::nextVObjectInList(object);
