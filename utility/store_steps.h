@@ -47,7 +47,7 @@ inline const char* sortIndex(ZTASK_ENG_Model::TASK_SORT_FIELD sort) {
   return sort == ZTASK_ENG_Model::TASK_SORT_DUE ? "task_index_due" : "task_index_priority";
 }
 
-// While it exists, a list grows. Removes what was appended unless `keep` was called.
+// Removes the items appended to a list during its lifetime, except those before the last keep().
 template <typename Value> class Growth {
 public:
   explicit Growth(QValueList<Value>& list) : list_(list), count_(list.count()) {}

@@ -55,8 +55,8 @@ void keepLine(void* text, const char* utf8);
 // Says why the store cannot be opened, and which verb may help.
 Failure closedStore();
 
-// The failure after TASK_ENG_MEMORY_FULL or TASK_SYNCML_NOMEMORY, by what is full: the store, or
-// memory. Its message begins with `what`.
+// Returns the failure for TASK_ENG_MEMORY_FULL and TASK_SYNCML_NOMEMORY. Its message begins with
+// `what` and says whether the store is full or memory is exhausted.
 Failure noRoom(const std::string& what);
 
 // Throws a Failure for any store result other than 0; its message begins with `what`, the name of

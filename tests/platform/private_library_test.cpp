@@ -40,7 +40,7 @@ TEST(PrivateLibrary, MissingOneIsLogged) {
   EXPECT_NE(log.text().find("libulomissing.so can't be used: "), std::string::npos);
 }
 
-// The library may be there: what it does must fail, not be left out.
+// The library may be installed, so its absence must not be assumed.
 TEST(PrivateLibrary, ThrowsIfMemoryIsExhausted) {
   errorOfLoader = ENOMEM;
   EXPECT_THROW(openMissing(), std::bad_alloc);

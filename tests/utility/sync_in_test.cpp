@@ -333,7 +333,7 @@ TEST_F(SyncAdaptor, BroadcastsChangesOfRunWithoutMemoryWithNextRun) {
 
 // Without memory
 
-// Lets each allocation of an operation fail in turn. Returns what it returned each time.
+// Repeats an operation, with a different allocation failing each time. Returns the result codes.
 template <typename Operation> std::vector<int> codesWithoutMemory(Operation operation) {
 #ifdef __SANITIZE_ADDRESS__
   // Without memory for a record, the reader leaves the tree of the vObject library: a contract.
