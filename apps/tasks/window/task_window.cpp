@@ -242,8 +242,6 @@ void TaskWindow::openTask(unsigned int uid) {
   ZTASK_ENG_Task task;
   if (store_.getTask(uid, task) != TASK_ENG_OK || (form() != nullptr && !form()->save()))
     return;
-  for (QDialog* dialog : list_->findChildren<QDialog*>())
-    dialog->reject();
   list_->keep(uid);
   // The form may just have saved this task.
   static_cast<void>(store_.getTask(uid, task));

@@ -94,6 +94,21 @@ TEST_F(Changes, DetailsFollowStore) {
   expectFocusAndTitle();
 }
 
+// There is no notification server: the alarm is a message in the window.
+TEST_F(Changes, DetailsFollowStoreBeneathAlarmMessage) {
+  const unsigned int a = add("a");
+  open();
+  key(Qt::Key_Return);
+  addAlarm();
+  const QPointer<tasks::AlarmMessage> message = awaitMessage();
+  ASSERT_NE(message, nullptr);
+  rename(a, "b");
+  EXPECT_TRUE(waitFor([this] { return details() == "b"; }));
+  ASSERT_EQ(store_.removeTask(a), ok);
+  EXPECT_TRUE(waitFor([this] { return current<ListScreen>() != nullptr; }));
+  EXPECT_EQ(QApplication::activeModalWidget(), message);
+}
+
 TEST_F(Changes, SharingRemovedTaskFromDetailsReportsIt) {
   const unsigned int a = add("a");
   open();
