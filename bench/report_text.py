@@ -22,7 +22,7 @@ SECTIONS = [
 ]
 
 # Operations whose time is plotted against the size, and their colors.
-COLOURS = ["#1f77b4", "#ff7f0e", "#2ca02c", "#d62728", "#9467bd", "#8c564b", "#e377c2", "#17becf",
+COLORS = ["#1f77b4", "#ff7f0e", "#2ca02c", "#d62728", "#9467bd", "#8c564b", "#e377c2", "#17becf",
            "#000000"]
 PLOTTED = ["open-close", "addTask", "getTask", "getCount.incomplete", "getAllIDs.all.by-due",
            "page.all.by-due.middle", "range.due", "getAllTasks", "removeAll"]
@@ -276,13 +276,13 @@ def write_plot(figures, path, directory):
                "set ytics auto", "set grid",
                "set key outside right"]
     plots = []
-    for colour, operation in zip(COLOURS, PLOTTED):
+    for color, operation in zip(COLORS, PLOTTED):
         data = os.path.join(directory, f"time-{operation}.dat")
         with open(data, "w", encoding="utf-8") as file:
             for row in figures.of(operation):
                 file.write(f"{row.size} {row.ours} {row.hand}\n")
-        plots.append(f"'{data}' using 1:2 with linespoints lc '{colour}' pt 7 ps 0.5 "
+        plots.append(f"'{data}' using 1:2 with linespoints lc '{color}' pt 7 ps 0.5 "
                      f"title '{operation}'")
-        plots.append(f"'{data}' using 1:3 with lines lc '{colour}' dt 2 notitle")
+        plots.append(f"'{data}' using 1:3 with lines lc '{color}' dt 2 notitle")
     script += ["plot " + ", ".join(plots), "unset multiplot"]
     subprocess.run(["gnuplot"], input="\n".join(script), text=True, check=True)

@@ -5,6 +5,7 @@
 #include "gate.h"
 #include "ulo/data_directory.h"
 #include "ulo/log_sink.h"
+#include "window/end_signals.h"
 #include "window/task_window.h"
 #include "window_program.h"
 
@@ -78,6 +79,7 @@ int main(int count, char** arguments) {
   chooseAttachmentDirectory();
   ZTASK_ENG_Model store;
   tasks::TaskWindow window(store);
+  const tasks::EndSignals endSignals(window);
   window.setGeometry(placeOn(QGuiApplication::primaryScreen()->availableGeometry()));
   window.show();
   QStringList files;

@@ -48,7 +48,7 @@ ZDetailItem::ZDetailItem(int kind, const QString& label, QWidget* parent)
   const int margin = ulo::gap(this);
   line->setContentsMargins(2 * margin, margin, 2 * margin, margin);
   line->setSpacing(margin);
-  label_->setColour(QPalette::PlaceholderText);
+  label_->setColor(QPalette::PlaceholderText);
   line->addWidget(label_);
   line->addWidget(rows_, 1);
 }
@@ -57,8 +57,8 @@ void ZDetailItem::appendTextIconRow(const QString& text) {
   appendTextIconRow(text, {}, true);
 }
 
-void ZDetailItem::appendTextIconRow(const QString& text, const QPixmap& icon, bool centred) {
-  rows_->append(text, icon, centred ? Qt::AlignVCenter : Qt::AlignTop);
+void ZDetailItem::appendTextIconRow(const QString& text, const QPixmap& icon, bool centered) {
+  rows_->append(text, icon, centered ? Qt::AlignVCenter : Qt::AlignTop);
   if (!icon.isNull())
     icon_ = icon;
   setAccessibleName(label() + u' ' + content());
@@ -85,7 +85,7 @@ void ZDetailItem::setLabelColumn(int width) {
 
 void ZDetailItem::setCurrent(bool current) {
   current_ = current;
-  label_->setColour(current ? QPalette::HighlightedText : QPalette::PlaceholderText);
+  label_->setColor(current ? QPalette::HighlightedText : QPalette::PlaceholderText);
   update();
 }
 

@@ -26,8 +26,8 @@ public:
 
   // Appends a line of content; the icon precedes its text.
   void appendTextIconRow(const QString& text);
-  // `centred` aligns icon and text vertically at their middle instead of their top edges.
-  void appendTextIconRow(const QString& text, const QPixmap& icon, bool centred);
+  // `centered` aligns icon and text vertically at their middle instead of their top edges.
+  void appendTextIconRow(const QString& text, const QPixmap& icon, bool centered);
 
   [[nodiscard]] int kind() const { return kind_; }
   [[nodiscard]] QString label() const;

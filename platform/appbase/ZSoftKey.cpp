@@ -36,9 +36,9 @@ protected:
     painter.setFont(fittingFont(inside.width()));
     if (isDown())
       painter.fillRect(rect(), palette().color(QPalette::Shadow).darker(130));
-    QColor colour = palette().color(QPalette::BrightText);
-    colour.setAlphaF(isEnabled() ? 1.0F : 0.5F);
-    painter.setPen(colour);
+    QColor color = palette().color(QPalette::BrightText);
+    color.setAlphaF(isEnabled() ? 1.0F : 0.5F);
+    painter.setPen(color);
     const QString shown = painter.fontMetrics().elidedText(text(), Qt::ElideRight, inside.width());
     const Qt::Alignment side = QStyle::visualAlignment(layoutDirection(), side_);
     painter.drawText(inside, static_cast<int>(side | Qt::AlignVCenter) | Qt::TextSingleLine, shown);

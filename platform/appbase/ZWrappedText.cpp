@@ -43,8 +43,8 @@ void ZWrappedText::setText(const QString& text) {
   update();
 }
 
-void ZWrappedText::setColour(QPalette::ColorRole role) {
-  colour_ = role;
+void ZWrappedText::setColor(QPalette::ColorRole role) {
+  color_ = role;
   update();
 }
 
@@ -91,7 +91,7 @@ QSize ZWrappedText::minimumSizeHint() const {
 void ZWrappedText::paintEvent(QPaintEvent* event) {
   layOut(width());
   QPainter painter(this);
-  painter.setPen(palette().color(colour_));
+  painter.setPen(palette().color(color_));
   layout_.draw(&painter, {0, 0}, {}, event->rect());
 }
 

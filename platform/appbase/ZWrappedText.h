@@ -14,7 +14,7 @@ public:
 
   [[nodiscard]] QString text() const { return text_; }
   void setText(const QString& text);
-  void setColour(QPalette::ColorRole role);
+  void setColor(QPalette::ColorRole role);
 
   [[nodiscard]] QSize sizeHint() const override;
   [[nodiscard]] QSize minimumSizeHint() const override;
@@ -31,7 +31,7 @@ private:
   void layOut(int width) const;
 
   QString text_;
-  QPalette::ColorRole colour_ = QPalette::WindowText;
+  QPalette::ColorRole color_ = QPalette::WindowText;
   mutable QTextLayout layout_;
   mutable int width_ = -1;  // the width that `layout_` is valid for
   mutable int height_ = 0;

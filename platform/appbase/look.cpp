@@ -25,15 +25,15 @@ int lineHeight(const QWidget* widget) {
   return QFontMetrics(widget->font()).height();
 }
 
-struct Colours {
+struct Colors {
   QColor window, base, text, weak, button, accent, accentText, selected, link;
 };
 
-const Colours& coloursOf(Theme theme) {
-  static const Colours light = {"#f4f5f7", "#ffffff", "#1b1f24", "#5b6570", "#e3e7ec",
-                                "#1f5a96", "#ffffff", "#cfe2f6", "#1f5a96"};
-  static const Colours dark = {"#15181c", "#1d2126", "#eceff2", "#a3adb8", "#2a3037",
-                               "#17466f", "#f5f8fb", "#27496b", "#7db8ee"};
+const Colors& colorsOf(Theme theme) {
+  static const Colors light = {"#f4f5f7", "#ffffff", "#1b1f24", "#5b6570", "#e3e7ec",
+                               "#1f5a96", "#ffffff", "#cfe2f6", "#1f5a96"};
+  static const Colors dark = {"#15181c", "#1d2126", "#eceff2", "#a3adb8", "#2a3037",
+                              "#17466f", "#f5f8fb", "#27496b", "#7db8ee"};
   return theme == Theme::light ? light : dark;
 }
 
@@ -47,24 +47,24 @@ Theme preferredTheme(const QPalette& desktop) {
 }
 
 QPalette themePalette(Theme theme) {
-  const Colours& colours = coloursOf(theme);
-  QPalette palette(colours.button, colours.window);
-  palette.setColor(QPalette::Base, colours.base);
-  palette.setColor(QPalette::AlternateBase, colours.window);
+  const Colors& colors = colorsOf(theme);
+  QPalette palette(colors.button, colors.window);
+  palette.setColor(QPalette::Base, colors.base);
+  palette.setColor(QPalette::AlternateBase, colors.window);
   for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText,
                                          QPalette::ToolTipText, QPalette::HighlightedText})
-    palette.setColor(role, colours.text);
-  palette.setColor(QPalette::ToolTipBase, colours.base);
-  palette.setColor(QPalette::PlaceholderText, colours.weak);
+    palette.setColor(role, colors.text);
+  palette.setColor(QPalette::ToolTipBase, colors.base);
+  palette.setColor(QPalette::PlaceholderText, colors.weak);
   // Bars have the accent color, the current row a light form of it.
-  palette.setColor(QPalette::Highlight, colours.selected);
-  palette.setColor(QPalette::Link, colours.link);
-  palette.setColor(QPalette::Mid, colours.weak);
-  palette.setColor(QPalette::Shadow, colours.accent);
-  palette.setColor(QPalette::BrightText, colours.accentText);
+  palette.setColor(QPalette::Highlight, colors.selected);
+  palette.setColor(QPalette::Link, colors.link);
+  palette.setColor(QPalette::Mid, colors.weak);
+  palette.setColor(QPalette::Shadow, colors.accent);
+  palette.setColor(QPalette::BrightText, colors.accentText);
   for (const QPalette::ColorRole role :
        {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
-    palette.setColor(QPalette::Disabled, role, colours.weak);
+    palette.setColor(QPalette::Disabled, role, colors.weak);
   return palette;
 }
 

@@ -36,7 +36,7 @@ public:
   // The message composer.
   static constexpr char composer[] = "{220072c6-9008-468e-9968-11f3c50fa95e}";
   // The sync engine.
-  static constexpr char synchroniser[] = "{1e18dc2d-f4f1-4653-bec5-fd4591927127}";
+  static constexpr char synchronizer[] = "{1e18dc2d-f4f1-4653-bec5-fd4591927127}";
 
   void setOpenAppUuid(const QString& uuid) { application_ = uuid; }
   void setAction(const QString& action) { action_ = action; }

@@ -33,7 +33,7 @@ PushProgress::PushProgress(const QString& object, const QString& device, QWidget
   setTitleIcon(RES_ICON_Reader::getIcon(QStringLiteral("bluetooth_pop.gif"), true));
   setKeys(QString(), text("TXT_RID_SOFTKEY_CANCEL", "Cancel"));
   bar_->setTextVisible(false);
-  phase_->setColour(QPalette::PlaceholderText);
+  phase_->setColor(QPalette::PlaceholderText);
   auto* content = new QWidget;
   auto* column = new QVBoxLayout(content);
   column->setContentsMargins(0, 0, 0, 0);

@@ -113,9 +113,9 @@ TEST_F(DetailRows, AnnounceCurrentRowToScreenReaders) {
 TEST_F(DetailRows, IconIsCenteredOrAtTopOfText) {
   QPixmap icon(8, 8);
   icon.fill(Qt::red);
-  for (const bool centred : {true, false}) {
+  for (const bool centered : {true, false}) {
     auto* item = new ZDetailItem(ZDetailItem::textWithIcon, QStringLiteral("Label:"));
-    item->appendTextIconRow(QString(60, u'n'), icon, centred);
+    item->appendTextIconRow(QString(60, u'n'), icon, centered);
     rows_.addItem(item);
   }
   show(240, 320);

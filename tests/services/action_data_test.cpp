@@ -242,12 +242,12 @@ TEST_F(ActionTest, RunsCommandInSeparateSession) {
 
 TEST_F(ActionTest, AvailableWithValidEntryOrIfKnown) {
   LogCapture log;
-  EXPECT_FALSE(request("", AM_ActionData::synchroniser).isAvailable());
+  EXPECT_FALSE(request("", AM_ActionData::synchronizer).isAvailable());
   EXPECT_FALSE(AM_ActionData().isAvailable());
   EXPECT_TRUE(request("", AM_ActionData::composer).isAvailable());
   EXPECT_EQ(log.text(), "");
-  entry("Exec=/nowhere/sync", AM_ActionData::synchroniser);
-  EXPECT_TRUE(request("", AM_ActionData::synchroniser).isAvailable());
+  entry("Exec=/nowhere/sync", AM_ActionData::synchronizer);
+  EXPECT_TRUE(request("", AM_ActionData::synchronizer).isAvailable());
   entry("Exec=a | b");
   EXPECT_FALSE(request("").isAvailable());
   EXPECT_THAT(log.text(), HasSubstr(std::string("entry ") + editor + " is wrong"));

@@ -225,17 +225,17 @@ TEST_F(UserTable, PrecedesTheTablesOfTheSystem) {
   LogCapture log;
   const auto programs = [] {
     std::string result;
-    for (const char* uuid : {AM_ActionData::composer, AM_ActionData::synchroniser, application}) {
+    for (const char* uuid : {AM_ActionData::composer, AM_ActionData::synchronizer, application}) {
       const auto found = LaunchTable::ofUser().launch(uuid, values);
       result += (found ? found->command.first().toStdString() : "none") + ' ';
     }
     return result;
   };
   write(root / "b", {{AM_ActionData::composer, "last"},
-                     {AM_ActionData::synchroniser, "last"},
+                     {AM_ActionData::synchronizer, "last"},
                      {application, "last"}});
   EXPECT_EQ(programs(), "last last last ");
-  write(root / "a", {{AM_ActionData::composer, "first"}, {AM_ActionData::synchroniser, "first"}});
+  write(root / "a", {{AM_ActionData::composer, "first"}, {AM_ActionData::synchronizer, "first"}});
   EXPECT_EQ(programs(), "first first last ");
   write(root, {{AM_ActionData::composer, "own"}});
   EXPECT_EQ(programs(), "own first last ");

@@ -401,8 +401,8 @@ TEST_F(StoreQueries, ExampleComparesOnlySetFields) {
   const unsigned int uid = add(one);
   Task other = task("other", 4, 1, now().addSecs(1));
   other.setDateTime(Task::TASK_FIELD_END, now().addSecs(1));
-  const unsigned int neighbour = add(other);
-  EXPECT_EQ(like(Task()), (Uids{uid, neighbour}));
+  const unsigned int neighbor = add(other);
+  EXPECT_EQ(like(Task()), (Uids{uid, neighbor}));
 
   Task example;
   example.setDateTime(Task::TASK_FIELD_DUE, now().addMSecs(999));
@@ -433,7 +433,7 @@ TEST_F(StoreQueries, ExampleComparesOnlySetFields) {
   example.setString(Task::TASK_FIELD_CATEGORY, "vacation");
   example.setString(Task::TASK_FIELD_UUID, "another");
   example.setDateTime(Task::TASK_FIELD_DUE, QDateTime());
-  EXPECT_EQ(like(example), (Uids{uid, neighbour}));
+  EXPECT_EQ(like(example), (Uids{uid, neighbor}));
 }
 
 }  // namespace

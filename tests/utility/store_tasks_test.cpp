@@ -146,8 +146,8 @@ TEST_F(StoreTasks, ReadsCategoryOfTaskAsNoneAfterItsRemoval) {
 TEST_F(StoreTasks, UpdateChangesEveryFieldExceptUuid) {
   Task first = task("before");
   const unsigned int uid = add(first);
-  const unsigned int neighbour = add(task("neighbour"));
-  const Task other = get(neighbour);
+  const unsigned int neighbor = add(task("neighbor"));
+  const Task other = get(neighbor);
   Task changed = complete();
   changed.setUINT32(Task::TASK_FIELD_UID, uid);
   EXPECT_EQ(store().updateTask(changed), TASK_ENG_OK);
@@ -156,7 +156,7 @@ TEST_F(StoreTasks, UpdateChangesEveryFieldExceptUuid) {
   expected.setString(Task::TASK_FIELD_UUID, first.getString(Task::TASK_FIELD_UUID));
   expected.setDateTime(Task::TASK_FIELD_REVISION, now());
   EXPECT_THAT(get(uid), IsSameTask(expected));
-  EXPECT_THAT(get(neighbour), IsSameTask(other));
+  EXPECT_THAT(get(neighbor), IsSameTask(other));
 }
 
 TEST_F(StoreTasks, UpdateAssignsMissingUuidButDoesNotStoreIt) {

@@ -28,7 +28,7 @@ public:
     const int gap = ulo::gap(this);
     line_->setContentsMargins(2 * gap, gap, 2 * gap, gap);
     line_->setSpacing(gap / 2);
-    label_->setColour(QPalette::PlaceholderText);
+    label_->setColor(QPalette::PlaceholderText);
     line_->addWidget(label_);
     line_->addWidget(field, 1);
   }

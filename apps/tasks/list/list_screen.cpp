@@ -8,7 +8,7 @@
 #include "list/list_settings.h"
 #include "list/notice_bar.h"
 #include "list/share_task.h"
-#include "list/synchroniser.h"
+#include "list/synchronizer.h"
 #include "list/task_list_view.h"
 #include "menu_items.h"
 #include "messages.h"
@@ -209,7 +209,7 @@ void ListScreen::updateMenu() {
   menu_->enableItem(listMenu::remove, count > 0);
   menu_->enableItem(listMenu::selectMultiple, any);
   menu_->enableItem(listMenu::sortBy, any);
-  menu_->enableItem(listMenu::synchronize, Synchroniser::isSetUp(),
+  menu_->enableItem(listMenu::synchronize, Synchronizer::isSetUp(),
                     ulo::text("TXT_RID_STANDARD_NO_SYNC_PARTNER", "No sync partner"));
   for (const ViewTitle& title : viewTitles)
     menu_->checkItem(title.menuItem, title.view == model_.order().view);
@@ -395,7 +395,7 @@ void ListScreen::synchronize() {
 }
 
 void ListScreen::startSynchronizing() {
-  tell(Synchroniser::start()
+  tell(Synchronizer::start()
            ? ulo::text("TXT_RID_STANDARD_SYNCHRONIZING", "Synchronizing\xe2\x80\xa6")
            : ulo::text("TXT_RID_INSTRUCTIONALTXT_SYNCHRONIZING_FAILED",
                        "The synchronization could not be started."));

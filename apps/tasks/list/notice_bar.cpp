@@ -37,7 +37,7 @@ NoticeBar::NoticeBar(QWidget* parent)
   undo_->setText(ulo::text("TXT_RID_STANDARD_UNDO", "Undo"));
   undo_->setMinimumHeight(ulo::touchHeight(this));
   undo_->setFocusPolicy(Qt::TabFocus);
-  text_->setColour(QPalette::BrightText);
+  text_->setColor(QPalette::BrightText);
   text_->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
   time_.setObjectName(QStringLiteral("message"));
   time_.setSingleShot(true);

@@ -57,7 +57,7 @@ void paintMark(QPainter* painter, const QStyleOptionViewItem& option, const QRec
 }
 
 // The red that is legible on this background.
-QColor overdueColour(const QPalette& palette) {
+QColor overdueColor(const QPalette& palette) {
   return palette.color(QPalette::Base).lightness() < 128 ? QColor(0xff, 0x8a, 0x80)
                                                          : QColor(0xc9, 0x2a, 0x2a);
 }
@@ -150,7 +150,7 @@ void TaskRow::paintTexts(QPainter* painter, const QStyleOptionViewItem& option,
     const bool overdue = index.data(TaskListModel::OverdueRole).toBool();
     font.setBold(overdue);
     painter->setFont(font);
-    painter->setPen(overdue ? overdueColour(palette) : palette.color(QPalette::PlaceholderText));
+    painter->setPen(overdue ? overdueColor(palette) : palette.color(QPalette::PlaceholderText));
     const int width = std::min(QFontMetrics(font).horizontalAdvance(due) + 1, place.width());
     paintLine(painter, option, takeStart(place, width, option.direction), due);
     takeStart(place, std::min(2 * ulo::gap(option.widget), place.width()), option.direction);

@@ -61,7 +61,7 @@ protected:
     environment_["XDG_RUNTIME_DIR"] = path("run");
     std::filesystem::create_directories(path("config/ulo"));
     addApplication("{1e18dc2d-f4f1-4653-bec5-fd4591927127}",
-                   "touch " + path("synchronised") + "\n");
+                   "touch " + path("synchronized") + "\n");
     if (*ULO_QEMU_PROCESSES != '\0')
       environment_["LD_PRELOAD"] = ULO_QEMU_PROCESSES;
     // Prevents starting a bus on demand.
@@ -87,6 +87,7 @@ protected:
     process_.kill();
     process_.waitForFinished();
   }
+  void terminate() { process_.terminate(); }
   // Its exit code.
   int end() {
     EXPECT_TRUE(process_.waitForFinished(60'000));

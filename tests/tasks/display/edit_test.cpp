@@ -46,6 +46,20 @@ TEST_F(EditOnDisplay, StoresNewTask) {
   leave();
 }
 
+TEST_F(EditOnDisplay, TerminationStoresNewTask) {
+  start();
+  ASSERT_TRUE(shows("All Tasks"));
+  press({"F2"});
+  ASSERT_TRUE(shows(newTitle));
+  type("Buy milk");
+  press({"Tab", "Return"});
+  ASSERT_TRUE(shows("Due Date"));
+  terminate();
+  EXPECT_EQ(end(), 0);
+  EXPECT_FALSE(std::filesystem::exists(path("data/tasks.db-wal")));
+  EXPECT_THAT(summaries(), ElementsAre("Buy milk"));
+}
+
 TEST_F(EditOnDisplay, CtrlNStartsNewTask) {
   start();
   ASSERT_TRUE(shows("All Tasks"));

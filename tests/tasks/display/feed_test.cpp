@@ -39,9 +39,9 @@ TEST_F(FeedOnDisplay, StartsSynchronizer) {
   add({"a"});
   start();
   ASSERT_TRUE(shows("All Tasks"));
-  EXPECT_FALSE(std::filesystem::exists(path("synchronised")));
+  EXPECT_FALSE(std::filesystem::exists(path("synchronized")));
   chooseByKeys(synchronize);
-  EXPECT_TRUE(waitFor([&] { return std::filesystem::exists(path("synchronised")); }));
+  EXPECT_TRUE(waitFor([&] { return std::filesystem::exists(path("synchronized")); }));
   leave();
 }
 

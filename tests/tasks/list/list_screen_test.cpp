@@ -407,7 +407,7 @@ TEST_F(List, SynchronizeCompletesPendingRemovalsFirst) {
   std::filesystem::create_directories(settings / "ulo");
   setenv("XDG_CONFIG_HOME", settings.c_str(), 1);
   std::ofstream(settings / "ulo/applications.conf")
-      << '[' << AM_ActionData::synchroniser << "]\nExec=/bin/true\n";
+      << '[' << AM_ActionData::synchronizer << "]\nExec=/bin/true\n";
   add("b");
   add("a");
   open();
@@ -429,7 +429,7 @@ TEST_F(List, SynchronizeDoesNotStartIfRemovalFails) {
   setenv("XDG_CONFIG_HOME", settings.c_str(), 1);
   const std::filesystem::path started = directory_.path() / "started";
   std::ofstream(settings / "ulo/applications.conf")
-      << '[' << AM_ActionData::synchroniser << "]\nExec=/usr/bin/touch " << started.string()
+      << '[' << AM_ActionData::synchronizer << "]\nExec=/usr/bin/touch " << started.string()
       << '\n';
   add("a");
   open();
@@ -482,7 +482,7 @@ TEST_F(List, SynchronizeReportsMissingPartner) {
   EXPECT_EQ(items.value(items.indexOf(menu()->item(listMenu::synchronize)) + 1)->text(),
             "No sync partner");
   std::ofstream(settings / "ulo/applications.conf")
-      << '[' << AM_ActionData::synchroniser << "]\nExec=/nowhere/sync\n";
+      << '[' << AM_ActionData::synchronizer << "]\nExec=/nowhere/sync\n";
   openMenu();
   EXPECT_TRUE(menu()->item(listMenu::synchronize)->isEnabled());
   EXPECT_EQ(menu()->actions().size(), items.size() - 1);

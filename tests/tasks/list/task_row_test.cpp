@@ -60,8 +60,8 @@ protected:
     int count = 0;
     for (int y = above; y < image.height() - above; ++y)
       for (int x = 0; x < image.width(); ++x) {
-        const QColor colour = image.pixelColor(x, y);
-        count += colour.red() > 150 && colour.green() < 90 && colour.blue() < 90 ? 1 : 0;
+        const QColor color = image.pixelColor(x, y);
+        count += color.red() > 150 && color.green() < 90 && color.blue() < 90 ? 1 : 0;
       }
     return count;
   }

@@ -3,9 +3,9 @@
 
 namespace tasks {
 
-// The launch table names the program under AM_ActionData::synchroniser. The user can change it at
+// The launch table names the program under AM_ActionData::synchronizer. The user can change it at
 // any time.
-class Synchroniser {
+class Synchronizer {
 public:
   // Whether the launch table names a program.
   [[nodiscard]] static bool isSetUp();

@@ -1,4 +1,4 @@
-#include "list/synchroniser.h"
+#include "list/synchronizer.h"
 
 #include "AM_ActionData.h"
 
@@ -8,18 +8,18 @@ namespace {
 
 AM_ActionData request() {
   AM_ActionData request;
-  request.setOpenAppUuid(QString::fromLatin1(AM_ActionData::synchroniser));
+  request.setOpenAppUuid(QString::fromLatin1(AM_ActionData::synchronizer));
   request.setAction(QStringLiteral("Synchronize"));
   return request;
 }
 
 }  // namespace
 
-bool Synchroniser::isSetUp() {
+bool Synchronizer::isSetUp() {
   return request().isAvailable();
 }
 
-bool Synchroniser::start() {
+bool Synchronizer::start() {
   return request().invoke(false);
 }
 
