@@ -101,12 +101,17 @@ private:
   std::size_t defects_ = 0;
 };
 
+// The rows of the tasks without a category; a sound store has one.
+std::ptrdiff_t countNullNames(const std::vector<StoreQuestions::Category>& categories) {
+  return std::count_if(categories.begin(), categories.end(),
+                       [](const auto& category) { return category.name.isNull(); });
+}
+
 // Returns whether there is something to repair.
 bool judgeCategories(Judgement& judgement, const StoreQuestions& database) {
   const std::vector<StoreQuestions::Category> categories = database.categories();
   std::string doubles;
-  std::size_t nullNames = std::count_if(categories.begin(), categories.end(),
-                                        [](const auto& each) { return each.name.isNull(); });
+  const std::ptrdiff_t nullNames = countNullNames(categories);
   for (const DoubledCategory& doubled : doubledCategories(categories)) {
     if (!doubled.name.isNull())
       doubles += (doubles.empty() ? "" : ", ") + named(doubled);
@@ -117,6 +122,14 @@ bool judgeCategories(Judgement& judgement, const StoreQuestions& database) {
   const bool lacks = lacksOriginalCategories(categories);
   judgement.on("default categories", lacks ? "missing; the first start was interrupted" : "");
   return nullNames > 1 || !doubles.empty() || lacks;
+}
+
+// Returns how many tasks and categories the store contains.
+std::string content(Session& session) {
+  const std::vector<StoreQuestions::Category> categories = StoreQuestions().categories();
+  const std::ptrdiff_t named = std::ssize(categories) - countNullNames(categories);
+  return counted(session.countTasks(), "task") + " and " + std::to_string(named) +
+         (named == 1 ? " category" : " categories");
 }
 
 void check(Session& session, bool repair) {
@@ -146,8 +159,7 @@ void check(Session& session, bool repair) {
   for (const std::string& note : foreignAccess())
     output.line("note: " + note);
 
-  output.line(counted(session.countTasks(), "task") + ", " +
-              std::to_string(database.categories().size()) + " categories");
+  output.line(content(session));
   if (judgement.defects() > 0)
     throw Failure(Exit::storeUnsound,
                   counted(judgement.defects(), "defect") + " in the store" +
@@ -178,12 +190,6 @@ void requireDone(int result, const std::string& reason,
 
 std::string shownFile(const std::string& file) {
   return oneLine(std::string_view(file));
-}
-
-// Returns how many tasks and categories the store contains.
-std::string content(Session& session) {
-  return counted(session.countTasks(), "task") + " and " +
-         std::to_string(StoreQuestions().categories().size()) + " categories";
 }
 
 void backUp(Session& session, const std::string& file, bool force) {

@@ -37,7 +37,7 @@ TEST_F(DatabaseVerbs, ExplainAcceptsStatementsAndChangesNothing) {
           {"db", "explain", "insert into task_table_category(name, flag) values ('%d%s', true)"})
           .out;
   EXPECT_THAT(out, HasSubstr("%d%s"));
-  EXPECT_THAT(succeed({"db", "check"}).out, HasSubstr("1 task, 6 categories"));
+  EXPECT_THAT(succeed({"db", "check"}).out, HasSubstr("1 task and 5 categories"));
 }
 
 TEST_F(DatabaseVerbs, ExplainReportsErrorsWithPosition) {
@@ -64,7 +64,7 @@ TEST_F(DatabaseVerbs, CheckFindsAFreshStoreSound) {
                                           "categories: sound\n"
                                           "default categories: sound\n"
                                           "change journal: sound\n"
-                                          "0 tasks, 6 categories\n");
+                                          "0 tasks and 5 categories\n");
 }
 
 TEST_F(DatabaseVerbs, CheckFindsTheCategoryOfTasksWithoutOneTwice) {

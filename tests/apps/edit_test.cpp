@@ -80,7 +80,7 @@ TEST_F(Edit, AddAddsMissingCategory) {
   EXPECT_EQ(task(add({"x", "--category", "garden"}))["category"].toString(), "garden");
   EXPECT_EQ(task(add({"y", "--category", "garden"}))["category"].toString(), "garden");
   EXPECT_EQ(task(add({"z", "--category", "meeting"}))["category"].toString(), "meeting");
-  EXPECT_THAT(succeed({"db", "check"}).out, HasSubstr("3 tasks, 7 categories\n"));
+  EXPECT_THAT(succeed({"db", "check"}).out, HasSubstr("3 tasks and 6 categories\n"));
 }
 
 TEST_F(Edit, AddTruncatesLongTextsAndReportsIt) {
