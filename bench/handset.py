@@ -246,7 +246,7 @@ def window_table():
         display.wait()
     return report_text.table(
         ["program", "tasks", "window after", "processor", "memory", "private",
-         "other processes", "memory with these"], rows)
+         "other processes", "all processes"], rows)
 
 
 def package_table():
@@ -305,7 +305,7 @@ The files of the packages with code.
 
 ## Windows
 
-On a virtual display, medians of three starts after the first. *Processor* and *memory* are measured five seconds after the window shows; *private* leaves out what other processes share. Endeavour keeps its tasks in a data server, which runs in other processes; their memory, with shared pages divided among processes, is in the last column.
+On a virtual display, medians of three starts after the first. *Processor* and *memory*, the resident set of the program, are measured five seconds after the window shows; *private* is the part of it that no other process shares. Endeavour keeps its tasks in a data server, which runs in other processes. *All processes* is the memory of the program and of these; a page that several processes share is divided among them.
 
 {window_table()}
 

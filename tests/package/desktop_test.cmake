@@ -1,5 +1,5 @@
-# Installs as a distribution does and fails unless desktops, shells and manuals find what they look
-# for. Tools that are not installed are not run.
+# Installs as a distribution does and fails unless desktops, shells and readers of the manuals find
+# what they look for. Tools that are not installed are not run.
 cmake_minimum_required(VERSION 3.25)
 
 function(run)
@@ -39,6 +39,28 @@ expect_file(${share}/zsh/vendor-completions/_ulotask)
 if(EXISTS ${share}/zsh/site-functions)
   message(FATAL_ERROR "${share}/zsh/site-functions is for other prefixes than /usr")
 endif()
+
+# The documents link to files that are installed. Debian compresses the changelog.
+set(documents ${share}/doc/ulotaskengine)
+file(REMOVE ${documents}/CHANGELOG.md)
+file(GLOB_RECURSE pages ${documents}/*.md)
+if(NOT pages)
+  message(FATAL_ERROR "No documents are installed")
+endif()
+foreach(page ${pages})
+  get_filename_component(directory ${page} DIRECTORY)
+  file(READ ${page} text)
+  # Brackets and semicolons have a meaning in lists.
+  string(REGEX REPLACE "\\]\\(|src=\"" "<to:" text "${text}")
+  string(REGEX REPLACE "[][;]" "" text "${text}")
+  string(REGEX MATCHALL "<to:[^):#\"]+[#)\"]" links "${text}")
+  foreach(link ${links})
+    string(REGEX REPLACE "^<to:(.*).$" "\\1" link "${link}")
+    if(NOT EXISTS ${directory}/${link})
+      message(FATAL_ERROR "${page} links to ${link}, which is not installed")
+    endif()
+  endforeach()
+endforeach()
 
 # The unit runs a command that exists.
 file(STRINGS ${usr}/lib/systemd/user/ulotask-watch.service command REGEX "^ExecStart=")
