@@ -309,7 +309,7 @@ On a virtual display, medians of three starts after the first. *Processor* and *
 
 {window_table()}
 
-`ulo-tasks` also runs on Wayland with the package `qt6-wayland`; that was tried on weston without a screen. Without a desktop, on Qt's platform `linuxfb`, it fills the screen; that was tried on a framebuffer in a file, without keys. Without a notification server, alarms are shown in the window.
+`ulo-tasks` also runs on Wayland with the package `qt6-wayland`; its list, form and menus were tried with keys on weston. Without a desktop, on Qt's platform `linuxfb`, it fills the screen and reads the input devices of the kernel; that was tried on a framebuffer in a file, with key events from a pipe. Without a notification server, alarms are shown in the window.
 """
 
 
