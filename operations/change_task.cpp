@@ -24,23 +24,29 @@ void moveAlarm(const ZTASK_ENG_Task& before, ZTASK_ENG_Task& task, const QByteAr
     task.setDateTime(alarmField, alarmForDue(current, task.getDateTime(dueField)));
 }
 
+void copyDates(const ZTASK_ENG_Task& from, ZTASK_ENG_Task& to) {
+  for (const auto field : {dueField, alarmField})
+    to.setDateTime(field, from.getDateTime(field));
+}
+
 // Moves a task that has become completed to its next date, if it repeats. Sets `text` to its new
-// text then, and leaves it unchanged otherwise.
+// text then, and leaves it unchanged otherwise. Of the fields of the task, the text gets the dates
+// alone: the next import recognizes by the others what was changed only here.
 void moveToNextDate(ChangeReport& report, QByteArray& text) {
-  ZTASK_ENG_Task task = report.task;
-  task.setStatus(codeOf(Status::needsAction));
-  task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_END, ZTASK_ENG_Task::noDate());
-  setChangedNow(task);
-  TASK_ENG_Ical calendar(TASK_ENG_Ical::write(task, text));
-  if (calendar.count() == 0 || !calendar.repeats(0))
+  const TASK_ENG_Ical stored(text);
+  if (stored.count() == 0 || !stored.repeats(0))
     return;
+  ZTASK_ENG_Task dates = stored.task(0);
+  copyDates(report.task, dates);
+  setChangedNow(dates);
+  TASK_ENG_Ical calendar(TASK_ENG_Ical::write(dates, text));
   report.next = calendar.moveToNextDate(0);
   if (report.next != TASK_ENG_Ical::moved)
     return;
-  const ZTASK_ENG_Task moved = calendar.task(0);
-  for (const auto field : {dueField, alarmField})
-    task.setDateTime(field, moved.getDateTime(field));
-  report.task = task;
+  copyDates(calendar.task(0), report.task);
+  report.task.setStatus(codeOf(Status::needsAction));
+  report.task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_END, ZTASK_ENG_Task::noDate());
+  setChangedNow(report.task);
   text = calendar.text();
 }
 

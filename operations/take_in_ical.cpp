@@ -44,6 +44,28 @@ void applyChanges(const ZTASK_ENG_Task& base, const ZTASK_ENG_Task& changed, ZTA
     task.setStatus(changed.getStatusValue());
 }
 
+// A to-do that repeats, moved to the date of the stored text if that is one of its next dates: the
+// file does not know yet that earlier dates were completed here. Otherwise as it came.
+TASK_ENG_Ical::Todo caughtUp(const TASK_ENG_Ical::Todo& todo, const TASK_ENG_Ical& base) {
+  constexpr int mostDates = 100;
+  constexpr Field dueField = ZTASK_ENG_Task::TASK_FIELD_DUE;
+  const ZTASK_ENG_Task stored = base.task(0);
+  if (!todo.repeats || !base.repeats(0) || !hasDate(todo.task, dueField) ||
+      !hasDate(stored, dueField))
+    return todo;
+  const QDateTime target = stored.getDateTime(dueField);
+  TASK_ENG_Ical moved(todo.text);
+  QDateTime due = todo.task.getDateTime(dueField);
+  for (int i = 0; i < mostDates && due < target; ++i) {
+    if (moved.moveToNextDate(0) != TASK_ENG_Ical::moved)
+      return todo;
+    due = moved.task(0).getDateTime(dueField);
+  }
+  if (due != target || due == todo.task.getDateTime(dueField))
+    return todo;
+  return {moved.task(0), moved.text(), true};
+}
+
 }  // namespace
 
 IcalIntake::Digest IcalIntake::digestOf(QStringView uuid) {
@@ -143,18 +165,21 @@ int IcalIntake::update(unsigned int uid, const TASK_ENG_Ical::Todo& todo, TakenI
   // Without a stored text, the to-do was made from the task.
   const QByteArray& baseText = stored.isEmpty() ? current : stored;
   const TASK_ENG_Ical base(baseText);
+  QByteArray text = todo.text;
   if (base.count() > 0) {
     if (isOlder(todo.text, baseText)) {
       taken.how = Taken::older;
       return TASK_ENG_OK;
     }
-    applyChanges(base.task(0), todo.task, report.task);
+    const TASK_ENG_Ical::Todo latest = caughtUp(todo, base);
+    applyChanges(base.task(0), latest.task, report.task);
+    text = latest.text;
   }
   taken.how = Taken::updated;
   taken.shortened = shortenTexts(report.task);
   if (const int code = storeTask(store_, report); code != TASK_ENG_OK)
     return code;
-  return storeText(uid, todo.text);
+  return storeText(uid, text);
 }
 
 }  // namespace ulo

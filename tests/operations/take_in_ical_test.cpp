@@ -46,6 +46,9 @@ protected:
   std::string text(unsigned int uid, Field field) {
     return get(uid).getString(field).toStdString();
   }
+  static std::string dayOf(const Task& task, Field field) {
+    return task.getDateTime(field).toString(QStringLiteral("yyyy-MM-dd")).toStdString();
+  }
   void edit(unsigned int uid, const std::function<void(Task&)>& change) {
     EXPECT_EQ(ulo::changeTask(store(), uid, change), ok);
   }
@@ -195,6 +198,54 @@ TEST_F(TakeInIcal, SameTextDoesNotMoveRepeatingTaskBack) {
     const std::vector<std::string> moved = everything();
     EXPECT_EQ(import(plants).how, Taken::older);
     EXPECT_EQ(everything(), moved);
+  }
+}
+
+// A to-do that repeats every week, with an alarm, as another program wrote it.
+const QByteArray plants = icalendar(
+    icalTodo("UID:plants\r\nSUMMARY:Water the plants\r\nPRIORITY:3\r\n"
+             "LAST-MODIFIED:20060101T100000Z\r\nDTSTART;VALUE=DATE:20060102\r\n"
+             "DUE;VALUE=DATE:20060102\r\nRRULE:FREQ=WEEKLY\r\n"
+             "BEGIN:VALARM\r\nACTION:DISPLAY\r\nTRIGGER;RELATED=END:PT1H\r\nEND:VALARM\r\n"));
+// A state that is later than any change here.
+QByteArray laterPlants(const char* from, const char* to) {
+  return changed(changed(plants, from, to), "20060101T100000Z", "20370101T100000Z");
+}
+
+TEST_F(TakeInIcal, CompletionOfRepeatingTaskKeepsChangesMadeHere) {
+  const unsigned int uid = import(plants).uid;
+  edit(uid, [](Task& task) {
+    task.setPriority(7);
+    task.setStatus(3);
+  });
+  EXPECT_EQ(ulo::setCompleted(store(), uid, true), ok);
+  import(laterPlants("SUMMARY:Water the plants", "SUMMARY:Water all plants"));
+  EXPECT_EQ(text(uid, Task::TASK_FIELD_SUMMARY), "Water all plants");
+  EXPECT_EQ(get(uid).getPriorityValue(), 7);
+  EXPECT_EQ(get(uid).getStatusValue(), 1);
+}
+
+TEST_F(TakeInIcal, FileThatDoesNotKnowOfCompletionDoesNotMoveTaskBack) {
+  const unsigned int uid = import(plants).uid;
+  EXPECT_EQ(ulo::setCompleted(store(), uid, true), ok);
+  EXPECT_EQ(ulo::setCompleted(store(), uid, true), ok);
+  const Task moved = get(uid);
+  EXPECT_EQ(dayOf(moved, Task::TASK_FIELD_DUE), "2006-01-16");
+  EXPECT_EQ(import(laterPlants("PRIORITY:3", "PRIORITY:4")).how, Taken::updated);
+  EXPECT_EQ(get(uid).getPriorityValue(), 4);
+  for (const Field field : {Task::TASK_FIELD_DUE, Task::TASK_FIELD_ALARM})
+    EXPECT_EQ(get(uid).getDateTime(field), moved.getDateTime(field));
+  EXPECT_THAT(exported(uid), testing::HasSubstr("DTSTART;VALUE=DATE:20060116\r\n"));
+}
+
+TEST_F(TakeInIcal, DateThatChangedInFileMovesRepeatingTask) {
+  for (const char* date : {"20060103", "20060206"}) {
+    const unsigned int uid = import(plants).uid;
+    EXPECT_EQ(ulo::setCompleted(store(), uid, true), ok);
+    import(changed(laterPlants("DTSTART;VALUE=DATE:20060102", "X-OLD:1"), "20060102", date));
+    EXPECT_EQ(dayOf(get(uid), Task::TASK_FIELD_DUE).erase(4, 1).erase(6, 1), date);
+    Task removed;
+    EXPECT_EQ(ulo::removeTask(store(), uid, removed), ok);
   }
 }
 

@@ -17,15 +17,16 @@ namespace tasks {
 namespace {
 
 constexpr int pageSize = 16;
-std::int64_t alarmOf(const ZTASK_ENG_Task& task) {
-  return task.getInstant(ZTASK_ENG_Task::TASK_FIELD_ALARM).toMSecsSinceEpoch();
-}
 
 bool isAwaited(const ZTASK_ENG_Task& task) {
   return !ulo::isCompleted(task) && ulo::hasDate(task, ZTASK_ENG_Task::TASK_FIELD_ALARM);
 }
 
 }  // namespace
+
+std::int64_t alarmOf(const ZTASK_ENG_Task& task) {
+  return task.getInstant(ZTASK_ENG_Task::TASK_FIELD_ALARM).toMSecsSinceEpoch();
+}
 
 AlarmClock::AlarmClock(ZTASK_ENG_Model& store, std::function<QDateTime()> now, QObject* parent)
     : QObject(parent), store_(store), now_(std::move(now)), checked_(time()) {

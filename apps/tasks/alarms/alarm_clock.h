@@ -19,6 +19,9 @@
 
 namespace tasks {
 
+// The time of an alarm in milliseconds since 1970.
+[[nodiscard]] std::int64_t alarmOf(const ZTASK_ENG_Task& task);
+
 // Reports each alarm once when its time comes, unless the task is completed by then. Does not
 // report alarms from before the object was created. An alarm that is set to a later time is
 // reported again at that time. After a suspension, reports the alarms that came in the meantime.

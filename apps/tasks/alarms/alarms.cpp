@@ -25,33 +25,40 @@ Alarms::Alarms(ZTASK_ENG_Model& store, QWidget* window)
 
 void Alarms::look() {
   clock_.look();
-  std::erase_if(told_, [this](unsigned int uid) {
+  std::erase_if(told_, [this](const auto& told) {
     ZTASK_ENG_Task task;
-    const int code = store_.getTask(uid, task);
-    const bool isOver =
-        code == TASK_ENG_NOT_FOUND || (code == TASK_ENG_OK && ulo::isCompleted(task));
-    if (isOver) {
-      notifications_.withdraw(uid);
-      messages_.withdraw(uid);
-    }
-    return isOver;
+    const int code = store_.getTask(told.first, task);
+    if (code != TASK_ENG_NOT_FOUND && (code != TASK_ENG_OK || isCurrent(task, told.second)))
+      return false;
+    notifications_.withdraw(told.first);
+    messages_.withdraw(told.first);
+    return true;
   });
 }
 
+// A repeating task that was completed has another alarm.
+bool Alarms::isCurrent(const ZTASK_ENG_Task& task, std::int64_t alarm) {
+  return !ulo::isCompleted(task) && alarmOf(task) == alarm;
+}
+
 void Alarms::show(const ZTASK_ENG_Task& task) {
-  told_.insert(task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID));
+  told_[task.getUINT32(ZTASK_ENG_Task::TASK_FIELD_UID)] = alarmOf(task);
   notifications_.show(task);
 }
 
 // The task may have been completed since it was to be shown.
 void Alarms::showInWindow(unsigned int uid) {
   ZTASK_ENG_Task task;
-  if (store_.getTask(uid, task) == TASK_ENG_OK && !ulo::isCompleted(task))
+  if (store_.getTask(uid, task) == TASK_ENG_OK && isCurrent(task, told_[uid]))
     messages_.show(task);
 }
 
+// A notification may be used before its withdrawal arrives.
 void Alarms::complete(unsigned int uid) {
-  const int code = ulo::setCompleted(store_, uid, true);
+  ZTASK_ENG_Task task;
+  int code = store_.getTask(uid, task);
+  if (code == TASK_ENG_OK && isCurrent(task, told_[uid]))
+    code = ulo::setCompleted(store_, uid, true);
   if (code != TASK_ENG_OK)
     Q_EMIT notCompleted(code);
 }

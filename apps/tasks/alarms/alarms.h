@@ -7,12 +7,13 @@
 
 #include <QObject>
 
-#include <unordered_set>
+#include <cstdint>
+#include <unordered_map>
 
 namespace tasks {
 
 // Shows alarms while the object exists. A notification or message is withdrawn when its task is
-// completed or removed, and when the object is destroyed.
+// completed or removed or gets another alarm, and when the object is destroyed.
 class Alarms : public QObject {
   Q_OBJECT
 
@@ -31,6 +32,7 @@ Q_SIGNALS:
   void notCompleted(int code);
 
 private:
+  static bool isCurrent(const ZTASK_ENG_Task& task, std::int64_t alarm);
   void show(const ZTASK_ENG_Task& task);
   void showInWindow(unsigned int uid);
   void complete(unsigned int uid);
@@ -39,7 +41,7 @@ private:
   AlarmClock clock_;
   AlarmNotifications notifications_;
   AlarmMessages messages_;
-  std::unordered_set<unsigned int> told_;
+  std::unordered_map<unsigned int, std::int64_t> told_;  // UIDs and alarms
 };
 
 }  // namespace tasks

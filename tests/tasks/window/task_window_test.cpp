@@ -275,6 +275,29 @@ TEST_F(Window, AlarmMessageOfCompletedTaskIsWithdrawn) {
   EXPECT_EQ(QApplication::activeModalWidget(), nullptr);
 }
 
+// Its notification is about the date before.
+TEST_F(Window, AlarmOfRepeatingTaskIsCompletedOnce) {
+  NotificationServer server(bus_);
+  open();
+  const QDateTime soon = QDateTime::currentDateTimeUtc().addSecs(2);
+  const auto text = [](const QDateTime& at) {
+    return at.toString(QStringLiteral("yyyyMMdd'T'HHmmss'Z'")).toUtf8();
+  };
+  window_->import({file("a.ics", "BEGIN:VCALENDAR\r\nVERSION:2.0\r\nPRODID:a\r\nBEGIN:VTODO\r\n"
+                                 "UID:a\r\nSUMMARY:a\r\nDTSTART:" +
+                                     text(soon) + "\r\nDUE:" + text(soon.addSecs(3600)) +
+                                     "\r\nRRULE:FREQ=DAILY\r\nBEGIN:VALARM\r\nACTION:DISPLAY\r\n"
+                                     "DESCRIPTION:a\r\nTRIGGER:PT0S\r\nEND:VALARM\r\n"
+                                     "END:VTODO\r\nEND:VCALENDAR\r\n")});
+  ASSERT_TRUE(waitFor([&] { return !server.notes.empty(); }));
+  runUlotask({"done", "1"});
+  const QDateTime next = only().getDateTime(Task::TASK_FIELD_DUE);
+  server.invoke(server.notes[0].id, "done");
+  EXPECT_TRUE(waitFor([&] { return !server.closed.empty(); }));
+  finishEvents();
+  EXPECT_EQ(only().getDateTime(Task::TASK_FIELD_DUE), next);
+}
+
 TEST_F(Window, RemovedTaskIsNotOpened) {
   open();
   window_->openTask(77);
