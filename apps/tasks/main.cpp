@@ -3,6 +3,7 @@
 #include "ZApplication.h"
 #include "ZTASK_ENG_Model.h"
 #include "gate.h"
+#include "standard_descriptors.h"
 #include "ulo/data_directory.h"
 #include "ulo/log_sink.h"
 #include "window/end_signals.h"
@@ -66,6 +67,7 @@ void chooseAttachmentDirectory() {
 }  // namespace
 
 int main(int count, char** arguments) {
+  ulo::occupyStandardDescriptors();
   // If a limit on the size of files is reached, a write fails instead.
   std::signal(SIGXFSZ, SIG_IGN);
   ulo::WindowProgram program(help(), count, arguments);

@@ -7,6 +7,7 @@
 #include "ZApplication.h"
 #include "ZMessageDlg.h"
 #include "ical_action.h"
+#include "standard_descriptors.h"
 #include "ulo/log_sink.h"
 #include "ulo/texts.h"
 #include "vcal_guard.h"
@@ -111,6 +112,7 @@ bool showsWindow() {
 }  // namespace
 
 int main(int count, char** arguments) {
+  ulo::occupyStandardDescriptors();
   // If a limit on the size of files is reached, a write fails instead.
   std::signal(SIGXFSZ, SIG_IGN);
   ulo::WindowProgram program(help(), count, arguments);

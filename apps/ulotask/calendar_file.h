@@ -3,6 +3,7 @@
 
 #include "TASK_ENG_Ical.h"
 #include "ZTASK_ENG_Task.h"
+#include "calendar_versions.h"
 #include "ical_todos.h"
 #include "todo_reader.h"
 #include "todo_writer.h"
@@ -27,7 +28,7 @@ inline constexpr std::size_t largestCalendar = 64UL * 1024 * 1024;
 // or is larger than `limit` bytes.
 std::string readFile(const std::string& name, std::size_t limit);
 
-enum class CalendarVersion { vcalendar, icalendar };
+using ulo::CalendarVersion;
 
 // The name and version of a format: "vCalendar 1.0".
 const char* nameOf(CalendarVersion version);

@@ -6,6 +6,7 @@
 #include "manual.h"
 #include "output.h"
 #include "session.h"
+#include "standard_descriptors.h"
 #include "time_zone.h"
 #include "ulo/log_sink.h"
 #include "verbs.h"
@@ -145,6 +146,7 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  ulo::occupyStandardDescriptors();
   // If the reader of a pipe exits early, or a limit on the size of files is reached, a write fails
   // instead.
   std::signal(SIGPIPE, SIG_IGN);

@@ -168,4 +168,15 @@ TEST_F(Failures, EveryVerbReportsResultsThatCannotBeWritten) {
   }
 }
 
+// The program's files must not get the number of a descriptor that its caller closed.
+TEST_F(Failures, ClosedOutputGoesIntoNoFile) {
+  add({"secret"});
+  for (const char* line : {"list", "export", "changes", "show 1"})
+    EXPECT_EQ(shell(std::string("\"$ULOTASK\" ") + line + " >&-").code, 12) << line;
+  EXPECT_EQ(shell("\"$ULOTASK\" show 7 2>&-").code, 3);
+  const std::string log = readWhole(path("state/ulo/ulotask.log"));
+  EXPECT_THAT(log, testing::Not(HasSubstr("secret")));
+  EXPECT_THAT(log, testing::Not(HasSubstr("ulotask: ")));
+}
+
 }  // namespace

@@ -319,7 +319,9 @@ TEST_F(Recovery, FailedBackupLeavesNoFile) {
   fill(100);
   EXPECT_EQ(ulotask({"db", "backup", storeFile()}).code, 12);
   EXPECT_EQ(ulotask({"db", "backup", "--force", path("data/more.db")}).code, 12);
-  EXPECT_EQ(ulotask({"db", "backup", path("none/saved.db")}).code, 12);
+  const Outcome missing = ulotask({"db", "backup", path("none/saved.db")});
+  EXPECT_EQ(missing.code, 12);
+  EXPECT_EQ(missing.err, "ulotask: " + path("none") + ": No such file or directory\n");
   fs::create_directory(path("out"));
   environment_["OUT"] = path("out");
   const Outcome run =
@@ -345,11 +347,17 @@ TEST_F(Recovery, RestoreRejectsStoreInUse) {
 TEST_F(Recovery, RestoreRejectsUnsoundStore) {
   fill(100);
   const std::string before = list();
-  EXPECT_EQ(ulotask({"db", "restore", path("none.db")}).code, 4);
+  const Outcome missing = ulotask({"db", "restore", path("none.db")});
+  EXPECT_EQ(missing.code, 4);
+  EXPECT_EQ(missing.err, "ulotask: " + path("none.db") + ": No such file or directory\n");
+  const Outcome unnamed = ulotask({"db", "restore", ""});
+  EXPECT_EQ(unnamed.code, 2);
+  EXPECT_THAT(unnamed.out + unnamed.err, testing::EndsWith("the name of the file is empty\n"));
   EXPECT_EQ(ulotask({"db", "restore", storeFile()}).code, 2);
   for (const std::string& bytes : {std::string(), std::string(100, 'x'), std::string(8192, 'x')}) {
     const Outcome run = ulotask({"db", "restore", file("bad.db", bytes)});
     EXPECT_EQ(run.code, 19) << bytes.size() << run.err;
+    EXPECT_EQ(run.err, "ulotask: " + path("bad.db") + " is not a sound store\n");
   }
   sql("PRAGMA encoding = 'UTF-16'; CREATE TABLE other (x)", "../foreign.db");
   EXPECT_EQ(ulotask({"db", "restore", path("foreign.db")}).code, 19);

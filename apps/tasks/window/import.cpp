@@ -1,5 +1,6 @@
 #include "window/import.h"
 
+#include "calendar_versions.h"
 #include "take_in.h"
 #include "todo_reader.h"
 #include "ulo/descriptor.h"
@@ -78,14 +79,19 @@ void Import::appendTodos(const QString& path) {
   const std::optional<QByteArray> bytes = readFile(path);
   if (!bytes)
     return;
-  if (TASK_ENG_Ical::isIcalendar(*bytes)) {
-    for (TASK_ENG_Ical::Todo& todo : TASK_ENG_Ical::read(*bytes))
+  for (const ulo::TextOfVersion& part : ulo::splitVersions(*bytes)) {
+    if (part.version == ulo::CalendarVersion::vcalendar) {
+      appendVcalendar(part.text);
+      continue;
+    }
+    for (TASK_ENG_Ical::Todo& todo : TASK_ENG_Ical::read(part.text))
       waiting_.emplace_back(std::move(todo));
-    return;
   }
-  // The text ends at the first zero byte.
-  const std::string_view text(bytes->constData());
-  const ulo::TodosRead read = ulo::readTodos(text);
+}
+
+// The text ends at the first zero byte.
+void Import::appendVcalendar(const QByteArray& text) {
+  const ulo::TodosRead read = ulo::readTodos(text.constData());
   if (read.report.failure == ulo::ReadFailure::library && !result_.libraryMissing) {
     const std::string failure = ulo::vObjectLibraryFailure();
     if (!failure.empty())

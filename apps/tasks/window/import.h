@@ -57,6 +57,7 @@ private:
   static constexpr std::size_t mostAtOnce = 50;
 
   void appendTodos(const QString& path);
+  void appendVcalendar(const QByteArray& text);
   void storeSome();
   bool storeNext();
   // Stores the next `count` to-dos in one transaction and adds them to `result`. Returns a result

@@ -15,11 +15,14 @@
 #include "write_ahead_log.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <map>
 #include <optional>
 #include <set>
 #include <string_view>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -72,8 +75,20 @@ std::string uriOf(const std::string& path, const char* parameters) {
   return uri + parameters;
 }
 
+void requireReadable(const std::string& file) {
+  if (file.empty())
+    throw Failure(DB_BAD_ARGUMENT, "the name of the file is empty");
+  if (!Descriptor(open(file.c_str(), O_RDONLY | O_CLOEXEC)).isOpen())
+    throw Failure(DB_IO, file + ": " + std::strerror(errno));
+}
+
+Failure unsound(const std::string& file) {
+  return {DB_CORRUPT, file + " is not a sound store"};
+}
+
 // Copies the rows of a file that may be on a read-only medium.
-void copyFrom(const std::string& file, const std::string& to) {
+void copyFrom(const std::string& file, const std::string& to) try {
+  requireReadable(file);
   try {
     const Handle handle = openFile(uriOf(file, "?mode=ro"), SQLITE_OPEN_READONLY);
     copyRows(handle.get(), to);
@@ -84,6 +99,10 @@ void copyFrom(const std::string& file, const std::string& to) {
     const Handle handle = openFile(uriOf(file, "?immutable=1"), SQLITE_OPEN_READONLY);
     copyRows(handle.get(), to);
   }
+} catch (const Failure& failure) {
+  if (failure.code() == DB_CORRUPT)
+    throw unsound(file);
+  throw;
 }
 
 // Closes without copying the write-ahead log into the file.
@@ -488,7 +507,7 @@ void restore(const StorePlace& place, const std::string& file, const std::string
   copyFrom(file, fresh.path());
   requireKnownLayout(openFile(fresh.path()).get(), file);
   if (inspect(openFile(fresh.path()).get(), sample, report) > 0)
-    throw Failure(DB_CORRUPT, file + " is not a sound store");
+    throw unsound(file);
   beginGeneration(fresh.path(), floor);
   report(sentenceOfKept(putInPlace(place, fresh)));
 }

@@ -113,7 +113,7 @@ StoreLock::StoreLock(const StorePlace& place)
 FreshFile::FreshFile(const std::string& prefix) : path_(prefix + "XXXXXX") {
   const Descriptor made(mkostemp(path_.data(), O_CLOEXEC));
   if (!made.isOpen())
-    throw storeFailure(path_);
+    throw storeFailure(directoryOf(prefix));
 }
 
 FreshFile::~FreshFile() {

@@ -123,6 +123,14 @@ TEST_F(Import, RecognizesIcalendarByItsText) {
   EXPECT_EQ(text(allUids()[2]), "");
 }
 
+TEST_F(Import, ReadsCalendarsOfBothVersions) {
+  const std::string modern = icalendar(icalTodo("1", "SUMMARY:a\r\n"));
+  const std::string old = calendar(todo("b"));
+  for (const std::string& both : {modern + old, old + modern})
+    EXPECT_EQ(importFiles(store_, {file("both.ics", both)}).unread.size(), 0);
+  EXPECT_EQ(summaries(), (std::vector<std::string>{"a", "b", "b"}));
+}
+
 TEST_F(Import, KnownUidUpdatesItsTask) {
   const auto later = [](const std::string& lines) {
     return icalendar(icalTodo("1", lines) + icalTodo("2", "SUMMARY:b\r\n"));
