@@ -60,6 +60,18 @@ TEST_F(SyncAdaptor, TruncatesTextsToLimitsOfStore) {
   }
 }
 
+TEST_F(SyncAdaptor, StoresStatusAsItIsRead) {
+  constexpr std::pair<const char*, int> cases[] = {
+      {"", -1}, {"STATUS:NEEDS-ACTION\r\n", 8}, {"STATUS:NEEDS ACTION\r\n", 1}};
+  for (const auto& [line, status] : cases) {
+    unsigned int uid = 0;
+    ASSERT_EQ(adaptor_.addEvent(calendar(todo(line)), uid), TASK_SYNCML_OK);
+    ZTASK_ENG_Task task;
+    ASSERT_EQ(adaptor_.getTask(uid, task), TASK_ENG_OK);
+    EXPECT_EQ(task.getStatusValue(), status) << line;
+  }
+}
+
 // The item is copied in several chunks.
 TEST_F(SyncAdaptor, AddsLargeItem) {
   const std::string item =
