@@ -47,7 +47,7 @@ void applyChanges(const ZTASK_ENG_Task& base, const ZTASK_ENG_Task& changed, ZTA
 // A to-do that repeats, moved to the date of the stored text if that is one of its next dates: the
 // file does not know yet that earlier dates were completed here. Otherwise as it came.
 TASK_ENG_Ical::Todo caughtUp(const TASK_ENG_Ical::Todo& todo, const TASK_ENG_Ical& base) {
-  constexpr int mostDates = 100;
+  constexpr int mostDates = 1000;
   constexpr Field dueField = ZTASK_ENG_Task::TASK_FIELD_DUE;
   const ZTASK_ENG_Task stored = base.task(0);
   if (!todo.repeats || !base.repeats(0) || !hasDate(todo.task, dueField) ||

@@ -238,6 +238,23 @@ TEST_F(TakeInIcal, FileThatDoesNotKnowOfCompletionDoesNotMoveTaskBack) {
   EXPECT_THAT(exported(uid), testing::HasSubstr("DTSTART;VALUE=DATE:20060116\r\n"));
 }
 
+TEST_F(TakeInIcal, FileIsMovedOnByAThousandDates) {
+  for (const bool isNear : {true, false}) {
+    const QByteArray daily =
+        icalendar(icalTodo("UID:daily\r\nSUMMARY:a\r\nLAST-MODIFIED:20060101T100000Z\r\n"
+                           "DUE;VALUE=DATE:20060101\r\nRRULE:FREQ=DAILY\r\n"));
+    const unsigned int uid = import(daily).uid;
+    const QDate before = QDate(2006, 1, 1).addDays(isNear ? 999 : 1000);
+    edit(uid, [&](Task& task) { task.setDateTime(Task::TASK_FIELD_DUE, before.startOfDay()); });
+    EXPECT_EQ(ulo::setCompleted(store(), uid, true), ok);
+    import(changed(daily, "LAST-MODIFIED:2006", "LAST-MODIFIED:2037"));
+    EXPECT_EQ(dayOf(get(uid), Task::TASK_FIELD_DUE),
+              isNear ? before.addDays(1).toString(Qt::ISODate).toStdString() : "2006-01-01");
+    Task removed;
+    EXPECT_EQ(ulo::removeTask(store(), uid, removed), ok);
+  }
+}
+
 TEST_F(TakeInIcal, DateThatChangedInFileMovesRepeatingTask) {
   for (const char* date : {"20060103", "20060206"}) {
     const unsigned int uid = import(plants).uid;
