@@ -326,10 +326,7 @@ QString englishText(const Repetition& repetition) {
 }
 
 QByteArray mergedTodo(const QByteArray& one, const QByteArray& other) {
-  const QDateTime first = revisionOf(one);
-  const QDateTime second = revisionOf(other);
-  const QDateTime none = ZTASK_ENG_Task::noDate();
-  const bool isSecond = second != none && (first == none || second > first);
+  const bool isSecond = isOlder(one, other);
   CalendarText result(isSecond ? other : one);
   const CalendarText added(isSecond ? one : other);
   const std::vector<std::size_t> candidates = result.piecesOf(result.todos().at(0));

@@ -51,9 +51,9 @@ struct Repetition {
 // Merges two states of one to-do, of which no common state is known. Requires: each text contains
 // one to-do, and both have the same UID.
 //
-// The result is the text with the later LAST-MODIFIED, or `one` if that is not known. Its lines are
-// kept. What only the other text has is added: properties, alarms, further values of CATEGORIES and
-// of other lists, overrides and time zones. STATUS, COMPLETED and PERCENT-COMPLETE are taken
+// The result is `other` if `one` is older, and `one` otherwise. Its lines are kept. What only the
+// other text has is added: properties, alarms, further values of CATEGORIES and of other lists,
+// overrides and time zones. STATUS, COMPLETED and PERCENT-COMPLETE are taken
 // together, and so are DUE and DURATION. SEQUENCE is the higher one.
 [[nodiscard]] ULO_EXPORT QByteArray mergedTodo(const QByteArray& one, const QByteArray& other);
 

@@ -39,14 +39,16 @@ void addIcalVerbs(Verb& program, Session& session) {
   auto options = std::make_shared<MergeOptions>();
   verb.option("FILE", options->one, "An iCalendar 2.0 file with one to-do").required();
   verb.option("OTHER", options->other, "Another file with the same to-do").required();
-  verb.footer("Afterwards both files have the same content. Where both have a value, that of the\n"
-              "later LAST-MODIFIED is kept; lines that only one of them has are kept, too. If "
-              "one cannot\nbe read or written, neither changes. Does not use the store.\n"
-              "\n"
-              "vdirsyncer resolves conflicts with it:\n"
-              "  conflict_resolution = [\"command\", \"ulotask\", \"ical\", \"merge\"]\n"
-              "Example:\n"
-              "  ulotask ical merge ours.ics theirs.ics");
+  verb.footer(
+      "Afterwards both files have the same content. Where both have a value, that of the\n"
+      "later LAST-MODIFIED is kept, or of the higher SEQUENCE if one has no LAST-MODIFIED,\n"
+      "or of FILE if these do not differ; lines that only one of them has are kept, too.\n"
+      "If one cannot be read or written, neither changes. Does not use the store.\n"
+      "\n"
+      "vdirsyncer resolves conflicts with it:\n"
+      "  conflict_resolution = [\"command\", \"ulotask\", \"ical\", \"merge\"]\n"
+      "Example:\n"
+      "  ulotask ical merge ours.ics theirs.ics");
   verb.run([options, &session] { merge(session, *options); });
 }
 

@@ -93,8 +93,18 @@ TEST(Merge, FirstStateWinsIfTimesDoNotDecide) {
   const QByteArray undated = state("SUMMARY:undated\r\n");
   EXPECT_EQ(ulo::mergedTodo(dated, other), dated);
   EXPECT_EQ(ulo::mergedTodo(other, dated), other);
-  EXPECT_EQ(ulo::mergedTodo(undated, dated), dated);
+  EXPECT_EQ(ulo::mergedTodo(undated, dated), undated);
   EXPECT_EQ(ulo::mergedTodo(undated, state("SUMMARY:x\r\n")), undated);
+}
+
+TEST(Merge, HigherSequenceWinsIfOneTimeIsUnknown) {
+  const QByteArray before = state("SEQUENCE:2\r\nSUMMARY:old\r\n");
+  const QByteArray after = state("SEQUENCE:5\r\nSUMMARY:new\r\n");
+  const QByteArray dated = state(late + "SEQUENCE:2\r\nSUMMARY:old\r\n");
+  for (const QByteArray& older : {before, dated}) {
+    EXPECT_EQ(ulo::mergedTodo(older, after), after);
+    EXPECT_EQ(ulo::mergedTodo(after, older), after);
+  }
 }
 
 TEST(Merge, AddsWhatOnlyEarlierStateHas) {
