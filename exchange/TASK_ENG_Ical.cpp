@@ -123,8 +123,10 @@ void TASK_ENG_Ical::append(const TASK_ENG_Ical& other, int todo) {
 TASK_ENG_Ical::NextDate TASK_ENG_Ical::moveToNextDate(int todo) {
   const auto move = [](ulo::ComponentLines& lines, const ulo::DateReader& reader) {
     const ulo::NextDateResult result = ulo::moveToNext(lines, reader);
-    if (result == ulo::NextDateResult::moved)
+    if (result == ulo::NextDateResult::moved) {
+      ulo::reopen(lines, reader);
       ulo::stampChange(lines, engineNow().toSecsSinceEpoch());
+    }
     return result;
   };
   switch (document_->edit(todo, move)) {

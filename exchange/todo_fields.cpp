@@ -162,6 +162,19 @@ bool isSameText(const QString& present, const QString& text, int limit) {
          (written == wholeLetters(present, limit) || written == asWritten(present.left(limit)));
 }
 
+// Sets the value of the first property with a name; adds one if there is none.
+void setValue(ComponentLines& lines, std::string_view name, const std::string& value) {
+  const std::size_t line = lines.find(name);
+  const std::optional<ContentLine> content = line == none ? std::nullopt : lines.property(line);
+  if (!content) {
+    lines.insert(lines.endOfProperties(), std::string(name) + ':' + value);
+    return;
+  }
+  std::string replaced(content->name);
+  replaced.append(content->parameters).append(":").append(value);
+  lines.replace(line, replaced);
+}
+
 // Replaces the fields one by one.
 class FieldWriter {
 public:
@@ -187,19 +200,6 @@ public:
   }
 
 private:
-  // Sets the value of the first property with a name; adds one if there is none.
-  void setValue(std::string_view name, const std::string& value) {
-    const std::size_t line = lines_.find(name);
-    const std::optional<ContentLine> content = line == none ? std::nullopt : lines_.property(line);
-    if (!content) {
-      lines_.insert(lines_.endOfProperties(), std::string(name) + ':' + value);
-      return;
-    }
-    std::string replaced(content->name);
-    replaced.append(content->parameters).append(":").append(value);
-    lines_.replace(line, replaced);
-  }
-
   void replaceText(std::string_view name, Task::TASK_FIELD_T field, int limit) {
     const QString text = task_.getString(field);
     if (isSameText(fields_.text(name), text, limit))
@@ -207,7 +207,7 @@ private:
     if (asWritten(text).isEmpty())
       lines_.removeAll(name);
     else
-      setValue(name, valueOfText(text));
+      setValue(lines_, name, valueOfText(text));
   }
 
   void replaceCategory() {
@@ -219,17 +219,17 @@ private:
     const std::string_view list = content ? content->value : std::string_view();
     const std::string_view others = list.substr(firstValueLength(list));
     if (!name.isEmpty())
-      setValue("CATEGORIES", valueOfText(name) + std::string(others));
+      setValue(lines_, "CATEGORIES", valueOfText(name) + std::string(others));
     else if (others.empty())
       lines_.remove({line, line + 1});
     else
-      setValue("CATEGORIES", std::string(others.substr(1)));
+      setValue(lines_, "CATEGORIES", std::string(others.substr(1)));
   }
 
   void replacePriority() {
     const int priority = writtenPriority(task_.getPriorityValue());
     if (priority != fields_.priority())
-      setValue("PRIORITY", std::to_string(priority));
+      setValue(lines_, "PRIORITY", std::to_string(priority));
   }
 
   void replaceStatus() {
@@ -237,11 +237,11 @@ private:
     const StatusWord& wanted = wordOf(task_.getStatusValue());
     if (wanted.status == present)
       return;
-    setValue("STATUS", wanted.word);
+    setValue(lines_, "STATUS", wanted.word);
     if (wanted.status == Status::completed)
-      setValue("PERCENT-COMPLETE", std::to_string(allPercent));
+      setValue(lines_, "PERCENT-COMPLETE", std::to_string(allPercent));
     else if (present == Status::completed && fields_.percent() == allPercent)
-      setValue("PERCENT-COMPLETE", "0");
+      setValue(lines_, "PERCENT-COMPLETE", "0");
   }
 
   // Whether a record's date is the one of a line. A line whose date a record cannot hold is the
@@ -400,6 +400,15 @@ ZTASK_ENG_Task readFields(const ComponentLines& lines, const DateReader& reader)
 
 bool replaceFields(ComponentLines& lines, const ZTASK_ENG_Task& task, const DateReader& reader) {
   return FieldWriter(lines, task, reader).run();
+}
+
+void reopen(ComponentLines& lines, const DateReader& reader) {
+  const FieldReader fields(lines, reader);
+  lines.removeAll("COMPLETED");
+  if (fields.percent() != 0)
+    setValue(lines, "PERCENT-COMPLETE", "0");
+  if (fields.status() != Status::needsAction)
+    setValue(lines, "STATUS", wordOf(codeOf(Status::needsAction)).word);
 }
 
 void stampChange(ComponentLines& lines, std::int64_t instant) {

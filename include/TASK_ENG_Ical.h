@@ -91,7 +91,8 @@ public:
   };
   // Moves a repeating to-do to the date that follows its present one: DTSTART and DUE with it, and
   // a COUNT in the rule is reduced. Alarms with a relative trigger follow; others are moved by the
-  // same time. Leaves the text unchanged unless it returns `moved`.
+  // same time. The moved to-do needs action and is not partly done. Leaves the text unchanged
+  // unless it returns `moved`.
   NextDate moveToNextDate(int todo);
 
   // Returns the whole calendar. Lines that were replaced are folded at 75 bytes and end as the

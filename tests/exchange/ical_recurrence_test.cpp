@@ -75,6 +75,39 @@ TEST_F(IcalRecurrence, KeepsDuration) {
             "-DTSTART:20261130T100000Z\n+DTSTART:20261207T100000Z\n");
 }
 
+TEST_F(IcalRecurrence, NextDateIsNotPartlyDone) {
+  EXPECT_EQ(moved({"DUE:20261130T100000Z", "RRULE:FREQ=WEEKLY", "STATUS:NEEDS-ACTION",
+                   "PERCENT-COMPLETE;X-A=b:50"}),
+            "-DUE:20261130T100000Z\n+DUE:20261207T100000Z\n-PERCENT-COMPLETE;X-A=b:50\n"
+            "+PERCENT-COMPLETE;X-A=b:0\n");
+  EXPECT_EQ(moved({"DUE:20261130T100000Z", "RRULE:FREQ=WEEKLY", "STATUS:IN-PROCESS",
+                   "PERCENT-COMPLETE:50"}),
+            "-DUE:20261130T100000Z\n+DUE:20261207T100000Z\n-STATUS:IN-PROCESS\n"
+            "-PERCENT-COMPLETE:50\n+STATUS:NEEDS-ACTION\n+PERCENT-COMPLETE:0\n");
+  EXPECT_EQ(moved({"DUE:20261130T100000Z", "RRULE:FREQ=WEEKLY", "COMPLETED:20261129T100000Z",
+                   "PERCENT-COMPLETE:100"}),
+            "-DUE:20261130T100000Z\n+DUE:20261207T100000Z\n-COMPLETED:20261129T100000Z\n"
+            "-PERCENT-COMPLETE:100\n+PERCENT-COMPLETE:0\n");
+  EXPECT_EQ(moved({"DUE:20261130T100000Z", "RRULE:FREQ=WEEKLY", "STATUS:odd"}),
+            "-DUE:20261130T100000Z\n+DUE:20261207T100000Z\n");
+}
+
+// A record that was reopened and moved does not differ from the moved text.
+TEST_F(IcalRecurrence, ChangesSequenceOnce) {
+  for (const char* status : {"STATUS:NEEDS-ACTION", "STATUS:IN-PROCESS", "STATUS:COMPLETED"}) {
+    TASK_ENG_Ical calendar(
+        todoOf({"DUE:20261130T100000Z", "RRULE:FREQ=WEEKLY", status, "PERCENT-COMPLETE:50",
+                "COMPLETED:20261129T100000Z", "SEQUENCE:4"}));
+    Task task = calendar.task(0);
+    EXPECT_EQ(calendar.moveToNextDate(0), TASK_ENG_Ical::moved);
+    task.setStatus(1);
+    task.setDateTime(Task::TASK_FIELD_END, Task::noDate());
+    task.setDateTime(Task::TASK_FIELD_DUE, calendar.task(0).getDateTime(Task::TASK_FIELD_DUE));
+    EXPECT_FALSE(calendar.replace(0, task)) << status;
+    EXPECT_TRUE(calendar.text().contains("\r\nSEQUENCE:5\r\n")) << status;
+  }
+}
+
 TEST_F(IcalRecurrence, CountsDown) {
   EXPECT_EQ(moved({"DTSTART:20261130T100000Z", "rrule;X-A=b:freq=WEEKLY;count=3;WKST=SU"}),
             "-DTSTART:20261130T100000Z\n-rrule;X-A=b:freq=WEEKLY;count=3;WKST=SU\n"
