@@ -38,11 +38,15 @@ std::optional<DateValue> localDay(std::int64_t instant) {
   return result.wall == wall || result.instant() == instant ? std::optional(result) : std::nullopt;
 }
 
+std::int64_t DateValue::wallAt(std::int64_t instant) const {
+  return form == DateForm::utc ? instant : zone ? zone->wallAt(instant) : localWall(instant);
+}
+
 DateValue DateValue::at(std::int64_t instant) const {
   DateValue result = *this;
   if (form == DateForm::zoned && !zone)
     return utcDate(instant);
-  result.wall = form == DateForm::utc ? instant : zone ? zone->wallAt(instant) : localWall(instant);
+  result.wall = wallAt(instant);
   if (form == DateForm::day)
     result.wall = wallOf(dayOf(result.wall));
   return canBeWritten(result.wall) && result.instant() == instant ? result : utcDate(instant);
@@ -70,6 +74,20 @@ std::string DateValue::line(std::string_view name, std::string_view parameters) 
   result += form == DateForm::day ? dateText(wall) : dateTimeText(wall);
   if (form == DateForm::utc)
     result += 'Z';
+  return result;
+}
+
+DateValue movedLike(const DateValue& date, const DateValue& from, const DateValue& to) {
+  const auto isDay = [](const DateValue& one) { return one.form == DateForm::day; };
+  const bool countsDays = isDay(date) || isDay(from) || isDay(to);
+  const auto position = [&](const DateValue& other) {
+    if (countsDays)
+      return wallOf(dayOf(isDay(other) ? other.wall : localWall(other.instant())));
+    const bool isSameClock = other.form == date.form && other.zoneId == date.zoneId;
+    return isSameClock ? other.wall : date.wallAt(other.instant());
+  };
+  DateValue result = date;
+  result.wall += position(to) - position(from);
   return result;
 }
 
@@ -138,6 +156,13 @@ bool isRecordDate(std::int64_t instant) {
     return true;
   const std::int64_t wall = localWall(instant);
   return wall >= first && wall < last;
+}
+
+bool isSameDate(const std::optional<DateValue>& present,
+                const std::optional<std::int64_t>& instant) {
+  if (!present)
+    return !instant;
+  return instant ? present->instant() == *instant : !isRecordDate(present->instant());
 }
 
 TodoDates readDates(const ComponentLines& lines, const DateReader& reader) {

@@ -29,6 +29,8 @@ struct DateValue {
 
   // A day begins at local midnight. A zone that is not known counts as local time.
   [[nodiscard]] std::int64_t instant() const;
+  // What the clock of this date shows at an instant: UTC, that of the zone, or local time.
+  [[nodiscard]] std::int64_t wallAt(std::int64_t instant) const;
   // The same form at another time; in UTC if the form cannot express it.
   [[nodiscard]] DateValue at(std::int64_t instant) const;
   [[nodiscard]] DateValue plus(const Duration& duration) const;
@@ -38,6 +40,9 @@ struct DateValue {
 DateValue utcDate(std::int64_t instant);
 // The day of an instant in local time, if the day begins at the instant.
 std::optional<DateValue> localDay(std::int64_t instant);
+
+// Moves a date as far as another one moved, on its own clock. If one of them is a day, counts days.
+DateValue movedLike(const DateValue& date, const DateValue& from, const DateValue& to);
 
 // What the dates of a to-do are read with.
 struct DateReader {
@@ -61,6 +66,11 @@ void replaceDate(ComponentLines& lines, std::size_t line, const DateValue& date,
 // Whether a record can hold an instant: from January 2, 1970 to January 17, 2038, local time.
 // Earlier ones stand for "no date" in some texts, and later ones do not fit into 32 bits.
 bool isRecordDate(std::int64_t instant);
+
+// Whether a record's date is the one of a line. A line whose date a record cannot hold is the same
+// as no date.
+bool isSameDate(const std::optional<DateValue>& present,
+                const std::optional<std::int64_t>& instant);
 
 struct TodoDates {
   std::size_t dueLine = ComponentLines::none;

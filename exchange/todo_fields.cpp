@@ -5,6 +5,7 @@
 #include "foreign_text.h"
 #include "task_dates.h"
 #include "task_words.h"
+#include "todo_due.h"
 #include "utc_zone.h"
 #include "uuid.h"
 
@@ -189,7 +190,7 @@ public:
     replacePriority();
     replaceStatus();
     replaceEnd();
-    replaceDue();
+    replaceDueDate(lines_, task_, reader_);
     replaceAlarm(alarm);
     if (!lines_.isChanged())
       return false;
@@ -244,15 +245,6 @@ private:
       setValue(lines_, "PERCENT-COMPLETE", "0");
   }
 
-  // Whether a record's date is the one of a line. A line whose date a record cannot hold is the
-  // same as no date.
-  [[nodiscard]] static bool isSameDate(const std::optional<DateValue>& present,
-                                       const std::optional<std::int64_t>& instant) {
-    if (!present)
-      return !instant;
-    return instant ? present->instant() == *instant : !isRecordDate(present->instant());
-  }
-
   void replaceEnd() {
     const std::optional<std::int64_t> end = instantOf(task_, Task::TASK_FIELD_END);
     const std::size_t line = lines_.find("COMPLETED");
@@ -264,35 +256,6 @@ private:
       replaceDate(lines_, line, utcDate(*end), reader_);
     else
       lines_.insert(lines_.endOfProperties(), utcDate(*end).line("COMPLETED", ""));
-  }
-
-  void replaceDue() {
-    const TodoDates dates = readDates(lines_, reader_);
-    const std::size_t line = dates.dueLine != none ? dates.dueLine : dates.durationLine;
-    const std::optional<std::int64_t> due = instantOf(task_, Task::TASK_FIELD_DUE);
-    if (isSameDate(dates.due, due))
-      return;
-    if (!due) {
-      lines_.removeAll("DUE");
-      lines_.removeAll("DURATION");
-    } else if (dates.dueLine != none) {
-      replaceDate(lines_, line, newDue(dates, *due), reader_);
-    } else if (line != none) {
-      lines_.replace(line, newDue(dates, *due).line("DUE", ""));
-    } else {
-      lines_.insert(lines_.endOfProperties(), newDue(dates, *due).line("DUE", ""));
-    }
-  }
-
-  // The form of a due date. It must be a date-time if DTSTART is one.
-  [[nodiscard]] static DateValue newDue(const TodoDates& dates, std::int64_t instant) {
-    const bool startsAtTime = dates.start && dates.start->form != DateForm::day;
-    if (!startsAtTime)
-      if (const std::optional<DateValue> day = localDay(instant))
-        return *day;
-    if (dates.due && dates.due->form != DateForm::day)
-      return dates.due->at(instant);
-    return startsAtTime ? dates.start->at(instant) : utcDate(instant);
   }
 
   // Returns which of the components VALARM is the alarm of the record.
@@ -400,6 +363,10 @@ ZTASK_ENG_Task readFields(const ComponentLines& lines, const DateReader& reader)
 
 bool replaceFields(ComponentLines& lines, const ZTASK_ENG_Task& task, const DateReader& reader) {
   return FieldWriter(lines, task, reader).run();
+}
+
+void replaceDueDate(ComponentLines& lines, const ZTASK_ENG_Task& task, const DateReader& reader) {
+  replaceDue(lines, instantOf(task, Task::TASK_FIELD_DUE), reader);
 }
 
 void reopen(ComponentLines& lines, const DateReader& reader) {

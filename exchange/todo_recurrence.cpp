@@ -146,15 +146,6 @@ void setCount(ComponentLines& lines, std::size_t line, int count) {
                 std::string(content->name).append(content->parameters).append(":").append(value));
 }
 
-// Moves a due date as far as the start was moved: on the clock if both are of the same form.
-DateValue movedLike(const DateValue& due, const DateValue& from, const DateValue& to) {
-  if (due.form == from.form && due.zoneId == from.zoneId)
-    return withWall(due, due.wall + to.wall - from.wall);
-  if (due.form == DateForm::day)
-    return withWall(due, due.wall + wallOf(dayOf(to.wall)) - wallOf(dayOf(from.wall)));
-  return due.at(due.instant() + to.instant() - from.instant());
-}
-
 void moveAlarms(ComponentLines& lines, std::int64_t seconds, const DateReader& reader) {
   for (const ComponentLines::Range& range : lines.nested("VALARM")) {
     const std::size_t trigger = lines.find("TRIGGER", range);

@@ -162,8 +162,9 @@ void checkEdits(const QByteArray& text, int todo) {
                                                       stamps[2]};
   checkEdit(text, todo, categories,
             [](Task& task) { task.setString(Task::TASK_FIELD_CATEGORY, "a,b"); });
-  const std::array<std::string_view, 9> dates = {"DUE", "DURATION", "COMPLETED", "TRIGGER", "BEGIN",
-                                                 "END", stamps[0],  stamps[1],   stamps[2]};
+  const std::array<std::string_view, 10> dates = {"DTSTART", "DUE",    "DURATION", "COMPLETED",
+                                                  "TRIGGER", "BEGIN",  "END",      stamps[0],
+                                                  stamps[1], stamps[2]};
   TASK_ENG_Ical calendar(text);
   Task task = calendar.task(todo);
   const QDateTime date(QDate(2026, 11, 20), QTime(12, 34, 56), ulo::utcZone);

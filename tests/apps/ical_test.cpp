@@ -334,6 +334,14 @@ TEST_F(Ical, DoneMovesRepeatingTask) {
   EXPECT_THAT(exported("1"), HasSubstr("STATUS:COMPLETED"));
 }
 
+TEST_F(Ical, EditOfDueMovesStart) {
+  environment_["TZ"] = "UTC";
+  succeed({"import", "-"}, ical(todo("UID:a\r\nSUMMARY:a\r\nDTSTART:20270424T100000Z\r\n"
+                                     "DUE:20270425T100000Z\r\n")));
+  succeed({"edit", "1", "--due", "2027-03-01"});
+  EXPECT_THAT(exported("1"), HasSubstr("DTSTART:20270228T000000Z\r\nDUE:20270301T000000Z\r\n"));
+}
+
 TEST_F(Ical, EditOfStatusMovesRepeatingTask) {
   succeed({"import", "-"}, ical(plants));
   const Outcome run = ulotask({"edit", "1", "--status", "completed"});

@@ -218,6 +218,93 @@ TEST_F(IcalWrite, DueHasTimeIfStartHas) {
       "-DUE;VALUE=DATE:20261102\n+DUE;VALUE=DATE:20261201\n");
 }
 
+TEST_F(IcalWrite, StartMovesWithDueThatWouldPrecedeIt) {
+  const Field due = Task::TASK_FIELD_DUE;
+  // On the clock: the change to summer time is on March 28.
+  EXPECT_EQ(withDate({"DTSTART;X-A=b;TZID=Europe/Berlin:20270330T100000",
+                      "DUE;TZID=Europe/Berlin:20270401T180000"},
+                     due, "20270320T170000Z"),
+            "-DTSTART;X-A=b;TZID=Europe/Berlin:20270330T100000\n"
+            "-DUE;TZID=Europe/Berlin:20270401T180000\n"
+            "+DTSTART;X-A=b;TZID=Europe/Berlin:20270318T100000\n"
+            "+DUE;TZID=Europe/Berlin:20270320T180000\n");
+  EXPECT_EQ(withDate({"DTSTART;TZID=Europe/Berlin:20270330T100000", "DUE:20270401T160000Z"}, due,
+                     "20270320T170000Z"),
+            "-DTSTART;TZID=Europe/Berlin:20270330T100000\n-DUE:20270401T160000Z\n"
+            "+DTSTART;TZID=Europe/Berlin:20270318T100000\n+DUE:20270320T170000Z\n");
+  EXPECT_EQ(withDate({"DTSTART:20270330T100000Z", "DURATION:P2D"}, due, "20270320T100000Z"),
+            "-DTSTART:20270330T100000Z\n-DURATION:P2D\n+DTSTART:20270318T100000Z\n"
+            "+DUE:20270320T100000Z\n");
+  EXPECT_EQ(
+      withDate({"DTSTART;VALUE=DATE:20270330", "DUE;VALUE=DATE:20270401"}, due, "20270319T230000Z"),
+      "-DTSTART;VALUE=DATE:20270330\n-DUE;VALUE=DATE:20270401\n"
+      "+DTSTART;VALUE=DATE:20270318\n+DUE;VALUE=DATE:20270320\n");
+  // The same day is not before the due date.
+  EXPECT_EQ(
+      withDate({"DTSTART;VALUE=DATE:20270330", "DUE;VALUE=DATE:20270331"}, due, "20270329T220000Z"),
+      "-DTSTART;VALUE=DATE:20270330\n-DUE;VALUE=DATE:20270331\n"
+      "+DTSTART;VALUE=DATE:20270329\n+DUE;VALUE=DATE:20270330\n");
+  EXPECT_EQ(withDate({"DTSTART:20270330T100000Z", "DUE:20270330T110000Z"}, due, "20270330T100000Z"),
+            "-DTSTART:20270330T100000Z\n-DUE:20270330T110000Z\n+DTSTART:20270330T090000Z\n"
+            "+DUE:20270330T100000Z\n");
+}
+
+TEST_F(IcalWrite, StartOnDayOfDueStaysThere) {
+  EXPECT_EQ(withDate({"DTSTART;VALUE=DATE:20270330", "DUE;VALUE=DATE:20270330"},
+                     Task::TASK_FIELD_DUE, "20270319T230000Z"),
+            "-DTSTART;VALUE=DATE:20270330\n-DUE;VALUE=DATE:20270330\n"
+            "+DTSTART;VALUE=DATE:20270320\n+DUE;VALUE=DATE:20270320\n");
+}
+
+TEST_F(IcalWrite, StartThatCannotPrecedeDueIsRemoved) {
+  const Field due = Task::TASK_FIELD_DUE;
+  EXPECT_EQ(withDate({"DTSTART:20270424T100000Z"}, due, "20270228T230000Z"),
+            "-DTSTART:20270424T100000Z\n+DUE;VALUE=DATE:20270301\n");
+  EXPECT_EQ(withDate({"DTSTART;VALUE=DATE:20270424"}, due, "20270423T220000Z"),
+            "-DTSTART;VALUE=DATE:20270424\n+DUE;VALUE=DATE:20270424\n");
+  EXPECT_EQ(withDate({"DTSTART:20270424T100000Z", "DUE:20270424T100000Z"}, due, "20270423T100000Z"),
+            "-DTSTART:20270424T100000Z\n-DUE:20270424T100000Z\n+DUE:20270423T100000Z\n");
+  // The start of a to-do cannot be a day if the due date has a time.
+  EXPECT_EQ(
+      withDate({"DTSTART;VALUE=DATE:20270424", "DUE;VALUE=DATE:20270425"}, due, "20270425T160000Z"),
+      "-DTSTART;VALUE=DATE:20270424\n-DUE;VALUE=DATE:20270425\n+DUE:20270425T160000Z\n");
+}
+
+TEST_F(IcalWrite, AlarmsOfRemovedStartAreRelativeToDue) {
+  EXPECT_EQ(changesOf({"DTSTART:20270424T100000Z", "BEGIN:VALARM", "TRIGGER;X-A=b:-PT1H",
+                       "END:VALARM", "BEGIN:VALARM", "TRIGGER;X-A=b;RELATED=END:-PT2H",
+                       "END:VALARM", "BEGIN:VALARM", "TRIGGER;RELATED=START:-PT3H", "END:VALARM"},
+                      [](Task& task) {
+                        task.setDateTime(Task::TASK_FIELD_DUE, utc("20270301T100000Z"));
+                        task.setDateTime(Task::TASK_FIELD_ALARM, utc("20270301T090000Z"));
+                      }),
+            "-DTSTART:20270424T100000Z\n+DUE:20270301T100000Z\n-TRIGGER;X-A=b:-PT1H\n"
+            "+TRIGGER;RELATED=END;X-A=b:-PT1H\n-TRIGGER;RELATED=START:-PT3H\n"
+            "+TRIGGER;RELATED=END:-PT3H\n");
+}
+
+TEST_F(IcalWrite, RepeatingTodoKeepsStart) {
+  const Field due = Task::TASK_FIELD_DUE;
+  EXPECT_EQ(withDate({"DTSTART:20270424T100000Z", "RRULE:FREQ=WEEKLY"}, due, "20270301T100000Z"),
+            "-DTSTART:20270424T100000Z\n+DTSTART:20270301T100000Z\n+DUE:20270301T100000Z\n");
+  // A day that gets a time is the same day for the rule.
+  EXPECT_EQ(withDate({"DTSTART;VALUE=DATE:20270424", "DUE;VALUE=DATE:20270425",
+                      "RRULE:FREQ=WEEKLY;BYDAY=SA"},
+                     due, "20270425T160000Z"),
+            "-DTSTART;VALUE=DATE:20270424\n-DUE;VALUE=DATE:20270425\n"
+            "+DTSTART:20270424T000000\n+DUE:20270425T180000\n");
+  EXPECT_EQ(withDate({"DTSTART;VALUE=DATE:20270424", "DUE;VALUE=DATE:20270425", "RDATE:20270501"},
+                     due, "20270420T160000Z"),
+            "-DTSTART;VALUE=DATE:20270424\n-DUE;VALUE=DATE:20270425\n"
+            "+DTSTART:20270419T000000\n+DUE:20270420T180000\n");
+}
+
+TEST_F(IcalWrite, OtherEditsKeepStartThatIsNotBeforeDue) {
+  EXPECT_EQ(withText({"DTSTART;VALUE=DATE:20270424", "DUE:20270301T100000Z"},
+                     Task::TASK_FIELD_SUMMARY, "a"),
+            "+SUMMARY:a\n");
+}
+
 TEST_F(IcalWrite, DurationBecomesDue) {
   const Field due = Task::TASK_FIELD_DUE;
   EXPECT_EQ(withDate({"DTSTART:20261101T100000Z", "DURATION;X-A=b:PT1H", "X-C:d"}, due,
