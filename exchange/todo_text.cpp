@@ -4,6 +4,8 @@
 #include "calendar_text.h"
 #include "component_lines.h"
 #include "content_line.h"
+#include "todo_fields.h"
+#include "zone_rules.h"
 
 #include <algorithm>
 #include <array>
@@ -279,10 +281,11 @@ QDateTime alarmForDue(const QByteArray& text, const QDateTime& due) {
   CalendarText calendar(text);
   const std::size_t piece = calendar.todos().at(0);
   ComponentLines lines(calendar.bytes(calendar.pieces()[piece]));
-  for (const std::string_view name : endNames)
-    lines.removeAll(name);
-  lines.insert(lines.endOfProperties(),
-               "DUE:" + due.toUTC().toString("yyyyMMdd'T'HHmmss'Z'").toStdString());
+  ZTASK_ENG_Task task;
+  task.setDateTime(ZTASK_ENG_Task::TASK_FIELD_DUE, due);
+  ZoneTable zones(calendar);
+  const ProblemReport noReport;
+  replaceDueDate(lines, task, {zones, calendar.pieces()[piece].calendar, noReport});
   calendar.replace(piece, lines.text());
   return TASK_ENG_Ical(calendar.text()).task(0).getDateTime(ZTASK_ENG_Task::TASK_FIELD_ALARM);
 }

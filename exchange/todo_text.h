@@ -18,7 +18,8 @@ namespace ulo {
 [[nodiscard]] ULO_EXPORT bool hasSameTodos(const QByteArray& one, const QByteArray& other);
 
 // Returns the alarm that the first to-do of the text would have with another due date: another one
-// if the alarm is relative to the due date. Requires: the text contains a to-do.
+// if the alarm is relative to the due date, or to a start that moves with it. Requires: the text
+// contains a to-do.
 [[nodiscard]] ULO_EXPORT QDateTime alarmForDue(const QByteArray& text, const QDateTime& due);
 
 // Returns true if `one` is an earlier state than `other` of the same to-do: by LAST-MODIFIED, or by

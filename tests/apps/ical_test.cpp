@@ -334,6 +334,19 @@ TEST_F(Ical, DoneMovesRepeatingTask) {
   EXPECT_THAT(exported("1"), HasSubstr("STATUS:COMPLETED"));
 }
 
+TEST_F(Ical, AlarmInDaysKeepsItsTimeAcrossClockChange) {
+  environment_["TZ"] = "Europe/Berlin";
+  succeed({"import", "-"},
+          ical(todo("UID:a\r\nSUMMARY:a\r\nDUE;TZID=Europe/Berlin:20270320T180000\r\n"
+                    "BEGIN:VALARM\r\nACTION:DISPLAY\r\nTRIGGER;RELATED=END:-P1D\r\n"
+                    "END:VALARM\r\n")));
+  succeed({"edit", "1", "--due", "2027-03-28 18:00"});
+  const QJsonObject task = succeed({"show", "1", "--json"}).object();
+  EXPECT_EQ(task["alarm"].toString(), "2027-03-27T17:00:00Z");
+  EXPECT_THAT(exported("1"), HasSubstr("DUE;TZID=Europe/Berlin:20270328T180000\r\n"));
+  EXPECT_THAT(exported("1"), HasSubstr("TRIGGER;RELATED=END:-P1D\r\n"));
+}
+
 TEST_F(Ical, EditOfDueMovesStart) {
   environment_["TZ"] = "UTC";
   succeed({"import", "-"}, ical(todo("UID:a\r\nSUMMARY:a\r\nDTSTART:20270424T100000Z\r\n"

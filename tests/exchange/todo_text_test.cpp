@@ -75,6 +75,22 @@ TEST(AlarmForDue, FollowsOnlyDueDate) {
   EXPECT_EQ(hour(start + "DURATION:PT1H\r\n", ";RELATED=END:-PT1H"), 211);
 }
 
+// The clock changes to summer time on March 28.
+TEST(AlarmForDue, CountsDaysInFormOfDueDate) {
+  const auto alarm = [](const std::string& lines, const QDateTime& due) {
+    const QByteArray text =
+        state(lines + "BEGIN:VALARM\r\nTRIGGER;RELATED=END:-P1D\r\nEND:VALARM\r\n");
+    return ulo::alarmForDue(text, due).toUTC().toString("yyyyMMdd HHmm").toStdString();
+  };
+  const QDateTime sunday(QDate(2027, 3, 28), QTime(16, 0), ulo::utcZone);
+  EXPECT_EQ(alarm("DUE;TZID=Europe/Berlin:20270320T180000\r\n", sunday), "20270327 1700");
+  EXPECT_EQ(alarm("DTSTART;TZID=Europe/Berlin:20270319T180000\r\nDURATION:P1D\r\n", sunday),
+            "20270327 1700");
+  EXPECT_EQ(alarm("DUE:20270320T170000Z\r\n", sunday), "20270327 1600");
+  const QDateTime monday(QDate(2027, 3, 28), QTime(22, 0), ulo::utcZone);
+  EXPECT_EQ(alarm("DUE;VALUE=DATE:20270320\r\n", monday), "20270327 2300");
+}
+
 TEST(Merge, EqualTextsStay) {
   const QByteArray text = state(early + "SUMMARY:a\r\nX-A:1\r\n");
   EXPECT_EQ(ulo::mergedTodo(text, text), text);
