@@ -90,7 +90,7 @@ Content contentOf(std::string_view component) {
 // Properties that a to-do has once and that belong together: a text with one of them has the state
 // of all.
 constexpr std::array<std::string_view, 3> stateNames = {"STATUS", "COMPLETED", "PERCENT-COMPLETE"};
-constexpr std::array<std::string_view, 2> endNames = {"DUE", "DURATION"};
+constexpr std::array<std::string_view, 3> dateNames = {"DTSTART", "DUE", "DURATION"};
 // The identity and the version of a to-do.
 constexpr std::array<std::string_view, 5> versionNames = {"UID", "RECURRENCE-ID", "DTSTAMP",
                                                           "LAST-MODIFIED", "SEQUENCE"};
@@ -159,11 +159,11 @@ void raiseSequence(ComponentLines& lines, const Content& present, const Content&
 
 void addProperties(ComponentLines& lines, const Content& present, const Content& other) {
   const bool hasState = present.hasOneOf(stateNames);
-  const bool hasEnd = present.hasOneOf(endNames);
+  const bool hasDates = present.hasOneOf(dateNames);
   for (const Property& property : other.properties) {
     const auto& [name, line] = property;
     const bool isKept = isOneOf(versionNames, name) || (isOneOf(stateNames, name) && hasState) ||
-                        (isOneOf(endNames, name) && hasEnd) || present.hasLine(line);
+                        (isOneOf(dateNames, name) && hasDates) || present.hasLine(line);
     if (isKept)
       continue;
     if (name == "CATEGORIES" && present.find(name) != nullptr)

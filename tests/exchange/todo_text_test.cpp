@@ -142,6 +142,18 @@ TEST(Merge, TakesStateOfCompletionAsWhole) {
             state(late + "DTSTART:20260301T100000Z\r\nDURATION:PT1H\r\n"));
 }
 
+TEST(Merge, TakesDatesAsWhole) {
+  EXPECT_EQ(ulo::mergedTodo(state(early + "DTSTART:20270424T100000Z\r\n"),
+                            state(late + "DUE;VALUE=DATE:20270301\r\n")),
+            state(late + "DUE;VALUE=DATE:20270301\r\n"));
+  EXPECT_EQ(ulo::mergedTodo(state(early + "DTSTART:20270424T100000Z\r\nDURATION:PT1H\r\n"),
+                            state(late + "DTSTART;VALUE=DATE:20270301\r\n")),
+            state(late + "DTSTART;VALUE=DATE:20270301\r\n"));
+  EXPECT_EQ(
+      ulo::mergedTodo(state(early + "DTSTART:20270424T100000Z\r\nDURATION:PT1H\r\n"), state(late)),
+      state(late + "DTSTART:20270424T100000Z\r\nDURATION:PT1H\r\n"));
+}
+
 TEST(Merge, JoinsCategoriesInOneLine) {
   EXPECT_EQ(ulo::mergedTodo(state(early + "CATEGORIES:home,a\\,b\r\nCATEGORIES:garden\r\n"),
                             state(late + "CATEGORIES:work,home\r\n")),
