@@ -108,15 +108,15 @@ void TASK_ENG_Ical::append(const ZTASK_ENG_Task& task) {
 
 void TASK_ENG_Ical::append(const TASK_ENG_Ical& other, int todo) {
   const ulo::CalendarText::Parts parts = other.document_->text.parts(other.document_->todo(todo));
-  bool hasNewZone = false;
-  for (const auto& [id, component] : parts.zones)
-    hasNewZone = document_->text.appendZone(id, component) || hasNewZone;
-  if (hasNewZone) {
+  const ulo::ZoneNames::Zones zones = document_->text.nameZones(parts.zones);
+  for (const ulo::NamedZone& zone : zones.added)
+    document_->text.appendZone(zone);
+  if (!zones.added.empty()) {
     static_cast<void>(report());
     document_->zones.forget();
     document_->tasks.assign(document_->tasks.size(), std::nullopt);
   }
-  document_->text.append(parts.todo);
+  document_->text.append(ulo::withZoneNames(parts.todo, zones.renamed));
   document_->tasks.emplace_back();
 }
 

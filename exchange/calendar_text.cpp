@@ -381,11 +381,12 @@ void CalendarText::replace(std::size_t piece, QByteArray bytes) {
   changed_ = true;
 }
 
+QByteArray CalendarText::copyOf(const Piece& piece) const {
+  const std::string_view view = bytes(piece);
+  return {view.data(), static_cast<qsizetype>(view.size())};
+}
+
 CalendarText::Parts CalendarText::parts(std::size_t todo) const {
-  const auto copyOf = [this](const Piece& piece) {
-    const std::string_view view = bytes(piece);
-    return QByteArray(view.data(), static_cast<qsizetype>(view.size()));
-  };
   Parts result;
   for (const std::size_t number : piecesOf(todo)) {
     const Piece& piece = pieces_[number];
@@ -486,17 +487,24 @@ void CalendarText::append(const std::vector<QByteArray>& components) {
   todos_.push_back(static_cast<std::uint32_t>(todo));
 }
 
-bool CalendarText::appendZone(const std::string& id, const QByteArray& component) {
+ZoneNames::Zones CalendarText::nameZones(const std::vector<NamedZone>& zones) {
+  if (!zoneNames_) {
+    zoneNames_.emplace();
+    for (const TimeZone& zone : calendars_[static_cast<std::size_t>(appendableCalendar())].zones)
+      zoneNames_->add({zone.id, copyOf(pieces_[zone.piece])});
+  }
+  return zoneNames_->take(zones);
+}
+
+void CalendarText::appendZone(const NamedZone& zone) {
+  const auto& [id, component] = zone;
   const int calendar = appendableCalendar();
-  if (zonePiece(calendar, id) != nullptr)
-    return false;
   const std::size_t piece = insert(calendar, PieceKind::timeZone, component);
   std::vector<TimeZone>& zones = calendars_[static_cast<std::size_t>(calendar)].zones;
-  const auto place =
-      std::upper_bound(zones.begin(), zones.end(), id,
-                       [](const std::string& one, const TimeZone& zone) { return one < zone.id; });
+  const auto place = std::upper_bound(
+      zones.begin(), zones.end(), id,
+      [](const std::string& one, const TimeZone& other) { return one < other.id; });
   zones.insert(place, {id, piece});
-  return true;
 }
 
 std::vector<std::string> zoneIdsIn(std::string_view component) {

@@ -2,14 +2,16 @@
 // Without changes, the pieces together are the text, byte for byte.
 #pragma once
 
+#include "zone_names.h"
+
 #include <QByteArray>
 
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace ulo {
@@ -94,8 +96,8 @@ public:
 
   // The components that belong to a to-do.
   struct Parts {
-    std::vector<QByteArray> todo;                           // of the to-do itself and its overrides
-    std::vector<std::pair<std::string, QByteArray>> zones;  // that these use, with their names
+    std::vector<QByteArray> todo;  // of the to-do itself and its overrides
+    std::vector<NamedZone> zones;  // that these use
   };
   [[nodiscard]] Parts parts(std::size_t todo) const;
 
@@ -106,8 +108,10 @@ public:
   // Appends a to-do, the bytes of its VTODO component and of those of its overrides, to the last
   // calendar of version 2.0. Begins a new calendar at the end of the text if there is none.
   void append(const std::vector<QByteArray>& components);
-  // Appends a time zone to the same calendar. Returns false if that has one with this name.
-  bool appendZone(const std::string& id, const QByteArray& component);
+  // Returns which zones of a to-do the same calendar lacks, and under which names it has them.
+  ZoneNames::Zones nameZones(const std::vector<NamedZone>& zones);
+  // Appends a time zone that nameZones returned to the same calendar.
+  void appendZone(const NamedZone& zone);
 
   // The line end of the text: that of its first line.
   [[nodiscard]] const std::string& lineEnd() const { return lineEnd_; }
@@ -120,6 +124,7 @@ private:
   // Inserts a component at the end of a calendar; returns the number of its piece.
   std::size_t insert(int calendar, PieceKind kind, const QByteArray& bytes);
   int appendableCalendar();
+  [[nodiscard]] QByteArray copyOf(const Piece& piece) const;
   std::uint32_t keep(QByteArray bytes);
 
   QByteArray source_;
@@ -128,6 +133,7 @@ private:
   std::vector<QByteArray> own_;
   std::vector<std::uint32_t> todos_;
   std::map<std::size_t, std::vector<std::size_t>> overrides_;  // by their to-do
+  std::optional<ZoneNames> zoneNames_;                         // of appendableCalendar()
   std::vector<TextFault> faults_;
   std::string lineEnd_ = "\r\n";
   TextFailure failure_ = TextFailure::none;

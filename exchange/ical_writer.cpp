@@ -23,10 +23,10 @@ QByteArray IcalWriter::add(const QByteArray& text, const ZTASK_ENG_Task& task) {
     return newTodo(task, lineEnd_);
   const CalendarText::Parts parts = source.parts(source.todos().front());
   QByteArray result;
-  for (const auto& [id, component] : parts.zones)
-    if (zones_.insert(id).second)
-      result += component;
-  for (const QByteArray& component : parts.todo)
+  const ZoneNames::Zones zones = zones_.take(parts.zones);
+  for (const auto& [id, component] : zones.added)
+    result += component;
+  for (const QByteArray& component : withZoneNames(parts.todo, zones.renamed))
     result += component;
   return result;
 }

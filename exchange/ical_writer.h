@@ -3,10 +3,10 @@
 
 #include "TASK_ENG_Ical.h"
 #include "ulo/export.h"
+#include "zone_names.h"
 
 #include <QByteArray>
 
-#include <set>
 #include <string>
 
 namespace ulo {
@@ -21,9 +21,9 @@ public:
 
   // Returns the lines of the calendar in front of its components.
   [[nodiscard]] const QByteArray& begin() const { return begin_; }
-  // Returns the first to-do of a text, its overrides, and its time zones unless one with the same
-  // name was returned before. If the text has no to-do, returns a new one with the fields of
-  // `task`.
+  // Returns the first to-do of a text, its overrides, and its time zones unless they were returned
+  // before. Renames a time zone if a different one was returned under its name. If the text has no
+  // to-do, returns a new one with the fields of `task`.
   [[nodiscard]] QByteArray add(const QByteArray& text, const ZTASK_ENG_Task& task);
   // Returns the lines of the calendar after its components.
   [[nodiscard]] const QByteArray& end() const { return end_; }
@@ -32,7 +32,7 @@ private:
   QByteArray begin_;
   QByteArray end_;
   std::string lineEnd_;
-  std::set<std::string> zones_;
+  ZoneNames zones_;
 };
 
 }  // namespace ulo

@@ -14,6 +14,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace ulo {
@@ -54,6 +55,9 @@ struct Content {
   [[nodiscard]] bool hasLine(const std::string& line) const {
     return std::any_of(properties.begin(), properties.end(),
                        [&](const Property& each) { return each.line == line; });
+  }
+  [[nodiscard]] bool hasComponent(const std::vector<std::string>& component) const {
+    return std::find(components.begin(), components.end(), component) != components.end();
   }
   template <typename Names> [[nodiscard]] bool hasOneOf(const Names& names) const {
     return std::any_of(names.begin(), names.end(),
@@ -157,24 +161,28 @@ void raiseSequence(ComponentLines& lines, const Content& present, const Content&
     lines.replace(at, line);
 }
 
-void addProperties(ComponentLines& lines, const Content& present, const Content& other) {
+void addProperties(ComponentLines& lines, const Content& present, const Content& other,
+                   const RenamedZones& renamed) {
   const bool hasState = present.hasOneOf(stateNames);
   const bool hasDates = present.hasOneOf(dateNames);
   for (const Property& property : other.properties) {
     const auto& [name, line] = property;
+    const std::string added = lineWithZoneNames(line, renamed);
     const bool isKept = isOneOf(versionNames, name) || (isOneOf(stateNames, name) && hasState) ||
-                        (isOneOf(dateNames, name) && hasDates) || present.hasLine(line);
+                        (isOneOf(dateNames, name) && hasDates) || present.hasLine(line) ||
+                        present.hasLine(added);
     if (isKept)
       continue;
     if (name == "CATEGORIES" && present.find(name) != nullptr)
       addCategories(lines, present, line);
     else if (present.find(name) == nullptr || isOneOf(listNames, name))
-      lines.insert(lines.endOfProperties(), line);
+      lines.insert(lines.endOfProperties(), added);
   }
 }
 
 // The first alarm is a field of a task: if both texts have one, that of the other text is left out.
-void addComponents(ComponentLines& lines, const Content& present, const Content& other) {
+void addComponents(ComponentLines& lines, const Content& present, const Content& other,
+                   const RenamedZones& renamed) {
   const auto isAlarm = [](const std::vector<std::string>& component) {
     return upper(component.front()) == "BEGIN:VALARM";
   };
@@ -183,22 +191,26 @@ void addComponents(ComponentLines& lines, const Content& present, const Content&
     const bool isFirstAlarm = skipAlarm && isAlarm(component);
     if (isFirstAlarm)
       skipAlarm = false;
-    if (isFirstAlarm || std::find(present.components.begin(), present.components.end(),
-                                  component) != present.components.end())
-      continue;
+    std::vector<std::string> added;
     for (const std::string& line : component)
+      added.push_back(lineWithZoneNames(line, renamed));
+    if (isFirstAlarm || present.hasComponent(component) || present.hasComponent(added))
+      continue;
+    for (const std::string& line : added)
       lines.insert(lines.size() - 1, line, true);
   }
 }
 
-// Returns the component with what only `other` has.
-QByteArray mergedComponent(std::string_view component, std::string_view other) {
+// Returns the component with what only `other` has. `renamed` has the new names of zones of
+// `other`.
+QByteArray mergedComponent(std::string_view component, std::string_view other,
+                           const RenamedZones& renamed) {
   const Content present = contentOf(component);
   const Content added = contentOf(other);
   ComponentLines lines(component);
-  addProperties(lines, present, added);
+  addProperties(lines, present, added, renamed);
   raiseSequence(lines, present, added);
-  addComponents(lines, present, added);
+  addComponents(lines, present, added, renamed);
   return lines.text();
 }
 
@@ -244,6 +256,14 @@ std::string recurrenceOf(std::string_view component) {
 
 Content firstTodo(const CalendarText& text) {
   return contentOf(text.bytes(text.pieces()[text.todos().at(0)]));
+}
+
+std::set<std::string> usedZoneIds(const CalendarText& text) {
+  std::set<std::string> result;
+  for (const std::string_view todo : todosOf(text))
+    for (std::string& id : zoneIdsIn(todo))
+      result.insert(std::move(id));
+  return result;
 }
 
 QDateTime revisionOf(const QByteArray& text) {
@@ -332,24 +352,28 @@ QByteArray mergedTodo(const QByteArray& one, const QByteArray& other) {
   const bool isSecond = isOlder(one, other);
   CalendarText result(isSecond ? other : one);
   const CalendarText added(isSecond ? one : other);
+  const CalendarText::Parts parts = added.parts(added.todos().at(0));
+  const ZoneNames::Zones zones = result.nameZones(parts.zones);
+  const std::vector<QByteArray> renamed = withZoneNames(parts.todo, zones.renamed);
   const std::vector<std::size_t> candidates = result.piecesOf(result.todos().at(0));
-  for (const std::size_t number : added.piecesOf(added.todos().at(0))) {
-    const std::string_view component = added.bytes(added.pieces()[number]);
+  for (std::size_t i = 0; i < parts.todo.size(); ++i) {
+    // An override that an earlier merge added has the new name.
+    const std::string recurrence = recurrenceOf(viewOf(parts.todo[i]));
+    const std::string renamedRecurrence = recurrenceOf(viewOf(renamed[i]));
     const auto match = std::find_if(candidates.begin(), candidates.end(), [&](std::size_t piece) {
-      return recurrenceOf(result.bytes(result.pieces()[piece])) == recurrenceOf(component);
+      const std::string present = recurrenceOf(result.bytes(result.pieces()[piece]));
+      return present == recurrence || present == renamedRecurrence;
     });
     if (match != candidates.end())
-      result.replace(*match, mergedComponent(result.bytes(result.pieces()[*match]), component));
+      result.replace(*match, mergedComponent(result.bytes(result.pieces()[*match]),
+                                             viewOf(parts.todo[i]), zones.renamed));
     else
-      result.append({QByteArray(component.data(), static_cast<qsizetype>(component.size()))});
-    const int calendar = added.pieces()[number].calendar;
-    for (const std::string& id : zoneIdsIn(component)) {
-      if (const Piece* const zone = added.zonePiece(calendar, id)) {
-        const std::string_view bytes = added.bytes(*zone);
-        result.appendZone(id, QByteArray(bytes.data(), static_cast<qsizetype>(bytes.size())));
-      }
-    }
+      result.append({renamed[i]});
   }
+  const std::set<std::string> used = usedZoneIds(result);
+  for (const NamedZone& zone : zones.added)
+    if (used.contains(zone.first))
+      result.appendZone(zone);
   return result.text();
 }
 

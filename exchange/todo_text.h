@@ -54,8 +54,9 @@ struct Repetition {
 //
 // The result is `other` if `one` is older, and `one` otherwise. Its lines are kept. What only the
 // other text has is added: properties, alarms, further values of CATEGORIES and of other lists,
-// overrides and time zones. STATUS, COMPLETED and PERCENT-COMPLETE are taken
-// together, and so are DTSTART, DUE and DURATION. SEQUENCE is the higher one.
+// overrides, and the time zones that these use, under new names if different ones have theirs.
+// STATUS, COMPLETED and PERCENT-COMPLETE are taken together, and so are DTSTART, DUE and DURATION.
+// SEQUENCE is the higher one.
 [[nodiscard]] ULO_EXPORT QByteArray mergedTodo(const QByteArray& one, const QByteArray& other);
 
 }  // namespace ulo

@@ -80,7 +80,8 @@ public:
   // calendar that can be read, begins one at the end of the text.
   void append(const ZTASK_ENG_Task& task);
   // Appends the to-do of a text as returned by text(int), its overrides, and its time zones unless
-  // the calendar has zones with these names.
+  // the calendar has them. A time zone gets a new name, also in the lines that use it, if a
+  // different one of the calendar has its name.
   void append(const TASK_ENG_Ical& other, int todo);
 
   enum NextDate : int {

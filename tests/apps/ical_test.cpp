@@ -297,6 +297,23 @@ TEST_F(Ical, ExportWritesOneCalendarWithAllTasks) {
   EXPECT_EQ(succeed({"export", "--format", "icalendar"}).out, all);
 }
 
+TEST_F(Ical, ExportKeepsDifferentZonesOfOneName) {
+  const auto text = [](const std::string& uid, const std::string& offset) {
+    return ical(
+        "BEGIN:VTIMEZONE\r\nTZID:Customized Time Zone\r\nBEGIN:STANDARD\r\n"
+        "DTSTART:19700101T000000\r\nTZOFFSETFROM:" +
+        offset + "\r\nTZOFFSETTO:" + offset + "\r\nEND:STANDARD\r\nEND:VTIMEZONE\r\n" +
+        todo("UID:" + uid + "\r\nSUMMARY:a\r\nDUE;TZID=Customized Time Zone:20270301T120000\r\n"));
+  };
+  succeed({"import", file("z1.ics", text("a", "+0100")), file("z2.ics", text("b", "-0800"))});
+  succeed({"export", "--format", "icalendar", "-o", path("z.ics")});
+  succeed({"import", "--new", path("z.ics")});
+  for (const char* uid : {"1", "3"})
+    EXPECT_EQ(succeed({"show", uid, "--json"}).object()["due"].toString(), "2027-03-01T11:00:00Z");
+  for (const char* uid : {"2", "4"})
+    EXPECT_EQ(succeed({"show", uid, "--json"}).object()["due"].toString(), "2027-03-01T20:00:00Z");
+}
+
 TEST_F(Ical, ExportFormatIsAnOption) {
   add({"one"});
   const std::string name = path("out.ics");

@@ -15,10 +15,10 @@ QByteArray todoWithUid(const QByteArray& uid, const QByteArray& lines = {}) {
 QByteArray overrideOf(const QByteArray& uid, const QByteArray& lines = {}) {
   return todoWithUid(uid, "RECURRENCE-ID:20261202T100000Z\r\n" + lines);
 }
-QByteArray zone(const QByteArray& id) {
+QByteArray zone(const QByteArray& id, const QByteArray& offset = "+0300") {
   return "BEGIN:VTIMEZONE\r\nTZID:" + id +
-         "\r\nBEGIN:STANDARD\r\nDTSTART:19700101T000000\r\nTZOFFSETFROM:+0300\r\n"
-         "TZOFFSETTO:+0300\r\nEND:STANDARD\r\nEND:VTIMEZONE\r\n";
+         "\r\nBEGIN:STANDARD\r\nDTSTART:19700101T000000\r\nTZOFFSETFROM:" + offset +
+         "\r\nTZOFFSETTO:" + offset + "\r\nEND:STANDARD\r\nEND:VTIMEZONE\r\n";
 }
 const QByteArray event = "BEGIN:VEVENT\r\nSUMMARY:e\r\nEND:VEVENT\r\n";
 
@@ -148,6 +148,61 @@ TEST(IcalSeveral, AppendsTimeZoneOnce) {
   calendar.append(other, 0);
   EXPECT_EQ(calendar.text().count("BEGIN:VTIMEZONE"), 1);
   EXPECT_EQ(calendar.count(), 2);
+}
+
+// Appends a to-do with these lines and zones.
+void append(TASK_ENG_Ical& calendar, const QByteArray& zones, const QByteArray& lines) {
+  calendar.append(TASK_ENG_Ical(calendarOf(zones + todoWithUid("u", lines))), 0);
+}
+
+TEST(IcalSeveral, DifferentTimeZonesOfOneNameGetTheirOwn) {
+  const QByteArray due = "DUE;TZID=\"A, b\":20261201T100000\r\n";
+  TASK_ENG_Ical calendar(calendarOf(zone("A\\, b") + todoWithUid("1", due)));
+  append(
+      calendar, zone("A\\, b", "+0100"),
+      "DUE;X-C=d;TZID=\"A, b\":20261201T100000\r\nEXDATE;TZID=\"A,\r\n  b\":20261202T100000\r\n"
+      "X-E:TZID=A, b\r\nBEGIN:VALARM\r\nTRIGGER;TZID=\"A, b\":20261130T100000\r\nEND:VALARM\r\n");
+  append(calendar, zone("A\\, b").replace("\r\n", "\n").replace("STANDARD", "STAND\n ARD"), due);
+  append(calendar, zone("A\\, b", "+0100"), due);
+  const char* const dates[] = {"20261201T070000Z", "20261201T090000Z", "20261201T070000Z",
+                               "20261201T090000Z"};
+  const TASK_ENG_Ical again(calendar.text());
+  for (int i = 0; i < 4; ++i) {
+    EXPECT_EQ(dateText(calendar.task(i), Task::TASK_FIELD_DUE), dates[i]) << i;
+    EXPECT_EQ(dateText(again.task(i), Task::TASK_FIELD_DUE), dates[i]) << i;
+  }
+  EXPECT_EQ(dateText(again.task(1), Task::TASK_FIELD_ALARM), "20261130T090000Z");
+  EXPECT_EQ(calendar.text().count("BEGIN:VTIMEZONE"), 2);
+  EXPECT_EQ(
+      calendar.text(1).toStdString(),
+      calendarOf(zone("A\\, b 2", "+0100") +
+                 todoWithUid("u", "DUE;TZID=\"A, b 2\";X-C=d:20261201T100000\r\n"
+                                  "EXDATE;TZID=\"A, b 2\":20261202T100000\r\nX-E:TZID=A, b\r\n"
+                                  "BEGIN:VALARM\r\nTRIGGER;TZID=\"A, b 2\":20261130T100000\r\n"
+                                  "END:VALARM\r\n"))
+          .toStdString());
+}
+
+TEST(IcalSeveral, NewNameOfTimeZoneIsFree) {
+  const QByteArray first = "DUE;TZID=A:20261201T100000\r\n";
+  const QByteArray second = "DUE;TZID=A 2:20261201T100000\r\n";
+  TASK_ENG_Ical calendar;
+  append(calendar, zone("A 2"), second);
+  append(calendar, zone("A", "+0100"), first);
+  append(calendar, zone("A", "+0200"), first);
+  EXPECT_TRUE(calendar.text(2).contains("DUE;TZID=A 3:")) << calendar.text(2).toStdString();
+  // Both names of a to-do change at once.
+  append(calendar, zone("A", "+0400") + zone("A 2", "+0500"),
+         first + "DTSTART;TZID=A 2:20261101T100000\r\n");
+  EXPECT_TRUE(calendar.text(3).contains("DUE;TZID=A 4:")) << calendar.text(3).toStdString();
+  EXPECT_TRUE(calendar.text(3).contains("DTSTART;TZID=A 2 2:"));
+  // A zone that is there under another name.
+  append(calendar, zone("A 2", "+0100"), second);
+  EXPECT_TRUE(calendar.text(4).contains("DUE;TZID=A:")) << calendar.text(4).toStdString();
+  // A name without a definition stays.
+  append(calendar, "", first);
+  EXPECT_TRUE(calendar.text(5).contains(first));
+  EXPECT_EQ(calendar.text().count("BEGIN:VTIMEZONE"), 5);
 }
 
 TEST(IcalSeveral, AppendedTimeZoneIsKnownAtOnce) {

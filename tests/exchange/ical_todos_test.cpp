@@ -139,6 +139,24 @@ TEST_F(IcalWriting, EqualsCalendarThatIsBuiltWhole) {
                   "BEGIN:VCALENDAR\nVERSION:2.0\nBEGIN:VTODO\nUID:3\nEND:VTODO\nEND:VCALENDAR\n"});
 }
 
+TEST_F(IcalWriting, WritesDifferentZonesOfOneName) {
+  std::vector<QByteArray> texts;
+  ulo::IcalWriter writer;
+  QByteArray parts = writer.begin();
+  for (const char* offset : {"+0100", "-0800", "+0100", "-0800", "+0200"}) {
+    texts.push_back(calendarOf(zoneAt("A", offset) + todoWith("1", dueIn("A"))));
+    parts += writer.add(texts.back(), Task());
+  }
+  expectAppended(texts);
+  const TASK_ENG_Ical calendar(parts + writer.end());
+  ASSERT_EQ(calendar.count(), 5);
+  for (int i = 0; i < calendar.count(); ++i)
+    EXPECT_EQ(
+        dateText(calendar.task(i), Task::TASK_FIELD_DUE),
+        dateText(TASK_ENG_Ical(texts[static_cast<std::size_t>(i)]).task(0), Task::TASK_FIELD_DUE));
+  EXPECT_EQ(calendar.text().count("BEGIN:VTIMEZONE"), 3);
+}
+
 TEST_F(IcalWriting, WritesFieldsOfTextThatCannotBeRead) {
   expectAppended({calendarOf(todoWith("1")), "no calendar", calendarOf(anEvent)});
 }

@@ -180,10 +180,45 @@ TEST(Merge, KeepsFirstAlarmOfLaterStateAndFurtherOnesOfBoth) {
             state(late + alarm("-PT1H")));
 }
 
+QByteArray zoneHere(const QByteArray& offset, const QByteArray& name = "Here") {
+  return "BEGIN:VTIMEZONE\r\nTZID:" + name +
+         "\r\nBEGIN:STANDARD\r\nDTSTART:19700101T000000\r\nTZOFFSETFROM:" + offset +
+         "\r\nTZOFFSETTO:" + offset + "\r\nEND:STANDARD\r\nEND:VTIMEZONE\r\n";
+}
+
+TEST(Merge, KeepsDifferentZonesOfOneName) {
+  const QByteArray due = "DUE;TZID=Here:20270301T120000\r\n";
+  const QByteArray override = "UID:a\r\nRECURRENCE-ID;TZID=Here:20270308T120000\r\n";
+  const auto text = [&](const QByteArray& zone, const std::string& lines, const QByteArray& more) {
+    return calendar(zone + todo("UID:a\r\n" + lines + due.toStdString()) +
+                    todo(override.toStdString() + more.toStdString()));
+  };
+  const QByteArray first = text(zoneHere("+0100"), late, "");
+  // Without a use of the other zone, it is left out. The override is the same one.
+  EXPECT_EQ(ulo::mergedTodo(first, text(zoneHere("-0800"), early, "")), first);
+  const QByteArray other = text(zoneHere("-0800"), early, due);
+  const QByteArray merged = ulo::mergedTodo(first, other);
+  EXPECT_EQ(merged.toStdString(),
+            calendar(zoneHere("+0100") + todo("UID:a\r\n" + late + due.toStdString()) +
+                     todo(override.toStdString() + "DUE;TZID=Here 2:20270301T120000\r\n") +
+                     zoneHere("-0800", "Here 2"))
+                .toStdString());
+  EXPECT_EQ(ulo::mergedTodo(merged, other), merged);
+}
+
+TEST(Merge, RecognizesOverrideWhoseZoneWasRenamed) {
+  const std::string due = "DUE;TZID=Here:20270301T120000\r\n";
+  const QByteArray first = calendar(zoneHere("+0100") + todo("UID:a\r\n" + late + due));
+  const QByteArray other =
+      calendar(zoneHere("-0800") + todo("UID:a\r\n" + early + due) +
+               todo("UID:a\r\nRECURRENCE-ID;TZID=Here:20270308T120000\r\nSUMMARY:b\r\n"));
+  const QByteArray merged = ulo::mergedTodo(first, other);
+  EXPECT_TRUE(merged.contains("RECURRENCE-ID;TZID=Here 2:")) << merged.toStdString();
+  EXPECT_EQ(ulo::mergedTodo(merged, other), merged);
+}
+
 TEST(Merge, AddsOverridesAndTheirZones) {
-  const QByteArray zone = "BEGIN:VTIMEZONE\r\nTZID:Here\r\nBEGIN:STANDARD\r\n"
-                          "DTSTART:19700101T000000\r\nTZOFFSETFROM:+0100\r\nTZOFFSETTO:+0100\r\n"
-                          "END:STANDARD\r\nEND:VTIMEZONE\r\n";
+  const QByteArray zone = zoneHere("+0100");
   const QByteArray exception =
       todo("UID:a\r\nRECURRENCE-ID:20260102\r\nDUE;TZID=Here:20260103T100000\r\n");
   const QByteArray merged =
