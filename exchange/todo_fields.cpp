@@ -163,17 +163,18 @@ bool isSameText(const QString& present, const QString& text, int limit) {
          (written == wholeLetters(present, limit) || written == asWritten(present.left(limit)));
 }
 
-// Sets the value of the first property with a name; adds one if there is none.
-void setValue(ComponentLines& lines, std::string_view name, const std::string& value) {
+// Sets the value of the first property with a name, and removes some of its parameters; adds one if
+// there is none.
+void setValue(ComponentLines& lines, std::string_view name, const std::string& value,
+              std::initializer_list<std::string_view> removed = {}) {
   const std::size_t line = lines.find(name);
   const std::optional<ContentLine> content = line == none ? std::nullopt : lines.property(line);
   if (!content) {
     lines.insert(lines.endOfProperties(), std::string(name) + ':' + value);
     return;
   }
-  std::string replaced(content->name);
-  replaced.append(content->parameters).append(":").append(value);
-  lines.replace(line, replaced);
+  lines.replace(line, std::string(content->name) + withoutParameters(content->parameters, removed) +
+                          ':' + value);
 }
 
 // Replaces the fields one by one.
@@ -316,16 +317,7 @@ private:
 };
 
 void setStamp(ComponentLines& lines, std::string_view name, const std::string& value) {
-  const std::size_t line = lines.find(name);
-  const std::optional<ContentLine> content = line == none ? std::nullopt : lines.property(line);
-  if (!content) {
-    lines.insert(lines.endOfProperties(), std::string(name) + ':' + value);
-    return;
-  }
-  const std::string replaced = std::string(content->name) +
-                               withoutParameters(content->parameters, {"VALUE", "TZID"}) + ':' +
-                               value;
-  lines.replace(line, replaced);
+  setValue(lines, name, value, {"VALUE", "TZID"});
 }
 
 }  // namespace

@@ -13,6 +13,16 @@ constexpr char cancelTitle[] = "Cancel Edit";
 
 class EditOnDisplay : public TasksOnDisplay {
 protected:
+  // Types the title of a new task, then opens the dialog of its due date.
+  void typeNewTask() {
+    start();
+    ASSERT_TRUE(shows("All Tasks"));
+    press({"F2"});
+    ASSERT_TRUE(shows(newTitle));
+    type("Buy milk");
+    press({"Tab", "Return"});
+    ASSERT_TRUE(shows("Due Date"));
+  }
   // Begins to edit the only task.
   void editFirst() {
     start();
@@ -23,13 +33,7 @@ protected:
 };
 
 TEST_F(EditOnDisplay, StoresNewTask) {
-  start();
-  ASSERT_TRUE(shows("All Tasks"));
-  press({"F2"});
-  ASSERT_TRUE(shows(newTitle));
-  type("Buy milk");
-  press({"Tab", "Return"});
-  ASSERT_TRUE(shows("Due Date"));
+  typeNewTask();
   press({"Return"});
   ASSERT_TRUE(shows(newTitle));
   EXPECT_THAT(tasks(), IsEmpty());
@@ -47,13 +51,7 @@ TEST_F(EditOnDisplay, StoresNewTask) {
 }
 
 TEST_F(EditOnDisplay, TerminationStoresNewTask) {
-  start();
-  ASSERT_TRUE(shows("All Tasks"));
-  press({"F2"});
-  ASSERT_TRUE(shows(newTitle));
-  type("Buy milk");
-  press({"Tab", "Return"});
-  ASSERT_TRUE(shows("Due Date"));
+  typeNewTask();
   terminate();
   EXPECT_EQ(end(), 0);
   EXPECT_FALSE(std::filesystem::exists(path("data/tasks.db-wal")));
