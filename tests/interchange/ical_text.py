@@ -117,6 +117,18 @@ def first_alarm(found):
     return None, range(0)
 
 
+def precedes_due(old, new):
+    """Returns whether the DTSTART of a text may stay with the DUE of another: both are days, or
+    both have a time, and it is earlier. True if one is missing."""
+    def find(found, name):
+        return next((line for line in found if line.path == "VTODO" and line.name == name), None)
+
+    start, due = find(old, "DTSTART"), find(new, "DUE")
+    if not start or not due:
+        return True
+    return ("T" in start.value) == ("T" in due.value) and moment(start) < moment(due)
+
+
 def categories_of(found):
     return [text for line in found if line.path == "VTODO" and line.name == "CATEGORIES"
             for text in values(line)]

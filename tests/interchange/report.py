@@ -53,7 +53,7 @@ further alarms, time zones and parameters. Edits by todoman: {theirs}. Edits by 
 
 After each edit, every other field was as before, todoman and the store had the values of the \
 file, and after each edit by `ulotask` all other lines ({lines} in all) were the same bytes in the \
-same order. `import` takes from a file what differs from the text that was imported before. A \
+same order, except a `DTSTART` that the new due date does not allow. `import` takes from a file what differs from the text that was imported before. A \
 field that todoman set back to its value in that text therefore kept the value that it had got \
 from `ulotask` since then: {set_back}. An edit by todoman writes more than its field, which was \
 predicted each time:

@@ -300,6 +300,8 @@ class Turns:
             new = without_first_alarm(new) if stored.alarm else new
             old = without_first_alarm(old, or_untimed=len(alarms(old)) > len(alarms(new)))
         names = STAMPS.union(*(LINES_OF[field] for field in fields))
+        if "due" in fields and not ical_text.precedes_due(old, new):
+            names.add("DTSTART")
         kept = [[line.raw for line in each if line.name not in names
                  or not line.path.startswith("VTODO")] for each in (old, new)]
         self.lines += len(kept[0])
