@@ -30,8 +30,8 @@ void copyDates(const ZTASK_ENG_Task& from, ZTASK_ENG_Task& to) {
 }
 
 // Moves a task that has become completed to its next date, if it repeats. Sets `text` to its new
-// text then, and leaves it unchanged otherwise. Of the fields of the task, the text gets the dates
-// alone: the next import recognizes by the others what was changed only here.
+// text then, and leaves it unchanged otherwise. Only the dates are written into the text: the next
+// import compares the other fields with it to find local edits.
 void moveToNextDate(ChangeReport& report, QByteArray& text) {
   const TASK_ENG_Ical stored(text);
   if (stored.count() == 0 || !stored.repeats(0))

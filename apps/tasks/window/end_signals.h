@@ -11,9 +11,9 @@ class QWidget;
 
 namespace tasks {
 
-// SIGHUP, SIGINT and SIGTERM close the window, which saves what is being edited, unless they are
-// ignored, as by nohup. The second signal of a kind ends the program at once. There can be only one
-// object at a time.
+// Closes the window on SIGHUP, SIGINT and SIGTERM, which saves open edits. Ignored signals stay
+// ignored, so nohup works. A second signal of the same kind ends the program immediately. Only one
+// object may exist at a time.
 class EndSignals : public QObject {
 public:
   explicit EndSignals(QWidget& window);
